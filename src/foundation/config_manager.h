@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "foundation/change_tags.h"
+#include "foundation/machine_store.h"
+#include "jet/database.h"
+
+namespace foundation {
+
+// Where a setting lives. Any other number is taken as the database store.
+enum Store : int { StoreMachine = 1, StoreDatabase = 2 };
+
+// The main frame's placement as it is kept: 44 bytes, opaque here.
+using WindowPlacement = std::array<unsigned char, 44>;
+
+// The settings store: named values addressed by section and key, in the machine store or in table `Config`.
+// Sections and keys compare without regard to case.
+class ConfigManager {
+ public:
+  explicit ConfigManager(MachineStore& machine) : machine_(machine) {}
+
+  // Opens the recordset over `Config`. From here on the database store can be used; both must outlive this object or be
+  // let go by CloseConfig.
+  void OpenConfig(jet::Database& database, ChangeTags& tags);
+  void CloseConfig();
+
+  // LastFound() tells afterwards whether a stored value was found; in the machine store a stored value that equals the
+  // default counts as not found. Database-store calls throw jet::Error for faults of find and update.
+  std::string ReadConfigString(std::string_view key, std::string_view section, int store, std::string_view fallback);
+  std::int32_t ReadConfigInt(std::string_view key, std::string_view section, int store, std::int32_t fallback);
+  // False when the store refuses (machine file not writable, database read-only). Without a value (nullopt) the machine
+  // store deletes the value, or the section when `key` is empty; the database store writes an empty text.
+  bool WriteConfigString(std::optional<std::string_view> value, std::string_view key, std::string_view section,
+                         int store);
+  bool WriteConfigInt(std::int32_t value, std::string_view key, std::string_view section, int store);
+  [[nodiscard]] bool LastFound() const { return lastFound_; }
+
+  // True while the main database could be opened read-only only.
+  [[nodiscard]] bool DatabaseReadOnly() const { return database_ != nullptr && database_->readOnly(); }
+
+  bool WriteWindowPlacement(const WindowPlacement& placement);
+  std::optional<WindowPlacement> ReadWindowPlacement();
+
+  [[nodiscard]] MachineStore& machineStore() { return machine_; }
+
+ private:
+  // Reopens the recordset when another copy changed `Config`.
+  void refresh();
+
+  MachineStore& machine_;
+  jet::Database* database_ = nullptr;
+  ChangeTags* tags_ = nullptr;
+  bool lastFound_ = false;
+};
+
+}  // namespace foundation

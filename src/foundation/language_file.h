@@ -1,0 +1,78 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "base/printf.h"
+#include "base/text.h"
+#include "platform/operator.h"
+
+namespace foundation {
+
+struct Language {
+  std::string code;
+  int codepage = 1252;
+  std::string name;
+};
+
+// One line of the file: a text of a language.
+struct LanguageText {
+  std::string language;
+  std::string key;
+  std::string text;  // escapes as they stand in the file
+};
+
+// A window's texts, as the window system gives them, for TranslateWindow.
+struct WindowTexts {
+  struct Child {
+    std::string windowClass;  // "STATIC", "BUTTON", "SysTabControl32", ...
+    std::string text;
+    std::vector<std::string> tabs;
+  };
+  std::string caption;
+  std::vector<Child> children;
+};
+
+// The texts shown to the operator, by key, from `Tallybook.lng`. Results are UTF-8.
+class LanguageFile {
+ public:
+  // Clears the tables and reads the file; false when it cannot be opened.
+  bool LoadLanguageFile(const std::filesystem::path& file);
+
+  // The key's text in the language in use with \t \r \n replaced; a key without text is its own text.
+  [[nodiscard]] std::string Translate(std::string_view key) const;
+
+  // Translate, then format with the text's placeholders.
+  template <typename... Arguments>
+  [[nodiscard]] std::string TranslateFormat(std::string_view key, const Arguments&... arguments) const {
+    return base::format(Translate(key), arguments...);
+  }
+
+  // Replaces every text between "<" and ">" by the text of that key, in the caption, the STATIC and BUTTON children and
+  // the tabs of SysTabControl32 children.
+  void TranslateWindow(WindowTexts& window) const;
+  // One text by the same rule: the whole text is replaced; without brackets it stays.
+  [[nodiscard]] std::string translateBracketed(const std::string& text) const;
+
+  // Makes the language the one in use when the file declares it (empty: keeps the native one) and tells the operator
+  // when its code page is not supported or is not the system's.
+  void CheckCodepage(std::string_view code, platform::Operator& person);
+
+  [[nodiscard]] const std::vector<Language>& Languages() const { return languages_; }
+  [[nodiscard]] const std::string& NativeLanguage() const { return native_; }
+  // Code page of the language in use, 1252 when it declares none: that of the monitor's records too.
+  [[nodiscard]] int codepage() const;
+  [[nodiscard]] const std::vector<LanguageText>& allTexts() const { return all_; }
+
+ private:
+  std::vector<Language> languages_;
+  std::string native_;
+  std::unordered_map<std::string, std::string, base::TextHash, std::equal_to<>> texts_;
+  std::vector<LanguageText> all_;
+};
+
+}  // namespace foundation

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace foundation {
+
+// The settings of one workstation: an ini-like file with sections and typed values (32-bit integer, string, binary).
+// Names of sections and values compare without regard to case. The file is read anew on every call, as other programs
+// of the workstation change it too; a write goes to a temporary file that replaces the old one, under a lock. The file
+// can hold a password: it is made with mode 0600.
+class MachineStore {
+ public:
+  explicit MachineStore(std::filesystem::path file);
+
+  // The file that the environment and the system choose: TALLYBOOK_MACHINE_STORE, else /etc/quorvane/tallybook.ini when
+  // it exists or can be made, else $XDG_CONFIG_HOME/quorvane/tallybook.ini.
+  static std::filesystem::path defaultFile();
+
+  [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+
+  // Nothing when the value is missing or has another type.
+  [[nodiscard]] std::optional<std::string> readString(std::string_view section, std::string_view key) const;
+  [[nodiscard]] std::optional<std::int32_t> readInt(std::string_view section, std::string_view key) const;
+  [[nodiscard]] std::optional<std::vector<unsigned char>> readBinary(std::string_view section,
+                                                                     std::string_view key) const;
+
+  // False when the file cannot be written.
+  bool writeString(std::string_view section, std::string_view key, std::string_view value);
+  bool writeInt(std::string_view section, std::string_view key, std::int32_t value);
+  bool writeBinary(std::string_view section, std::string_view key, const std::vector<unsigned char>& value);
+  bool erase(std::string_view section, std::string_view key);
+  bool eraseSection(std::string_view section);
+
+ private:
+  std::filesystem::path file_;
+};
+
+}  // namespace foundation

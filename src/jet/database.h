@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/error.h"
+#include "jet/recordset.h"
+#include "jet/row_window.h"
+#include "jet/snapshot.h"
+#include "jet/table_def.h"
+
+namespace jet {
+
+enum class OpenMode { ReadWrite, ReadOnly };
+
+// An open database file. Statements are texts of the Jet SQL dialect, one a text; they are parsed, checked against the
+// closed grammar and function list, and only then run. A Database belongs to one thread at a time; several copies, in
+// one process or in many, may have the same file open.
+class Database {
+ public:
+  virtual ~Database() = default;
+
+  [[nodiscard]] virtual const std::filesystem::path& path() const = 0;
+  [[nodiscard]] virtual bool readOnly() const = 0;
+
+  // Runs a changing statement; the result is the number of rows changed. A fault undoes the whole statement.
+  virtual std::int64_t execute(std::string_view sql) = 0;
+  // A dynaset over a select.
+  virtual std::unique_ptr<Recordset> openRecordset(std::string_view sql) = 0;
+  // The finished rows of a select. May be answered from memory: the answer is the one that the select would give now,
+  // and a change by this or another copy is seen by the next call (within a ReadView: by the next view).
+  virtual Snapshot openSnapshot(std::string_view sql) = 0;
+  // The rows of a select as a scrollable list.
+  virtual std::unique_ptr<RowWindow> openWindow(std::string_view sql) = 0;
+  // Hands every row of a select to `row` as it is read, without keeping any; `row` returns false to stop.
+  virtual void forEachRow(std::string_view sql, const std::function<bool(const std::vector<Value>&)>& row) = 0;
+
+  virtual TableDef tableDef(std::string_view table) = 0;  // 3078 when there is none
+  virtual std::vector<std::string> tableNames() = 0;
+  virtual void createTable(const TableDef& table) = 0;
+
+  // A number that moves whenever the rows of the table may have changed, by this or another copy. Cheap.
+  virtual std::uint64_t tableVersion(std::string_view table) = 0;
+
+  // Ends the statement that runs on another thread with Error 3059 "Operation canceled by user.".
+  virtual void interrupt() = 0;
+
+ protected:
+  friend class Transaction;
+  friend class ReadView;
+  // Nesting is counted; only the outermost level begins and commits, a rollback of any level undoes to its own begin.
+  virtual void begin() = 0;
+  virtual void commit() = 0;
+  virtual void rollback() noexcept = 0;
+  virtual void beginReadView() = 0;
+  virtual void endReadView() noexcept = 0;
+};
+
+// Changes between construction and commit() become visible and durable together; left without commit, they are undone.
+class Transaction {
+ public:
+  explicit Transaction(Database& database) : database_(&database) { database.begin(); }
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  ~Transaction() {
+    if (database_ != nullptr) database_->rollback();
+  }
+  void commit() {
+    database_->commit();
+    database_ = nullptr;
+  }
+
+ private:
+  Database* database_;
+};
+
+// While it lives, other copies' changes need not be looked for again: what was current at its start serves. For the
+// length of one price or one recorded call.
+class ReadView {
+ public:
+  explicit ReadView(Database& database) : database_(database) { database.beginReadView(); }
+  ReadView(const ReadView&) = delete;
+  ReadView& operator=(const ReadView&) = delete;
+  ~ReadView() { database_.endReadView(); }
+
+ private:
+  Database& database_;
+};
+
+// Opens a file. `connect` is the documented connect text (";pwd=..."), which this driver's files do not need.
+// Errors name the file: 3024 missing, 3051 no right or not writable, 3343 not one of this program's files; a file that
+// is an old Jet database is 3343 with a description that says how to convert it.
+std::unique_ptr<Database> openDatabase(const std::filesystem::path& path, OpenMode mode, std::string_view connect = {});
+
+// Makes a new, empty file; refuses (3204) when it exists.
+std::unique_ptr<Database> createDatabase(const std::filesystem::path& path);
+
+}  // namespace jet

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "jet/value.h"
+
+namespace jet {
+
+// The rows of a finished select, row after row in one vector. Shared between snapshots of the same text, never changed.
+struct ResultTable {
+  std::vector<std::string> columns;
+  std::vector<Value> cells;
+  std::size_t rows = 0;
+};
+
+// A finished select whose rows are held in memory. Cheap to copy.
+class Snapshot {
+ public:
+  Snapshot() = default;
+  explicit Snapshot(std::shared_ptr<const ResultTable> table) : table_(std::move(table)) {}
+
+  [[nodiscard]] std::size_t rowCount() const { return table_ ? table_->rows : 0; }
+  [[nodiscard]] bool empty() const { return rowCount() == 0; }
+  [[nodiscard]] const std::vector<std::string>& columns() const { return table_->columns; }
+  // Index of the column of that name, case ignored; Error 3265 when there is none.
+  [[nodiscard]] std::size_t column(std::string_view name) const;
+  [[nodiscard]] const Value& at(std::size_t row, std::size_t column) const {
+    return table_->cells[row * table_->columns.size() + column];
+  }
+  [[nodiscard]] const Value& at(std::size_t row, std::string_view name) const { return at(row, column(name)); }
+
+ private:
+  std::shared_ptr<const ResultTable> table_;
+};
+
+}  // namespace jet

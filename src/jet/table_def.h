@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/value.h"
+
+namespace jet {
+
+struct FieldDef {
+  std::string name;
+  Type type = Type::Text;
+  int size = 255;              // characters of a text column; 0 = memo, without limit
+  bool autoIncrement = false;  // Long; the table's primary key
+  std::string generatedFrom = {};   // read-only column, always equal to the named one; empty for ordinary columns
+};
+
+struct IndexDef {
+  std::vector<std::string> fields;
+  bool unique = false;
+};
+
+struct TableDef {
+  std::string name;
+  std::vector<FieldDef> fields;
+  std::vector<IndexDef> indexes = {};
+
+  // The field of that name (case ignored); nothing when there is none.
+  [[nodiscard]] const FieldDef* find(std::string_view field) const;
+};
+
+}  // namespace jet

@@ -1,0 +1,164 @@
+#include "schema/schema.h"
+
+namespace schema {
+
+using jet::FieldDef;
+using jet::IndexDef;
+using jet::TableDef;
+using jet::Type;
+
+namespace {
+
+FieldDef text(const char* name) {
+  return {.name = name, .type = Type::Text};
+}
+FieldDef memo(const char* name) {
+  return {.name = name, .type = Type::Text, .size = 0};
+}
+FieldDef number(const char* name) {
+  return {.name = name, .type = Type::Long};
+}
+FieldDef real(const char* name) {
+  return {.name = name, .type = Type::Double};
+}
+FieldDef date(const char* name) {
+  return {.name = name, .type = Type::DateTime};
+}
+FieldDef yesNo(const char* name) {
+  return {.name = name, .type = Type::Boolean};
+}
+FieldDef autoKey(const char* name) {
+  return {.name = name, .type = Type::Long, .autoIncrement = true};
+}
+
+TableDef calls() {
+  return {
+      .name = "Calls",
+      .fields = {autoKey("RecordID"),
+                 date("DateTime"),
+                 text("DialNumber"),
+                 text("Extension"),
+                 text("Trunk"),
+                 number("TotalTime"),
+                 number("Pulses"),
+                 text("AccountCode"),
+                 number("Redirected"),
+                 number("Incoming"),
+                 number("Ring"),
+                 text("CD"),
+                 yesNo("Hidden"),
+                 text("Name"),
+                 real("Price"),
+                 text("Currency"),
+                 real("Price_Ref"),
+                 text("Profile"),
+                 text("Provider"),
+                 text("Area"),
+                 text("Country"),
+                 text("Department"),
+                 text("Owner"),
+                 text("Folder"),
+                 {.name = "valuta", .type = Type::Text, .generatedFrom = "Currency"}},
+      // By date for the list, the filter's period and retention; by price for the sorted list; by number for hiding.
+      .indexes = {{{"DateTime"}}, {{"Price_Ref"}}, {{"DialNumber"}}}};
+}
+
+std::unique_ptr<jet::Database> create(const std::filesystem::path& file, const std::vector<TableDef>& tables) {
+  auto database = jet::createDatabase(file);
+  jet::Transaction transaction(*database);
+  for (const TableDef& table : tables) database->createTable(table);
+  transaction.commit();
+  return database;
+}
+
+}  // namespace
+
+std::vector<TableDef> mainTables() {
+  return {
+      calls(),
+      {.name = "FilteredNumbers", .fields = {text("number")}, .indexes = {{{"number"}}}},
+      {.name = "Clients", .fields = {text("Name"), text("Account"), text("Folder")}, .indexes = {}},
+      {.name = "Config", .fields = {text("Path"), memo("String_Value"), number("Int_Value")}, .indexes = {{{"Path"}}}},
+      {.name = "Touch", .fields = {text("Tag"), number("Value")}, .indexes = {{{"Tag"}}}},
+      {.name = "Users",
+       .fields = {number("RecordID"), text("Name"), text("Fullname"), number("Password"), date("PasswordDate"),
+                  date("LastAccessDate"), number("Flags"), text("Groups"), text("SQLSubquery")},
+       .indexes = {{{"RecordID"}, true}}},
+      {.name = "Groups",
+       .fields = {number("RecordID"), text("Name"), text("Desc"), number("PasswordExpire"), text("ObjectAccess")},
+       .indexes = {{{"RecordID"}, true}}},
+      {.name = "Log",
+       .fields = {autoKey("RecordID"), date("DateTime"), text("UserName"), number("Level"), text("Desc")},
+       .indexes = {{{"DateTime"}}}},
+      {.name = "Currency",
+       .fields = {number("CurrencyID"), text("Name"), real("Ratio"), date("DateModify"), number("Default"),
+                  number("Reverse")},
+       .indexes = {}},
+      {.name = "Contacts",
+       .fields = {number("RecordID"), text("Name"), text("Organization"), text("Contact"), memo("Note"), number("Tip"),
+                  text("Address"), text("Web"), text("Email"), text("Tel_View"), text("Tel_String"), text("Tel")},
+       .indexes = {{{"RecordID"}}, {{"Name"}}}},
+      // How far the reading of each monitor file has come; see docs/storage.md.
+      {.name = "ImportProgress",
+       .fields = {text("File"), number("Records"), number("Bytes"), text("Digest")},
+       .indexes = {{{"File"}}}},
+  };
+}
+
+std::vector<TableDef> tariffTables() {
+  return {
+      {.name = "providers", .fields = {number("provider_id"), text("provider_name")}, .indexes = {{{"provider_id"}}}},
+      {.name = "prefixes2",
+       .fields = {text("prefix_id"), text("prefix_name"), text("prefix_ctry")},
+       .indexes = {{{"prefix_id"}}}},
+      {.name = "prefixe",
+       .fields = {text("prefix_id"), number("provider_id"), number("destination_id")},
+       .indexes = {{{"prefix_id", "provider_id"}}}},
+      {.name = "profiles",
+       .fields = {number("profile_id"), text("profile_name"), date("profile_start_date"), number("provider_id"),
+                  number("date_group"), number("free_minutes")},
+       .indexes = {{{"provider_id"}}}},
+      {.name = "charges",
+       .fields = {number("destination_id"), number("profile_id"), number("charge_minimum_digits"),
+                  date("charge_start_time"), date("charge_end_time"), number("charge_days"),
+                  number("charge_default_resolution"), number("charge_minimum"), real("charge_value"),
+                  real("charge_default"), real("charge_pulse_value"), text("charge_currency")},
+       .indexes = {{{"destination_id", "profile_id"}}}},
+  };
+}
+
+std::vector<TableDef> phonebookTables() {
+  return {{.name = "map", .fields = {text("Prefix"), text("Name"), text("Table")}, .indexes = {}}};
+}
+
+TableDef phonebookTable(const std::string& name) {
+  return {.name = name,
+          .fields = {text("Lastname"), text("Firstname"), text("Address"), number("Tel")},
+          .indexes = {{{"Tel"}}}};
+}
+
+std::unique_ptr<jet::Database> createMainDatabase(const std::filesystem::path& file) {
+  auto database = create(file, mainTables());
+  jet::Transaction transaction(*database);
+  for (const char* tag : {"Config", "Contacts", "Calls", "Users", "Groups", "Log"}) {
+    database->execute("insert into Touch (Tag, [Value]) values ('" + std::string(tag) + "', 0)");
+  }
+  database->execute("insert into Config (Path, Int_Value) values ('general\\DbVersion', 1)");
+  database->execute("insert into Config (Path, Int_Value) values ('general\\LastCurrencyID', 2)");
+  database->execute("insert into Config (Path, Int_Value) values ('Contacts\\Next RecID', 1)");
+  database->execute(
+      "insert into Currency (CurrencyID, Name, Ratio, DateModify, [Default], Reverse) "
+      "values (1, 'RON', 1, Date(), 1, 0)");
+  transaction.commit();
+  return database;
+}
+
+std::unique_ptr<jet::Database> createTariffDatabase(const std::filesystem::path& file) {
+  return create(file, tariffTables());
+}
+
+std::unique_ptr<jet::Database> createPhonebookDatabase(const std::filesystem::path& file) {
+  return create(file, phonebookTables());
+}
+
+}  // namespace schema

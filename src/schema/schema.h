@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "jet/database.h"
+#include "jet/table_def.h"
+
+namespace schema {
+
+// The tables of the three database files as a new installation gets them.
+std::vector<jet::TableDef> mainTables();       // tallybook.mdb
+std::vector<jet::TableDef> tariffTables();     // tariffs.mdb
+std::vector<jet::TableDef> phonebookTables();  // phonebook.mdb: only `map`; each mapped table is phonebookTable()
+jet::TableDef phonebookTable(const std::string& name);
+
+// Make the files with their tables and the rows that must exist: change tags, DbVersion 1, the default currency, the
+// counters. Error 3204 when the file exists.
+std::unique_ptr<jet::Database> createMainDatabase(const std::filesystem::path& file);
+std::unique_ptr<jet::Database> createTariffDatabase(const std::filesystem::path& file);
+std::unique_ptr<jet::Database> createPhonebookDatabase(const std::filesystem::path& file);
+
+inline constexpr const char* kMainFile = "tallybook.mdb";
+inline constexpr const char* kTariffFile = "tariffs.mdb";
+inline constexpr const char* kPhonebookFile = "phonebook.mdb";
+
+}  // namespace schema
