@@ -1,0 +1,190 @@
+#include "platform/live_channel.h"
+
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+namespace platform {
+
+namespace {
+
+constexpr std::size_t kHeaderSize = 8;
+// Larger than any record: a longer message is seen to be too long instead of being cut to a right size.
+constexpr std::size_t kMessageLimit = 1024;
+
+[[noreturn]] void fail(const std::filesystem::path& socket, const std::string& what) {
+  throw std::runtime_error("Live channel " + socket.string() + ": " + what);
+}
+
+sockaddr_un addressOf(const std::filesystem::path& socket) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  const std::string name = socket.string();
+  if (name.size() >= sizeof address.sun_path) {
+    fail(socket, "the path is longer than " + std::to_string(sizeof address.sun_path - 1) +
+                     " characters; set LiveSocket to a shorter one.");
+  }
+  std::memcpy(address.sun_path, name.c_str(), name.size() + 1);
+  return address;
+}
+
+bool connectTo(int descriptor, const sockaddr_un& address) {
+  return connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+// Removes the socket file of a server that is gone.
+void removeStale(const std::filesystem::path& socket, const sockaddr_un& address) {
+  std::error_code ignored;
+  if (!std::filesystem::is_socket(socket, ignored)) return;
+  const int probe = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  const bool alive = probe >= 0 && connectTo(probe, address);
+  if (probe >= 0) close(probe);
+  if (alive) fail(socket, "another program listens there already.");
+  std::filesystem::remove(socket, ignored);
+}
+
+void watch(int poll, int descriptor) {
+  epoll_event event{};
+  event.events = EPOLLIN;
+  event.data.fd = descriptor;
+  epoll_ctl(poll, EPOLL_CTL_ADD, descriptor, &event);
+}
+
+std::uint32_t wordAt(std::span<const unsigned char> bytes, std::size_t at) {
+  std::uint32_t value = 0;
+  for (std::size_t i = 4; i-- > 0;) value = value << 8 | bytes[at + i];
+  return value;
+}
+
+void putWord(unsigned char* to, std::uint32_t value) {
+  for (std::size_t i = 0; i < 4; ++i) to[i] = static_cast<unsigned char>(value >> (8 * i));
+}
+
+}  // namespace
+
+LiveChannelServer::LiveChannelServer(std::filesystem::path socket, LiveRecordHandler handler)
+    : path_(std::move(socket)), handler_(std::move(handler)) {
+  const sockaddr_un address = addressOf(path_);
+  std::error_code ignored;
+  std::filesystem::create_directories(path_.parent_path(), ignored);
+  removeStale(path_, address);
+  listener_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  poll_ = epoll_create1(EPOLL_CLOEXEC);
+  // Made without rights for others from the start, so that nobody slips in before the mode is set.
+  const mode_t before = umask(0177);
+  const bool bound =
+      listener_ >= 0 && bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  const int reason = errno;
+  umask(before);
+  if (!bound || poll_ < 0 || chmod(path_.c_str(), 0660) != 0 || listen(listener_, 64) != 0) {
+    if (listener_ >= 0) close(listener_);
+    if (poll_ >= 0) close(poll_);
+    fail(path_, std::string("cannot listen (") + std::strerror(reason) +
+                    "). Check the rights on the folder or set LiveSocket to another place.");
+  }
+  watch(poll_, listener_);
+}
+
+LiveChannelServer::~LiveChannelServer() {
+  for (const int connection : connections_) close(connection);
+  close(listener_);
+  close(poll_);
+  std::error_code ignored;
+  std::filesystem::remove(path_, ignored);
+}
+
+void LiveChannelServer::process() {
+  std::array<epoll_event, 64> events{};
+  const int count = epoll_wait(poll_, events.data(), static_cast<int>(events.size()), 0);
+  for (int i = 0; i < count; ++i) {
+    const int descriptor = events[static_cast<std::size_t>(i)].data.fd;
+    if (descriptor == listener_) {
+      acceptAll();
+    } else {
+      serveConnection(descriptor);
+    }
+  }
+}
+
+void LiveChannelServer::acceptAll() {
+  for (;;) {
+    const int connection = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    if (connection < 0) return;
+    watch(poll_, connection);
+    connections_.push_back(connection);
+  }
+}
+
+// One message a turn, so that a busy sender does not keep the others waiting.
+void LiveChannelServer::serveConnection(int connection) {
+  std::array<unsigned char, kMessageLimit> message{};
+  const ssize_t size = recv(connection, message.data(), message.size(), 0);
+  if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
+  bool keep = size > 0;
+  if (keep) {
+    const std::int32_t result = handle({message.data(), static_cast<std::size_t>(size)});
+    std::array<unsigned char, 4> answer{};
+    putWord(answer.data(), static_cast<std::uint32_t>(result));
+    keep = ::send(connection, answer.data(), answer.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(answer.size());
+  }
+  if (!keep) {
+    close(connection);
+    connections_.erase(std::remove(connections_.begin(), connections_.end(), connection), connections_.end());
+  }
+}
+
+std::int32_t LiveChannelServer::handle(std::span<const unsigned char> message) const {
+  if (message.size() < kHeaderSize || wordAt(message, 0) != kLiveRecordTag) return 0;
+  const std::uint32_t size = wordAt(message, 4);
+  if (size != message.size() - kHeaderSize) return 0;
+  return handler_(message.subspan(kHeaderSize));
+}
+
+LiveChannelClient::LiveChannelClient(const std::filesystem::path& socket) {
+  const sockaddr_un address = addressOf(socket);
+  descriptor_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  if (descriptor_ < 0 || !connectTo(descriptor_, address)) {
+    const int reason = errno;
+    if (descriptor_ >= 0) close(descriptor_);
+    fail(socket, std::string("nobody answers (") + std::strerror(reason) + "). Start `tallyctl serve` or the desktop.");
+  }
+}
+
+LiveChannelClient::~LiveChannelClient() {
+  close(descriptor_);
+}
+
+std::int32_t LiveChannelClient::send(std::span<const unsigned char> record) {
+  std::vector<unsigned char> message(kHeaderSize + record.size());
+  putWord(message.data(), kLiveRecordTag);
+  putWord(message.data() + 4, static_cast<std::uint32_t>(record.size()));
+  std::copy(record.begin(), record.end(), message.begin() + kHeaderSize);
+  std::array<unsigned char, 4> answer{};
+  if (::send(descriptor_, message.data(), message.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(message.size()) ||
+      recv(descriptor_, answer.data(), answer.size(), 0) != static_cast<ssize_t>(answer.size())) {
+    throw std::runtime_error("The live channel closed before the record was answered.");
+  }
+  return static_cast<std::int32_t>(wordAt(answer, 0));
+}
+
+std::filesystem::path defaultLiveSocket() {
+  const char* service = std::getenv("RUNTIME_DIRECTORY");
+  if (service != nullptr) return std::filesystem::path(service) / "live.sock";
+  const char* session = std::getenv("XDG_RUNTIME_DIR");
+  const std::filesystem::path folder = session != nullptr
+                                           ? std::filesystem::path(session) / "tallybook"
+                                           : std::filesystem::path("/tmp/tallybook-" + std::to_string(getuid()));
+  return folder / "live.sock";
+}
+
+}  // namespace platform
