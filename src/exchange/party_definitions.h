@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "exchange/party_index.h"
 #include "foundation/config_manager.h"
 #include "jet/database.h"
 
@@ -55,31 +57,67 @@ inline constexpr std::size_t kTrunkEntries = 256;
 
 // The parties that the operator defines, and the reference tables of the tariff database, held in memory and rebuilt
 // whole at each load.
+//
+// The lists are open to whoever edits them. The find functions look into indexes: call reindex() after a change of a
+// list (load and save do).
 class PartyDefinitions {
  public:
   explicit PartyDefinitions(foundation::ConfigManager& config) : config_(config) {}
 
   // Loads everything in the documented order. `tariffs` may be null (no tariff database): prefixes and providers stay
-  // empty then.
+  // empty then. Throws jet::Error.
   void load(jet::Database& main, jet::Database* tariffs);
-  // Writes extensions, accounts, trunks, clients and the providers' settings back; nothing while read-only.
+  // Writes extensions, accounts, trunks, clients and the providers' settings back in one transaction; nothing while
+  // the database is read-only. Throws jet::Error (a client's name with an apostrophe breaks its statement); what is
+  // stored is unchanged then.
   void save(jet::Database& main);
+
+  // True when the tables behind the definitions may have changed since they were loaded or saved here, by another
+  // copy or by a settings command. Cheap enough to be asked before every call.
+  bool changed(jet::Database& main, jet::Database* tariffs);
+  // Loads again what changed; true when anything was. Edits that were not saved are lost.
+  bool reloadIfChanged(jet::Database& main, jet::Database* tariffs);
+
+  void reindex();
+
+  // The first trunk entry whose number is the text; null when there is none.
+  [[nodiscard]] const tagTRUNKINFO* findTrunk(std::string_view number) const;
+  [[nodiscard]] const ProviderDefinition* findProvider(std::int32_t id) const;
+  // Department of the last extension entry with that text; empty when there is none.
+  [[nodiscard]] const std::string& departmentOfExtension(std::string_view extension) const;
+  // Department of the first account whose code matches; empty when there is none.
+  [[nodiscard]] const std::string& departmentOfAccount(std::string_view account) const;
+  // The first client whose account matches; null when there is none.
+  [[nodiscard]] const ClientDefinition* findClient(std::string_view account) const;
+  // The first entry, in table order, whose prefix is the start of the number; null when there is none.
+  [[nodiscard]] const PREFIX* findPrefix(std::string_view normalisedNumber) const;
+  // Description of an extension for display: the first entry of that number, A-Z without regard to case; empty when
+  // there is none.
+  [[nodiscard]] const std::string& descriptionOfExtension(std::string_view extension) const;
 
   std::vector<tagEXTINFO> extensions;
   std::vector<tagCONTINFO> accounts;
   std::vector<tagTRUNKINFO> trunks;  // always kTrunkEntries long after load
   std::vector<ClientDefinition> clients;
   std::vector<ProviderDefinition> providers;
-  std::vector<PREFIX> prefixes;  // longest and highest first
+  std::vector<PREFIX> prefixes;  // highest first, as the database sorts texts
   bool extensionIsText = true;   // type of the columns Extension and Trunk of table Calls
   std::string countryCode;
   std::string areaCode;
 
  private:
-  foundation::ConfigManager& config_;
-};
+  void loadReferences(jet::Database* tariffs);
+  void loadParties(jet::Database& main);
 
-// "?" in the definition stands for any one character; same length, case counts.
-bool accountMatches(std::string_view definition, std::string_view account);
+  foundation::ConfigManager& config_;
+  TextIndex extensionIndex_;      // last entry of a text
+  TextIndex extensionNameIndex_;  // first entry of a text, case folded
+  TextIndex trunkIndex_;
+  AccountIndex accountIndex_;
+  AccountIndex clientIndex_;
+  PrefixIndex prefixIndex_;
+  std::uint64_t partiesVersion_ = 0;
+  std::uint64_t referencesVersion_ = 0;
+};
 
 }  // namespace exchange

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "exchange/call_record.h"
+#include "exchange/party_definitions.h"
+#include "foundation/config_manager.h"
+#include "foundation/language_file.h"
+#include "platform/operator.h"
+#include "security/audit_log.h"
+#include "tariff/charge_bands.h"
+#include "tariff/price_trace.h"
+#include "tariff/tariff_database.h"
+
+namespace tariff {
+
+// What recording hands to the price calculation and gets back from it.
+struct PricingContext {
+  std::string number;    // normalised for the trunk's provider; filled by recording, not touched by CalcPrice
+  std::string profile;   // of the trunk; replaced by CalcPrice when it finds the trunk
+  std::string provider;  // likewise
+  std::string area = "???";
+  double price = 0;      // in `currency`
+  std::string currency;  // code of the charge band, empty when there was none
+};
+
+// Prices calls against the tariff database. Lends everything it is given; all must outlive it.
+class PriceCalculator {
+ public:
+  // `tariffs` may be null: every call then costs 0 and is reported as without a tariff rule.
+  PriceCalculator(foundation::ConfigManager& config, const exchange::PartyDefinitions& parties, TariffDatabase* tariffs,
+                  security::AuditLog& log, const foundation::LanguageFile& language, platform::Operator& person)
+      : config_(config), parties_(parties), tariffs_(tariffs), log_(log), language_(language), operator_(person) {}
+
+  // Prices one call. Fills the output block, sets `ignore` to 1 for a call at or under "Ignore_short_calls" (else 0),
+  // and shortens the record's seconds when "Seconds_not_charged" says so. The result tells why a call has no price.
+  // Tariff gaps are logged and signalled, never thrown; database faults are: jet::Error, also for a number that breaks
+  // a statement (an apostrophe in it).
+  //
+  // With a trace the call is an enquiry: each step is noted in it, and a gap is neither logged nor signalled.
+  PriceOutcome CalcPrice(exchange::CallRecord& record, PricingContext& output, std::int32_t& ignore,
+                         PriceTrace* trace = nullptr);
+
+  // The number in the international form that a provider's calls are looked up by.
+  [[nodiscard]] std::string normalise(std::string_view number, const exchange::ProviderDefinition& provider) const;
+
+ private:
+  struct Trunk;
+  struct Provider;
+  struct Profile;
+  struct Call;
+
+  bool isIgnoredAsShort(std::int64_t duration);
+  Trunk findTrunk(std::int32_t number, PricingContext& output) const;
+  Provider findProvider(std::int32_t id, PricingContext& output) const;
+  std::optional<Profile> findProfile(const Call& call);
+  void takeFreeSecondsOff(Call& call);
+  std::optional<std::int64_t> findDestination(const Call& call);
+  PriceOutcome priceByPulses(const Call& call, std::int64_t destination, PricingContext& output);
+  PriceOutcome priceByTime(const Call& call, std::int64_t destination, PricingContext& output);
+  PriceOutcome reportNoRule(const Call& call, PriceOutcome outcome);
+
+  foundation::ConfigManager& config_;
+  const exchange::PartyDefinitions& parties_;
+  TariffDatabase* tariffs_;
+  security::AuditLog& log_;
+  const foundation::LanguageFile& language_;
+  platform::Operator& operator_;
+  bool destinationBeeped_ = false;  // the missing destination is heard once a run only
+};
+
+}  // namespace tariff
