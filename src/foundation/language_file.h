@@ -37,10 +37,20 @@ struct WindowTexts {
   std::vector<Child> children;
 };
 
+// The number of the code page that the system's locale shows, 65001 for UTF-8; 0 when the locale names none.
+int systemCodepage();
+
+// The documented file name, "%s%s.lng" from the folder of setting `path` and "Tallybook".
+std::filesystem::path languageFileName(std::string_view folder);
+
 // The texts shown to the operator, by key, from `Tallybook.lng`. Results are UTF-8.
 class LanguageFile {
  public:
-  // Clears the tables and reads the file; false when it cannot be opened.
+  // `currentCodepage` answers the code-page check; a test puts its own in its place.
+  explicit LanguageFile(int (*currentCodepage)() = systemCodepage) : currentCodepage_(currentCodepage) {}
+
+  // Clears the tables and reads the file; false when it cannot be opened. A name without a folder is looked for in the
+  // folder of the program's executable, then in ../share/tallybook beside it.
   bool LoadLanguageFile(const std::filesystem::path& file);
 
   // The key's text in the language in use with \t \r \n replaced; a key without text is its own text.
@@ -68,7 +78,15 @@ class LanguageFile {
   [[nodiscard]] int codepage() const;
   [[nodiscard]] const std::vector<LanguageText>& allTexts() const { return all_; }
 
+  // Takes the content of a language file in place of what was read before.
+  void parse(std::string_view content);
+
  private:
+  void parseLine(std::string_view line);
+  void declareLanguage(std::string_view code, std::string_view rest);
+  [[nodiscard]] const Language* findLanguage(std::string_view code) const;
+
+  int (*currentCodepage_)();
   std::vector<Language> languages_;
   std::string native_;
   std::unordered_map<std::string, std::string, base::TextHash, std::equal_to<>> texts_;
