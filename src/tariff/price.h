@@ -47,19 +47,17 @@ class PriceCalculator {
   [[nodiscard]] std::string normalise(std::string_view number, const exchange::ProviderDefinition& provider) const;
 
  private:
-  struct Trunk;
-  struct Provider;
-  struct Profile;
   struct Call;
 
-  bool isIgnoredAsShort(std::int64_t duration);
-  Trunk findTrunk(std::int32_t number, PricingContext& output) const;
-  Provider findProvider(std::int32_t id, PricingContext& output) const;
-  std::optional<Profile> findProfile(const Call& call);
+  bool isIgnoredAsShort(Call& call);
+  void findTrunk(Call& call, PricingContext& output) const;
+  void findProvider(Call& call, PricingContext& output) const;
+  bool findProfile(Call& call);
   void takeFreeSecondsOff(Call& call);
-  std::optional<std::int64_t> findDestination(const Call& call);
-  PriceOutcome priceByPulses(const Call& call, std::int64_t destination, PricingContext& output);
-  PriceOutcome priceByTime(const Call& call, std::int64_t destination, PricingContext& output);
+  [[nodiscard]] bool isLocal(const Call& call) const;
+  bool findDestination(Call& call);
+  PriceOutcome priceByPulses(const Call& call, PricingContext& output);
+  PriceOutcome priceByTime(const Call& call, PricingContext& output);
   PriceOutcome reportNoRule(const Call& call, PriceOutcome outcome);
 
   foundation::ConfigManager& config_;

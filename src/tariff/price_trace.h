@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/datetime.h"
+#include "exchange/party_definitions.h"
 #include "tariff/charge_bands.h"
 
 namespace tariff {
@@ -31,18 +32,12 @@ struct PriceTrace {
   struct Trunk {
     bool defined = false;  // false: no trunk definition has the number
     std::int32_t number = 0;
-    std::string label;
-    std::int32_t providerId = 0;
-    std::string profile;
-    bool byPulses = false;
-    bool ignoreZeroPulses = false;
+    exchange::tagTRUNKINFO definition;
   };
   struct Provider {
     bool defined = false;
     std::int32_t id = 0;
-    std::string name;
-    std::int32_t freeSeconds = 0;
-    std::string localPrefixes;
+    exchange::ProviderDefinition definition;
   };
   struct Profile {
     std::int64_t id = 0;

@@ -1,0 +1,329 @@
+#include "tariff/price.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "base/printf.h"
+#include "base/text.h"
+#include "tariff/dialled_number.h"
+
+namespace tariff {
+
+using exchange::CallRecord;
+using foundation::StoreDatabase;
+
+namespace {
+
+// Stand in for a trunk or provider without definition: provider 0, no profile, all switches off.
+const exchange::tagTRUNKINFO kNoTrunk;
+const exchange::ProviderDefinition kNoProvider;
+
+}  // namespace
+
+// What the steps found out about the call so far.
+struct PriceCalculator::Call {
+  CallRecord& record;
+  PriceTrace* trace;  // null unless somebody asked
+
+  base::DateTime start;       // at second 0
+  std::int64_t duration = 0;  // seconds, before any are taken off
+  const exchange::tagTRUNKINFO* trunk = &kNoTrunk;
+  const exchange::ProviderDefinition* provider = &kNoProvider;
+  std::string normalised = {};
+  std::int64_t profileId = 0;
+  std::int64_t freeSeconds = 0;
+  std::int64_t destinationId = 0;
+
+  [[nodiscard]] std::int64_t chargedSeconds() const { return duration - freeSeconds; }
+};
+
+namespace {
+
+// The start second is not used.
+std::optional<base::DateTime> startOf(const CallRecord& record) {
+  return base::DateTime::fromParts(record.year, record.month, record.day, record.hour24(), record.minute, 0);
+}
+
+// Characters, as "charge_minimum_digits" counts them; texts are UTF-8 here.
+std::int64_t lengthOf(std::string_view text) {
+  return std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; });
+}
+
+std::int32_t clampTo32(std::int64_t value) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
+}
+
+std::string profileQuery(const std::string& profile, base::DateTime date, std::int32_t providerId) {
+  const base::DateTime::Parts day = date.parts();
+  const char* text = profile.empty()
+                         ? "SELECT TOP 1 * FROM profiles WHERE (profile_name = '%s' or profile_name is null) and "
+                           "profile_start_date <= #%d/%d/%d# and provider_id = %d order by profile_start_date desc"
+                         : "SELECT TOP 1 * FROM profiles WHERE profile_name = '%s' and "
+                           "profile_start_date <= #%d/%d/%d# and provider_id = %d order by profile_start_date desc";
+  return base::format(text, profile, day.month, day.day, day.year, providerId);
+}
+
+std::string dialledDestinationQuery(std::int32_t providerId, std::string_view number) {
+  return base::format(
+      "select destination_id from prefixe where prefix_id <> '' and provider_id=%d and '%s' like prefix_id+'*' "
+      "order by prefix_id desc",
+      providerId, number);
+}
+
+std::string localDestinationQuery(std::int32_t providerId) {
+  return base::format(
+      "select destination_id from prefixe where provider_id=%d and (prefix_id = '' or prefix_id is null)", providerId);
+}
+
+std::string normalisedDestinationQuery(std::int32_t providerId, std::string_view number) {
+  return base::format(
+      "select destination_id from prefixe where provider_id=%d and '%s' like prefix_id+'*' order by prefix_id desc",
+      providerId, number);
+}
+
+std::string pulseChargeQuery(std::int64_t destinationId, std::int64_t profileId, std::int64_t digits) {
+  return base::format(
+      "select top 1 * from charges where destination_id = %d and profile_id = %d and charge_minimum_digits <= %d",
+      destinationId, profileId, digits);
+}
+
+std::string timeChargeQuery(std::int64_t destinationId, std::int64_t profileId, const std::string& condition,
+                            std::int64_t digits) {
+  return base::format(
+      "select * from charges where destination_id = %d and profile_id = %d and (%s) and charge_minimum_digits <= %d",
+      destinationId, profileId, condition, digits);
+}
+
+// The prefix that won: the same query, asked for its other column.
+std::string winningPrefix(jet::Database& database, std::string query) {
+  constexpr std::string_view kColumn = "destination_id";
+  query.replace(query.find(kColumn), kColumn.size(), "prefix_id");
+  const jet::Snapshot rows = database.openSnapshot(query);
+  return rows.empty() ? std::string() : rows.at(0, 0).toText();
+}
+
+// Columns of `charges` in a result, looked up once for all its rows.
+struct ChargeColumns {
+  explicit ChargeColumns(const jet::Snapshot& rows)
+      : startTime(rows.column("charge_start_time")),
+        endTime(rows.column("charge_end_time")),
+        days(rows.column("charge_days")),
+        resolution(rows.column("charge_default_resolution")),
+        minimum(rows.column("charge_minimum")),
+        value(rows.column("charge_value")),
+        fixedAmount(rows.column("charge_default")),
+        currency(rows.column("charge_currency")) {}
+
+  std::size_t startTime, endTime, days, resolution, minimum, value, fixedAmount, currency;
+};
+
+// Nothing when the row's times are no times.
+std::optional<ChargeBand> readBand(const jet::Snapshot& rows, std::size_t row, const ChargeColumns& columns) {
+  const jet::Value& start = rows.at(row, columns.startTime);
+  const jet::Value& end = rows.at(row, columns.endTime);
+  if (start.type() != jet::Type::DateTime || end.type() != jet::Type::DateTime) return std::nullopt;
+  return ChargeBand{.startMinute = start.dateTime().secondOfDay() / 60,
+                    .endMinute = end.dateTime().secondOfDay() / 60,
+                    .days = rows.at(row, columns.days).toLong(),
+                    .resolution = rows.at(row, columns.resolution).toLong(),
+                    .minimumSeconds = rows.at(row, columns.minimum).toLong(),
+                    .value = rows.at(row, columns.value).toDouble(),
+                    .fixedAmount = rows.at(row, columns.fixedAmount).toDouble()};
+}
+
+// Adds a band to the sum and notes each day on which it was charged.
+void addTraced(BandSum& sum, const ChargeBand& band, const std::string& currency, PriceTrace& trace) {
+  PriceTrace::Band traced{band, currency, {}};
+  const std::function<void(const BandDay&)> note = [&](const BandDay& day) { traced.charged.push_back(day); };
+  sum.add(band, &note);
+  trace.bands.push_back(std::move(traced));
+}
+
+}  // namespace
+
+PriceOutcome PriceCalculator::CalcPrice(CallRecord& record, PricingContext& output, std::int32_t& ignore,
+                                        PriceTrace* trace) {
+  ignore = 0;
+  output.price = 0;
+  output.currency.clear();
+  output.area = "???";
+  const auto start = startOf(record);
+  if (!start) return PriceOutcome::ImpossibleDate;
+  Call call{.record = record, .trace = trace, .start = *start, .duration = record.durationInSeconds()};
+  if (trace != nullptr) trace->start = start;
+
+  if (isIgnoredAsShort(call)) {
+    ignore = 1;
+    return PriceOutcome::Ignored;
+  }
+  findTrunk(call, output);
+  if (call.trunk->providerId < 0) return PriceOutcome::NoProvider;
+  if (call.trunk->ignoreZeroPulses != 0 && record.pulses == 0) return PriceOutcome::NoPulses;
+  findProvider(call, output);
+  if (record.dialledNumber.empty()) return PriceOutcome::NoNumber;
+  call.normalised =
+      normaliseNumber(record.dialledNumber, call.provider->nationalPrefix, parties_.countryCode, parties_.areaCode);
+  if (trace != nullptr) trace->normalisedNumber = call.normalised;
+
+  if (tariffs_ == nullptr) return reportNoRule(call, PriceOutcome::NoTariffs);
+  const jet::ReadView view(tariffs_->database());
+  if (!findProfile(call)) return PriceOutcome::NoProfile;
+  takeFreeSecondsOff(call);
+  if (call.chargedSeconds() < 1) return PriceOutcome::NothingToCharge;
+  if (!findDestination(call)) return reportNoRule(call, PriceOutcome::NoDestination);
+  return call.trunk->pulses != 0 ? priceByPulses(call, output) : priceByTime(call, output);
+}
+
+std::string PriceCalculator::normalise(std::string_view number, const exchange::ProviderDefinition& provider) const {
+  return normaliseNumber(number, provider.nationalPrefix, parties_.countryCode, parties_.areaCode);
+}
+
+bool PriceCalculator::isIgnoredAsShort(Call& call) {
+  constexpr std::int32_t kOff = -1;
+  const std::int32_t threshold = config_.ReadConfigInt("Ignore_short_calls", "Calls", StoreDatabase, kOff);
+  if (threshold == kOff) return false;
+  if (call.trace != nullptr) call.trace->ignoredUpTo = threshold;
+  return call.duration <= threshold;
+}
+
+void PriceCalculator::findTrunk(Call& call, PricingContext& output) const {
+  const auto* definition = parties_.findTrunk(base::format("%d", call.record.trunk));
+  if (definition != nullptr) {
+    call.trunk = definition;
+    output.profile = definition->profile;
+  }
+  if (call.trace != nullptr) {
+    call.trace->trunk = PriceTrace::Trunk{definition != nullptr, call.record.trunk, *call.trunk};
+  }
+}
+
+void PriceCalculator::findProvider(Call& call, PricingContext& output) const {
+  const auto* definition = parties_.findProvider(call.trunk->providerId);
+  if (definition != nullptr) {
+    call.provider = definition;
+    output.provider = definition->name;
+  }
+  if (call.trace != nullptr) {
+    call.trace->provider = PriceTrace::Provider{definition != nullptr, call.trunk->providerId, *call.provider};
+  }
+}
+
+bool PriceCalculator::findProfile(Call& call) {
+  const jet::Snapshot rows =
+      tariffs_->database().openSnapshot(profileQuery(call.trunk->profile, call.start, call.trunk->providerId));
+  if (rows.empty()) return false;
+  call.profileId = rows.at(0, "profile_id").toLong();
+  const std::int64_t freeMinutes = rows.at(0, "free_minutes").toLong();
+  // Seconds, whatever the column's name says.
+  call.freeSeconds = call.provider->freeSeconds != 0 ? call.provider->freeSeconds : freeMinutes;
+  if (call.trace != nullptr) {
+    call.trace->profile = PriceTrace::Profile{.id = call.profileId,
+                                              .name = rows.at(0, "profile_name").toText(),
+                                              .startDate = rows.at(0, "profile_start_date").toDateTime(),
+                                              .freeMinutes = freeMinutes};
+  }
+  return true;
+}
+
+// With "Seconds_not_charged" the free seconds leave the record itself, so that they are not stored either. Only the
+// seconds field is touched, even where that leaves it below 0: the three fields are read as one sum again.
+void PriceCalculator::takeFreeSecondsOff(Call& call) {
+  const bool wanted = config_.ReadConfigInt("Seconds_not_charged", "Calls", StoreDatabase, 0) != 0;
+  if (wanted) {
+    std::int32_t& seconds = call.record.durationSeconds;
+    seconds = call.chargedSeconds() >= 1 ? clampTo32(seconds - call.freeSeconds) : 0;
+  }
+  if (call.trace != nullptr) {
+    call.trace->time = PriceTrace::ChargedTime{call.duration, call.freeSeconds, call.chargedSeconds(), wanted};
+  }
+}
+
+bool PriceCalculator::isLocal(const Call& call) const {
+  const bool local = isLocalNumber(call.normalised, call.provider->localPrefixes, parties_.countryCode);
+  if (call.trace != nullptr) call.trace->local = local;
+  return local;
+}
+
+// The number as it was dialled first; then, for a local call, the provider's destination without prefix, for any other
+// the number in international form.
+bool PriceCalculator::findDestination(Call& call) {
+  jet::Database& database = tariffs_->database();
+  std::string query = dialledDestinationQuery(call.trunk->providerId, skipServiceCode(call.record.dialledNumber));
+  auto match = PriceTrace::Match::Dialled;
+  const bool local = isLocal(call);
+  jet::Snapshot rows = database.openSnapshot(query);
+  if (rows.empty()) {
+    match = local ? PriceTrace::Match::LocalCatchAll : PriceTrace::Match::Normalised;
+    query = local ? localDestinationQuery(call.trunk->providerId)
+                  : normalisedDestinationQuery(call.trunk->providerId, call.normalised);
+    rows = database.openSnapshot(query);
+  }
+  if (rows.empty()) return false;
+  call.destinationId = rows.at(0, 0).toLong();
+  if (call.trace != nullptr) {
+    call.trace->destination = PriceTrace::Destination{call.destinationId, match, winningPrefix(database, query)};
+  }
+  return true;
+}
+
+PriceOutcome PriceCalculator::priceByPulses(const Call& call, PricingContext& output) {
+  const jet::Snapshot rows = tariffs_->database().openSnapshot(
+      pulseChargeQuery(call.destinationId, call.profileId, lengthOf(call.record.dialledNumber)));
+  if (rows.empty()) return reportNoRule(call, PriceOutcome::NoCharge);
+  const jet::Value& currency = rows.at(0, "charge_currency");
+  if (currency.type() != jet::Type::Text) return PriceOutcome::UnusableCharge;
+  const double value = rows.at(0, "charge_value").toDouble();
+  output.currency = currency.text();
+  output.price = call.record.pulses * value;
+  if (call.trace != nullptr) call.trace->pulses = PriceTrace::Pulses{call.record.pulses, value};
+  return PriceOutcome::Priced;
+}
+
+PriceOutcome PriceCalculator::priceByTime(const Call& call, PricingContext& output) {
+  const DayEncoding encoding = tariffs_->dayEncoding();
+  const ChargedInterval interval = chargedInterval(call.start, call.freeSeconds, call.chargedSeconds());
+  if (call.trace != nullptr) {
+    call.trace->dayEncoding = encoding;
+    call.trace->interval = interval;
+  }
+  const jet::Snapshot rows = tariffs_->database().openSnapshot(timeChargeQuery(
+      call.destinationId, call.profileId, timeCondition(encoding, interval), lengthOf(call.record.dialledNumber)));
+  if (rows.empty()) return reportNoRule(call, PriceOutcome::NoCharge);
+
+  const ChargeColumns columns(rows);
+  BandSum sum(encoding, interval);
+  auto outcome = PriceOutcome::Priced;
+  for (std::size_t row = 0; row < rows.rowCount(); ++row) {
+    const auto band = readBand(rows, row, columns);
+    const jet::Value& currency = rows.at(row, columns.currency);
+    if (!band || currency.type() != jet::Type::Text) {
+      outcome = PriceOutcome::UnusableCharge;
+      break;
+    }
+    output.currency = currency.text();
+    if (call.trace == nullptr) {
+      sum.add(*band);
+    } else {
+      addTraced(sum, *band, currency.text(), *call.trace);
+    }
+  }
+  output.price = sum.price();
+  return outcome;
+}
+
+PriceOutcome PriceCalculator::reportNoRule(const Call& call, PriceOutcome outcome) {
+  if (call.trace != nullptr) return outcome;
+  if (outcome == PriceOutcome::NoCharge) {
+    operator_.beep(platform::Operator::Sound::Asterisk);
+  } else if (!destinationBeeped_) {
+    destinationBeeped_ = true;
+    operator_.beep(platform::Operator::Sound::Hand);
+  }
+  log_.WriteLog(
+      security::LogError, "%s",
+      language_.TranslateFormat("IDS_NO_TARIF_RULE", call.record.dialledNumber, base::format("%d", call.record.trunk)));
+  return outcome;
+}
+
+}  // namespace tariff
