@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "ingest/recorder.h"
+
+namespace ingest {
+
+struct ImportResult {
+  enum class Outcome {
+    NothingToDo,        // no monitor file, or it cannot be taken over: see message
+    Done,               // read to its end
+    AlreadyComplete,    // every record of the file was in the database already (importFile only)
+    StoppedByOperator,  // after a failed record; the file is kept for importFile
+    Interrupted,        // by shouldStop or at the progress window; resumeStoppedImports goes on
+    Failed,             // the database or the file failed; resumeStoppedImports goes on
+  };
+  Outcome outcome = Outcome::NothingToDo;
+  std::int64_t imported = 0;  // records read by this call
+  std::string message;        // for the operator, empty when there is nothing to say
+
+  // The documented result: 0 when the import was stopped before the file's end, else 1.
+  [[nodiscard]] int result() const;
+};
+
+struct ImportOptions {
+  // Rows are written in batches, one transaction each, so that other copies get their turn.
+  std::int64_t recordsPerBatch = 1000;
+  std::chrono::milliseconds timePerBatch{100};
+  // Asked before each record; true ends the import after a commit. May be empty.
+  std::function<bool()> shouldStop;
+};
+
+// Takes over the monitor's file and records its calls. A kill at any moment leaves every record either in the database
+// once or in a file that importFile completes without doubling: see docs/storage.md. Faults come back in the result.
+class MonitorImport {
+ public:
+  explicit MonitorImport(Recorder& recorder, ImportOptions options = {});
+
+  // One run over "monitor.data" in the folder of setting "PathMonitor". A left-over backup is renamed aside and not
+  // read.
+  ImportResult run();
+  // Reads a file from its first record that is not yet in the database. A backup of the monitor folder is deleted when
+  // it is complete; any other file stays.
+  ImportResult importFile(const std::filesystem::path& file);
+  // Completes the backups whose import was interrupted, by a kill, shouldStop or a fault; not those that the operator
+  // stopped. To be called once before the first run.
+  ImportResult resumeStoppedImports();
+
+ private:
+  Recorder& recorder_;
+  ImportOptions options_;
+};
+
+}  // namespace ingest

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "ingest/recorder.h"
+
+namespace ingest {
+
+// Records the single calls that the capture program hands over as messages.
+class LiveRecorder {
+ public:
+  explicit LiveRecorder(Recorder& recorder) : recorder_(recorder) {}
+
+  // A record of 156 or 220 bytes, stored in a transaction of its own. 1 when it was recorded or deliberately skipped; 0
+  // for another size, while the calls are not open, and for a fault, which is written to the audit log. Never throws.
+  std::int32_t record(std::span<const unsigned char> bytes);
+
+ private:
+  bool store(exchange::CallRecord& call);
+  void logException(const exchange::CallRecord& call);
+
+  Recorder& recorder_;
+};
+
+}  // namespace ingest

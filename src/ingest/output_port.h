@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "foundation/config_manager.h"
+#include "ingest/call_output.h"
+#include "platform/serial_writer.h"
+#include "security/audit_log.h"
+
+namespace ingest {
+
+// Sends each line to the serial port of setting "COMOut", to the file of "OutFile", or to both.
+class OutputPort : public CallOutput {
+ public:
+  OutputPort(foundation::ConfigManager& config, security::AuditLog& log) : config_(config), log_(log) {}
+
+  // Reads both settings and opens the port. A port that cannot be opened or set is written to the audit log, and lines
+  // go to the file alone then. The device of port COMn is the machine setting "Device_COMn" (section "general"), else
+  // "/dev/ttyS" and n - 1.
+  void Open();
+  // Waits for the writer thread. Lines that the device did not take are dropped.
+  void Close();
+
+  [[nodiscard]] bool isOpen() const override { return !outFile_.empty() || writer_ != nullptr; }
+  int SendLine(std::string_view line) override;
+
+ private:
+  void openPort(const std::string& comOut);
+  [[nodiscard]] std::string deviceOf(std::string_view portName);
+  void appendToFile(std::string_view line) const;
+
+  foundation::ConfigManager& config_;
+  security::AuditLog& log_;
+  std::string outFile_;
+  std::unique_ptr<platform::SerialWriter> writer_;
+};
+
+}  // namespace ingest

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "exchange/call_record.h"
+#include "ingest/call_row.h"
+#include "ingest/enrichment.h"
+#include "ingest/exchange_parts.h"
+#include "ingest/trunk_check.h"
+
+namespace ingest {
+
+enum class Recording {
+  Failed,    // the calls are not open
+  Skipped,   // deliberately not stored: no trunk entry left, or under "Ignore_short_calls"
+  Recorded,  // one row more
+};
+
+// Turns call records into rows of `Calls`.
+class Recorder {
+ public:
+  explicit Recorder(const ExchangeParts& parts) : parts_(parts), trunks_(parts), enrichment_(parts) {}
+
+  // Opens the recordset that rows are appended through. Throws jet::Error.
+  void open();
+  void close();
+  [[nodiscard]] bool isOpen() const { return calls_ != nullptr; }
+
+  // Takes over what other copies changed in the definitions and currencies. Cheap when nothing did; asked before each
+  // live call and each batch of an import.
+  void refreshDefinitions();
+
+  // Records one call. The record comes back shortened where "Seconds_not_charged" says so. Throws jet::Error for faults
+  // of the database, and for texts that break a statement (a quotation mark in the number); no row is stored then.
+  Recording AddRecord(exchange::CallRecord& record);
+
+  [[nodiscard]] const ExchangeParts& parts() const { return parts_; }
+
+ private:
+  void setRawFields(CallRow& row, const exchange::CallRecord& record) const;
+  void setHidden(CallRow& row, const exchange::CallRecord& record, const jet::Snapshot& filteredNumbers) const;
+  void forward(const exchange::CallRecord& record, const tariff::PricingContext& context, double priceRef);
+
+  ExchangeParts parts_;
+  TrunkCheck trunks_;
+  Enrichment enrichment_;
+  std::unique_ptr<jet::Recordset> calls_;
+  std::optional<CallFields> fields_;
+};
+
+// The line that tells other devices of an outgoing call. `taxPercent` is added to the last figure.
+std::string forwardingLine(const exchange::CallRecord& record, double price, std::string_view referenceCurrency,
+                           double priceRef, int taxPercent);
+
+}  // namespace ingest
