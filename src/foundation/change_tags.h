@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
+#include "base/text.h"
 #include "jet/database.h"
 #include "platform/operator.h"
 
@@ -30,7 +32,24 @@ class ChangeTags {
   void TouchCalls();
 
  private:
+  struct Tag {
+    bool present = false;
+    std::int32_t value = 0;
+    std::optional<std::int32_t> seen;  // nothing = never seen, which counts as 0
+    bool current = false;              // `present` and `value` are those of tableVersion_
+  };
+
+  // The tag with its present value; asks the database only when the table may have changed since.
+  Tag& look(std::string_view name);
+  Tag& find(std::string_view name);
+  void bump(std::string_view name, bool markSeen);
+  void reportInvalid();
+
   platform::Operator& operator_;
+  jet::Database* database_ = nullptr;
+  std::unique_ptr<jet::Recordset> touchRecordset_;
+  std::unordered_map<std::string, Tag, base::TextHash, std::equal_to<>> seenTags_;
+  std::uint64_t tableVersion_ = 0;
 };
 
 }  // namespace foundation

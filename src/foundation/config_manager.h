@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "foundation/change_tags.h"
 #include "foundation/machine_store.h"
@@ -50,13 +51,29 @@ class ConfigManager {
   [[nodiscard]] MachineStore& machineStore() { return machine_; }
 
  private:
+  // A row of `Config` as it was when the table had version cacheVersion_.
+  struct Row {
+    bool found = false;
+    std::string text;
+    std::int32_t number = 0;
+  };
+
   // Reopens the recordset when another copy changed `Config`.
   void refresh();
+  const Row& findRow(std::string_view key, std::string_view section);
+  bool writeDatabase(std::string_view key, std::string_view section, std::string_view field, const jet::Value& value);
+  bool writeMachine(bool done);
 
   MachineStore& machine_;
   jet::Database* database_ = nullptr;
   ChangeTags* tags_ = nullptr;
+  std::unique_ptr<jet::Recordset> configRecordset_;
   bool lastFound_ = false;
+
+  // Rows read since the table last changed, by folded path: settings are asked for several times a recorded call.
+  std::unordered_map<std::string, Row> cache_;
+  std::uint64_t cacheVersion_ = 0;
+  std::string lookup_;  // kept for its memory
 };
 
 }  // namespace foundation

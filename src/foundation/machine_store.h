@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,13 +10,17 @@
 
 namespace foundation {
 
-// The settings of one workstation: an ini-like file with sections and typed values (32-bit integer, string, binary).
-// Names of sections and values compare without regard to case. The file is read anew on every call, as other programs
-// of the workstation change it too; a write goes to a temporary file that replaces the old one, under a lock. The file
-// can hold a password: it is made with mode 0600.
+class IniText;
+
+// The settings of one workstation: an ini-like file with sections and typed values (32-bit integer, string, binary);
+// its form is described in ini_text.h. Names of sections and values compare without regard to case. Every call looks at
+// the file, as other programs of the workstation change it too; it is parsed anew only when it is another one than
+// last time. A write goes to a temporary file that replaces the old one, under a lock (the file's name with ".lock").
+// The file can hold a password: it is made with mode 0600, and keeps 0660 when it is shared with its group.
 class MachineStore {
  public:
   explicit MachineStore(std::filesystem::path file);
+  ~MachineStore();
 
   // The file that the environment and the system choose: TALLYBOOK_MACHINE_STORE, else /etc/quorvane/tallybook.ini when
   // it exists or can be made, else $XDG_CONFIG_HOME/quorvane/tallybook.ini.
@@ -29,7 +34,7 @@ class MachineStore {
   [[nodiscard]] std::optional<std::vector<unsigned char>> readBinary(std::string_view section,
                                                                      std::string_view key) const;
 
-  // False when the file cannot be written.
+  // False when the file cannot be written. A value replaces one of another type. Erasing what is not there is done.
   bool writeString(std::string_view section, std::string_view key, std::string_view value);
   bool writeInt(std::string_view section, std::string_view key, std::int32_t value);
   bool writeBinary(std::string_view section, std::string_view key, const std::vector<unsigned char>& value);
@@ -37,7 +42,14 @@ class MachineStore {
   bool eraseSection(std::string_view section);
 
  private:
+  struct Cache;
+
+  [[nodiscard]] const IniText& current() const;
+  template <typename Change>
+  bool rewrite(Change change);
+
   std::filesystem::path file_;
+  std::unique_ptr<Cache> cache_;
 };
 
 }  // namespace foundation

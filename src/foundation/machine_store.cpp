@@ -1,0 +1,276 @@
+#include "foundation/machine_store.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <thread>
+
+#include "foundation/ini_text.h"
+
+namespace foundation {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLockPatience{5000};
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  [[nodiscard]] bool valid() const { return number_ >= 0; }
+  [[nodiscard]] int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+std::optional<std::string> readAll(int descriptor) {
+  std::string content;
+  char buffer[16384];
+  for (;;) {
+    const ssize_t got = read(descriptor, buffer, sizeof buffer);
+    if (got == 0) return content;
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return std::nullopt;
+    content.append(buffer, static_cast<std::size_t>(got));
+  }
+}
+
+bool writeAll(int descriptor, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t put = write(descriptor, content.data(), content.size());
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) return false;
+    content.remove_prefix(static_cast<std::size_t>(put));
+  }
+  return true;
+}
+
+// A hung holder must not hang every program of the workstation: after a while the write is refused instead.
+bool lockPatiently(int descriptor) {
+  const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
+  while (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return false;
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return true;
+}
+
+bool sharedWithGroup(const struct stat& status) {
+  return (status.st_mode & (S_IRGRP | S_IWGRP)) == (S_IRGRP | S_IWGRP);
+}
+
+// The new file's rights: those of its owner only, or of its owner and the old file's group where that one was shared.
+void takeOverSharing(int descriptor, const struct stat& old) {
+  if (sharedWithGroup(old) && fchown(descriptor, static_cast<uid_t>(-1), old.st_gid) == 0) fchmod(descriptor, 0660);
+}
+
+void syncFolder(const std::filesystem::path& folder) {
+  const Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor.valid()) fsync(descriptor.number());
+}
+
+// Puts `content` in place of `file` at once: whoever opens the file sees the old or the new text whole, also after a
+// power failure.
+bool replaceFile(const std::filesystem::path& file, std::string_view content) {
+  std::string temporary = file.string() + ".XXXXXX";
+  const Descriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));  // mode 0600
+  if (!descriptor.valid()) return false;
+  struct stat old {};
+  if (stat(file.c_str(), &old) == 0) takeOverSharing(descriptor.number(), old);
+  if (!writeAll(descriptor.number(), content) || fsync(descriptor.number()) != 0 ||
+      rename(temporary.c_str(), file.c_str()) != 0) {
+    unlink(temporary.c_str());
+    return false;
+  }
+  syncFolder(file.parent_path().empty() ? "." : file.parent_path());
+  return true;
+}
+
+// The lock stands beside the file, as the file itself is another one after every write.
+int openLock(const std::filesystem::path& file) {
+  const std::string name = file.string() + ".lock";
+  const int descriptor = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+  if (descriptor < 0) return descriptor;
+  struct stat shared {};
+  struct stat own {};
+  if (stat(file.c_str(), &shared) == 0 && sharedWithGroup(shared) && fstat(descriptor, &own) == 0 &&
+      own.st_uid == geteuid() && !sharedWithGroup(own)) {
+    takeOverSharing(descriptor, shared);
+  }
+  return descriptor;
+}
+
+// A link is followed to the real file, so that a write replaces that one and not the link.
+std::filesystem::path realFile(const std::filesystem::path& file) {
+  std::error_code fault;
+  auto real = std::filesystem::weakly_canonical(file, fault);
+  return fault ? file : real;
+}
+
+bool canBeMade(const std::filesystem::path& file) {
+  std::filesystem::path folder = file.parent_path();
+  std::error_code fault;
+  while (!std::filesystem::exists(folder, fault) && folder.has_relative_path()) folder = folder.parent_path();
+  return access(folder.c_str(), W_OK | X_OK) == 0;
+}
+
+std::filesystem::path configHome() {
+  const char* named = std::getenv("XDG_CONFIG_HOME");
+  if (named != nullptr && *named == '/') return named;  // relative ones are to be ignored
+  const char* home = std::getenv("HOME");
+  if (home != nullptr && *home != '\0') return std::filesystem::path(home) / ".config";
+  const passwd* account = getpwuid(geteuid());
+  return std::filesystem::path(account != nullptr ? account->pw_dir : "/") / ".config";
+}
+
+// What tells one state of a file from another.
+struct Identity {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = -1;
+  timespec modified{};
+  timespec changed{};
+
+  explicit Identity(const struct stat& status)
+      : device(status.st_dev),
+        inode(status.st_ino),
+        size(status.st_size),
+        modified(status.st_mtim),
+        changed(status.st_ctim) {}
+  Identity() = default;
+
+  bool operator==(const Identity& other) const {
+    return device == other.device && inode == other.inode && size == other.size &&
+           modified.tv_sec == other.modified.tv_sec && modified.tv_nsec == other.modified.tv_nsec &&
+           changed.tv_sec == other.changed.tv_sec && changed.tv_nsec == other.changed.tv_nsec;
+  }
+};
+
+// File times move in ticks of some milliseconds, and a freed inode number is given out again at once: a file that
+// changed just now may change once more and look the same. Only after this long its identity can be trusted.
+bool settled(const struct stat& status) {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  const double age = static_cast<double>(now.tv_sec - status.st_ctim.tv_sec) +
+                     static_cast<double>(now.tv_nsec - status.st_ctim.tv_nsec) / 1e9;
+  return age > 0.1;
+}
+
+}  // namespace
+
+struct MachineStore::Cache {
+  bool trusted = false;
+  Identity identity;
+  IniText text;
+
+  void load(const std::filesystem::path& file) {
+    trusted = false;
+    text = IniText();
+    const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat status {};
+    if (!descriptor.valid() || fstat(descriptor.number(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+    const auto content = readAll(descriptor.number());
+    if (!content) return;
+    text = IniText(*content);
+    identity = Identity(status);
+    trusted = settled(status);
+  }
+};
+
+MachineStore::MachineStore(std::filesystem::path file) : file_(std::move(file)), cache_(std::make_unique<Cache>()) {}
+
+MachineStore::~MachineStore() = default;
+
+std::filesystem::path MachineStore::defaultFile() {
+  const char* named = std::getenv("TALLYBOOK_MACHINE_STORE");
+  if (named != nullptr && *named != '\0') return named;
+  const std::filesystem::path shared = "/etc/quorvane/tallybook.ini";
+  std::error_code fault;
+  if (std::filesystem::exists(shared, fault) || canBeMade(shared)) return shared;
+  return configHome() / "quorvane" / "tallybook.ini";
+}
+
+const IniText& MachineStore::current() const {
+  struct stat status {};
+  const bool same = cache_->trusted && stat(file_.c_str(), &status) == 0 && cache_->identity == Identity(status);
+  if (!same) cache_->load(file_);
+  return cache_->text;
+}
+
+template <typename Change>
+bool MachineStore::rewrite(Change change) {
+  const std::filesystem::path file = realFile(file_);
+  std::error_code fault;
+  if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path(), fault);
+  const Descriptor lock(openLock(file));
+  if (!lock.valid() || !lockPatiently(lock.number())) return false;
+
+  IniText text;
+  const Descriptor old(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (old.valid()) {
+    const auto content = readAll(old.number());
+    if (!content) return false;
+    text = IniText(*content);
+  } else if (errno != ENOENT) {
+    return false;  // there is a file that cannot be read: writing would lose what it holds
+  }
+  const std::string before = text.text();
+  change(text);
+  const std::string after = text.text();
+  cache_->trusted = false;
+  return (old.valid() && before == after) || replaceFile(file, after);
+}
+
+std::optional<std::string> MachineStore::readString(std::string_view section, std::string_view key) const {
+  const auto* value = current().find(section, key);
+  const auto* text = value == nullptr ? nullptr : std::get_if<std::string>(value);
+  return text == nullptr ? std::nullopt : std::optional(*text);
+}
+
+std::optional<std::int32_t> MachineStore::readInt(std::string_view section, std::string_view key) const {
+  const auto* value = current().find(section, key);
+  const auto* number = value == nullptr ? nullptr : std::get_if<std::int32_t>(value);
+  return number == nullptr ? std::nullopt : std::optional(*number);
+}
+
+std::optional<std::vector<unsigned char>> MachineStore::readBinary(std::string_view section,
+                                                                   std::string_view key) const {
+  const auto* value = current().find(section, key);
+  const auto* bytes = value == nullptr ? nullptr : std::get_if<IniText::Binary>(value);
+  return bytes == nullptr ? std::nullopt : std::optional(*bytes);
+}
+
+bool MachineStore::writeString(std::string_view section, std::string_view key, std::string_view value) {
+  return rewrite([&](IniText& text) { text.set(section, key, std::string(value)); });
+}
+
+bool MachineStore::writeInt(std::string_view section, std::string_view key, std::int32_t value) {
+  return rewrite([&](IniText& text) { text.set(section, key, value); });
+}
+
+bool MachineStore::writeBinary(std::string_view section, std::string_view key,
+                               const std::vector<unsigned char>& value) {
+  return rewrite([&](IniText& text) { text.set(section, key, value); });
+}
+
+bool MachineStore::erase(std::string_view section, std::string_view key) {
+  return rewrite([&](IniText& text) { text.erase(section, key); });
+}
+
+bool MachineStore::eraseSection(std::string_view section) {
+  return rewrite([&](IniText& text) { text.eraseSection(section); });
+}
+
+}  // namespace foundation
