@@ -34,7 +34,8 @@ class Value {
       bool fallback = false) const;  // numbers: non-zero; texts: "True"/"Yes", or a non-zero number
   [[nodiscard]] std::int64_t toLong(std::int64_t fallback = 0) const;  // doubles round half to even; True is -1
   [[nodiscard]] double toDouble(double fallback = 0) const;            // dates: days since 1899-12-30
-  [[nodiscard]] std::string toText() const;                        // Null: ""; True: "-1"; dates: "m/d/yyyy h:nn:ss"
+  [[nodiscard]] std::string toText() const;  // Null: ""; True: "-1"; doubles with up to 15 digits
+                                             // dates: "m/d/yyyy h:nn:ss", midnight and day 0 left out
   [[nodiscard]] std::optional<base::DateTime> toDateTime() const;  // texts in stored or month-first form; numbers: days
 
   // Strict forms: nothing when the value is Null or cannot be converted.
@@ -46,6 +47,9 @@ class Value {
   [[nodiscard]] std::int64_t integer() const { return std::get<std::int64_t>(data_); }
   [[nodiscard]] double number() const { return std::get<double>(data_); }
   [[nodiscard]] base::DateTime dateTime() const { return std::get<base::DateTime>(data_); }
+
+  // Becomes a text, in the storage of the one it holds already.
+  void setText(std::string_view text);
 
   // Same type and same content (texts letter for letter). The engine's own comparison is compare() in operators.h.
   bool operator==(const Value&) const = default;
