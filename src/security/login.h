@@ -67,6 +67,18 @@ class LoginManager {
   bool LoadUser(jet::Recordset& users, bool withGroups);
 
  private:
+  enum class Attempt { Accepted, Refused, NotLoaded };
+
+  [[nodiscard]] std::string setting(const char* key);
+  void keepSetting(const char* key, const std::string& value);
+  void show(const char* key);
+  void log(LogLevel level, const char* key);
+  std::optional<Credentials> ask();
+  Attempt tryLogin(const Credentials& answer);
+  void loadGroups(const std::string& membership);
+  [[nodiscard]] bool passwordExpired() const;
+  bool storePassword(const std::string& password);
+
   Services services_;
   CurrentUser& session_;
   LoginPrompt& prompt_;

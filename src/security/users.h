@@ -30,7 +30,7 @@ struct UserRecord {
   std::uint32_t passwordDigest = 0;
   std::optional<base::DateTime> PasswordDate;
   std::optional<base::DateTime> LastAccessDate;
-  std::int32_t Flags = 0;
+  std::int32_t Flags = 0;   // UserFlag bits
   std::string Groups;       // membership text, see rights.h
   std::string SQLSubquery;  // condition on `Calls`; empty = none
 };
@@ -46,7 +46,7 @@ struct GroupRecord {
 
 enum class SaveResult {
   Saved,
-  NameEmpty,
+  NameUnusable,         // empty, or with a quotation mark, which the look-up at login cannot carry
   NameTaken,            // another user (group) has this name, case ignored
   Missing,              // the row was deleted meanwhile; for a user IDS_SELECTEDUSERDELETED was shown
   RestrictionRejected,  // the trial of `SQLSubquery` failed; the database's error was shown
@@ -87,6 +87,9 @@ class UserDirectory {
   [[nodiscard]] std::string validityText(std::int32_t days) const;
 
  private:
+  bool restrictionWorks(const std::string& restriction);
+  bool changeMembership(std::int32_t group, std::int32_t user, std::string (*change)(std::string_view, std::int32_t));
+
   jet::Database& database_;
   foundation::ChangeTags& tags_;
   const foundation::LanguageFile& texts_;

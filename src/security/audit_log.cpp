@@ -1,0 +1,149 @@
+#include "security/audit_log.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "jet/error.h"
+#include "security/characters.h"
+
+namespace security {
+
+namespace {
+
+constexpr const char* kSection = "general";
+
+// A text of an entry, as many characters as the documented buffer of 256 holds.
+constexpr std::size_t kMaxText = 255;
+
+// Retentions beyond this many days (a thousand years) keep everything anyway, and their cutoff may be no date.
+constexpr std::int32_t kLongestRetention = 365000;
+
+struct Category {
+  LogLevel level;
+  const char* showKey;
+  const char* recordKey;
+};
+constexpr Category kCategories[] = {
+    {LogLogin, "LogFilt_Login", "Log_Login"},    {LogSecurity, "LogFilt_Security", "Log_Security"},
+    {LogAdd, "LogFilt_Add", "Log_Add"},          {LogEdit, "LogFilt_Edit", "Log_Edit"},
+    {LogDelete, "LogFilt_Del", "Log_Del"},       {LogPrint, "LogFilt_Print", "Log_Print"},
+    {LogFolder, "LogFilt_Folder", "Log_Folder"}, {LogTransaction, "LogFilt_Tranz", "Log_Tranz"},
+    {LogError, "LogFilt_Err", "Log_Err"},
+};
+
+// A date of the filter, "%m/%d/%Y" as text and by its parts.
+struct FilterDate {
+  std::string text;
+  std::int32_t day = 0;
+  std::int32_t month = 0;
+  std::int32_t year = 0;
+};
+
+FilterDate splitDate(std::string text) {
+  FilterDate date;
+  const auto parts = base::split(text, "/", true);
+  if (!parts.empty()) date.month = base::leadingInteger(parts[0]);
+  if (parts.size() > 1) date.day = base::leadingInteger(parts[1]);
+  if (parts.size() > 2) date.year = base::leadingInteger(parts[2]);
+  date.text = std::move(text);
+  return date;
+}
+
+std::string levelCondition(foundation::ConfigManager& config) {
+  std::string condition;
+  for (const Category& category : kCategories) {
+    if (config.ReadConfigInt(category.showKey, kSection, foundation::StoreMachine, 0) == 0) continue;
+    if (!condition.empty()) condition += " OR ";
+    condition += base::format(" Level = %d ", static_cast<int>(category.level));
+  }
+  return condition.empty() ? condition : "(" + condition + ")";
+}
+
+// Both end days are included whole, whatever the time of day.
+std::string intervalCondition(const FilterDate& start, const FilterDate& end) {
+  return base::format(
+      " ((DateTime > #%s# OR (DAY(DateTime)=%d AND MONTH(DateTime)=%d AND YEAR(DateTime)=%d)) AND (DateTime < #%s# OR "
+      "(DAY(DateTime)=%d AND MONTH(DateTime)=%d AND YEAR(DateTime)=%d)))",
+      start.text, start.day, start.month, start.year, end.text, end.day, end.month, end.year);
+}
+
+}  // namespace
+
+AuditLog::AuditLog(foundation::ConfigManager& config, const platform::Clock& clock,
+                   std::function<std::string()> userName)
+    : config_(config), clock_(clock), userName_(std::move(userName)) {}
+
+void AuditLog::OpenLog(jet::Database& database) {
+  logRecordset_ = database.openRecordset("SELECT * FROM Log ORDER BY DateTime DESC;");
+  database_ = &database;
+}
+
+void AuditLog::CloseLog() {
+  logRecordset_.reset();
+  database_ = nullptr;
+}
+
+void AuditLog::LoadLogLevels() {
+  for (const Category& category : kCategories) {
+    logLevelEnabled_[static_cast<std::size_t>(category.level) - 1] =
+        config_.ReadConfigInt(category.recordKey, kSection, foundation::StoreMachine, 0);
+  }
+}
+
+bool AuditLog::writeEntry(int level, std::string text) {
+  if (database_ == nullptr || database_->readOnly()) return false;
+  logRecordset_->addNew();
+  logRecordset_->set("Desc", firstCharacters(text, kMaxText));
+  logRecordset_->set("UserName", userName_());
+  logRecordset_->set("DateTime", clock_.now());
+  logRecordset_->set("Level", level);
+  logRecordset_->update();
+  return true;
+}
+
+std::string AuditLog::BuildLogFilter() {
+  const auto number = [this](const char* key) {
+    return config_.ReadConfigInt(key, kSection, foundation::StoreMachine, 0);
+  };
+  // A date that was never chosen is today's: an empty one would make a condition that is none.
+  const auto date = [this](const char* key) {
+    const std::string today = clock_.now().format("%m/%d/%Y");
+    return splitDate(config_.ReadConfigString(key, kSection, foundation::StoreMachine, today));
+  };
+
+  if (number("LogFilt_Enabled") == 0) return "1=1";
+  std::string condition = levelCondition(config_);
+  if (number("LogFilt_UserEnabled") != 0) {
+    if (!condition.empty()) condition += " AND ";
+    condition += base::format(" UserName = \"%s\" ",
+                              config_.ReadConfigString("LogFilt_User", kSection, foundation::StoreMachine, ""));
+  }
+  if (number("LogFilt_IntervalEnabled") != 0) {
+    if (!condition.empty()) condition += " AND ";
+    condition += intervalCondition(date("LogFilt_IntervalStart"), date("LogFilt_IntervalEnd"));
+  }
+  return condition.empty() ? "1=1" : condition;
+}
+
+bool AuditLog::PurgeOldLogEntries() {
+  if (database_ == nullptr || database_->readOnly()) return true;
+  const auto number = [this](const char* key) {
+    return config_.ReadConfigInt(key, kSection, foundation::StoreDatabase, 0);
+  };
+  const std::int32_t days = std::min(number("Log_DeleteAfter"), kLongestRetention);
+  if (days <= 0 || number("Log_DeleteEnabled") == 0) return false;
+  const base::DateTime cutoff = clock_.now().midnight().plusDays(-(days - std::int64_t{1}));
+  try {
+    // One statement, not row by row: a log may hold a million entries when its retention is first switched on.
+    database_->execute("DELETE FROM Log WHERE " + base::format("DateTime<=#%s#", cutoff.format("%m/%d/%Y")));
+  } catch (const jet::Error&) {
+    // By rule the purge ends quietly; the next start tries again.
+  }
+  return true;
+}
+
+void AuditLog::ClearLog() {
+  if (database_ != nullptr) database_->execute("DELETE FROM Log");
+}
+
+}  // namespace security
