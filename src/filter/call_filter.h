@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "exchange/party_definitions.h"
+#include "filter/condition.h"
+#include "filter/settings.h"
+#include "foundation/config_manager.h"
+#include "platform/clock.h"
+#include "security/session.h"
+
+namespace filter {
+
+// The operator's filter over calls. Nothing is cached but the number-filter switch: the settings are read at every use,
+// since other windows and programs of the workstation change them. Everything referred to must outlive it.
+class CallFilter {
+ public:
+  CallFilter(foundation::ConfigManager& config, const exchange::PartyDefinitions& definitions,
+             const security::CurrentUser& user, const platform::Clock& clock)
+      : config_(config), definitions_(definitions), user_(user), clock_(clock) {}
+
+  // The condition text with the user's restriction. Throws as restrictCondition.
+  [[nodiscard]] std::string condition();
+  // The condition of other settings than the stored ones (a bill's), with the user's restriction.
+  [[nodiscard]] std::string conditionOf(const FilterSettings& settings) const;
+
+  [[nodiscard]] FilterSettings settings() { return readSettings(config_); }
+  [[nodiscard]] bool active() { return settings().onFilter == 1; }
+  // "Number_Filter_Enabled" as of the last condition or description.
+  [[nodiscard]] std::int32_t numberFilterEnabled() const { return numberFilterEnabled_; }
+  void keepNumberFilter(const FilterSettings& settings) { numberFilterEnabled_ = settings.numberFilterEnabled; }
+
+  // Each is false when the machine store cannot be written.
+  bool write(const FilterSettings& settings) { return writeSettings(config_, settings); }
+  bool clear();
+  bool thisMonth();
+  bool previousMonth();
+  // Stores all of the values or, when one is wrong (std::invalid_argument, see setValue), none.
+  bool set(const std::vector<std::pair<std::string, std::string>>& values);
+
+  [[nodiscard]] foundation::ConfigManager& config() { return config_; }
+
+ private:
+  foundation::ConfigManager& config_;
+  const exchange::PartyDefinitions& definitions_;
+  const security::CurrentUser& user_;
+  const platform::Clock& clock_;
+  std::int32_t numberFilterEnabled_ = 0;
+};
+
+}  // namespace filter

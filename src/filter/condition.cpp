@@ -1,0 +1,162 @@
+#include "filter/condition.h"
+
+#include "base/printf.h"
+#include "base/text.h"
+#include "jet/parser/parser.h"
+
+namespace filter {
+
+namespace {
+
+// A clause whose value may be empty: then the calls without a value are meant too.
+void appendText(std::string& condition, std::string_view filled, std::string_view unfilled, const std::string& value) {
+  condition += base::format(value.empty() ? unfilled : filled, value);
+}
+
+void appendName(std::string& condition, const std::string& name) {
+  if (name.starts_with('!')) {
+    appendText(condition, " (Name NOT LIKE '%s*' or Name IS NULL) AND", " (1 = 1) AND", name.substr(1));
+  } else {
+    appendText(condition, " (Name LIKE '%s*') AND", " (Name LIKE '%s*' or Name IS NULL) AND", name);
+  }
+}
+
+void appendParties(std::string& condition, const FilterSettings& settings, bool extensionIsText) {
+  if (settings.onExtension == 1) {
+    condition += extensionIsText ? base::format(" (Extension='%s') AND", settings.extension)
+                                 : base::format(" (Extension=%d) AND", base::leadingInteger(settings.extension));
+  }
+  if (settings.onTrunk == 1) condition += base::format(" (Trunk=%d) AND", settings.trunk);
+  if (settings.onAccount == 1) {
+    appendText(condition, " (AccountCode LIKE '%s*') AND", " (AccountCode LIKE '%s*' Or AccountCode IS NULL) AND",
+               settings.account);
+  }
+  if (settings.onDepartment == 1) {
+    appendText(condition, " (Department='%s') AND", " (Department='%s' or Department IS NULL) AND",
+               settings.department);
+  }
+  if (settings.onName == 1) appendName(condition, settings.name);
+  if (settings.onClient != 0) {
+    appendText(condition, " (owner='%s') AND", " (owner='%s' or owner is null) AND", settings.client);
+  }
+  if (settings.onFolder != 0) {
+    appendText(condition, " (Folder='%s') AND", " (Folder='%s' or Folder is null) AND", settings.folder);
+  }
+  if (settings.onArea != 0) {
+    appendText(condition, " (Area='%s') AND", " (Area='%s' or Area is null) AND", settings.area);
+  }
+}
+
+std::string periodEnd(std::string_view stored, std::string_view key) {
+  return parsePeriod(stored, findFilterKey(key)->fallback).format(kPeriodFormat);
+}
+
+void appendCall(std::string& condition, const FilterSettings& settings) {
+  if (settings.onPeriod != 0) {
+    condition += base::format(" (DateTime >= #%s# and DateTime <= #%s#) AND ",
+                              periodEnd(settings.intervalStart, "IntervalStart"),
+                              periodEnd(settings.intervalEnd, "IntervalEnd"));
+  }
+  if (!settings.numberPrefix.empty()) {
+    condition += base::format(" (DialNumber LIKE \"%s*\") AND ", settings.numberPrefix);
+  }
+  if (!settings.number.empty()) condition += base::format(" (DialNumber = \"%s\") AND ", settings.number);
+  if (!settings.country.empty()) condition += base::format(" (Country = \"%s\") AND ", settings.country);
+  if (!settings.provider.empty()) condition += base::format(" (Provider = \"%s\") AND ", settings.provider);
+  if (settings.onMinDuration != 0) condition += base::format(" (TotalTime>=%d) AND", settings.minDuration);
+}
+
+// A parsed condition together with the values of its literals.
+struct Parsed {
+  jet::ExpressionPtr tree;
+  std::vector<jet::Value> literals;
+};
+
+Parsed parse(std::string_view condition) {
+  jet::Shape shape;
+  jet::shapeOf(condition, shape);
+  return {jet::parseCondition(condition), std::move(shape.literals)};
+}
+
+bool sameTree(const jet::Expression& left, const std::vector<jet::Value>& leftLiterals, const jet::Expression& right,
+              const std::vector<jet::Value>& rightLiterals) {
+  if (left.kind != right.kind || left.op != right.op || left.negated != right.negated ||
+      left.isNullLiteral != right.isNullLiteral || left.literalType != right.literalType || left.table != right.table ||
+      left.name != right.name || left.operands.size() != right.operands.size()) {
+    return false;
+  }
+  if (left.kind == jet::Expression::Kind::Literal && !left.isNullLiteral &&
+      leftLiterals.at(left.parameter) != rightLiterals.at(right.parameter)) {
+    return false;
+  }
+  for (std::size_t i = 0; i < left.operands.size(); ++i) {
+    if (!sameTree(*left.operands[i], leftLiterals, *right.operands[i], rightLiterals)) return false;
+  }
+  return true;
+}
+
+bool endsInRestriction(const Parsed& condition, const Parsed& restriction) {
+  const jet::Expression& top = *condition.tree;
+  return top.kind == jet::Expression::Kind::Binary && top.op == jet::Operator::And && top.operands.size() == 2 &&
+         sameTree(*top.operands[1], condition.literals, *restriction.tree, restriction.literals);
+}
+
+std::vector<std::string> firstColumn(jet::Database& main, std::string_view sql) {
+  std::vector<std::string> values;
+  main.forEachRow(sql, [&](const std::vector<jet::Value>& row) {
+    values.push_back(row.front().toText());
+    return true;
+  });
+  return values;
+}
+
+}  // namespace
+
+std::string settingsCondition(const FilterSettings& settings, bool extensionIsText) {
+  if (settings.onFilter != 1) return "1=1";
+  std::string condition;
+  if (settings.hidden != 0) condition += " not Hidden AND";
+  if (settings.onIncoming != 0) condition += " Incoming=0 AND";
+  if (settings.onOutgoing != 0) condition += " Incoming=1 AND";
+  appendParties(condition, settings, extensionIsText);
+  appendCall(condition, settings);
+  if (condition.empty()) return " 1=1";
+  // A clause that ended in " AND " leaves one blank behind.
+  condition.resize(condition.size() - 4);
+  return condition;
+}
+
+std::string restrictCondition(std::string condition, std::string_view restriction) {
+  if (restriction.empty()) return condition;
+  const Parsed expected = parse(restriction);
+  condition.append(" AND (").append(restriction).append(" )");
+  bool holds = false;
+  try {
+    holds = endsInRestriction(parse(condition), expected);
+  } catch (const jet::Error&) {
+    // A value with a quotation mark can break the text apart: refused like one that changes its meaning.
+  }
+  if (!holds) {
+    throw RestrictionError(3075,
+                           "The filter's values do not go together with your restriction on calls: a quotation mark "
+                           "or bracket in one of them breaks the query. Change or clear the filter.",
+                           condition);
+  }
+  return condition;
+}
+
+std::vector<std::string> offeredAreas(jet::Database& main) {
+  return firstColumn(main, "select distinct(Area) from Calls where Area <> '' and Area <> null order by Area");
+}
+
+std::vector<std::string> offeredClients(jet::Database& main) {
+  return firstColumn(main, "select distinct(owner) from Calls where owner<>'' and owner <> null order by owner");
+}
+
+std::vector<std::string> offeredFolders(jet::Database& main, std::string_view client) {
+  return firstColumn(
+      main,
+      base::format("select distinct(Folder) from Calls where owner='%s' and Folder<>'' and Folder <> null", client));
+}
+
+}  // namespace filter

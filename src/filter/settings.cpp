@@ -1,0 +1,238 @@
+#include "filter/settings.h"
+
+#include <array>
+#include <charconv>
+#include <limits>
+#include <stdexcept>
+
+#include "base/printf.h"
+#include "base/text.h"
+
+namespace filter {
+
+namespace {
+
+using F = FilterSettings;
+
+constexpr FilterKey number(std::string_view key, std::int32_t F::*member) {
+  return {key, KeyType::Integer, "0", member, nullptr};
+}
+constexpr FilterKey text(std::string_view key, std::string F::*member) {
+  return {key, KeyType::Text, "", nullptr, member};
+}
+constexpr FilterKey date(std::string_view key, std::string_view fallback, std::string F::*member) {
+  return {key, KeyType::DateTime, fallback, nullptr, member};
+}
+
+constexpr std::array kKeys = {
+    number("Number_Filter_Enabled", &F::numberFilterEnabled),
+    number("OnFilter", &F::onFilter),
+    number("Hidden", &F::hidden),
+    number("OnIncoming", &F::onIncoming),
+    number("OnOutgoing", &F::onOutgoing),
+    number("OnExtension", &F::onExtension),
+    text("ExtensionStr", &F::extension),
+    number("OnTrunk", &F::onTrunk),
+    number("Trunk", &F::trunk),
+    number("OnAccount", &F::onAccount),
+    text("Cont", &F::account),
+    text("ContName", &F::accountName),
+    number("OnDepartment", &F::onDepartment),
+    text("Department", &F::department),
+    number("OnName", &F::onName),
+    text("Name", &F::name),
+    number("OnClient", &F::onClient),
+    text("Client", &F::client),
+    number("OnFolder", &F::onFolder),
+    text("Folder", &F::folder),
+    number("OnArea", &F::onArea),
+    text("Area", &F::area),
+    number("OnPeriod", &F::onPeriod),
+    date("IntervalStart", "12/31/1999 00:00:00", &F::intervalStart),
+    date("IntervalEnd", "12/31/2002 23:59:59", &F::intervalEnd),
+    text("NumberPrefix", &F::numberPrefix),
+    text("Number", &F::number),
+    text("Country", &F::country),
+    text("Provider", &F::provider),
+    number("OnMinDuration", &F::onMinDuration),
+    number("MinDuration", &F::minDuration),
+};
+
+constexpr std::string_view kNamesSection = "Denumire";
+
+struct NameKey {
+  std::string_view key;
+  std::string DisplayNames::*name;
+  std::string F::*value;
+};
+constexpr std::array kNameKeys = {
+    NameKey{"Interior", &DisplayNames::extension, &F::extension},
+    NameKey{"Client", &DisplayNames::client, &F::client},
+    NameKey{"Folder", &DisplayNames::folder, &F::folder},
+    NameKey{"Depart", &DisplayNames::department, &F::department},
+};
+
+std::optional<std::int32_t> parseInteger(std::string_view text) {
+  std::int32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+std::string parseDate(const FilterKey& key, std::string_view value) {
+  const std::string_view trimmed = base::trim(value);
+  auto parsed = base::DateTime::fromStored(trimmed);
+  if (!parsed) parsed = base::DateTime::fromStored(std::string(trimmed) + ":00");
+  if (!parsed) parsed = base::DateTime::fromUsText(trimmed);
+  if (!parsed || parsed->dayNumber() == 0) {
+    throw std::invalid_argument(
+        base::format("%s: \"%s\" is not a date; write 2025-01-31 08:30:00 or 1/31/2025 08:30:00", key.key, value));
+  }
+  const bool bareDate = trimmed.find(':') == std::string_view::npos;
+  if (bareDate && key.text == &F::intervalEnd) parsed = parsed->midnight().plusSeconds(86399);
+  return parsed->format(kPeriodFormat);
+}
+
+// `first` is any moment of the month.
+void setMonth(FilterSettings& settings, base::DateTime moment) {
+  const auto parts = moment.parts();
+  const auto first = *base::DateTime::fromParts(parts.year, parts.month, 1);
+  const auto last = first.plusDays(base::daysInMonth(parts.year, parts.month)).plusSeconds(-1);
+  settings.onFilter = 1;
+  settings.onPeriod = 1;
+  settings.intervalStart = first.format("%m/%d/%Y 00:00:00");
+  settings.intervalEnd = last.format("%m/%d/%Y 23:59:59");
+}
+
+}  // namespace
+
+std::span<const FilterKey> filterKeys() {
+  return kKeys;
+}
+
+const FilterKey* findFilterKey(std::string_view key) {
+  for (const FilterKey& candidate : kKeys) {
+    if (base::equalFoldAscii(candidate.key, key)) return &candidate;
+  }
+  return nullptr;
+}
+
+std::string valueText(const FilterSettings& settings, const FilterKey& key) {
+  return key.type == KeyType::Integer ? std::to_string(settings.*key.integer) : settings.*key.text;
+}
+
+FilterSettings readSettings(foundation::ConfigManager& config) {
+  FilterSettings settings;
+  for (const FilterKey& key : kKeys) {
+    if (key.type == KeyType::Integer) {
+      settings.*key.integer = config.ReadConfigInt(key.key, kFilterSection, foundation::StoreMachine, 0);
+    } else {
+      settings.*key.text = config.ReadConfigString(key.key, kFilterSection, foundation::StoreMachine, key.fallback);
+    }
+  }
+  return settings;
+}
+
+bool writeSetting(foundation::ConfigManager& config, const FilterSettings& settings, const FilterKey& key) {
+  return key.type == KeyType::Integer
+             ? config.WriteConfigInt(settings.*key.integer, key.key, kFilterSection, foundation::StoreMachine)
+             : config.WriteConfigString(settings.*key.text, key.key, kFilterSection, foundation::StoreMachine);
+}
+
+bool writeSettings(foundation::ConfigManager& config, const FilterSettings& settings) {
+  bool written = true;
+  for (const FilterKey& key : kKeys) written &= writeSetting(config, settings, key);
+  return written;
+}
+
+bool writeChanges(foundation::ConfigManager& config, const FilterSettings& before, const FilterSettings& after) {
+  bool written = true;
+  for (const FilterKey& key : kKeys) {
+    const bool same =
+        key.type == KeyType::Integer ? before.*key.integer == after.*key.integer : before.*key.text == after.*key.text;
+    if (!same) written &= writeSetting(config, after, key);
+  }
+  return written;
+}
+
+DisplayNames readDisplayNames(foundation::ConfigManager& config, const FilterSettings& settings) {
+  DisplayNames names;
+  for (const NameKey& key : kNameKeys) {
+    names.*key.name = config.ReadConfigString(key.key, kNamesSection, foundation::StoreMachine, settings.*key.value);
+  }
+  return names;
+}
+
+bool writeDisplayNames(foundation::ConfigManager& config, const DisplayNames& names) {
+  bool written = true;
+  for (const NameKey& key : kNameKeys) {
+    written &= config.WriteConfigString(names.*key.name, key.key, kNamesSection, foundation::StoreMachine);
+  }
+  return written;
+}
+
+bool dropStaleNames(foundation::ConfigManager& config, const FilterSettings& before, const FilterSettings& after) {
+  bool written = true;
+  for (const NameKey& key : kNameKeys) {
+    if (before.*key.value == after.*key.value) continue;
+    written &= config.WriteConfigString(std::nullopt, key.key, kNamesSection, foundation::StoreMachine);
+  }
+  return written;
+}
+
+void setValue(FilterSettings& settings, std::string_view name, std::string_view value) {
+  const FilterKey* key = findFilterKey(name);
+  if (key == nullptr) {
+    std::string known;
+    for (const FilterKey& candidate : kKeys) known.append(known.empty() ? "" : ", ").append(candidate.key);
+    throw std::invalid_argument(base::format("\"%s\" is no filter setting; there are: %s", name, known));
+  }
+  switch (key->type) {
+    case KeyType::Integer: {
+      const auto number = parseInteger(base::trim(value));
+      if (!number) {
+        throw std::invalid_argument(base::format("%s: \"%s\" is not a whole number of 32 bits", key->key, value));
+      }
+      settings.*key->integer = *number;
+      return;
+    }
+    case KeyType::DateTime:
+      settings.*key->text = parseDate(*key, value);
+      return;
+    case KeyType::Text:
+      settings.*key->text = value;
+      if (key->text == &F::account) settings.accountName = value;
+  }
+}
+
+void clearFields(FilterSettings& settings) {
+  for (auto member : {&F::onExtension, &F::onDepartment, &F::onName, &F::onAccount, &F::onClient, &F::onFolder,
+                      &F::onArea, &F::onTrunk, &F::onPeriod}) {
+    settings.*member = 0;
+  }
+  for (auto member : {&F::numberPrefix, &F::number, &F::country, &F::provider}) (settings.*member).clear();
+}
+
+void setThisMonth(FilterSettings& settings, base::DateTime today) {
+  setMonth(settings, today);
+}
+
+void setPreviousMonth(FilterSettings& settings, base::DateTime today) {
+  setMonth(settings, today.midnight().plusDays(-today.parts().day));
+}
+
+base::DateTime parsePeriod(std::string_view stored, std::string_view fallback) {
+  if (const auto parsed = base::DateTime::fromUsText(stored)) return *parsed;
+  return base::DateTime::fromUsText(fallback).value_or(base::DateTime());
+}
+
+DialogPeriod readDialogPeriod(foundation::ConfigManager& config) {
+  constexpr std::string_view kStart = "1/1/2001 00:00:00";
+  constexpr std::string_view kEnd = "12/31/2002 23:59:59";
+  const auto read = [&](std::string_view key, std::string_view fallback) {
+    return parsePeriod(config.ReadConfigString(key, kFilterSection, foundation::StoreMachine, fallback), fallback);
+  };
+  return {read("IntervalStart", kStart), read("IntervalEnd", kEnd)};
+}
+
+}  // namespace filter

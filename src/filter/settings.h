@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "base/datetime.h"
+#include "foundation/config_manager.h"
+
+namespace filter {
+
+// The call filter of a workstation, as it stands in section "Calls" of the machine store.
+//
+// Switches are integers: those of extension, trunk, account, department and name act only when they equal 1, the others
+// on any non-zero value. Defaults are those of the condition.
+struct FilterSettings {
+  std::int32_t numberFilterEnabled = 0;  // kept, no part of the condition
+  std::int32_t onFilter = 0;
+  std::int32_t hidden = 0;
+  std::int32_t onIncoming = 0;  // keeps the calls whose `Incoming` is 0
+  std::int32_t onOutgoing = 0;  // keeps the calls whose `Incoming` is 1
+  std::int32_t onExtension = 0;
+  std::string extension;
+  std::int32_t onTrunk = 0;
+  std::int32_t trunk = 0;
+  std::int32_t onAccount = 0;
+  std::string account;      // prefix
+  std::string accountName;  // its display text
+  std::int32_t onDepartment = 0;
+  std::string department;
+  std::int32_t onName = 0;
+  std::string name;  // prefix; a leading "!" negates
+  std::int32_t onClient = 0;
+  std::string client;
+  std::int32_t onFolder = 0;
+  std::string folder;
+  std::int32_t onArea = 0;
+  std::string area;
+  std::int32_t onPeriod = 0;
+  std::string intervalStart = "12/31/1999 00:00:00";  // "%m/%d/%Y %H:%M:%S"
+  std::string intervalEnd = "12/31/2002 23:59:59";
+  std::string numberPrefix;
+  std::string number;
+  std::string country;
+  std::string provider;
+  std::int32_t onMinDuration = 0;
+  std::int32_t minDuration = 0;  // seconds
+
+  bool operator==(const FilterSettings&) const = default;
+};
+
+inline constexpr std::string_view kFilterSection = "Calls";
+inline constexpr std::string_view kPeriodFormat = "%m/%d/%Y %H:%M:%S";
+
+enum class KeyType { Integer, Text, DateTime };
+
+// One key of the section and the member that holds it.
+struct FilterKey {
+  std::string_view key;
+  KeyType type;
+  std::string_view fallback;  // of texts and dates; integers default to 0
+  std::int32_t FilterSettings::*integer = nullptr;
+  std::string FilterSettings::*text = nullptr;
+};
+
+// In the order in which they are shown.
+[[nodiscard]] std::span<const FilterKey> filterKeys();
+// Case ignored; null when there is none.
+[[nodiscard]] const FilterKey* findFilterKey(std::string_view key);
+// The value as it is stored, integers in decimal digits.
+[[nodiscard]] std::string valueText(const FilterSettings& settings, const FilterKey& key);
+
+[[nodiscard]] FilterSettings readSettings(foundation::ConfigManager& config);
+// These are false when the machine store cannot be written.
+bool writeSettings(foundation::ConfigManager& config, const FilterSettings& settings);
+bool writeSetting(foundation::ConfigManager& config, const FilterSettings& settings, const FilterKey& key);
+// Writes what differs: a period that was never set stays unset, and each reader's own default holds.
+bool writeChanges(foundation::ConfigManager& config, const FilterSettings& before, const FilterSettings& after);
+
+// The names under which the filter's dialog showed the chosen parties, section "Denumire"; each defaults to the
+// filter's own value.
+struct DisplayNames {
+  std::string extension;   // "Interior"
+  std::string client;      // "Client"
+  std::string folder;      // "Folder"
+  std::string department;  // "Depart"
+};
+[[nodiscard]] DisplayNames readDisplayNames(foundation::ConfigManager& config, const FilterSettings& settings);
+bool writeDisplayNames(foundation::ConfigManager& config, const DisplayNames& names);
+// Drops the names of values that changed without a dialog, so that the values themselves show.
+bool dropStaleNames(foundation::ConfigManager& config, const FilterSettings& before, const FilterSettings& after);
+
+// Takes a value as somebody typed it. Dates are "YYYY-MM-DD[ HH:MM[:SS]]" or month first, and are stored in
+// kPeriodFormat; a bare date as the end of the period is the whole day. A new account takes its code as display text.
+// Throws std::invalid_argument that says what is wrong with which key.
+void setValue(FilterSettings& settings, std::string_view key, std::string_view value);
+
+// The operator's commands. Clearing leaves "OnFilter", "Hidden", "OnIncoming", "OnOutgoing" and "OnMinDuration".
+void clearFields(FilterSettings& settings);
+void setThisMonth(FilterSettings& settings, base::DateTime today);
+void setPreviousMonth(FilterSettings& settings, base::DateTime today);
+
+// A stored date-time text; the fallback when it is none.
+[[nodiscard]] base::DateTime parsePeriod(std::string_view stored, std::string_view fallback);
+
+// The period as the dialog shows it: unlike the condition's, the start defaults to "1/1/2001 00:00:00".
+struct DialogPeriod {
+  base::DateTime start;
+  base::DateTime end;
+};
+[[nodiscard]] DialogPeriod readDialogPeriod(foundation::ConfigManager& config);
+
+}  // namespace filter
