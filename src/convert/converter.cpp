@@ -1,0 +1,230 @@
+#include "convert/converter.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <optional>
+
+#include "base/printf.h"
+#include "base/text.h"
+#include "convert/table_writer.h"
+#include "jet/database.h"
+#include "schema/schema.h"
+
+namespace convert {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kMarker = ".tallybook-conversion";
+
+struct FileKind {
+  const char* name;
+  std::vector<jet::TableDef> (*tables)();
+  bool required;
+};
+constexpr std::array<FileKind, 3> kFiles = {{
+    {schema::kMainFile, schema::mainTables, true},
+    {schema::kTariffFile, schema::tariffTables, false},
+    {schema::kPhonebookFile, schema::phonebookTables, false},
+}};
+
+std::optional<fs::path> findFile(const fs::path& folder, std::string_view name) {
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    if (base::equalFoldAscii(entry.path().filename().string(), name)) return entry.path();
+  }
+  return std::nullopt;
+}
+
+// The old program keeps a lock file beside a database that it has open.
+void refuseWhenOpen(const fs::path& folder, const fs::path& file) {
+  const auto lock = findFile(folder, file.stem().string() + ".ldb");
+  if (!lock) return;
+  throw ConversionError(base::format(
+      "%s shows that the old program has %s open. Close it on every workstation first; when none runs any more, "
+      "delete that file and start again.",
+      lock->string(), file.string()));
+}
+
+void checkReadable(const fs::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  if (!in) throw ConversionError(base::format("%s cannot be read. Check the rights on it.", file.string()));
+  if (!isOldDatabase(file)) {
+    throw ConversionError(base::format("%s is no old database file; nothing was converted.", file.string()));
+  }
+}
+
+class PartialFolder {
+ public:
+  explicit PartialFolder(const fs::path& target) : target_(target), path_(target.string() + ".partial") {
+    std::error_code error;
+    if (fs::exists(target_) && !fs::is_empty(target_, error)) {
+      throw ConversionError(base::format("%s exists already and is not empty. Name another folder.", target_.string()));
+    }
+    if (fs::exists(path_)) {
+      if (!fs::exists(path_ / kMarker)) {
+        throw ConversionError(
+            base::format("%s is in the way and was not made by a conversion. Move it away.", path_.string()));
+      }
+      fs::remove_all(path_);
+    }
+    fs::create_directories(path_, error);
+    std::ofstream marker(path_ / kMarker);
+    if (error || !marker) {
+      throw ConversionError(
+          base::format("The folder %s cannot be made. Check the rights and the space there.", path_.string()));
+    }
+  }
+  PartialFolder(const PartialFolder&) = delete;
+  PartialFolder& operator=(const PartialFolder&) = delete;
+  ~PartialFolder() {
+    std::error_code ignored;
+    if (!kept_) fs::remove_all(path_, ignored);
+  }
+
+  [[nodiscard]] const fs::path& path() const { return path_; }
+
+  // Everything on the disk, then the final name.
+  void publish() {
+    fs::remove(path_ / kMarker);
+    for (const auto& entry : fs::directory_iterator(path_)) syncToDisk(entry.path());
+    syncToDisk(path_);
+    if (fs::exists(target_)) fs::remove(target_);
+    fs::rename(path_, target_);
+    kept_ = true;
+    syncToDisk(target_.parent_path().empty() ? fs::path(".") : target_.parent_path());
+  }
+
+ private:
+  static void syncToDisk(const fs::path& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    fsync(descriptor);
+    close(descriptor);
+  }
+
+  fs::path target_;
+  fs::path path_;
+  bool kept_ = false;
+};
+
+// Reads one old file into the new one of the same name, table after table.
+class FileConversion {
+ public:
+  FileConversion(const FileKind& kind, const fs::path& newFile, const ConversionOptions& options,
+                 platform::Operator& person, ConversionReport& report)
+      : kind_(kind),
+        newFile_(newFile),
+        options_(options),
+        report_(report),
+        database_(jet::createDatabase(newFile)),
+        writer_(kind.name, kind.tables(), *database_, person, report) {}
+
+  void read(const fs::path& oldFile) {
+    JetReadOptions from;
+    from.codepage = options_.codepage;
+    for (;;) {
+      const ReaderResult result = readJetFileApart(oldFile, from, options_.limits, writer_);
+      if (result.complete) return;
+      writer_.abandonTable(result.fault);
+      report_.faults.push_back(result.fault);
+      if (!options_.salvage) {
+        throw ConversionError(result.fault + " Nothing was converted. With --salvage everything else is carried over.");
+      }
+      if (result.table.empty()) return;
+      from.afterTable = result.table;
+    }
+  }
+
+  // What the program needs and the old file did not have; then every table is read back and counted.
+  void finish() {
+    writer_.makeMissingTables();
+    database_.reset();
+    const auto written = jet::openDatabase(newFile_, jet::OpenMode::ReadOnly);
+    for (TableReport& table : report_.tables) {
+      if (table.file == kind_.name) tallyWritten(*written, table);
+    }
+  }
+
+ private:
+  static void tallyWritten(jet::Database& database, TableReport& table) {
+    std::vector<std::string> names;
+    std::string list;
+    for (const std::string& column : table.columns) {
+      names.push_back(column);
+      list += (list.empty() ? "[" : ", [") + column + "]";
+    }
+    database.forEachRow(base::format("SELECT %s FROM [%s]", list, table.table),
+                        [&](const std::vector<jet::Value>& row) {
+                          table.written.add(names, row);
+                          return true;
+                        });
+  }
+
+  const FileKind& kind_;
+  fs::path newFile_;
+  const ConversionOptions& options_;
+  ConversionReport& report_;
+  std::unique_ptr<jet::Database> database_;
+  TableWriter writer_;
+};
+
+}  // namespace
+
+bool isOldDatabase(const fs::path& file) {
+  // The format's name stands behind four bytes of page kind.
+  std::array<char, 19> head{};
+  std::ifstream in(file, std::ios::binary);
+  in.read(head.data(), static_cast<std::streamsize>(head.size()));
+  if (in.gcount() != static_cast<std::streamsize>(head.size())) return false;
+  const std::string_view name(head.data() + 4, 15);
+  return name == "Standard Jet DB" || name == "Standard ACE DB";
+}
+
+ConversionReport convertFolder(const fs::path& oldFolder, const fs::path& newFolder, const ConversionOptions& options,
+                               platform::Operator& person) {
+  std::error_code error;
+  if (!fs::is_directory(oldFolder, error)) {
+    throw ConversionError(base::format("%s is not a folder that can be read.", oldFolder.string()));
+  }
+  std::array<std::optional<fs::path>, kFiles.size()> found;
+  for (std::size_t i = 0; i < kFiles.size(); ++i) {
+    found[i] = findFile(oldFolder, kFiles[i].name);
+    if (!found[i] && kFiles[i].required) {
+      throw ConversionError(base::format("There is no %s in %s.", kFiles[i].name, oldFolder.string()));
+    }
+    if (found[i]) {
+      refuseWhenOpen(oldFolder, *found[i]);
+      checkReadable(*found[i]);
+    }
+  }
+
+  PartialFolder partial(newFolder);
+  ConversionReport report;
+  try {
+    for (std::size_t i = 0; i < kFiles.size(); ++i) {
+      FileConversion conversion(kFiles[i], partial.path() / kFiles[i].name, options, person, report);
+      if (found[i]) {
+        conversion.read(*found[i]);
+      } else {
+        report.notes.push_back(base::format("There was no %s; an empty one was made.", kFiles[i].name));
+      }
+      conversion.finish();
+    }
+    partial.publish();
+  } catch (const jet::Error& fault) {
+    throw ConversionError(
+        base::format("The new files cannot be written: %s Nothing was left behind.", fault.description()));
+  } catch (const fs::filesystem_error& fault) {
+    throw ConversionError(base::format("The new folder cannot be finished: %s", fault.what()));
+  }
+  return report;
+}
+
+}  // namespace convert

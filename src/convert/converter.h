@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "convert/conversion_report.h"
+#include "convert/reader_process.h"
+#include "platform/operator.h"
+
+namespace convert {
+
+// True when the file begins with the bytes of an old (Jet) database.
+bool isOldDatabase(const std::filesystem::path& file);
+
+struct ConversionOptions {
+  bool salvage = false;  // go on with the other tables when one cannot be read
+  int codepage = 0;      // of Jet 3 texts; 0 = the one that each file names
+  ReaderLimits limits;
+};
+
+// The conversion cannot be done or had to stop; the text says what to do. Nothing was left under the new name.
+class ConversionError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Carries tallybook.mdb, tariffs.mdb and phonebook.mdb of `oldFolder` (names in any case; the last two may be missing
+// and are made empty then) over into the new folder, which must not exist or be empty. The old files are only read. The
+// new folder appears under its name when it is whole; until then the work stands beside it under NAME.partial, which a
+// later run clears away. Faults of single tables end the conversion unless `salvage` is set.
+ConversionReport convertFolder(const std::filesystem::path& oldFolder, const std::filesystem::path& newFolder,
+                               const ConversionOptions& options, platform::Operator& person);
+
+}  // namespace convert
