@@ -1,0 +1,104 @@
+#include "server/server_app.h"
+
+#include <fstream>
+
+#include "base/path.h"
+#include "base/printf.h"
+#include "base/text.h"
+#include "base/version.h"
+
+namespace server {
+
+namespace {
+
+constexpr std::string_view kGeneral = "general";
+constexpr std::string_view kVersionSwitch = "/v";
+
+std::string_view withoutQuotes(std::string_view text) {
+  text = base::trim(text);
+  if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
+  return text;
+}
+
+void writeVersionFile() {
+  std::ofstream("server.ver") << base::format("%s %s", base::kProgramName, base::kProgramVersion) << "\n";
+}
+
+}  // namespace
+
+CServerApp::CServerApp(const std::filesystem::path& machineStoreFile, std::filesystem::path programFolder,
+                       Surroundings surroundings)
+    : store_(machineStoreFile),
+      config_(store_),
+      programFolder_(std::move(programFolder)),
+      surroundings_(std::move(surroundings)) {}
+
+std::filesystem::path CServerApp::lockFile() const {
+  return store_.file().parent_path() / "QuorvaneServerMutex";
+}
+
+CServerApp::Start CServerApp::InitInstance(std::string_view commandLine, OneCopy oneCopy) {
+  const bool versionOnly = commandLine.find(kVersionSwitch) != std::string_view::npos;
+  // The switch is no profile.
+  const std::string profile =
+      std::string(withoutQuotes(base::replaceAll(std::string(commandLine), kVersionSwitch, "")));
+  if (!profile.empty()) applyProfile(profile);
+  if (!loadLanguage()) return Start::Failed;
+  if (oneCopy == OneCopy::Enforced && !versionOnly && !takeLock()) return Start::Failed;
+  if (versionOnly) {
+    writeVersionFile();
+    return Start::Ended;
+  }
+  return Start::Ready;
+}
+
+void CServerApp::applyProfile(std::string_view name) {
+  const auto ofProfile = [&](std::string_view key) {
+    return config_.ReadConfigString(base::format("%s_%s", key, name), kGeneral, foundation::StoreMachine, "");
+  };
+  if (ofProfile("PathDatabase").empty()) {
+    surroundings_.person.messageBox(base::format("Profile %s does not exist!", name));
+    return;
+  }
+  for (const char* key : {"PathDatabase", "Path", "PathMonitor"}) {
+    config_.WriteConfigString(ofProfile(key), key, kGeneral, foundation::StoreMachine);
+  }
+}
+
+bool CServerApp::loadLanguage() {
+  const std::string folder = config_.ReadConfigString("path", kGeneral, foundation::StoreMachine, "");
+  const std::string name = base::format("%s%s.lng", folder, base::kProgramName);
+  // A name without a folder stands beside the program; a set folder without the file falls back to that one, since the
+  // folder is also where reports go.
+  std::filesystem::path file = base::systemPath(name);
+  if (!file.has_parent_path() || !std::filesystem::exists(file)) file = programFolder_ / file.filename();
+  if (!language_.LoadLanguageFile(file)) {
+    surroundings_.person.messageBox(base::format("Error loading language file: %s", name));
+    return false;
+  }
+  std::string code = config_.ReadConfigString("Lang", kGeneral, foundation::StoreMachine, "");
+  if (code.empty()) code = config_.ReadConfigString("Language", kGeneral, foundation::StoreMachine, "");
+  language_.CheckCodepage(code, surroundings_.person);
+  if (language_.NativeLanguage() != code) {
+    config_.WriteConfigString(language_.NativeLanguage(), "Lang", kGeneral, foundation::StoreMachine);
+  }
+  return true;
+}
+
+bool CServerApp::takeLock() {
+  try {
+    lock_ = platform::InstanceLock::acquire(lockFile());
+  } catch (const std::exception& error) {
+    surroundings_.person.messageBox(error.what());
+    return false;
+  }
+  anotherCopyRuns_ = !lock_.has_value();
+  return lock_.has_value();
+}
+
+void CServerApp::changeLanguage(std::string_view code) {
+  config_.WriteConfigString(code, "Lang", kGeneral, foundation::StoreMachine);
+  surroundings_.person.messageBox(language_.Translate("IDS_RESTART_APPLY_LANGUAGE"));
+}
+
+}  // namespace server

@@ -1,0 +1,305 @@
+#include "server/server_doc.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "base/path.h"
+#include "base/printf.h"
+#include "schema/schema.h"
+#include "security/rights.h"
+#include "tariff/redenomination.h"
+
+namespace server {
+
+namespace {
+
+constexpr std::string_view kGeneral = "general";
+constexpr std::int32_t kDatabaseVersion = 1;
+constexpr std::int32_t kUpperPanePercent = 70;
+
+}  // namespace
+
+CServerDoc::CServerDoc(CServerApp& app)
+    : app_(app),
+      person_(app.surroundings().person),
+      config_(app.config()),
+      language_(app.language()),
+      tags_(person_),
+      log_(config_, app.surroundings().clock, [this] { return user_.stampName(); }),
+      currencies_(config_, language_, person_),
+      parties_(config_),
+      contacts_(config_, tags_, language_, log_, person_) {}
+
+CServerDoc::~CServerDoc() {
+  OnCloseDocument();
+}
+
+bool CServerDoc::OnNewDocument(const StartDuties& duties) {
+  keepsState_ = duties.maintain;
+  makePreviewFile();
+  previewMode_ = config_.ReadConfigInt("Preview mode", kGeneral, foundation::StoreMachine, 0);
+  upperPane_ = config_.ReadConfigInt("Upper pane %", kGeneral, foundation::StoreMachine, kUpperPanePercent);
+  if (!openSettings()) return false;
+  try {
+    currencies_.load(*main_);
+    log_.OpenLog(*main_);
+    log_.LoadLogLevels();
+    if (duties.maintain) log_.PurgeOldLogEntries();
+    if (!logIn(duties)) return false;
+  } catch (const jet::Error& error) {
+    report(error);
+    return false;
+  }
+  upgradeSchema();
+  if (!loadReferenceData(duties)) {
+    person_.messageBox(language_.Translate("IDS_SMDR_CANTSTART"));
+    return false;
+  }
+  if (duties.firstImport) firstImport();
+  if (duties.maintain) redenominate();
+  return true;
+}
+
+// A name that nobody else can have taken beforehand.
+void CServerDoc::makePreviewFile() {
+  const char* folder = std::getenv("TMP");
+  std::string name = (std::filesystem::path(folder != nullptr ? folder : "/tmp") / "tallybookXXXXXX.htm").string();
+  const int descriptor = mkstemps(name.data(), 4);
+  if (descriptor < 0) return;
+  close(descriptor);
+  previewFile_ = name;
+}
+
+// Database, change tags and settings; tried again while the operator can choose another folder.
+bool CServerDoc::openSettings() {
+  for (;;) {
+    try {
+      if (!openMainDatabase()) return false;
+      tags_.LoadTouch(*main_);
+      config_.OpenConfig(*main_, tags_);
+      return true;
+    } catch (const jet::Error& error) {
+      config_.CloseConfig();
+      tags_.CloseTouch();
+      main_.reset();
+      const auto& choose = app_.surroundings().chooseOtherDatabase;
+      if (!choose) {
+        report(error);
+        return false;
+      }
+      if (!choose(error.description())) return false;
+    }
+  }
+}
+
+bool CServerDoc::openMainDatabase() {
+  const std::string folder = config_.ReadConfigString("PathDatabase", kGeneral, foundation::StoreMachine, "---");
+  if (folder == "---") {
+    person_.messageBox(language_.Translate("IDS_CANTREADREGISTRY"));
+    return false;
+  }
+  const auto file = base::systemPath(folder + schema::kMainFile);
+  try {
+    main_ = jet::openDatabase(file, jet::OpenMode::ReadWrite);
+  } catch (const jet::Error& error) {
+    // Missing and foreign files do not get better by being opened read-only.
+    if (error.number() == 3024 || error.number() == 3343) throw;
+    main_ = jet::openDatabase(file, jet::OpenMode::ReadOnly);
+  }
+  return true;
+}
+
+bool CServerDoc::logIn(const StartDuties& duties) {
+  const Surroundings& around = app_.surroundings();
+  users_ = std::make_unique<security::UserDirectory>(*main_, tags_, language_, person_, around.clock);
+  login_ = std::make_unique<security::LoginManager>(
+      security::LoginManager::Services{*main_, config_, language_, log_, person_, around.clock}, user_, around.login);
+  return login_->Login(duties.autoLogin) && login_->CheckAccount();
+}
+
+void CServerDoc::upgradeSchema() {
+  try {
+    std::int32_t version = config_.ReadConfigInt("DbVersion", kGeneral, foundation::StoreDatabase, 0);
+    if (version >= kDatabaseVersion) return;
+    jet::Transaction transaction(*main_);
+    try {
+      main_->execute("ALTER table calls ADD COLUMN Folder TEXT");
+      version = kDatabaseVersion;
+    } catch (const jet::Error& error) {
+      report(error);
+    }
+    config_.WriteConfigInt(version, "DbVersion", kGeneral, foundation::StoreDatabase);
+    transaction.commit();
+  } catch (const jet::Error& error) {
+    report(error);
+  }
+}
+
+bool CServerDoc::loadReferenceData(const StartDuties& duties) {
+  const std::string folder = config_.ReadConfigString("PathDatabase", kGeneral, foundation::StoreMachine, "---");
+  try {
+    // Without tariffs every price is 0, and each call says so in the log.
+    tariffs_ = tariff::TariffDatabase::open(folder);
+  } catch (const jet::Error& error) {
+    report(error);
+  }
+  try {
+    phonebook_ = ingest::Phonebook::open(folder);
+  } catch (const jet::Error&) {
+    person_.messageBox(language_.Translate("IDS_SMDR_CANTOPENPBDB"));
+  }
+  try {
+    output_ = std::make_unique<ingest::OutputPort>(config_, log_);
+    if (duties.outputPort) output_->Open();
+    parties_.load(*main_, tariffs_ ? &tariffs_->database() : nullptr);
+    prices_ = std::make_unique<tariff::PriceCalculator>(config_, parties_, tariffs_.get(), log_, language_, person_);
+    contacts_.Open(*main_);
+    recorder_ = std::make_unique<ingest::Recorder>(exchangeParts());
+    recorder_->open();
+    live_ = std::make_unique<ingest::LiveRecorder>(*recorder_);
+    if (duties.maintain) ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock);
+    referenceDataLoaded_ = true;
+  } catch (const jet::Error& error) {
+    report(error);
+  }
+  return referenceDataLoaded_;
+}
+
+ingest::ExchangeParts CServerDoc::exchangeParts() {
+  return {*main_, tariffs_.get(), phonebook_.get(), parties_, *prices_,     currencies_, config_,
+          tags_,  log_,           language_,        person_,  output_.get()};
+}
+
+void CServerDoc::firstImport() {
+  if (DatabaseReadOnly()) return;
+  ingest::MonitorImport interrupted(*recorder_);
+  const auto resumed = interrupted.resumeStoppedImports();
+  const auto imported = importMonitorFile();
+  if (resumed.outcome == ingest::ImportResult::Outcome::Failed ||
+      imported.outcome == ingest::ImportResult::Outcome::Failed) {
+    person_.messageBox(language_.Translate("IDS_SMDR_CANTREADLOG"));
+  }
+}
+
+void CServerDoc::redenominate() {
+  if (DatabaseReadOnly()) return;
+  try {
+    tariff::redenominate(*main_, tariffs_ ? &tariffs_->database() : nullptr, currencies_, config_,
+                         app_.surroundings().clock, person_);
+  } catch (const jet::Error& error) {
+    report(error);
+  }
+}
+
+void CServerDoc::report(const jet::Error& error) {
+  person_.messageBox(error.description());
+}
+
+ingest::ImportResult CServerDoc::importMonitorFile(const ingest::ImportOptions& options) {
+  return ingest::MonitorImport(*recorder_, options).run();
+}
+
+ingest::ImportResult CServerDoc::importFile(const std::filesystem::path& file, const ingest::ImportOptions& options) {
+  return ingest::MonitorImport(*recorder_, options).importFile(file);
+}
+
+void CServerDoc::refresh() {
+  if (recorder_) recorder_->refreshDefinitions();
+}
+
+bool CServerDoc::resetCalls() {
+  if (!person_.askYesNo(language_.Translate("IDS_CONFIRMRESET"), platform::Operator::Unattended::No)) return false;
+  jet::Transaction transaction(*main_);
+  main_->execute("delete from Calls");
+  tags_.TouchCalls();
+  transaction.commit();
+  return true;
+}
+
+bool CServerDoc::resetContacts() {
+  if (!person_.askYesNo(language_.Translate("IDS_CONFIRMRESET_CONTACTS"), platform::Operator::Unattended::No)) {
+    return false;
+  }
+  jet::Transaction transaction(*main_);
+  main_->execute("delete from contacts");
+  tags_.Touch("Contacts");
+  transaction.commit();
+  return true;
+}
+
+bool CServerDoc::deleteZeroLengthCalls() {
+  if (!person_.askYesNo(language_.Translate("IDS_DELETE_ZERO_LENGTH_CALLS"), platform::Operator::Unattended::No)) {
+    return false;
+  }
+  jet::Transaction transaction(*main_);
+  // Outgoing calls that nobody answered; incoming ones of no length were missed calls and stay.
+  main_->execute("delete from Calls where totaltime=0 and incoming=0");
+  tags_.TouchCalls();
+  transaction.commit();
+  return true;
+}
+
+void CServerDoc::hideNumber(std::string_view number) {
+  jet::Transaction transaction(*main_);
+  ingest::HideNumber(*main_, number);
+  tags_.TouchCalls();
+  transaction.commit();
+}
+
+void CServerDoc::showNumber(std::string_view number) {
+  jet::Transaction transaction(*main_);
+  ingest::ShowNumber(*main_, number);
+  tags_.TouchCalls();
+  transaction.commit();
+}
+
+ingest::RecalcResult CServerDoc::recalc(const ingest::RecalcOptions& options) {
+  const auto result = ingest::Recalc(exchangeParts(), options);
+  tags_.TouchCalls();
+  return result;
+}
+
+bool CServerDoc::HasRight(int object, int right) {
+  return security::HasRight(user_, object, right, person_);
+}
+
+// What another copy changed meanwhile is newer than what this one loaded, and stays.
+void CServerDoc::saveDefinitions() {
+  if (!keepsState_ || !referenceDataLoaded_) return;
+  jet::Transaction transaction(*main_);
+  if (!parties_.changed(*main_, tariffs_ ? &tariffs_->database() : nullptr)) parties_.save(*main_);
+  transaction.commit();
+}
+
+void CServerDoc::OnCloseDocument() {
+  if (main_ == nullptr) return;
+  try {
+    if (keepsState_) {
+      config_.WriteConfigInt(previewMode_, "Preview mode", kGeneral, foundation::StoreMachine);
+      config_.WriteConfigInt(upperPane_, "Upper pane %", kGeneral, foundation::StoreMachine);
+    }
+    if (user_.UserLoggedIn) log_.WriteLog(security::LogLogin, language_.Translate("IDS_LOG_LOGOUT"), user_.Name);
+    saveDefinitions();
+  } catch (const jet::Error& error) {
+    // The close goes on: what could not be written now is written again at the next start or change.
+    report(error);
+  }
+  live_.reset();
+  recorder_.reset();
+  if (output_) output_->Close();
+  prices_.reset();
+  contacts_.Close();
+  log_.CloseLog();
+  config_.CloseConfig();
+  tags_.CloseTouch();
+  login_.reset();
+  users_.reset();
+  phonebook_.reset();
+  tariffs_.reset();
+  main_.reset();
+  std::error_code ignored;
+  if (!previewFile_.empty()) std::filesystem::remove(previewFile_, ignored);
+}
+
+}  // namespace server

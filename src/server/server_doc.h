@@ -1,0 +1,125 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "contacts/contacts_manager.h"
+#include "exchange/party_definitions.h"
+#include "foundation/change_tags.h"
+#include "ingest/import.h"
+#include "ingest/live_recorder.h"
+#include "ingest/maintenance.h"
+#include "ingest/output_port.h"
+#include "ingest/phonebook.h"
+#include "ingest/recorder.h"
+#include "security/audit_log.h"
+#include "security/login.h"
+#include "security/users.h"
+#include "server/server_app.h"
+#include "tariff/currencies.h"
+#include "tariff/price.h"
+#include "tariff/tariff_database.h"
+
+namespace server {
+
+// What a start does beyond opening: the desktop and the service do all of it, a command only what it is for.
+struct StartDuties {
+  bool maintain = true;     // purge of the log, retention of calls, redenomination
+  bool firstImport = true;  // the monitor's file, and imports that were interrupted
+  bool outputPort = true;   // forwarding lines of outgoing calls
+  security::AutoLogin autoLogin = security::AutoLogin::Allowed;
+};
+
+// The document: the open databases and everything that lives as long as they do.
+class CServerDoc {
+ public:
+  explicit CServerDoc(CServerApp& app);
+  CServerDoc(const CServerDoc&) = delete;
+  CServerDoc& operator=(const CServerDoc&) = delete;
+  ~CServerDoc();
+
+  // The start, in its documented order. False when it ended; the operator was told why.
+  bool OnNewDocument(const StartDuties& duties);
+  // The close: pane settings, logout, definitions, output port, databases. Also done on destruction.
+  void OnCloseDocument();
+
+  // One run over the monitor's file, as the import timer asks for it; faults are logged and tried again at the next
+  // one.
+  ingest::ImportResult importMonitorFile(const ingest::ImportOptions& options = {});
+  ingest::ImportResult importFile(const std::filesystem::path& file, const ingest::ImportOptions& options = {});
+  // Takes over what other copies changed in definitions and currencies.
+  void refresh();
+
+  // The operator's commands. Each asks first; false when the answer was no. Throw jet::Error.
+  bool resetCalls();
+  bool resetContacts();
+  bool deleteZeroLengthCalls();
+  void hideNumber(std::string_view number);
+  void showNumber(std::string_view number);
+  ingest::RecalcResult recalc(const ingest::RecalcOptions& options);
+
+  [[nodiscard]] CServerApp& app() { return app_; }
+  [[nodiscard]] jet::Database& database() { return *main_; }
+  [[nodiscard]] bool DatabaseReadOnly() const { return main_ != nullptr && main_->readOnly(); }
+  [[nodiscard]] tariff::TariffDatabase* tariffs() { return tariffs_.get(); }
+  [[nodiscard]] ingest::Phonebook* phonebook() { return phonebook_.get(); }
+  [[nodiscard]] foundation::ChangeTags& tags() { return tags_; }
+  [[nodiscard]] security::AuditLog& log() { return log_; }
+  [[nodiscard]] security::CurrentUser& user() { return user_; }
+  [[nodiscard]] security::UserDirectory& users() { return *users_; }
+  [[nodiscard]] security::LoginManager& login() { return *login_; }
+  [[nodiscard]] exchange::PartyDefinitions& parties() { return parties_; }
+  [[nodiscard]] tariff::Currencies& currencies() { return currencies_; }
+  [[nodiscard]] tariff::PriceCalculator& prices() { return *prices_; }
+  [[nodiscard]] contacts::ContactsManager& contactBook() { return contacts_; }
+  [[nodiscard]] ingest::LiveRecorder& liveRecorder() { return *live_; }
+  [[nodiscard]] bool HasRight(int object, int right);
+  [[nodiscard]] std::filesystem::path databaseFolder() const { return main_->path().parent_path(); }
+  // A page that may be written and shown; removed at the close.
+  [[nodiscard]] const std::filesystem::path& previewFile() const { return previewFile_; }
+
+ private:
+  void makePreviewFile();
+  bool openMainDatabase();
+  bool openSettings();
+  bool logIn(const StartDuties& duties);
+  void upgradeSchema();
+  bool loadReferenceData(const StartDuties& duties);
+  void firstImport();
+  void redenominate();
+  void saveDefinitions();
+  void report(const jet::Error& error);
+  [[nodiscard]] ingest::ExchangeParts exchangeParts();
+
+  CServerApp& app_;
+  platform::Operator& person_;
+  foundation::ConfigManager& config_;
+  foundation::LanguageFile& language_;
+
+  std::unique_ptr<jet::Database> main_;
+  foundation::ChangeTags tags_;
+  security::CurrentUser user_;
+  security::AuditLog log_;
+  tariff::Currencies currencies_;
+  exchange::PartyDefinitions parties_;
+  contacts::ContactsManager contacts_;
+  std::unique_ptr<security::UserDirectory> users_;
+  std::unique_ptr<security::LoginManager> login_;
+  std::unique_ptr<tariff::TariffDatabase> tariffs_;
+  std::unique_ptr<ingest::Phonebook> phonebook_;
+  std::unique_ptr<tariff::PriceCalculator> prices_;
+  std::unique_ptr<ingest::OutputPort> output_;
+  std::unique_ptr<ingest::Recorder> recorder_;
+  std::unique_ptr<ingest::LiveRecorder> live_;
+
+  std::filesystem::path previewFile_;
+  std::int32_t previewMode_ = 0;
+  std::int32_t upperPane_ = 70;  // percent
+  bool keepsState_ = false;
+  bool referenceDataLoaded_ = false;
+};
+
+}  // namespace server
