@@ -37,8 +37,6 @@ struct ClientDefinition {
   std::string account;
   std::string name;
   std::string folder;
-
-  bool operator==(const ClientDefinition&) const = default;
 };
 
 struct ProviderDefinition {

@@ -1,0 +1,78 @@
+#include "ui/record_table_model.h"
+
+namespace ui {
+
+RecordTableModel::RecordTableModel(std::vector<RecordColumn> columns, Rows rows, QObject* parent)
+    : QAbstractTableModel(parent), columns_(std::move(columns)), rows_(std::move(rows)) {}
+
+int RecordTableModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : rows_.count();
+}
+
+int RecordTableModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(columns_.size());
+}
+
+QVariant RecordTableModel::data(const QModelIndex& index, int role) const {
+  if (!index.isValid()) return {};
+  const RecordColumn& shown = column(index.column());
+  if (shown.checkbox) {
+    if (role == Qt::CheckStateRole) return shown.read(index.row()) == "1" ? Qt::Checked : Qt::Unchecked;
+    return {};
+  }
+  if (role == Qt::DisplayRole || role == Qt::EditRole) return shown.read(index.row());
+  return {};
+}
+
+QVariant RecordTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (role != Qt::DisplayRole) return {};
+  if (orientation == Qt::Vertical) return section + 1;
+  return column(section).caption;
+}
+
+Qt::ItemFlags RecordTableModel::flags(const QModelIndex& index) const {
+  Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+  if (!index.isValid()) return flags;
+  const RecordColumn& shown = column(index.column());
+  if (!shown.write) return flags;
+  return flags | (shown.checkbox ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable);
+}
+
+bool RecordTableModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+  if (!index.isValid() || (role != Qt::EditRole && role != Qt::CheckStateRole)) return false;
+  const RecordColumn& shown = column(index.column());
+  if (!shown.write) return false;
+  const QString text =
+      role == Qt::CheckStateRole ? QString(value.toInt() == Qt::Checked ? "1" : "0") : value.toString();
+  if (text == shown.read(index.row())) return true;
+  if (!shown.write(index.row(), text)) return false;
+  // Other columns of the row may be derived from this one.
+  emit dataChanged(this->index(index.row(), 0), this->index(index.row(), columnCount() - 1));
+  emit edited();
+  return true;
+}
+
+bool RecordTableModel::insertRows(int row, int count, const QModelIndex& parent) {
+  if (parent.isValid() || !rows_.insert || row < 0 || row > rowCount()) return false;
+  beginInsertRows({}, row, row + count - 1);
+  for (int i = 0; i < count; ++i) rows_.insert(row + i);
+  endInsertRows();
+  emit edited();
+  return true;
+}
+
+bool RecordTableModel::removeRows(int row, int count, const QModelIndex& parent) {
+  if (parent.isValid() || !rows_.remove || row < 0 || row + count > rowCount()) return false;
+  beginRemoveRows({}, row, row + count - 1);
+  for (int i = 0; i < count; ++i) rows_.remove(row);
+  endRemoveRows();
+  emit edited();
+  return true;
+}
+
+void RecordTableModel::reload() {
+  beginResetModel();
+  endResetModel();
+}
+
+}  // namespace ui

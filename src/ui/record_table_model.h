@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QStringList>
+#include <functional>
+#include <vector>
+
+namespace ui {
+
+// One column of a table of records that an operator edits.
+struct RecordColumn {
+  QString caption;
+  std::function<QString(int row)> read;
+  // Takes the edited text; false when it is not acceptable (the cell keeps its value). Empty: the column is read-only.
+  std::function<bool(int row, const QString& text)> write;
+  // The values to choose from; empty function: free text.
+  std::function<QStringList()> choices;
+  bool checkbox = false;  // read gives "1" or "0", write takes them
+};
+
+// A list of records in memory, behind a table view: extensions, accounts, trunks, bands, currencies.
+class RecordTableModel : public QAbstractTableModel {
+  Q_OBJECT
+
+ public:
+  struct Rows {
+    std::function<int()> count;
+    std::function<void(int at)> insert;  // a new, empty record; empty function: rows are not added
+    std::function<void(int at)> remove;  // empty function: rows are not removed
+  };
+
+  RecordTableModel(std::vector<RecordColumn> columns, Rows rows, QObject* parent = nullptr);
+
+  [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+  [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
+  [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+  [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+  [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+  bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+  bool insertRows(int row, int count, const QModelIndex& parent = {}) override;
+  bool removeRows(int row, int count, const QModelIndex& parent = {}) override;
+
+  [[nodiscard]] const RecordColumn& column(int index) const { return columns_[static_cast<std::size_t>(index)]; }
+  [[nodiscard]] bool canInsert() const { return static_cast<bool>(rows_.insert); }
+  [[nodiscard]] bool canRemove() const { return static_cast<bool>(rows_.remove); }
+  // The records behind the model were replaced.
+  void reload();
+
+ signals:
+  void edited();
+
+ private:
+  std::vector<RecordColumn> columns_;
+  Rows rows_;
+};
+
+}  // namespace ui
