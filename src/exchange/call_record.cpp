@@ -102,6 +102,10 @@ void CallRecord::setDuration(std::int64_t seconds) {
   durationSeconds = total % 60;
 }
 
+void CallRecord::takeOffSeconds(std::int64_t seconds) {
+  durationSeconds = clampTo32(durationSeconds - seconds);
+}
+
 CallRecord decodeRecord(const RecordBuffer& buffer, int codepage) {
   CallRecord record;
   for (const IntegerField& field : kIntegers) record.*field.member = readInteger(buffer.data() + field.offset);

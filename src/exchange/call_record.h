@@ -52,6 +52,8 @@ struct CallRecord {
   [[nodiscard]] std::int32_t durationInSeconds() const;
   // Sets the three duration fields; negative durations count as 0.
   void setDuration(std::int64_t seconds);
+  // Takes seconds off the seconds field alone, which may fall below 0; the three fields stay one sum.
+  void takeOffSeconds(std::int64_t seconds);
 };
 
 // Reads the fields from a buffer whose text fields were filled (fillTexts). Texts end at their first NUL or their

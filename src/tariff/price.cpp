@@ -1,7 +1,6 @@
 #include "tariff/price.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "base/printf.h"
 #include "base/text.h"
@@ -47,11 +46,6 @@ std::optional<base::DateTime> startOf(const CallRecord& record) {
 // Characters, as "charge_minimum_digits" counts them; texts are UTF-8 here.
 std::int64_t lengthOf(std::string_view text) {
   return std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; });
-}
-
-std::int32_t clampTo32(std::int64_t value) {
-  using Limits = std::numeric_limits<std::int32_t>;
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
 }
 
 std::string profileQuery(const std::string& profile, base::DateTime date, std::int32_t providerId) {
@@ -230,10 +224,8 @@ bool PriceCalculator::findProfile(Call& call) {
 // seconds field is touched, even where that leaves it below 0: the three fields are read as one sum again.
 void PriceCalculator::takeFreeSecondsOff(Call& call) {
   const bool wanted = config_.ReadConfigInt("Seconds_not_charged", "Calls", StoreDatabase, 0) != 0;
-  if (wanted) {
-    std::int32_t& seconds = call.record.durationSeconds;
-    seconds = call.chargedSeconds() >= 1 ? clampTo32(seconds - call.freeSeconds) : 0;
-  }
+  if (wanted && call.chargedSeconds() >= 1) call.record.takeOffSeconds(call.freeSeconds);
+  if (wanted && call.chargedSeconds() < 1) call.record.durationSeconds = 0;
   if (call.trace != nullptr) {
     call.trace->time = PriceTrace::ChargedTime{call.duration, call.freeSeconds, call.chargedSeconds(), wanted};
   }
