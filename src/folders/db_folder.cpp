@@ -1,0 +1,133 @@
+#include "folders/db_folder.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "base/debug_output.h"
+#include "base/printf.h"
+#include "base/text.h"
+
+namespace folders {
+
+namespace {
+
+constexpr std::size_t kCaptionLength = 31;  // characters
+
+std::string firstCharacters(const std::string& text, std::size_t count) {
+  std::size_t at = 0;
+  for (; at < text.size(); ++at) {
+    const bool startsCharacter = (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
+    if (startsCharacter && count-- == 0) break;
+  }
+  return text.substr(0, at);
+}
+
+}  // namespace
+
+std::string applySurcharge(std::string sql, foundation::ConfigManager& config) {
+  constexpr std::string_view kPlaceholder = "%ADD%";
+  if (sql.find(kPlaceholder) == std::string::npos) return sql;
+  const std::string rate = config.ReadConfigString("OrganizationTAXE", "general", foundation::StoreDatabase, "");
+  return base::replaceAll(std::move(sql), kPlaceholder, base::format("(%s + 100)/100", rate));
+}
+
+CDbFolder::CDbFolder(const FolderDefinition& definition, const FolderServices& services)
+    : definition_(definition),
+      services_(services),
+      caption_(firstCharacters(services.texts.Translate(definition.caption), kCaptionLength)),
+      flags_(definition.flags) {
+  if ((flags_ & FolderConditional) != 0) updateCondition();
+}
+
+CDbFolder::~CDbFolder() {
+  if (result_) services_.person.messageBox("Non-fatal: folder not released on shutdown.");
+}
+
+const ColumnDefinition* CDbFolder::findColumn(int kind) const {
+  const auto found = std::ranges::find(definition_.columns, kind, &ColumnDefinition::kind);
+  return found == definition_.columns.end() ? nullptr : &*found;
+}
+
+// "*" unless an expression holds " as ", in lower case: the test counts case.
+std::string CDbFolder::selectList() const {
+  std::string list;
+  bool named = false;
+  for (const ColumnDefinition& column : definition_.columns) {
+    for (const char* select : column.selects) {
+      if (select == nullptr) continue;
+      if (!list.empty()) list += ", ";
+      list += select;
+      named |= std::string_view(select).find(" as ") != std::string_view::npos;
+    }
+  }
+  return named ? list : "*";
+}
+
+// Nested right joins, the folder's table innermost.
+std::string CDbFolder::source() const {
+  std::string list = base::format("[%s].*", definition_.table);
+  std::string tables;
+  for (const JoinedTable& joined : joined_) {
+    for (const std::string& field : joined.fields) list += ", " + joined.name + "." + field;
+    tables += "(" + joined.name + " RIGHT JOIN ";
+  }
+  tables += base::format("[%s] ", definition_.table);
+  for (auto joined = joined_.rbegin(); joined != joined_.rend(); ++joined) {
+    tables += base::format(" ON %s.%s = [%s].[%s]) ", joined->name, joined->key, definition_.table, joined->field);
+  }
+  return "SELECT " + list + " FROM " + tables;
+}
+
+std::string CDbFolder::BuildOrderClause() const {
+  if (sortKey_ == 0) return {};
+  const ColumnDefinition* column = findColumn(std::abs(sortKey_));
+  if (column == nullptr || column->sort == nullptr) return {};
+  return base::format("ORDER BY %s %s", column->sort, sortKey_ > 0 ? "ASC" : "DESC");
+}
+
+std::string CDbFolder::BuildQuery() const {
+  std::string query =
+      joined_.empty() ? base::format("SELECT %s FROM [%s] as toptab", selectList(), definition_.table) : source();
+  if ((flags_ & FolderConditional) != 0) query += " WHERE " + condition_;
+  if (isStatistic(definition_)) query += base::format(" group by %s ", definition_.grouping);
+  const std::string order = BuildOrderClause();
+  if (!order.empty()) query += " " + order;
+  query = applySurcharge(std::move(query), services_.config);
+  base::debugOutput(query);
+  return query;
+}
+
+jet::RowWindow& CDbFolder::open() {
+  result_.reset();
+  result_ = services_.main.openWindow(BuildQuery());
+  return *result_;
+}
+
+std::optional<std::int64_t> CDbFolder::FindRow(const RowKey& key) {
+  if (!result_) return std::nullopt;
+  try {
+    return result_->find(key.owner.empty() ? base::format("RecordID = %d", key.recordId)
+                                           : base::format("Owner = \"%s\" AND RecordID = %d", key.owner, key.recordId));
+  } catch (const jet::Error& error) {
+    services_.person.messageBox(error.description());
+    return std::nullopt;
+  }
+}
+
+std::optional<RowKey> CDbFolder::ReadKey(std::int64_t position) {
+  if (position == -1) return RowKey{};
+  if (!result_) return std::nullopt;
+  try {
+    const jet::Snapshot row = result_->rows(position, 1);
+    if (row.empty()) return std::nullopt;
+    const auto& columns = row.columns();
+    const bool hasOwner =
+        std::ranges::any_of(columns, [](const std::string& name) { return base::equalFoldAscii(name, "Owner"); });
+    return RowKey{hasOwner ? row.at(0, "Owner").toText() : std::string(), row.at(0, "RecordID").toLong(-1)};
+  } catch (const jet::Error& error) {
+    services_.person.messageBox(error.description());
+    return std::nullopt;
+  }
+}
+
+}  // namespace folders

@@ -1,0 +1,64 @@
+#include "folders/money_format.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/printf.h"
+
+namespace folders {
+
+namespace {
+
+constexpr double kLargestGrouped = 400000000000.0;
+// More than the amounts carry; keeps the scaled fraction within 64 bits.
+constexpr std::int32_t kMostDecimals = 12;
+
+std::string grouped(std::int64_t whole, char thousands) {
+  std::string digits = std::to_string(whole);
+  for (std::size_t at = digits.size(); at > 3;) {
+    at -= 3;
+    digits.insert(at, 1, thousands);
+  }
+  return digits;
+}
+
+}  // namespace
+
+const MoneyFormat::Decimals& MoneyFormat::decimals() const {
+  if (!decimals_) {
+    const auto read = [&](std::string_view key, std::int32_t fallback) {
+      return config_.ReadConfigInt(key, "general", foundation::StoreDatabase, fallback);
+    };
+    decimals_ = Decimals{.above = std::clamp(read("DisplayDecimalsDefault", 0), 0, kMostDecimals),
+                         .limit = read("DisplayDecimalsValue", 100),
+                         .upToLimit = std::clamp(read("DisplayDecimals", 2), 0, kMostDecimals)};
+  }
+  return *decimals_;
+}
+
+std::string MoneyFormat::format(double amount, char thousands, std::string_view decimal) const {
+  if (!std::isfinite(amount)) return {};
+  if (amount < 0) return "-" + format(-amount, thousands, decimal);
+
+  const std::int32_t count = amount <= decimals().limit ? decimals().upToLimit : decimals().above;
+  if (amount > kLargestGrouped) return base::format(base::format("%%.%df", count), amount);
+
+  const double rounded = amount + 5 / std::pow(10.0, count + 1);
+  const double whole = std::floor(rounded);
+  std::string text = grouped(static_cast<std::int64_t>(whole), thousands);
+  if (decimal.empty() || count == 0) return text;
+  const auto fraction = static_cast<std::int64_t>((rounded - whole) * std::pow(10.0, count));
+  return text.append(decimal).append(base::format(base::format("%%.%dd", count), fraction));
+}
+
+Separators separatorsOf(const foundation::LanguageFile& texts) {
+  Separators separators;
+  const std::string decimal = texts.Translate("IDS_DECIMAL_SEPARATOR");
+  const std::string thousands = texts.Translate("IDS_THOUSANDS_SEPARATOR");
+  // A key without a text is its own text.
+  if (decimal != "IDS_DECIMAL_SEPARATOR") separators.decimal = decimal;
+  if (thousands.size() == 1) separators.thousands = thousands.front();
+  return separators;
+}
+
+}  // namespace folders
