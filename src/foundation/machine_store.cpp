@@ -112,11 +112,14 @@ int openLock(const std::filesystem::path& file) {
   return descriptor;
 }
 
-// A link is followed to the real file, so that a write replaces that one and not the link.
-std::filesystem::path realFile(const std::filesystem::path& file) {
+// A link is followed to the real file, there or not, so that a write replaces that one and not the link.
+std::filesystem::path realFile(std::filesystem::path file) {
+  constexpr int kMostLinks = 40;  // as many as the system follows
   std::error_code fault;
-  auto real = std::filesystem::weakly_canonical(file, fault);
-  return fault ? file : real;
+  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(file, fault); ++i) {
+    file = file.parent_path() / std::filesystem::read_symlink(file, fault);
+  }
+  return file;
 }
 
 bool canBeMade(const std::filesystem::path& file) {
