@@ -100,8 +100,8 @@ std::vector<TableDef> mainTables() {
        .indexes = {{{"RecordID"}}, {{"Name"}}}},
       // How far the reading of each monitor file has come; see docs/storage.md.
       {.name = "ImportProgress",
-       .fields = {text("File"), number("Records"), number("Bytes"), text("Digest")},
-       .indexes = {{{"File"}}}},
+       .fields = {memo("File"), number("Records"), real("Bytes"), text("Digest"), yesNo("StoppedByOperator")},
+       .indexes = {}},
   };
 }
 
