@@ -4,8 +4,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
+#include "ingest/import_progress.h"
+#include "ingest/monitor_folder.h"
 #include "ingest/recorder.h"
 
 namespace ingest {
@@ -52,8 +55,19 @@ class MonitorImport {
   ImportResult resumeStoppedImports();
 
  private:
+  [[nodiscard]] std::optional<std::string> reasonNotToStart() const;
+  [[nodiscard]] std::optional<MonitorFolder> monitorFolder() const;
+  ImportResult guarded(const std::filesystem::path& file, const std::function<ImportResult()>& work);
+
+  std::optional<std::string> moveLeftOverAside(const MonitorFolder& folder);
+  std::optional<ImportResult> takeOver(const MonitorFolder& folder);
+  [[nodiscard]] FileProgress progressOf(const std::filesystem::path& file);
+  ImportResult readFile(FileProgress from, const std::filesystem::path& file, bool deleteWhenComplete);
+  std::string deleteComplete(const std::filesystem::path& file, const std::string& progressName);
+
   Recorder& recorder_;
   ImportOptions options_;
+  ImportProgress rows_;
 };
 
 }  // namespace ingest

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+
+#include "ingest/exchange_parts.h"
+
+namespace ingest {
+
+// While it lives, for the length of one call, none of the databases is looked at again for changes by other copies.
+class CallViews {
+ public:
+  explicit CallViews(const ExchangeParts& parts) : main_(parts.main) {
+    if (parts.tariffs != nullptr) tariffs_.emplace(parts.tariffs->database());
+    if (parts.phonebook != nullptr) phonebook_.emplace(parts.phonebook->database());
+  }
+
+ private:
+  jet::ReadView main_;
+  std::optional<jet::ReadView> tariffs_;
+  std::optional<jet::ReadView> phonebook_;
+};
+
+}  // namespace ingest

@@ -1,0 +1,67 @@
+#include "ingest/enrichment.h"
+
+#include "base/printf.h"
+
+namespace ingest {
+
+namespace {
+// Shorter ones are internal: nobody's entry in a phonebook.
+constexpr std::size_t kLongestUnnamedNumber = 3;
+}  // namespace
+
+void Enrichment::setName(CallRow& row, const exchange::CallRecord& record, const tariff::PricingContext& context) {
+  // Without a known provider there is no normalised number to look for, and an empty one would match everybody.
+  if (record.dialledNumber.size() <= kLongestUnnamedNumber || context.number.empty()) return;
+  if (auto name = nameOf(context.number)) row.set(&CallFields::Name, std::move(*name));
+}
+
+std::optional<std::string> Enrichment::nameOf(std::string_view normalisedNumber) {
+  const jet::Snapshot contacts = parts_.main.openSnapshot(
+      base::format("SELECT * FROM %s WHERE %s LIKE \"*%s*\"", "Contacts", "Tel_String", normalisedNumber));
+  if (!contacts.empty()) return contacts.at(0, "Contact").toText();
+  if (parts_.phonebook == nullptr) return std::nullopt;
+  if (parts_.config.ReadConfigInt("ExternalPhonebook", "Calls", foundation::StoreDatabase, 1) == 0) return std::nullopt;
+  return parts_.phonebook->nameOf(normalisedNumber);
+}
+
+bool Enrichment::setTariff(CallRow& row, exchange::CallRecord& record, tariff::PricingContext& context,
+                           double& priceRef) {
+  context.price = 0;
+  context.currency.clear();
+  priceRef = 0;
+  if (record.incoming == 0) {
+    std::int32_t ignored = 0;
+    parts_.prices.CalcPrice(record, context, ignored);
+    if (ignored != 0) return false;
+    priceRef = parts_.currencies.Convert(context.price, context.currency);
+  }
+  row.set(&CallFields::Price, context.price);
+  row.set(&CallFields::Currency, context.currency);
+  row.set(&CallFields::Price_Ref, priceRef);
+  if (const exchange::PREFIX* prefix = parts_.parties.findPrefix(context.number)) {
+    row.set(&CallFields::Area, prefix->name);
+    row.set(&CallFields::Country, prefix->country);
+  }
+  row.set(&CallFields::Profile, context.profile);
+  row.set(&CallFields::Provider, context.provider);
+  return true;
+}
+
+void Enrichment::setDepartment(CallRow& row, const exchange::CallRecord& record) {
+  const std::string& ofExtension = parts_.parties.departmentOfExtension(record.extensionText);
+  const std::string& ofAccount = parts_.parties.departmentOfAccount(record.accountCode);
+  const bool extensionFirst =
+      parts_.config.ReadConfigInt("Sursa_departament", "Calls", foundation::StoreDatabase, 0) == 0;
+  const std::string& first = extensionFirst ? ofExtension : ofAccount;
+  const std::string& second = extensionFirst ? ofAccount : ofExtension;
+  row.set(&CallFields::Department, first.empty() ? second : first);
+}
+
+void Enrichment::setOwner(CallRow& row, const exchange::CallRecord& record) {
+  const exchange::ClientDefinition* client = parts_.parties.findClient(record.accountCode);
+  if (client == nullptr) return;
+  row.set(&CallFields::Owner, client->name);
+  row.set(&CallFields::Folder, client->folder);
+}
+
+}  // namespace ingest

@@ -1,0 +1,247 @@
+#include "ingest/import.h"
+
+#include <algorithm>
+#include <fstream>
+#include <utility>
+
+#include "base/printf.h"
+#include "ingest/import_run.h"
+#include "ingest/record_reader.h"
+#include "platform/durable_files.h"
+
+namespace ingest {
+
+namespace {
+
+using Outcome = ImportResult::Outcome;
+
+ImportResult nothingToDo(std::string message = {}) {
+  return {.outcome = Outcome::NothingToDo, .message = std::move(message)};
+}
+
+ImportResult failed(std::string message) {
+  return {.outcome = Outcome::Failed, .message = std::move(message)};
+}
+
+std::string cannot(const char* verb, const std::filesystem::path& file, const std::error_code& error) {
+  return base::format("cannot %s %s: %s", verb, file.string(), error.message());
+}
+
+bool isThere(const std::filesystem::path& file) {
+  std::error_code ignored;
+  return std::filesystem::exists(file, ignored);
+}
+
+// A database file and its write-ahead log: what was committed last is in one of the two.
+std::error_code makeDurable(const jet::Database& database) {
+  const std::filesystem::path log = database.path().string() + "-wal";
+  if (const std::error_code error = platform::syncFile(log)) return error;
+  return platform::syncFile(database.path());
+}
+
+// The position that the row tells of, when the file begins with the bytes that the row's digest was made of.
+bool beginsAsRead(const std::filesystem::path& file, const FileProgress& row) {
+  std::ifstream stream(file, std::ios::binary);
+  RecordReader reader(stream, 0);
+  return reader.skipTo(row.bytes) && reader.position().digest.text() == row.digest;
+}
+
+}  // namespace
+
+int ImportResult::result() const {
+  switch (outcome) {
+    case Outcome::NothingToDo:
+    case Outcome::Done:
+    case Outcome::AlreadyComplete:
+      return 1;
+    case Outcome::StoppedByOperator:
+    case Outcome::Interrupted:
+    case Outcome::Failed:
+      break;
+  }
+  return 0;
+}
+
+MonitorImport::MonitorImport(Recorder& recorder, ImportOptions options)
+    : recorder_(recorder), options_(std::move(options)), rows_(recorder.parts().main) {
+  options_.recordsPerBatch = std::max<std::int64_t>(options_.recordsPerBatch, 1);
+}
+
+// Looked at before a file is touched: without a database to write to, every record would be read in vain.
+std::optional<std::string> MonitorImport::reasonNotToStart() const {
+  if (!recorder_.isOpen()) return "the calls are not open; nothing was imported";
+  if (recorder_.parts().main.readOnly()) return "the database is open for reading only; nothing was imported";
+  return std::nullopt;
+}
+
+std::optional<MonitorFolder> MonitorImport::monitorFolder() const {
+  const std::string setting =
+      recorder_.parts().config.ReadConfigString("PathMonitor", "general", foundation::StoreMachine, "");
+  if (setting.empty()) return std::nullopt;
+  return MonitorFolder(setting);
+}
+
+// Faults of the database come back as a result: the file is kept, and its position is that of the last commit.
+ImportResult MonitorImport::guarded(const std::filesystem::path& file, const std::function<ImportResult()>& work) {
+  try {
+    return work();
+  } catch (const jet::Error& error) {
+    ImportResult result = failed(base::format("the import of %s stopped: %s", file.string(), error.description()));
+    try {
+      recorder_.parts().log.WriteLog(security::LogError, "%s", result.message);
+    } catch (const jet::Error&) {
+      // The database takes no entry either; the message has it all.
+    }
+    return result;
+  }
+}
+
+ImportResult MonitorImport::run() {
+  if (const auto reason = reasonNotToStart()) return failed(*reason);
+  const auto folder = monitorFolder();
+  if (!folder) return nothingToDo("setting PathMonitor (section general) names no folder");
+  return guarded(folder->backup(), [&] {
+    if (const auto reason = moveLeftOverAside(*folder)) return nothingToDo(*reason);
+    if (const auto result = takeOver(*folder)) return *result;
+    return readFile({.file = folder->backup().string()}, folder->backup(), true);
+  });
+}
+
+// The reason when it is still there: then the new file must not take its name.
+std::optional<std::string> MonitorImport::moveLeftOverAside(const MonitorFolder& folder) {
+  if (!isThere(folder.backup())) return std::nullopt;
+  const std::filesystem::path name = folder.freeBackupName();
+  recorder_.parts().log.WriteLog(security::LogError, "monitor.data.bk exists, renaming to %s", name.string());
+  if (const std::error_code error = platform::renameDurably(folder.backup(), name)) {
+    return cannot("rename", folder.backup(), error);
+  }
+  rows_.rename(folder.backup().string(), name.string());
+  return std::nullopt;
+}
+
+// Gives the monitor's file the backup name; a result when there is nothing to read then.
+std::optional<ImportResult> MonitorImport::takeOver(const MonitorFolder& folder) {
+  std::error_code error;
+  const auto status = std::filesystem::symlink_status(folder.source(), error);
+  if (status.type() == std::filesystem::file_type::not_found) {
+    const bool folderThere = isThere(folder.source().parent_path());
+    return folderThere ? nothingToDo() : nothingToDo(cannot("read", folder.source().parent_path(), error));
+  }
+  if (error) return nothingToDo(cannot("read", folder.source(), error));
+  {
+    // Before the rename, so that a kill right behind it leaves a backup that is known as interrupted.
+    jet::Transaction transaction(recorder_.parts().main);
+    rows_.setAside(folder.backup().string());
+    rows_.store({.file = folder.backup().string(), .digest = ReadPosition().digest.text()});
+    transaction.commit();
+  }
+  error = platform::renameDurably(folder.source(), folder.backup());
+  if (!error) return std::nullopt;
+  rows_.forget(folder.backup().string());
+  if (error == std::errc::no_such_file_or_directory) return nothingToDo();
+  return nothingToDo(cannot("rename", folder.source(), error));
+}
+
+ImportResult MonitorImport::importFile(const std::filesystem::path& file) {
+  if (const auto reason = reasonNotToStart()) return failed(*reason);
+  const std::filesystem::path path = absolutePath(file);
+  const auto folder = monitorFolder();
+  if (folder && path == folder->source()) {
+    return failed(path.string() + " is the file that the monitor writes to; an import without a file takes it over");
+  }
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  if (!std::filesystem::exists(status)) return failed(cannot("read", path, error));
+  if (!std::filesystem::is_regular_file(status)) return failed(path.string() + " is not a file");
+  return guarded(path, [&] {
+    const bool isBackup = folder && folder->isBackupName(path);
+    FileProgress from = progressOf(path);
+    const bool begun = from.bytes > 0;
+    ImportResult result = readFile(std::move(from), path, isBackup);
+    if (begun && result.outcome == Outcome::Done && result.imported == 0) {
+      result.outcome = Outcome::AlreadyComplete;
+      result.message = base::format("every record of %s is in the database already", path.string());
+    }
+    return result;
+  });
+}
+
+// Where to go on: by the file's own row, else by any row whose bytes the file begins with (it was renamed or copied),
+// else from its start. Leaves the row to go on with named after the file, unless the row's own file is still there: one
+// row then counts for the file and its copy.
+FileProgress MonitorImport::progressOf(const std::filesystem::path& file) {
+  const std::vector<FileProgress> rows = rows_.all();
+  const auto own = std::find_if(rows.begin(), rows.end(), [&](const auto& row) { return row.file == file; });
+  if (own != rows.end() && beginsAsRead(file, *own)) return *own;
+
+  const FileProgress* best = nullptr;
+  for (const FileProgress& row : rows) {
+    const bool further = row.bytes > 0 && (best == nullptr || row.bytes > best->bytes);
+    if (further && beginsAsRead(file, row)) best = &row;
+  }
+  FileProgress result = best != nullptr ? *best : FileProgress{.digest = ReadPosition().digest.text()};
+  if (best == nullptr || !isThere(best->file)) {
+    result.file = file.string();
+    jet::Transaction transaction(recorder_.parts().main);
+    rows_.setAside(result.file);
+    if (best != nullptr) rows_.rename(best->file, result.file);
+    transaction.commit();
+  }
+  return result;
+}
+
+ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::path& file, bool deleteWhenComplete) {
+  const ExchangeParts& parts = recorder_.parts();
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) {
+    const std::string message = base::format("can't open %s", file.string());
+    parts.log.WriteLog(security::LogError, "%s", message);
+    return {.outcome = deleteWhenComplete ? Outcome::NothingToDo : Outcome::Failed, .message = message};
+  }
+  std::error_code error;
+  const auto size = static_cast<std::int64_t>(std::filesystem::file_size(file, error));
+  RecordReader reader(stream, parts.language.codepage());
+  if (!reader.skipTo(from.bytes)) return failed(file.string() + " became shorter while it was read");
+
+  const std::string progressName = from.file;
+  ImportRun reading(recorder_, options_, reader, std::move(from));
+  ImportResult result;
+  // Also of extended records, which makes the progress an estimate.
+  result.outcome = reading.readAll(error ? 0 : size / static_cast<std::int64_t>(exchange::kNormalRecordSize));
+  result.imported = reading.recordsRead();
+  if (result.outcome == Outcome::Failed) result.message = base::format("cannot read %s to its end", file.string());
+  if (result.outcome == Outcome::Done && deleteWhenComplete) result.message = deleteComplete(file, progressName);
+  return result;
+}
+
+// The order keeps a kill or a power cut between any two steps harmless: see docs/storage.md. The reason when the file
+// is still there; its row tells that nothing of it is left to read.
+std::string MonitorImport::deleteComplete(const std::filesystem::path& file, const std::string& progressName) {
+  if (const std::error_code error = makeDurable(recorder_.parts().main)) {
+    return cannot("write", recorder_.parts().main.path(), error);
+  }
+  const std::error_code error = platform::removeDurably(file);
+  if (error && error != std::errc::no_such_file_or_directory) return cannot("delete", file, error);
+  if (!isThere(progressName)) rows_.forget(progressName);
+  return {};
+}
+
+ImportResult MonitorImport::resumeStoppedImports() {
+  if (const auto reason = reasonNotToStart()) return failed(*reason);
+  const auto folder = monitorFolder();
+  if (!folder) return nothingToDo();
+  ImportResult total;
+  for (const std::filesystem::path& backup : folder->backups()) {
+    const std::vector<FileProgress> rows = rows_.all();
+    const auto row = std::find_if(rows.begin(), rows.end(), [&](const auto& each) { return each.file == backup; });
+    if (row == rows.end() || row->stoppedByOperator) continue;
+    const ImportResult one = importFile(backup);
+    total.imported += one.imported;
+    if (!one.message.empty() && one.outcome != Outcome::AlreadyComplete) total.message = one.message;
+    total.outcome = one.outcome;
+    if (one.result() == 0) break;
+  }
+  return total;
+}
+
+}  // namespace ingest

@@ -1,0 +1,123 @@
+#include "ingest/import_run.h"
+
+#include <utility>
+
+#include "ingest/call_error.h"
+#include "ingest/progress_window.h"
+
+namespace ingest {
+
+namespace {
+
+constexpr std::int64_t kRecordsForProgressWindow = 10;
+constexpr std::int64_t kRecordsPerProgressStep = 10;
+
+}  // namespace
+
+ImportRun::ImportRun(Recorder& recorder, const ImportOptions& options, RecordReader& reader, FileProgress progress)
+    : recorder_(recorder),
+      options_(options),
+      reader_(reader),
+      rows_(recorder.parts().main),
+      progress_(std::move(progress)),
+      position_(reader.position()),
+      firstRecord_(progress_.records) {}
+
+ImportResult::Outcome ImportRun::readAll(std::int64_t expected) {
+  windowShown_ = expected >= kRecordsForProgressWindow;
+  if (!windowShown_) return readBatches();
+  const ProgressWindow window(recorder_.parts(), expected);
+  return readBatches();
+}
+
+ImportResult::Outcome ImportRun::readBatches() {
+  using Outcome = ImportResult::Outcome;
+  while (true) {
+    switch (readBatch()) {
+      case BatchEnd::Full:
+        break;
+      case BatchEnd::EndOfFile:
+        return reader_.failed() ? Outcome::Failed : Outcome::Done;
+      case BatchEnd::Interrupted:
+        return Outcome::Interrupted;
+      case BatchEnd::CallFailed:
+        // Asked between two transactions: the question may stand for hours.
+        if (!operatorGoesOn()) return Outcome::StoppedByOperator;
+        skipFailedRecord();
+        break;
+    }
+  }
+}
+
+ImportRun::BatchEnd ImportRun::readBatch() {
+  const ExchangeParts& parts = recorder_.parts();
+  jet::Transaction transaction(parts.main);
+  recorder_.refreshDefinitions();
+  std::int64_t records = progress_.records;
+  ReadPosition position = position_;
+  const BatchEnd end = recordUntilFull(records, position);
+  // Moved with the rows, so that a kill cannot leave other copies unaware of them.
+  if (end == BatchEnd::EndOfFile || end == BatchEnd::Interrupted) parts.tags.TouchCalls();
+  rows_.store(progressAt(records, position));
+  transaction.commit();
+  progress_ = progressAt(records, position);
+  position_ = position;
+  return end;
+}
+
+ImportRun::BatchEnd ImportRun::recordUntilFull(std::int64_t& records, ReadPosition& position) {
+  const auto deadline = std::chrono::steady_clock::now() + options_.timePerBatch;
+  const std::int64_t lastRecord = records + options_.recordsPerBatch;
+  exchange::CallRecord record;
+  do {
+    if (options_.shouldStop && options_.shouldStop()) return BatchEnd::Interrupted;
+    if (!reader_.next(record)) return BatchEnd::EndOfFile;
+    if (!showProgress(records)) return BatchEnd::Interrupted;
+    if (!recordOne(record)) return BatchEnd::CallFailed;
+    ++records;
+    position = reader_.position();
+  } while (records < lastRecord && std::chrono::steady_clock::now() < deadline);
+  return BatchEnd::Full;
+}
+
+bool ImportRun::showProgress(std::int64_t record) {
+  if (!windowShown_ || record % kRecordsPerProgressStep != 0) return true;
+  return recorder_.parts().person.progressStep(record);
+}
+
+// False when the call could not be recorded; a fault that the next call would meet too is passed on.
+bool ImportRun::recordOne(exchange::CallRecord& record) {
+  try {
+    return recorder_.AddRecord(record) != Recording::Failed;
+  } catch (const jet::Error& error) {
+    if (!isFaultOfCall(error)) throw;
+    recorder_.parts().log.WriteLog(security::LogError, "Exception while adding call (%s)", record.dialledNumber);
+    return false;
+  }
+}
+
+bool ImportRun::operatorGoesOn() {
+  const ExchangeParts& parts = recorder_.parts();
+  if (parts.person.askYesNo("Error adding call to the database. Do you want to continue?",
+                            platform::Operator::Unattended::Yes)) {
+    return true;
+  }
+  jet::Transaction transaction(parts.main);
+  progress_.stoppedByOperator = true;
+  rows_.store(progress_);
+  parts.tags.TouchCalls();
+  transaction.commit();
+  return false;
+}
+
+// The reader stands behind it; the next batch stores that.
+void ImportRun::skipFailedRecord() {
+  position_ = reader_.position();
+  progress_ = progressAt(progress_.records + 1, position_);
+}
+
+FileProgress ImportRun::progressAt(std::int64_t records, const ReadPosition& position) const {
+  return {.file = progress_.file, .records = records, .bytes = position.bytes, .digest = position.digest.text()};
+}
+
+}  // namespace ingest

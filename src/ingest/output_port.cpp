@@ -1,0 +1,74 @@
+#include "ingest/output_port.h"
+
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+#include "base/debug_output.h"
+#include "base/path.h"
+#include "base/printf.h"
+#include "base/text.h"
+
+namespace ingest {
+
+namespace {
+// Right behind a port name of four characters and its colon; longer names are not supported.
+constexpr std::size_t kParametersAt = 5;
+}  // namespace
+
+void OutputPort::Open() {
+  Close();
+  const std::string comOut = config_.ReadConfigString("COMOut", "general", foundation::StoreMachine, "");
+  outFile_ = config_.ReadConfigString("OutFile", "general", foundation::StoreMachine, "");
+  if (!comOut.empty()) openPort(comOut);
+}
+
+void OutputPort::Close() {
+  writer_.reset();
+  outFile_.clear();
+}
+
+void OutputPort::openPort(const std::string& comOut) {
+  const std::string portName = comOut.substr(0, comOut.find(':'));
+  std::optional<platform::SerialPort> port = platform::SerialPort::open(deviceOf(portName));
+  if (!port) {
+    log_.WriteLog(security::LogError, "Can't open ComOut: %s", portName);
+    return;
+  }
+  const std::string_view text = comOut;
+  const auto parameters =
+      platform::parseSerialParameters(text.size() > kParametersAt ? text.substr(kParametersAt) : std::string_view());
+  if (!parameters || !port->apply(*parameters)) {
+    log_.WriteLog(security::LogError, "Invalid DCB: %s", comOut);
+    return;
+  }
+  writer_ = std::make_unique<platform::SerialWriter>(std::move(*port));
+}
+
+std::string OutputPort::deviceOf(std::string_view portName) {
+  std::string device =
+      config_.ReadConfigString("Device_" + std::string(portName), "general", foundation::StoreMachine, "");
+  if (!device.empty()) return device;
+  const bool isCom = portName.size() > 3 && base::equalFoldAscii(portName.substr(0, 3), "COM");
+  const int number = isCom ? base::leadingInteger(portName.substr(3)) : 0;
+  return number > 0 ? base::format("/dev/ttyS%d", number - 1) : std::string();
+}
+
+int OutputPort::SendLine(std::string_view line) {
+  if (!outFile_.empty()) appendToFile(line);
+  if (!writer_) return 1;
+  if (!writer_->queue(line)) return 0;
+  base::debugOutput(line);
+  return 1;
+}
+
+// Whoever follows the file may move or delete it between two lines, so it is not held open. One that cannot be opened
+// is passed over in silence: a full disk or a lost share must not stop the recording of calls.
+void OutputPort::appendToFile(std::string_view line) const {
+  std::FILE* file = std::fopen(base::systemPath(outFile_).c_str(), "abe");
+  if (file == nullptr) return;
+  std::fwrite(line.data(), 1, line.size(), file);
+  std::fclose(file);
+}
+
+}  // namespace ingest

@@ -1,0 +1,37 @@
+#include "ingest/phonebook.h"
+
+#include <charconv>
+
+#include "base/path.h"
+#include "base/printf.h"
+
+namespace ingest {
+
+Phonebook::Phonebook(std::unique_ptr<jet::Database> database) : database_(std::move(database)) {
+  const jet::Snapshot map = database_->openSnapshot("SELECT * FROM map");
+  for (std::size_t row = 0; row < map.rowCount(); ++row) {
+    map_.push_back({map.at(row, "Prefix").toText(), map.at(row, "Table").toText()});
+    prefixes_.add(map_.back().prefix, row);
+  }
+}
+
+std::unique_ptr<Phonebook> Phonebook::open(std::string_view folder) {
+  const auto file = base::systemPath(base::format("%s%s", folder, "phonebook.mdb"));
+  return std::make_unique<Phonebook>(jet::openDatabase(file, jet::OpenMode::ReadOnly, ";pwd=vortexia"));
+}
+
+std::optional<std::string> Phonebook::nameOf(std::string_view normalisedNumber) {
+  const auto found = prefixes_.find(normalisedNumber);
+  if (!found) return std::nullopt;
+  const MapRow& row = map_[*found];
+  const std::string_view rest = normalisedNumber.substr(row.prefix.size());
+  // `Tel` holds 32 bits: a longer number is nobody's there, and must not be cut to somebody's.
+  std::int32_t tel = 0;
+  if (std::from_chars(rest.data(), rest.data() + rest.size(), tel).ec != std::errc()) return std::nullopt;
+  const jet::Snapshot subscribers = database_->openSnapshot(
+      base::format("SELECT TOP %d * FROM [%s] WHERE ", 1, row.table) + base::format("(Tel=%d)", tel));
+  if (subscribers.empty()) return std::nullopt;
+  return base::format("%s %s", subscribers.at(0, "Lastname").toText(), subscribers.at(0, "Firstname").toText());
+}
+
+}  // namespace ingest

@@ -1,0 +1,94 @@
+#include "ingest/recorder.h"
+
+#include "base/debug_output.h"
+#include "base/printf.h"
+#include "base/text.h"
+#include "ingest/call_views.h"
+
+namespace ingest {
+
+static bool findTEMP(const jet::Snapshot& s, const std::string& n) {
+  for (std::size_t i = 0; i < s.rowCount(); ++i)
+    if (s.at(i, 0).toText() == n + " ") return true;
+  return false;
+}
+void Recorder::open() {
+  calls_ = parts_.main.openRecordset("SELECT * FROM Calls");
+  fields_.emplace(*calls_);
+}
+
+void Recorder::close() {
+  calls_.reset();
+}
+
+void Recorder::refreshDefinitions() {
+  parts_.parties.reloadIfChanged(parts_.main, parts_.tariffs != nullptr ? &parts_.tariffs->database() : nullptr);
+  parts_.currencies.reloadIfChanged(parts_.main);
+}
+
+Recording Recorder::AddRecord(exchange::CallRecord& record) {
+  if (!isOpen()) return Recording::Failed;
+  const CallViews views(parts_);
+  // The blank behind each number and behind the one that is looked for keeps "123" from being found as "1234".
+  const jet::Snapshot filteredNumbers = parts_.main.openSnapshot("select [number] & ' ' as n from FilteredNumbers");
+  tariff::PricingContext context;
+  if (!trunks_.accept(record, context)) return Recording::Skipped;
+
+  CallRow row(*calls_, *fields_, CallRow::Begin::New);
+  row.set(&CallFields::DialNumber, record.dialledNumber);
+  const std::optional<base::DateTime> start = record.start();
+  enrichment_.setName(row, record, context);
+  double priceRef = 0;
+  if (!enrichment_.setTariff(row, record, context, priceRef)) return Recording::Skipped;
+  if (start) row.set(&CallFields::DateTime, *start);
+  setRawFields(row, record);
+  enrichment_.setDepartment(row, record);
+  enrichment_.setOwner(row, record);
+  setHidden(row, record, filteredNumbers);
+  row.write();
+
+  forward(record, context, priceRef);
+  return Recording::Recorded;
+}
+
+void Recorder::setRawFields(CallRow& row, const exchange::CallRecord& record) const {
+  if (parts_.parties.extensionIsText) {
+    row.set(&CallFields::Extension, record.extensionText);
+    row.set(&CallFields::Trunk, record.trunkText);
+  } else {
+    row.set(&CallFields::Extension, record.extension);
+    row.set(&CallFields::Trunk, record.trunk);
+  }
+  row.set(&CallFields::TotalTime, record.durationInSeconds());
+  row.set(&CallFields::Pulses, record.pulses);
+  row.set(&CallFields::AccountCode, record.accountCode);
+  row.set(&CallFields::Redirected, record.redirected);
+  row.set(&CallFields::Incoming, record.incoming);
+  row.set(&CallFields::Ring, record.ring);
+  row.set(&CallFields::CD, record.cd);
+}
+
+void Recorder::setHidden(CallRow& row, const exchange::CallRecord& record, const jet::Snapshot& filteredNumbers) const {
+  row.set(&CallFields::Hidden, findTEMP(filteredNumbers, record.dialledNumber));
+}
+
+void Recorder::forward(const exchange::CallRecord& record, const tariff::PricingContext& context, double priceRef) {
+  if (parts_.output == nullptr || !parts_.output->isOpen() || record.incoming != 0) return;
+  const std::string tax = parts_.config.ReadConfigString("OrganizationTAXE", "general", foundation::StoreDatabase, "");
+  const std::string line =
+      forwardingLine(record, context.price, parts_.currencies.Default().name, priceRef, base::leadingInteger(tax));
+  base::debugOutput(line);
+  parts_.output->SendLine(line);
+}
+
+// Trunk and extension are the integer fields even where the columns are texts: receivers read figures there.
+std::string forwardingLine(const exchange::CallRecord& record, double price, std::string_view referenceCurrency,
+                           double priceRef, int taxPercent) {
+  return base::format("%-30s %02d/%02d/%04d %02d:%02d:%02d %6d %6d %6d %c %c %10.2f %-5s %7.2f %7.2f\r\n",
+                      record.dialledNumber, record.day, record.month, record.year, record.hour24(), record.minute,
+                      record.second, record.durationInSeconds(), record.trunk, record.extension,
+                      record.incoming != 0 ? 'I' : ' ', record.redirected > 0 ? 'R' : ' ', price, referenceCurrency,
+                      priceRef, (taxPercent + 100) / 100.0 * priceRef);
+}
+
+}  // namespace ingest
