@@ -48,19 +48,23 @@ const ColumnDefinition* CDbFolder::findColumn(int kind) const {
   return found == definition_.columns.end() ? nullptr : &*found;
 }
 
-// "*" unless an expression holds " as ", in lower case: the test counts case.
+bool CDbFolder::selectsAllFields() const {
+  return std::ranges::none_of(definition_.columns, [](const ColumnDefinition& column) {
+    return std::ranges::any_of(column.selects, [](const char* select) {
+      return select != nullptr && std::string_view(select).find(" as ") != std::string_view::npos;
+    });
+  });
+}
+
 std::string CDbFolder::selectList() const {
+  if (selectsAllFields()) return "*";
   std::string list;
-  bool named = false;
   for (const ColumnDefinition& column : definition_.columns) {
     for (const char* select : column.selects) {
-      if (select == nullptr) continue;
-      if (!list.empty()) list += ", ";
-      list += select;
-      named |= std::string_view(select).find(" as ") != std::string_view::npos;
+      if (select != nullptr) list.append(list.empty() ? "" : ", ").append(select);
     }
   }
-  return named ? list : "*";
+  return list;
 }
 
 // Nested right joins, the folder's table innermost.

@@ -59,6 +59,8 @@ class CDbFolder {
 
   // The complete query text; also written to the debugger output.
   [[nodiscard]] std::string BuildQuery() const;
+  // True when the query selects "*": no select expression holds " as ", in lower case (the test counts case).
+  [[nodiscard]] bool selectsAllFields() const;
   // "ORDER BY %s %s"; empty when unsorted or when the sort key names no column that can be sorted.
   [[nodiscard]] std::string BuildOrderClause() const;
 

@@ -1,0 +1,81 @@
+#include "folders/column_layout.h"
+
+#include <algorithm>
+
+#include "base/printf.h"
+#include "base/text.h"
+
+namespace folders {
+
+namespace {
+
+constexpr std::string_view kVisible = "VisibleColumns%d";
+constexpr std::string_view kWidths = "ColumnWidths%d";
+
+std::vector<int> integers(std::string_view text) {
+  std::vector<int> numbers;
+  for (const std::string& piece : base::split(text, ";")) numbers.push_back(base::leadingInteger(piece));
+  return numbers;
+}
+
+bool canShow(const ColumnDefinition& column, unsigned folderFlags) {
+  if ((column.flags & ColumnShown) == 0 || (column.flags & ColumnKey) != 0) return false;
+  if ((column.flags & ColumnIf100) != 0 && (folderFlags & FolderShow100) == 0) return false;
+  return (column.flags & ColumnIf200) == 0 || (folderFlags & FolderShow200) != 0;
+}
+
+}  // namespace
+
+int ColumnLayout::widthOf(int kind) const {
+  const auto found = std::ranges::find(widths, kind, &std::pair<int, int>::first);
+  return found == widths.end() ? 0 : found->second;
+}
+
+std::vector<ColumnLayout> loadLayouts(foundation::ConfigManager& config, std::string_view section) {
+  std::vector<ColumnLayout> layouts;
+  for (std::size_t number = 0;; ++number) {
+    const std::string visible =
+        config.ReadConfigString(base::format(kVisible, number), section, foundation::StoreMachine, "");
+    if (!config.LastFound()) return layouts;
+    ColumnLayout layout{.visible = integers(visible), .widths = {}};
+    const auto widths =
+        integers(config.ReadConfigString(base::format(kWidths, number), section, foundation::StoreMachine, ""));
+    for (std::size_t i = 0; i + 1 < widths.size(); i += 2) layout.widths.emplace_back(widths[i], widths[i + 1]);
+    layouts.push_back(std::move(layout));
+  }
+}
+
+bool saveLayouts(foundation::ConfigManager& config, std::string_view section, std::span<const ColumnLayout> layouts) {
+  bool written = true;
+  for (std::size_t number = 0; number < layouts.size(); ++number) {
+    std::string visible;
+    std::string widths;
+    for (const int kind : layouts[number].visible) visible += base::format("%d;", kind);
+    for (const auto& [kind, width] : layouts[number].widths) widths += base::format("%d;%d;", kind, width);
+    written &= config.WriteConfigString(visible, base::format(kVisible, number), section, foundation::StoreMachine);
+    written &= config.WriteConfigString(widths, base::format(kWidths, number), section, foundation::StoreMachine);
+  }
+  return written;
+}
+
+ColumnLayout defaultLayout(std::span<const ColumnDefinition> columns, unsigned folderFlags) {
+  ColumnLayout layout;
+  for (const ColumnDefinition& column : columns) {
+    if (canShow(column, folderFlags)) layout.visible.push_back(column.kind);
+  }
+  return layout;
+}
+
+ColumnLayout usableLayout(const ColumnLayout& stored, std::span<const ColumnDefinition> columns, unsigned folderFlags,
+                          const foundation::LanguageFile& texts, platform::Operator& person) {
+  const ColumnLayout standard = defaultLayout(columns, folderFlags);
+  const bool usable = !stored.visible.empty() && std::ranges::all_of(stored.visible, [&](int kind) {
+    return std::ranges::find(standard.visible, kind) != standard.visible.end() &&
+           std::ranges::count(stored.visible, kind) == 1;
+  });
+  if (usable) return stored;
+  person.messageBox(texts.Translate("IDS_CANTLOADCOLUMNCONFIG"));
+  return standard;
+}
+
+}  // namespace folders

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "folders/column_layout.h"
+#include "folders/db_folder.h"
+#include "folders/value_formatter.h"
+
+namespace folders {
+
+// A shown column of an open folder.
+struct ViewColumn {
+  const ColumnDefinition* definition;
+  std::string caption;  // translated
+  Alignment alignment;
+  int width;  // pixels; 0 = not kept
+};
+
+// One cell as it was read: the second value is the currency of an amount, else Null.
+struct CellValue {
+  const jet::Value* first;
+  const jet::Value* second;
+};
+
+// An open folder as a list of texts that scrolls: rows are read where they are looked at. Throws jet::Error
+// (filter::RestrictionError too) from the constructor, sort, refresh and the reading calls.
+class FolderView {
+ public:
+  // All must outlive the view.
+  FolderView(const FolderDefinition& definition, const FolderServices& services, const ValueFormatter& formatter,
+             int sortKey = 0);
+  FolderView(const FolderView&) = delete;
+  FolderView& operator=(const FolderView&) = delete;
+  ~FolderView() { folder_.release(); }
+
+  [[nodiscard]] const CDbFolder& folder() const { return folder_; }
+  [[nodiscard]] const FolderServices& services() const { return services_; }
+  [[nodiscard]] const ValueFormatter& formatter() const { return formatter_; }
+
+  // The shown columns; the key column is never among them.
+  [[nodiscard]] const std::vector<ViewColumn>& columns() const { return columns_; }
+  void setLayout(const ColumnLayout& layout);
+  [[nodiscard]] ColumnLayout layout() const;
+
+  [[nodiscard]] int sortKey() const { return folder_.sortKey(); }
+  void sort(int sortKey);
+  // Reads the condition from its source and the rows from the database again.
+  void refresh();
+
+  [[nodiscard]] std::int64_t rowCount() { return folder_.result()->rowCount(); }
+  // The displayed texts of rows [first, first + count), a text a shown column.
+  [[nodiscard]] std::vector<std::vector<std::string>> rows(std::int64_t first, std::int64_t count);
+  // True when the call at the row is marked hidden; false in other folders.
+  [[nodiscard]] bool rowHidden(std::int64_t position);
+
+  std::optional<std::int64_t> findRow(const RowKey& key) { return folder_.FindRow(key); }
+  std::optional<RowKey> readKey(std::int64_t position) { return folder_.ReadKey(position); }
+
+  // Every row in order, streamed: memory does not grow with their number. `row` gets a cell a shown column and returns
+  // false to stop.
+  void forEachRow(const std::function<bool(std::span<const CellValue>)>& row);
+  [[nodiscard]] std::string text(std::size_t column, const CellValue& cell) const;
+
+  // Sums a column's values as rows go by; columns without a total stay at nothing.
+  class Totals {
+   public:
+    explicit Totals(const FolderView& view) : view_(view), sums_(view.columns().size()) {}
+    void add(std::span<const CellValue> row);
+    [[nodiscard]] std::optional<double> sum(std::size_t column) const { return sums_[column]; }
+    [[nodiscard]] std::string text(std::size_t column) const;  // empty without a total
+
+   private:
+    const FolderView& view_;
+    std::vector<std::optional<double>> sums_;
+  };
+  // The totals of all rows, read through.
+  [[nodiscard]] std::vector<std::string> totals();
+
+ private:
+  const FolderServices& services_;
+  const ValueFormatter& formatter_;
+  CDbFolder folder_;
+  std::vector<ViewColumn> columns_;
+  // Where the values of each column of the definition stand in a row of the result.
+  struct Place {
+    std::size_t first;
+    std::optional<std::size_t> second;
+  };
+  [[nodiscard]] Place placeOf(int kind) const;
+  std::vector<Place> places_;  // of the shown columns
+};
+
+}  // namespace folders
