@@ -1,0 +1,28 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "jet/database.h"
+#include "jet/error.h"
+#include "jet/sqlite/sqlite_database.h"
+
+namespace jet {
+
+std::unique_ptr<Database> openDatabase(const std::filesystem::path& path, OpenMode mode, std::string_view) {
+  return std::make_unique<sqlite::SqliteDatabase>(path, mode, false);
+}
+
+std::unique_ptr<Database> createDatabase(const std::filesystem::path& path) {
+  // Made here so that it can neither replace a file nor be read by everybody: it will hold password digests.
+  constexpr mode_t kOwnerAndGroup = 0660;
+  const int file = ::open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, kOwnerAndGroup);
+  if (file < 0 && errno == EEXIST) throw Error(3204, "Database " + path.string() + " already exists.");
+  if (file < 0) {
+    throw Error(3051, path.string() + " cannot be made. Check that its folder exists and the rights to it.");
+  }
+  ::close(file);
+  return std::make_unique<sqlite::SqliteDatabase>(path, OpenMode::ReadWrite, true);
+}
+
+}  // namespace jet

@@ -1,0 +1,237 @@
+#include "jet/sqlite/connection.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <system_error>
+#include <thread>
+
+#include "jet/sqlite/file_check.h"
+
+namespace jet::sqlite {
+
+namespace {
+
+constexpr std::int64_t kLockPatienceMilliseconds = 10'000;
+
+std::int64_t steadyMilliseconds() {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+// A path as the name part of a file: URI.
+std::string uriOf(const std::filesystem::path& path, std::string_view query) {
+  std::string uri = "file:";
+  for (const char c : std::filesystem::absolute(path).string()) {
+    if (c == '%' || c == '?' || c == '#') {
+      char escaped[4];
+      std::snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned>(c));
+      uri += escaped;
+    } else {
+      uri += c;
+    }
+  }
+  return uri + "?" + std::string(query);
+}
+
+bool hasPendingLog(const std::filesystem::path& path) {
+  std::error_code ignored;
+  const auto size = std::filesystem::file_size(path.string() + "-wal", ignored);
+  return !ignored && size > 0;
+}
+
+}  // namespace
+
+Connection::Connection(const std::filesystem::path& path, OpenMode mode, bool create)
+    : path_(path), readOnly_(mode == OpenMode::ReadOnly) {
+  try {
+    open(mode, create);
+    configure();
+  } catch (...) {
+    sqlite3_close_v2(handle_);
+    throw;
+  }
+}
+
+Connection::~Connection() {
+  sqlite3_close_v2(handle_);
+}
+
+bool Connection::tryOpen(const std::string& name, int flags) {
+  sqlite3_close_v2(handle_);
+  handle_ = nullptr;
+  if (sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr) !=
+      SQLITE_OK) {
+    return false;
+  }
+  sqlite3_busy_handler(handle_, &Connection::waitForLock, this);
+  // Opening reads nothing; only a first look at the file shows whether it can be read.
+  return sqlite3_exec(handle_, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+void Connection::open(OpenMode mode, bool create) {
+  if (!create) checkFile(path_, mode);
+  const std::string name = path_.string();
+  if (mode == OpenMode::ReadWrite) {
+    if (!tryOpen(name, SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0))) fail(sqlite3_errcode(handle_), {});
+    if (sqlite3_db_readonly(handle_, "main") == 1) throw Error(3051, cannotWrite(path_));
+    return;
+  }
+  if (tryOpen(name, SQLITE_OPEN_READONLY)) return;
+  const int code = sqlite3_errcode(handle_);
+  // In a folder without the right to write, the shared-memory file cannot be made. Without pending changes the file
+  // itself is the whole database.
+  if (!hasPendingLog(path_) && tryOpen(uriOf(path_, "immutable=1"), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI)) {
+    return;
+  }
+  fail(code, {});
+}
+
+void Connection::configure() {
+  if (!readOnly_) {
+    run("PRAGMA journal_mode=WAL");
+    run("PRAGMA synchronous=NORMAL");
+  }
+  run("PRAGMA cache_size=-12288");
+  run("PRAGMA temp_store=FILE");
+  run("PRAGMA trusted_schema=OFF");
+  sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+}
+
+// Sleeps of a millisecond: a live call must not wait for the long steps of the built-in handler.
+int Connection::waitForLock(void* self, int tries) {
+  auto& connection = *static_cast<Connection*>(self);
+  const std::int64_t now = steadyMilliseconds();
+  if (tries == 0) connection.waitStarted_ = now;
+  if (now - connection.waitStarted_ > kLockPatienceMilliseconds) return 0;
+  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  return 1;
+}
+
+StatementHandle Connection::prepare(std::string_view sql, std::string_view statement) {
+  sqlite3_stmt* prepared = nullptr;
+  const int code = sqlite3_prepare_v3(handle_, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT,
+                                      &prepared, nullptr);
+  if (code != SQLITE_OK) fail(code, statement.empty() ? sql : statement);
+  return StatementHandle(prepared);
+}
+
+void Connection::run(const char* sql) {
+  const int code = sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) fail(code, sql);
+}
+
+bool Connection::step(sqlite3_stmt* prepared, std::string_view statement) {
+  const int code = sqlite3_step(prepared);
+  if (code == SQLITE_ROW) return true;
+  if (code == SQLITE_DONE) return false;
+  const std::string text(statement);
+  sqlite3_reset(prepared);
+  fail(code, text);
+}
+
+void Connection::fail(int code, std::string_view statement) {
+  const std::string text(statement);
+  if (functionError_) {
+    const Error error(functionError_->number(), functionError_->description(), text);
+    functionError_.reset();
+    throw error;
+  }
+  const std::string name = path_.string();
+  const std::string reason = handle_ != nullptr ? sqlite3_errmsg(handle_) : sqlite3_errstr(code);
+  switch (code & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      throw Error(3260, name + " is locked by another copy of the program. Wait until its work is done and try again.",
+                  text);
+    case SQLITE_FULL:
+      throw Error(3183, "The disk that holds " + name + " is full. Free some space and try again.", text);
+    case SQLITE_READONLY:
+      throw Error(3027, "Cannot update " + name + ": it is open for reading only.", text);
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+      throw Error(3343, name + " is damaged or is not a Tallybook database (" + reason + "). Restore it from a copy.",
+                  text);
+    case SQLITE_INTERRUPT:
+      throw Error(3059, "Operation canceled by user.", text);
+    case SQLITE_CONSTRAINT:
+      throw Error(3022, "The change to " + name + " would create a duplicate key (" + reason + ").", text);
+    case SQLITE_CANTOPEN:
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+      throw Error(3051, name + " cannot be opened. Check the rights to the file and its folder.", text);
+    default:
+      throw Error(3000, name + ": " + reason, text);
+  }
+}
+
+void bindValue(sqlite3_stmt* statement, int parameter, const Value& value, bool lent) {
+  switch (value.type()) {
+    case Type::Null:
+      sqlite3_bind_null(statement, parameter);
+      break;
+    case Type::Boolean:
+      sqlite3_bind_int(statement, parameter, value.boolean() ? 1 : 0);
+      break;
+    case Type::Long:
+      sqlite3_bind_int64(statement, parameter, value.integer());
+      break;
+    case Type::Double:
+      if (std::isfinite(value.number())) {
+        sqlite3_bind_double(statement, parameter, value.number());
+      } else {
+        sqlite3_bind_null(statement, parameter);
+      }
+      break;
+    case Type::Text:
+      sqlite3_bind_text64(statement, parameter, value.text().data(), value.text().size(),
+                          lent ? SQLITE_STATIC : SQLITE_TRANSIENT, SQLITE_UTF8);
+      break;
+    case Type::DateTime: {
+      const std::string stored = value.dateTime().stored();
+      sqlite3_bind_text64(statement, parameter, stored.data(), stored.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+      break;
+    }
+  }
+}
+
+Value readColumn(sqlite3_stmt* statement, int column, Type type) {
+  switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_NULL:
+      return {};
+    case SQLITE_INTEGER: {
+      const std::int64_t number = sqlite3_column_int64(statement, column);
+      if (type == Type::Boolean) return Value(number != 0);
+      if (type == Type::Double) return Value(static_cast<double>(number));
+      return Value(number);
+    }
+    case SQLITE_FLOAT: {
+      const double number = sqlite3_column_double(statement, column);
+      if (type == Type::Boolean) return Value(number != 0);
+      return Value(number);
+    }
+    default: {
+      const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+      const std::string_view text(data != nullptr ? data : "",
+                                  static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
+      if (type == Type::DateTime) {
+        if (const auto date = base::DateTime::fromStored(text)) return Value(*date);
+      }
+      return Value(text);
+    }
+  }
+}
+
+std::string quotedName(std::string_view name) {
+  std::string result = "\"";
+  for (const char c : name) {
+    if (c == '"') result += '"';
+    result += c;
+  }
+  return result + '"';
+}
+
+}  // namespace jet::sqlite

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/database.h"
+
+namespace jet::sqlite {
+
+// One prepared statement. Reset when the Execution that lent it ends.
+struct StatementCloser {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementCloser>;
+
+// The open file: pragmas, waiting for locks, and the translation of faults into jet::Error.
+class Connection {
+ public:
+  Connection(const std::filesystem::path& path, OpenMode mode, bool create);
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection();
+
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+  [[nodiscard]] bool readOnly() const { return readOnly_; }
+  [[nodiscard]] sqlite3* handle() const { return handle_; }
+
+  [[nodiscard]] StatementHandle prepare(std::string_view sql, std::string_view statement = {});
+  void run(const char* sql);
+  // True with a row, false at the end. `statement` is the text that an Error keeps.
+  bool step(sqlite3_stmt* prepared, std::string_view statement);
+
+  [[noreturn]] void fail(int code, std::string_view statement);
+
+  // A fault inside a user function, to be thrown by the step() that ran it.
+  void setFunctionError(const Error& error) { functionError_ = error; }
+
+ private:
+  void open(OpenMode mode, bool create);
+  void configure();
+  [[nodiscard]] bool tryOpen(const std::string& name, int flags);
+  static int waitForLock(void* self, int tries);
+
+  std::filesystem::path path_;
+  bool readOnly_;
+  sqlite3* handle_ = nullptr;
+  std::optional<Error> functionError_;
+  std::int64_t waitStarted_ = 0;  // steady milliseconds
+};
+
+// Binds a value in its stored form: Yes/No as 0/1, dates as "YYYY-MM-DD HH:MM:SS"; numbers that are not finite as Null.
+// With `lent`, the text must stay until the statement was reset.
+void bindValue(sqlite3_stmt* statement, int parameter, const Value& value, bool lent = false);
+
+// A result column as the type that the emitter found for it. A text in a date column that is no date stays a text.
+Value readColumn(sqlite3_stmt* statement, int column, Type type);
+
+// The name as a quoted identifier.
+std::string quotedName(std::string_view name);
+
+}  // namespace jet::sqlite

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/database.h"
+#include "jet/sqlite/catalog.h"
+#include "jet/sqlite/connection.h"
+#include "jet/sqlite/statement_cache.h"
+#include "jet/sqlite/versions.h"
+
+namespace jet::sqlite {
+
+class SqliteDatabase final : public Database {
+ public:
+  SqliteDatabase(const std::filesystem::path& path, OpenMode mode, bool create);
+  ~SqliteDatabase() override;
+
+  [[nodiscard]] const std::filesystem::path& path() const override { return connection_.path(); }
+  [[nodiscard]] bool readOnly() const override { return connection_.readOnly(); }
+
+  std::int64_t execute(std::string_view sql) override;
+  std::unique_ptr<Recordset> openRecordset(std::string_view sql) override;
+  Snapshot openSnapshot(std::string_view sql) override;
+  std::unique_ptr<RowWindow> openWindow(std::string_view sql) override;
+  void forEachRow(std::string_view sql, const std::function<bool(const std::vector<Value>&)>& row) override;
+
+  TableDef tableDef(std::string_view table) override;
+  std::vector<std::string> tableNames() override;
+  void createTable(const TableDef& table) override;
+  std::uint64_t tableVersion(std::string_view table) override { return versions_.of(table); }
+  void interrupt() override { sqlite3_interrupt(connection_.handle()); }
+
+  // For the recordsets and windows of this folder.
+  Connection& connection() { return connection_; }
+  Catalog& catalog() { return catalog_; }
+  Versions& versions() { return versions_; }
+  StatementCache& statements() { return statements_; }
+  // Throws 3027 when the file is open for reading only, and when the transaction that the caller believes to be in was
+  // undone by a fault (a full disk): going on would write outside of it.
+  void requireWritable(std::string_view statement);
+
+ protected:
+  void begin() override;
+  void commit() override;
+  void rollback() noexcept override;
+  void beginReadView() override;
+  void endReadView() noexcept override { versions_.release(); }
+
+ private:
+  // A select, checked; Error 3065 for a text that changes something.
+  std::shared_ptr<const CachedQuery> parsedSelect(const ShapedText& text);
+  // Runs a select on the file and keeps its rows.
+  std::shared_ptr<const ResultTable> runSelect(const ShapedText& text);
+
+  Connection connection_;
+  Catalog catalog_;
+  Versions versions_;
+  StatementCache statements_;
+  int depth_ = 0;  // of transactions
+};
+
+}  // namespace jet::sqlite

@@ -1,0 +1,196 @@
+#include "sqlite_fixture.h"
+
+namespace jet::test {
+
+namespace {
+
+class StatementTest : public SqliteTest {
+ protected:
+  StatementTest() {
+    database_->createTable({.name = "Calls",
+                            .fields = {{.name = "RecordID", .type = Type::Long, .autoIncrement = true},
+                                       {.name = "DateTime", .type = Type::DateTime},
+                                       {.name = "Extension", .type = Type::Text},
+                                       {.name = "Name", .type = Type::Text},
+                                       {.name = "TotalTime", .type = Type::Long},
+                                       {.name = "Price", .type = Type::Double},
+                                       {.name = "Hidden", .type = Type::Boolean},
+                                       {.name = "Currency", .type = Type::Text},
+                                       {.name = "valuta", .type = Type::Text, .generatedFrom = "Currency"}},
+                            .indexes = {{{"DateTime"}}}});
+    add("#1/31/2025 10:20:30#", "'201'", "'Popa'", "60", "1.5", "0", "'RON'");
+    add("#2/1/2025 23:59:59#", "'202'", "'popa'", "30", "2.5", "1", "'EUR'");
+    add("#2/2/2025#", "'5'", "'\xC8\x98tefan'", "0", "0", "0", "'ron'");  // Ștefan
+    add("Null", "Null", "Null", "Null", "Null", "0", "Null");
+    database_->createTable({.name = "prefixe",
+                            .fields = {{.name = "prefix_id", .type = Type::Text},
+                                       {.name = "provider_id", .type = Type::Long},
+                                       {.name = "destination_id", .type = Type::Long}},
+                            .indexes = {{{"prefix_id", "provider_id"}}}});
+    for (const char* row : {"'', 1, 0", "'021', 1, 1", "'0213', 1, 2", "'02#4', 1, 3", "'07', 1, 4", "'0213', 2, 5",
+                            "'#', 1, 6", "Null, 1, 7"}) {
+      database_->execute("insert into prefixe (prefix_id, provider_id, destination_id) values (" + std::string(row) +
+                         ")");
+    }
+    database_->createTable({.name = "Clients", .fields = {{.name = "Name"}, {.name = "Account"}}});
+    database_->execute("insert into Clients (Name, Account) values ('First', 'POPA')");
+  }
+
+  void add(const char* date, const char* extension, const char* name, const char* time, const char* price,
+           const char* hidden, const char* currency) {
+    database_->execute(std::string("insert into Calls ([DateTime], Extension, Name, TotalTime, Price, Hidden, "
+                                   "[Currency]) values (") +
+                       date + ", " + extension + ", " + name + ", " + time + ", " + price + ", " + hidden + ", " +
+                       currency + ")");
+  }
+};
+
+struct SelectCase {
+  const char* sql;
+  const char* rows;
+};
+
+TEST_F(StatementTest, SelectsGiveTheRowsOfTheDialect) {
+  const SelectCase cases[] = {
+      // Texts compare without case; grouped rows show the first spelling.
+      {"select RecordID from Calls where name = 'POPA'", "1;2"},
+      {"select RecordID from Calls where Name in ('popa', 'x')", "1;2"},
+      {"select Name as RecordID, count(*) as cnt from [Calls] as toptab WHERE TotalTime > 0 group by Name", "Popa|2"},
+      {"select distinct(valuta) from Calls where valuta is not null", "RON;EUR"},
+      {"select RecordID from Calls where Name > 'p' and Name < 'POPB'", "1;2"},
+      // Literals of another type.
+      {"select RecordID from Calls where Extension = 5", "3"},
+      {"select RecordID from Calls where TotalTime = '60'", "1"},
+      {"select RecordID from Calls where TotalTime = 'x'", ""},
+      {"select RecordID from Calls where TotalTime < 'x'", ""},
+      {"select RecordID from Calls where TotalTime between '1' and 60", "1;2"},
+      {"select RecordID from Calls where Extension in (201, 5)", "1;3"},
+      // Yes/No by truth.
+      {"select RecordID from Calls where Hidden = 1", "2"},
+      {"select RecordID from Calls where Hidden = True", "2"},
+      {"select RecordID from Calls where Not Hidden and RecordID < 3", "1"},
+      {"select sum(Hidden) as s from Calls", "-1"},
+      // Null.
+      {"select RecordID from Calls where Name = Null", "4"},
+      {"select RecordID from Calls where Name <> null and TotalTime = 0", "3"},
+      {"select RecordID from Calls where not Name like '*'", ""},
+      // Dates.
+      {"select RecordID from Calls where DateTime >= #1/31/2025 00:00:00# and DateTime <= #1/31/2025 23:59:59#", "1"},
+      {"select RecordID from Calls where DateTime = '2/2/2025'", "3"},
+      {"select Weekday(DateTime) as a, Day(DateTime), Month(DateTime), Year(DateTime), Hour(DateTime) from Calls "
+       "where RecordID <= 2",
+       "6|31|1|2025|10;7|1|2|2025|23"},
+      {"select DateTime + 1 from Calls where RecordID = 3", "2/3/2025"},
+      // Numbers.
+      {"select (19 + 100)/100 from Calls where RecordID = 1", "1.19"},
+      {"select Price * (19 + 100)/100 as p, TotalTime / 7, TotalTime \\ 7, TotalTime mod 7 from Calls where RecordID=1",
+       "1.785|8.57142857142857|8|4"},
+      {"select sum(TotalTime) as x, avg(Price), min(Name), first(Name), last(Extension) from Calls where RecordID < 4",
+       "90|1.33333333333333|Popa|Popa|5"},
+      // Joining texts.
+      {"select Name & '-' & Extension as n from Calls where RecordID >= 3", "\xC8\x98tefan-5;-"},
+      {"select Name + 'x' from Calls where RecordID = 1", "Popax"},
+      {"select TotalTime & ' s' from Calls where RecordID = 1", "60 s"},
+      // Like.
+      {"select RecordID from Calls where Name like 'po*'", "1;2"},
+      {"select RecordID from Calls where Name like '*OP*'", "1;2"},
+      {"select RecordID from Calls where Name like '\xC8\x99t*'", "3"},
+      {"select RecordID from Calls where Name like 'p[a-o]p?'", "1;2"},
+      {"select RecordID from Calls where Extension like '20#'", "1;2"},
+      {"select RecordID from Calls where TotalTime like '6*'", "1"},
+      {"select RecordID from Calls where (Name NOT LIKE 'po*' or Name IS NULL)", "3;4"},
+      {"select RecordID from Calls where Name like '%'", ""},
+      {"select destination_id from prefixe where prefix_id <> '' and provider_id=1 and '0213456' like prefix_id+'*' "
+       "order by prefix_id desc",
+       "2;1;6"},
+      {"select destination_id from prefixe where provider_id=1 and '02945' like prefix_id+'*' order by destination_id",
+       "0;3;6"},
+      {"select destination_id from prefixe where provider_id=1 and '#1' like prefix_id+'*'", "0"},
+      // Order.
+      {"select Extension, TotalTime from Calls where RecordID < 4 ORDER BY   2 ASC", "5|0;202|30;201|60"},
+      {"select TOP 1 * from Clients order by Name desc", "First|POPA"},
+      {"select Name as N, count(*) from Calls group by Name order by N desc, 2", "\xC8\x98tefan|1;Popa|2;|1"},
+      // Joins keep the rows of the folder's table.
+      {"SELECT [Calls].RecordID, Clients.Name FROM (Clients RIGHT JOIN [Calls] ON Clients.Account = [Calls].[Name]) "
+       "WHERE [Calls].RecordID > 1",
+       "2|First;3|;4|"},
+      {"select IIf(TotalTime > 50, 'long', 'short') from Calls where RecordID < 3", "long;short"},
+      {"select RecordID from Calls where 1 = 1 and RecordID < 2", "1"},
+  };
+  for (const SelectCase& entry : cases) {
+    try {
+      EXPECT_EQ(rows(entry.sql), entry.rows) << entry.sql;
+    } catch (const Error& error) {
+      ADD_FAILURE() << entry.sql << ": " << error.number() << ' ' << error.what();
+    }
+  }
+}
+
+TEST_F(StatementTest, ResultsCarryTheTypeOfTheirColumn) {
+  const Snapshot snapshot = database_->openSnapshot(
+      "select DateTime, Hidden, Price, TotalTime, Name, Max(DateTime), DateAdd('d', 1, DateTime) as x, IsNull(Name) "
+      "from Calls where RecordID = 3 group by DateTime, Hidden, Price, TotalTime, Name");
+  const Type types[] = {Type::DateTime, Type::Boolean,  Type::Double,   Type::Long,
+                        Type::Text,     Type::DateTime, Type::DateTime, Type::Boolean};
+  for (std::size_t i = 0; i < std::size(types); ++i) EXPECT_EQ(snapshot.at(0, i).type(), types[i]) << i;
+}
+
+TEST_F(StatementTest, ChangesCountTheirRowsAndConvert) {
+  EXPECT_EQ(database_->execute("update Calls set hidden=5 where name='POPA'"), 2);
+  EXPECT_EQ(rows("select count(*) from Calls where Hidden"), "2");
+  EXPECT_EQ(database_->execute("UPDATE Calls SET Price = Price / 10000"), 4);
+  EXPECT_EQ(rows("select Price from Calls where RecordID = 1"), "0.00015");
+  EXPECT_EQ(database_->execute("UPDATE Calls SET [Currency]='RON' WHERE [Currency]='ROL'"), 0);
+  EXPECT_EQ(database_->execute("update Calls set TotalTime = '17', Extension = 300 where RecordID = 4"), 1);
+  EXPECT_EQ(rows("select TotalTime, Extension from Calls where RecordID = 4"), "17|300");
+  EXPECT_EQ(database_->execute("delete from calls where totaltime=0"), 1);
+  EXPECT_EQ(database_->execute("DELETE FROM Calls WHERE [DateTime] < #2/1/2025#"), 1);
+}
+
+TEST_F(StatementTest, AddedColumnIsSeenByEveryLaterStatement) {
+  EXPECT_EQ(rows("select * from Clients"), "First|POPA");
+  database_->execute("ALTER table clients ADD COLUMN Folder TEXT");
+  EXPECT_EQ(rows("select * from Clients"), "First|POPA|");
+  database_->execute("update Clients set Folder = 'f'");
+  EXPECT_EQ(rows("select * from Clients"), "First|POPA|f");
+  EXPECT_EQ(errorOf([&] { database_->execute("ALTER table clients ADD COLUMN folder TEXT"); }), 3380);
+}
+
+TEST_F(StatementTest, FaultsHaveTheirNumbersAndKeepTheStatement) {
+  const std::pair<const char*, int> cases[] = {
+      {"select x from Calls", 3061},
+      {"select * from Nothing", 3078},
+      {"select * from Calls where Nme = 'x'", 3061},
+      {"select * from Calls where Name = 'it's'", 3075},
+      {"select Foo(Name) from Calls", 3085},
+  };
+  for (const auto& [sql, number] : cases) {
+    const char* text = sql;
+    EXPECT_EQ(errorOf([&] { database_->openSnapshot(text); }), number) << sql;
+  }
+  try {
+    database_->openSnapshot("select x from Calls");
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.description(), "Too few parameters. Expected 1.");
+    EXPECT_EQ(error.statement(), "select x from Calls");
+  }
+  EXPECT_EQ(errorOf([&] { database_->execute("update Calls set TotalTime = 'abc'"); }), 3421);
+  EXPECT_EQ(errorOf([&] { database_->execute("update Calls set Name = '" + std::string(256, 'x') + "'"); }), 3163);
+  EXPECT_EQ(errorOf([&] { database_->execute("update Calls set Name = Name & Space(255) where RecordID = 1"); }), 3163);
+  EXPECT_EQ(errorOf([&] { database_->execute("select * from Calls"); }), 3065);
+  // 255 letters of two bytes each fit.
+  std::string letters;
+  for (int i = 0; i < 255; ++i) letters += "\xC8\x99";
+  EXPECT_EQ(database_->execute("update Calls set Name = '" + letters + "' where RecordID = 1"), 1);
+}
+
+TEST_F(StatementTest, LongChainsOfOperatorsStayCheap) {
+  std::string sum = "1";
+  for (int i = 0; i < 60; ++i) sum += " + 1";
+  EXPECT_EQ(rows("select " + sum + " from Clients"), "61");
+}
+
+}  // namespace
+
+}  // namespace jet::test
