@@ -1,0 +1,154 @@
+#include <utf8proc.h>
+
+#include <algorithm>
+#include <string>
+
+#include "jet/operators.h"
+
+namespace jet {
+
+namespace {
+
+char32_t foldAsciiLetter(char32_t c) {
+  return c >= U'A' && c <= U'Z' ? c + 32 : c;
+}
+
+bool isAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// A text of ASCII alone, folded as it is read.
+struct AsciiText {
+  std::string_view text;
+  [[nodiscard]] std::size_t size() const { return text.size(); }
+  char32_t operator[](std::size_t i) const { return foldAsciiLetter(static_cast<unsigned char>(text[i])); }
+};
+
+// Folded code points. Bytes that are no UTF-8 get numbers of their own behind the last code point.
+std::u32string foldedCharacters(std::string_view text) {
+  constexpr char32_t kBehindUnicode = 0x110000;
+  std::u32string characters;
+  characters.reserve(text.size());
+  const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+  auto left = static_cast<utf8proc_ssize_t>(text.size());
+  while (left > 0) {
+    utf8proc_int32_t codepoint = 0;
+    utf8proc_ssize_t used = utf8proc_iterate(bytes, left, &codepoint);
+    if (used > 0) {
+      characters += static_cast<char32_t>(utf8proc_tolower(codepoint));
+    } else {
+      characters += kBehindUnicode + *bytes;
+      used = 1;
+    }
+    bytes += used;
+    left -= used;
+  }
+  return characters;
+}
+
+// Matches one pattern against one text; both are folded and indexed by character.
+template <typename Characters>
+class Matcher {
+ public:
+  Matcher(const Characters& text, const Characters& pattern) : text_(text), pattern_(pattern) {
+    std::size_t end = pattern_.size();
+    while (end > 0 && pattern_[end - 1] != U']') --end;
+    lastClosing_ = end;
+  }
+
+  // Greedy from star to star: only the last star met is ever taken back, so the work is bounded by the product of the
+  // two lengths.
+  bool matches() {
+    std::size_t at = 0;
+    std::size_t position = 0;
+    std::size_t starPattern = npos;
+    std::size_t starText = 0;
+    while (at < text_.size()) {
+      if (position < pattern_.size() && pattern_[position] == U'*') {
+        starPattern = ++position;
+        starText = at;
+        if (position == pattern_.size()) return true;
+        continue;
+      }
+      position = skipEmptyClasses(position);
+      if (position < pattern_.size() && pattern_[position] == U'*') continue;
+      const std::size_t next = position < pattern_.size() ? matchOne(text_[at], position) : npos;
+      if (next != npos) {
+        position = next;
+        ++at;
+      } else if (starPattern != npos) {
+        position = starPattern;
+        at = ++starText;
+      } else {
+        return false;
+      }
+    }
+    return onlyStarsFrom(position);
+  }
+
+ private:
+  static constexpr std::size_t npos = static_cast<std::size_t>(-1);
+
+  bool onlyStarsFrom(std::size_t position) {
+    for (position = skipEmptyClasses(position); position < pattern_.size(); position = skipEmptyClasses(position)) {
+      if (pattern_[position] != U'*') return false;
+      ++position;
+    }
+    return true;
+  }
+
+  // "[]" stands for no character at all.
+  std::size_t skipEmptyClasses(std::size_t position) const {
+    while (position + 1 < pattern_.size() && pattern_[position] == U'[' && pattern_[position + 1] == U']') {
+      position += 2;
+    }
+    return position;
+  }
+
+  // Where the pattern goes on when its element at `position` takes the character; npos when it does not.
+  std::size_t matchOne(char32_t character, std::size_t position) const {
+    const char32_t element = pattern_[position];
+    if (element == U'?') return position + 1;
+    if (element == U'#') return character >= U'0' && character <= U'9' ? position + 1 : npos;
+    if (element == U'[' && position < lastClosing_) return matchClass(character, position + 1);
+    return element == character ? position + 1 : npos;
+  }
+
+  // A class from behind its "[" on; a "!" alone in its brackets is that character.
+  std::size_t matchClass(char32_t character, std::size_t position) const {
+    const bool negated = pattern_[position] == U'!' && pattern_[position + 1] != U']';
+    if (negated) ++position;
+    bool found = false;
+    while (pattern_[position] != U']') {
+      const char32_t low = pattern_[position];
+      const bool isRange = pattern_[position + 1] == U'-' && pattern_[position + 2] != U']';
+      const char32_t high = isRange ? pattern_[position + 2] : low;
+      found = found || (low <= character && character <= high);
+      position += isRange ? 3 : 1;
+    }
+    return found != negated ? position + 1 : npos;
+  }
+
+  const Characters& text_;
+  const Characters& pattern_;
+  std::size_t lastClosing_ = 0;  // behind the last "]": a "[" from there on is an ordinary character
+};
+
+}  // namespace
+
+bool like(std::string_view text, std::string_view pattern) {
+  if (isAscii(text) && isAscii(pattern)) {
+    const AsciiText asciiText{text};
+    const AsciiText asciiPattern{pattern};
+    return Matcher<AsciiText>(asciiText, asciiPattern).matches();
+  }
+  const std::u32string foldedText = foldedCharacters(text);
+  const std::u32string foldedPattern = foldedCharacters(pattern);
+  return Matcher<std::u32string>(foldedText, foldedPattern).matches();
+}
+
+bool hasWildcard(std::string_view pattern) {
+  return pattern.find_first_of("*?#[") != std::string_view::npos;
+}
+
+}  // namespace jet
