@@ -96,34 +96,56 @@ std::int32_t countOf(std::size_t size) {
   return static_cast<std::int32_t>(size);
 }
 
+// What is stored already is not written again: an unchanged save must not make other copies load everything anew.
+void store(ConfigManager& config, const std::string& key, std::string_view section, const std::string& value) {
+  const bool same = config.ReadConfigString(key, section, StoreDatabase, kMissing) == value && config.LastFound();
+  if (!same) config.WriteConfigString(value, key, section, StoreDatabase);
+}
+
+void store(ConfigManager& config, const std::string& key, std::string_view section, std::int32_t value) {
+  const bool same = config.ReadConfigInt(key, section, StoreDatabase, 0) == value && config.LastFound();
+  if (!same) config.WriteConfigInt(value, key, section, StoreDatabase);
+}
+
 void saveExtensions(ConfigManager& config, const std::vector<tagEXTINFO>& extensions) {
-  config.WriteConfigInt(countOf(extensions.size()), "ExtCount", kCalls, StoreDatabase);
+  store(config, "ExtCount", kCalls, countOf(extensions.size()));
   for (std::size_t i = 0; i < extensions.size(); ++i) {
     const tagEXTINFO& entry = extensions[i];
-    config.WriteConfigString(base::format("%s;%s;%s", entry.extension, withoutSeparators(entry.description),
-                                          withoutSeparators(entry.department)),
-                             base::format("ExtDef%d", i), kExtensionSection, StoreDatabase);
+    store(config, base::format("ExtDef%d", i), kExtensionSection,
+          base::format("%s;%s;%s", entry.extension, withoutSeparators(entry.description),
+                       withoutSeparators(entry.department)));
   }
 }
 
 void saveTrunks(ConfigManager& config, const std::vector<tagTRUNKINFO>& trunks) {
-  config.WriteConfigInt(countOf(trunks.size()), "LiniiCount", kCalls, StoreDatabase);
+  store(config, "LiniiCount", kCalls, countOf(trunks.size()));
   for (std::size_t i = 0; i < trunks.size(); ++i) {
-    config.WriteConfigString(trunkValue(trunks[i]), base::format("LiniiDef%d", i), kTrunkSection, StoreDatabase);
+    store(config, base::format("LiniiDef%d", i), kTrunkSection, trunkValue(trunks[i]));
   }
 }
 
 void saveAccounts(ConfigManager& config, const std::vector<tagCONTINFO>& accounts) {
-  config.WriteConfigInt(countOf(accounts.size()), "ConturiCount", kCalls, StoreDatabase);
+  store(config, "ConturiCount", kCalls, countOf(accounts.size()));
   for (std::size_t i = 0; i < accounts.size(); ++i) {
     const tagCONTINFO& entry = accounts[i];
-    config.WriteConfigString(base::format("%s;%s;%s", withoutSeparators(entry.account),
-                                          withoutSeparators(entry.description), withoutSeparators(entry.department)),
-                             base::format("ConturiDef%d", i), kAccountSection, StoreDatabase);
+    store(config, base::format("ConturiDef%d", i), kAccountSection,
+          base::format("%s;%s;%s", withoutSeparators(entry.account), withoutSeparators(entry.description),
+                       withoutSeparators(entry.department)));
   }
 }
 
+std::vector<ClientDefinition> loadClients(jet::Database& main) {
+  std::vector<ClientDefinition> clients;
+  const jet::Snapshot rows = main.openSnapshot("SELECT * from Clients");
+  for (std::size_t row = 0; row < rows.rowCount(); ++row) {
+    clients.push_back(
+        {rows.at(row, "Account").toText(), rows.at(row, "Name").toText(), rows.at(row, "Folder").toText()});
+  }
+  return clients;
+}
+
 void saveClients(jet::Database& main, const std::vector<ClientDefinition>& clients) {
+  if (loadClients(main) == clients) return;
   main.execute("delete from Clients");
   for (const ClientDefinition& client : clients) {
     main.execute(base::format("insert into Clients (Name, Account, Folder) values ('%s', '%s', '%s')", client.name,
@@ -138,8 +160,8 @@ std::string providerSection(std::int32_t id) {
 void saveProviderSettings(ConfigManager& config, const std::vector<ProviderDefinition>& providers) {
   for (const ProviderDefinition& provider : providers) {
     const std::string section = providerSection(provider.id);
-    config.WriteConfigString(provider.localPrefixes, "PrefixeLocale", section, StoreDatabase);
-    config.WriteConfigInt(provider.freeSeconds, "SecNetax", section, StoreDatabase);
+    store(config, "PrefixeLocale", section, provider.localPrefixes);
+    store(config, "SecNetax", section, provider.freeSeconds);
   }
 }
 
@@ -171,16 +193,6 @@ std::vector<ProviderDefinition> loadProviders(jet::Database& tariffs, ConfigMana
     providers.push_back(std::move(provider));
   }
   return providers;
-}
-
-std::vector<ClientDefinition> loadClients(jet::Database& main) {
-  std::vector<ClientDefinition> clients;
-  const jet::Snapshot rows = main.openSnapshot("SELECT * from Clients");
-  for (std::size_t row = 0; row < rows.rowCount(); ++row) {
-    clients.push_back(
-        {rows.at(row, "Account").toText(), rows.at(row, "Name").toText(), rows.at(row, "Folder").toText()});
-  }
-  return clients;
 }
 
 // Settings and clients, whose versions are counted apart from those of the reference tables.

@@ -37,6 +37,8 @@ struct ClientDefinition {
   std::string account;
   std::string name;
   std::string folder;
+
+  bool operator==(const ClientDefinition&) const = default;
 };
 
 struct ProviderDefinition {
