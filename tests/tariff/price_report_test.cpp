@@ -1,0 +1,69 @@
+#include "tariff/price_report.h"
+
+#include <gtest/gtest.h>
+
+#include "test_exchange.h"
+
+namespace tariff {
+namespace {
+
+std::string reportOf(TestExchange& office, const exchange::CallRecord& record) {
+  PriceTrace trace;
+  const PricedCall call = office.price(record, &trace);
+  std::string text;
+  for (const std::string& line : priceReport(trace, record, call.output, call.outcome)) text += line + "\n";
+  return text;
+}
+
+TEST(PriceReportTest, ExplainsEachStep) {
+  TestExchange office;
+  office.parties.providers[0].freeSeconds = 5;
+  office.prefix("07", 2);
+  office.prefix("0744", 1);
+  office.charge({.from = "8:00", .to = "19:59", .days = 2310, .minimum = 60, .value = 0.10, .fixedAmount = 0.05});
+  office.charge({.from = "20:00", .to = "23:59", .days = 2310, .unit = 3000, .value = 0.02});
+  EXPECT_EQ(reportOf(office, TestExchange::call("0744123456", 4, 19, 58, 210)),
+            "Call to \"0744123456\" on trunk 5, start 2024-03-04 19:58:00.\n"
+            "Trunk 5: \"L5\", provider id 1, profile \"Normal\".\n"
+            "Provider 1: \"Telco\", 5 free seconds, local prefixes \"\".\n"
+            "International form: 0040210744123456\n"
+            "Profile 1: \"Normal\", in force since 2020-01-01, 0 free seconds.\n"
+            "Charged time: 210 s - 5 free = 205 s.\n"
+            "Not a local call.\n"
+            "Destination 1: prefix \"0744\" of the number as dialled.\n"
+            "Charged from 2024-03-04 19:58:05 to 2024-03-04 20:01:30, 1 calendar day(s).\n"
+            "Band 08:00-19:59 on Monday, Tuesday, Wednesday, Thursday, Friday, unit 60.00 s at 0.1000 EUR:\n"
+            "    minimum of 60 s: 0.1000\n"
+            "    fixed amount: 0.0500\n"
+            "    Monday: 55 s = 1 units x 0.1000 = 0.1000\n"
+            "Band 20:00-23:59 on Monday, Tuesday, Wednesday, Thursday, Friday, unit 30.00 s at 0.0200 EUR:\n"
+            "    Monday: 90 s = 3 units x 0.0200 = 0.0600\n"
+            "Price: 0.3100 EUR\n");
+}
+
+TEST(PriceReportTest, TellsWhyThereIsNoPriceAndLeavesNoMark) {
+  TestExchange office;
+  const std::string report = reportOf(office, TestExchange::call("0744123456", 4, 10, 0, 90));
+  EXPECT_NE(report.find("Result: no prefix of the provider matches the number.\nPrice: 0.0000\n"), std::string::npos)
+      << report;
+  EXPECT_EQ(office.logged(), "");
+  EXPECT_EQ(office.office.person.beeps, "");
+}
+
+TEST(PriceReportTest, ExplainsPulses) {
+  TestExchange office;
+  office.trunk({.label = "L6", .trunk = "6", .providerId = 1, .profile = "Normal", .pulses = 1});
+  office.prefix("004021", 1);
+  office.charge({.value = 0.07});
+  auto record = TestExchange::call("3456789", 4, 10, 0, 90);
+  record.trunk = 6;
+  record.pulses = 3;
+  const std::string report = reportOf(office, record);
+  EXPECT_NE(report.find("Destination 1: prefix \"004021\" of the number in international form.\n"
+                        "Pulses: 3 x 0.0700 = 0.2100\nPrice: 0.2100 EUR\n"),
+            std::string::npos)
+      << report;
+}
+
+}  // namespace
+}  // namespace tariff
