@@ -35,7 +35,7 @@ struct ImportOptions {
   std::int64_t recordsPerBatch = 1000;
   std::chrono::milliseconds timePerBatch{100};
   // Asked before each record; true ends the import after a commit. May be empty.
-  std::function<bool()> shouldStop;
+  std::function<bool()> shouldStop = {};
 };
 
 // Takes over the monitor's file and records its calls. A kill at any moment leaves every record either in the database

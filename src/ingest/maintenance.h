@@ -22,7 +22,7 @@ void ShowNumber(jet::Database& main, std::string_view number);
 struct RecalcOptions {
   base::DateTime firstDay;  // times of day do not count
   base::DateTime lastDay;
-  std::string provider;  // empty: all
+  std::string provider = {};  // empty: all
   bool reprice = false;
   bool reconvert = false;
   bool department = false;
