@@ -134,7 +134,9 @@ std::optional<DateTime> DateTime::fromSerial(double days) {
   if (!std::isfinite(days) || days <= -657435.0 || days >= 2958466.0) return std::nullopt;
   const double whole = std::trunc(days);
   const auto timeOfDay = static_cast<std::int64_t>(std::llround(std::fabs(days - whole) * kSecondsPerDay));
-  return DateTime(static_cast<std::int64_t>(whole) * kSecondsPerDay + timeOfDay);
+  const DateTime result(static_cast<std::int64_t>(whole) * kSecondsPerDay + timeOfDay);
+  // The last half second of year 9999 rounds up into the next.
+  return result.dayNumber() < 2958466 ? std::optional(result) : std::nullopt;
 }
 
 DateTime::Parts DateTime::parts() const {

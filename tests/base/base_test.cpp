@@ -64,6 +64,7 @@ TEST(DateTime, KeepsDaysBeforeDayZeroAndTheirTimes) {
   EXPECT_EQ(DateTime::fromStored("2026-11-24 20:46:12")->weekday(), 2);
   EXPECT_EQ(DateTime::fromSerial(45000.5)->stored(), "2023-03-15 12:00:00");
   EXPECT_FALSE(DateTime::fromSerial(1e300));
+  EXPECT_FALSE(DateTime::fromSerial(2958465.999999));  // would round into the year 10000
   EXPECT_FALSE(DateTime::fromParts(2024, 2, 30));
 }
 

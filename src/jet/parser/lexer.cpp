@@ -30,6 +30,15 @@ std::uint8_t classOf(char c) {
   return kClasses[static_cast<unsigned char>(c)];
 }
 
+// Inline: every word of every statement executed comes through here.
+bool isKeyword(std::string_view word, std::string_view lowerCase) {
+  if (word.size() != lowerCase.size()) return false;
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    if (classOf(word[i]) != NameStart || (word[i] | 0x20) != lowerCase[i]) return false;
+  }
+  return true;
+}
+
 // Longer integers may not fit 64 bits and are read as Double.
 constexpr std::size_t kMaxLongDigits = 18;
 
@@ -87,8 +96,7 @@ Token Lexer::word() {
   std::size_t end = position_ + 1;
   while (end < sql_.size() && classOf(sql_[end]) >= NameStart) ++end;
   Token token = finish(TokenKind::Word, end);
-  if ((token.text.size() == 4 || token.text.size() == 5) && before_ != Before::Dot &&
-      (base::equalFoldAscii(token.text, "true") || base::equalFoldAscii(token.text, "false"))) {
+  if (before_ != Before::Dot && (isKeyword(token.text, "true") || isKeyword(token.text, "false"))) {
     token.kind = TokenKind::Boolean;
   }
   return token;
@@ -162,7 +170,7 @@ void Lexer::followOrderBy(const Token& token) {
   const Before before = before_;
   before_ = Before::Other;
   if (token.kind == TokenKind::Word) {
-    const auto is = [&token](std::string_view keyword) { return base::equalFoldAscii(token.text, keyword); };
+    const auto is = [&token](std::string_view keyword) { return isKeyword(token.text, keyword); };
     switch (token.text.size()) {
       case 2:
         if (before == Before::Order && is("by")) {
@@ -198,7 +206,7 @@ bool Lexer::belongsToShape(std::size_t end) const {
   std::size_t wordEnd = following;
   while (classOf(at(wordEnd)) >= NameStart) ++wordEnd;
   const std::string_view word = sql_.substr(following, wordEnd - following);
-  return base::equalFoldAscii(word, "asc") || base::equalFoldAscii(word, "desc");
+  return isKeyword(word, "asc") || isKeyword(word, "desc");
 }
 
 namespace {
