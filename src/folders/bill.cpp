@@ -1,0 +1,176 @@
+#include "folders/bill.h"
+
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+#include "base/codepage.h"
+#include "base/printf.h"
+#include "base/text.h"
+#include "folders/db_folder.h"
+#include "folders/report_file.h"
+#include "folders/report_page.h"
+
+namespace folders {
+
+namespace {
+
+using jet::Value;
+
+// The columns of a bill, in the order of the query.
+struct BillColumn {
+  int kind;
+  const char* caption;
+  const char* select;
+};
+constexpr std::array kColumns = {
+    BillColumn{401, "IDS_DATE_HOUR", "DateTime"},
+    BillColumn{400, "IDS_NUMBER", "DialNumber"},
+    BillColumn{411, "IDS_AREA", "Area"},
+    BillColumn{404, "IDS_DURATION", "TotalTime"},
+    BillColumn{420, "IDS_PRICE", "Price_Ref * %ADD% as padaos"},
+};
+constexpr std::size_t kDuration = 3;
+constexpr std::size_t kPrice = 4;
+
+std::string billQuery(const BillRequest& request, const FolderServices& services) {
+  filter::FilterSettings settings;
+  settings.onFilter = 1;
+  settings.onExtension = 1;
+  settings.extension = request.extension;
+  settings.onPeriod = 1;
+  settings.intervalStart = request.from.format(filter::kPeriodFormat);
+  settings.intervalEnd = request.to.format(filter::kPeriodFormat);
+  std::string list;
+  for (const BillColumn& column : kColumns) list.append(list.empty() ? "" : ", ").append(column.select);
+  return applySurcharge(base::format("SELECT %s FROM [Calls] as toptab WHERE %s ORDER BY DateTime ASC", list,
+                                     services.filter.conditionOf(settings)),
+                        services.config);
+}
+
+std::string escapedLabel(const FolderServices& services, std::string_view key) {
+  return base::escapeHtml(services.texts.Translate(key));
+}
+
+std::string billCell(int kind, std::string_view text) {
+  const bool right = formatOfKind(kind).alignment == Alignment::Right;
+  return base::format(right ? "<TD align=right nowrap>%s&nbsp;</TD>" : "<TD align=left nowrap>%s&nbsp;</TD>",
+                      base::escapeHtml(text));
+}
+
+std::string headingRow(const FolderServices& services) {
+  std::string row;
+  for (const BillColumn& column : kColumns) {
+    row += base::format("<TH align=%s nowrap>%s&nbsp;</TH>", alignmentName(formatOfKind(column.kind).alignment),
+                        escapedLabel(services, column.caption));
+  }
+  return row + "</TR>\n";
+}
+
+std::string summaryRow(const std::string& label, std::string_view value) {
+  return base::format("<TR><TD><b>%s</b></TD>", label) + "<TD align=right>" + base::escapeHtml(value) + "</TD></TR>\n";
+}
+
+std::string summary(const BillTotals& totals, std::int32_t vatPercent, const FolderServices& services,
+                    const ValueFormatter& formatter) {
+  const std::string currency = " " + services.currencies.Default().name;
+  return tableOpening(services.config) + "</TR>\n" +
+         summaryRow(escapedLabel(services, "IDS_TOTAL_WITHOUT_VAT"), formatter.money(totals.net) + currency) +
+         summaryRow(escapedLabel(services, "IDS_VAT") + base::format(" %d%%", vatPercent),
+                    formatter.money(totals.vat) + currency) +
+         summaryRow(escapedLabel(services, "IDS_TOTAL"), formatter.money(totals.total) + currency) +
+         summaryRow(escapedLabel(services, "IDS_DURATION"), durationText(totals.duration)) + "</TABLE>\n";
+}
+
+// Nothing when the database folder has no template that can be read.
+std::optional<std::string> readTemplate(const FolderServices& services) {
+  std::ifstream file(services.main.path().parent_path() / "template.html", std::ios::binary);
+  if (!file) return std::nullopt;
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// The template's own bytes stay as they are; what is put in is written for the page that it declares, windows-1252.
+std::string fillTemplate(const std::string& text, const BillRequest& request, const FolderServices& services,
+                         const std::string& tables) {
+  const auto page = [](std::string_view text) { return base::encodeHtml(text, 1252); };
+  constexpr std::string_view kShown = "%d.%m.%Y %H:%M";
+  const std::string reseller =
+      services.config.ReadConfigString("ResellerName", "general", foundation::StoreDatabase, "");
+  const std::string period =
+      base::format("<b>%s</b> - <b>%s</b>", request.from.format(kShown), request.to.format(kShown));
+  const std::array<std::pair<std::string_view, std::string>, 4> fillings = {{
+      {"%EXT%", page(base::escapeHtml(request.extension))},
+      {"%INTERVAL%", period},
+      {"%RESELLER%", page(base::escapeHtml(reseller))},
+      {"%REPORT%", page(tables)},
+  }};
+  // One pass, so that a placeholder's letters in the data stay data.
+  std::string out;
+  for (std::size_t at = 0; at < text.size();) {
+    bool filled = false;
+    for (const auto& [placeholder, value] : fillings) {
+      if (text.compare(at, placeholder.size(), placeholder) != 0) continue;
+      out += value;
+      at += placeholder.size();
+      filled = true;
+      break;
+    }
+    if (!filled) out += text[at++];
+  }
+  return out;
+}
+
+}  // namespace
+
+BillRequest billFromFilter(foundation::ConfigManager& config) {
+  const filter::FilterSettings settings = filter::readSettings(config);
+  return {settings.extension, filter::parsePeriod(settings.intervalStart, "12/31/1999 00:00:00"),
+          filter::parsePeriod(settings.intervalEnd, "12/31/2002 23:59:59")};
+}
+
+std::string billTables(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
+                       BillTotals& totals) {
+  totals = {};
+  std::string tables = tableOpening(services.config) + headingRow(services);
+  services.main.forEachRow(billQuery(request, services), [&](const std::vector<Value>& row) {
+    tables += "<TR>";
+    for (std::size_t i = 0; i < kColumns.size(); ++i) {
+      tables += billCell(kColumns[i].kind, formatter.formatCell(kColumns[i].kind, row[i]));
+    }
+    tables += "</TR>\n";
+    totals.net += row[kPrice].toDouble();
+    totals.duration += row[kDuration].toLong();
+    ++totals.calls;
+    return true;
+  });
+  const std::int32_t vat = services.config.ReadConfigInt("OrganizationTVA", "general", foundation::StoreDatabase, 0);
+  totals.vat = totals.net * vat / 100;
+  totals.total = totals.net + totals.vat;
+  return tables + "</TABLE>\n" + summary(totals, vat, services, formatter);
+}
+
+bool writeBill(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
+               const std::filesystem::path& file, BillTotals* totals) {
+  BillTotals sums;
+  const std::string tables = billTables(request, services, formatter, sums);
+  if (totals != nullptr) *totals = sums;
+  const bool usesTemplate =
+      services.config.ReadConfigInt("TemplateHotel", "general", foundation::StoreDatabase, 0) != 0;
+  const std::optional<std::string> pattern = usesTemplate ? readTemplate(services) : std::nullopt;
+  if (usesTemplate && !pattern) {
+    services.person.messageBox("Can't open");
+    return false;
+  }
+  const auto page = openReport(file, services.person);
+  if (!page) return false;
+  if (pattern) {
+    page->write(fillTemplate(*pattern, request, services, tables));
+  } else {
+    page->writePage(std::string(kPageHead) + tables + "</BODY></HTML>");
+  }
+  page->commit();
+  return true;
+}
+
+}  // namespace folders

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "base/datetime.h"
+#include "folders/services.h"
+#include "folders/value_formatter.h"
+
+namespace folders {
+
+// The bill of one extension over a period, both ends included.
+struct BillRequest {
+  std::string extension;
+  base::DateTime from;
+  base::DateTime to;
+};
+
+// The extension and period that the call filter holds.
+[[nodiscard]] BillRequest billFromFilter(foundation::ConfigManager& config);
+
+struct BillTotals {
+  double net = 0;  // default currency, surcharge included, VAT not
+  double vat = 0;
+  double total = 0;
+  std::int64_t duration = 0;  // seconds
+  std::int64_t calls = 0;
+};
+
+// Writes the bill as an HTML page: with setting "TemplateHotel", the page "template.html" of the database folder with
+// its placeholders filled; else the tables alone, as a page of their own. False after a message ("Can't open") when the
+// file or the template cannot be opened. Throws jet::Error, and std::system_error when the disk is full.
+bool writeBill(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
+               const std::filesystem::path& file, BillTotals* totals = nullptr);
+
+// The tables alone, UTF-8.
+[[nodiscard]] std::string billTables(const BillRequest& request, const FolderServices& services,
+                                     const ValueFormatter& formatter, BillTotals& totals);
+
+}  // namespace folders

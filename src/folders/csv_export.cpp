@@ -1,0 +1,72 @@
+#include <charconv>
+#include <cmath>
+
+#include "base/printf.h"
+#include "base/text.h"
+#include "folders/exports.h"
+#include "folders/report_file.h"
+
+namespace folders {
+
+namespace {
+
+bool isPlainNumber(std::string_view text) {
+  double value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() && end == text.data() + text.size() && std::isfinite(value);
+}
+
+// Every digit that matters, no grouping: 12.5, not 12.50.
+std::string plainNumber(double value) {
+  return base::format("%.15g", value);
+}
+
+std::string cellText(const FolderView& view, std::size_t column, const CellValue& cell) {
+  if (cell.first->isNull()) return {};
+  const auto moment = cell.first->toDateTime();
+  switch (formatOfKind(view.columns()[column].definition->kind).format) {
+    case Format::Money:
+      return plainNumber(cell.first->toDouble());
+    case Format::MoneyCurrency:
+      return plainNumber(cell.first->toDouble()) + " " + cell.second->toText();
+    case Format::DateTime:
+      return moment ? moment->stored() : view.text(column, cell);
+    case Format::Date:
+      return moment ? moment->format("%Y-%m-%d") : view.text(column, cell);
+    default:
+      return view.text(column, cell);
+  }
+}
+
+}  // namespace
+
+std::string csvField(std::string_view text) {
+  constexpr std::string_view kFormulaStarts = "=+-@\t\r";
+  std::string field(text);
+  if (!field.empty() && kFormulaStarts.find(field.front()) != std::string_view::npos && !isPlainNumber(field)) {
+    field.insert(0, 1, '\'');
+  }
+  if (field.find_first_of(",\"\r\n") == std::string::npos) return field;
+  return "\"" + base::replaceAll(std::move(field), "\"", "\"\"") + "\"";
+}
+
+bool exportCsv(FolderView& view, const std::filesystem::path& path) {
+  const auto file = openReport(path, view.services().person);
+  if (!file) return false;
+  std::string line;
+  for (const ViewColumn& column : view.columns()) line += (line.empty() ? "" : ",") + csvField(column.caption);
+  file->write(line + "\r\n");
+  view.forEachRow([&](std::span<const CellValue> row) {
+    line.clear();
+    for (std::size_t column = 0; column < row.size(); ++column) {
+      if (column > 0) line += ',';
+      line += csvField(cellText(view, column, row[column]));
+    }
+    file->write(line + "\r\n");
+    return true;
+  });
+  file->commit();
+  return true;
+}
+
+}  // namespace folders

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <filesystem>
+
+#include "folders/folder_view.h"
+
+namespace folders {
+
+// The rows of a view for other programs, streamed. False, after the message "Can't open", when the file cannot be made.
+// Throw jet::Error, and std::system_error when the disk is full.
+
+// Comma-separated values: UTF-8, a heading line, CRLF line ends. Dates are YYYY-MM-DD HH:MM:SS, amounts plain numbers
+// with a decimal point, the rest as displayed. Texts that a spreadsheet would run as a formula begin with an
+// apostrophe.
+bool exportCsv(FolderView& view, const std::filesystem::path& file);
+
+// A spreadsheet: amounts and counts are numbers, durations and dates are what the spreadsheet takes for them. A further
+// sheet is begun where one is full.
+bool exportXlsx(FolderView& view, const std::filesystem::path& file);
+
+// A text as a CSV field: made harmless, quoted where it must be.
+[[nodiscard]] std::string csvField(std::string_view text);
+
+}  // namespace folders

@@ -1,0 +1,115 @@
+#include "folders/list_report.h"
+
+#include <array>
+
+#include "base/printf.h"
+#include "base/text.h"
+#include "filter/description.h"
+#include "folders/report_file.h"
+#include "folders/report_page.h"
+
+namespace folders {
+
+namespace {
+
+// Parties whose columns take the captions that the user gave them: setting "Denumire" of the section.
+struct PartyCaption {
+  int kind;
+  std::string_view section;
+};
+constexpr std::array kPartyCaptions = {
+    PartyCaption{402, "Interior"},
+    PartyCaption{413, "Depart"},
+    PartyCaption{418, "Client"},
+    PartyCaption{419, "Folder"},
+};
+
+class ListPage {
+ public:
+  ListPage(FolderView& view, ReportFile& file) : view_(view), file_(file), totals_(view) {
+    for (const ViewColumn& column : view.columns()) headings_.push_back(heading(column));
+    opening_ = tableOpening(view.services().config);
+  }
+
+  void write() {
+    const FolderServices& services = view_.services();
+    file_.writePage(kPageHead);
+    file_.writePage(reportHeader(services.texts.Translate("IDS_CALLS_REPORT"), services));
+    file_.writePage(opening_);
+    const bool overCalls = view_.folder().definition().condition == ConditionSource::CallFilter;
+    if (overCalls && services.filter.active()) {
+      file_.writePage(
+          filter::FilterDescription(services.filter, services.texts, services.currencies).html(services.main));
+    }
+    file_.write("</TABLE>\n");
+    view_.forEachRow([this](std::span<const CellValue> row) {
+      writeRow(row);
+      return true;
+    });
+    if (rows_ == 0) startTable();
+    writeTotals();
+    file_.writePage(base::format("</TABLE>%s</BODY></HTML>", reportFooter(services)));
+  }
+
+ private:
+  std::string heading(const ViewColumn& column) {
+    std::string caption = column.caption;
+    for (const PartyCaption& party : kPartyCaptions) {
+      if (party.kind != column.definition->kind) continue;
+      caption = view_.services().config.ReadConfigString("Denumire", party.section, foundation::StoreMachine, caption);
+    }
+    return base::escapeHtml(caption);
+  }
+
+  void cell(std::string_view tag, Alignment alignment, std::string_view content) {
+    file_.writePage(base::format("<%s align=%s nowrap>\n%s</%s>\n", tag, alignmentName(alignment), content, tag));
+  }
+
+  void startTable() {
+    if (rows_ > 0) file_.write("</TABLE>\n<hr>\n");
+    file_.writePage(opening_);
+    for (std::size_t i = 0; i < headings_.size(); ++i) {
+      cell("TH", view_.columns()[i].alignment, base::format("%s&nbsp;", headings_[i]));
+    }
+    file_.write("</TR>\n");
+  }
+
+  void writeRow(std::span<const CellValue> row) {
+    if (rows_ % kRowsPerTable == 0) startTable();
+    file_.write("<TR>\n");
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      cell("TD", view_.columns()[i].alignment, base::escapeHtml(view_.text(i, row[i])) + "&nbsp;");
+    }
+    file_.write("</TR>\n");
+    totals_.add(row);
+    ++rows_;
+  }
+
+  void writeTotals() {
+    file_.write("<TR>\n");
+    for (std::size_t i = 0; i < headings_.size(); ++i) {
+      const std::string text = totals_.text(i);
+      cell("TH", view_.columns()[i].alignment, text.empty() ? "&nbsp;" : base::escapeHtml(text));
+    }
+    file_.write("</TR>\n");
+  }
+
+  FolderView& view_;
+  ReportFile& file_;
+  FolderView::Totals totals_;
+  std::vector<std::string> headings_;
+  std::string opening_;
+  std::int64_t rows_ = 0;
+};
+
+}  // namespace
+
+bool writeListReport(FolderView& view, const std::filesystem::path& path) {
+  const auto file = openReport(path, view.services().person);
+  if (!file) return false;
+  ListPage(view, *file).write();
+  file->commit();
+  return true;
+}
+
+}  // namespace folders

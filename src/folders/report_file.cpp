@@ -1,0 +1,100 @@
+#include "folders/report_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+#include "base/codepage.h"
+
+namespace folders {
+
+namespace {
+
+constexpr std::size_t kBuffer = 1 << 16;
+constexpr int kPage = 1252;
+
+[[noreturn]] void fail(const std::filesystem::path& file) {
+  throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+// mkostemp makes the file anew (O_EXCL), so nobody's link is followed.
+int createBeside(const std::filesystem::path& target, std::filesystem::path& made) {
+  std::string name = target.string() + ".XXXXXX";
+  const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+  if (descriptor < 0) fail(target);
+  made = name;
+  return descriptor;
+}
+
+}  // namespace
+
+std::filesystem::path makeTemporaryBeside(const std::filesystem::path& target) {
+  std::filesystem::path made;
+  ::close(createBeside(target, made));
+  return made;
+}
+
+void publishTemporary(const std::filesystem::path& temporary, const std::filesystem::path& target) {
+  // The mask can only be read by setting it.
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  if (::chmod(temporary.c_str(), 0666 & ~mask) != 0) fail(target);
+  if (::rename(temporary.c_str(), target.c_str()) != 0) fail(target);
+}
+
+std::unique_ptr<ReportFile> openReport(const std::filesystem::path& target, platform::Operator& person) {
+  try {
+    return std::make_unique<ReportFile>(target);
+  } catch (const std::system_error&) {
+    person.messageBox("Can't open");
+    return nullptr;
+  }
+}
+
+ReportFile::ReportFile(std::filesystem::path target) : target_(std::move(target)) {
+  descriptor_ = createBeside(target_, temporary_);
+}
+
+ReportFile::~ReportFile() {
+  discard();
+}
+
+void ReportFile::discard() noexcept {
+  if (descriptor_ < 0) return;
+  ::close(descriptor_);
+  ::unlink(temporary_.c_str());
+  descriptor_ = -1;
+}
+
+void ReportFile::write(std::string_view bytes) {
+  buffer_ += bytes;
+  if (buffer_.size() >= kBuffer) flush();
+}
+
+void ReportFile::writePage(std::string_view text) {
+  write(base::encodeHtml(text, kPage));
+}
+
+void ReportFile::flush() {
+  std::string_view rest = buffer_;
+  while (!rest.empty()) {
+    const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) fail(target_);
+    rest.remove_prefix(static_cast<std::size_t>(written));
+  }
+  buffer_.clear();
+}
+
+void ReportFile::commit() {
+  flush();
+  publishTemporary(temporary_, target_);
+  ::close(descriptor_);
+  descriptor_ = -1;
+}
+
+}  // namespace folders

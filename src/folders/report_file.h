@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/operator.h"
+
+namespace folders {
+
+// A file that is written beside its place and put there when it is complete. What stands there before, a link too, is
+// replaced and never written through. Memory does not grow with the file.
+class ReportFile {
+ public:
+  // Throws std::system_error when the folder cannot be written.
+  explicit ReportFile(std::filesystem::path target);
+  ReportFile(const ReportFile&) = delete;
+  ReportFile& operator=(const ReportFile&) = delete;
+  ~ReportFile();  // without commit: nothing is left behind
+
+  void write(std::string_view bytes);
+  // UTF-8 as windows-1252, other letters as numeric references.
+  void writePage(std::string_view text);
+  // Throws std::system_error, as write does, when the disk refuses; the target is as it was then.
+  void commit();
+
+ private:
+  void flush();
+  void discard() noexcept;
+
+  std::filesystem::path target_;
+  std::filesystem::path temporary_;
+  int descriptor_ = -1;
+  std::string buffer_;
+};
+
+// Null, after the message "Can't open", when the file cannot be made.
+[[nodiscard]] std::unique_ptr<ReportFile> openReport(const std::filesystem::path& target, platform::Operator& person);
+
+// A new, empty, private file for programs that write by name; to be renamed over `target`. Throws std::system_error.
+[[nodiscard]] std::filesystem::path makeTemporaryBeside(const std::filesystem::path& target);
+// Gives a temporary file the rights of an ordinary new file and the target's name. Throws std::system_error.
+void publishTemporary(const std::filesystem::path& temporary, const std::filesystem::path& target);
+
+}  // namespace folders
