@@ -1,0 +1,141 @@
+#include "filter/condition.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "filter/call_office.h"
+
+namespace filter {
+namespace {
+
+struct ConditionCase {
+  const char* settings;  // KEY=VALUE, separated by "|"
+  const char* condition;
+};
+
+// Everything is given through the keys, as a script would.
+FilterSettings settingsOf(std::string_view text) {
+  FilterSettings settings;
+  for (const std::string& piece : base::split(text, "|")) {
+    const std::size_t equals = piece.find('=');
+    setValue(settings, piece.substr(0, equals), piece.substr(equals + 1));
+  }
+  return settings;
+}
+
+constexpr ConditionCase kConditions[] = {
+    {"Hidden=1|OnIncoming=1|OnTrunk=1|Number=5", "1=1"},
+    {"OnFilter=2|Hidden=1", "1=1"},
+    {"OnFilter=1", " 1=1"},
+    {"OnFilter=1|Hidden=1", " not Hidden"},
+    {"OnFilter=1|OnIncoming=1", " Incoming=0"},
+    {"OnFilter=1|OnOutgoing=3", " Incoming=1"},
+    {"OnFilter=1|OnExtension=1|ExtensionStr=201", " (Extension='201')"},
+    {"OnFilter=1|OnExtension=2|ExtensionStr=201", " 1=1"},
+    {"OnFilter=1|OnTrunk=1|Trunk=7", " (Trunk=7)"},
+    {"OnFilter=1|OnTrunk=2|OnClient=2|Client=Acme", " (owner='Acme')"},
+    {"OnFilter=1|OnAccount=1|Cont=12", " (AccountCode LIKE '12*')"},
+    {"OnFilter=1|OnAccount=1", " (AccountCode LIKE '*' Or AccountCode IS NULL)"},
+    {"OnFilter=1|OnDepartment=1|Department=Sales", " (Department='Sales')"},
+    {"OnFilter=1|OnDepartment=1", " (Department='' or Department IS NULL)"},
+    {"OnFilter=1|OnName=1|Name=!", " (1 = 1)"},
+    {"OnFilter=1|OnName=1|Name=!Ion", " (Name NOT LIKE 'Ion*' or Name IS NULL)"},
+    {"OnFilter=1|OnName=1|Name=Ion", " (Name LIKE 'Ion*')"},
+    {"OnFilter=1|OnName=1", " (Name LIKE '*' or Name IS NULL)"},
+    {"OnFilter=1|OnClient=1", " (owner='' or owner is null)"},
+    {"OnFilter=1|OnFolder=1|Folder=F1", " (Folder='F1')"},
+    {"OnFilter=1|OnArea=1", " (Area='' or Area is null)"},
+    {"OnFilter=1|OnPeriod=1", " (DateTime >= #12/31/1999 00:00:00# and DateTime <= #12/31/2002 23:59:59#) "},
+    {"OnFilter=1|OnPeriod=1|IntervalStart=2025-01-02|IntervalEnd=2025-01-03",
+     " (DateTime >= #01/02/2025 00:00:00# and DateTime <= #01/03/2025 23:59:59#) "},
+    {"OnFilter=1|NumberPrefix=021|Number=0213|Country=Italy|Provider=P1",
+     " (DialNumber LIKE \"021*\") AND  (DialNumber = \"0213\") AND  (Country = \"Italy\") AND  (Provider = \"P1\") "},
+    {"OnFilter=1|OnMinDuration=1|MinDuration=60", " (TotalTime>=60)"},
+    {"OnFilter=1|Hidden=1|OnExtension=1|ExtensionStr=7|NumberPrefix=0|OnMinDuration=1|MinDuration=5",
+     " not Hidden AND (Extension='7') AND (DialNumber LIKE \"0*\") AND  (TotalTime>=5)"},
+};
+
+TEST(Condition, FollowsTheSettings) {
+  for (const ConditionCase& one : kConditions) {
+    EXPECT_EQ(settingsCondition(settingsOf(one.settings), true), one.condition) << one.settings;
+  }
+}
+
+TEST(Condition, ExtensionsKeptAsNumbersCompareAsNumbers) {
+  EXPECT_EQ(settingsCondition(settingsOf("OnFilter=1|OnExtension=1|ExtensionStr=12ab"), false), " (Extension=12)");
+  EXPECT_EQ(settingsCondition(settingsOf("OnFilter=1|OnExtension=1|ExtensionStr=ab"), false), " (Extension=0)");
+}
+
+TEST(Condition, EveryConditionRuns) {
+  CallOffice office;
+  for (const ConditionCase& one : kConditions) {
+    const std::string sql = std::string("select count(*) as n from Calls where ") + one.condition;
+    EXPECT_EQ(office.main->openSnapshot(sql).at(0, "n").toLong(-1), 0) << sql;
+  }
+}
+
+TEST(Restriction, IsAppendedInBrackets) {
+  EXPECT_EQ(restrictCondition("1=1", ""), "1=1");
+  EXPECT_EQ(restrictCondition("1=1", "Extension='201'"), "1=1 AND (Extension='201' )");
+  EXPECT_EQ(restrictCondition(" (a=1) ", "Extension='1' or Extension='2'"),
+            " (a=1)  AND (Extension='1' or Extension='2' )");
+}
+
+// The user may see extension 201 only; each value tries to see more.
+TEST(Restriction, NoFilterValueGetsRoundIt) {
+  constexpr const char* kAttempts[] = {
+      "ExtensionStr=x') or (Name='",
+      "ExtensionStr=x') or 1=1 or (Name='",
+      "ExtensionStr=x' or '1'='1') or ('a'='a",
+      "ExtensionStr=x') Xor (1=1",
+      "ExtensionStr=x') Imp (1=1) Or (1='1",
+      "ExtensionStr=x') or ((1=1) or (Name='y'",
+      "ExtensionStr=x'",
+      "ExtensionStr=x' --",
+      "ExtensionStr=x') /* ",
+      "ExtensionStr=x') group by Extension having (1=1) or ('a'='a",
+      "ExtensionStr=x'); delete from Calls where (1=1",
+      "ExtensionStr=x') union select * from Users where (1=1",
+      "Number=x\") or (\"a\"=\"a",
+      "Number=\"",
+      "Number=x\") or (Name=\"AND (Extension='201' )",
+      "Provider=x\") or ([Name]=\"",
+      "Country=x\") or ([",
+      "Area=') or (Area like '*",
+  };
+  for (const char* attempt : kAttempts) {
+    const std::string settings = std::string("OnFilter=1|OnExtension=1|OnArea=1|Area=a|") + attempt;
+    EXPECT_THROW((void)restrictCondition(settingsCondition(settingsOf(settings), true), "Extension='201'"),
+                 RestrictionError)
+        << attempt;
+  }
+}
+
+TEST(Restriction, ValuesThatLookLikeItAreOnlyValues) {
+  // A value may narrow the filter itself in any way: the restriction still stands behind it.
+  for (const char* harmless : {"x') AND (Extension='201' ", "x''y", "a') and (1=1 or 'b'='b"}) {
+    const std::string settings = std::string("OnFilter=1|OnExtension=1|ExtensionStr=") + harmless;
+    std::string condition = settingsCondition(settingsOf(settings), true);
+    EXPECT_TRUE(restrictCondition(condition, "Extension='201'").ends_with(" AND (Extension='201' )")) << harmless;
+  }
+}
+
+TEST(Restriction, MustBeAConditionByItself) {
+  for (const char* broken : {"1=1) or (1=1", "Extension='201", "Extension=", "1=1 order by Name", "1=1; delete"}) {
+    EXPECT_THROW((void)restrictCondition("1=1", broken), jet::Error) << broken;
+  }
+}
+
+TEST(Restriction, HidesOtherExtensionsCalls) {
+  CallOffice office;
+  office.call({{"Extension", "201"}, {"TotalTime", 10}});
+  office.call({{"Extension", "202"}, {"TotalTime", 20}});
+  office.user.SQLSubquery = "Extension='201'";
+  const auto rows = office.main->openSnapshot("SELECT * FROM Calls WHERE " + office.filter.condition());
+  ASSERT_EQ(rows.rowCount(), 1u);
+  EXPECT_EQ(rows.at(0, "TotalTime").toLong(), 10);
+}
+
+}  // namespace
+}  // namespace filter

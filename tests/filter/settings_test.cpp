@@ -1,0 +1,113 @@
+#include "filter/settings.h"
+
+#include <gtest/gtest.h>
+
+#include "filter/call_office.h"
+
+namespace filter {
+namespace {
+
+using foundation::StoreMachine;
+
+std::string complaint(std::string_view key, std::string_view value) {
+  FilterSettings settings;
+  try {
+    setValue(settings, key, value);
+  } catch (const std::invalid_argument& error) {
+    return error.what();
+  }
+  return {};
+}
+
+TEST(FilterSettings, ComeBackAsWritten) {
+  CallOffice office;
+  FilterSettings settings;
+  for (const FilterKey& key : filterKeys()) {
+    setValue(settings, key.key, key.type == KeyType::DateTime ? "2/3/2025 04:05:06" : "17");
+  }
+  ASSERT_TRUE(writeSettings(office.config, settings));
+  EXPECT_EQ(readSettings(office.config), settings);
+  EXPECT_EQ(office.store.readInt("Calls", "OnFilter"), 17);
+  EXPECT_EQ(office.store.readString("Calls", "IntervalStart"), "02/03/2025 04:05:06");
+}
+
+TEST(FilterSettings, WrongValuesAreExplained) {
+  EXPECT_NE(complaint("Extesion", "1").find("\"Extesion\" is no filter setting"), std::string::npos);
+  EXPECT_NE(complaint("Trunk", "5a").find("Trunk: \"5a\" is not a whole number"), std::string::npos);
+  EXPECT_NE(complaint("MinDuration", "99999999999").find("MinDuration"), std::string::npos);
+  EXPECT_NE(complaint("IntervalStart", "2025-02-30").find("is not a date"), std::string::npos);
+  EXPECT_NE(complaint("IntervalEnd", "12:30").find("is not a date"), std::string::npos);
+  EXPECT_EQ(complaint("onfilter", " 1 "), "");
+}
+
+TEST(CallFilter, AWrongValueLeavesEverythingAsItWas) {
+  CallOffice office;
+  EXPECT_THROW(office.filter.set({{"OnFilter", "1"}, {"Trunk", "x"}}), std::invalid_argument);
+  EXPECT_FALSE(office.filter.active());
+}
+
+TEST(CallFilter, ClearingLeavesTheSwitchesThatAreNoFields) {
+  CallOffice office;
+  office.filter.set({{"OnFilter", "1"},
+                     {"Hidden", "1"},
+                     {"OnIncoming", "1"},
+                     {"OnMinDuration", "1"},
+                     {"OnExtension", "1"},
+                     {"ExtensionStr", "201"},
+                     {"OnPeriod", "1"},
+                     {"Number", "5"},
+                     {"NumberPrefix", "0"},
+                     {"Country", "c"},
+                     {"Provider", "p"},
+                     {"OnTrunk", "1"}});
+  ASSERT_TRUE(office.filter.clear());
+  EXPECT_EQ(office.filter.condition(), " not Hidden AND Incoming=0 AND (TotalTime>=0)");
+  EXPECT_EQ(office.filter.settings().extension, "201");
+}
+
+TEST(CallFilter, MonthsAreWholeMonths) {
+  CallOffice office;
+  const auto period = [&] {
+    return office.filter.settings().intervalStart + " - " + office.filter.settings().intervalEnd;
+  };
+  office.filter.thisMonth();
+  EXPECT_EQ(period(), "03/01/2025 00:00:00 - 03/31/2025 23:59:59");
+  office.filter.previousMonth();  // on the 31st, of a month with 28 days
+  EXPECT_EQ(period(), "02/01/2025 00:00:00 - 02/28/2025 23:59:59");
+  office.clock.moment = *base::DateTime::fromParts(2024, 1, 15);
+  office.filter.previousMonth();
+  EXPECT_EQ(period(), "12/01/2023 00:00:00 - 12/31/2023 23:59:59");
+  EXPECT_TRUE(office.filter.active());
+}
+
+TEST(CallFilter, ANewValueDropsTheNameOfTheOldOne) {
+  CallOffice office;
+  office.filter.set({{"ExtensionStr", "201"}, {"Client", "7"}});
+  writeDisplayNames(office.config, {.extension = "Reception", .client = "Acme", .folder = "", .department = ""});
+  office.filter.set({{"ExtensionStr", "202"}});
+  const DisplayNames names = readDisplayNames(office.config, office.filter.settings());
+  EXPECT_EQ(names.extension, "202");
+  EXPECT_EQ(names.client, "Acme");
+}
+
+TEST(CallFilter, TheNumberSwitchIsKeptWhenTheConditionIsBuilt) {
+  CallOffice office;
+  office.filter.set({{"Number_Filter_Enabled", "1"}});
+  EXPECT_EQ(office.filter.numberFilterEnabled(), 0);
+  EXPECT_EQ(office.filter.condition(), "1=1");
+  EXPECT_EQ(office.filter.numberFilterEnabled(), 1);
+}
+
+TEST(CallFilter, ListsOfTheDialogHoldWhatOccurs) {
+  CallOffice office;
+  office.call({{"Area", "Roma"}, {"Owner", "Acme"}, {"Folder", "F2"}});
+  office.call({{"Area", "Bari"}, {"Owner", "Acme"}, {"Folder", ""}});
+  office.call({{"Area", ""}, {"Owner", "Zeta"}, {"Folder", "F9"}});
+  office.call({{"TotalTime", 1}});
+  EXPECT_EQ(offeredAreas(*office.main), (std::vector<std::string>{"Bari", "Roma"}));
+  EXPECT_EQ(offeredClients(*office.main), (std::vector<std::string>{"Acme", "Zeta"}));
+  EXPECT_EQ(offeredFolders(*office.main, "Acme"), (std::vector<std::string>{"F2"}));
+}
+
+}  // namespace
+}  // namespace filter
