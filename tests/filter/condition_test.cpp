@@ -114,7 +114,7 @@ TEST(Restriction, NoFilterValueGetsRoundIt) {
 
 TEST(Restriction, ValuesThatLookLikeItAreOnlyValues) {
   // A value may narrow the filter itself in any way: the restriction still stands behind it.
-  for (const char* harmless : {"x') AND (Extension='201' ", "x''y", "a') and (1=1 or 'b'='b"}) {
+  for (const char* harmless : {"x') AND (Extension='201", "x''y", "a') and (1=1 or 'b'='b"}) {
     const std::string settings = std::string("OnFilter=1|OnExtension=1|ExtensionStr=") + harmless;
     std::string condition = settingsCondition(settingsOf(settings), true);
     EXPECT_TRUE(restrictCondition(condition, "Extension='201'").ends_with(" AND (Extension='201' )")) << harmless;

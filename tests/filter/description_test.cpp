@@ -97,7 +97,7 @@ TEST(RtfBuilder, TextIsEscaped) {
       {"{\\b}", "\\{\\\\b\\}"},
       {"caf\xC3\xA9", "caf\\'e9"},
       {"\xC8\x98", "\\u536?"},
-      {"\xF0\x9F\x93\x9E", "\\u-10179?\\u-9058?"},
+      {"\xF0\x9F\x93\x9E", "\\u-10179?\\u-8994?"},
   };
   for (const RtfText& one : kTexts) {
     CRTFBuilder builder;
