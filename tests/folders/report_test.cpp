@@ -215,9 +215,9 @@ TEST_F(ReportTest, ASpreadsheetIsAZippedFile) {
   FolderView view = office.view(100);
   ASSERT_TRUE(exportXlsx(view, file));
   EXPECT_TRUE(readFile(file).starts_with("PK\x03\x04"));
-  EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), {}) -
-                std::distance(fs::directory_iterator(file.parent_path()), {}),
-            0);
+  for (const auto& entry : fs::directory_iterator(file.parent_path())) {
+    EXPECT_FALSE(entry.path().filename().string().starts_with("list.html.")) << "left behind: " << entry.path();
+  }
 }
 
 TEST_F(ReportTest, ASummaryShowsTheLargestGroups) {
