@@ -29,7 +29,9 @@ CServerDoc::CServerDoc(CServerApp& app)
       log_(config_, app.surroundings().clock, [this] { return user_.stampName(); }),
       currencies_(config_, language_, person_),
       parties_(config_),
-      contacts_(config_, tags_, language_, log_, person_) {}
+      contacts_(config_, tags_, language_, log_, person_),
+      filter_(config_, parties_, user_, app.surroundings().clock),
+      description_(filter_, language_, currencies_) {}
 
 CServerDoc::~CServerDoc() {
   OnCloseDocument();
@@ -158,6 +160,9 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
     recorder_ = std::make_unique<ingest::Recorder>(exchangeParts());
     recorder_->open();
     live_ = std::make_unique<ingest::LiveRecorder>(*recorder_);
+    folderServices_ = std::make_unique<folders::FolderServices>(folders::FolderServices{
+        *main_, config_, language_, parties_, currencies_, filter_, log_, user_, person_, app_.surroundings().clock});
+    formatter_ = std::make_unique<folders::ValueFormatter>(config_, language_, parties_);
     if (duties.maintain) ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock);
     referenceDataLoaded_ = true;
   } catch (const jet::Error& error) {
@@ -285,6 +290,8 @@ void CServerDoc::OnCloseDocument() {
     // The close goes on: what could not be written now is written again at the next start or change.
     report(error);
   }
+  formatter_.reset();
+  folderServices_.reset();
   live_.reset();
   recorder_.reset();
   if (output_) output_->Close();

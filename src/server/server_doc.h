@@ -8,6 +8,10 @@
 
 #include "contacts/contacts_manager.h"
 #include "exchange/party_definitions.h"
+#include "filter/call_filter.h"
+#include "filter/description.h"
+#include "folders/services.h"
+#include "folders/value_formatter.h"
 #include "foundation/change_tags.h"
 #include "ingest/import.h"
 #include "ingest/live_recorder.h"
@@ -76,6 +80,11 @@ class CServerDoc {
   [[nodiscard]] tariff::PriceCalculator& prices() { return *prices_; }
   [[nodiscard]] contacts::ContactsManager& contactBook() { return contacts_; }
   [[nodiscard]] ingest::LiveRecorder& liveRecorder() { return *live_; }
+  [[nodiscard]] filter::CallFilter& callFilter() { return filter_; }
+  [[nodiscard]] filter::FilterDescription& filterDescription() { return description_; }
+  // What folders and reports work on; only after a successful start.
+  [[nodiscard]] const folders::FolderServices& folderServices() const { return *folderServices_; }
+  [[nodiscard]] const folders::ValueFormatter& valueFormatter() const { return *formatter_; }
   [[nodiscard]] bool HasRight(int object, int right);
   [[nodiscard]] std::filesystem::path databaseFolder() const { return main_->path().parent_path(); }
   // A page that may be written and shown; removed at the close.
@@ -106,6 +115,10 @@ class CServerDoc {
   tariff::Currencies currencies_;
   exchange::PartyDefinitions parties_;
   contacts::ContactsManager contacts_;
+  filter::CallFilter filter_;
+  filter::FilterDescription description_;
+  std::unique_ptr<folders::FolderServices> folderServices_;
+  std::unique_ptr<folders::ValueFormatter> formatter_;
   std::unique_ptr<security::UserDirectory> users_;
   std::unique_ptr<security::LoginManager> login_;
   std::unique_ptr<tariff::TariffDatabase> tariffs_;

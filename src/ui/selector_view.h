@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QTreeWidget>
+
+#include "ui/texts.h"
+
+namespace ui {
+
+// Numbers of the tree's entries: folders have their own, the contacts book one that no folder has.
+inline constexpr int kContactsEntry = 200;
+
+// The folder tree.
+class CSelectorView : public QTreeWidget {
+  Q_OBJECT
+
+ public:
+  struct Access {
+    bool calls = false;
+    bool administration = false;
+  };
+
+  explicit CSelectorView(const Texts& texts, QWidget* parent = nullptr);
+
+  // Builds the tree with what the user may see. `logFiltered` chooses the log folder's icon.
+  void build(const Access& access, bool logFiltered);
+  void select(int id);
+  [[nodiscard]] int selectedId() const;
+
+ signals:
+  void folderSelected(int id);
+
+ private:
+  QTreeWidgetItem* addGroup(const QString& caption, const QIcon& icon);
+  void addEntry(QTreeWidgetItem* parent, int id, const QString& caption, const QIcon& icon);
+
+  const Texts& texts_;
+};
+
+}  // namespace ui
