@@ -25,23 +25,23 @@ std::uint32_t PasswordDigest(std::string_view password);
 // A row of `Users`.
 struct UserRecord {
   std::int32_t RecordID = 0;  // 0 = not stored yet
-  std::string Name;
-  std::string Fullname;
+  std::string Name = {};
+  std::string Fullname = {};
   std::uint32_t passwordDigest = 0;
-  std::optional<base::DateTime> PasswordDate;
-  std::optional<base::DateTime> LastAccessDate;
-  std::int32_t Flags = 0;   // UserFlag bits
-  std::string Groups;       // membership text, see rights.h
-  std::string SQLSubquery;  // condition on `Calls`; empty = none
+  std::optional<base::DateTime> PasswordDate = {};
+  std::optional<base::DateTime> LastAccessDate = {};
+  std::int32_t Flags = 0;        // UserFlag bits
+  std::string Groups = {};       // membership text, see rights.h
+  std::string SQLSubquery = {};  // condition on `Calls`; empty = none
 };
 
 // A row of `Groups`.
 struct GroupRecord {
   std::int32_t RecordID = 0;  // 0 = not stored yet
-  std::string Name;
-  std::string Desc;
+  std::string Name = {};
+  std::string Desc = {};
   std::int32_t PasswordExpire = 0;  // days, 0 = unlimited
-  std::string ObjectAccess;         // see rights.h
+  std::string ObjectAccess = {};    // see rights.h
 };
 
 enum class SaveResult {

@@ -7,8 +7,8 @@
 #include <set>
 
 #include "base/printf.h"
-#include "scripted_operator.h"
-#include "temporary_folder.h"
+#include "support/scripted_operator.h"
+#include "support/temporary_folder.h"
 
 namespace foundation {
 namespace {

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "foundation/ini_text.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace foundation {
 namespace {
