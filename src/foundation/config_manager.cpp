@@ -28,6 +28,7 @@ void ConfigManager::CloseConfig() {
 }
 
 void ConfigManager::refresh() {
+  const jet::ReadView view(*database_);  // one look at the file for both tables
   // The tag is asked on every access, also when the rows in memory are known to be good: it reports a missing tag.
   if (tags_->IsTouched("Config")) {
     cache_.clear();
