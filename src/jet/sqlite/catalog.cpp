@@ -160,8 +160,8 @@ std::vector<std::string> createStatements(const TableDef& table) {
       name += "_" + field;
       columns += (columns.empty() ? "" : ", ") + quotedName(field);
     }
-    statements.push_back(std::string("CREATE ") + (index.unique ? "UNIQUE " : "") + "INDEX " + quotedName(name) + " ON " +
-                         quotedName(table.name) + " (" + columns + ")");
+    statements.push_back(std::string("CREATE ") + (index.unique ? "UNIQUE " : "") + "INDEX " + quotedName(name) +
+                         " ON " + quotedName(table.name) + " (" + columns + ")");
   }
   return statements;
 }

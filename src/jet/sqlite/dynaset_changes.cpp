@@ -83,8 +83,8 @@ sqlite3_stmt* Dynaset::updateStatement() {
     if (changed_[i] != 'x') continue;
     list += (list.empty() ? "" : ", ") + quotedName(fields_[i]->name) + " = ?" + std::to_string(i + 2);
   }
-  StatementHandle statement =
-      database_.connection().prepare("UPDATE " + quotedName(def_->name) + " SET " + list + " WHERE rowid = ?1", text_.text);
+  StatementHandle statement = database_.connection().prepare(
+      "UPDATE " + quotedName(def_->name) + " SET " + list + " WHERE rowid = ?1", text_.text);
   return updates_.emplace(changed_, std::move(statement)).first->second.get();
 }
 

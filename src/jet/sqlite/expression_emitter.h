@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -22,7 +23,7 @@ struct Piece {
 // joining of texts, Yes/No, comparisons across types) is settled here from the types of the operands.
 class ExpressionEmitter {
  public:
-  ExpressionEmitter(Plan& plan, const std::vector<LikeSite>& sites, const std::vector<LikeValue>& likes,
+  ExpressionEmitter(Plan& plan, std::span<const LikeSite> sites, std::span<const LikeValue> likes,
                     std::string_view statement)
       : plan_(plan), sites_(sites), likes_(likes), statement_(statement) {}
 
@@ -74,8 +75,8 @@ class ExpressionEmitter {
   Piece iif(const Expression& expression);
 
   Plan& plan_;
-  const std::vector<LikeSite>& sites_;
-  const std::vector<LikeValue>& likes_;
+  std::span<const LikeSite> sites_;
+  std::span<const LikeValue> likes_;
   std::string_view statement_;
   const Scope* scope_ = nullptr;
   std::size_t source_ = 0;

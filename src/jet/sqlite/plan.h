@@ -78,6 +78,8 @@ enum class Role : char {
   OrderedKeys = 'o',   // all keys in the select's order
   KeysPage = 'w',      // limit, offset: keys in the select's order
   KeysPageBack = 'W',  // the same from the end
+  KeysFrom = 'a',      // key, limit, offset: keys from a row on, in the select's order by at most one item
+  KeysBefore = 'A',    // the same before the row, backwards
   FindFirst = 'f',     // first row that meets the criteria
   FindNext = 'n',      // first such row behind a key
   Matches = 'm',       // all keys that meet the criteria, in the select's order

@@ -41,6 +41,8 @@ class SqliteDatabase final : public Database {
   // Throws 3027 when the file is open for reading only, and when the transaction that the caller believes to be in was
   // undone by a fault (a full disk): going on would write outside of it.
   void requireWritable(std::string_view statement);
+  // A number for the name of a temporary table.
+  int nextTemporary() { return ++temporaries_; }
 
  protected:
   void begin() override;
@@ -60,6 +62,7 @@ class SqliteDatabase final : public Database {
   Versions versions_;
   StatementCache statements_;
   int depth_ = 0;  // of transactions
+  int temporaries_ = 0;
 };
 
 }  // namespace jet::sqlite

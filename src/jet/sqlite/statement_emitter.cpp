@@ -28,6 +28,7 @@ struct KeyQuery {
   const char* keyCondition = nullptr;  // operator between the key and extra 0
   bool where = true;
   bool criteria = false;
+  bool anchored = false;  // from the row whose key is extra 0
   int limitExtra = -1;
   int offsetExtra = -1;
   bool one = false;
@@ -51,6 +52,10 @@ KeyQuery keyQuery(Role role) {
       return {.order = Order::Select, .limitExtra = 0, .offsetExtra = 1};
     case Role::KeysPageBack:
       return {.order = Order::SelectBack, .limitExtra = 0, .offsetExtra = 1};
+    case Role::KeysFrom:
+      return {.order = Order::Select, .anchored = true, .limitExtra = 1, .offsetExtra = 2};
+    case Role::KeysBefore:
+      return {.order = Order::SelectBack, .anchored = true, .limitExtra = 1, .offsetExtra = 2};
     case Role::FindFirst:
       return {.rows = Rows::Items, .order = Order::Select, .criteria = true, .one = true};
     case Role::FindNext:
@@ -291,6 +296,18 @@ class StatementEmitter {
     return sql + key + (descending ? " DESC" : "");
   }
 
+  // Rows from the anchor on (before it, when going back). A row whose order value is Null is no anchor: nothing is
+  // found.
+  std::string anchorCondition(const std::string& key, bool back) {
+    if (statement_.orderBy.empty()) return key + (back ? " < " : " >= ") + emitter_.extra(0);
+    const OrderItem& item = statement_.orderBy.front();
+    const std::string pair = "(" + ExpressionEmitter::folded(emitter_.emit(orderExpression(item))) + ", " + key + ")";
+    const char* forward = item.descending ? " <= " : " >= ";
+    const char* backward = item.descending ? " > " : " < ";
+    return pair + (back ? backward : forward) + "(SELECT " + pair.substr(1, pair.size() - 2) + " FROM " +
+           source(*statement_.from) + " WHERE " + key + " = " + emitter_.extra(0) + ")";
+  }
+
   void keyed(const KeyQuery& query) {
     useTables(true);
     const std::string key = scope_.tables().front().qualifier + "rowid";
@@ -308,6 +325,7 @@ class StatementEmitter {
     };
     if (query.where && statement_.where) require("(" + emitter_.condition(*statement_.where) + ")");
     if (query.keyCondition != nullptr) require(key + query.keyCondition + emitter_.extra(0));
+    if (query.anchored) require(anchorCondition(key, query.order == KeyQuery::Order::SelectBack));
     if (query.criteria) {
       emitter_.use(scope_, 1);
       require("(" + emitter_.condition(*request_.criteria) + ")");
@@ -341,6 +359,17 @@ class StatementEmitter {
 
 Plan emitStatement(const EmitRequest& request, Catalog& catalog) {
   return StatementEmitter(request, catalog).emit();
+}
+
+Plan emitResultFind(const Expression& criteria, const std::string& source, const std::vector<std::string>& columns,
+                    const std::vector<Type>& types, std::string_view text) {
+  Plan plan;
+  const Scope scope = Scope::ofResult("jet_rows", columns, types);
+  ExpressionEmitter emitter(plan, {}, {}, text);
+  emitter.use(scope, 0);
+  plan.sql = "SELECT jet_key FROM (" + source + ") AS jet_rows WHERE " + emitter.condition(criteria) +
+             " ORDER BY jet_key LIMIT 1";
+  return plan;
 }
 
 bool hasKeys(const Statement& statement) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 
 #include "jet/row_window.h"
@@ -19,34 +20,49 @@ class KeyedWindow final : public RowWindow {
   void refresh() override;
 
  private:
+  struct Anchor {
+    std::int64_t position;
+    std::int64_t key;
+  };
+
   std::vector<std::int64_t> keys(std::int64_t first, std::int64_t count);
+  std::optional<std::vector<std::int64_t>> keysByAnchor(std::int64_t first, std::int64_t count);
+  std::vector<std::int64_t> run(Role role, std::initializer_list<std::int64_t> extras);
+  void keepAnchor(std::int64_t position, std::int64_t key);
 
   SqliteDatabase& database_;
   ShapedText text_;
-  bool ordered_;
+  std::size_t orderItems_;
   std::vector<std::string> columns_;
   std::optional<std::int64_t> count_;
+  std::map<std::int64_t, Anchor> anchors_;  // by position / kAnchorSpacing
 };
 
-// A window over a select that groups, joins or drops duplicates: its rows are worked out once for each refresh.
+// A window over a select that groups, joins or drops duplicates: its rows are worked out once for each refresh and kept
+// in a temporary table on disk, since there may be as many groups as rows.
 class ResultWindow final : public RowWindow {
  public:
   ResultWindow(SqliteDatabase& database, ShapedText text);
+  ~ResultWindow() override;
 
   [[nodiscard]] const std::vector<std::string>& columns() const override { return columns_; }
   std::int64_t rowCount() override;
   Snapshot rows(std::int64_t first, std::int64_t count) override;
   std::optional<std::int64_t> find(std::string_view criteria) override;
-  void refresh() override { loaded_ = false; }
+  void refresh() override { count_.reset(); }
 
  private:
   void load();
+  void fill();
 
   SqliteDatabase& database_;
   ShapedText text_;
   std::vector<std::string> columns_;
-  bool loaded_ = false;
-  Snapshot snapshot_;
+  std::vector<Type> types_;
+  std::string table_;       // of temp; columns c0, c1, ...; row ids count from 1
+  std::string columnList_;  // "c0, c1, ..."
+  bool made_ = false;
+  std::optional<std::int64_t> count_;
 };
 
 }  // namespace jet::sqlite
