@@ -1,0 +1,13 @@
+#pragma once
+
+#include "ctl/command.h"
+#include "security/rights.h"
+
+namespace ctl {
+
+inline constexpr Access kViewCalls = {security::ObjectCalls, security::RightView};
+inline constexpr Access kChangeCalls = {security::ObjectCalls, security::RightChange};
+inline constexpr Access kViewSettings = {security::ObjectAdministration, security::RightView};
+inline constexpr Access kChangeSettings = {security::ObjectAdministration, security::RightChange};
+
+}  // namespace ctl

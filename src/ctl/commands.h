@@ -1,0 +1,29 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "ctl/command.h"
+
+namespace ctl {
+
+// One function a group of commands; commands.cpp lists them.
+std::span<const Command> initCommands();
+std::span<const Command> settingCommands();
+std::span<const Command> importCommands();
+std::span<const Command> priceCommands();
+std::span<const Command> extensionCommands();
+std::span<const Command> accountCommands();
+std::span<const Command> trunkCommands();
+std::span<const Command> clientCommands();
+std::span<const Command> providerCommands();
+std::span<const Command> currencyCommands();
+std::span<const Command> folderCommands();
+std::span<const Command> logCommands();
+std::span<const Command> statusCommands();
+std::span<const Command> sampleCommands();
+
+[[nodiscard]] std::vector<const Command*> allCommands();
+[[nodiscard]] std::span<const CommandGroup> commandGroups();
+
+}  // namespace ctl

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "base/printf.h"
+#include "ctl/context.h"
+
+namespace ctl {
+
+// Help for the commands that edit the lists of definitions.
+
+// Definitions are kept as texts with ";" between their fields, and in statements between apostrophes.
+inline void requirePlain(std::string_view what, std::string_view value) {
+  if (value.find_first_of(";'\"") != std::string_view::npos) {
+    throw WrongUsage(base::format("%s may not hold a semicolon or a quotation mark: %s", what, value));
+  }
+}
+
+// A field of an entry: what was typed for the option, else what it was.
+inline void takeOver(const Arguments& arguments, std::string_view option, std::string& field) {
+  if (const auto typed = arguments.find(option)) {
+    requirePlain(option, *typed);
+    field = *typed;
+  }
+}
+
+// The entry whose `field` is the code; added at the end when there is none.
+template <typename Entry>
+Entry& findOrAdd(std::vector<Entry>& entries, std::string Entry::*field, const std::string& code) {
+  requirePlain("The code", code);
+  const auto found = std::find_if(entries.begin(), entries.end(), [&](const Entry& e) { return e.*field == code; });
+  if (found != entries.end()) return *found;
+  Entry& entry = entries.emplace_back();
+  entry.*field = code;
+  return entry;
+}
+
+// Throws Failure when there is no such entry.
+template <typename Entry>
+void removeEntries(std::vector<Entry>& entries, std::string Entry::*field, const std::string& code,
+                   std::string_view what) {
+  if (std::erase_if(entries, [&](const Entry& e) { return e.*field == code; }) == 0) {
+    throw Failure(base::format("There is no %s %s.", what, code));
+  }
+}
+
+// Stores all definitions and says so when the database refuses.
+inline void saveDefinitions(Context& context) {
+  if (context.main().readOnly()) throw Failure("The database is open read-only; nothing was changed.");
+  context.parties().save(context.main());
+}
+
+}  // namespace ctl

@@ -1,0 +1,110 @@
+#include "ctl/access.h"
+#include "ctl/commands.h"
+#include "ctl/definition_edit.h"
+
+namespace ctl {
+
+namespace {
+
+// Extensions and accounts have the same fields under other names.
+
+// Empty fields are skipped on reading, which would make the department the description.
+void requireDescription(const std::string& description, const std::string& department) {
+  if (description.empty() && !department.empty()) {
+    throw WrongUsage("An entry with a department needs a description too: give --description.");
+  }
+}
+
+int listExtensions(const Invocation& call) {
+  Table table({"Extension", "Description", "Department"});
+  for (const exchange::tagEXTINFO& entry : call.context.parties().extensions) {
+    table.add({entry.extension, entry.description, entry.department});
+  }
+  call.print(table);
+  return 0;
+}
+
+int setExtension(const Invocation& call) {
+  auto& entry =
+      findOrAdd(call.context.parties().extensions, &exchange::tagEXTINFO::extension, call.arguments.text("EXTENSION"));
+  takeOver(call.arguments, "--description", entry.description);
+  takeOver(call.arguments, "--department", entry.department);
+  requireDescription(entry.description, entry.department);
+  saveDefinitions(call.context);
+  return 0;
+}
+
+int deleteExtension(const Invocation& call) {
+  removeEntries(call.context.parties().extensions, &exchange::tagEXTINFO::extension, call.arguments.text("EXTENSION"),
+                "extension");
+  saveDefinitions(call.context);
+  return 0;
+}
+
+int listAccounts(const Invocation& call) {
+  Table table({"Account", "Description", "Department"});
+  for (const exchange::tagCONTINFO& entry : call.context.parties().accounts) {
+    table.add({entry.account, entry.description, entry.department});
+  }
+  call.print(table);
+  return 0;
+}
+
+int setAccount(const Invocation& call) {
+  auto& entry =
+      findOrAdd(call.context.parties().accounts, &exchange::tagCONTINFO::account, call.arguments.text("ACCOUNT"));
+  takeOver(call.arguments, "--description", entry.description);
+  takeOver(call.arguments, "--department", entry.department);
+  requireDescription(entry.description, entry.department);
+  saveDefinitions(call.context);
+  return 0;
+}
+
+int deleteAccount(const Invocation& call) {
+  removeEntries(call.context.parties().accounts, &exchange::tagCONTINFO::account, call.arguments.text("ACCOUNT"),
+                "account");
+  saveDefinitions(call.context);
+  return 0;
+}
+
+constexpr OptionSpec kDescription = {.name = "--description", .help = "User or purpose"};
+constexpr OptionSpec kDepartment = {.name = "--department", .help = "Department that its calls count for"};
+constexpr OptionSpec kExtension[] = {{.name = "EXTENSION", .help = "As the exchange reports it", .required = true}};
+constexpr OptionSpec kExtensionFields[] = {kExtension[0], kDescription, kDepartment};
+constexpr OptionSpec kAccount[] = {
+    {.name = "ACCOUNT", .help = "Account code; ? is any one character", .required = true}};
+constexpr OptionSpec kAccountFields[] = {kAccount[0], kDescription, kDepartment};
+
+constexpr Command kExtensionCommands[] = {
+    {"extension list",
+     "List the extensions",
+     "tallyctl extension list --format csv",
+     {},
+     kViewSettings,
+     listExtensions},
+    {"extension set", "Define an extension or change it",
+     "tallyctl extension set 201 --description \"Ana Pop\" --department Sales", kExtensionFields, kChangeSettings,
+     setExtension},
+    {"extension delete", "Delete an extension", "tallyctl extension delete 201", kExtension, kChangeSettings,
+     deleteExtension},
+};
+
+constexpr Command kAccountCommands[] = {
+    {"account list", "List the account codes", "tallyctl account list", {}, kViewSettings, listAccounts},
+    {"account set", "Define an account code or change it",
+     "tallyctl account set \"12??\" --description Projects --department Sales", kAccountFields, kChangeSettings,
+     setAccount},
+    {"account delete", "Delete an account code", "tallyctl account delete \"12??\"", kAccount, kChangeSettings,
+     deleteAccount},
+};
+
+}  // namespace
+
+std::span<const Command> extensionCommands() {
+  return kExtensionCommands;
+}
+std::span<const Command> accountCommands() {
+  return kAccountCommands;
+}
+
+}  // namespace ctl

@@ -1,0 +1,69 @@
+#include "base/printf.h"
+#include "ctl/access.h"
+#include "ctl/commands.h"
+#include "ctl/context.h"
+#include "ingest/import.h"
+#include "ingest/maintenance.h"
+#include "ingest/recorder.h"
+
+namespace ctl {
+
+namespace {
+
+using Outcome = ingest::ImportResult::Outcome;
+
+bool endedEarly(const ingest::ImportResult& result) {
+  return result.outcome == Outcome::StoppedByOperator || result.outcome == Outcome::Interrupted ||
+         result.outcome == Outcome::Failed;
+}
+
+// What an interrupted run left comes first, then the monitor's file.
+ingest::ImportResult importMonitorFile(ingest::MonitorImport& import) {
+  const ingest::ImportResult resumed = import.resumeStoppedImports();
+  if (endedEarly(resumed)) return resumed;
+  ingest::ImportResult result = import.run();
+  result.imported += resumed.imported;
+  if (result.message.empty()) result.message = resumed.message;
+  return result;
+}
+
+int runImport(const Invocation& call) {
+  Context& context = call.context;
+  context.interrupts().begin();
+  ingest::deleteOldCalls(context.main(), context.config(), context.clock());
+  ingest::Recorder recorder(context.exchangeParts());
+  recorder.open();
+  ingest::ImportOptions options;
+  options.shouldStop = [&context] { return context.interrupts().requested(); };
+  ingest::MonitorImport import(recorder, options);
+  const auto file = call.arguments.find("--file");
+  const ingest::ImportResult result = file ? import.importFile(*file) : importMonitorFile(import);
+  recorder.close();
+  call.out << base::format("imported %d\n", result.imported);
+  if (endedEarly(result)) {
+    throw Failure(result.message.empty() ? "The import was stopped; the next one goes on." : result.message);
+  }
+  if (!result.message.empty()) context.person().messageBox(result.message);
+  return 0;
+}
+
+constexpr OptionSpec kOptions[] = {
+    {.name = "--file",
+     .help = "Finish this file (a stopped import's backup) instead of monitor.data",
+     .valueName = "F"},
+};
+
+constexpr Command kCommands[] = {
+    {"import", "Record and price the calls that the monitor left",
+     "tallyctl import\n"
+     "tallyctl import --file demo/monitor/monitor.data.bk.1",
+     kOptions, kChangeCalls, runImport},
+};
+
+}  // namespace
+
+std::span<const Command> importCommands() {
+  return kCommands;
+}
+
+}  // namespace ctl

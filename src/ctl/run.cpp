@@ -1,0 +1,48 @@
+#include "ctl/run.h"
+
+#include <iostream>
+
+#include "base/debug_output.h"
+#include "ctl/command_line.h"
+#include "ctl/commands.h"
+#include "ctl/context.h"
+#include "jet/error.h"
+
+namespace ctl {
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+int runCommand(const ParsedLine& line) {
+  Context context(line.global);
+  const Command& command = *line.command;
+  if (command.access.object != 0) context.requireRight(command.access.object, command.access.right);
+  const int status = command.run({line.global, line.arguments, context, std::cout});
+  std::cout.flush();
+  if (!std::cout) throw Failure("The output could not be written.");
+  return status;
+}
+
+}  // namespace
+
+int run(int count, const char* const* words) {
+  const std::vector<const Command*> commands = allCommands();
+  const ParsedLine line = parseCommandLine(count, words, commands, commandGroups());
+  if (line.command == nullptr) return line.exitStatus;
+  try {
+    return runCommand(line);
+  } catch (const WrongUsage& error) {
+    std::cerr << "tallyctl: " << error.what() << "\nTry: tallyctl " << line.command->name << " --help\n";
+    return kWrongUsage;
+  } catch (const jet::Error& error) {
+    std::cerr << "tallyctl: database error " << error.number() << ": " << error.description() << '\n';
+    if (!error.statement().empty()) base::debugOutput(error.statement());
+  } catch (const std::exception& error) {
+    std::cerr << "tallyctl: " << error.what() << '\n';
+  }
+  return kFailed;
+}
+
+}  // namespace ctl

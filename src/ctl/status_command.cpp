@@ -1,0 +1,82 @@
+#include <filesystem>
+
+#include "base/path.h"
+#include "base/printf.h"
+#include "base/version.h"
+#include "ctl/access.h"
+#include "ctl/commands.h"
+#include "ctl/context.h"
+#include "schema/schema.h"
+
+namespace ctl {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string sizeOf(const fs::path& file) {
+  std::error_code missing;
+  const auto size = fs::file_size(file, missing);
+  return missing ? "missing" : base::format("%d bytes", size);
+}
+
+void addFiles(Table& table, Context& context) {
+  table.add({"Machine store", context.machineStore().file().string()});
+  const fs::path folder = base::systemPath(context.folder("PathDatabase"));
+  for (const char* name : {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile}) {
+    table.add({name, base::format("%s, %s", (folder / name).string(), sizeOf(folder / name))});
+  }
+  table.add({"Opened", std::string(context.main().readOnly() ? "read-only" : "for reading and writing")});
+}
+
+void addMonitor(Table& table, Context& context) {
+  const fs::path folder = base::systemPath(context.folder("PathMonitor"));
+  table.add(
+      {"Monitor file", base::format("%s, %s", (folder / "monitor.data").string(), sizeOf(folder / "monitor.data"))});
+  std::error_code fault;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder, fault)) {
+    if (!entry.path().filename().string().starts_with("monitor.data.bk")) continue;
+    table.add({"Unfinished import", base::format("%s, %s", entry.path().string(), sizeOf(entry.path()))});
+  }
+}
+
+void addCounts(Table& table, jet::Database& main) {
+  for (const char* name : {"Calls", "Contacts", "FilteredNumbers", "Users", "Log"}) {
+    const jet::Snapshot count = main.openSnapshot(base::format("SELECT Count(*) AS n FROM [%s]", name));
+    table.add({base::format("Rows of %s", name), count.at(0, 0U).toLong()});
+  }
+  const jet::Snapshot newest = main.openSnapshot("SELECT TOP 1 [DateTime] FROM Calls ORDER BY [DateTime] DESC");
+  const auto time = newest.empty() ? std::nullopt : newest.at(0, 0U).toDateTime();
+  table.add({"Newest call", time ? time->format("%d.%m.%Y %H:%M:%S") : std::string("none")});
+}
+
+int status(const Invocation& call) {
+  Context& context = call.context;
+  Table table({"Item", "Value"});
+  table.add({"Version", std::string(base::kProgramVersion)});
+  table.add({"Database version",
+             std::int64_t{context.config().ReadConfigInt("DbVersion", "general", foundation::StoreDatabase, 0)}});
+  table.add({"User", context.session().Name});
+  addFiles(table, context);
+  addMonitor(table, context);
+  addCounts(table, context.main());
+  call.print(table);
+  return 0;
+}
+
+constexpr Command kCommands[] = {
+    {"status",
+     "Show the files, their versions and how much they hold",
+     "tallyctl status --json",
+     {},
+     kViewCalls,
+     status},
+};
+
+}  // namespace
+
+std::span<const Command> statusCommands() {
+  return kCommands;
+}
+
+}  // namespace ctl

@@ -1,0 +1,183 @@
+// The command line as its users meet it: the program is run on a data folder of its own.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Result {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+class Tallyctl : public ::testing::Test {
+ protected:
+  Tallyctl() : folder(fs::temp_directory_path() / ("tallyctl_test_" + std::to_string(::getpid()))) {
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+  }
+  ~Tallyctl() override { fs::remove_all(folder); }
+
+  // Runs "tallyctl ARGUMENTS" without a terminal, on the test's own machine store.
+  Result run(const std::string& arguments, const std::string& environment = "") {
+    const std::string command = "cd '" + folder.string() + "' && env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" +
+                                (folder / "machine.ini").string() + "' " + environment +
+                                " '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >out 2>err </dev/null";
+    const int status = std::system(command.c_str());
+    return {WEXITSTATUS(status), contentOf(folder / "out"), contentOf(folder / "err")};
+  }
+
+  std::string succeed(const std::string& arguments, const std::string& environment = "") {
+    const Result result = run(arguments, environment);
+    EXPECT_EQ(result.status, 0) << arguments << '\n' << result.out << result.err;
+    return result.out;
+  }
+
+  fs::path folder;
+};
+
+TEST_F(Tallyctl, WrongUsageIsStatus2AndSaysWhatToTry) {
+  for (const char* line : {"", "nonsense", "import --nonsense", "price 0264", "setting get PathMonitor --where moon",
+                           "sample-calls many --out x", "sample-calls 5"}) {
+    const Result result = run(line);
+    EXPECT_EQ(result.status, 2) << line;
+    EXPECT_NE(result.err.find("Try: tallyctl"), std::string::npos) << line;
+    EXPECT_EQ(result.out, "") << line;
+  }
+}
+
+TEST_F(Tallyctl, HelpHasExamplesEverywhere) {
+  for (const char* command : {"", "init", "import", "price", "setting set", "extension set", "trunk list",
+                              "currency default", "log show", "folder show", "sample-calls"}) {
+    const Result result = run(std::string(command) + " --help");
+    EXPECT_EQ(result.status, 0) << command;
+    EXPECT_NE(result.out.find("Examples:\n  tallyctl "), std::string::npos) << command << result.out;
+  }
+}
+
+TEST_F(Tallyctl, WithoutADataFolderItSaysHowToMakeOne) {
+  const Result result = run("status");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find("tallyctl init"), std::string::npos) << result.err;
+}
+
+TEST_F(Tallyctl, InitRefusesToOverwrite) {
+  succeed("init data --empty");
+  const std::string before = contentOf(folder / "data/tallybook.mdb");
+  const Result again = run("init data --sample");
+  EXPECT_EQ(again.status, 1);
+  EXPECT_NE(again.err.find("tallybook.mdb"), std::string::npos);
+  EXPECT_EQ(contentOf(folder / "data/tallybook.mdb"), before);
+  // Another folder would take the machine store away from the first one.
+  const Result other = run("init other --empty");
+  EXPECT_EQ(other.status, 1);
+  EXPECT_NE(other.err.find("--store"), std::string::npos) << other.err;
+  EXPECT_FALSE(fs::exists(folder / "other/tallybook.mdb"));
+  succeed("--store other.ini init other --empty");
+}
+
+TEST_F(Tallyctl, AChosenPasswordIsAskedForByEveryCommand) {
+  succeed("init data --empty", "TALLYBOOK_PASSWORD=secret");
+  EXPECT_EQ(contentOf(folder / "machine.ini").find("secret"), std::string::npos);
+  EXPECT_EQ(run("status").status, 1);
+  EXPECT_EQ(run("--user admin status", "TALLYBOOK_PASSWORD=wrong").status, 1);
+  succeed("--user admin status", "TALLYBOOK_PASSWORD=secret");
+}
+
+TEST_F(Tallyctl, SettingsAreKeptInTheirStores) {
+  succeed("init data --empty");
+  EXPECT_EQ(succeed("setting get PathMonitor --section general --where machine"),
+            (folder / "data/monitor/").string() + "\n");
+  succeed("setting set OrganizationTAXE 19 --section general --where database");
+  EXPECT_EQ(succeed("setting get OrganizationTAXE --section general --where database"), "19\n");
+  succeed("setting set Sterge 365 --section Calls --where database --type int");
+  EXPECT_EQ(succeed("setting get sterge --section calls"), "365\n");
+  succeed("setting set --where machine --type int Odd -- -5");
+  EXPECT_EQ(succeed("setting get Odd --where machine"), "-5\n");
+  succeed("setting delete OrganizationTAXE --section general --where database");
+  EXPECT_EQ(run("setting get OrganizationTAXE --section general --where database").status, 1);
+  EXPECT_EQ(run("setting set Sterge many --section Calls --where database --type int").status, 2);
+}
+
+TEST_F(Tallyctl, DefinitionsAreListedSetAndDeleted) {
+  succeed("init data --sample");
+  struct Case {
+    const char* set;
+    const char* list;
+    const char* line;  // of the list as CSV
+    const char* remove;
+  };
+  for (const Case& c :
+       {Case{"extension set 299 --description 'Ana Țurcan' --department 'Vânzări'", "extension list",
+             "299,Ana Țurcan,Vânzări", "extension delete 299"},
+        Case{"account set \"77??\" --description 'A, B'", "account list", "77??,\"A, B\",", "account delete \"77??\""},
+        Case{"client set \"88??\" --name Moara --folder Industrie", "client list", "88??,Moara,Industrie",
+             "client delete \"88??\""},
+        Case{"trunk set 9 --label 'linia 9' --provider 1 --profile Standard", "trunk list",
+             "9,linia 9,1,Dunărea Telecom,Standard,0,0", "trunk delete 9"},
+        Case{"provider set 4 --name Northline --local-prefixes 21,31 --free-seconds 5", "provider list",
+             "4,Northline,\"21,31\",5", "provider delete 4"},
+        Case{"currency set HUF --rate 0.0125", "currency list", "HUF,0.0125,no,", "currency delete huf"}}) {
+    succeed(c.set);
+    const std::string list = std::string(c.list) + " --format csv";
+    EXPECT_NE(succeed(list).find(std::string("\n") + c.line), std::string::npos) << c.line;
+    succeed(c.remove);
+    EXPECT_EQ(succeed(list).find(std::string("\n") + c.line), std::string::npos) << c.remove;
+    EXPECT_EQ(run(c.remove).status, 1) << c.remove;
+  }
+  EXPECT_EQ(run("provider delete 1").status, 1);    // trunks use it
+  EXPECT_EQ(run("currency delete RON").status, 1);  // the default
+  EXPECT_EQ(run("extension set 299 --department Sales").status, 2);
+  EXPECT_NE(succeed("trunk list --json").find("\"ignore_zero_pulses\": 1"), std::string::npos);
+}
+
+TEST_F(Tallyctl, ImportRecordsTheMonitorsCalls) {
+  succeed("init data --sample");
+  succeed("sample-calls 300 --out data/monitor/monitor.data --seed 3");
+  EXPECT_EQ(succeed("import"), "imported 300\n");
+  EXPECT_EQ(succeed("import"), "imported 0\n");
+  EXPECT_FALSE(fs::exists(folder / "data/monitor/monitor.data.bk"));
+  const std::string status = succeed("status --format csv");
+  EXPECT_NE(status.find("Rows of Calls,300\n"), std::string::npos) << status;
+  EXPECT_NE(status.find("Rows of Log,"), std::string::npos);
+  // One caption row and as many calls as asked for.
+  const std::string calls = succeed("folder show 100 --format csv --limit 7");
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), '\n'), 8);
+  EXPECT_EQ(run("folder show 100 --sort=-9999").status, 2);
+  EXPECT_EQ(run("folder show 4711").status, 1);
+}
+
+TEST_F(Tallyctl, SampleFilesOfOneSeedAreEqual) {
+  succeed("sample-calls 200 --out a --seed 9");
+  succeed("sample-calls 200 --out b --seed 9");
+  EXPECT_EQ(contentOf(folder / "a"), contentOf(folder / "b"));
+  succeed("sample-calls 200 --out b --seed 9 --append");
+  EXPECT_EQ(contentOf(folder / "b").size(), 2 * contentOf(folder / "a").size());
+}
+
+TEST_F(Tallyctl, PriceExplainsAndStoresNothing) {
+  succeed("init data --sample");
+  const std::string command = "price 0264123456 --at '2026-11-24 10:00' --duration 95 --trunk ";
+  EXPECT_NE(succeed(command + "1").find("0.32"), std::string::npos);
+  // A trunk that nobody defined is not given a provider by asking.
+  succeed(command + "77");
+  EXPECT_EQ(succeed("trunk list --format csv").find("\n77,"), std::string::npos);
+  EXPECT_NE(succeed("status --format csv").find("Rows of Calls,0\n"), std::string::npos);
+}
+
+}  // namespace
