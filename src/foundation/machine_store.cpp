@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <thread>
+#include <utility>
 
 #include "foundation/ini_text.h"
 
@@ -22,8 +23,8 @@ constexpr std::chrono::milliseconds kLockPatience{5000};
 class Descriptor {
  public:
   explicit Descriptor(int number) : number_(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&&) = delete;
   ~Descriptor() {
     if (number_ >= 0) close(number_);
   }
@@ -98,18 +99,19 @@ bool replaceFile(const std::filesystem::path& file, std::string_view content) {
   return true;
 }
 
-// The lock stands beside the file, as the file itself is another one after every write.
-int openLock(const std::filesystem::path& file) {
-  const std::string name = file.string() + ".lock";
-  const int descriptor = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-  if (descriptor < 0) return descriptor;
-  struct stat shared {};
-  struct stat own {};
-  if (stat(file.c_str(), &shared) == 0 && sharedWithGroup(shared) && fstat(descriptor, &own) == 0 &&
-      own.st_uid == geteuid() && !sharedWithGroup(own)) {
-    takeOverSharing(descriptor, shared);
+// The file, made when it is missing, opened and locked; invalid when that cannot be. A writer puts another file in its
+// place, so a lock that was waited for may be on the file before: then the present one is taken.
+Descriptor lockCurrent(const std::filesystem::path& file) {
+  for (;;) {
+    Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600));
+    if (!descriptor.valid() || !lockPatiently(descriptor.number())) return Descriptor(-1);
+    struct stat locked {};
+    struct stat named {};
+    if (fstat(descriptor.number(), &locked) == 0 && stat(file.c_str(), &named) == 0 && locked.st_dev == named.st_dev &&
+        locked.st_ino == named.st_ino) {
+      return descriptor;
+    }
   }
-  return descriptor;
 }
 
 // A link is followed to the real file, there or not, so that a write replaces that one and not the link.
@@ -217,23 +219,15 @@ bool MachineStore::rewrite(Change change) {
   const std::filesystem::path file = realFile(file_);
   std::error_code fault;
   if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path(), fault);
-  const Descriptor lock(openLock(file));
-  if (!lock.valid() || !lockPatiently(lock.number())) return false;
-
-  IniText text;
-  const Descriptor old(open(file.c_str(), O_RDONLY | O_CLOEXEC));
-  if (old.valid()) {
-    const auto content = readAll(old.number());
-    if (!content) return false;
-    text = IniText(*content);
-  } else if (errno != ENOENT) {
-    return false;  // there is a file that cannot be read: writing would lose what it holds
-  }
+  const Descriptor old = lockCurrent(file);
+  const auto content = old.valid() ? readAll(old.number()) : std::nullopt;
+  if (!content) return false;
+  IniText text(*content);
   const std::string before = text.text();
   change(text);
   const std::string after = text.text();
   cache_->trusted = false;
-  return (old.valid() && before == after) || replaceFile(file, after);
+  return before == after || replaceFile(file, after);
 }
 
 std::optional<std::string> MachineStore::readString(std::string_view section, std::string_view key) const {

@@ -15,7 +15,7 @@ class IniText;
 // The settings of one workstation: an ini-like file with sections and typed values (32-bit integer, string, binary);
 // its form is described in ini_text.h. Names of sections and values compare without regard to case. Every call looks at
 // the file, as other programs of the workstation change it too; it is parsed anew only when it is another one than
-// last time. A write goes to a temporary file that replaces the old one, under a lock (the file's name with ".lock").
+// last time. A write goes to a temporary file that replaces the old one, under a lock on that file.
 // The file can hold a password: it is made with mode 0600, and keeps 0660 when it is shared with its group.
 class MachineStore {
  public:
