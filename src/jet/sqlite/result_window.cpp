@@ -24,10 +24,10 @@ ResultWindow::~ResultWindow() {
 void ResultWindow::load() {
   if (count_) return;
   Connection& connection = database_.connection();
-  if (!made_) {
-    connection.run(("CREATE TEMP TABLE " + table_.substr(table_.find('.') + 1) + " (" + columnList_ + ")").c_str());
-    made_ = true;
-  }
+  // Asked for each time: a rollback of the caller's transaction takes the table away again.
+  const std::string name = table_.substr(table_.find('.') + 1);
+  connection.run(("CREATE TEMP TABLE IF NOT EXISTS " + name + " (" + columnList_ + ")").c_str());
+  made_ = true;
   connection.run("SAVEPOINT jet_window");
   try {
     fill();
