@@ -9,8 +9,8 @@ namespace jet {
 
 std::size_t Snapshot::column(std::string_view name) const {
   if (table_) {
-    for (std::size_t i = 0; i < table_->columns.size(); ++i) {
-      if (base::equalFoldAscii(table_->columns[i], name)) return i;
+    for (std::size_t i = 0; i < columns().size(); ++i) {
+      if (base::equalFoldAscii(columns()[i], name)) return i;
     }
   }
   throw Error(3265, "Item not found in this collection. (" + std::string(name) + ")");

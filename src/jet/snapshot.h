@@ -12,11 +12,20 @@
 
 namespace jet {
 
+namespace memory {
+class SnapshotSearch;
+}
+
+// Shared between the results of one select.
+using ColumnNames = std::shared_ptr<const std::vector<std::string>>;
+
 // The rows of a finished select, row after row in one vector. Shared between snapshots of the same text, never changed.
 struct ResultTable {
-  std::vector<std::string> columns;
+  ColumnNames columns;
   std::vector<Value> cells;
   std::size_t rows = 0;
+  // What findFirst() keeps from search to search. Made by the first one, on the thread of the Database.
+  mutable std::shared_ptr<memory::SnapshotSearch> search = nullptr;
 };
 
 // A finished select whose rows are held in memory. Cheap to copy.
@@ -27,11 +36,11 @@ class Snapshot {
 
   [[nodiscard]] std::size_t rowCount() const { return table_ ? table_->rows : 0; }
   [[nodiscard]] bool empty() const { return rowCount() == 0; }
-  [[nodiscard]] const std::vector<std::string>& columns() const { return table_->columns; }
+  [[nodiscard]] const std::vector<std::string>& columns() const { return *table_->columns; }
   // Index of the column of that name, case ignored; Error 3265 when there is none.
   [[nodiscard]] std::size_t column(std::string_view name) const;
   [[nodiscard]] const Value& at(std::size_t row, std::size_t column) const {
-    return table_->cells[row * table_->columns.size() + column];
+    return table_->cells[row * table_->columns->size() + column];
   }
   [[nodiscard]] const Value& at(std::size_t row, std::string_view name) const { return at(row, column(name)); }
 

@@ -1,5 +1,6 @@
 #include "jet/sqlite/binder.h"
 
+#include "jet/compared_literal.h"
 #include "jet/error.h"
 #include "jet/sqlite/like_pattern.h"
 #include "jet/sqlite/store_value.h"
@@ -16,32 +17,6 @@ Value numberOf(const Value& value, bool asDouble) {
   return Value(*number);
 }
 
-// The literal as the column's type. A value that cannot be converted stays as it is, which makes it unequal to all of
-// the column's values; under an ordering it is Null, which makes no row match.
-Value compared(const Value& value, Type type, bool ordering) {
-  if (value.isNull() || type == Type::Null || value.type() == type) return value;
-  switch (type) {
-    case Type::Text:
-      return Value(value.toText());
-    case Type::Long:
-    case Type::Double:
-      if (value.type() == Type::Long || value.type() == Type::Double) return value;
-      if (const auto number = value.asNumber()) return Value(*number);
-      break;
-    case Type::Boolean:
-      if (value.type() != Type::Text || value.asNumber() || value.toBool() || !value.toBool(true)) {
-        return Value(value.toBool());
-      }
-      break;
-    case Type::DateTime:
-      if (const auto date = value.toDateTime()) return Value(*date);
-      break;
-    default:
-      break;
-  }
-  return ordering ? Value() : value;
-}
-
 Value converted(const Binding& binding, const Value& value) {
   switch (binding.convert) {
     case Convert::AsIs:
@@ -53,7 +28,7 @@ Value converted(const Binding& binding, const Value& value) {
     case Convert::ToDouble:
       return numberOf(value, true);
     case Convert::Compare:
-      return compared(value, binding.type, binding.ordering);
+      return comparedAs(value, binding.type, binding.ordering);
     case Convert::Store:
       return storedValue(value, binding.field);
   }

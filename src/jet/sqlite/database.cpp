@@ -75,8 +75,8 @@ std::shared_ptr<const ResultTable> SqliteDatabase::runSelect(const ShapedText& t
   parsedSelect(text);
   Execution execution = statements_.open(Role::Run, text);
   auto table = std::make_shared<ResultTable>();
-  table->columns = execution.plan().columns;
-  const std::size_t width = table->columns.size();
+  table->columns = std::make_shared<const std::vector<std::string>>(execution.plan().columns);
+  const std::size_t width = table->columns->size();
   while (execution.step()) {
     for (std::size_t i = 0; i < width; ++i) table->cells.push_back(execution.value(i));
     ++table->rows;

@@ -1,19 +1,12 @@
 #pragma once
 
-#include <string_view>
-
-#include "jet/value.h"
+#include "jet/function_types.h"
 
 namespace jet::sqlite {
 
-// The type of a function's result; Null when it is that of its first argument.
-Type functionType(std::string_view name);
-
-inline bool isNumeric(Type type) {
-  return type == Type::Long || type == Type::Double || type == Type::Boolean;
-}
-
 // One letter for each type: how a generic user function is told what its arguments are (d: a text that is a date).
-char typeLetter(Type type);
+constexpr char typeLetter(Type type) {
+  return type == Type::DateTime ? 'd' : type == Type::Boolean ? 'b' : 'v';
+}
 
 }  // namespace jet::sqlite

@@ -84,7 +84,7 @@ void KeyedWindow::keepAnchor(std::int64_t position, std::int64_t key) {
 
 Snapshot KeyedWindow::rows(std::int64_t first, std::int64_t count) {
   auto table = std::make_shared<ResultTable>();
-  table->columns = columns_;
+  table->columns = std::make_shared<const std::vector<std::string>>(columns_);
   if (first >= 0 && count > 0) {
     const std::vector<std::int64_t> page = keys(first, count);
     if (!page.empty()) keepAnchor(first, page.front());

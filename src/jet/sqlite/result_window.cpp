@@ -63,7 +63,7 @@ std::int64_t ResultWindow::rowCount() {
 Snapshot ResultWindow::rows(std::int64_t first, std::int64_t count) {
   load();
   auto table = std::make_shared<ResultTable>();
-  table->columns = columns_;
+  table->columns = std::make_shared<const std::vector<std::string>>(columns_);
   const StatementHandle page = database_.connection().prepare("SELECT " + columnList_ + " FROM " + table_ +
                                                               " WHERE rowid > ?1 ORDER BY rowid LIMIT ?2");
   sqlite3_bind_int64(page.get(), 1, std::max<std::int64_t>(first, 0));

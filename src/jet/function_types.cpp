@@ -1,9 +1,9 @@
-#include "jet/sqlite/expression_types.h"
+#include "jet/function_types.h"
 
 #include <algorithm>
 #include <iterator>
 
-namespace jet::sqlite {
+namespace jet {
 
 namespace {
 
@@ -69,15 +69,4 @@ Type functionType(std::string_view name) {
   return found == std::end(kFunctionTypes) ? Type::Null : found->type;
 }
 
-char typeLetter(Type type) {
-  switch (type) {
-    case Type::DateTime:
-      return 'd';
-    case Type::Boolean:
-      return 'b';
-    default:
-      return 'v';
-  }
-}
-
-}  // namespace jet::sqlite
+}  // namespace jet
