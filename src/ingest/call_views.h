@@ -6,7 +6,8 @@
 
 namespace ingest {
 
-// While it lives, for the length of one call, none of the databases is looked at again for changes by other copies.
+// While it lives, for the length of one call or one batch of calls, none of the databases is looked at again for
+// changes by other copies.
 class CallViews {
  public:
   explicit CallViews(const ExchangeParts& parts) : main_(parts.main) {

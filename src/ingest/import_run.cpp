@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "ingest/call_error.h"
+#include "ingest/call_views.h"
 #include "ingest/progress_window.h"
 
 namespace ingest {
@@ -53,6 +54,7 @@ ImportRun::BatchEnd ImportRun::readBatch() {
   const ExchangeParts& parts = recorder_.parts();
   jet::Transaction transaction(parts.main);
   recorder_.refreshDefinitions();
+  const CallViews views(parts);
   std::int64_t records = progress_.records;
   ReadPosition position = position_;
   const BatchEnd end = recordUntilFull(records, position);

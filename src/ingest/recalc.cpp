@@ -80,7 +80,6 @@ exchange::CallRecord Recalculation::recordOfRow() {
 }
 
 bool Recalculation::recalcRow() {
-  const CallViews views(parts_);
   exchange::CallRecord record = recordOfRow();
   tariff::PricingContext context;
   if (!trunks_.accept(record, context)) return false;
@@ -114,6 +113,7 @@ void Recalculation::reconvert(CallRow& row) {
 bool recalcRows(Recalculation& recalculation, jet::Recordset& calls, const ExchangeParts& parts, RecalcResult& result) {
   while (!calls.eof()) {
     jet::Transaction transaction(parts.main);
+    const CallViews views(parts);
     bool goOn = true;
     std::exception_ptr fault;
     try {

@@ -7,11 +7,6 @@
 
 namespace ingest {
 
-static bool findTEMP(const jet::Snapshot& s, const std::string& n) {
-  for (std::size_t i = 0; i < s.rowCount(); ++i)
-    if (s.at(i, 0).toText() == n + " ") return true;
-  return false;
-}
 void Recorder::open() {
   calls_ = parts_.main.openRecordset("SELECT * FROM Calls");
   fields_.emplace(*calls_);
@@ -69,7 +64,7 @@ void Recorder::setRawFields(CallRow& row, const exchange::CallRecord& record) co
 }
 
 void Recorder::setHidden(CallRow& row, const exchange::CallRecord& record, const jet::Snapshot& filteredNumbers) const {
-  row.set(&CallFields::Hidden, findTEMP(filteredNumbers, record.dialledNumber));
+  row.set(&CallFields::Hidden, filteredNumbers.findFirst(base::format("n=\"%s \"", record.dialledNumber)).has_value());
 }
 
 void Recorder::forward(const exchange::CallRecord& record, const tariff::PricingContext& context, double priceRef) {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,6 +49,23 @@ void importAndKill(const support::ExchangeFiles& files, std::chrono::microsecond
   close(ready[1]);
 }
 
+// Imports in a process of its own whose files may not grow beyond `bytes`, as on a disk that fills up. True when the
+// import said that it failed.
+bool failsWithFilesUpTo(const support::ExchangeFiles& files, rlim_t bytes) {
+  const pid_t child = fork();
+  if (child == 0) {
+    support::RunningCopy copy(files);
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{bytes, bytes};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    const ImportResult result = MonitorImport(copy.recorder, kSmallBatches).run();
+    _exit(result.outcome == ImportResult::Outcome::Failed && !result.message.empty() ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
 // Completes what is left, in whatever state it is.
 void complete(const support::ExchangeFiles& files, support::RunningCopy& copy, bool byFile) {
   MonitorImport import(copy.recorder);
@@ -59,6 +77,15 @@ void complete(const support::ExchangeFiles& files, support::RunningCopy& copy, b
   }
   EXPECT_FALSE(std::filesystem::exists(backup));
   import.run();
+}
+
+void expectEachRecordOnce(support::RunningCopy& copy) {
+  std::set<std::int64_t> seen;
+  copy.main->forEachRow("SELECT Pulses FROM Calls", [&seen](const std::vector<jet::Value>& row) {
+    EXPECT_TRUE(seen.insert(row[0].toLong()).second) << "twice: " << row[0].toLong();
+    return true;
+  });
+  EXPECT_EQ(seen.size(), static_cast<std::size_t>(kRecords));
 }
 
 TEST(ImportKillTest, EveryRecordIsStoredOnceWheneverTheProcessDies) {
@@ -74,15 +101,21 @@ TEST(ImportKillTest, EveryRecordIsStoredOnceWheneverTheProcessDies) {
     if (before > 0 && before < kRecords) ++interrupted;
     complete(files, copy, round % 2 == 0);
 
-    std::set<std::int64_t> seen;
-    copy.main->forEachRow("SELECT Pulses FROM Calls", [&seen](const std::vector<jet::Value>& row) {
-      EXPECT_TRUE(seen.insert(row[0].toLong()).second) << "twice: " << row[0].toLong();
-      return true;
-    });
-    ASSERT_EQ(seen.size(), static_cast<std::size_t>(kRecords)) << "after a kill behind " << before << " records";
+    expectEachRecordOnce(copy);
+    ASSERT_FALSE(HasFailure()) << "after a kill behind " << before << " records";
     EXPECT_EQ(copy.value("select count(*) as c from ImportProgress"), "0");
   }
   EXPECT_GT(interrupted, 0) << "no kill fell into an import";
+}
+
+TEST(ImportKillTest, AFullDiskStopsTheImportAndLosesNothing) {
+  const support::ExchangeFiles files;
+  files.writeMonitorFile(support::sampleRecords(kRecords));
+  ASSERT_TRUE(failsWithFilesUpTo(files, 300 * 1024));
+  support::RunningCopy copy(files);
+  EXPECT_LT(copy.callCount(), kRecords);
+  complete(files, copy, false);
+  expectEachRecordOnce(copy);
 }
 
 }  // namespace
