@@ -15,7 +15,7 @@ std::string_view defaultBillTemplate() {
   header h1 { font-size: 16pt; margin: 0 0 .3em; }
   .facts { margin: 1.2em 0; line-height: 1.6; }
   table { border-collapse: collapse; margin-bottom: 1.5em; }
-  th { border-bottom: 1px solid #222; }
+  th { border-bottom: 1px solid #222; padding: .2em .4em; }
   td { border-bottom: 1px solid #ddd; padding: .2em .4em; }
   @media print { body { margin: 0; max-width: none; } tr { break-inside: avoid; } }
 </style>

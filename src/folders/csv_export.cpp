@@ -21,18 +21,22 @@ std::string plainNumber(double value) {
   return base::format("%.15g", value);
 }
 
+std::string dateText(const jet::Value& value, std::string_view format) {
+  const auto moment = value.toDateTime();
+  return moment ? moment->format(format) : value.toText();
+}
+
 std::string cellText(const FolderView& view, std::size_t column, const CellValue& cell) {
   if (cell.first->isNull()) return {};
-  const auto moment = cell.first->toDateTime();
   switch (formatOfKind(view.columns()[column].definition->kind).format) {
     case Format::Money:
       return plainNumber(cell.first->toDouble());
     case Format::MoneyCurrency:
       return plainNumber(cell.first->toDouble()) + " " + cell.second->toText();
     case Format::DateTime:
-      return moment ? moment->stored() : view.text(column, cell);
+      return dateText(*cell.first, "%Y-%m-%d %H:%M:%S");
     case Format::Date:
-      return moment ? moment->format("%Y-%m-%d") : view.text(column, cell);
+      return dateText(*cell.first, "%Y-%m-%d");
     default:
       return view.text(column, cell);
   }

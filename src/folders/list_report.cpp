@@ -27,7 +27,10 @@ constexpr std::array kPartyCaptions = {
 class ListPage {
  public:
   ListPage(FolderView& view, ReportFile& file) : view_(view), file_(file), totals_(view) {
-    for (const ViewColumn& column : view.columns()) headings_.push_back(heading(column));
+    for (const ViewColumn& column : view.columns()) {
+      headings_.push_back(heading(column));
+      cellOpenings_.push_back(base::format("<TD align=%s nowrap>\n", alignmentName(column.alignment)));
+    }
     opening_ = tableOpening(view.services().config);
   }
 
@@ -61,15 +64,16 @@ class ListPage {
     return base::escapeHtml(caption);
   }
 
-  void cell(std::string_view tag, Alignment alignment, std::string_view content) {
-    file_.writePage(base::format("<%s align=%s nowrap>\n%s</%s>\n", tag, alignmentName(alignment), content, tag));
+  void headingCell(std::size_t column, std::string_view content) {
+    const std::string_view alignment = alignmentName(view_.columns()[column].alignment);
+    file_.writePage(base::format("<TH align=%s nowrap>\n%s</TH>\n", alignment, content));
   }
 
   void startTable() {
     if (rows_ > 0) file_.write("</TABLE>\n<hr>\n");
     file_.writePage(opening_);
     for (std::size_t i = 0; i < headings_.size(); ++i) {
-      cell("TH", view_.columns()[i].alignment, base::format("%s&nbsp;", headings_[i]));
+      headingCell(i, base::format("%s&nbsp;", headings_[i]));
     }
     file_.write("</TR>\n");
   }
@@ -78,7 +82,9 @@ class ListPage {
     if (rows_ % kRowsPerTable == 0) startTable();
     file_.write("<TR>\n");
     for (std::size_t i = 0; i < row.size(); ++i) {
-      cell("TD", view_.columns()[i].alignment, base::escapeHtml(view_.text(i, row[i])) + "&nbsp;");
+      file_.write(cellOpenings_[i]);
+      file_.writePage(base::escapeHtml(view_.text(i, row[i])));
+      file_.write("&nbsp;</TD>\n");
     }
     file_.write("</TR>\n");
     totals_.add(row);
@@ -89,7 +95,7 @@ class ListPage {
     file_.write("<TR>\n");
     for (std::size_t i = 0; i < headings_.size(); ++i) {
       const std::string text = totals_.text(i);
-      cell("TH", view_.columns()[i].alignment, text.empty() ? "&nbsp;" : base::escapeHtml(text));
+      headingCell(i, text.empty() ? "&nbsp;" : base::escapeHtml(text));
     }
     file_.write("</TR>\n");
   }
@@ -98,7 +104,8 @@ class ListPage {
   ReportFile& file_;
   FolderView::Totals totals_;
   std::vector<std::string> headings_;
-  std::string opening_;
+  std::vector<std::string> cellOpenings_;
+  std::string opening_;  // of a table
   std::int64_t rows_ = 0;
 };
 

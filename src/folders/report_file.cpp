@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
@@ -76,7 +77,9 @@ void ReportFile::write(std::string_view bytes) {
 }
 
 void ReportFile::writePage(std::string_view text) {
-  write(base::encodeHtml(text, kPage));
+  // Nearly every cell is ASCII, which stands for itself.
+  const bool ascii = std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  write(ascii ? text : std::string_view(base::encodeHtml(text, kPage)));
 }
 
 void ReportFile::flush() {

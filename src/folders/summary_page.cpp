@@ -22,7 +22,7 @@ constexpr int kCountKind = 421;
 
 constexpr std::string_view kStyle =
     "body{font:15px/1.45 system-ui,sans-serif;max-width:60rem;margin:2rem auto;padding:0 1rem;color:#1b1f24}"
-    "h1{font-size:1.5rem;margin:0}p.sub{color:#59636e;margin:.2rem 0 1.2rem}"
+    "h1{font-size:1.5rem;margin:0}p.sub{color:#59636e;margin:.2rem 0 1.2rem}p.filter{white-space:pre-line}"
     "svg{width:100%;height:auto;font-size:13px}svg rect{fill:#2f6fb0}svg .label{text-anchor:end}"
     "table{border-collapse:collapse;width:100%;margin-top:1.5rem;font-variant-numeric:tabular-nums}"
     "th,td{padding:.3rem .6rem;border-bottom:1px solid #d5dae0;text-align:right}"
@@ -140,6 +140,16 @@ class Summary {
   std::int64_t otherCount_ = 0;
 };
 
+// The plain description: the reports' one is a fragment for the head of a table.
+std::string filterLines(const FolderServices& services) {
+  std::string lines = "<p class=\"filter\">";
+  for (const auto& piece : filter::FilterDescription(services.filter, services.texts, services.currencies).pieces()) {
+    const std::string text = base::escapeHtml(piece.text);
+    lines += piece.isValue ? "<b>" + text + "</b>" : text;
+  }
+  return lines + "</p>\n";
+}
+
 }  // namespace
 
 bool canSummarise(const FolderDefinition& definition) {
@@ -165,9 +175,7 @@ bool writeSummaryPage(FolderView& view, const std::filesystem::path& path) {
   file->write(kStyle);
   file->write("</style></head><body>\n<h1>" + title + "</h1><p class=\"sub\">" +
               base::escapeHtml(summary.chartTitle()) + "</p>\n");
-  if (services.filter.active()) {
-    file->write(filter::FilterDescription(services.filter, services.texts, services.currencies).html(services.main));
-  }
+  if (services.filter.active()) file->write(filterLines(services));
   file->write(summary.chart());
   file->write(summary.table());
   file->write(base::format("<footer>%s %s, %s</footer>\n</body></html>\n", base::kProgramName, base::kProgramVersion,

@@ -41,7 +41,13 @@ constexpr std::array kKinds = {
     KindFormat{431, Format::Hour},
     KindFormat{432, Format::Month},
 };
-constexpr KindFormat kPlain{0, Format::Text};
+
+// Asked for every cell, so by number. Kinds beyond the last one show their text too.
+constexpr auto kByKind = [] {
+  std::array<KindFormat, kKinds.back().kind + 2> all{};
+  for (const KindFormat& format : kKinds) all[static_cast<std::size_t>(format.kind)] = format;
+  return all;
+}();
 
 constexpr std::array kWeekdays = {"IDS_SUNDAY",   "IDS_MONDAY", "IDS_TUESDAY", "IDS_WEDNESDAY",
                                   "IDS_THURSDAY", "IDS_FRIDAY", "IDS_SATURDAY"};
@@ -74,10 +80,8 @@ std::string digits(const jet::Value& value) {
 }  // namespace
 
 const KindFormat& formatOfKind(int kind) {
-  for (const KindFormat& format : kKinds) {
-    if (format.kind == kind) return format;
-  }
-  return kPlain;
+  const auto index = static_cast<std::size_t>(kind);
+  return index < kByKind.size() ? kByKind[index] : kByKind.back();
 }
 
 std::string durationText(std::int64_t seconds) {

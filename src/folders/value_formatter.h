@@ -34,8 +34,8 @@ enum class Format {
 };
 
 struct KindFormat {
-  int kind;
-  Format format;
+  int kind = 0;
+  Format format = Format::Text;
   Alignment alignment = Alignment::Left;
   bool summed = false;  // has a total
 };

@@ -101,7 +101,6 @@ class Workbook {
 
   void writeCell(std::size_t column, const CellValue& cell) {
     const jet::Value& value = *cell.first;
-    const auto moment = value.toDateTime();
     const Format format = formatOfKind(view_.columns()[column].definition->kind).format;
     switch (format) {
       case Format::Money:
@@ -116,7 +115,9 @@ class Workbook {
         break;
       case Format::DateTime:
       case Format::Date:
-        if (moment) return writeNumber(column, moment->serial(), format == Format::Date ? date_ : dateTime_);
+        if (const auto moment = value.toDateTime()) {
+          return writeNumber(column, moment->serial(), format == Format::Date ? date_ : dateTime_);
+        }
         break;
       default:
         break;
