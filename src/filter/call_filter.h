@@ -9,6 +9,7 @@
 #include "filter/condition.h"
 #include "filter/settings.h"
 #include "foundation/config_manager.h"
+#include "jet/database.h"
 #include "platform/clock.h"
 #include "security/session.h"
 
@@ -41,9 +42,16 @@ class CallFilter {
   // Stores all of the values or, when one is wrong (std::invalid_argument, see setValue), none.
   bool set(const std::vector<std::pair<std::string, std::string>>& values);
 
+  // What the filter dialog offers, of the calls that the user may see.
+  [[nodiscard]] std::vector<std::string> offeredAreas(jet::Database& main) const;  // the dialog adds kLocalArea
+  [[nodiscard]] std::vector<std::string> offeredClients(jet::Database& main) const;
+  [[nodiscard]] std::vector<std::string> offeredFolders(jet::Database& main, std::string_view client) const;
+
   [[nodiscard]] foundation::ConfigManager& config() { return config_; }
 
  private:
+  [[nodiscard]] std::vector<std::string> offered(jet::Database& main, std::string statement) const;
+
   foundation::ConfigManager& config_;
   const exchange::PartyDefinitions& definitions_;
   const security::CurrentUser& user_;

@@ -1,5 +1,8 @@
 #include "filter/condition.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "base/printf.h"
 #include "base/text.h"
 #include "jet/parser/parser.h"
@@ -101,15 +104,6 @@ bool endsInRestriction(const Parsed& condition, const Parsed& restriction) {
          sameTree(*top.operands[1], condition.literals, *restriction.tree, restriction.literals);
 }
 
-std::vector<std::string> firstColumn(jet::Database& main, std::string_view sql) {
-  std::vector<std::string> values;
-  main.forEachRow(sql, [&](const std::vector<jet::Value>& row) {
-    values.push_back(row.front().toText());
-    return true;
-  });
-  return values;
-}
-
 }  // namespace
 
 std::string settingsCondition(const FilterSettings& settings, bool extensionIsText) {
@@ -145,18 +139,12 @@ std::string restrictCondition(std::string condition, std::string_view restrictio
   return condition;
 }
 
-std::vector<std::string> offeredAreas(jet::Database& main) {
-  return firstColumn(main, "select distinct(Area) from Calls where Area <> '' and Area <> null order by Area");
-}
-
-std::vector<std::string> offeredClients(jet::Database& main) {
-  return firstColumn(main, "select distinct(owner) from Calls where owner<>'' and owner <> null order by owner");
-}
-
-std::vector<std::string> offeredFolders(jet::Database& main, std::string_view client) {
-  return firstColumn(
-      main,
-      base::format("select distinct(Folder) from Calls where owner='%s' and Folder<>'' and Folder <> null", client));
+std::string restrictStatement(std::string statement, std::string_view restriction) {
+  if (restriction.empty()) return statement;
+  constexpr std::string_view kWhere = " where ";
+  const std::size_t begin = statement.find(kWhere) + kWhere.size();
+  const std::size_t end = std::min(statement.rfind(" order by "), statement.size());
+  return statement.replace(begin, end - begin, restrictCondition(statement.substr(begin, end - begin), restriction));
 }
 
 }  // namespace filter

@@ -2,10 +2,8 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "filter/settings.h"
-#include "jet/database.h"
 #include "jet/error.h"
 
 namespace filter {
@@ -25,10 +23,11 @@ class RestrictionError : public jet::Error {
 // and brackets the filter's values hold; jet::Error 3075 when the restriction by itself does not parse.
 [[nodiscard]] std::string restrictCondition(std::string condition, std::string_view restriction);
 
-// What the filter dialog offers. "Local" stands for calls without an area.
+// A select over `Calls` whose condition is narrowed by the restriction; unchanged when there is none. Throws as
+// restrictCondition.
+[[nodiscard]] std::string restrictStatement(std::string statement, std::string_view restriction);
+
+// How an empty area is called.
 inline constexpr std::string_view kLocalArea = "Local";
-[[nodiscard]] std::vector<std::string> offeredAreas(jet::Database& main);  // without the entry "Local"
-[[nodiscard]] std::vector<std::string> offeredClients(jet::Database& main);
-[[nodiscard]] std::vector<std::string> offeredFolders(jet::Database& main, std::string_view client);
 
 }  // namespace filter

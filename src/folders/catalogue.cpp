@@ -4,6 +4,17 @@ namespace folders {
 
 namespace {
 
+constexpr std::size_t kCaptionLength = 31;  // characters
+
+std::string firstCharacters(const std::string& text, std::size_t count) {
+  std::size_t at = 0;
+  for (; at < text.size(); ++at) {
+    const bool startsCharacter = (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
+    if (startsCharacter && count-- == 0) break;
+  }
+  return text.substr(0, at);
+}
+
 constexpr unsigned kKeyFlags = ColumnShown | ColumnKey;
 
 constexpr ColumnDefinition field(int kind, const char* caption, const char* name) {
@@ -181,6 +192,10 @@ const FolderDefinition* findFolder(int id) {
 
 std::span<const ColumnDefinition> contactColumns() {
   return kContacts;
+}
+
+std::string folderCaption(const FolderDefinition& definition, const foundation::LanguageFile& texts) {
+  return firstCharacters(texts.Translate(definition.caption), kCaptionLength);
 }
 
 std::string currentCondition(const FolderDefinition& definition, const FolderServices& services) {

@@ -53,6 +53,9 @@ struct FolderDefinition {
 // The contacts list: like a folder, but of its own store.
 [[nodiscard]] std::span<const ColumnDefinition> contactColumns();
 
+// The folder's caption as it shows in the tree: translated, up to 31 characters.
+[[nodiscard]] std::string folderCaption(const FolderDefinition& definition, const foundation::LanguageFile& texts);
+
 // True for the folders that group calls.
 [[nodiscard]] inline bool isStatistic(const FolderDefinition& definition) {
   return definition.grouping[0] != '\0';

@@ -9,21 +9,6 @@
 
 namespace folders {
 
-namespace {
-
-constexpr std::size_t kCaptionLength = 31;  // characters
-
-std::string firstCharacters(const std::string& text, std::size_t count) {
-  std::size_t at = 0;
-  for (; at < text.size(); ++at) {
-    const bool startsCharacter = (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
-    if (startsCharacter && count-- == 0) break;
-  }
-  return text.substr(0, at);
-}
-
-}  // namespace
-
 std::string applySurcharge(std::string sql, foundation::ConfigManager& config) {
   constexpr std::string_view kPlaceholder = "%ADD%";
   if (sql.find(kPlaceholder) == std::string::npos) return sql;
@@ -34,7 +19,7 @@ std::string applySurcharge(std::string sql, foundation::ConfigManager& config) {
 CDbFolder::CDbFolder(const FolderDefinition& definition, const FolderServices& services)
     : definition_(definition),
       services_(services),
-      caption_(firstCharacters(services.texts.Translate(definition.caption), kCaptionLength)),
+      caption_(folderCaption(definition, services.texts)),
       flags_(definition.flags) {
   if ((flags_ & FolderConditional) != 0) updateCondition();
 }

@@ -6,18 +6,12 @@
 
 #include "exchange/party_definitions.h"
 #include "filter/call_filter.h"
-#include "foundation/scripted_operator.h"
-#include "foundation/temporary_folder.h"
 #include "schema/schema.h"
 #include "security/audit_log.h"
+#include "support/fixed_clock.h"
+#include "support/scripted_operator.h"
+#include "support/temporary_folder.h"
 #include "tariff/currencies.h"
-
-// Stands still.
-class FixedClock : public platform::Clock {
- public:
-  [[nodiscard]] base::DateTime now() const override { return moment; }
-  base::DateTime moment = *base::DateTime::fromParts(2025, 3, 31, 14, 5, 9);
-};
 
 // An office with an empty database, its settings and a filter.
 class CallOffice {
@@ -51,7 +45,7 @@ class CallOffice {
 
   TemporaryFolder folder;
   ScriptedOperator person;
-  FixedClock clock;
+  FixedClock clock{*base::DateTime::fromParts(2025, 3, 31, 14, 5, 9)};
   std::unique_ptr<jet::Database> main = schema::createMainDatabase(folder / schema::kMainFile);
   foundation::MachineStore store{folder / "store.ini"};
   foundation::ChangeTags tags{person};

@@ -74,7 +74,7 @@ TEST(CallFilter, MonthsAreWholeMonths) {
   EXPECT_EQ(period(), "03/01/2025 00:00:00 - 03/31/2025 23:59:59");
   office.filter.previousMonth();  // on the 31st, of a month with 28 days
   EXPECT_EQ(period(), "02/01/2025 00:00:00 - 02/28/2025 23:59:59");
-  office.clock.moment = *base::DateTime::fromParts(2024, 1, 15);
+  office.clock.time = *base::DateTime::fromParts(2024, 1, 15);
   office.filter.previousMonth();
   EXPECT_EQ(period(), "12/01/2023 00:00:00 - 12/31/2023 23:59:59");
   EXPECT_TRUE(office.filter.active());
@@ -104,9 +104,13 @@ TEST(CallFilter, ListsOfTheDialogHoldWhatOccurs) {
   office.call({{"Area", "Bari"}, {"Owner", "Acme"}, {"Folder", ""}});
   office.call({{"Area", ""}, {"Owner", "Zeta"}, {"Folder", "F9"}});
   office.call({{"TotalTime", 1}});
-  EXPECT_EQ(offeredAreas(*office.main), (std::vector<std::string>{"Bari", "Roma"}));
-  EXPECT_EQ(offeredClients(*office.main), (std::vector<std::string>{"Acme", "Zeta"}));
-  EXPECT_EQ(offeredFolders(*office.main, "Acme"), (std::vector<std::string>{"F2"}));
+  EXPECT_EQ(office.filter.offeredAreas(*office.main), (std::vector<std::string>{"Bari", "Roma"}));
+  EXPECT_EQ(office.filter.offeredClients(*office.main), (std::vector<std::string>{"Acme", "Zeta"}));
+  EXPECT_EQ(office.filter.offeredFolders(*office.main, "Acme"), (std::vector<std::string>{"F2"}));
+  office.user.SQLSubquery = "Owner='Acme' or Owner is null";
+  EXPECT_EQ(office.filter.offeredClients(*office.main), (std::vector<std::string>{"Acme"}));
+  EXPECT_TRUE(office.filter.offeredFolders(*office.main, "Zeta").empty());
+  EXPECT_THROW((void)office.filter.offeredFolders(*office.main, "x' or owner='Zeta"), RestrictionError);
 }
 
 }  // namespace
