@@ -2,8 +2,7 @@
 
 #include "base/text.h"
 #include "jet/error.h"
-#include "jet/operators.h"
-#include "jet/parser/parser.h"
+#include "jet/memory/snapshot_search.h"
 
 namespace jet {
 
@@ -17,18 +16,9 @@ std::size_t Snapshot::column(std::string_view name) const {
 }
 
 std::optional<std::size_t> Snapshot::findFirst(std::string_view criteria) const {
-  const ExpressionPtr condition = parseCondition(criteria);
-  Shape shape;
-  shapeOf(criteria, shape);
-  const bool equality = condition->op == Operator::Equal && condition->operands.size() == 2 &&
-                        condition->operands[0]->kind == Expression::Kind::Column &&
-                        condition->operands[1]->kind == Expression::Kind::Literal;
-  if (!equality) throw Error(3061, "Too few parameters. Expected 1.", std::string(criteria));
-  const std::size_t searched = column(condition->operands[0]->name);
-  for (std::size_t row = 0; row < rowCount(); ++row) {
-    if (compare(at(row, searched), shape.literals[condition->operands[1]->parameter]) == 0) return row;
-  }
-  return std::nullopt;
+  if (!table_) return std::nullopt;
+  if (!table_->search) table_->search = std::make_shared<memory::SnapshotSearch>(*table_);
+  return table_->search->findFirst(criteria);
 }
 
 }  // namespace jet

@@ -46,7 +46,7 @@ class Snapshot {
 
   // The first row that meets the criteria (as Recordset::findFirst takes them); nothing when there is none. Repeated
   // searches by `column = value` on snapshots that share their rows find the row by an index.
-  // Errors: 3075 syntax, 3061 unknown column.
+  // Errors: 3075 syntax, 3061 unknown column, 3421 for a comparison of two columns of unlike types.
   [[nodiscard]] std::optional<std::size_t> findFirst(std::string_view criteria) const;
 
  private:

@@ -1,0 +1,250 @@
+#include "jet/memory/evaluator.h"
+
+#include <algorithm>
+
+#include "jet/compared_literal.h"
+#include "jet/function_types.h"
+
+namespace jet::memory {
+
+namespace {
+
+using Kind = BoundExpression::Kind;
+
+const Value kNull;
+
+Truth truthOf(bool value) {
+  return value ? Truth::True : Truth::False;
+}
+
+Truth negated(Truth value) {
+  return static_cast<Truth>(2 - static_cast<int>(value));
+}
+
+Value toValue(Truth value) {
+  return value == Truth::Unknown ? Value() : Value(value == Truth::True);
+}
+
+Truth truthOf(const Value& value) {
+  const std::optional<bool> known = truth(value);
+  return known ? truthOf(*known) : Truth::Unknown;
+}
+
+template <typename T>
+int order(T left, T right) {
+  return left < right ? -1 : left > right ? 1 : 0;
+}
+
+bool isCount(const Value& value) {
+  return value.type() == Type::Long || value.type() == Type::Double;
+}
+
+bool holdsOrder(Operator op, int order) {
+  switch (op) {
+    case Operator::Equal:
+      return order == 0;
+    case Operator::NotEqual:
+      return order != 0;
+    case Operator::Less:
+      return order < 0;
+    case Operator::LessOrEqual:
+      return order <= 0;
+    case Operator::Greater:
+      return order > 0;
+    default:  // GreaterOrEqual
+      return order >= 0;
+  }
+}
+
+unsigned char foldByte(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte + 32) : byte;
+}
+
+enum class Begins { No, Yes, Undecided };
+
+// Whether the text begins with a pattern's own characters; undecided where it holds wildcards or other letters than
+// A-Z.
+Begins beginsWith(std::string_view text, std::string_view pattern) {
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    const char c = pattern[i];
+    if (c == '*' || c == '?' || c == '#' || c == '[' || static_cast<unsigned char>(c) >= 0x80) return Begins::Undecided;
+    if (i >= text.size()) return Begins::No;
+    if (static_cast<unsigned char>(text[i]) >= 0x80) return Begins::Undecided;
+    if (foldByte(c) != foldByte(text[i])) return Begins::No;
+  }
+  return Begins::Yes;
+}
+
+}  // namespace
+
+int sortOrder(const Value& left, const Value& right) {
+  if (left.isNull() || right.isNull()) return order(!left.isNull(), !right.isNull());
+  if (left.type() == right.type()) {
+    switch (left.type()) {
+      case Type::Boolean:
+        return order(left.boolean(), right.boolean());
+      case Type::Long:
+        return order(left.integer(), right.integer());
+      case Type::Double:
+        return order(left.number(), right.number());
+      case Type::DateTime:
+        return order(left.dateTime().secondsSinceDayZero(), right.dateTime().secondsSinceDayZero());
+      default:
+        break;
+    }
+  }
+  return compare(left, right).value_or(0);
+}
+
+Value asColumn(Value value, Type type) {
+  switch (value.type()) {
+    case Type::Boolean:
+      if (type == Type::Boolean) return value;
+      return type == Type::Double ? Value(value.boolean() ? 1.0 : 0.0) : Value(value.boolean() ? 1 : 0);
+    case Type::Long:
+      if (type == Type::Boolean) return Value(value.integer() != 0);
+      return type == Type::Double ? Value(value.toDouble()) : value;
+    case Type::Double:
+      return type == Type::Boolean ? Value(value.number() != 0) : value;
+    default:
+      return value;
+  }
+}
+
+void Evaluator::begin(const std::vector<LiteralUse>& uses, std::size_t resultCount, std::span<const Value> literals) {
+  if (literals_.size() < uses.size()) literals_.resize(uses.size());
+  if (results_.size() < resultCount) results_.resize(resultCount);
+  for (std::size_t i = 0; i < uses.size(); ++i) {
+    const Value& given = literals[uses[i].parameter];
+    if (uses[i].target == Type::Null || uses[i].target == given.type()) {
+      literals_[i] = given;
+    } else {
+      literals_[i] = comparedAs(given, uses[i].target, uses[i].ordering);
+    }
+  }
+}
+
+const Value& Evaluator::value(const BoundExpression& expression) {
+  switch (expression.kind) {
+    case Kind::Null:
+      return kNull;
+    case Kind::Literal:
+      return literals_[expression.index];
+    case Kind::Column:
+      return row_[expression.index];
+    default: {
+      Value& result = results_[expression.result];
+      result = asColumn(compute(expression), expression.type);
+      return result;
+    }
+  }
+}
+
+Value Evaluator::compute(const BoundExpression& expression) {
+  switch (expression.kind) {
+    case Kind::Negate:
+      return negate(value(expression.operands[0]));
+    case Kind::Arithmetic:
+      return apply(expression.op, value(expression.operands[0]), value(expression.operands[1]));
+    case Kind::Join: {
+      const Value& left = value(expression.operands[0]);
+      const Value& right = value(expression.operands[1]);
+      return left.isNull() || right.isNull() ? Value() : concatenate(left, right);
+    }
+    case Kind::Concatenate:
+      return concatenate(value(expression.operands[0]), value(expression.operands[1]));
+    case Kind::Choice: {
+      const bool yes = holds(expression.operands[0]);
+      return value(expression.operands[yes ? 1 : 2]);
+    }
+    case Kind::Call:
+      return call(expression);
+    default:
+      return toValue(test(expression));
+  }
+}
+
+Value Evaluator::call(const BoundExpression& expression) {
+  std::vector<Value> arguments;
+  arguments.reserve(expression.operands.size());
+  for (const BoundExpression& operand : expression.operands) arguments.push_back(value(operand));
+  return expression.function->call(arguments);
+}
+
+Truth Evaluator::test(const BoundExpression& expression) {
+  switch (expression.kind) {
+    case Kind::Null:
+      return Truth::Unknown;
+    case Kind::Not:
+      return negated(test(expression.operands[0]));
+    case Kind::IsNull:
+      return truthOf(value(expression.operands[0]).isNull());
+    case Kind::IsNotNull:
+      return truthOf(!value(expression.operands[0]).isNull());
+    case Kind::Compare:
+      return compareSides(expression);
+    case Kind::CompareTruth:
+      return compareTruth(expression);
+    case Kind::Like:
+      return testLike(expression);
+    case Kind::LikeOwnPrefix:
+      return testOwnPrefix(expression);
+    case Kind::Logic:
+      return testLogic(expression);
+    default:
+      return truthOf(value(expression));
+  }
+}
+
+Truth Evaluator::testLogic(const BoundExpression& expression) {
+  const Truth left = test(expression.operands[0]);
+  if (expression.op == Operator::And) {
+    return left == Truth::False ? left : std::min(left, test(expression.operands[1]));
+  }
+  if (expression.op == Operator::Or) return left == Truth::True ? left : std::max(left, test(expression.operands[1]));
+  const Truth right = test(expression.operands[1]);
+  if (expression.op == Operator::Imp) return std::max(negated(left), right);
+  if (left == Truth::Unknown || right == Truth::Unknown) return Truth::Unknown;
+  return truthOf((left == right) == (expression.op == Operator::Eqv));
+}
+
+Truth Evaluator::compareSides(const BoundExpression& expression) {
+  const Value& left = value(expression.operands[0]);
+  const Value& right = value(expression.operands[1]);
+  if (left.isNull() || right.isNull()) return Truth::Unknown;
+  // A literal that could not become of the column's type.
+  if (left.type() != right.type() && !(isCount(left) && isCount(right))) {
+    return truthOf(expression.op == Operator::NotEqual);
+  }
+  return truthOf(holdsOrder(expression.op, sortOrder(left, right)));
+}
+
+Truth Evaluator::compareTruth(const BoundExpression& expression) {
+  const Truth left = truthOf(value(expression.operands[0]));
+  const Truth right = truthOf(value(expression.operands[1]));
+  if (left == Truth::Unknown || right == Truth::Unknown) return Truth::Unknown;
+  return truthOf((left == right) == (expression.op == Operator::Equal));
+}
+
+Truth Evaluator::testLike(const BoundExpression& expression) {
+  const Value& text = value(expression.operands[0]);
+  const Value& pattern = value(expression.operands[1]);
+  if (text.isNull() || pattern.isNull()) return Truth::Unknown;
+  if (text.type() == Type::Text && pattern.type() == Type::Text) return truthOf(like(text.text(), pattern.text()));
+  return truthOf(like(text.toText(), pattern.toText()));
+}
+
+Truth Evaluator::testOwnPrefix(const BoundExpression& expression) {
+  const std::string& text = value(expression.operands[0]).text();
+  const Value& prefix = value(expression.operands[1]);
+  const std::string& ending = value(expression.operands[2]).text();
+  if (prefix.isNull()) return Truth::Unknown;
+  if (ending == "*") {
+    const Begins begins = beginsWith(text, prefix.text());
+    if (begins != Begins::Undecided) return truthOf(begins == Begins::Yes);
+  }
+  return truthOf(like(text, prefix.text() + ending));
+}
+
+}  // namespace jet::memory
