@@ -87,6 +87,9 @@ class CServerDoc {
   [[nodiscard]] const folders::ValueFormatter& valueFormatter() const { return *formatter_; }
   [[nodiscard]] bool HasRight(int object, int right);
   [[nodiscard]] std::filesystem::path databaseFolder() const { return main_->path().parent_path(); }
+  // Height of the main window's upper pane in percent; kept at the close.
+  [[nodiscard]] int upperPane() const { return upperPane_; }
+  void setUpperPane(int percent) { upperPane_ = percent; }
   // A page that may be written and shown; removed at the close.
   [[nodiscard]] const std::filesystem::path& previewFile() const { return previewFile_; }
 

@@ -51,7 +51,7 @@ std::optional<security::Credentials> QtLoginPrompt::askLogin(const std::string& 
   auto* password = dialog.addField("<IDS_PASSWORD>", "password", true);
   name->setText(toQt(proposedName));
   if (!proposedName.empty()) password->setFocus();
-  translateWindow(dialog, language_);
+  translateWindow(dialog, language_());
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   security::Credentials given{fromQt(name->text()), fromQt(password->text())};
   config_.WriteConfigString(given.name, "LastUser", "general", foundation::StoreMachine);
@@ -64,7 +64,7 @@ std::optional<security::PasswordChange> QtLoginPrompt::askPasswordChange(const s
   auto* current = dialog.addField("<IDS_CURRENT_PASSWORD>", "current", true);
   auto* wanted = dialog.addField("<IDS_NEW_PASSWORD>", "wanted", true);
   auto* repeated = dialog.addField("<IDS_REPEAT_PASSWORD>", "repeated", true);
-  translateWindow(dialog, language_);
+  translateWindow(dialog, language_());
   dialog.setWindowTitle(dialog.windowTitle() + " - " + toQt(userName));
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return security::PasswordChange{fromQt(current->text()), fromQt(wanted->text()), fromQt(repeated->text())};

@@ -2,6 +2,7 @@
 
 #include <QPointer>
 #include <QWidget>
+#include <functional>
 #include <memory>
 
 #include "foundation/config_manager.h"
@@ -13,8 +14,10 @@ namespace ui {
 // The login and the password dialog.
 class QtLoginPrompt : public security::LoginPrompt {
  public:
-  explicit QtLoginPrompt(foundation::ConfigManager& config, const foundation::LanguageFile& language)
-      : config_(config), language_(language) {}
+  // The texts are asked for when a dialog opens: the prompt exists before they are loaded.
+  using Language = std::function<const foundation::LanguageFile&()>;
+  QtLoginPrompt(foundation::ConfigManager& config, Language language)
+      : config_(config), language_(std::move(language)) {}
 
   void setParent(QWidget* parent) { parent_ = parent; }
   std::optional<security::Credentials> askLogin(const std::string& proposedName) override;
@@ -22,7 +25,7 @@ class QtLoginPrompt : public security::LoginPrompt {
 
  private:
   foundation::ConfigManager& config_;
-  const foundation::LanguageFile& language_;
+  Language language_;
   QPointer<QWidget> parent_;
 };
 

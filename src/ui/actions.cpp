@@ -1,0 +1,200 @@
+#include "ui/actions.h"
+
+#include <QMenu>
+#include <functional>
+#include <optional>
+
+#include "security/rights.h"
+
+namespace ui {
+
+namespace {
+
+enum class Menu { File, Calls, Filter, View, Contacts, Tools, Help };
+
+struct MenuText {
+  Menu menu;
+  const char* key;
+};
+constexpr MenuText kMenus[] = {
+    {Menu::File, "IDS_MENU_FILE"}, {Menu::Calls, "IDS_MENU_CALLS"},       {Menu::Filter, "IDS_MENU_FILTER"},
+    {Menu::View, "IDS_MENU_VIEW"}, {Menu::Contacts, "IDS_MENU_CONTACTS"}, {Menu::Tools, "IDS_MENU_TOOLS"},
+    {Menu::Help, "IDS_MENU_HELP"},
+};
+
+enum Where : unsigned { InMenu = 1, InToolBar = 2, InContextMenu = 4, BeforeSeparator = 8 };
+
+struct Declaration {
+  Command command;
+  Menu menu;
+  const char* textKey;
+  const char* shortcut;
+  std::optional<Icon> icon;
+  unsigned where;
+  int object;  // 0: for everybody
+  int right;
+};
+
+using security::ObjectAdministration;
+using security::ObjectCalls;
+using security::RightChange;
+using security::RightView;
+
+constexpr Declaration kDeclarations[] = {
+    {Command::Import, Menu::File, "IDS_ACTION_IMPORT", "F9", Icon::Import, InMenu | InToolBar | BeforeSeparator,
+     ObjectCalls, RightChange},
+    {Command::Report, Menu::File, "IDS_ACTION_REPORT", "Ctrl+R", Icon::Report, InMenu | InToolBar, ObjectCalls,
+     RightView},
+    {Command::Print, Menu::File, "IDS_ACTION_PRINT", "Ctrl+P", {}, InMenu, ObjectCalls, RightView},
+    {Command::Export, Menu::File, "IDS_ACTION_EXPORT", "Ctrl+E", {}, InMenu | InContextMenu, ObjectCalls, RightView},
+    {Command::Summary, Menu::File, "IDS_ACTION_SUMMARY", "", Icon::Statistic, InMenu, ObjectCalls, RightView},
+    {Command::Bill, Menu::File, "IDS_ACTION_BILL", "Ctrl+B", Icon::Bill, InMenu | InToolBar | BeforeSeparator,
+     ObjectCalls, RightView},
+    {Command::Settings, Menu::File, "IDS_ACTION_SETTINGS", "Ctrl+,", Icon::Settings, InMenu | InToolBar,
+     ObjectAdministration, RightView},
+    {Command::Password, Menu::File, "IDS_ACTION_PASSWORD", "", {}, InMenu | BeforeSeparator, 0, 0},
+    {Command::Quit, Menu::File, "IDS_ACTION_QUIT", "Ctrl+Q", {}, InMenu, 0, 0},
+    {Command::ShowCalls, Menu::Calls, "IDS_ACTION_SHOW_CALLS", "", Icon::Calls, InMenu | InContextMenu, ObjectCalls,
+     RightView},
+    {Command::HideNumber,
+     Menu::Calls,
+     "IDS_ACTION_HIDE_NUMBER",
+     "Ctrl+H",
+     {},
+     InMenu | InContextMenu,
+     ObjectCalls,
+     RightChange},
+    {Command::ShowNumber,
+     Menu::Calls,
+     "IDS_ACTION_SHOW_NUMBER",
+     "Ctrl+Shift+H",
+     {},
+     InMenu | InContextMenu | BeforeSeparator,
+     ObjectCalls,
+     RightChange},
+    {Command::Recalc, Menu::Calls, "IDS_ACTION_RECALC", "", Icon::Recalc, InMenu, ObjectCalls, RightChange},
+    {Command::DeleteZeroLength, Menu::Calls, "IDS_ACTION_DELETE_ZERO", "", {}, InMenu, ObjectCalls, RightChange},
+    {Command::ResetCalls, Menu::Calls, "IDS_ACTION_RESET_CALLS", "", {}, InMenu, ObjectAdministration, RightChange},
+    {Command::Filter, Menu::Filter, "IDS_ACTION_FILTER", "Ctrl+F", Icon::Filter, InMenu | InToolBar, ObjectCalls,
+     RightView},
+    {Command::FilterOn,
+     Menu::Filter,
+     "IDS_ACTION_FILTER_ON",
+     "Ctrl+Shift+F",
+     {},
+     InMenu | BeforeSeparator,
+     ObjectCalls,
+     RightView},
+    {Command::FilterByValue,
+     Menu::Filter,
+     "IDS_ACTION_FILTER_VALUE",
+     "Ctrl+G",
+     {},
+     InMenu | InContextMenu,
+     ObjectCalls,
+     RightView},
+    {Command::ThisMonth, Menu::Filter, "IDS_ACTION_THIS_MONTH", "F7", Icon::Calendar, InMenu | InToolBar, ObjectCalls,
+     RightView},
+    {Command::PreviousMonth,
+     Menu::Filter,
+     "IDS_ACTION_PREVIOUS_MONTH",
+     "F6",
+     {},
+     InMenu | BeforeSeparator,
+     ObjectCalls,
+     RightView},
+    {Command::ClearFilter, Menu::Filter, "IDS_ACTION_CLEAR_FILTER", "", {}, InMenu, ObjectCalls, RightView},
+    {Command::Copy, Menu::View, "IDS_ACTION_COPY", "Ctrl+C", {}, InMenu | InContextMenu, 0, 0},
+    {Command::Columns, Menu::View, "IDS_ACTION_COLUMNS", "", {}, InMenu | InContextMenu | BeforeSeparator, 0, 0},
+    {Command::Refresh, Menu::View, "IDS_ACTION_REFRESH", "F5", {}, InMenu, 0, 0},
+    {Command::SearchContacts, Menu::Contacts, "IDS_ACTION_SEARCH_CONTACTS", "Ctrl+K", Icon::Search, InMenu | InToolBar,
+     ObjectCalls, RightView},
+    {Command::NewContact, Menu::Contacts, "IDS_ACTION_NEW_CONTACT", "", Icon::Contacts, InMenu, ObjectCalls,
+     RightChange},
+    {Command::AddToContacts,
+     Menu::Contacts,
+     "IDS_ACTION_ADD_CONTACT",
+     "Ctrl+D",
+     {},
+     InMenu | InContextMenu | BeforeSeparator,
+     ObjectCalls,
+     RightChange},
+    {Command::ResetContacts,
+     Menu::Contacts,
+     "IDS_ACTION_RESET_CONTACTS",
+     "",
+     {},
+     InMenu,
+     ObjectAdministration,
+     RightChange},
+    {Command::New,
+     Menu::Tools,
+     "IDS_ACTION_NEW",
+     "Ctrl+N",
+     {},
+     InMenu | InContextMenu,
+     ObjectAdministration,
+     RightChange},
+    {Command::Edit,
+     Menu::Tools,
+     "IDS_ACTION_EDIT",
+     "",
+     {},
+     InMenu | InContextMenu | BeforeSeparator,
+     ObjectAdministration,
+     RightChange},
+    {Command::Currencies, Menu::Tools, "IDS_ACTION_CURRENCIES", "", {}, InMenu, ObjectAdministration, RightView},
+    {Command::LogFilter, Menu::Tools, "IDS_ACTION_LOG_FILTER", "", Icon::LogFiltered, InMenu, ObjectAdministration,
+     RightView},
+    {Command::ClearLog, Menu::Tools, "IDS_ACTION_CLEAR_LOG", "", {}, InMenu, ObjectAdministration, RightChange},
+    {Command::Manual, Menu::Help, "IDS_ACTION_MANUAL", "F1", {}, InMenu, 0, 0},
+    {Command::Support, Menu::Help, "IDS_ACTION_SUPPORT", "", {}, InMenu, 0, 0},
+    {Command::Updates, Menu::Help, "IDS_ACTION_UPDATES", "", {}, InMenu | BeforeSeparator, 0, 0},
+    {Command::About, Menu::Help, "IDS_ACTION_ABOUT", "", Icon::Program, InMenu, 0, 0},
+};
+
+}  // namespace
+
+Actions::Actions(const Texts& texts, const std::function<bool(int, int)>& allowed, QObject* parent)
+    : QObject(parent), texts_(texts) {
+  for (const Declaration& declared : kDeclarations) {
+    auto* action = new QAction(texts(declared.textKey), this);
+    action->setObjectName(declared.textKey);
+    if (declared.shortcut[0] != '\0') action->setShortcut(QKeySequence(declared.shortcut));
+    if (declared.icon) action->setIcon(icon(*declared.icon));
+    action->setVisible(declared.object == 0 || allowed(declared.object, declared.right));
+    // What is not offered must not answer to its key either.
+    action->setEnabled(action->isVisible());
+    connect(action, &QAction::triggered, this, [this, command = declared.command] { emit triggered(command); });
+    actions_[declared.command] = action;
+  }
+  actions_[Command::FilterOn]->setCheckable(true);
+}
+
+void Actions::fillMenuBar(QMenuBar& bar) const {
+  for (const MenuText& menu : kMenus) {
+    QMenu* shown = bar.addMenu(texts_(menu.key));
+    for (const Declaration& declared : kDeclarations) {
+      if (declared.menu != menu.menu || (declared.where & InMenu) == 0) continue;
+      shown->addAction(actions_.at(declared.command));
+      if ((declared.where & BeforeSeparator) != 0) shown->addSeparator();
+    }
+  }
+}
+
+void Actions::fillToolBar(QToolBar& bar) const {
+  for (const Declaration& declared : kDeclarations) {
+    if ((declared.where & InToolBar) == 0) continue;
+    bar.addAction(actions_.at(declared.command));
+    if ((declared.where & BeforeSeparator) != 0) bar.addSeparator();
+  }
+}
+
+void Actions::fillContextMenu(QMenu& menu) const {
+  for (const Declaration& declared : kDeclarations) {
+    if ((declared.where & InContextMenu) == 0 || !actions_.at(declared.command)->isEnabled()) continue;
+    menu.addAction(actions_.at(declared.command));
+  }
+}
+
+}  // namespace ui

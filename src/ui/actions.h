@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QAction>
+#include <QMenuBar>
+#include <QToolBar>
+#include <functional>
+#include <map>
+
+#include "ui/icons.h"
+#include "ui/texts.h"
+
+namespace ui {
+
+enum class Command {
+  Import,
+  Report,
+  Print,
+  Export,
+  Summary,
+  Bill,
+  Settings,
+  Password,
+  Quit,
+  Filter,
+  FilterOn,
+  ClearFilter,
+  ThisMonth,
+  PreviousMonth,
+  FilterByValue,
+  ShowCalls,
+  HideNumber,
+  ShowNumber,
+  AddToContacts,
+  Recalc,
+  DeleteZeroLength,
+  ResetCalls,
+  SearchContacts,
+  NewContact,
+  ResetContacts,
+  New,
+  Edit,
+  Copy,
+  Columns,
+  Refresh,
+  Currencies,
+  LogFilter,
+  ClearLog,
+  Manual,
+  Support,
+  Updates,
+  About,
+};
+
+// Everything that can be done from the main window, declared in one place: text, key, icon, menu, and the right without
+// which it is not offered.
+class Actions : public QObject {
+  Q_OBJECT
+
+ public:
+  // `allowed` tells whether the session has a right.
+  Actions(const Texts& texts, const std::function<bool(int object, int right)>& allowed, QObject* parent);
+
+  [[nodiscard]] QAction* operator[](Command command) const { return actions_.at(command); }
+  void fillMenuBar(QMenuBar& bar) const;
+  void fillToolBar(QToolBar& bar) const;
+  // What can be done with the row under the pointer.
+  void fillContextMenu(QMenu& menu) const;
+
+ signals:
+  void triggered(ui::Command command);
+
+ private:
+  const Texts& texts_;
+  std::map<Command, QAction*> actions_;
+};
+
+}  // namespace ui

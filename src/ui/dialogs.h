@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QWidget>
+
+#include "folders/folder_view.h"
+#include "server/server_doc.h"
+#include "ui/texts.h"
+
+namespace ui {
+
+// The modal dialogs that the main window opens. Those that change something return true when they did.
+
+bool editCallFilter(server::CServerDoc& document, const Texts& texts, QWidget* parent);
+bool editLogFilter(server::CServerDoc& document, const Texts& texts, QWidget* parent);
+bool editCurrencies(server::CServerDoc& document, const Texts& texts, QWidget* parent);
+// The database-update dialog: repricing and the like over a period.
+bool updateStoredCalls(server::CServerDoc& document, const Texts& texts, QWidget* parent);
+// The bill of an extension; `extension` is proposed, may be empty.
+void makeBill(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& extension);
+void searchContacts(server::CServerDoc& document, const Texts& texts, QWidget* parent);
+bool editContact(server::CServerDoc& document, const Texts& texts, QWidget* parent, std::int32_t recordId);
+bool addContact(server::CServerDoc& document, const Texts& texts, QWidget* parent);
+// User (group) of that name; an empty name makes a new one.
+bool editUser(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& name);
+bool editGroup(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& name);
+void showAbout(const Texts& texts, QWidget* parent);
+
+enum class ReportUse { Open, Print };
+// The list report of an open folder, in the folder of setting "Path" or the user's documents.
+void makeListReport(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder,
+                    ReportUse use);
+// The page with a statistic folder's chart.
+void makeSummaryPage(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder);
+// Asks for a file name: CSV or XLSX.
+void exportFolder(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder);
+
+}  // namespace ui

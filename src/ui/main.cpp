@@ -1,0 +1,74 @@
+#include <QApplication>
+#include <QFile>
+#include <filesystem>
+
+#include "base/version.h"
+#include "platform/clock.h"
+#include "server/server_app.h"
+#include "server/server_doc.h"
+#include "ui/first_run.h"
+#include "ui/login_dialogs.h"
+#include "ui/main_frame.h"
+#include "ui/qt_document_handler.h"
+#include "ui/qt_operator.h"
+
+namespace {
+
+// The words behind the program's name, as one text: a profile or "/v".
+std::string commandLineOf(const QStringList& arguments) {
+  return ui::fromQt(QStringList(arguments.mid(1)).join(' '));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setApplicationName(base::kProgramName);
+  QApplication::setApplicationDisplayName(base::kProgramName);
+  QApplication::setApplicationVersion(base::kProgramVersion);
+
+  ui::QtOperator person;
+  ui::QtDocumentHandler documents;
+  const platform::SystemClock clock;
+  const auto storeFile = foundation::MachineStore::defaultFile();
+  const std::filesystem::path programFolder(ui::fromQt(QApplication::applicationDirPath()));
+
+  // The login prompt needs the application's settings and texts, which need the prompt among their surroundings.
+  foundation::MachineStore store(storeFile);
+  foundation::ConfigManager settings(store);
+  foundation::LanguageFile noTexts;
+  std::unique_ptr<server::CServerApp> app;
+  ui::QtLoginPrompt login(
+      settings, [&app, &noTexts]() -> const foundation::LanguageFile& { return app ? app->language() : noTexts; });
+  app = std::make_unique<server::CServerApp>(
+      storeFile, programFolder, server::Surroundings{person, login, clock, documents, [&](const std::string& reason) {
+                                                       return ui::chooseDatabaseFolder(settings, reason,
+                                                                                       ui::Texts(app->language()));
+                                                     }});
+  switch (app->InitInstance(commandLineOf(QApplication::arguments()), server::CServerApp::OneCopy::Enforced)) {
+    case server::CServerApp::Start::Ended:
+      return 0;
+    case server::CServerApp::Start::Failed:
+      if (app->anotherCopyRuns()) person.messageBox(app->language().Translate("IDS_ANOTHER_COPY"));
+      return 1;
+    case server::CServerApp::Start::Ready:
+      break;
+  }
+  const ui::Texts texts(app->language());
+  if (!ui::firstRun(settings, texts, programFolder)) return 0;
+
+  server::CServerDoc document(*app);
+  if (!document.OnNewDocument(server::StartDuties{})) return 1;
+  int status = 0;
+  {
+    ui::CMainFrame frame(document, texts);
+    person.setParent(&frame);
+    login.setParent(&frame);
+    person.setCancelText(texts("IDS_CANCEL"));
+    frame.start();
+    frame.show();
+    status = QApplication::exec();
+  }
+  document.OnCloseDocument();
+  return status;
+}

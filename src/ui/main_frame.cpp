@@ -1,0 +1,318 @@
+#include "ui/main_frame.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMessageBox>
+#include <QScreen>
+#include <QStatusBar>
+#include <QToolBar>
+#include <algorithm>
+#include <cstring>
+
+#include "base/printf.h"
+#include "base/version.h"
+#include "folders/call_totals.h"
+#include "security/rights.h"
+#include "server/service.h"
+#include "ui/command_handler.h"
+
+namespace ui {
+
+namespace {
+
+constexpr std::string_view kGeneral = "general";
+// The chart reads this many rows of a statistic folder; beyond them bars are too many to read.
+constexpr int kChartRows = 400;
+constexpr int kKindCount = 421;
+constexpr int kKindCost = 422;
+
+// The placement record: length, flags, show command, then the corners of the normal window, in 32-bit words.
+constexpr std::size_t kShowCommandWord = 2;
+constexpr std::size_t kRectangleWord = 7;
+constexpr std::int32_t kShowMaximized = 3;
+constexpr std::int32_t kShowNormal = 1;
+
+std::int32_t wordOf(const foundation::WindowPlacement& placement, std::size_t index) {
+  std::int32_t word = 0;
+  std::memcpy(&word, placement.data() + index * sizeof word, sizeof word);
+  return word;
+}
+
+void setWord(foundation::WindowPlacement& placement, std::size_t index, std::int32_t word) {
+  std::memcpy(placement.data() + index * sizeof word, &word, sizeof word);
+}
+
+bool inNaturalOrder(int folderId) {
+  return folderId >= 113 && folderId <= 116;
+}
+
+}  // namespace
+
+CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts) : document_(document), texts_(texts) {
+  setObjectName("mainFrame");
+  setWindowIcon(icon(Icon::Program));
+  const std::string folder = document.databaseFolder().string();
+  setWindowTitle(document.DatabaseReadOnly() ? texts.format("IDS_TITLE_READONLY", base::kProgramName, folder)
+                                             : QString("%1 - %2").arg(base::kProgramName, toQt(folder)));
+  actions_ = std::make_unique<Actions>(
+      texts, [&document](int object, int right) { return document.HasRight(object, right); }, this);
+  buildCentre();
+  buildMenus();
+  buildStatusBar();
+  restorePlacement();
+}
+
+CMainFrame::~CMainFrame() = default;
+
+void CMainFrame::buildCentre() {
+  selector_ = new CSelectorView(texts_);
+  list_ = new CFolderView(document_, texts_);
+  list_->setAccessibleName(texts_("IDS_CALLS"));
+  filterPane_ = new CFilterView;
+  filterPane_->setAccessibleName(texts_("IDS_ACTION_FILTER"));
+  chart_ = new ChartView;
+  lower_ = new QSplitter(Qt::Horizontal);
+  lower_->addWidget(filterPane_);
+  lower_->addWidget(chart_);
+  lower_->setSizes({400, 600});
+  panes_ = new QSplitter(Qt::Vertical);
+  panes_->addWidget(list_);
+  panes_->addWidget(lower_);
+  columns_ = new QSplitter(Qt::Horizontal);
+  columns_->addWidget(selector_);
+  columns_->addWidget(panes_);
+  columns_->setStretchFactor(1, 1);
+  columns_->setSizes({230, 900});
+  setCentralWidget(columns_);
+
+  connect(selector_, &CSelectorView::folderSelected, this, &CMainFrame::openFolder);
+  connect(list_, &CFolderView::failed, this, &CMainFrame::showError);
+  connect(list_, &CFolderView::selectionChangedTo, this, &CMainFrame::updateStatus);
+  connect(list_, &CFolderView::rowActivated, this, &CMainFrame::drillDown);
+  connect(list_->horizontalHeader(), &QHeaderView::sectionClicked, this, &CMainFrame::showChart);
+  connect(list_, &CFolderView::contextMenuWanted, this, [this](const QPoint& at) {
+    QMenu menu(this);
+    actions_->fillContextMenu(menu);
+    menu.exec(at);
+  });
+}
+
+void CMainFrame::buildMenus() {
+  actions_->fillMenuBar(*menuBar());
+  auto& config = document_.app().config();
+  auto* bar = addToolBar("main");
+  bar->setObjectName("toolbar");
+  bar->setMovable(false);
+  bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  actions_->fillToolBar(*bar);
+  bar->setVisible(config.ReadConfigInt("iface_Toolbar", kGeneral, foundation::StoreMachine, 1) != 0);
+  // Help that leads nowhere is not offered.
+  const auto configured = [&config](const char* key) {
+    return !config.ReadConfigString(key, kGeneral, foundation::StoreMachine, "").empty();
+  };
+  (*actions_)[Command::Manual]->setVisible(configured("Manual"));
+  (*actions_)[Command::Support]->setVisible(configured("UrlSupport"));
+  (*actions_)[Command::Updates]->setVisible(configured("UrlCheckUpdates"));
+  connect(actions_.get(), &Actions::triggered, this, [this](Command command) {
+    try {
+      handleCommand(command, {document_, texts_, *this, *list_});
+    } catch (const jet::Error& error) {
+      showError(toQt(error.description()));
+    }
+  });
+}
+
+void CMainFrame::buildStatusBar() {
+  messagePane_ = new QLabel;
+  livePane_ = new QLabel;
+  countPane_ = new QLabel;
+  countPane_->setObjectName("countPane");
+  statusBar()->addWidget(messagePane_, 1);
+  statusBar()->addPermanentWidget(livePane_);
+  statusBar()->addPermanentWidget(countPane_);
+  statusBar()->setVisible(
+      document_.app().config().ReadConfigInt("iface_Statusbar", kGeneral, foundation::StoreMachine, 1) != 0);
+}
+
+void CMainFrame::restorePlacement() {
+  auto& config = document_.app().config();
+  resize(1180, 760);
+  if (const auto placement = config.ReadWindowPlacement()) {
+    const QRect normal(QPoint(wordOf(*placement, kRectangleWord), wordOf(*placement, kRectangleWord + 1)),
+                       QPoint(wordOf(*placement, kRectangleWord + 2), wordOf(*placement, kRectangleWord + 3)));
+    // A screen may have gone since.
+    const bool visible = std::any_of(QApplication::screens().begin(), QApplication::screens().end(),
+                                     [&](const QScreen* s) { return s->availableGeometry().intersects(normal); });
+    if (visible && normal.width() > 200 && normal.height() > 150) setGeometry(normal);
+    if (wordOf(*placement, kShowCommandWord) == kShowMaximized) setWindowState(Qt::WindowMaximized);
+  }
+  const int percent = std::clamp(document_.upperPane(), 10, 95);
+  panes_->setSizes({percent * 10, (100 - percent) * 10});
+}
+
+void CMainFrame::savePlacement() {
+  foundation::WindowPlacement placement{};
+  const QRect normal = normalGeometry();
+  setWord(placement, 0, static_cast<std::int32_t>(placement.size()));
+  setWord(placement, kShowCommandWord, isMaximized() ? kShowMaximized : kShowNormal);
+  setWord(placement, kRectangleWord, normal.left());
+  setWord(placement, kRectangleWord + 1, normal.top());
+  setWord(placement, kRectangleWord + 2, normal.right());
+  setWord(placement, kRectangleWord + 3, normal.bottom());
+  auto& config = document_.app().config();
+  config.WriteWindowPlacement(placement);
+  const QList<int> sizes = panes_->sizes();
+  if (sizes[0] + sizes[1] > 0) document_.setUpperPane(sizes[0] * 100 / (sizes[0] + sizes[1]));
+  config.WriteConfigInt(0, "SelFolder_Type", kGeneral, foundation::StoreMachine);
+  config.WriteConfigInt(list_->folderId(), "SelFolder_ID", kGeneral, foundation::StoreMachine);
+}
+
+void CMainFrame::start() {
+  auto& config = document_.app().config();
+  // The icon asks the database store while the log's filter itself lives in the machine store.
+  const bool logFiltered = config.ReadConfigInt("LogFilt_Enabled", kGeneral, foundation::StoreDatabase, 0) != 0;
+  selector_->build({document_.HasRight(security::ObjectCalls, security::RightView),
+                    document_.HasRight(security::ObjectAdministration, security::RightView)},
+                   logFiltered);
+  const int last = config.ReadConfigInt("SelFolder_ID", kGeneral, foundation::StoreMachine, 100);
+  selector_->select(folders::findFolder(last) != nullptr ? last : 100);
+  showFilter();
+  if (!document_.DatabaseReadOnly() && document_.HasRight(security::ObjectCalls, security::RightChange)) {
+    openLiveChannel();
+    connect(&importTimer_, &QTimer::timeout, this, &CMainFrame::importCalls);
+    importTimer_.start(server::kImportInterval);
+  }
+  connect(&refreshTimer_, &QTimer::timeout, this, &CMainFrame::refreshFromOtherCopies);
+  refreshTimer_.start(server::kRefreshInterval);
+}
+
+void CMainFrame::openLiveChannel() {
+  try {
+    live_ = server::openLiveChannel(document_);
+  } catch (const std::exception& error) {
+    messagePane_->setText(toQt(error.what()));
+  }
+  livePane_->setText(texts_(live_ ? "IDS_STATUS_LIVE" : "IDS_STATUS_NO_LIVE"));
+  if (!live_) return;
+  liveNotifier_ = std::make_unique<QSocketNotifier>(live_->descriptor(), QSocketNotifier::Read);
+  connect(liveNotifier_.get(), &QSocketNotifier::activated, this, [this] { live_->process(); });
+}
+
+void CMainFrame::openFolder(int id) {
+  if (id == kContactsEntry) {
+    handleCommand(Command::SearchContacts, {document_, texts_, *this, *list_});
+    return;
+  }
+  const folders::FolderDefinition* folder = folders::findFolder(id);
+  if (folder == nullptr) return;
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  try {
+    list_->openFolder(*folder);
+  } catch (const jet::Error& error) {
+    showError(toQt(error.description()));
+  }
+  QApplication::restoreOverrideCursor();
+  showChart();
+  updateStatus();
+}
+
+void CMainFrame::importCalls() {
+  const auto result = document_.importMonitorFile();
+  if (!result.message.empty()) messagePane_->setText(toQt(result.message));
+  if (result.imported > 0) {
+    messagePane_->setText(texts_.format("IDS_STATUS_IMPORTED", result.imported));
+    reloadFolder();
+  }
+}
+
+void CMainFrame::refreshFromOtherCopies() {
+  try {
+    document_.refresh();
+    const auto* folder = list_->folderId() != 0 ? folders::findFolder(list_->folderId()) : nullptr;
+    if (folder != nullptr && document_.tags().IsTouched(folder->table)) reloadFolder();
+  } catch (const jet::Error& error) {
+    messagePane_->setText(toQt(error.description()));
+  }
+}
+
+void CMainFrame::reloadFolder() {
+  try {
+    list_->reload();
+  } catch (const jet::Error& error) {
+    showError(toQt(error.description()));
+  }
+  showFilter();
+  showChart();
+  updateStatus();
+}
+
+void CMainFrame::showFilter() {
+  filterPane_->show(document_.filterDescription().pieces());
+  (*actions_)[Command::FilterOn]->setChecked(document_.callFilter().active());
+}
+
+void CMainFrame::showChart() {
+  folders::FolderView* folder = list_->model().folder();
+  const bool statistic = folder != nullptr && folders::isStatistic(folder->folder().definition());
+  chart_->setVisible(statistic);
+  if (!statistic) return;
+  std::vector<ChartView::Bar> bars;
+  const int id = folder->folder().id();
+  int captionColumn = -1;
+  int countColumn = -1;
+  for (std::size_t i = 0; i < folder->columns().size(); ++i) {
+    const int kind = folder->columns()[i].definition->kind;
+    if (captionColumn < 0) captionColumn = static_cast<int>(i);
+    if (kind == kKindCost || (kind == kKindCount && countColumn < 0)) countColumn = static_cast<int>(i);
+  }
+  if (captionColumn < 0 || countColumn < 0) return chart_->setBars({}, {}, texts_("IDS_EMPTY_CHART"));
+  folder->forEachRow([&](std::span<const folders::CellValue> row) {
+    const auto& value = row[static_cast<std::size_t>(countColumn)];
+    bars.push_back(
+        {toQt(folder->text(static_cast<std::size_t>(captionColumn), row[static_cast<std::size_t>(captionColumn)])),
+         toQt(folder->text(static_cast<std::size_t>(countColumn), value)), value.first->toDouble()});
+    if (bars.back().caption.isEmpty()) bars.back().caption = "-";
+    return bars.size() < kChartRows;
+  });
+  // Unsorted statistics show their largest bars; a sort by the operator is followed.
+  if (!inNaturalOrder(id) && folder->sortKey() == 0) {
+    std::stable_sort(bars.begin(), bars.end(), [](const auto& a, const auto& b) { return a.value > b.value; });
+  }
+  const QString title = QString("%1: %2").arg(toQt(folder->folder().caption()),
+                                              toQt(folder->columns()[static_cast<std::size_t>(countColumn)].caption));
+  chart_->setBars(title, std::move(bars), texts_("IDS_EMPTY_CHART"));
+}
+
+void CMainFrame::drillDown(int) {
+  const folders::FolderView* folder = list_->model().folder();
+  if (folder == nullptr) return;
+  const bool statistic = folders::isStatistic(folder->folder().definition());
+  const Command command = statistic ? Command::ShowCalls : Command::Edit;
+  if ((*actions_)[command]->isEnabled()) (*actions_)[command]->trigger();
+}
+
+void CMainFrame::updateStatus() {
+  int selected = 0;
+  for (const QItemSelectionRange& range : list_->selectionModel()->selection()) {
+    if (range.left() == 0) selected += range.height();
+  }
+  countPane_->setText(toQt(folders::recordCountText(list_->model().rowCount(), selected, texts_.language())));
+}
+
+void CMainFrame::showError(const QString& text) {
+  QMessageBox::warning(this, base::kProgramName, text);
+}
+
+void CMainFrame::closeEvent(QCloseEvent* event) {
+  importTimer_.stop();
+  refreshTimer_.stop();
+  liveNotifier_.reset();
+  live_.reset();
+  list_->saveLayout();
+  savePlacement();
+  // The folder's result closes before its database does.
+  list_->model().setFolder(nullptr);
+  event->accept();
+}
+
+}  // namespace ui

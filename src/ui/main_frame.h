@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMenu>
+#include <QSocketNotifier>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTableView>
+#include <QTimer>
+#include <memory>
+
+#include "platform/live_channel.h"
+#include "server/server_doc.h"
+#include "ui/actions.h"
+#include "ui/chart_view.h"
+#include "ui/filter_view.h"
+#include "ui/folder_view.h"
+#include "ui/selector_view.h"
+#include "ui/texts.h"
+
+namespace ui {
+
+// The main window: folder tree, list of the selected folder, filter pane and chart, status bar with its panes.
+class CMainFrame : public QMainWindow {
+  Q_OBJECT
+
+ public:
+  CMainFrame(server::CServerDoc& document, const Texts& texts);
+  ~CMainFrame() override;
+
+  // Starts the timers and the live channel; the desktop's first list is shown.
+  void start();
+  void openFolder(int id);
+  // Selects it in the tree, which opens it.
+  void selectFolder(int id) { selector_->select(id); }
+  [[nodiscard]] CFolderView& list() { return *list_; }
+
+ public slots:
+  void importCalls();
+  // Rows of the shown folder again: after a change of the filter, of calls by this or another copy.
+  void reloadFolder();
+  void updateStatus();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void buildCentre();
+  void buildMenus();
+  void buildStatusBar();
+  void restorePlacement();
+  void savePlacement();
+  void openLiveChannel();
+  void refreshFromOtherCopies();
+  void showFilter();
+  void showChart();
+  void drillDown(int row);
+  void showError(const QString& text);
+
+  server::CServerDoc& document_;
+  const Texts& texts_;
+  std::unique_ptr<Actions> actions_;
+  CSelectorView* selector_ = nullptr;
+  CFolderView* list_ = nullptr;
+  CFilterView* filterPane_ = nullptr;
+  ChartView* chart_ = nullptr;
+  QSplitter* columns_ = nullptr;  // tree | right side
+  QSplitter* panes_ = nullptr;    // list / lower panes
+  QSplitter* lower_ = nullptr;    // filter | chart
+  QLabel* messagePane_ = nullptr;
+  QLabel* livePane_ = nullptr;
+  QLabel* countPane_ = nullptr;  // the third pane: record counts
+  QTimer importTimer_;
+  QTimer refreshTimer_;
+  std::unique_ptr<platform::LiveChannelServer> live_;
+  std::unique_ptr<QSocketNotifier> liveNotifier_;
+};
+
+}  // namespace ui
