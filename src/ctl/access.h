@@ -7,6 +7,7 @@ namespace ctl {
 
 inline constexpr Access kViewCalls = {security::ObjectCalls, security::RightView};
 inline constexpr Access kChangeCalls = {security::ObjectCalls, security::RightChange};
+inline constexpr Access kImportCalls = {security::ObjectCalls, security::RightChange, Duty::Import};
 inline constexpr Access kViewSettings = {security::ObjectAdministration, security::RightView};
 inline constexpr Access kChangeSettings = {security::ObjectAdministration, security::RightChange};
 

@@ -81,10 +81,16 @@ struct Invocation {
   void print(const Table& table) const { table.print(out, global.format); }
 };
 
+enum class Duty {
+  Administer,  // reads or changes settings and lists, beside a running copy
+  Import,      // the machine's one copy: maintenance and the output port too
+};
+
 // The right that a command needs; object 0: none, and the databases stay closed unless the command opens them.
 struct Access {
   int object = 0;
   int right = 0;
+  Duty duty = Duty::Administer;
 };
 
 struct Command {

@@ -32,7 +32,7 @@ const FolderDefinition& definitionOf(const Invocation& call) {
   if (definition == nullptr) throw Failure(base::format("There is no folder %d. See tallyctl folder list.", id));
   // The audit log is the administrators' matter.
   if (definition->condition == folders::ConditionSource::LogFilter) {
-    call.context.requireRight(kViewSettings.object, kViewSettings.right);
+    call.context.require(kViewSettings);
   }
   return *definition;
 }
@@ -93,7 +93,7 @@ void showJson(std::ostream& out, FolderView& view, std::int64_t limit) {
 
 int show(const Invocation& call) {
   const FolderDefinition& definition = definitionOf(call);
-  const folders::FolderServices& services = call.context.folderServices();
+  const folders::FolderServices& services = call.context.document().folderServices();
   const folders::ValueFormatter formatter(services.config, services.texts, services.definitions);
   FolderView view(definition, services, formatter, sortKeyOf(call, definition));
   constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
@@ -114,7 +114,7 @@ int show(const Invocation& call) {
 
 int sql(const Invocation& call) {
   const FolderDefinition& definition = definitionOf(call);
-  folders::CDbFolder folder(definition, call.context.folderServices());
+  folders::CDbFolder folder(definition, call.context.document().folderServices());
   folder.setSortKey(sortKeyOf(call, definition));
   call.out << folder.BuildQuery() << '\n';
   return 0;

@@ -3,8 +3,6 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ingest/import.h"
-#include "ingest/maintenance.h"
-#include "ingest/recorder.h"
 
 namespace ctl {
 
@@ -18,10 +16,10 @@ bool endedEarly(const ingest::ImportResult& result) {
 }
 
 // What an interrupted run left comes first, then the monitor's file.
-ingest::ImportResult importMonitorFile(ingest::MonitorImport& import) {
-  const ingest::ImportResult resumed = import.resumeStoppedImports();
+ingest::ImportResult importAll(server::CServerDoc& document, const ingest::ImportOptions& options) {
+  const ingest::ImportResult resumed = document.resumeStoppedImports(options);
   if (endedEarly(resumed)) return resumed;
-  ingest::ImportResult result = import.run();
+  ingest::ImportResult result = document.importMonitorFile(options);
   result.imported += resumed.imported;
   if (result.message.empty()) result.message = resumed.message;
   return result;
@@ -30,15 +28,14 @@ ingest::ImportResult importMonitorFile(ingest::MonitorImport& import) {
 int runImport(const Invocation& call) {
   Context& context = call.context;
   context.interrupts().begin();
-  ingest::deleteOldCalls(context.main(), context.config(), context.clock());
-  ingest::Recorder recorder(context.exchangeParts());
-  recorder.open();
   ingest::ImportOptions options;
-  options.shouldStop = [&context] { return context.interrupts().requested(); };
-  ingest::MonitorImport import(recorder, options);
+  constexpr int kRecordsBetweenLooks = 64;  // a look is a system call
+  options.shouldStop = [&context, records = 0]() mutable {
+    return ++records % kRecordsBetweenLooks == 0 && context.interrupts().requested();
+  };
   const auto file = call.arguments.find("--file");
-  const ingest::ImportResult result = file ? import.importFile(*file) : importMonitorFile(import);
-  recorder.close();
+  server::CServerDoc& document = context.document();
+  const ingest::ImportResult result = file ? document.importFile(*file, options) : importAll(document, options);
   call.out << base::format("imported %d\n", result.imported);
   if (endedEarly(result)) {
     throw Failure(result.message.empty() ? "The import was stopped; the next one goes on." : result.message);
@@ -57,7 +54,7 @@ constexpr Command kCommands[] = {
     {"import", "Record and price the calls that the monitor left",
      "tallyctl import\n"
      "tallyctl import --file demo/monitor/monitor.data.bk.1",
-     kOptions, kChangeCalls, runImport},
+     kOptions, kImportCalls, runImport},
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -9,8 +10,8 @@
 #include "base/printf.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
-#include "ctl/program_files.h"
 #include "ctl/terminal_prompt.h"
+#include "folders/bill_template.h"
 #include "foundation/change_tags.h"
 #include "sample/sample_exchange.h"
 #include "sample/tariff_plan.h"
@@ -48,18 +49,14 @@ void refuseToOverwrite(const fs::path& folder, Context& context) {
   }
 }
 
-// The texts and templates stand in the data folder, where they can be adapted and reports can be written.
-void copyProgramFiles(const fs::path& folder) {
-  const auto own = programFilesFolder();
-  if (!own) {
-    throw Failure(
-        base::format("%s is not beside the program. Install Tallybook whole, or build it in its source "
-                     "tree.",
-                     kLanguageFile));
-  }
-  for (const char* file : {kLanguageFile, "template.html"}) {
-    if (fs::exists(*own / file)) fs::copy_file(*own / file, folder / file, fs::copy_options::skip_existing);
-  }
+// The bill's page stands beside the databases, where it can be adapted.
+void writeBillTemplate(const fs::path& folder) {
+  const fs::path file = folder / "template.html";
+  if (fs::exists(file)) return;
+  std::ofstream out(file, std::ios::binary);
+  out << folders::defaultBillTemplate();
+  out.close();
+  if (!out) throw Failure(base::format("%s cannot be written.", file.string()));
 }
 
 void addGroup(jet::Database& main, int id, std::string_view name, std::string_view description,
@@ -161,7 +158,7 @@ int init(const Invocation& call) {
   const std::string password = choosePassword();
   HalfMade halfMade(target);
   fs::create_directories(target / "monitor");
-  copyProgramFiles(target);
+  writeBillTemplate(target);
   makeDatabases(target, call.context, password, withSample);
   writeMachineStore(call.context, target, password);
   halfMade.finish();
@@ -170,6 +167,7 @@ int init(const Invocation& call) {
            << "  " << schema::kMainFile << "    calls, settings, users\n"
            << "  " << schema::kTariffFile << "      providers, prefixes, charge bands\n"
            << "  " << schema::kPhonebookFile << "    the phonebook\n"
+           << "  template.html    the page of a bill\n"
            << "  monitor/         where the monitor leaves monitor.data\n"
            << (withSample ? "Filled with the sample exchange.\n" : "")
            << "Machine store: " << call.context.machineStore().file().string() << '\n'

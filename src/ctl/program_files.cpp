@@ -2,15 +2,11 @@
 
 namespace ctl {
 
-std::optional<std::filesystem::path> programFilesFolder() {
+std::filesystem::path programFilesFolder() {
   std::error_code fault;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", fault).parent_path();
-  if (fault) return std::nullopt;
-  for (const char* place : {".", "../share/tallybook"}) {
-    const std::filesystem::path folder = (program / place).lexically_normal();
-    if (std::filesystem::exists(folder / kLanguageFile, fault)) return folder;
-  }
-  return std::nullopt;
+  const std::filesystem::path installed = (program / "../share/tallybook").lexically_normal();
+  return std::filesystem::exists(installed / "Tallybook.lng", fault) ? installed : program;
 }
 
 }  // namespace ctl

@@ -18,7 +18,7 @@ constexpr int kWrongUsage = 2;
 int runCommand(const ParsedLine& line) {
   Context context(line.global);
   const Command& command = *line.command;
-  if (command.access.object != 0) context.requireRight(command.access.object, command.access.right);
+  if (command.access.object != 0) context.require(command.access);
   const int status = command.run({line.global, line.arguments, context, std::cout});
   std::cout.flush();
   if (!std::cout) throw Failure("The output could not be written.");

@@ -2,10 +2,10 @@
 #include <optional>
 
 #include "base/printf.h"
+#include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "foundation/settings_catalogue.h"
-#include "security/rights.h"
 
 namespace ctl {
 
@@ -48,8 +48,8 @@ bool isInteger(const Arguments& arguments) {
 }
 
 // The machine store is guarded by its file's mode and can be mended while the database cannot be opened.
-void openFor(const Address& address, int right, Context& context) {
-  if (address.store == foundation::StoreDatabase) context.requireRight(security::ObjectAdministration, right);
+void openFor(const Address& address, const Access& access, Context& context) {
+  if (address.store == foundation::StoreDatabase) context.require(access);
 }
 
 std::optional<std::string> readMachine(const Address& address, Context& context) {
@@ -70,7 +70,7 @@ std::optional<std::string> readDatabase(const Address& address, Context& context
 
 int get(const Invocation& call) {
   const Address address = addressOf(call.arguments);
-  openFor(address, security::RightView, call.context);
+  openFor(address, kViewSettings, call.context);
   const auto value = address.store == foundation::StoreDatabase ? readDatabase(address, call.context)
                                                                 : readMachine(address, call.context);
   if (!value) {
@@ -92,7 +92,7 @@ int set(const Invocation& call) {
       throw WrongUsage(base::format("--type int needs a whole number of 32 bits, not \"%s\".", value));
     }
   }
-  openFor(address, security::RightChange, call.context);
+  openFor(address, kChangeSettings, call.context);
   foundation::ConfigManager& config = call.context.config();
   const bool written = integer ? config.WriteConfigInt(number, address.key, address.section, address.store)
                                : config.WriteConfigString(value, address.key, address.section, address.store);
@@ -102,7 +102,7 @@ int set(const Invocation& call) {
 
 int remove(const Invocation& call) {
   const Address address = addressOf(call.arguments);
-  openFor(address, security::RightChange, call.context);
+  openFor(address, kChangeSettings, call.context);
   bool removed = false;
   if (address.store == foundation::StoreMachine) {
     removed = readMachine(address, call.context) && call.context.machineStore().erase(address.section, address.key);

@@ -6,6 +6,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "platform/instance_lock.h"
 #include "schema/schema.h"
 
 namespace ctl {
@@ -26,6 +27,11 @@ void addFiles(Table& table, Context& context) {
   for (const char* name : {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile}) {
     table.add({name, base::format("%s, %s", (folder / name).string(), sizeOf(folder / name))});
   }
+  // A lock that can be taken is nobody's; it is let go at once.
+  const fs::path lock = context.app().lockFile();
+  const bool runs = fs::exists(lock) && !platform::InstanceLock::acquire(lock);
+  table.add(
+      {"Running copy", runs ? base::format("process %d", platform::InstanceLock::holder(lock)) : std::string("none")});
   table.add({"Opened", std::string(context.main().readOnly() ? "read-only" : "for reading and writing")});
 }
 
@@ -56,7 +62,7 @@ int status(const Invocation& call) {
   table.add({"Version", std::string(base::kProgramVersion)});
   table.add({"Database version",
              std::int64_t{context.config().ReadConfigInt("DbVersion", "general", foundation::StoreDatabase, 0)}});
-  table.add({"User", context.session().Name});
+  table.add({"User", context.document().user().Name});
   addFiles(table, context);
   addMonitor(table, context);
   addCounts(table, context.main());

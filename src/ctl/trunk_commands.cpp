@@ -77,8 +77,9 @@ int deleteTrunk(const Invocation& call) {
 }
 
 jet::Database& tariffDatabase(Context& context) {
-  if (context.tariffs() == nullptr) throw Failure("There is no tariff database, which holds the providers.");
-  return context.tariffs()->database();
+  tariff::TariffDatabase* tariffs = context.document().tariffs();
+  if (tariffs == nullptr) throw Failure("There is no tariff database, which holds the providers.");
+  return tariffs->database();
 }
 
 int listProviders(const Invocation& call) {

@@ -178,8 +178,7 @@ ingest::ExchangeParts CServerDoc::exchangeParts() {
 
 void CServerDoc::firstImport() {
   if (DatabaseReadOnly()) return;
-  ingest::MonitorImport interrupted(*recorder_);
-  const auto resumed = interrupted.resumeStoppedImports();
+  const auto resumed = resumeStoppedImports();
   const auto imported = importMonitorFile();
   if (resumed.outcome == ingest::ImportResult::Outcome::Failed ||
       imported.outcome == ingest::ImportResult::Outcome::Failed) {
@@ -203,6 +202,10 @@ void CServerDoc::report(const jet::Error& error) {
 
 ingest::ImportResult CServerDoc::importMonitorFile(const ingest::ImportOptions& options) {
   return ingest::MonitorImport(*recorder_, options).run();
+}
+
+ingest::ImportResult CServerDoc::resumeStoppedImports(const ingest::ImportOptions& options) {
+  return ingest::MonitorImport(*recorder_, options).resumeStoppedImports();
 }
 
 ingest::ImportResult CServerDoc::importFile(const std::filesystem::path& file, const ingest::ImportOptions& options) {

@@ -53,6 +53,8 @@ class CServerDoc {
   // One run over the monitor's file, as the import timer asks for it; faults are logged and tried again at the next
   // one.
   ingest::ImportResult importMonitorFile(const ingest::ImportOptions& options = {});
+  // Completes imports that were interrupted; to be called once before the first run.
+  ingest::ImportResult resumeStoppedImports(const ingest::ImportOptions& options = {});
   ingest::ImportResult importFile(const std::filesystem::path& file, const ingest::ImportOptions& options = {});
   // Takes over what other copies changed in definitions and currencies.
   void refresh();
