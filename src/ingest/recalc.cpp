@@ -1,4 +1,3 @@
-#include <exception>
 #include <memory>
 
 #include "base/printf.h"
@@ -115,7 +114,6 @@ bool recalcRows(Recalculation& recalculation, jet::Recordset& calls, const Excha
     jet::Transaction transaction(parts.main);
     const CallViews views(parts);
     bool goOn = true;
-    std::exception_ptr fault;
     try {
       for (std::int64_t i = 0; goOn && i < kRowsPerTransaction && !calls.eof(); ++i) {
         goOn = result.rows % kRowsPerProgressStep != 0 || parts.person.progressStep(result.rows / kRowsPerProgressStep);
@@ -125,11 +123,10 @@ bool recalcRows(Recalculation& recalculation, jet::Recordset& calls, const Excha
         calls.moveNext();
       }
     } catch (const jet::Error&) {
-      fault = std::current_exception();
+      transaction.commit();  // the work done before the fault stays
+      throw;
     }
-    // The work done before a fault stays.
     transaction.commit();
-    if (fault) std::rethrow_exception(fault);
     if (!goOn) return false;
   }
   return true;
