@@ -214,6 +214,9 @@ BoundExpression Binder::comparison(const Expression& left, const Expression& rig
   const Type leftType = sides[0].type;
   const Type rightType = sides[1].type;
   if (sides[0].kind != Kind::Null && sides[1].kind != Kind::Null) {
+    const bool truths =
+        (leftType == Type::Boolean && isCount(rightType)) || (isCount(leftType) && rightType == Type::Boolean);
+    if (truths && isEquality(op)) return make(Kind::CompareTruth, op, Type::Boolean, std::move(sides));
     const bool comparable =
         (leftType == rightType && leftType != Type::Null) || (isCount(leftType) && isCount(rightType));
     if (!comparable || (leftType == Type::Boolean && !isEquality(op))) return unsupported();

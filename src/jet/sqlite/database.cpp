@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <array>
+
 #include "jet/error.h"
 #include "jet/sqlite/dynaset.h"
 #include "jet/sqlite/sqlite_database.h"
@@ -12,7 +15,9 @@ SqliteDatabase::SqliteDatabase(const std::filesystem::path& path, OpenMode mode,
     : connection_(path, mode, create),
       catalog_(connection_),
       versions_(connection_, catalog_),
-      statements_(connection_, catalog_, versions_) {
+      statements_(connection_, catalog_, versions_),
+      memorySource_(*this),
+      memory_(memorySource_) {
   registerFunctions(connection_);
 }
 
@@ -67,13 +72,19 @@ std::unique_ptr<Recordset> SqliteDatabase::openRecordset(std::string_view sql) {
 
 Snapshot SqliteDatabase::openSnapshot(std::string_view sql) {
   versions_.refresh();
-  const ShapedText text(sql);
-  return Snapshot(runSelect(text));
+  return Snapshot(memory_.open(sql));
 }
 
-std::shared_ptr<const ResultTable> SqliteDatabase::runSelect(const ShapedText& text) {
+std::shared_ptr<const ResultTable> SqliteDatabase::runSelect(const ShapedText& text,
+                                                             std::span<const std::int64_t> keys) {
   parsedSelect(text);
-  Execution execution = statements_.open(Role::Run, text);
+  std::array<std::int64_t, kAmongKeys> filled{};
+  if (!keys.empty()) {
+    filled.fill(keys.front());
+    std::copy(keys.begin(), keys.end(), filled.begin());
+  }
+  Execution execution =
+      keys.empty() ? statements_.open(Role::Run, text) : statements_.openWith(Role::Among, text, nullptr, filled);
   auto table = std::make_shared<ResultTable>();
   table->columns = std::make_shared<const std::vector<std::string>>(execution.plan().columns);
   const std::size_t width = table->columns->size();

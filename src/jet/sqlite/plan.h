@@ -69,9 +69,13 @@ struct LikeValue {
 inline constexpr std::size_t kPrefixStep = 8;
 inline constexpr std::size_t kMaxPrefixes = 64;
 
+// Fewer keys are filled up to this many.
+inline constexpr std::size_t kAmongKeys = 16;
+
 // What a statement over a select is for. See emitKeyed() for those over keys.
 enum class Role : char {
   Run = 'r',           // the statement itself
+  Among = 'i',         // the same over the rows of some keys: kAmongKeys extras
   Count = 'c',         // number of rows
   NextKeys = 'k',      // keys behind a key, in key order
   PreviousKeys = 'K',  // keys before a key, backwards

@@ -1,13 +1,16 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "jet/database.h"
+#include "jet/memory/query_memory.h"
 #include "jet/sqlite/catalog.h"
 #include "jet/sqlite/connection.h"
+#include "jet/sqlite/memory_source.h"
 #include "jet/sqlite/statement_cache.h"
 #include "jet/sqlite/versions.h"
 
@@ -38,6 +41,8 @@ class SqliteDatabase final : public Database {
   Catalog& catalog() { return catalog_; }
   Versions& versions() { return versions_; }
   StatementCache& statements() { return statements_; }
+  // Runs a select on the file and keeps its rows; with keys (at most kAmongKeys), over the rows of those alone.
+  std::shared_ptr<const ResultTable> runSelect(const ShapedText& text, std::span<const std::int64_t> keys = {});
   // Throws 3027 when the file is open for reading only, and when the transaction that the caller believes to be in was
   // undone by a fault (a full disk): going on would write outside of it.
   void requireWritable(std::string_view statement);
@@ -54,13 +59,13 @@ class SqliteDatabase final : public Database {
  private:
   // A select, checked; Error 3065 for a text that changes something.
   std::shared_ptr<const CachedQuery> parsedSelect(const ShapedText& text);
-  // Runs a select on the file and keeps its rows.
-  std::shared_ptr<const ResultTable> runSelect(const ShapedText& text);
 
   Connection connection_;
   Catalog catalog_;
   Versions versions_;
   StatementCache statements_;
+  MemorySource memorySource_;
+  memory::QueryMemory memory_;
   int depth_ = 0;  // of transactions
   int temporaries_ = 0;
 };

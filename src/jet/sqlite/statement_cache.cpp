@@ -35,8 +35,8 @@ Execution::~Execution() {
   variant_->busy = false;
 }
 
-Execution StatementCache::open(Role role, const ShapedText& text, const ShapedText* criteria,
-                               std::initializer_list<std::int64_t> extras) {
+Execution StatementCache::openWith(Role role, const ShapedText& text, const ShapedText* criteria,
+                                   std::span<const std::int64_t> extras) {
   std::shared_ptr<CachedQuery> query = lookUp(role, text, criteria);
   classify(*query, text, criteria);
   Variant& variant = variantFor(*query, role, text.text);
@@ -45,7 +45,7 @@ Execution StatementCache::open(Role role, const ShapedText& text, const ShapedTe
   sources.literals[0] = text.shape.literals;
   if (criteria != nullptr) sources.literals[1] = criteria->shape.literals;
   sources.likes = &likes_;
-  sources.extras = {extras.begin(), extras.size()};
+  sources.extras = extras;
   bindAll(variant.statement.get(), variant.plan.bindings, sources);
   return execution;
 }

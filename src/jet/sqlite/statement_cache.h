@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <list>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -83,7 +84,11 @@ class StatementCache {
 
   // The statement in the given role, its parameters bound. The texts must outlive the execution.
   Execution open(Role role, const ShapedText& text, const ShapedText* criteria = nullptr,
-                 std::initializer_list<std::int64_t> extras = {});
+                 std::initializer_list<std::int64_t> extras = {}) {
+    return openWith(role, text, criteria, {extras.begin(), extras.size()});
+  }
+  Execution openWith(Role role, const ShapedText& text, const ShapedText* criteria,
+                     std::span<const std::int64_t> extras);
   // The tree of a statement.
   std::shared_ptr<const CachedQuery> parsed(const ShapedText& text);
   void clear();

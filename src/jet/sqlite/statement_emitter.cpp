@@ -80,7 +80,7 @@ class StatementEmitter {
   Plan emit() {
     if (request_.role == Role::Flags) {
       flags();
-    } else if (request_.role != Role::Run) {
+    } else if (request_.role != Role::Run && request_.role != Role::Among) {
       keyed(keyQuery(request_.role));
     } else {
       run();
@@ -171,6 +171,12 @@ class StatementEmitter {
     return " WHERE " + emitter_.condition(*statement_.where);
   }
 
+  std::string amongKeys() {
+    std::string list;
+    for (std::size_t i = 0; i < kAmongKeys; ++i) list += (i == 0 ? "" : ", ") + emitter_.extra(i);
+    return "(" + scope_.tables().front().qualifier + "rowid IN (" + list + "))";
+  }
+
   std::string source(const Source& source) {
     if (source.join == Source::Join::None) {
       const TableDefPtr def = catalog_.get(source.table, request_.text);
@@ -223,6 +229,7 @@ class StatementEmitter {
   std::string select() {
     std::string sql = statement_.distinct ? "SELECT DISTINCT " : "SELECT ";
     sql += items() + " FROM " + source(*statement_.from) + whereClause();
+    if (request_.role == Role::Among) sql += (statement_.where ? " AND " : " WHERE ") + amongKeys();
     for (std::size_t i = 0; i < statement_.groupBy.size(); ++i) {
       sql += (i == 0 ? " GROUP BY " : ", ") + ExpressionEmitter::folded(emitter_.emit(*statement_.groupBy[i]));
     }

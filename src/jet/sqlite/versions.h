@@ -21,6 +21,8 @@ class Versions {
   // The counter of a table, to be increased with each own change; valid as long as this object.
   std::uint64_t& counter(std::string_view table);
   void touchAll() { ++everything_; }
+  // The part of every table's number that touchAll() moves.
+  [[nodiscard]] const std::uint64_t& everything() const { return everything_; }
 
   // Looks for changes by other connections, unless held still.
   void refresh();

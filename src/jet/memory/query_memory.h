@@ -1,0 +1,58 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "base/text.h"
+#include "jet/memory/evaluator.h"
+#include "jet/memory/result_cache.h"
+#include "jet/memory/row_source.h"
+#include "jet/memory/select_plan.h"
+#include "jet/memory/table_memory.h"
+#include "jet/parser/parser.h"
+
+namespace jet::memory {
+
+// Answers selects from memory where it can, so that pricing and naming a call, a dozen selects on reference data, costs
+// microseconds; every other select is handed to the database. The answer is the one that the database would give as of
+// the counters of the tables' versions.
+class QueryMemory {
+ public:
+  // The source must outlive this.
+  explicit QueryMemory(RowSource& source);
+
+  // The rows of a select. Errors are those of the database.
+  std::shared_ptr<const ResultTable> open(std::string_view sql);
+
+ private:
+  // All that is kept for the selects of one shape.
+  struct CachedSelect {
+    std::unique_ptr<const Statement> statement;
+    TableMemory* table = nullptr;  // null: always the database's
+    std::shared_ptr<const TableDef> plannedFor;
+    std::unique_ptr<SelectPlan> plan;
+  };
+
+  CachedSelect& selectOf(std::string_view sql);
+  TableMemory* tableOf(const Statement& statement);
+  const SelectPlan* planOf(CachedSelect& select);
+  std::shared_ptr<const ResultTable> fromRows(std::string_view sql, const SelectPlan& plan, TableMemory& table,
+                                              IndexedRows& rows);
+  std::shared_ptr<const ResultTable> fromDatabase(std::string_view sql, const SelectPlan& plan, TableMemory& table);
+  bool findByText(const SelectPlan& plan, TableMemory& table);
+
+  RowSource& source_;
+  ResultCache results_;
+  std::unordered_map<std::string, CachedSelect, base::TextHash, std::equal_to<>> byShape_;
+  std::unordered_map<std::string, std::unique_ptr<TableMemory>, base::TextHash, std::equal_to<>> tables_;  // folded
+  // Used again from select to select.
+  Shape shape_;
+  Evaluator evaluator_;
+  std::vector<std::int64_t> keys_;
+  std::vector<std::uint32_t> positions_;
+};
+
+}  // namespace jet::memory

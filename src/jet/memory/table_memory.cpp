@@ -1,0 +1,121 @@
+#include "jet/memory/table_memory.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "jet/memory/value_size.h"
+
+namespace jet::memory {
+
+namespace {
+
+constexpr std::int64_t kMostRows = 65536;
+constexpr std::size_t kMostBytes = std::size_t{16} << 20U;  // of one table
+// One select on the database costs about as much as loading this many rows.
+constexpr std::uint64_t kRowsPerSelect = 256;
+// Reading 100,000 texts costs the database about a third of what indexing them does.
+constexpr std::uint64_t kIndexAfter = 3;
+constexpr std::uint64_t kOften = 16;
+constexpr std::size_t kMostTextBytes = std::size_t{8} << 20U;  // of one indexed column
+
+}  // namespace
+
+void TableMemory::refresh() {
+  ++asked_;
+  const std::uint64_t version = counters_.now();
+  if (version_ == version) return;
+  forget();
+  asked_ = 1;
+  definition_ = source_.definition(name_);
+  const std::int64_t limit = definition_ ? source_.rowLimit(*definition_) : 0;
+  refused_ = limit > kMostRows;
+  loadAfter_ = eager_ ? 0 : static_cast<std::uint64_t>(limit) / kRowsPerSelect;
+  version_ = version;
+}
+
+void TableMemory::forget() {
+  eager_ = held_ && asked_ > loadAfter_ + held_->rows->rows().count / kRowsPerSelect;
+  held_.reset();
+  for (Texts& texts : texts_) {
+    texts.eager = texts.index && texts.asked >= kOften;
+    texts.refused = false;
+    texts.asked = 0;
+    texts.index.reset();
+  }
+}
+
+IndexedRows* TableMemory::rows() {
+  if (!held_ && !refused_ && asked_ > loadAfter_) load();
+  return held_ ? held_->rows.get() : nullptr;
+}
+
+void TableMemory::load() {
+  auto held = std::make_unique<Held>();
+  std::size_t bytes = 0;
+  std::size_t count = 0;
+  bool fits = true;
+  source_.readRows(*definition_, [&](const std::vector<Value>& row) {
+    fits = keepRow(row, held->cells, bytes);
+    ++count;
+    return fits;
+  });
+  refused_ = !fits;
+  if (refused_) return;
+  held->cells.shrink_to_fit();
+  held->rows = std::make_unique<IndexedRows>(RowSet{held->cells.data(), definition_->fields.size(), count});
+  held_ = std::move(held);
+  // Positions take the place of keys.
+  for (Texts& texts : texts_) texts.index.reset();
+}
+
+bool TableMemory::keepRow(const std::vector<Value>& row, std::vector<Value>& cells, std::size_t& bytes) const {
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    bytes += bytesOf(row[i]);
+    if (bytes > kMostBytes || (!row[i].isNull() && row[i].type() != definition_->fields[i].type)) return false;
+    cells.push_back(row[i]);
+  }
+  return true;
+}
+
+TableMemory::Texts& TableMemory::textsOf(std::size_t column) {
+  const auto found =
+      std::find_if(texts_.begin(), texts_.end(), [column](const Texts& texts) { return texts.column == column; });
+  if (found != texts_.end()) return *found;
+  texts_.emplace_back();
+  texts_.back().column = column;
+  return texts_.back();
+}
+
+const ContainsIndex* TableMemory::texts(std::size_t column) {
+  Texts& texts = textsOf(column);
+  ++texts.asked;
+  if (!texts.index && !texts.refused && (texts.eager || texts.asked > kIndexAfter)) build(texts);
+  return texts.index.get();
+}
+
+void TableMemory::build(Texts& texts) {
+  auto index = std::make_unique<ContainsIndex>();
+  std::size_t bytes = 0;
+  const auto add = [&](std::int64_t key, std::string_view text) {
+    bytes += text.size();
+    if (bytes > kMostTextBytes) return false;
+    index->add(key, base::fold(text));
+    return true;
+  };
+  if (held_) {
+    const RowSet& rows = held_->rows->rows();
+    for (std::size_t i = 0; i < rows.count; ++i) {
+      const Value& cell = rows.row(i)[texts.column];
+      if (!cell.isNull() && !add(static_cast<std::int64_t>(i), cell.text())) break;
+    }
+  } else {
+    source_.readTexts(*definition_, definition_->fields[texts.column], add);
+  }
+  texts.refused = bytes > kMostTextBytes;
+  texts.asked = 0;
+  if (texts.refused) return;
+  index->finish();
+  texts.index = std::move(index);
+}
+
+}  // namespace jet::memory

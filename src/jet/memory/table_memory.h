@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/memory/contains_index.h"
+#include "jet/memory/indexed_rows.h"
+#include "jet/memory/row_source.h"
+
+namespace jet::memory {
+
+// What is held of one table: its rows when it is small, indexes over the texts of columns. All of it is dropped when
+// the table's version moves, and made again only when the selects since then have cost about as much as making it will;
+// a table that changes all the time therefore stays with the database.
+class TableMemory {
+ public:
+  TableMemory(RowSource& source, std::string_view table)
+      : source_(source), name_(table), counters_(source.versionCounters(table)) {}
+
+  // To be called before each select: forgets what is out of date.
+  void refresh();
+
+  [[nodiscard]] const VersionCounters& counters() const { return counters_; }
+  // Null when there is no such table any more.
+  [[nodiscard]] const std::shared_ptr<const TableDef>& definition() const { return definition_; }
+  // Whether the table has been asked for before since it changed last.
+  [[nodiscard]] bool isQuiet() const { return asked_ > 1; }
+
+  // The table's rows; null when it is too large, holds values that are not of their column's type, or is not worth it
+  // yet.
+  IndexedRows* rows();
+  // An index over the texts of a column, which gives positions in rows() when that is not null, else keys; null when
+  // not worth it yet, or too large.
+  const ContainsIndex* texts(std::size_t column);
+
+ private:
+  struct Held {
+    std::vector<Value> cells;
+    std::unique_ptr<IndexedRows> rows;
+  };
+  struct Texts {
+    std::size_t column = 0;
+    std::uint64_t asked = 0;  // since the index was dropped, or served by it
+    bool refused = false;
+    bool eager = false;  // the last index served often
+    std::unique_ptr<ContainsIndex> index;
+  };
+
+  void forget();
+  void load();
+  bool keepRow(const std::vector<Value>& row, std::vector<Value>& cells, std::size_t& bytes) const;
+  Texts& textsOf(std::size_t column);
+  void build(Texts& texts);
+
+  RowSource& source_;
+  std::string name_;
+  VersionCounters counters_;
+  std::uint64_t version_ = 0;
+  std::shared_ptr<const TableDef> definition_;
+  std::uint64_t asked_ = 0;      // since the version moved
+  std::uint64_t loadAfter_ = 0;  // asks after which the rows are loaded
+  bool eager_ = false;           // the rows held last served often enough
+  bool refused_ = false;
+  std::unique_ptr<Held> held_;
+  std::vector<Texts> texts_;
+};
+
+}  // namespace jet::memory
