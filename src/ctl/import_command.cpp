@@ -15,16 +15,6 @@ bool endedEarly(const ingest::ImportResult& result) {
          result.outcome == Outcome::Failed;
 }
 
-// What an interrupted run left comes first, then the monitor's file.
-ingest::ImportResult importAll(server::CServerDoc& document, const ingest::ImportOptions& options) {
-  const ingest::ImportResult resumed = document.resumeStoppedImports(options);
-  if (endedEarly(resumed)) return resumed;
-  ingest::ImportResult result = document.importMonitorFile(options);
-  result.imported += resumed.imported;
-  if (result.message.empty()) result.message = resumed.message;
-  return result;
-}
-
 int runImport(const Invocation& call) {
   Context& context = call.context;
   context.interrupts().begin();
@@ -35,10 +25,13 @@ int runImport(const Invocation& call) {
   };
   const auto file = call.arguments.find("--file");
   server::CServerDoc& document = context.document();
-  const ingest::ImportResult result = file ? document.importFile(*file, options) : importAll(document, options);
+  const ingest::ImportResult result = file ? document.importFile(*file, options) : document.importMonitorFile(options);
   call.out << base::format("imported %d\n", result.imported);
   if (endedEarly(result)) {
-    throw Failure(result.message.empty() ? "The import was stopped; the next one goes on." : result.message);
+    throw Failure(result.message.empty()
+                      ? base::format("The import was stopped. Finish it with: tallyctl import --file %s",
+                                     file ? *file : context.folder("PathMonitor") + "monitor.data.bk")
+                      : result.message);
   }
   if (!result.message.empty()) context.person().messageBox(result.message);
   return 0;

@@ -220,7 +220,8 @@ AccountIndex accountIndexOf(const auto& entries) {
 }  // namespace
 
 void PartyDefinitions::load(jet::Database& main, jet::Database* tariffs) {
-  const jet::FieldDef* extension = main.tableDef("Calls").find("Extension");
+  const jet::TableDef calls = main.tableDef("Calls");
+  const jet::FieldDef* extension = calls.find("Extension");
   extensionIsText = extension != nullptr && extension->type == jet::Type::Text;
   loadReferences(tariffs);
   loadParties(main);

@@ -2,10 +2,12 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "base/path.h"
 #include "base/printf.h"
+#include "base/text.h"
 #include "schema/schema.h"
 #include "security/rights.h"
 #include "tariff/redenomination.h"
@@ -120,8 +122,20 @@ bool CServerDoc::logIn(const StartDuties& duties) {
   return login_->Login(duties.autoLogin) && login_->CheckAccount();
 }
 
+// A database of an earlier version, or one that was converted from an old file, may lack a table.
+void CServerDoc::addMissingTables() {
+  const std::vector<std::string> present = main_->tableNames();
+  for (const jet::TableDef& table : schema::mainTables()) {
+    const bool known = std::any_of(present.begin(), present.end(),
+                                   [&](const std::string& name) { return base::equalFoldAscii(name, table.name); });
+    if (!known) main_->createTable(table);
+  }
+}
+
 void CServerDoc::upgradeSchema() {
+  if (DatabaseReadOnly()) return;
   try {
+    addMissingTables();
     std::int32_t version = config_.ReadConfigInt("DbVersion", kGeneral, foundation::StoreDatabase, 0);
     if (version >= kDatabaseVersion) return;
     jet::Transaction transaction(*main_);

@@ -100,6 +100,7 @@ class CServerDoc {
   bool openMainDatabase();
   bool openSettings();
   bool logIn(const StartDuties& duties);
+  void addMissingTables();
   void upgradeSchema();
   bool loadReferenceData(const StartDuties& duties);
   void firstImport();
