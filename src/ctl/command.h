@@ -84,6 +84,7 @@ struct Invocation {
 enum class Duty {
   Administer,  // reads or changes settings and lists, beside a running copy
   Import,      // the machine's one copy: maintenance and the output port too
+  Serve,       // the same, with the first import of the start; nobody is asked anything
 };
 
 // The right that a command needs; object 0: none, and the databases stay closed unless the command opens them.

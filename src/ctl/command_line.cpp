@@ -49,13 +49,15 @@ void addOption(Leaf& leaf, const OptionSpec& spec) {
 CLI::App* makeApp(CLI::App& root, const Command& command, std::span<const CommandGroup> groups) {
   const std::vector<std::string> words = base::split(command.name, " ");
   CLI::App* parent = &root;
+  std::string path;
   for (std::size_t i = 0; i + 1 < words.size(); ++i) {
     const auto found = parent->get_subcommands([&](const CLI::App* app) { return app->get_name() == words[i]; });
     CLI::App* group = found.empty() ? nullptr : found.front();
+    path += (path.empty() ? "" : " ") + words[i];
     if (group == nullptr) {
       std::string summary;
       for (const CommandGroup& known : groups) {
-        if (known.name == words[i]) summary = known.summary;
+        if (known.name == path) summary = known.summary;
       }
       group = parent->add_subcommand(words[i], summary);
       group->require_subcommand(1)->fallthrough();

@@ -14,6 +14,10 @@ constexpr CommandGroup kGroups[] = {
     {"provider", "Telephone providers"},
     {"currency", "Currencies and their exchange rates"},
     {"log", "The audit log"},
+    {"log filter", "Which entries of the audit log are shown"},
+    {"user", "Users: who logs in, and which calls they see"},
+    {"group", "Groups of users and their rights"},
+    {"reset", "Delete calls or contacts"},
 };
 
 }  // namespace
@@ -21,9 +25,11 @@ constexpr CommandGroup kGroups[] = {
 std::vector<const Command*> allCommands() {
   std::vector<const Command*> all;
   for (const auto commands :
-       {initCommands(), statusCommands(), settingCommands(), importCommands(), folderCommands(), priceCommands(),
-        extensionCommands(), accountCommands(), trunkCommands(), clientCommands(), providerCommands(),
-        currencyCommands(), logCommands(), sampleCommands()}) {
+       {initCommands(),     statusCommands(),    settingCommands(),     importCommands(),    folderCommands(),
+        priceCommands(),    extensionCommands(), accountCommands(),     trunkCommands(),     clientCommands(),
+        providerCommands(), currencyCommands(),  logCommands(),         logFilterCommands(), sampleCommands(),
+        serveCommands(),    sendCommands(),      maintenanceCommands(), resetCommands(),     userCommands(),
+        groupCommands(),    passwordCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

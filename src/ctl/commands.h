@@ -20,6 +20,14 @@ std::span<const Command> providerCommands();
 std::span<const Command> currencyCommands();
 std::span<const Command> folderCommands();
 std::span<const Command> logCommands();
+std::span<const Command> logFilterCommands();
+std::span<const Command> serveCommands();
+std::span<const Command> sendCommands();
+std::span<const Command> maintenanceCommands();
+std::span<const Command> resetCommands();
+std::span<const Command> userCommands();
+std::span<const Command> groupCommands();
+std::span<const Command> passwordCommands();
 std::span<const Command> statusCommands();
 std::span<const Command> sampleCommands();
 

@@ -18,9 +18,9 @@ std::filesystem::path storeFile(const GlobalOptions& options) {
 }
 
 server::StartDuties dutiesOf(Duty duty, const GlobalOptions& options) {
-  const bool works = duty == Duty::Import;
+  const bool works = duty != Duty::Administer;
   return {.maintain = works,
-          .firstImport = false,  // the command imports by itself, to tell how much
+          .firstImport = duty == Duty::Serve,  // the import command imports by itself, to tell how much
           .outputPort = works,
           .autoLogin = options.user ? security::AutoLogin::Ignored : security::AutoLogin::Allowed};
 }
@@ -39,7 +39,7 @@ std::string Context::folder(std::string_view key) {
 
 void Context::open(Duty duty) {
   if (document_) return;
-  const bool imports = duty == Duty::Import;
+  const bool imports = duty != Duty::Administer;
   if (app_.InitInstance(options_.profile.value_or(""),
                         imports ? CServerApp::OneCopy::Enforced : CServerApp::OneCopy::Shared) !=
       CServerApp::Start::Ready) {
@@ -48,6 +48,10 @@ void Context::open(Duty duty) {
         base::format("Another copy of Tallybook (process %d) runs on this machine and imports the calls. "
                      "Stop it first.",
                      platform::InstanceLock::holder(app_.lockFile())));
+  }
+  if (duty == Duty::Serve) {
+    interrupts_.begin();
+    operator_.leave();
   }
   document_.emplace(app_);
   if (!document_->OnNewDocument(dutiesOf(duty, options_))) failToStart();

@@ -25,7 +25,8 @@ class Context {
   [[nodiscard]] foundation::ConfigManager& config() { return app_.config(); }
   [[nodiscard]] foundation::MachineStore& machineStore() { return app_.config().machineStore(); }
   [[nodiscard]] server::CServerApp& app() { return app_; }
-  [[nodiscard]] platform::Operator& person() { return operator_; }
+  [[nodiscard]] TerminalOperator& person() { return operator_; }
+  [[nodiscard]] TerminalPrompt& prompt() { return prompt_; }
   [[nodiscard]] const platform::Clock& clock() const { return clock_; }
   [[nodiscard]] InterruptWatch& interrupts() { return interrupts_; }
 

@@ -14,11 +14,17 @@ TerminalOperator::TerminalOperator(InterruptWatch& interrupts)
       interactive_(isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0),
       showsBar_(isatty(STDERR_FILENO) != 0) {}
 
+void TerminalOperator::leave() {
+  interactive_ = false;
+  showsBar_ = false;
+}
+
 void TerminalOperator::messageBox(std::string_view text) {
   std::cerr << text << '\n';
 }
 
 bool TerminalOperator::askYesNo(std::string_view text, Unattended unattended) {
+  if (answersYes_) return true;
   if (!interactive_) {
     const bool yes = unattended == Unattended::Yes;
     std::cerr << text << (yes ? " Yes\n" : " No\n");

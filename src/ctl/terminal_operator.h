@@ -14,6 +14,11 @@ class TerminalOperator : public platform::Operator {
  public:
   explicit TerminalOperator(InterruptWatch& interrupts);
 
+  // From now on nobody is there, even at a terminal: no question waits, no bar is drawn.
+  void leave();
+  // From now on every question is answered with Yes.
+  void answerYes() { answersYes_ = true; }
+
   void messageBox(std::string_view text) override;
   bool askYesNo(std::string_view text, Unattended unattended) override;
   void beep(int frequency, int duration) override;
@@ -27,6 +32,7 @@ class TerminalOperator : public platform::Operator {
 
   InterruptWatch& interrupts_;
   bool interactive_;  // questions can be asked
+  bool answersYes_ = false;
   bool showsBar_;
   std::string barText_;
   std::int64_t barRange_ = 0;

@@ -36,6 +36,12 @@ bool hasTerminal() {
   return isatty(STDIN_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
 }
 
+std::optional<std::string> fromEnvironment(const char* name) {
+  const char* password = std::getenv(name);
+  if (password == nullptr) return std::nullopt;
+  return password;
+}
+
 }  // namespace
 
 std::optional<std::string> askPassword(std::string_view question) {
@@ -50,9 +56,11 @@ std::optional<std::string> askPassword(std::string_view question) {
 }
 
 std::optional<std::string> passwordFromEnvironment() {
-  const char* password = std::getenv("TALLYBOOK_PASSWORD");
-  if (password == nullptr) return std::nullopt;
-  return password;
+  return fromEnvironment("TALLYBOOK_PASSWORD");
+}
+
+std::optional<std::string> newPasswordFromEnvironment() {
+  return fromEnvironment("TALLYBOOK_NEW_PASSWORD");
 }
 
 std::optional<security::Credentials> TerminalPrompt::askLogin(const std::string& proposedName) {
@@ -75,6 +83,10 @@ std::optional<security::Credentials> TerminalPrompt::askLogin(const std::string&
 
 std::optional<security::PasswordChange> TerminalPrompt::askPasswordChange(const std::string& userName,
                                                                           bool /*forced*/) {
+  if (const auto given = newPasswordFromEnvironment(); given && changesFromEnvironment_) {
+    changesFromEnvironment_ = false;
+    return security::PasswordChange{passwordFromEnvironment().value_or(""), *given, *given};
+  }
   const auto current = askPassword(base::format("Current password of %s", userName));
   if (!current) return std::nullopt;
   const auto wanted = askPassword("New password");

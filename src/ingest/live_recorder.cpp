@@ -2,7 +2,17 @@
 
 #include <algorithm>
 
+#include "base/printf.h"
+
 namespace ingest {
+
+namespace {
+
+constexpr const char* kException = "Exception while adding call (%s)";
+// A fault may last for days; its first calls tell as much as all of them.
+constexpr std::size_t kMostHeld = 200;
+
+}  // namespace
 
 std::int32_t LiveRecorder::record(std::span<const unsigned char> bytes) {
   if (bytes.size() != exchange::kNormalRecordSize && bytes.size() != exchange::kExtendedRecordSize) return 0;
@@ -30,10 +40,32 @@ bool LiveRecorder::store(exchange::CallRecord& call) {
 
 void LiveRecorder::logException(const exchange::CallRecord& call) {
   try {
-    recorder_.parts().log.WriteLog(security::LogError, "Exception while adding call (%s)", call.dialledNumber);
+    recorder_.parts().log.WriteLog(security::LogError, kException, call.dialledNumber);
   } catch (const std::exception&) {
-    // The database takes no entry either; the result tells the sender.
+    // The database takes no entry either.
+    hold(call.dialledNumber);
   }
+}
+
+void LiveRecorder::hold(const std::string& number) {
+  if (heldNumbers_.size() < kMostHeld) {
+    heldNumbers_.push_back(number);
+  } else {
+    ++heldBeyond_;
+  }
+}
+
+void LiveRecorder::writeHeldEntries() {
+  if (heldNumbers_.empty()) return;
+  const ExchangeParts& parts = recorder_.parts();
+  jet::Transaction transaction(parts.main);
+  for (const std::string& number : heldNumbers_) parts.log.WriteLog(security::LogError, kException, number);
+  if (heldBeyond_ > 0) {
+    parts.log.WriteLog(security::LogError, kException, base::format("%d more", heldBeyond_));
+  }
+  transaction.commit();
+  heldNumbers_.clear();
+  heldBeyond_ = 0;
 }
 
 }  // namespace ingest

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "ingest/recorder.h"
 
@@ -16,11 +18,18 @@ class LiveRecorder {
   // for another size, while the calls are not open, and for a fault, which is written to the audit log. Never throws.
   std::int32_t record(std::span<const unsigned char> bytes);
 
+  // Entries that the audit log refused as well (a full disk, a locked database), to be written now. Cheap when there
+  // are none. Throws jet::Error when it still refuses; they are kept then.
+  void writeHeldEntries();
+
  private:
   bool store(exchange::CallRecord& call);
   void logException(const exchange::CallRecord& call);
+  void hold(const std::string& number);
 
   Recorder& recorder_;
+  std::vector<std::string> heldNumbers_;
+  std::int64_t heldBeyond_ = 0;  // calls more than the list takes
 };
 
 }  // namespace ingest

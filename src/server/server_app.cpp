@@ -44,7 +44,7 @@ CServerApp::Start CServerApp::InitInstance(std::string_view commandLine, OneCopy
       std::string(withoutQuotes(base::replaceAll(std::string(commandLine), kVersionSwitch, "")));
   if (!profile.empty()) applyProfile(profile);
   if (!loadLanguage()) return Start::Failed;
-  if (oneCopy == OneCopy::Enforced && !versionOnly && !takeLock()) return Start::Failed;
+  if (oneCopy == OneCopy::Enforced && !takeLock()) return Start::Failed;
   if (versionOnly) {
     writeVersionFile();
     return Start::Ended;
@@ -76,10 +76,11 @@ bool CServerApp::loadLanguage() {
     surroundings_.person.messageBox(base::format("Error loading language file: %s", name));
     return false;
   }
-  std::string code = config_.ReadConfigString("Lang", kGeneral, foundation::StoreMachine, "");
-  if (code.empty()) code = config_.ReadConfigString("Language", kGeneral, foundation::StoreMachine, "");
-  language_.CheckCodepage(code, surroundings_.person);
-  if (language_.NativeLanguage() != code) {
+  const std::string chosen = config_.ReadConfigString("Lang", kGeneral, foundation::StoreMachine, "");
+  language_.CheckCodepage(
+      chosen.empty() ? config_.ReadConfigString("Language", kGeneral, foundation::StoreMachine, "") : chosen,
+      surroundings_.person);
+  if (language_.NativeLanguage() != chosen) {
     config_.WriteConfigString(language_.NativeLanguage(), "Lang", kGeneral, foundation::StoreMachine);
   }
   return true;

@@ -192,12 +192,10 @@ ingest::ExchangeParts CServerDoc::exchangeParts() {
 
 void CServerDoc::firstImport() {
   if (DatabaseReadOnly()) return;
-  const auto resumed = resumeStoppedImports();
-  const auto imported = importMonitorFile();
-  if (resumed.outcome == ingest::ImportResult::Outcome::Failed ||
-      imported.outcome == ingest::ImportResult::Outcome::Failed) {
-    person_.messageBox(language_.Translate("IDS_SMDR_CANTREADLOG"));
-  }
+  const auto result = catchUp();
+  if (result.outcome != ingest::ImportResult::Outcome::Failed) return;
+  person_.messageBox(language_.Translate("IDS_SMDR_CANTREADLOG"));
+  person_.messageBox(result.message);
 }
 
 void CServerDoc::redenominate() {
@@ -220,6 +218,22 @@ ingest::ImportResult CServerDoc::importMonitorFile(const ingest::ImportOptions& 
 
 ingest::ImportResult CServerDoc::resumeStoppedImports(const ingest::ImportOptions& options) {
   return ingest::MonitorImport(*recorder_, options).resumeStoppedImports();
+}
+
+ingest::ImportResult CServerDoc::catchUp(const ingest::ImportOptions& options) {
+  using Outcome = ingest::ImportResult::Outcome;
+  ingest::ImportResult resumed;
+  try {
+    resumed = resumeStoppedImports(options);
+  } catch (const jet::Error& error) {
+    return {.outcome = Outcome::Failed, .message = error.description()};
+  }
+  // A file of which the rest was not read stays where it is, ahead of the monitor's newer one.
+  if (resumed.outcome == Outcome::Failed || resumed.outcome == Outcome::Interrupted) return resumed;
+  ingest::ImportResult result = importMonitorFile(options);
+  result.imported += resumed.imported;
+  if (result.message.empty()) result.message = resumed.message;
+  return result;
 }
 
 ingest::ImportResult CServerDoc::importFile(const std::filesystem::path& file, const ingest::ImportOptions& options) {
@@ -262,6 +276,12 @@ bool CServerDoc::deleteZeroLengthCalls() {
   return true;
 }
 
+std::int64_t CServerDoc::purgeOldCalls() {
+  const std::int64_t deleted = ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock);
+  if (deleted > 0) tags_.TouchCalls();
+  return deleted;
+}
+
 void CServerDoc::hideNumber(std::string_view number) {
   jet::Transaction transaction(*main_);
   ingest::HideNumber(*main_, number);
@@ -288,7 +308,7 @@ bool CServerDoc::HasRight(int object, int right) {
 
 // What another copy changed meanwhile is newer than what this one loaded, and stays.
 void CServerDoc::saveDefinitions() {
-  if (!keepsState_ || !referenceDataLoaded_) return;
+  if (!keepsState_ || !referenceDataLoaded_ || DatabaseReadOnly()) return;
   jet::Transaction transaction(*main_);
   if (!parties_.changed(*main_, tariffs_ ? &tariffs_->database() : nullptr)) parties_.save(*main_);
   transaction.commit();

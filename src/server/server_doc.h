@@ -55,6 +55,8 @@ class CServerDoc {
   ingest::ImportResult importMonitorFile(const ingest::ImportOptions& options = {});
   // Completes imports that were interrupted; to be called once before the first run.
   ingest::ImportResult resumeStoppedImports(const ingest::ImportOptions& options = {});
+  // Both: what was interrupted, by a kill or by a fault, then the monitor's file. Does not throw.
+  ingest::ImportResult catchUp(const ingest::ImportOptions& options = {});
   ingest::ImportResult importFile(const std::filesystem::path& file, const ingest::ImportOptions& options = {});
   // Takes over what other copies changed in definitions and currencies.
   void refresh();
@@ -63,6 +65,8 @@ class CServerDoc {
   bool resetCalls();
   bool resetContacts();
   bool deleteZeroLengthCalls();
+  // Retention, as at the start; the number of calls deleted.
+  std::int64_t purgeOldCalls();
   void hideNumber(std::string_view number);
   void showNumber(std::string_view number);
   ingest::RecalcResult recalc(const ingest::RecalcOptions& options);

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <signal.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -55,69 +56,138 @@ int millisecondsUntil(Clock::time_point when) {
   return left < 0 ? 0 : static_cast<int>(left);
 }
 
-}  // namespace
-
-std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document) {
+std::unique_ptr<platform::LiveChannelServer> openChannel(CServerDoc& document, platform::LiveRecordHandler handler) {
   const std::string configured =
       document.app().config().ReadConfigString("LiveSocket", "general", foundation::StoreMachine, "");
   return std::make_unique<platform::LiveChannelServer>(
-      configured.empty() ? platform::defaultLiveSocket() : base::systemPath(configured),
-      [&document](std::span<const unsigned char> record) { return document.liveRecorder().record(record); });
+      configured.empty() ? platform::defaultLiveSocket() : base::systemPath(configured), std::move(handler));
 }
 
-Service::Service(CServerDoc& document, std::function<void(const std::string&)> say)
-    : document_(document), say_(std::move(say)) {}
+}  // namespace
+
+std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document) {
+  return openChannel(
+      document, [&document](std::span<const unsigned char> record) { return document.liveRecorder().record(record); });
+}
+
+Service::Service(CServerDoc& document, std::function<void(const std::string&)> say, ServiceTimes times)
+    : document_(document), say_(std::move(say)), times_(times), stopEvent_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+Service::~Service() {
+  close(stopEvent_);
+}
+
+void Service::stop() {
+  eventfd_write(stopEvent_, 1);
+}
 
 void Service::run() {
   EndSignals signals;
-  const auto channel = openLiveChannel(document_);
+  bool stopped = false;
+  const auto ended = [&] {
+    eventfd_t count = 0;
+    stopped = stopped || eventfd_read(stopEvent_, &count) == 0;
+    return signals.take() || stopped;
+  };
+  const auto channel =
+      openChannel(document_, [this](std::span<const unsigned char> record) { return takeLiveRecord(record); });
   say_(base::format("Serving %s; live calls on %s.", document_.database().path().string(), channel->socket().string()));
-  const ingest::ImportOptions options{.shouldStop = [&signals] { return signals.take(); }};
-  auto nextImport = Clock::now() + kImportInterval;
-  auto nextRefresh = Clock::now() + kRefreshInterval;
-  while (!signals.take()) {
-    std::array<pollfd, 2> wait{{{channel->descriptor(), POLLIN, 0}, {signals.descriptor(), POLLIN, 0}}};
+  const ingest::ImportOptions options{.shouldStop = ended};
+  auto nextImport = Clock::now() + times_.import;
+  auto nextRefresh = Clock::now() + times_.refresh;
+  while (!ended()) {
+    std::array<pollfd, 3> wait{
+        {{channel->descriptor(), POLLIN, 0}, {signals.descriptor(), POLLIN, 0}, {stopEvent_, POLLIN, 0}}};
     poll(wait.data(), wait.size(), millisecondsUntil(std::min(nextImport, nextRefresh)));
     channel->process();
     if (Clock::now() >= nextRefresh) {
       refreshNow();
-      nextRefresh = Clock::now() + kRefreshInterval;
+      nextRefresh = Clock::now() + times_.refresh;
     }
     if (Clock::now() >= nextImport) {
       importNow(options);
-      nextImport = Clock::now() + kImportInterval;
+      sayLiveCounts();
+      nextImport = Clock::now() + times_.import;
     }
   }
+  sayLiveCounts();
   say_("Closing.");
+}
+
+std::int32_t Service::takeLiveRecord(std::span<const unsigned char> record) {
+  const std::int32_t result = document_.liveRecorder().record(record);
+  ++(result != 0 ? liveRecorded_ : liveRefused_);
+  return result;
+}
+
+void Service::sayLiveCounts() {
+  if (liveRecorded_ > 0) say_(base::format("Recorded %d live calls.", liveRecorded_));
+  if (liveRefused_ > 0) say_(base::format("Refused %d live calls: see the audit log.", liveRefused_));
+  liveRecorded_ = 0;
+  liveRefused_ = 0;
 }
 
 void Service::refreshNow() {
   try {
     document_.refresh();
-    if (unloggedFault_.empty()) return;
-    document_.log().WriteLog(security::LogError, "%s", unloggedFault_);
-    unloggedFault_.clear();
-  } catch (const jet::Error& error) {
-    note(error.description());
+    document_.liveRecorder().writeHeldEntries();
+    writeHeldEntries();
+    clear(refreshFault_);
+  } catch (const std::exception& error) {
+    note(refreshFault_, error.what());
   }
 }
 
 void Service::importNow(const ingest::ImportOptions& options) {
-  const auto result = document_.importMonitorFile(options);
-  if (result.outcome == ingest::ImportResult::Outcome::Failed) {
-    note(result.message);
-  } else if (result.imported > 0) {
-    lastFault_.clear();
-    say_(base::format("Imported %d calls from the monitor's file.", result.imported));
+  ingest::ImportResult result;
+  try {
+    // A run that failed left its file aside; only catching up reads it.
+    result = importFault_.empty() ? document_.importMonitorFile(options) : document_.catchUp(options);
+  } catch (const std::exception& error) {
+    result = {.outcome = ingest::ImportResult::Outcome::Failed, .message = error.what()};
+  }
+  if (result.imported > 0) say_(base::format("Imported %d calls from the monitor's file.", result.imported));
+  if (result.message.empty()) {
+    clear(importFault_);
+  } else {
+    note(importFault_, result.message);
   }
 }
 
-// The same fault comes back every minute until somebody mends it; once is enough.
-void Service::note(const std::string& fault) {
-  if (fault == lastFault_) return;
-  lastFault_ = fault;
-  unloggedFault_ = fault;
-  say_(fault);
+void Service::note(std::string& fault, const std::string& text) {
+  if (fault == text) return;
+  fault = text;
+  heldEntries_.push_back({text, document_.app().surroundings().clock.now()});
+  say_(text);
+}
+
+void Service::clear(std::string& fault) {
+  if (fault.empty()) return;
+  say_("Mended: " + fault);
+  fault.clear();
+}
+
+void Service::writeHeldEntries() {
+  while (!heldEntries_.empty()) {
+    const HeldEntry& entry = heldEntries_.front();
+    if (!alreadyLogged(entry)) document_.log().WriteLog(security::LogError, "%s", entry.text);
+    heldEntries_.erase(heldEntries_.begin());
+  }
+}
+
+// An import writes its own entry where the database takes one.
+bool Service::alreadyLogged(const HeldEntry& entry) {
+  constexpr std::int64_t kLongestImportFault = 60;  // seconds from an import's own entry to its result here
+  const base::DateTime oldest = entry.since.plusSeconds(-kLongestImportFault);
+  bool found = false;
+  document_.database().forEachRow("SELECT [DateTime], [Desc] FROM Log ORDER BY DateTime DESC",
+                                  [&](const std::vector<jet::Value>& row) {
+                                    const auto time = row[0].toDateTime();
+                                    const std::string text = row[1].toText();
+                                    found = !text.empty() && entry.text.starts_with(text);
+                                    return !found && time && *time >= oldest;
+                                  });
+  return found;
 }
 
 }  // namespace server

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/live_channel.h"
 #include "server/server_doc.h"
@@ -18,23 +19,52 @@ inline constexpr std::chrono::milliseconds kRefreshInterval{3000};
 // The live channel of a document, at setting `LiveSocket` (machine store, section "general") or its default place.
 std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document);
 
-// The document without a window: imports on a timer, takes live calls, until SIGTERM or SIGINT.
+struct ServiceTimes {
+  std::chrono::milliseconds import = kImportInterval;
+  std::chrono::milliseconds refresh = kRefreshInterval;
+};
+
+// The document without a window: imports on a timer, takes live calls, until SIGTERM or SIGINT. Faults of the database,
+// the disk or the monitor's folder do not end it: they are said once, written to the audit log as soon as it takes an
+// entry, and what they held up is made up for by the next run.
 class Service {
  public:
-  // `say` takes a line for the service's journal: at most one a minute while nothing happens.
-  Service(CServerDoc& document, std::function<void(const std::string&)> say);
-  // Runs until a signal asks for the end; finishes what it is at first.
+  // `say` takes a line for the service's journal: at most one an import while all goes well.
+  Service(CServerDoc& document, std::function<void(const std::string&)> say, ServiceTimes times = {});
+  Service(const Service&) = delete;
+  Service& operator=(const Service&) = delete;
+  ~Service();
+
+  // Runs until a signal or stop() asks for the end; finishes the batch it is at first. Throws std::runtime_error when
+  // the live channel cannot be opened.
   void run();
+  // From any thread.
+  void stop();
 
  private:
+  std::int32_t takeLiveRecord(std::span<const unsigned char> record);
   void refreshNow();
   void importNow(const ingest::ImportOptions& options);
-  void note(const std::string& fault);
+  void sayLiveCounts();
+  void note(std::string& fault, const std::string& text);
+  void clear(std::string& fault);
+  void writeHeldEntries();
+  struct HeldEntry {
+    std::string text;
+    base::DateTime since;
+  };
+  bool alreadyLogged(const HeldEntry& entry);
 
   CServerDoc& document_;
   std::function<void(const std::string&)> say_;
-  std::string lastFault_;      // the fault that persists; said and logged once, not every minute
-  std::string unloggedFault_;  // not yet in the audit log: the database refused it too
+  ServiceTimes times_;
+  int stopEvent_ = -1;
+  // Faults that come back at every try until somebody mends them; empty while all is well.
+  std::string importFault_;
+  std::string refreshFault_;
+  std::vector<HeldEntry> heldEntries_;  // not yet in the audit log
+  std::int64_t liveRecorded_ = 0;       // since they were last said
+  std::int64_t liveRefused_ = 0;
 };
 
 }  // namespace server

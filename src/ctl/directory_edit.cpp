@@ -1,0 +1,27 @@
+#include "ctl/directory_edit.h"
+
+#include "base/printf.h"
+
+namespace ctl {
+
+void requireSaved(security::SaveResult result, std::string_view what, std::string_view name) {
+  using security::SaveResult;
+  switch (result) {
+    case SaveResult::Saved:
+      return;
+    case SaveResult::NameUnusable:
+      throw Failure("A name may not be empty or hold a quotation mark.");
+    case SaveResult::NameTaken:
+      throw Failure(base::format("There is a %s %s already.", what, name));
+    case SaveResult::Missing:
+      throw Failure(base::format("The %s %s was deleted meanwhile.", what, name));
+    case SaveResult::RestrictionRejected:
+      throw Failure(base::format("The restriction does not work; the %s %s was not saved.", what, name));
+  }
+}
+
+void requireWritable(Context& context) {
+  if (context.main().readOnly()) throw Failure("The database is open read-only; nothing was changed.");
+}
+
+}  // namespace ctl

@@ -1,0 +1,50 @@
+#include "base/printf.h"
+#include "ctl/access.h"
+#include "ctl/commands.h"
+#include "ctl/context.h"
+#include "ctl/directory_edit.h"
+
+namespace ctl {
+
+namespace {
+
+int passwd(const Invocation& call) {
+  Context& context = call.context;
+  // Everybody may change the own password, whatever the rights.
+  context.open(Duty::Administer);
+  requireWritable(context);
+  context.prompt().changeFromEnvironment();
+  server::CServerDoc& document = context.document();
+  if (!document.login().ChangePassword(false)) {
+    throw Failure(
+        base::format("The password of %s was not changed. Without a terminal, give the current one in "
+                     "TALLYBOOK_PASSWORD and the new one in TALLYBOOK_NEW_PASSWORD.",
+                     document.user().Name));
+  }
+  // A user who logs in automatically stays able to.
+  foundation::ConfigManager& config = context.config();
+  const std::string automatic = config.ReadConfigString("AutoLoginUser", "general", foundation::StoreMachine, "");
+  if (!automatic.empty() && automatic == document.user().Name) {
+    config.WriteConfigString(document.user().password, "AutoLoginPassword", "general", foundation::StoreMachine);
+  }
+  call.out << base::format("The password of %s is changed.\n", document.user().Name);
+  return 0;
+}
+
+constexpr Command kCommands[] = {
+    {"passwd",
+     "Change your own password",
+     "tallyctl passwd\n"
+     "TALLYBOOK_PASSWORD=old TALLYBOOK_NEW_PASSWORD=new tallyctl --user ana passwd",
+     {},
+     {},
+     passwd},
+};
+
+}  // namespace
+
+std::span<const Command> passwordCommands() {
+  return kCommands;
+}
+
+}  // namespace ctl

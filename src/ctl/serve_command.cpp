@@ -1,0 +1,62 @@
+#include <csignal>
+
+#include "ctl/access.h"
+#include "ctl/commands.h"
+#include "ctl/context.h"
+#include "server/service.h"
+
+namespace ctl {
+
+namespace {
+
+// A reader of the output that went away, or a limit on the size of files, are faults to be met where they occur, not
+// reasons to die with calls in hand.
+void outliveBrokenOutput() {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
+int serve(const Invocation& call) {
+  Context& context = call.context;
+  server::CServerDoc& document = context.document();
+  if (document.DatabaseReadOnly()) {
+    throw Failure("The database could be opened read-only only, and a service stores calls. Check the rights on " +
+                  document.databaseFolder().string() + " and its files.");
+  }
+  constexpr std::int64_t kLongestInterval = 86400;
+  server::ServiceTimes times;
+  times.import = std::chrono::seconds(call.arguments.integer("--import-every", 60, 1, kLongestInterval));
+  server::Service service(
+      document,
+      [&call](const std::string& line) {
+        call.out << line << std::endl;
+        call.out.clear();  // a line that nobody takes is no fault of the service
+      },
+      times);
+  outliveBrokenOutput();
+  // Asked to end during the start's import.
+  if (context.interrupts().requested()) return 0;
+  service.run();
+  return 0;
+}
+
+constexpr OptionSpec kOptions[] = {
+    {.name = "--import-every",
+     .help = "Seconds between two looks for the monitor's file (default 60)",
+     .valueName = "SECONDS"},
+};
+
+constexpr Command kCommands[] = {
+    {"serve", "Import on a timer and take live calls, until SIGTERM or Ctrl-C",
+     "tallyctl serve\n"
+     "tallyctl --user service serve --import-every 10",
+     kOptions, kServeCalls, serve},
+};
+
+}  // namespace
+
+std::span<const Command> serveCommands() {
+  return kCommands;
+}
+
+}  // namespace ctl

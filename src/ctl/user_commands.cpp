@@ -1,0 +1,174 @@
+#include "base/printf.h"
+#include "ctl/access.h"
+#include "ctl/commands.h"
+#include "ctl/context.h"
+#include "ctl/directory_edit.h"
+#include "ctl/list_words.h"
+#include "ctl/terminal_prompt.h"
+#include "security/rights.h"
+
+namespace ctl {
+
+namespace {
+
+using security::UserRecord;
+
+struct FlagWord {
+  std::int32_t flag;
+  std::string_view word;
+};
+constexpr FlagWord kFlagWords[] = {
+    {security::UserMustChangePassword, "must-change"},
+    {security::UserDisabled, "disabled"},
+};
+
+std::string flagText(std::int32_t flags) {
+  std::string text;
+  for (const FlagWord& each : kFlagWords) {
+    if ((flags & each.flag) != 0) text += (text.empty() ? "" : ",") + std::string(each.word);
+  }
+  return text;
+}
+
+std::int32_t flagsOf(std::string_view text) {
+  std::int32_t flags = 0;
+  for (const std::string& word : listWords(text)) {
+    std::int32_t found = 0;
+    for (const FlagWord& each : kFlagWords) {
+      if (each.word == word) found = each.flag;
+    }
+    if (found == 0) throw WrongUsage(base::format("--flags takes must-change, disabled or none, not \"%s\".", word));
+    flags |= found;
+  }
+  return flags;
+}
+
+std::string groupNames(security::UserDirectory& directory, const std::string& membership) {
+  std::string text;
+  for (const std::int32_t id : security::groupIds(membership)) {
+    const auto group = directory.findGroup(id);
+    text += (text.empty() ? "" : ",") + (group ? group->Name : std::to_string(id));
+  }
+  return text;
+}
+
+std::string membershipOf(security::UserDirectory& directory, std::string_view names) {
+  std::string membership;
+  for (const std::string& name : listWords(names)) {
+    const auto group = directory.findGroup(name);
+    if (!group) throw Failure(base::format("There is no group %s. See: tallyctl group list", name));
+    membership = security::AddToGroupList(membership, group->RecordID);
+  }
+  return membership;
+}
+
+std::string timeText(const std::optional<base::DateTime>& time) {
+  return time ? time->format("%d.%m.%Y %H:%M:%S") : std::string();
+}
+
+int list(const Invocation& call) {
+  security::UserDirectory& directory = call.context.document().users();
+  Table table({"ID", "Name", "Full name", "Groups", "Flags", "Restriction", "Password set", "Last access"});
+  for (const UserRecord& user : directory.users()) {
+    table.add({std::int64_t{user.RecordID}, user.Name, user.Fullname, groupNames(directory, user.Groups),
+               flagText(user.Flags), user.SQLSubquery, timeText(user.PasswordDate), timeText(user.LastAccessDate)});
+  }
+  call.print(table);
+  return 0;
+}
+
+// What was typed goes into the record; the rest stays.
+void takeOver(const Invocation& call, UserRecord& user) {
+  const Arguments& arguments = call.arguments;
+  user.Fullname = arguments.text("--fullname", user.Fullname);
+  if (const auto flags = arguments.find("--flags")) user.Flags = flagsOf(*flags);
+  if (const auto groups = arguments.find("--groups")) {
+    user.Groups = membershipOf(call.context.document().users(), *groups);
+  }
+  user.SQLSubquery = arguments.text("--restriction", user.SQLSubquery);
+}
+
+std::optional<std::string> askNewPassword(const std::string& name) {
+  auto typed = askPassword(base::format("Password of the new user %s (empty: none)", name));
+  if (typed && !typed->empty() && askPassword("Again") != typed) {
+    throw Failure("The two passwords differ. Nothing was made.");
+  }
+  return typed;
+}
+
+int add(const Invocation& call) {
+  requireWritable(call.context);
+  UserRecord user;
+  user.Name = call.arguments.text("NAME");
+  takeOver(call, user);
+  std::optional<std::string> password = call.arguments.find("--password");
+  if (!password) password = newPasswordFromEnvironment();
+  if (!password) password = askNewPassword(user.Name);
+  if (password.value_or("").empty()) user.Flags |= security::UserMustChangePassword;
+  requireSaved(call.context.document().users().SaveUser(user, password.value_or("")), "user", user.Name);
+  if (user.Groups.empty()) {
+    call.out << base::format("%s cannot log in before it is in a group: tallyctl user set %s --groups Operators\n",
+                             user.Name, user.Name);
+  }
+  return 0;
+}
+
+UserRecord existing(const Invocation& call) {
+  const std::string name = call.arguments.text("NAME");
+  auto user = call.context.document().users().findUser(name);
+  if (!user) throw Failure(base::format("There is no user %s.", name));
+  return *user;
+}
+
+int set(const Invocation& call) {
+  requireWritable(call.context);
+  UserRecord user = existing(call);
+  user.Name = call.arguments.text("--name", user.Name);
+  takeOver(call, user);
+  requireSaved(call.context.document().users().SaveUser(user, call.arguments.find("--password")), "user", user.Name);
+  return 0;
+}
+
+int remove(const Invocation& call) {
+  requireWritable(call.context);
+  const UserRecord user = existing(call);
+  if (user.RecordID == call.context.document().user().RecordID) {
+    throw Failure(base::format("%s is logged in here; let another administrator delete it.", user.Name));
+  }
+  call.context.document().users().deleteUser(user.RecordID);
+  return 0;
+}
+
+constexpr OptionSpec kName = {.name = "NAME", .help = "Name that the user logs in with", .required = true};
+constexpr OptionSpec kFullname = {.name = "--fullname", .help = "Full name"};
+constexpr OptionSpec kPassword = {.name = "--password",
+                                  .help = "New password; other users of the machine can see it while the command runs"};
+constexpr OptionSpec kFlags = {
+    .name = "--flags", .help = "must-change, disabled, both with a comma, or none", .valueName = "FLAGS"};
+constexpr OptionSpec kGroups = {.name = "--groups", .help = "Names of all its groups, with commas", .valueName = "G,G"};
+constexpr OptionSpec kRestriction = {.name = "--restriction",
+                                     .help = "Condition on the calls it may see, below 128 characters; empty: all",
+                                     .valueName = "CONDITION"};
+constexpr OptionSpec kAdd[] = {kName, kFullname, kPassword, kFlags, kGroups, kRestriction};
+constexpr OptionSpec kSet[] = {
+    kName, {.name = "--name", .help = "New name"}, kFullname, kPassword, kFlags, kGroups, kRestriction};
+constexpr OptionSpec kDelete[] = {kName};
+
+constexpr Command kCommands[] = {
+    {"user list", "List the users", "tallyctl user list --json", {}, kViewSettings, list},
+    {"user add", "Add a user; the password comes from TALLYBOOK_NEW_PASSWORD or a prompt",
+     "tallyctl user add ana --fullname \"Ana Turcan\" --groups Operators", kAdd, kChangeSettings, add},
+    {"user set", "Change a user",
+     "tallyctl user set ana --restriction \"Extension = '201'\"\n"
+     "tallyctl user set ana --flags disabled",
+     kSet, kChangeSettings, set},
+    {"user delete", "Delete a user", "tallyctl user delete ana", kDelete, kChangeSettings, remove},
+};
+
+}  // namespace
+
+std::span<const Command> userCommands() {
+  return kCommands;
+}
+
+}  // namespace ctl
