@@ -66,6 +66,34 @@ TEST_F(MemoryTest, ATextWithinATextIsFoundByIndex) {
   EXPECT_EQ(count("(Tel_String like '*" + telephone(9) + "*' or RecordID = 3)"), 2U);
 }
 
+TEST_F(MemoryTest, ATableTooLargeToBeHeldIsReadByKey) {
+  database_->createTable({.name = "Notes",
+                          .fields = {{.name = "Id", .type = Type::Long},
+                                     {.name = "Title", .type = Type::Text},
+                                     {.name = "Body", .type = Type::Text, .size = 0}}});
+  constexpr int kNotes = 3000;
+  {
+    Transaction transaction(*database_);
+    const std::string body(10000, 'x');
+    for (int i = 0; i < kNotes; ++i) {
+      database_->execute(base::format("insert into Notes (Id, Title, Body) values (%d, 'Note number %05d', '%s')",
+                                      kNotes - i, i, body));
+    }
+    transaction.commit();
+  }
+  const auto ids = [this](const std::string& condition) {
+    const Snapshot found = database_->openSnapshot("select Id from Notes where " + condition);
+    std::string text;
+    for (std::size_t i = 0; i < found.rowCount(); ++i) text += found.at(i, 0).toText() + ";";
+    return text;
+  };
+  for (int i = 0; i < 40; ++i) EXPECT_EQ(ids("Title like '*number 99999*'"), "");
+  EXPECT_EQ(ids("Title like '*NUMBER 00017*'"), "2983;");
+  EXPECT_EQ(ids("Title like '*number 0001*' and Id < 2985"), "2984;2983;2982;2981;");
+  EXPECT_EQ(ids("Title like '*number 0001*' order by Id").substr(0, 10), "2981;2982;");
+  EXPECT_EQ(ids("Title like '*number 000*' and Id > 2997"), "3000;2999;2998;") << "more than fit one look-up by key";
+}
+
 TEST_F(MemoryTest, AChangeIsSeenByTheNextSelect) {
   addPeople();
   const std::string number = "0049301234567";

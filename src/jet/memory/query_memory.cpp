@@ -14,6 +14,8 @@ constexpr std::size_t kResultBytes = std::size_t{8} << 20U;
 constexpr std::size_t kMostShapes = 256;
 // Fewer rows are read through.
 constexpr std::size_t kIndexedRows = 64;
+// Unpacking more rows than this at once takes memory that the database would not need.
+constexpr std::size_t kMostUnpacked = 1000;
 
 // Tables that get rows with every call: nothing that is kept of them would last.
 constexpr std::string_view kJournals[] = {"calls", "log", "importprogress"};
@@ -86,23 +88,37 @@ std::shared_ptr<const ResultTable> QueryMemory::fromRows(std::string_view sql, c
     positions_.assign(keys_.begin(), keys_.end());
     candidates = positions_;
   }
-  std::shared_ptr<const ResultTable> result;
+  auto result = runOn(sql, plan, rows.rows(), candidates);
+  if (!candidates && plan.deterministic()) results_.keep(sql, table.counters(), result);
+  return result;
+}
+
+std::shared_ptr<const ResultTable> QueryMemory::runOn(std::string_view sql, const SelectPlan& plan, const RowSet& rows,
+                                                      std::optional<std::span<const std::uint32_t>> candidates) {
   try {
-    result = plan.run(evaluator_, rows.rows(), candidates);
+    return plan.run(evaluator_, rows, candidates);
   } catch (const Error&) {
     // A value that cannot be converted. Which rows are tested, and so whether there is a fault, is the database's to
     // say.
     return source_.runSelect(sql);
   }
-  if (!candidates && plan.deterministic()) results_.keep(sql, table.counters(), result);
-  return result;
+}
+
+// The rows at keys_.
+std::shared_ptr<const ResultTable> QueryMemory::fromPacked(std::string_view sql, const SelectPlan& plan,
+                                                           const PackedRows& rows) {
+  cells_.clear();
+  for (const std::int64_t position : keys_) rows.unpack(static_cast<std::size_t>(position), cells_);
+  return runOn(sql, plan, RowSet{cells_.data(), plan.definition()->fields.size(), keys_.size()}, std::nullopt);
 }
 
 std::shared_ptr<const ResultTable> QueryMemory::fromDatabase(std::string_view sql, const SelectPlan& plan,
                                                              TableMemory& table) {
   const bool found = findByText(plan, table);
   if (found && keys_.empty()) return plan.noRows();
-  const bool few = found && keys_.size() <= RowSource::kMostKeys;
+  const bool packed = found && table.packed() != nullptr;
+  if (packed && keys_.size() <= kMostUnpacked) return fromPacked(sql, plan, *table.packed());
+  const bool few = found && !packed && keys_.size() <= RowSource::kMostKeys;
   auto result = few ? source_.runSelectAmong(sql, keys_) : source_.runSelect(sql);
   if (table.isQuiet() && plan.deterministic()) results_.keep(sql, table.counters(), result);
   return result;

@@ -42,6 +42,9 @@ class QueryMemory {
   std::shared_ptr<const ResultTable> fromRows(std::string_view sql, const SelectPlan& plan, TableMemory& table,
                                               IndexedRows& rows);
   std::shared_ptr<const ResultTable> fromDatabase(std::string_view sql, const SelectPlan& plan, TableMemory& table);
+  std::shared_ptr<const ResultTable> fromPacked(std::string_view sql, const SelectPlan& plan, const PackedRows& rows);
+  std::shared_ptr<const ResultTable> runOn(std::string_view sql, const SelectPlan& plan, const RowSet& rows,
+                                           std::optional<std::span<const std::uint32_t>> candidates);
   bool findByText(const SelectPlan& plan, TableMemory& table);
 
   RowSource& source_;
@@ -53,6 +56,7 @@ class QueryMemory {
   Evaluator evaluator_;
   std::vector<std::int64_t> keys_;
   std::vector<std::uint32_t> positions_;
+  std::vector<Value> cells_;
 };
 
 }  // namespace jet::memory

@@ -16,6 +16,8 @@ constexpr std::uint64_t kRowsPerSelect = 256;
 // Reading 100,000 texts costs the database about a third of what indexing them does.
 constexpr std::uint64_t kIndexAfter = 3;
 constexpr std::uint64_t kOften = 16;
+constexpr std::size_t kMostPackedBytes = std::size_t{24} << 20U;
+constexpr std::size_t kMostColumns = 255;                      // of a packed row
 constexpr std::size_t kMostTextBytes = std::size_t{8} << 20U;  // of one indexed column
 
 }  // namespace
@@ -36,6 +38,8 @@ void TableMemory::refresh() {
 void TableMemory::forget() {
   eager_ = held_ && asked_ > loadAfter_ + held_->rows->rows().count / kRowsPerSelect;
   held_.reset();
+  packed_.reset();
+  packRefused_ = false;
   for (Texts& texts : texts_) {
     texts.eager = texts.index && texts.asked >= kOften;
     texts.refused = false;
@@ -64,17 +68,38 @@ void TableMemory::load() {
   held->cells.shrink_to_fit();
   held->rows = std::make_unique<IndexedRows>(RowSet{held->cells.data(), definition_->fields.size(), count});
   held_ = std::move(held);
-  // Positions take the place of keys.
+  packed_.reset();
+  // Their positions are others.
   for (Texts& texts : texts_) texts.index.reset();
 }
 
-bool TableMemory::keepRow(const std::vector<Value>& row, std::vector<Value>& cells, std::size_t& bytes) const {
+// Foreign tools can store anything in a column.
+bool TableMemory::hasColumnTypes(const std::vector<Value>& row) const {
   for (std::size_t i = 0; i < row.size(); ++i) {
-    bytes += bytesOf(row[i]);
-    if (bytes > kMostBytes || (!row[i].isNull() && row[i].type() != definition_->fields[i].type)) return false;
-    cells.push_back(row[i]);
+    if (!row[i].isNull() && row[i].type() != definition_->fields[i].type) return false;
   }
   return true;
+}
+
+bool TableMemory::keepRow(const std::vector<Value>& row, std::vector<Value>& cells, std::size_t& bytes) const {
+  for (const Value& cell : row) bytes += bytesOf(cell);
+  if (bytes > kMostBytes || !hasColumnTypes(row)) return false;
+  cells.insert(cells.end(), row.begin(), row.end());
+  return true;
+}
+
+void TableMemory::pack() {
+  auto packed = std::make_unique<PackedRows>();
+  packRefused_ = definition_->fields.size() > kMostColumns;
+  if (packRefused_) return;
+  source_.readRows(*definition_, [&](const std::vector<Value>& row) {
+    packed->add(row);
+    packRefused_ = packed->bytes() > kMostPackedBytes || !hasColumnTypes(row);
+    return !packRefused_;
+  });
+  if (packRefused_) return;
+  packed->finish();
+  packed_ = std::move(packed);
 }
 
 TableMemory::Texts& TableMemory::textsOf(std::size_t column) {
@@ -94,6 +119,7 @@ const ContainsIndex* TableMemory::texts(std::size_t column) {
 }
 
 void TableMemory::build(Texts& texts) {
+  if (!held_ && !packed_ && !packRefused_) pack();
   auto index = std::make_unique<ContainsIndex>();
   std::size_t bytes = 0;
   const auto add = [&](std::int64_t key, std::string_view text) {
@@ -107,6 +133,11 @@ void TableMemory::build(Texts& texts) {
     for (std::size_t i = 0; i < rows.count; ++i) {
       const Value& cell = rows.row(i)[texts.column];
       if (!cell.isNull() && !add(static_cast<std::int64_t>(i), cell.text())) break;
+    }
+  } else if (packed_) {
+    for (std::size_t i = 0; i < packed_->count(); ++i) {
+      const auto text = packed_->text(i, texts.column);
+      if (text && !add(static_cast<std::int64_t>(i), *text)) break;
     }
   } else {
     source_.readTexts(*definition_, definition_->fields[texts.column], add);

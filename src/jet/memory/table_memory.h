@@ -8,13 +8,14 @@
 
 #include "jet/memory/contains_index.h"
 #include "jet/memory/indexed_rows.h"
+#include "jet/memory/packed_rows.h"
 #include "jet/memory/row_source.h"
 
 namespace jet::memory {
 
-// What is held of one table: its rows when it is small, indexes over the texts of columns. All of it is dropped when
-// the table's version moves, and made again only when the selects since then have cost about as much as making it will;
-// a table that changes all the time therefore stays with the database.
+// What is held of one table: its rows when it is small, packed rows and indexes over the texts of columns when it is
+// not. All of it is dropped when the table's version moves, and made again only when the selects since then have cost
+// about as much as making it will; a table that changes all the time therefore stays with the database.
 class TableMemory {
  public:
   TableMemory(RowSource& source, std::string_view table)
@@ -32,9 +33,11 @@ class TableMemory {
   // The table's rows; null when it is too large, holds values that are not of their column's type, or is not worth it
   // yet.
   IndexedRows* rows();
-  // An index over the texts of a column, which gives positions in rows() when that is not null, else keys; null when
-  // not worth it yet, or too large.
+  // An index over the texts of a column, which gives positions in rows() when that is not null, else in packed(), else
+  // keys; null when not worth it yet, or too large.
   const ContainsIndex* texts(std::size_t column);
+  // The rows of a table that is too large for rows(), once there is an index over its texts; null when too large.
+  [[nodiscard]] const PackedRows* packed() const { return packed_.get(); }
 
  private:
   struct Held {
@@ -51,6 +54,8 @@ class TableMemory {
 
   void forget();
   void load();
+  bool hasColumnTypes(const std::vector<Value>& row) const;
+  void pack();
   bool keepRow(const std::vector<Value>& row, std::vector<Value>& cells, std::size_t& bytes) const;
   Texts& textsOf(std::size_t column);
   void build(Texts& texts);
@@ -65,6 +70,8 @@ class TableMemory {
   bool eager_ = false;           // the rows held last served often enough
   bool refused_ = false;
   std::unique_ptr<Held> held_;
+  bool packRefused_ = false;
+  std::unique_ptr<PackedRows> packed_;
   std::vector<Texts> texts_;
 };
 
