@@ -1,7 +1,6 @@
 #include "contacts/contacts_manager.h"
 
 #include <algorithm>
-#include <source_location>
 #include <vector>
 
 #include "base/printf.h"
@@ -165,7 +164,7 @@ void ContactsManager::updateOrReport(jet::Recordset& row) {
       row.cancelUpdate();
     } catch (const jet::Error& error) {
       operator_.messageBox(base::format("Cleanup: CancelUpdate failed. File: %s, Line: %d. Error:\n%s", "ContactsSheet",
-                                        std::source_location::current().line(), error.description()));
+                                        __LINE__, error.description()));
     }
     throw;
   }

@@ -37,6 +37,9 @@ struct PriceCase {
   std::int64_t chargedSeconds;
   std::vector<ChargeBand> bands;
   double price;
+
+  // Failures and test lists name the case, not its bytes.
+  friend void PrintTo(const PriceCase& test, std::ostream* out) { *out << test.what; }
 };
 
 class BandPrice : public testing::TestWithParam<PriceCase> {};
