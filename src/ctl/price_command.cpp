@@ -19,13 +19,7 @@ exchange::CallRecord recordOf(const Arguments& arguments) {
   record.trunk = static_cast<std::int32_t>(arguments.integer("--trunk", 0, 0, kMostNumber));
   record.pulses = static_cast<std::int32_t>(arguments.integer("--pulses", 0, 0, kMostNumber));
   record.setDuration(arguments.integer("--duration", 0, 0, kMostSeconds));
-  const base::DateTime::Parts at = arguments.date("--at")->parts();
-  record.year = at.year;
-  record.month = at.month;
-  record.day = at.day;
-  record.hour = at.hour;
-  record.minute = at.minute;
-  record.second = at.second;
+  record.setStart(*arguments.date("--at"));
   return record;
 }
 

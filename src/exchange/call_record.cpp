@@ -95,6 +95,17 @@ std::int32_t CallRecord::durationInSeconds() const {
   return clampTo32((std::int64_t{durationHours} * 60 + durationMinutes) * 60 + durationSeconds);
 }
 
+void CallRecord::setStart(base::DateTime start) {
+  const base::DateTime::Parts parts = start.parts();
+  year = parts.year;
+  month = parts.month;
+  day = parts.day;
+  hour = parts.hour;
+  minute = parts.minute;
+  second = parts.second;
+  clockMarker = 0;
+}
+
 void CallRecord::setDuration(std::int64_t seconds) {
   const std::int32_t total = clampTo32(std::max<std::int64_t>(seconds, 0));
   durationHours = total / 3600;

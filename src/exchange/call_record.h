@@ -50,6 +50,8 @@ struct CallRecord {
   [[nodiscard]] std::optional<base::DateTime> start() const;
   // (hours * 60 + minutes) * 60 + seconds, in 64 bits and cut to 32: garbage records must not overflow.
   [[nodiscard]] std::int32_t durationInSeconds() const;
+  // Sets date and time of the start, on the 24-hour clock.
+  void setStart(base::DateTime start);
   // Sets the three duration fields; negative durations count as 0.
   void setDuration(std::int64_t seconds);
   // Takes seconds off the seconds field alone, which may fall below 0; the three fields stay one sum.

@@ -57,15 +57,7 @@ class Recalculation {
 // integers, as in a normal record.
 exchange::CallRecord Recalculation::recordOfRow() {
   exchange::CallRecord record;
-  if (const auto start = field(&CallFields::DateTime).toDateTime()) {
-    const base::DateTime::Parts parts = start->parts();
-    record.year = parts.year;
-    record.month = parts.month;
-    record.day = parts.day;
-    record.hour = parts.hour;
-    record.minute = parts.minute;
-    record.second = parts.second;
-  }
+  if (const auto start = field(&CallFields::DateTime).toDateTime()) record.setStart(*start);
   record.extension = asInteger(field(&CallFields::Extension));
   record.trunk = asInteger(field(&CallFields::Trunk));
   record.extensionText = std::to_string(record.extension);

@@ -148,6 +148,21 @@ Value applyLogic(Operator op, std::optional<bool> left, std::optional<bool> righ
   }
 }
 
+Value applyComparison(Operator op, const Value& left, const Value& right) {
+  if (anyNull(left, right)) return {};
+  const auto order = compare(left, right);
+  if (!order) return op == Operator::NotEqual;
+  return holds(op, *order);
+}
+
+Value applyLike(const Value& left, const Value& right) {
+  if (anyNull(left, right)) return {};
+  if (both(left, right, Type::Text)) return like(left.text(), right.text());
+  return like(left.toText(), right.toText());
+}
+
+}  // namespace
+
 bool holds(Operator op, int order) {
   switch (op) {
     case Operator::Equal:
@@ -165,20 +180,20 @@ bool holds(Operator op, int order) {
   }
 }
 
-Value applyComparison(Operator op, const Value& left, const Value& right) {
-  if (anyNull(left, right)) return {};
-  const auto order = compare(left, right);
-  if (!order) return op == Operator::NotEqual;
-  return holds(op, *order);
+Operator mirrored(Operator op) {
+  switch (op) {
+    case Operator::Less:
+      return Operator::Greater;
+    case Operator::LessOrEqual:
+      return Operator::GreaterOrEqual;
+    case Operator::Greater:
+      return Operator::Less;
+    case Operator::GreaterOrEqual:
+      return Operator::LessOrEqual;
+    default:
+      return op;
+  }
 }
-
-Value applyLike(const Value& left, const Value& right) {
-  if (anyNull(left, right)) return {};
-  if (both(left, right, Type::Text)) return like(left.text(), right.text());
-  return like(left.toText(), right.toText());
-}
-
-}  // namespace
 
 std::optional<int> compare(const Value& left, const Value& right) {
   if (anyNull(left, right)) return std::nullopt;

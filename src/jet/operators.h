@@ -17,6 +17,11 @@ namespace jet {
 // against numbers; True, -1, stands before False, 0).
 std::optional<int> compare(const Value& left, const Value& right);
 
+// Whether a comparison holds for an order as compare() gives it.
+bool holds(Operator op, int order);
+// The comparison that holds with its sides exchanged.
+Operator mirrored(Operator op);
+
 // Any operator of the tree. Comparisons and logic give a Boolean or Null; values that cannot be compared are unequal
 // and neither less nor greater. Error 3421 when an operand of the arithmetic is a text that is no number.
 Value apply(Operator op, const Value& operand);

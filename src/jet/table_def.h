@@ -12,9 +12,9 @@ namespace jet {
 struct FieldDef {
   std::string name;
   Type type = Type::Text;
-  int size = 255;              // characters of a text column; 0 = memo, without limit
-  bool autoIncrement = false;  // Long; the table's primary key
-  std::string generatedFrom = {};   // read-only column, always equal to the named one; empty for ordinary columns
+  int size = 255;                  // characters of a text column; 0 = memo, without limit
+  bool autoIncrement = false;      // Long; the table's primary key
+  std::string generatedFrom = {};  // read-only column, always equal to the named one; empty for ordinary columns
 };
 
 struct IndexDef {

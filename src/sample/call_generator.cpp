@@ -36,16 +36,10 @@ int secondsPerPulse(std::string_view number) {
 }
 
 void setStart(exchange::CallRecord& record, base::DateTime start, bool twelveHourClock) {
-  const base::DateTime::Parts parts = start.parts();
-  record.year = parts.year;
-  record.month = parts.month;
-  record.day = parts.day;
-  record.hour = parts.hour;
-  record.minute = parts.minute;
-  record.second = parts.second;
+  record.setStart(start);
   if (twelveHourClock) {
-    record.clockMarker = parts.hour < 12 ? 'A' : 'P';
-    record.hour = parts.hour % 12 == 0 ? 12 : parts.hour % 12;
+    record.clockMarker = record.hour < 12 ? 'A' : 'P';
+    record.hour = record.hour % 12 == 0 ? 12 : record.hour % 12;
   }
 }
 

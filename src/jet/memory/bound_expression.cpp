@@ -4,6 +4,7 @@
 
 #include "base/text.h"
 #include "jet/function_types.h"
+#include "jet/operators.h"
 
 namespace jet::memory {
 
@@ -19,21 +20,6 @@ bool isEquality(Operator op) {
 
 bool isCount(Type type) {
   return type == Type::Long || type == Type::Double;
-}
-
-Operator mirrored(Operator op) {
-  switch (op) {
-    case Operator::Less:
-      return Operator::Greater;
-    case Operator::LessOrEqual:
-      return Operator::GreaterOrEqual;
-    case Operator::Greater:
-      return Operator::Less;
-    case Operator::GreaterOrEqual:
-      return Operator::LessOrEqual;
-    default:
-      return op;
-  }
 }
 
 }  // namespace

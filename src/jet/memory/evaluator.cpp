@@ -4,6 +4,7 @@
 
 #include "jet/compared_literal.h"
 #include "jet/function_types.h"
+#include "jet/operators.h"
 
 namespace jet::memory {
 
@@ -37,23 +38,6 @@ int order(T left, T right) {
 
 bool isCount(const Value& value) {
   return value.type() == Type::Long || value.type() == Type::Double;
-}
-
-bool holdsOrder(Operator op, int order) {
-  switch (op) {
-    case Operator::Equal:
-      return order == 0;
-    case Operator::NotEqual:
-      return order != 0;
-    case Operator::Less:
-      return order < 0;
-    case Operator::LessOrEqual:
-      return order <= 0;
-    case Operator::Greater:
-      return order > 0;
-    default:  // GreaterOrEqual
-      return order >= 0;
-  }
 }
 
 unsigned char foldByte(char c) {
@@ -217,7 +201,7 @@ Truth Evaluator::compareSides(const BoundExpression& expression) {
   if (left.type() != right.type() && !(isCount(left) && isCount(right))) {
     return truthOf(expression.op == Operator::NotEqual);
   }
-  return truthOf(holdsOrder(expression.op, sortOrder(left, right)));
+  return truthOf(jet::holds(expression.op, sortOrder(left, right)));
 }
 
 Truth Evaluator::compareTruth(const BoundExpression& expression) {

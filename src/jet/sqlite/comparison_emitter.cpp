@@ -1,6 +1,7 @@
 // Comparisons, LIKE, Between and In of the expression emitter.
 
 #include "jet/error.h"
+#include "jet/operators.h"
 #include "jet/sqlite/expression_emitter.h"
 #include "jet/sqlite/expression_types.h"
 #include "jet/sqlite/like_pattern.h"
@@ -29,21 +30,6 @@ const char* sqlOperator(Operator op) {
       return " > ";
     default:
       return " >= ";
-  }
-}
-
-Operator mirrored(Operator op) {
-  switch (op) {
-    case Operator::Less:
-      return Operator::Greater;
-    case Operator::LessOrEqual:
-      return Operator::GreaterOrEqual;
-    case Operator::Greater:
-      return Operator::Less;
-    case Operator::GreaterOrEqual:
-      return Operator::LessOrEqual;
-    default:
-      return op;
   }
 }
 

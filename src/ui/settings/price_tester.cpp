@@ -58,11 +58,10 @@ void PriceTester::calculate() {
   record.dialledNumber = fromQt(number_->text().trimmed());
   record.trunk = trunk_->value();
   const QDate date = start_->date();
-  record.year = date.year();
-  record.month = date.month();
-  record.day = date.day();
-  record.hour = start_->time().hour();
-  record.minute = start_->time().minute();
+  const QTime time = start_->time();
+  if (const auto start = base::DateTime::fromParts(date.year(), date.month(), date.day(), time.hour(), time.minute())) {
+    record.setStart(*start);
+  }
   record.setDuration(duration_->value());
   record.pulses = pulses_->value();
   tariff::PricingContext output;
