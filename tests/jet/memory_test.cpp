@@ -19,7 +19,9 @@ class MemoryTest : public SqliteTest {
 
   static constexpr int kPeople = 70000;  // more than are held whole
 
-  static std::string telephone(int person) { return base::format("0040%09d", person * 7919 % 900000000 + 1000); }
+  static std::string telephone(std::int64_t person) {
+    return base::format("0040%09d", person * 7919 % 900000000 + 1000);
+  }
 
   // The table is asked until it is worth an index.
   void addPeople() {
