@@ -28,6 +28,7 @@ struct TableReport {
   TableTally read;
   TableTally written;
   bool known = true;                      // false: carried over although this program does not use it
+  bool made = true;                       // false: the new file cannot hold such a table
   std::vector<std::string> extraColumns;  // carried over although this program does not use them
   std::vector<std::string> repaired;      // what was mended and why; nothing is lost by it
   std::vector<std::string> lost;          // what could not be kept and why

@@ -1,8 +1,5 @@
 #include "convert/converter.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -12,6 +9,7 @@
 
 #include "base/printf.h"
 #include "base/text.h"
+#include "convert/partial_folder.h"
 #include "convert/table_writer.h"
 #include "jet/database.h"
 #include "schema/schema.h"
@@ -21,8 +19,6 @@ namespace convert {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr const char* kMarker = ".tallybook-conversion";
 
 struct FileKind {
   const char* name;
@@ -60,60 +56,6 @@ void checkReadable(const fs::path& file) {
   }
 }
 
-class PartialFolder {
- public:
-  explicit PartialFolder(const fs::path& target) : target_(target), path_(target.string() + ".partial") {
-    std::error_code error;
-    if (fs::exists(target_) && !fs::is_empty(target_, error)) {
-      throw ConversionError(base::format("%s exists already and is not empty. Name another folder.", target_.string()));
-    }
-    if (fs::exists(path_)) {
-      if (!fs::exists(path_ / kMarker)) {
-        throw ConversionError(
-            base::format("%s is in the way and was not made by a conversion. Move it away.", path_.string()));
-      }
-      fs::remove_all(path_);
-    }
-    fs::create_directories(path_, error);
-    std::ofstream marker(path_ / kMarker);
-    if (error || !marker) {
-      throw ConversionError(
-          base::format("The folder %s cannot be made. Check the rights and the space there.", path_.string()));
-    }
-  }
-  PartialFolder(const PartialFolder&) = delete;
-  PartialFolder& operator=(const PartialFolder&) = delete;
-  ~PartialFolder() {
-    std::error_code ignored;
-    if (!kept_) fs::remove_all(path_, ignored);
-  }
-
-  [[nodiscard]] const fs::path& path() const { return path_; }
-
-  // Everything on the disk, then the final name.
-  void publish() {
-    fs::remove(path_ / kMarker);
-    for (const auto& entry : fs::directory_iterator(path_)) syncToDisk(entry.path());
-    syncToDisk(path_);
-    if (fs::exists(target_)) fs::remove(target_);
-    fs::rename(path_, target_);
-    kept_ = true;
-    syncToDisk(target_.parent_path().empty() ? fs::path(".") : target_.parent_path());
-  }
-
- private:
-  static void syncToDisk(const fs::path& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    fsync(descriptor);
-    close(descriptor);
-  }
-
-  fs::path target_;
-  fs::path path_;
-  bool kept_ = false;
-};
-
 // Reads one old file into the new one of the same name, table after table.
 class FileConversion {
  public:
@@ -148,7 +90,7 @@ class FileConversion {
     database_.reset();
     const auto written = jet::openDatabase(newFile_, jet::OpenMode::ReadOnly);
     for (TableReport& table : report_.tables) {
-      if (table.file == kind_.name) tallyWritten(*written, table);
+      if (table.file == kind_.name && table.made) tallyWritten(*written, table);
     }
   }
 
@@ -174,6 +116,22 @@ class FileConversion {
   std::unique_ptr<jet::Database> database_;
   TableWriter writer_;
 };
+
+// A bill's page that was adapted to the office stays in use.
+void carryTemplateOver(const fs::path& oldFolder, const fs::path& newFolder, ConversionReport& report) {
+  constexpr const char* kTemplate = "template.html";
+  const auto page = findFile(oldFolder, kTemplate);
+  if (!page) return;
+  fs::copy_file(*page, newFolder / kTemplate);
+  report.notes.push_back(base::format("%s, the page of a bill, was copied.", kTemplate));
+}
+
+void writeReport(const ConversionReport& report, const fs::path& file) {
+  std::ofstream out(file, std::ios::binary);
+  out << report.text();
+  out.close();
+  if (!out) throw ConversionError(base::format("%s cannot be written. Is the disk full?", file.string()));
+}
 
 }  // namespace
 
@@ -217,6 +175,8 @@ ConversionReport convertFolder(const fs::path& oldFolder, const fs::path& newFol
       }
       conversion.finish();
     }
+    carryTemplateOver(oldFolder, partial.path(), report);
+    writeReport(report, partial.path() / kReportFile);
     partial.publish();
   } catch (const jet::Error& fault) {
     throw ConversionError(

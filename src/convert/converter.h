@@ -1,9 +1,9 @@
 #pragma once
 
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 
+#include "convert/conversion_error.h"
 #include "convert/conversion_report.h"
 #include "convert/reader_process.h"
 #include "platform/operator.h"
@@ -19,11 +19,8 @@ struct ConversionOptions {
   ReaderLimits limits;
 };
 
-// The conversion cannot be done or had to stop; the text says what to do. Nothing was left under the new name.
-class ConversionError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+// Stands beside the new databases.
+inline constexpr const char* kReportFile = "conversion-report.txt";
 
 // Carries tallybook.mdb, tariffs.mdb and phonebook.mdb of `oldFolder` (names in any case; the last two may be missing
 // and are made empty then) over into the new folder, which must not exist or be empty. The old files are only read. The

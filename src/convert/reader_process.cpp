@@ -80,7 +80,7 @@ class Child {
   int pipe_;
 };
 
-enum class Outcome { Ended, Silent };
+enum class Outcome { Ended, Silent, Wild };
 
 Outcome pump(int pipe, std::chrono::seconds silence, RowStreamParser& parser) {
   std::vector<char> piece(kPipePiece);
@@ -93,12 +93,17 @@ Outcome pump(int pipe, std::chrono::seconds silence, RowStreamParser& parser) {
     const ssize_t size = read(pipe, piece.data(), piece.size());
     if (size < 0 && errno == EINTR) continue;
     if (size <= 0) return Outcome::Ended;
-    parser.feed({piece.data(), static_cast<std::size_t>(size)});
+    try {
+      parser.feed({piece.data(), static_cast<std::size_t>(size)});
+    } catch (const StreamError&) {
+      return Outcome::Wild;
+    }
   }
 }
 
 std::string reasonOf(Outcome outcome, int status) {
   if (outcome == Outcome::Silent) return "reading it does not come to an end";
+  if (outcome == Outcome::Wild) return "it is damaged in a way that upsets its reading";
   if (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU) return "reading it does not come to an end";
   if (WIFSIGNALED(status)) return "it is damaged in a way that stops its reading";
   return "its reading stopped early";
@@ -124,10 +129,10 @@ ReaderResult readJetFileApart(const std::filesystem::path& file, const JetReadOp
   Child child(process, ends[0]);
   RowStreamParser parser(sink);
   const Outcome outcome = pump(child.pipe(), limits.silence, parser);
-  const int status = child.finish(outcome == Outcome::Silent);
+  const int status = child.finish(outcome != Outcome::Ended);
 
   ReaderResult result;
-  result.complete = parser.ended();
+  result.complete = outcome == Outcome::Ended && parser.ended();
   result.table = parser.openTable();
   if (!result.complete) {
     const std::string place = result.table.empty() ? file.string() : file.string() + ", table " + result.table;

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
 
 namespace convert {
 
@@ -77,14 +76,22 @@ class Payload {
       case jet::Type::Text:
         return text();
       case jet::Type::DateTime:
-        return base::DateTime(number<std::int64_t>());
+        return dateTime();
     }
-    throw std::runtime_error("The reading process sent a value of no known type.");
+    throw StreamError("The reading process sent a value of no known type.");
   }
 
  private:
+  base::DateTime dateTime() {
+    static const auto first = base::DateTime::fromParts(100, 1, 1)->secondsSinceDayZero();
+    static const auto last = base::DateTime::fromParts(9999, 12, 31, 23, 59, 59)->secondsSinceDayZero();
+    const auto seconds = number<std::int64_t>();
+    if (seconds < first || seconds > last) throw StreamError("The reading process sent a date outside the calendar.");
+    return base::DateTime(seconds);
+  }
+
   std::string_view take(std::size_t size) {
-    if (size > bytes_.size()) throw std::runtime_error("The reading process sent a frame that is cut short.");
+    if (size > bytes_.size()) throw StreamError("The reading process sent a frame that is cut short.");
     const std::string_view front = bytes_.substr(0, size);
     bytes_.remove_prefix(size);
     return front;
@@ -93,6 +100,14 @@ class Payload {
   std::string_view bytes_;
 };
 
+jet::Type columnType(std::uint8_t code) {
+  const auto type = static_cast<jet::Type>(code);
+  if (type == jet::Type::Null || type > jet::Type::DateTime) {
+    throw StreamError("The reading process sent a column of no known type.");
+  }
+  return type;
+}
+
 OldTable takeTable(Payload payload) {
   OldTable table;
   table.definition.name = payload.text();
@@ -100,7 +115,7 @@ OldTable takeTable(Payload payload) {
   const auto count = payload.number<std::uint32_t>();
   for (std::uint32_t i = 0; i < count; ++i) {
     jet::FieldDef field{.name = payload.text()};
-    field.type = static_cast<jet::Type>(payload.number<std::uint8_t>());
+    field.type = columnType(payload.number<std::uint8_t>());
     field.size = payload.number<std::int32_t>();
     field.autoIncrement = payload.number<std::uint8_t>() != 0;
     table.definition.fields.push_back(std::move(field));
@@ -177,7 +192,7 @@ void RowStreamParser::feed(std::string_view bytes) {
   while (buffer_.size() - at >= kFrameHead) {
     std::uint32_t size = 0;
     std::memcpy(&size, buffer_.data() + at + 1, sizeof size);
-    if (size > kFrameLimit) throw std::runtime_error("The reading process sent a value larger than any file holds.");
+    if (size > kFrameLimit) throw StreamError("The reading process sent a value larger than any file holds.");
     if (buffer_.size() - at - kFrameHead < size) break;
     handle(buffer_[at], std::string_view(buffer_).substr(at + kFrameHead, size));
     at += kFrameHead + size;
@@ -186,11 +201,15 @@ void RowStreamParser::feed(std::string_view bytes) {
 }
 
 void RowStreamParser::handle(char kind, std::string_view payload) {
+  if ((kind == 'T' && inTable_) || ((kind == 'R' || kind == 'E') && !inTable_)) {
+    throw StreamError("The reading process sent its frames out of order.");
+  }
   switch (kind) {
     case 'T': {
       const OldTable table = takeTable(Payload(payload));
       openTable_ = table.definition.name;
       columns_ = table.definition.fields.size();
+      inTable_ = true;
       sink_.beginTable(table);
       return;
     }
@@ -206,6 +225,7 @@ void RowStreamParser::handle(char kind, std::string_view payload) {
       return;
     case 'E':
       openTable_.clear();
+      inTable_ = false;
       sink_.endTable();
       return;
     case 'F':
@@ -215,7 +235,7 @@ void RowStreamParser::handle(char kind, std::string_view payload) {
       ended_ = true;
       return;
     default:
-      throw std::runtime_error("The reading process sent bytes that make no sense.");
+      throw StreamError("The reading process sent bytes that make no sense.");
   }
 }
 

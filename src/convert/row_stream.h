@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -29,8 +30,14 @@ class RowStreamWriter : public OldFileSink {
   std::string pending_;
 };
 
+// Bytes that no reading process writes.
+class StreamError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 // Takes the frames apart again, from pieces of any size. The other side may be a process gone wild: every length is
-// checked. Throws std::runtime_error for bytes that are no frame.
+// checked, and so is the order: rows come only within a table, dates lie within the calendar. Throws StreamError.
 class RowStreamParser {
  public:
   explicit RowStreamParser(OldFileSink& sink) : sink_(sink) {}
@@ -49,6 +56,7 @@ class RowStreamParser {
   std::string fault_;
   std::string openTable_;
   std::size_t columns_ = 0;
+  bool inTable_ = false;
   bool ended_ = false;
 };
 

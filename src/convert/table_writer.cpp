@@ -5,6 +5,7 @@
 
 #include "base/printf.h"
 #include "base/text.h"
+#include "convert/conversion_error.h"
 
 namespace convert {
 
@@ -47,6 +48,17 @@ bool hasOneAutoNumber(const jet::TableDef& table) {
   return std::count_if(table.fields.begin(), table.fields.end(), [](const auto& f) { return f.autoIncrement; }) <= 1;
 }
 
+// Names that a statement can hold in brackets and the new file can keep; damage makes others.
+bool nameable(const jet::TableDef& table) {
+  const auto usable = [](const std::string& name) {
+    return !name.empty() && name.find_first_of(std::string_view("[]\0", 3)) == std::string::npos;
+  };
+  if (!usable(table.name) || base::foldAscii(table.name).starts_with("sqlite_")) return false;
+  return !table.fields.empty() && std::all_of(table.fields.begin(), table.fields.end(), [&](const auto& field) {
+    return usable(field.name) && table.find(field.name) == &field;
+  });
+}
+
 }  // namespace
 
 TableWriter::TableWriter(std::string file, std::vector<jet::TableDef> knownTables, jet::Database& database,
@@ -83,11 +95,22 @@ void TableWriter::beginTable(const OldTable& table) {
   } else if (made.find("Tel") != nullptr && file_ == "phonebook.mdb") {
     made.indexes.push_back({{"Tel"}});
   }
+  entry.made = !wasMade(made.name) && nameable(made);
+  if (!entry.made) entry.lost.emplace_back("its name, or that of a column, stands twice or cannot be kept");
+  skipped_ = !entry.made;
+  report_.tables.push_back(std::move(entry));
+  waiting_.clear();
+  progress_ = 0;
+  open_ = true;
+  operator_.progressBegin(file_, made.name, table.declaredRows);
+  if (skipped_) return;
   database_.createTable(made);
   made_.push_back(made.name);
-  report_.tables.push_back(std::move(entry));
+  openRows(made.name);
+}
 
-  rows_ = database_.openRecordset(base::format("SELECT * FROM [%s]", made.name));
+void TableWriter::openRows(const std::string& table) {
+  rows_ = database_.openRecordset(base::format("SELECT * FROM [%s]", table));
   const auto& names = rows_->fieldNames();
   positions_.clear();
   for (const std::string& column : current().columns) {
@@ -98,21 +121,20 @@ void TableWriter::beginTable(const OldTable& table) {
   sorted_ = false;
   for (const auto& [keyTable, keyColumn] : kKeys) {
     for (std::size_t i = 0; i < current().columns.size(); ++i) {
-      if (made.name == keyTable && current().columns[i] == keyColumn) {
+      if (table == keyTable && current().columns[i] == keyColumn) {
         sorted_ = true;
         sortColumn_ = i;
       }
     }
   }
-  waiting_.clear();
-  progress_ = 0;
-  open_ = true;
-  operator_.progressBegin(file_, made.name, table.declaredRows);
 }
 
 void TableWriter::row(const OldRow& row) {
   current().read.add(current().columns, row);
-  if (++progress_ % kProgressStep == 0) operator_.progressStep(progress_);
+  if (++progress_ % kProgressStep == 0 && !operator_.progressStep(progress_)) {
+    throw ConversionError("Stopped. Nothing was converted.");
+  }
+  if (skipped_) return;
   if (sorted_) {
     waiting_.push_back(row);
   } else {
@@ -169,11 +191,14 @@ void TableWriter::abandonTable(const std::string& why) {
   current().lost.push_back(why);
 }
 
+bool TableWriter::wasMade(std::string_view table) const {
+  return std::any_of(made_.begin(), made_.end(),
+                     [&](const std::string& name) { return base::equalFoldAscii(name, table); });
+}
+
 void TableWriter::makeMissingTables() {
   for (const jet::TableDef& table : known_) {
-    const bool made = std::any_of(made_.begin(), made_.end(),
-                                  [&](const std::string& name) { return base::equalFoldAscii(name, table.name); });
-    if (!made) database_.createTable(table);
+    if (!wasMade(table.name)) database_.createTable(table);
   }
   if (findTable(known_, "Touch") != nullptr) mendChangeTags();
 }

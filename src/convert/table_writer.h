@@ -12,7 +12,7 @@
 namespace convert {
 
 // Writes an old file's tables into a new database: tables that this program knows with its own indexes and the old
-// file's column types, all others as they are.
+// file's column types, all others as they are. Throws ConversionError when the operator stops it.
 class TableWriter : public OldFileSink {
  public:
   TableWriter(std::string file, std::vector<jet::TableDef> knownTables, jet::Database& database,
@@ -30,6 +30,8 @@ class TableWriter : public OldFileSink {
 
  private:
   TableReport& current() { return report_.tables.back(); }
+  [[nodiscard]] bool wasMade(std::string_view table) const;
+  void openRows(const std::string& table);
   void write(const OldRow& row);
   void mendChangeTags();
 
@@ -41,6 +43,7 @@ class TableWriter : public OldFileSink {
   std::vector<std::string> made_;  // names of the tables made so far
 
   bool open_ = false;
+  bool skipped_ = false;  // the open table cannot be made; its rows are only counted
   std::unique_ptr<jet::Transaction> transaction_;
   std::unique_ptr<jet::Recordset> rows_;
   std::vector<std::size_t> positions_;  // of the old columns in the recordset

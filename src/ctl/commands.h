@@ -30,6 +30,7 @@ std::span<const Command> groupCommands();
 std::span<const Command> passwordCommands();
 std::span<const Command> statusCommands();
 std::span<const Command> sampleCommands();
+std::span<const Command> convertCommands();
 
 [[nodiscard]] std::vector<const Command*> allCommands();
 [[nodiscard]] std::span<const CommandGroup> commandGroups();

@@ -1,0 +1,77 @@
+#include "convert/partial_folder.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "base/printf.h"
+#include "convert/conversion_error.h"
+
+namespace convert {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kMarker = ".tallybook-conversion";
+
+// "new/" names the same folder as "new"; what stands beside it needs the name without the separator.
+fs::path withoutSeparator(const fs::path& folder) {
+  const fs::path whole = fs::absolute(folder).lexically_normal();
+  return whole.has_filename() ? whole : whole.parent_path();
+}
+
+void syncToDisk(const fs::path& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) throw fs::filesystem_error("cannot be opened", path, {errno, std::generic_category()});
+  const int result = fsync(descriptor);
+  const int reason = errno;
+  close(descriptor);
+  // Some file systems cannot sync a folder and say so with EINVAL.
+  if (result != 0 && reason != EINVAL) {
+    throw fs::filesystem_error("cannot be written to the disk", path, {reason, std::generic_category()});
+  }
+}
+
+}  // namespace
+
+PartialFolder::PartialFolder(const fs::path& target)
+    : target_(withoutSeparator(target)), path_(target_.string() + ".partial") {
+  std::error_code error;
+  if (fs::exists(target_) && !(fs::is_directory(target_) && fs::is_empty(target_, error))) {
+    throw ConversionError(base::format("%s exists already and is not empty. Name another folder.", target_.string()));
+  }
+  if (fs::exists(path_)) {
+    if (!fs::exists(path_ / kMarker)) {
+      throw ConversionError(
+          base::format("%s is in the way and was not made by a conversion. Move it away.", path_.string()));
+    }
+    fs::remove_all(path_);
+  }
+  fs::create_directories(path_, error);
+  std::ofstream marker(path_ / kMarker);
+  if (error || !marker) {
+    throw ConversionError(
+        base::format("The folder %s cannot be made. Check the rights and the space there.", path_.string()));
+  }
+}
+
+PartialFolder::~PartialFolder() {
+  std::error_code ignored;
+  if (!kept_) fs::remove_all(path_, ignored);
+}
+
+void PartialFolder::publish() {
+  fs::remove(path_ / kMarker);
+  for (const auto& entry : fs::directory_iterator(path_)) syncToDisk(entry.path());
+  syncToDisk(path_);
+  if (fs::exists(target_)) fs::remove(target_);
+  fs::rename(path_, target_);
+  kept_ = true;
+  syncToDisk(target_.parent_path());
+}
+
+}  // namespace convert
