@@ -29,7 +29,7 @@ std::vector<const Command*> allCommands() {
         priceCommands(),    extensionCommands(), accountCommands(),     trunkCommands(),     clientCommands(),
         providerCommands(), currencyCommands(),  logCommands(),         logFilterCommands(), sampleCommands(),
         serveCommands(),    sendCommands(),      maintenanceCommands(), resetCommands(),     userCommands(),
-        groupCommands(),    passwordCommands(),  convertCommands()}) {
+        groupCommands(),    passwordCommands(),  convertCommands(),     tableMoveCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

@@ -31,6 +31,7 @@ std::span<const Command> passwordCommands();
 std::span<const Command> statusCommands();
 std::span<const Command> sampleCommands();
 std::span<const Command> convertCommands();
+std::span<const Command> tableMoveCommands();
 
 [[nodiscard]] std::vector<const Command*> allCommands();
 [[nodiscard]] std::span<const CommandGroup> commandGroups();

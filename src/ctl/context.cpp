@@ -1,8 +1,11 @@
 #include "ctl/context.h"
 
+#include "base/path.h"
 #include "base/printf.h"
+#include "convert/converter.h"
 #include "ctl/program_files.h"
 #include "platform/instance_lock.h"
+#include "schema/schema.h"
 #include "security/rights.h"
 
 namespace ctl {
@@ -63,6 +66,11 @@ void Context::failToStart() {
   if (folderText.empty() || folderText == "---") {
     throw Failure(base::format("No data folder is set in %s. Make one with: tallyctl init DIR --sample",
                                machineStore().file().string()));
+  }
+  if (convert::isOldDatabase(base::systemPath(folderText + schema::kMainFile))) {
+    throw Failure(
+        base::format("The databases in %s are old ones. Carry them over with: tallyctl convert '%s' NEWDIR --use",
+                     folderText, folderText));
   }
   throw Failure(
       base::format("The databases in %s were not opened, or nobody was logged in. Give --user NAME and the "

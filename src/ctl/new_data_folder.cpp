@@ -16,6 +16,20 @@ using foundation::StoreMachine;
 
 constexpr const char* kGeneral = "general";
 
+// Settings of the workstation, which no database holds.
+struct WorkstationSetting {
+  const char* key;
+  const char* command;
+  const char* why;
+};
+constexpr WorkstationSetting kWorkstationSettings[] = {
+    {"PathMonitor", "tallyctl setting set PathMonitor FOLDER/ --where machine",
+     "where the monitor leaves monitor.data"},
+    {"Lang", "tallyctl setting set Lang CODE --where machine", "language of the texts and of the records"},
+    {"CountryCode", "tallyctl setting set CountryCode 40 --where machine", "needed to find prefixes and prices"},
+    {"AreaCode", "tallyctl setting set AreaCode 21 --where machine", "needed for local numbers"},
+};
+
 void pointTo(const std::string& folder, Context& context) {
   if (!context.config().WriteConfigString(folder, "PathDatabase", kGeneral, StoreMachine)) {
     throw Failure(base::format("The new folder %s is whole, but the machine store %s cannot be written.", folder,
@@ -47,15 +61,10 @@ void finishNewDataFolder(const Invocation& call, const fs::path& folder) {
   if (!call.arguments.has("--use")) {
     call.out << base::format("  tallyctl setting set PathDatabase '%s' --where machine\n", setting);
   }
-  // These two live on the workstation, not in the databases.
-  if (context.folder("PathMonitor").empty()) {
-    call.out
-        << "  tallyctl setting set PathMonitor FOLDER/ --where machine   (where the monitor leaves monitor.data)\n";
+  for (const WorkstationSetting& setting : kWorkstationSettings) {
+    if (context.folder(setting.key).empty()) call.out << base::format("  %-60s (%s)\n", setting.command, setting.why);
   }
-  if (context.folder("Lang").empty()) {
-    call.out << "  tallyctl setting set Lang CODE --where machine             (language of texts and of the records)\n";
-  }
-  call.out << "  tallyctl --user NAME status                                (users and passwords came along)\n";
+  call.out << base::format("  %-60s (%s)\n", "tallyctl --user NAME status", "users and passwords came along");
 }
 
 }  // namespace ctl

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+
+#include "convert/table_manifest.h"
+#include "platform/operator.h"
+
+namespace convert {
+
+// Writes every table of the databases in a data folder, those that this program does not know too, as text: one file a
+// table and kManifestFile beside them. The files hold password digests and are private to their owner. The tables of
+// the main database are those of one moment, whatever other copies write meanwhile. The target must not exist or be
+// empty; it appears when it is whole. Memory does not depend on the number of rows. Throws ConversionError.
+TableManifest exportTables(const std::filesystem::path& dataFolder, const std::filesystem::path& target,
+                           TextFormat format, platform::Operator& person);
+
+// Makes the databases anew from such a folder: equal tables with equal rows. What this program needs and the folder
+// does not name is made empty. The new folder must not exist or be empty; it appears when it is whole. Throws
+// ConversionError that names the file and the line.
+TableManifest importTables(const std::filesystem::path& source, const std::filesystem::path& newFolder,
+                           platform::Operator& person);
+
+}  // namespace convert
