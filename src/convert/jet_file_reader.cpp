@@ -10,9 +10,9 @@
 #include <optional>
 #include <stdexcept>
 
-#include "base/codepage.h"
 #include "base/datetime.h"
 #include "base/printf.h"
+#include "convert/jet_text.h"
 
 namespace convert {
 
@@ -74,64 +74,6 @@ std::string hexOf(const unsigned char* bytes, std::size_t size) {
   return text;
 }
 
-void appendUtf8(std::string& out, std::uint32_t codepoint) {
-  if (codepoint < 0x80) {
-    out += static_cast<char>(codepoint);
-  } else if (codepoint < 0x800) {
-    out += static_cast<char>(0xC0 | codepoint >> 6);
-    out += static_cast<char>(0x80 | (codepoint & 0x3F));
-  } else if (codepoint < 0x10000) {
-    out += static_cast<char>(0xE0 | codepoint >> 12);
-    out += static_cast<char>(0x80 | (codepoint >> 6 & 0x3F));
-    out += static_cast<char>(0x80 | (codepoint & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | codepoint >> 18);
-    out += static_cast<char>(0x80 | (codepoint >> 12 & 0x3F));
-    out += static_cast<char>(0x80 | (codepoint >> 6 & 0x3F));
-    out += static_cast<char>(0x80 | (codepoint & 0x3F));
-  }
-}
-
-// UTF-16 units to UTF-8; half a surrogate pair becomes U+FFFD.
-std::string utf8Of(const std::vector<std::uint16_t>& units) {
-  std::string out;
-  for (std::size_t i = 0; i < units.size(); ++i) {
-    const std::uint32_t unit = units[i];
-    if (unit < 0xD800 || unit > 0xDFFF) {
-      appendUtf8(out, unit);
-    } else if (unit < 0xDC00 && i + 1 < units.size() && (units[i + 1] & 0xFC00) == 0xDC00) {
-      appendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (units[++i] - 0xDC00U));
-    } else {
-      appendUtf8(out, 0xFFFD);
-    }
-  }
-  return out;
-}
-
-// Texts of Jet 4: UTF-16, or, behind the bytes FF FE, runs of single bytes and of UTF-16 that a zero byte switches
-// between.
-std::string wideText(const unsigned char* bytes, std::size_t size) {
-  std::vector<std::uint16_t> units;
-  units.reserve(size);
-  bool compressed = size >= 2 && bytes[0] == 0xFF && bytes[1] == 0xFE;
-  const bool switches = compressed;
-  std::size_t at = compressed ? 2 : 0;
-  while (at < size) {
-    if (switches && bytes[at] == 0 && (compressed || at + 1 >= size || bytes[at + 1] == 0)) {
-      compressed = !compressed;
-      ++at;
-    } else if (compressed) {
-      units.push_back(bytes[at++]);
-    } else if (at + 1 < size) {
-      units.push_back(numberAt<std::uint16_t>(bytes + at));
-      at += 2;
-    } else {
-      ++at;
-    }
-  }
-  return utf8Of(units);
-}
-
 class Reader {
  public:
   Reader(const std::filesystem::path& file, const JetReadOptions& options, OldFileSink& sink)
@@ -161,10 +103,9 @@ class Reader {
   bool wide() const { return handle_->f->jet_version != MDB_VER_JET3; }
 
   std::string textOf(const unsigned char* bytes, std::size_t size) const {
-    if (wide()) return wideText(bytes, size);
-    const int named = handle_->f->code_page;
-    const int codepage = options_.codepage != 0 ? options_.codepage : named != 0 ? named : 1252;
-    return base::decode({reinterpret_cast<const char*>(bytes), size}, codepage);
+    const std::string_view text(reinterpret_cast<const char*>(bytes), size);
+    if (wide()) return jet4Text(text);
+    return jet3Text(text, options_.codepage, handle_->f->code_page);
   }
 
   void readTable(MdbCatalogEntry* entry) {

@@ -101,6 +101,7 @@ void TableWriter::beginTable(const OldTable& table) {
   report_.tables.push_back(std::move(entry));
   waiting_.clear();
   progress_ = 0;
+  declaredRows_ = table.declaredRows;
   open_ = true;
   operator_.progressBegin(file_, made.name, table.declaredRows);
   if (skipped_) return;
@@ -182,6 +183,10 @@ void TableWriter::endTable() {
   inTransaction_ = 0;
   rows_.reset();
   open_ = false;
+  if (current().read.rows != declaredRows_) {
+    current().lost.push_back(
+        base::format("the file declares %d rows, but %d could be read", declaredRows_, current().read.rows));
+  }
   operator_.progressEnd();
 }
 

@@ -49,6 +49,7 @@ class TableWriter : public OldFileSink {
   std::vector<std::size_t> positions_;  // of the old columns in the recordset
   std::int64_t inTransaction_ = 0;
   std::int64_t progress_ = 0;
+  std::int64_t declaredRows_ = 0;  // of the open table, by its own file
   // Rows of tables whose key is no auto-number are kept until the end of the table and written in the key's order.
   std::size_t sortColumn_ = 0;
   bool sorted_ = false;

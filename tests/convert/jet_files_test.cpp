@@ -10,14 +10,15 @@
 #include "convert/converter.h"
 #include "convert/reader_process.h"
 #include "jet/database.h"
+#include "old_files.h"
 
 namespace convert {
 namespace {
 
 namespace fs = std::filesystem;
 
-// Real files of the old program, with their content as another reader gave it.
-const fs::path kFiles = fs::path(TALLYBOOK_SOURCE_DIR) / "tests" / "data" / "jet-files";
+// With their content as another reader gave it.
+const fs::path kFiles = jetFiles();
 const char* const kNames[] = {"text-extension/tallybook.mdb", "long-extension/tallybook.mdb", "tariffs.mdb",
                               "tariffs-plain-days.mdb", "phonebook.mdb"};
 
@@ -88,14 +89,9 @@ TEST(OldFiles, EveryRowAndValueAgreesWithAnotherReader) {
   }
 }
 
-// A folder of an old installation.
 fs::path oldFolder(const fs::path& scratch, const char* main) {
-  const fs::path folder = scratch / "old";
-  fs::create_directories(folder);
-  fs::copy_file(kFiles / main / "tallybook.mdb", folder / "Tallybook.MDB");
-  fs::copy_file(kFiles / "tariffs.mdb", folder / "tariffs.mdb");
-  fs::copy_file(kFiles / "phonebook.mdb", folder / "phonebook.mdb");
-  return folder;
+  makeOldFolder(scratch / "old", main);
+  return scratch / "old";
 }
 
 void expectSameRows(jet::Database& database, const nlohmann::json& expected) {

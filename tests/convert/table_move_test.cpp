@@ -1,0 +1,218 @@
+#include "convert/table_move.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+#include "convert/conversion_error.h"
+#include "convert/converter.h"
+#include "jet/database.h"
+#include "old_files.h"
+#include "schema/schema.h"
+#include "support/temporary_folder.h"
+
+namespace convert {
+namespace {
+
+namespace fs = std::filesystem;
+
+const TextFormat kFormats[] = {TextFormat::Csv, TextFormat::Json};
+
+// Everything that makes a table, as one text: equal texts, equal tables.
+std::string described(const jet::TableDef& table) {
+  std::ostringstream text;
+  for (const jet::FieldDef& field : table.fields) {
+    text << field.name << ' ' << static_cast<int>(field.type) << ' ' << field.size << ' ' << field.autoIncrement << ' '
+         << field.generatedFrom << '\n';
+  }
+  for (const jet::IndexDef& index : table.indexes) {
+    for (const std::string& field : index.fields) text << field << ' ';
+    text << index.unique << '\n';
+  }
+  return text.str();
+}
+
+std::vector<OldRow> rowsOf(jet::Database& database, const std::string& table) {
+  std::vector<OldRow> rows;
+  database.forEachRow("SELECT * FROM [" + table + "]", [&](const OldRow& row) {
+    rows.push_back(row);
+    return true;
+  });
+  return rows;
+}
+
+void expectSameDatabase(const fs::path& left, const fs::path& right) {
+  const auto a = jet::openDatabase(left, jet::OpenMode::ReadOnly);
+  const auto b = jet::openDatabase(right, jet::OpenMode::ReadOnly);
+  ASSERT_EQ(a->tableNames(), b->tableNames());
+  for (const std::string& table : a->tableNames()) {
+    EXPECT_EQ(described(a->tableDef(table)), described(b->tableDef(table))) << table;
+    EXPECT_TRUE(rowsOf(*a, table) == rowsOf(*b, table)) << table;
+  }
+}
+
+void expectSameFolder(const fs::path& left, const fs::path& right) {
+  for (const char* name : {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile}) {
+    expectSameDatabase(left / name, right / name);
+  }
+}
+
+TEST(TableMove, ConvertedDatabasesComeBackEqual) {
+  for (const char* main : {"text-extension", "long-extension"}) {
+    for (const TextFormat format : kFormats) {
+      const TemporaryFolder scratch;
+      platform::NoOperator nobody;
+      makeOldFolder(scratch / "old", main);
+      convertFolder(scratch / "old", scratch / "new", {}, nobody);
+      exportTables(scratch / "new", scratch / "tables", format, nobody);
+      importTables(scratch / "tables", scratch / "again", nobody);
+      expectSameFolder(scratch / "new", scratch / "again");
+      for (const auto& entry : fs::directory_iterator(scratch / "tables")) {
+        struct stat file {};
+        ASSERT_EQ(stat(entry.path().c_str(), &file), 0);
+        EXPECT_EQ(file.st_mode & 0777, 0600U) << entry.path() << " holds password digests";
+      }
+    }
+  }
+}
+
+// A table that the program does not know, with a name and values that are hard to write down.
+void makeOddTable(const fs::path& folder) {
+  fs::create_directories(folder);
+  const auto database = schema::createMainDatabase(folder / schema::kMainFile);
+  database->createTable({.name = "Vânzări 2003/\"b\"",
+                         .fields = {{.name = "a,b", .type = jet::Type::Text, .size = 0},
+                                    {.name = "Suma", .type = jet::Type::Double},
+                                    {.name = "Când", .type = jet::Type::DateTime},
+                                    {.name = "Da", .type = jet::Type::Boolean},
+                                    {.name = "Număr", .type = jet::Type::Long}}});
+  const auto rows = database->openRecordset("SELECT * FROM [Vânzări 2003/\"b\"]");
+  const jet::Value texts[] = {
+      "",  {},   " ",  "\"",       "a\r\nb\n\nc", ",",    "null", "=1+1", "\\n\\", "ș", "\xF0\x9F\x98\x80",
+      "'", "\t", "\r", "1,5\"x\"", "0",           "Ω\x01"};
+  const jet::Value numbers[] = {
+      0.1,     -0.0, {},          1e300, 5e-324, std::numeric_limits<double>::max(), std::nextafter(4.97, 5.0),
+      1.0 / 3, 1e15, -123456789.0};
+  const jet::Value dates[] = {{},
+                              *base::DateTime::fromStored("1899-12-30 08:00:00"),
+                              *base::DateTime::fromStored("0100-01-01 00:00:00"),
+                              *base::DateTime::fromStored("9999-12-31 23:59:59")};
+  for (std::size_t i = 0; i < std::size(texts); ++i) {
+    rows->addNew();
+    rows->set(0U, texts[i]);
+    rows->set(1U, numbers[i % std::size(numbers)]);
+    rows->set(2U, dates[i % std::size(dates)]);
+    rows->set(3U, i % 2 == 0);
+    rows->set(4U, i % 3 == 0 ? jet::Value() : jet::Value(i % 2 == 0 ? 2147483647 : -2147483647 - 1));
+    rows->update();
+  }
+}
+
+TEST(TableMove, KeepsNullEmptyTextAndTheBitsOfNumbers) {
+  for (const TextFormat format : kFormats) {
+    const TemporaryFolder scratch;
+    platform::NoOperator nobody;
+    makeOddTable(scratch / "data");
+    exportTables(scratch / "data", scratch / "tables", format, nobody);
+    importTables(scratch / "tables", scratch / "again", nobody);
+    expectSameDatabase(scratch / "data" / schema::kMainFile, scratch / "again" / schema::kMainFile);
+    const auto again = jet::openDatabase(scratch / "again" / schema::kMainFile, jet::OpenMode::ReadOnly);
+    const auto rows = rowsOf(*again, "Vânzări 2003/\"b\"");
+    EXPECT_EQ(rows[0][0], jet::Value(""));
+    EXPECT_TRUE(rows[1][0].isNull());
+    // The databases that were not exported are there, so that the folder can be worked with.
+    EXPECT_TRUE(fs::exists(scratch / "again" / schema::kTariffFile));
+    EXPECT_TRUE(fs::exists(scratch / "again" / schema::kPhonebookFile));
+  }
+}
+
+TEST(TableMove, DoublesKeepEveryBit) {
+  const std::vector<jet::FieldDef> columns = {{.name = "x", .type = jet::Type::Double}};
+  for (const TextFormat format : kFormats) {
+    for (const double value : {0.0, -0.0, 0.1, 1.0 / 3, 4.97, 5e-324, -1e300, 1e22, 123456789012345680.0}) {
+      std::string text;
+      const auto writer = makeWriter(format, columns);
+      writer->head(text);
+      writer->row(text, {value});
+      std::istringstream in(text);
+      OldRow row;
+      ASSERT_TRUE(makeReader(format, in, columns)->next(row)) << text;
+      EXPECT_EQ(std::bit_cast<std::uint64_t>(row[0].number()), std::bit_cast<std::uint64_t>(value)) << text;
+    }
+  }
+}
+
+constexpr const char* kOneTable = R"({"format":"csv","tables":[{"database":"tariffs.mdb","table":"providers",
+  "data":"p.csv","rows":2,"columns":[{"name":"provider_id","type":"long"},{"name":"provider_name","type":"text",
+  "size":10}]}]})";
+
+std::string importFault(const std::string& manifest, const std::string& rows) {
+  const TemporaryFolder scratch;
+  fs::create_directories(scratch / "tables");
+  writeFile(scratch / "tables" / kManifestFile, manifest);
+  writeFile(scratch / "tables" / "p.csv", rows);
+  platform::NoOperator nobody;
+  try {
+    importTables(scratch / "tables", scratch / "new", nobody);
+  } catch (const ConversionError& fault) {
+    EXPECT_FALSE(fs::exists(scratch / "new"));
+    EXPECT_FALSE(fs::exists(scratch / "new.partial"));
+    return fault.what();
+  }
+  return "";
+}
+
+TEST(TableMove, AcceptsWhatSpreadsheetsWrite) {
+  EXPECT_EQ(importFault(kOneTable, "provider_id,provider_name\n1,Alfa\n2,\n"), "");
+  EXPECT_EQ(importFault(kOneTable, "\xEF\xBB\xBFprovider_id,provider_name\r\n\"1\",\"Al\"\"fa\"\r\n2,Beta"), "");
+  EXPECT_EQ(importFault(kOneTable, "provider_id,provider_name\n1,a\n2,b\n\n\n"), "");
+}
+
+TEST(TableMove, NamesTheFileAndTheLineOfAFault) {
+  struct Case {
+    std::string manifest;
+    const char* rows;
+    const char* said;
+  };
+  const std::string table = kOneTable;
+  const auto with = [&](const char* from, const char* to) {
+    return std::string(table).replace(table.find(from), std::string_view(from).size(), to);
+  };
+  const char* const head = "provider_id,provider_name\n1,a\n2,b\n";
+  for (const Case& c : {
+           Case{table, "", "line 1"},
+           Case{table, "provider_name,provider_id\na,1\nb,2\n", "column 1 is not provider_id"},
+           Case{table, "provider_id,provider_name\n1,a\nx,b\n", "line 3: column provider_id: \"x\""},
+           Case{table, "provider_id,provider_name\n1,a\n2\n", "line 3: 1 values instead of 2"},
+           Case{table, "provider_id,provider_name\n1,\"a\nb\"\n2,\"b\n", "line 4: a quoted text does not end"},
+           Case{table, "provider_id,provider_name\n1,a\n2,this is too long\n", "p.csv, line 3"},
+           Case{table, "provider_id,provider_name\n1,a\n", "1 rows where schema.json says 2"},
+           Case{with("p.csv", "../p.csv"), head, "no file of its folder"},
+           Case{with("p.csv", "q.csv"), head, "q.csv"},
+           Case{with("tariffs.mdb", "/etc/x"), head, "none of the three databases"},
+           Case{with("long", "money"), head, "\"money\" is no type"},
+           Case{"{\"format\":\"xml\"}", head, "\"xml\""},
+           Case{"{", head, "cannot be understood"},
+           Case{"[1]", head, "cannot be understood"},
+       }) {
+    EXPECT_NE(importFault(c.manifest, c.rows).find(c.said), std::string::npos)
+        << c.said << " | " << importFault(c.manifest, c.rows);
+  }
+}
+
+TEST(TableMove, RefusesJsonLinesThatAreNoRows) {
+  const std::vector<jet::FieldDef> columns = {{.name = "n", .type = jet::Type::Long},
+                                              {.name = "t", .type = jet::Type::Text}};
+  for (const char* line : {"[]", "{", "{\"n\":1.5}", "{\"n\":\"1\"}", "{\"t\":1}", "{\"x\":1}", "{\"n\":true}"}) {
+    std::istringstream in(line);
+    OldRow row;
+    EXPECT_THROW(makeReader(TextFormat::Json, in, columns)->next(row), RowTextError) << line;
+  }
+}
+
+}  // namespace
+}  // namespace convert
