@@ -101,11 +101,13 @@ std::string FolderView::text(std::size_t column, const CellValue& cell) const {
 
 void FolderView::forEachRow(const std::function<bool(std::span<const CellValue>)>& row) {
   std::vector<CellValue> cells(columns_.size());
+  std::int64_t handedOut = 0;
   services_.main.forEachRow(folder_.BuildQuery(), [&](const std::vector<jet::Value>& values) {
     for (std::size_t column = 0; column < cells.size(); ++column) {
       const Place& place = places_[column];
       cells[column] = {&values[place.first], place.second ? &values[*place.second] : &kNull};
     }
+    if (watcher_ && ++handedOut % kWatchedRows == 0) watcher_(handedOut);
     return row(cells);
   });
 }

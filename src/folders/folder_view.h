@@ -64,6 +64,9 @@ class FolderView {
   // Every row in order, streamed: memory does not grow with their number. `row` gets a cell a shown column and returns
   // false to stop.
   void forEachRow(const std::function<bool(std::span<const CellValue>)>& row);
+  // From now on forEachRow tells how many rows it has handed out, every kWatchedRows; the watcher throws to stop it.
+  void watchRows(std::function<void(std::int64_t rows)> watcher) { watcher_ = std::move(watcher); }
+  static constexpr std::int64_t kWatchedRows = 256;
   [[nodiscard]] std::string text(std::size_t column, const CellValue& cell) const;
 
   // Sums a column's values as rows go by; columns without a total stay at nothing.
@@ -93,6 +96,7 @@ class FolderView {
   };
   [[nodiscard]] Place placeOf(int kind) const;
   std::vector<Place> places_;  // of the shown columns
+  std::function<void(std::int64_t)> watcher_;
 };
 
 }  // namespace folders
