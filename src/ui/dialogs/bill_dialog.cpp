@@ -1,0 +1,73 @@
+#include <QFormLayout>
+
+#include "folders/bill.h"
+#include "ui/dialogs.h"
+#include "ui/dialogs/choice_box.h"
+#include "ui/dialogs/form_dialog.h"
+#include "ui/dialogs/messages.h"
+#include "ui/dialogs/party_choices.h"
+#include "ui/dialogs/period_edit.h"
+#include "ui/dialogs/report_place.h"
+
+namespace ui {
+
+namespace {
+
+// Whose bill, and for when. The filter's extension and period are proposed.
+class BillDialog : public FormDialog {
+ public:
+  BillDialog(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& extension)
+      : FormDialog(texts, "IDS_ACTION_BILL", "bill", parent) {
+    const exchange::PartyDefinitions& parties = document.parties();
+    extension_ = named(new ChoiceBox([&parties] { return extensionChoices(parties); }, texts), "extension");
+    extension_->loadList();
+    period_ = named(new PeriodEdit(PeriodEdit::Times::Shown, texts), "period");
+    auto* form = new QFormLayout;
+    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    form->addRow(texts("IDS_EXTENSION"), extension_);
+    form->addRow(texts("IDS_FILTER_PERIOD"), period_);
+    body()->addLayout(form);
+
+    const folders::BillRequest proposed = folders::billFromFilter(document.app().config());
+    const QString number = extension.isEmpty() ? toQt(proposed.extension) : extension;
+    extension_->setValue(number, number);
+    extension_->setValue(number, extension_->shownValue());
+    if (document.callFilter().settings().onPeriod != 0) {
+      period_->setPeriod(proposed.from, proposed.to);
+    } else {
+      filter::FilterSettings month;
+      filter::setThisMonth(month, document.app().surroundings().clock.now());
+      period_->setPeriod(filter::parsePeriod(month.intervalStart, ""), filter::parsePeriod(month.intervalEnd, ""));
+    }
+  }
+
+  void accept() override {
+    if (extension_->value().isEmpty()) return warn(this, texts(), texts()("IDS_BILL_NO_EXTENSION"));
+    if (!period_->inOrder()) return warn(this, texts(), texts()("IDS_PERIOD_ORDER"));
+    QDialog::accept();
+  }
+
+  [[nodiscard]] folders::BillRequest request() const {
+    return {fromQt(extension_->value()), period_->start(), period_->end()};
+  }
+
+ private:
+  ChoiceBox* extension_;
+  PeriodEdit* period_;
+};
+
+}  // namespace
+
+void makeBill(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& extension) {
+  BillDialog dialog(document, texts, parent, extension);
+  if (dialog.exec() != QDialog::Accepted) return;
+  const std::filesystem::path page = reportFile(document, "list.html");
+  bool written = false;
+  attempt(parent, texts, [&] {
+    const WaitCursor wait;
+    written = folders::writeBill(dialog.request(), document.folderServices(), document.valueFormatter(), page);
+  });
+  if (written) handOver(document, texts, parent, page, ReportUse::Open);
+}
+
+}  // namespace ui

@@ -1,0 +1,285 @@
+#include "ui/dialogs/contacts_sheet.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <algorithm>
+
+#include "base/text.h"
+#include "security/rights.h"
+#include "ui/dialogs.h"
+#include "ui/dialogs/messages.h"
+
+namespace ui {
+
+namespace {
+
+using contacts::Contact;
+using contacts::SaveResult;
+
+constexpr int kWatchInterval = 1000;  // milliseconds
+constexpr int kRelationships = 6;
+constexpr int kLongestText = 255;  // of the columns
+
+struct FieldDeclaration {
+  const char* key;
+  const char* name;
+  std::string Contact::*member;
+  bool manyLines;
+};
+constexpr FieldDeclaration kFields[] = {
+    {"IDS_NAME", "name", &Contact::name, false},
+    {"IDS_ORGANIZATION", "organization", &Contact::organization, false},
+    {"IDS_CONTACT", "contact", &Contact::contact, false},
+    {"IDS_PHONE_NUMBERS", "phones", &Contact::telView, false},
+    {"IDS_EMAIL", "email", &Contact::email, false},
+    {"IDS_WEB", "web", &Contact::web, false},
+    {"IDS_ADDRESS", "address", &Contact::address, true},
+    {"IDS_NOTE", "note", &Contact::note, true},
+};
+
+bool mayChange(server::CServerDoc& document) {
+  return !document.DatabaseReadOnly() && document.HasRight(security::ObjectCalls, security::RightChange);
+}
+
+std::string firstNumber(const std::string& numbers) {
+  const auto all = base::split(numbers, ",;/\r\n");
+  return all.empty() ? std::string() : std::string(base::trim(all.front()));
+}
+
+}  // namespace
+
+std::string ContactsSheet::Field::text() const {
+  if (const auto* line = qobject_cast<QLineEdit*>(editor)) return fromQt(line->text().trimmed());
+  return fromQt(qobject_cast<QPlainTextEdit*>(editor)->toPlainText().trimmed());
+}
+
+void ContactsSheet::Field::setText(const std::string& text) const {
+  if (auto* line = qobject_cast<QLineEdit*>(editor)) {
+    line->setText(toQt(text));
+    line->setCursorPosition(0);
+  } else {
+    qobject_cast<QPlainTextEdit*>(editor)->setPlainText(toQt(text));
+  }
+}
+
+ContactsSheet::ContactsSheet(server::CServerDoc& document, const Texts& texts, std::optional<Contact> contact,
+                             QWidget* parent)
+    : FormDialog(texts, "IDS_CONTACTS", "contactsSheet", parent), document_(document), original_(std::move(contact)) {
+  okButton()->setText(texts("IDS_SAVE"));
+  buildForm();
+  if (original_) {
+    delete_ = addButton("IDS_DELETE", "delete");
+    delete_->setEnabled(mayChange(document));
+    connect(delete_, &QPushButton::clicked, this, [this] { removeContact(); });
+  }
+  show(original_.value_or(Contact()));
+  if (!mayChange(document)) setReadOnly();
+  if (original_) {
+    document.tags().IsTouched(contacts::kContactsTable);  // what was read is what the tag stands for
+    connect(&watch_, &QTimer::timeout, this, [this] { lookForChanges(); });
+    watch_.start(kWatchInterval);
+  }
+}
+
+void ContactsSheet::buildForm() {
+  auto* form = new QFormLayout;
+  form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+  const int lineHeight = fontMetrics().lineSpacing();
+  for (const FieldDeclaration& declared : kFields) {
+    QWidget* editor = nullptr;
+    if (declared.manyLines) {
+      auto* text = new QPlainTextEdit;
+      text->setTabChangesFocus(true);
+      text->setMinimumHeight(lineHeight * 4);
+      editor = text;
+    } else {
+      auto* line = new QLineEdit;
+      line->setMaxLength(kLongestText);
+      line->setMinimumWidth(fontMetrics().averageCharWidth() * 44);
+      editor = line;
+    }
+    form->addRow(texts()(declared.key), named(editor, declared.name));
+    fields_.push_back({editor, declared.member});
+    if (declared.member == &Contact::contact) {
+      tip_ = named(new QComboBox, "relationship");
+      for (int i = 0; i < kRelationships; ++i) tip_->addItem(toQt(document_.valueFormatter().contactTypeName(i)));
+      form->addRow(texts()("IDS_RELATIONSHIP"), tip_);
+    }
+  }
+  if (original_) {
+    form->addRow(texts()("IDS_RECORDNUMBER"), named(new QLabel(QString::number(original_->recordId)), "recordNumber"));
+  }
+  body()->addLayout(form);
+}
+
+void ContactsSheet::setReadOnly() {
+  for (const Field& field : fields_) {
+    if (auto* line = qobject_cast<QLineEdit*>(field.editor)) line->setReadOnly(true);
+    if (auto* text = qobject_cast<QPlainTextEdit*>(field.editor)) text->setReadOnly(true);
+  }
+  tip_->setEnabled(false);
+  okButton()->setEnabled(false);
+}
+
+void ContactsSheet::show(const Contact& contact) {
+  for (Field& field : fields_) {
+    field.setText(contact.*field.member);
+    field.shown = field.text();
+  }
+  // Types of later versions stay as they are unless another is chosen.
+  shownTip_ = contact.tip >= 0 && contact.tip < kRelationships ? contact.tip : -1;
+  tip_->setCurrentIndex(shownTip_);
+}
+
+bool ContactsSheet::modified() const {
+  return tip_->currentIndex() != shownTip_ ||
+         std::any_of(fields_.begin(), fields_.end(), [](const Field& field) { return field.text() != field.shown; });
+}
+
+Contact ContactsSheet::edited() {
+  Contact contact = original_.value_or(Contact());
+  const std::string numbersBefore = contact.telView;
+  for (const Field& field : fields_) {
+    if (field.text() != field.shown || !original_) contact.*field.member = field.text();
+  }
+  if (tip_->currentIndex() != shownTip_) contact.tip = tip_->currentIndex();
+  if (contact.telView != numbersBefore) {
+    contact.telString = document_.contactBook().searchedNumbers(contact.telView);
+    contact.tel = firstNumber(contact.telView);
+  }
+  // Calls show this name.
+  if (contact.contact.empty()) contact.contact = contact.name.empty() ? contact.organization : contact.name;
+  return contact;
+}
+
+bool ContactsSheet::save() {
+  const Contact contact = edited();
+  if (contact.name.empty() && contact.organization.empty()) {
+    warn(this, texts(), texts()("IDS_CONTACT_NAMELESS"));
+    return false;
+  }
+  SaveResult result = SaveResult::Failed;
+  const bool asked = attempt(this, texts(), [&] {
+    if (original_) {
+      result = document_.contactBook().save(*original_, contact);
+    } else {
+      document_.contactBook().add(contact);
+      result = SaveResult::Done;
+    }
+  });
+  if (!asked) return false;
+  if (result == SaveResult::ChangedByOther) {
+    if (const auto stored = document_.contactBook().find(original_->recordId)) takeOver(*stored);
+  } else if (result == SaveResult::DeletedByOther && keepDeleted()) {
+    return save();
+  }
+  return result == SaveResult::Done;
+}
+
+void ContactsSheet::accept() {
+  watch_.stop();
+  if (!original_ || modified()) {
+    if (!save()) {
+      if (original_ && isVisible()) watch_.start(kWatchInterval);
+      return;
+    }
+    QDialog::accept();
+  } else {
+    QDialog::reject();
+  }
+}
+
+void ContactsSheet::reject() {
+  watch_.stop();
+  if (okButton()->isEnabled() && modified()) {
+    switch (ask(this, texts(), texts()("IDS_SAVERECORD"), Choices::YesNoCancel)) {
+      case Answer::Yes:
+        return accept();
+      case Answer::Cancel:
+        if (original_) watch_.start(kWatchInterval);
+        return;
+      case Answer::No:
+        break;
+    }
+  }
+  QDialog::reject();
+}
+
+void ContactsSheet::removeContact() {
+  watch_.stop();
+  if (ask(this, texts(), texts().format("IDS_CONTACT_CONFIRM_DELETE", contacts::displayName(*original_))) !=
+      Answer::Yes) {
+    watch_.start(kWatchInterval);
+    return;
+  }
+  attempt(this, texts(), [this] {
+    const SaveResult result = document_.contactBook().remove(*original_);
+    const std::string message = document_.contactBook().message(result);
+    if (!message.empty()) inform(this, texts(), toQt(message));
+    done(Accepted);
+  });
+}
+
+void ContactsSheet::lookForChanges() {
+  watch_.stop();
+  // The connection may be gone for a moment; saving looks again and reports.
+  try {
+    if (document_.tags().IsTouched(contacts::kContactsTable)) {
+      const auto stored = document_.contactBook().find(original_->recordId);
+      if (!stored) {
+        keepDeleted();
+      } else if (*stored != *original_) {
+        takeOver(*stored);
+      }
+    }
+  } catch (const jet::Error&) {
+  }
+  if (original_ && isVisible()) watch_.start(kWatchInterval);
+}
+
+void ContactsSheet::takeOver(const Contact& stored) {
+  std::vector<std::pair<const Field*, std::string>> kept;
+  for (const Field& field : fields_) {
+    if (field.text() != field.shown) kept.emplace_back(&field, field.text());
+  }
+  const std::optional<int> keptTip =
+      tip_->currentIndex() != shownTip_ ? std::optional<int>(tip_->currentIndex()) : std::nullopt;
+  original_ = stored;
+  show(stored);
+  for (const auto& [field, text] : kept) field->setText(text);
+  if (keptTip) tip_->setCurrentIndex(*keptTip);
+  QString message = texts()("IDS_LAN_RECORD_CHANGED");
+  if (!kept.empty() || keptTip) message += "\n" + texts()("IDS_CONTACT_EDITS_STAY");
+  inform(this, texts(), message);
+}
+
+bool ContactsSheet::keepDeleted() {
+  if (!modified()) {
+    inform(this, texts(), texts()("IDS_LAN_RECORD_DELETED_NO"));
+    done(Accepted);
+    return false;
+  }
+  if (ask(this, texts(), texts()("IDS_LAN_RECORD_DELETED")) != Answer::Yes) {
+    done(Accepted);
+    return false;
+  }
+  original_.reset();
+  delete_->setEnabled(false);
+  return true;
+}
+
+bool editContact(server::CServerDoc& document, const Texts& texts, QWidget* parent, std::int32_t recordId) {
+  auto contact = document.contactBook().find(recordId);
+  if (!contact) {
+    inform(parent, texts, texts("IDS_CANTEDITRECORD"));
+    return false;
+  }
+  return ContactsSheet(document, texts, std::move(contact), parent).exec() == QDialog::Accepted;
+}
+
+bool addContact(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
+  return ContactsSheet(document, texts, std::nullopt, parent).exec() == QDialog::Accepted;
+}
+
+}  // namespace ui

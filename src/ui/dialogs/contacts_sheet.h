@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QTimer>
+#include <optional>
+#include <vector>
+
+#include "contacts/contact.h"
+#include "server/server_doc.h"
+#include "ui/dialogs/form_dialog.h"
+
+namespace ui {
+
+// The sheet of one contact. While it is open it watches for other copies' changes of the row: fields that were not
+// edited here take the new values, and what was edited stays.
+class ContactsSheet : public FormDialog {
+ public:
+  // Without a contact a new one is made.
+  ContactsSheet(server::CServerDoc& document, const Texts& texts, std::optional<contacts::Contact> contact,
+                QWidget* parent);
+
+  void accept() override;
+  // Asks whether changes are to be saved.
+  void reject() override;
+
+ private:
+  using Contact = contacts::Contact;
+
+  // An editor and the field that it edits; one of the two widgets.
+  struct Field {
+    QWidget* editor = nullptr;
+    std::string Contact::*member = nullptr;
+    std::string shown = {};  // its text before any edit
+
+    [[nodiscard]] std::string text() const;
+    void setText(const std::string& text) const;
+  };
+
+  void buildForm();
+  void setReadOnly();
+  void show(const Contact& contact);
+  [[nodiscard]] Contact edited();
+  [[nodiscard]] bool modified() const;
+  [[nodiscard]] bool save();
+  void removeContact();
+  void lookForChanges();
+  void takeOver(const Contact& stored);
+  // The row is gone: true when the operator wants to keep it as a new one, else the sheet closes.
+  bool keepDeleted();
+
+  server::CServerDoc& document_;
+  std::optional<Contact> original_;  // as it was read; nothing for a new one
+  std::vector<Field> fields_;
+  QComboBox* tip_ = nullptr;
+  QPushButton* delete_ = nullptr;  // null for a new contact
+  int shownTip_ = 0;
+  QTimer watch_;
+};
+
+}  // namespace ui

@@ -1,0 +1,247 @@
+#include "ui/dialogs/currencies_dialog.h"
+
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <algorithm>
+#include <array>
+
+#include "base/printf.h"
+#include "base/text.h"
+#include "security/rights.h"
+#include "ui/dialogs.h"
+#include "ui/dialogs/messages.h"
+
+namespace ui {
+
+namespace {
+
+using tariff::CURRENCYDESC;
+
+constexpr std::array<const char*, 4> kColumns = {"IDS_CURRENCY", "IDS_RATIO", "IDS_DATE_MODIFY", "IDS_DEFAULT"};
+constexpr int kMostNameLetters = 7;
+constexpr int kRateDecimals = 6;
+constexpr double kLargestRate = 1e9;
+
+}  // namespace
+
+CurrenciesDialog::CurrenciesDialog(server::CServerDoc& document, const Texts& texts, QWidget* parent)
+    : FormDialog(texts, "IDS_ACTION_CURRENCIES", "currencies", parent),
+      document_(document),
+      entries_(document.currencies().entries),
+      list_(named(new QTableWidget(0, kColumns.size()), "list")) {
+  QStringList captions;
+  for (const char* key : kColumns) captions << texts(key);
+  list_->setHorizontalHeaderLabels(captions);
+  list_->setSelectionBehavior(QAbstractItemView::SelectRows);
+  list_->setSelectionMode(QAbstractItemView::SingleSelection);
+  list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  list_->verticalHeader()->hide();
+  list_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  list_->setTabKeyNavigation(false);
+  list_->setAccessibleName(texts("IDS_CURRENCY"));
+  body()->addWidget(list_);
+  buildFields();
+  const std::string address =
+      document.app().config().ReadConfigString("UrlCurrency", "general", foundation::StoreMachine, "");
+  if (!address.empty()) {
+    connect(addButton("IDS_CURRENCY_RATES", "rates"), &QPushButton::clicked, this, [this] { openRates(); });
+  }
+  const bool allowed =
+      !document.DatabaseReadOnly() && document.HasRight(security::ObjectAdministration, security::RightChange);
+  okButton()->setEnabled(allowed);
+  connect(list_, &QTableWidget::currentCellChanged, this, [this] { showSelected(); });
+  fillList();
+  list_->setCurrentCell(entries_.empty() ? -1 : 0, 0);
+  showSelected();
+  resize(520, 420);
+}
+
+void CurrenciesDialog::buildFields() {
+  auto* buttons = new QHBoxLayout;
+  auto* addNew = named(new QPushButton(texts()("IDS_ADD")), "add");
+  remove_ = named(new QPushButton(texts()("IDS_DELETE")), "delete");
+  makeDefault_ = named(new QPushButton(texts()("IDS_CURRENCY_MAKE_DEFAULT")), "makeDefault");
+  for (QPushButton* button : {addNew, remove_, makeDefault_}) {
+    button->setAutoDefault(false);
+    buttons->addWidget(button);
+  }
+  buttons->addStretch();
+  body()->addLayout(buttons);
+  connect(addNew, &QPushButton::clicked, this, [this] { add(); });
+  connect(remove_, &QPushButton::clicked, this, [this] { removeSelected(); });
+  connect(makeDefault_, &QPushButton::clicked, this, [this] { makeDefault(); });
+
+  fields_ = new QWidget;
+  auto* form = new QFormLayout(fields_);
+  form->setContentsMargins(0, 0, 0, 0);
+  name_ = named(new QLineEdit, "name");
+  name_->setMaxLength(kMostNameLetters);
+  rateLabel_ = named(new QLabel, "rateLabel");
+  rate_ = named(new QDoubleSpinBox, "rate");
+  rate_->setDecimals(kRateDecimals);
+  rate_->setRange(0, kLargestRate);
+  rate_->setAccessibleName(texts()("IDS_RATIO"));
+  rateUnit_ = new QLabel;
+  auto* rateLine = new QHBoxLayout;
+  rateLine->addWidget(rateLabel_);
+  rateLine->addWidget(rate_);
+  rateLine->addWidget(rateUnit_);
+  rateLine->addStretch();
+  reverse_ = makeCheckBox("IDS_CURRENCY_REVERSE", "reverse");
+  form->addRow(texts()("IDS_CURRENCY"), name_);
+  form->addRow(texts()("IDS_RATIO"), rateLine);
+  form->addRow(QString(), reverse_);
+  body()->addWidget(fields_);
+  hint_ = named(new QLabel, "hint");
+  hint_->setWordWrap(true);
+  hint_->hide();
+  body()->addWidget(hint_);
+
+  connect(name_, &QLineEdit::textEdited, this, [this] {
+    if (CURRENCYDESC* entry = selected()) entry->name = fromQt(name_->text().trimmed());
+    fillRow(list_->currentRow());
+    updateRateLabels();
+  });
+  connect(rate_, &QDoubleSpinBox::valueChanged, this, [this] {
+    CURRENCYDESC* entry = selected();
+    if (showing_ || entry == nullptr) return;
+    entry->ratio = rate_->value();
+    entry->dateModify = document_.app().surroundings().clock.now();
+    fillRow(list_->currentRow());
+  });
+  connect(reverse_, &QCheckBox::toggled, this, [this](bool reverse) {
+    CURRENCYDESC* entry = selected();
+    if (showing_ || entry == nullptr) return;
+    entry->reverse = reverse;
+    entry->dateModify = document_.app().surroundings().clock.now();
+    fillRow(list_->currentRow());
+    updateRateLabels();
+  });
+}
+
+void CurrenciesDialog::fillRow(int row) {
+  if (row < 0) return;
+  const CURRENCYDESC& entry = entries_[static_cast<std::size_t>(row)];
+  const QString cells[] = {toQt(entry.name), toQt(base::format("%.4f", entry.ratio)),
+                           entry.dateModify ? toQt(entry.dateModify->format("%d/%m/%Y")) : QString(),
+                           entry.isDefault ? texts()("IDS_YES") : QString()};
+  for (int column = 0; column < list_->columnCount(); ++column) {
+    auto* item = new QTableWidgetItem(cells[column]);
+    if (column == 1) item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    list_->setItem(row, column, item);
+  }
+}
+
+void CurrenciesDialog::fillList() {
+  list_->setRowCount(static_cast<int>(entries_.size()));
+  for (int row = 0; row < list_->rowCount(); ++row) fillRow(row);
+}
+
+CURRENCYDESC* CurrenciesDialog::selected() {
+  const int row = list_->currentRow();
+  return row < 0 || row >= static_cast<int>(entries_.size()) ? nullptr : &entries_[static_cast<std::size_t>(row)];
+}
+
+const CURRENCYDESC* CurrenciesDialog::defaultEntry() const {
+  const auto found = std::find_if(entries_.begin(), entries_.end(), [](const auto& entry) { return entry.isDefault; });
+  return found == entries_.end() ? nullptr : &*found;
+}
+
+void CurrenciesDialog::showSelected() {
+  const CURRENCYDESC* entry = selected();
+  showing_ = true;
+  fields_->setEnabled(entry != nullptr);
+  name_->setText(entry != nullptr ? toQt(entry->name) : QString());
+  rate_->setValue(entry != nullptr ? entry->ratio : 0);
+  reverse_->setChecked(entry != nullptr && entry->reverse);
+  showing_ = false;
+  const bool isDefault = entry != nullptr && entry->isDefault;
+  // The default currency is worth itself, and amounts are kept in it.
+  rate_->setEnabled(!isDefault);
+  reverse_->setEnabled(!isDefault);
+  remove_->setEnabled(entry != nullptr && !isDefault);
+  makeDefault_->setEnabled(entry != nullptr && !isDefault);
+  updateRateLabels();
+}
+
+void CurrenciesDialog::updateRateLabels() {
+  const CURRENCYDESC* entry = selected();
+  const CURRENCYDESC* main = defaultEntry();
+  std::string left = entry != nullptr ? entry->name : std::string();
+  std::string right = main != nullptr ? main->name : std::string();
+  if (entry != nullptr && entry->reverse) std::swap(left, right);
+  rateLabel_->setText(toQt(base::format("1 %s =", left)));
+  rateUnit_->setText(toQt(right));
+}
+
+void CurrenciesDialog::add() {
+  entries_.push_back({.name = {}, .dateModify = {}});
+  fillList();
+  list_->setCurrentCell(list_->rowCount() - 1, 0);
+  name_->setFocus();
+}
+
+void CurrenciesDialog::removeSelected() {
+  const int row = list_->currentRow();
+  if (selected() == nullptr) return;
+  entries_.erase(entries_.begin() + row);
+  fillList();
+  showSelected();
+}
+
+void CurrenciesDialog::makeDefault() {
+  CURRENCYDESC* chosen = selected();
+  if (chosen == nullptr) return;
+  for (CURRENCYDESC& entry : entries_) entry.isDefault = &entry == chosen;
+  chosen->ratio = 1;
+  chosen->reverse = false;
+  chosen->dateModify = document_.app().surroundings().clock.now();
+  fillList();
+  showSelected();
+  // Rates stay as numbers, but against another currency now.
+  hint_->setText(texts().format("IDS_CURRENCY_NEW_DEFAULT", chosen->name));
+  hint_->setVisible(entries_.size() > 1);
+}
+
+QString CurrenciesDialog::problem() const {
+  for (const CURRENCYDESC& entry : entries_) {
+    if (entry.name.empty()) return texts()("IDS_CURRENCY_NAMELESS");
+    const auto same = std::count_if(entries_.begin(), entries_.end(),
+                                    [&](const auto& e) { return base::equalFoldAscii(e.name, entry.name); });
+    if (same > 1) return texts().format("IDS_CURRENCY_TWICE", entry.name);
+  }
+  return {};
+}
+
+void CurrenciesDialog::accept() {
+  if (const QString text = problem(); !text.isEmpty()) return warn(this, texts(), text);
+  tariff::Currencies& currencies = document_.currencies();
+  const auto before = currencies.entries;
+  const bool saved = attempt(this, texts(), [&] {
+    for (CURRENCYDESC& entry : entries_) {
+      if (entry.id == 0) entry.id = currencies.NextId();
+    }
+    currencies.entries = entries_;
+    currencies.save(document_.database());
+  });
+  if (!saved) {
+    currencies.entries = before;
+    return;
+  }
+  QDialog::accept();
+}
+
+void CurrenciesDialog::openRates() {
+  const std::string address =
+      document_.app().config().ReadConfigString("UrlCurrency", "general", foundation::StoreMachine, "");
+  if (!document_.app().surroundings().documents.open(address)) {
+    warn(this, texts(), texts().format("IDS_CANTOPENPAGE", address));
+  }
+}
+
+bool editCurrencies(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
+  return CurrenciesDialog(document, texts, parent).exec() == QDialog::Accepted;
+}
+
+}  // namespace ui

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QCheckBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "ui/texts.h"
+
+namespace ui {
+
+// Gives a widget the name by which tests and the style find it.
+template <typename Widget>
+Widget* named(Widget* widget, const char* name) {
+  widget->setObjectName(name);
+  return widget;
+}
+
+// A dialog with a body and, under it, the buttons "ok" and "cancel". Derived dialogs fill the body in their
+// constructor.
+class FormDialog : public QDialog {
+ public:
+  FormDialog(const Texts& texts, const char* captionKey, const char* name, QWidget* parent);
+
+ protected:
+  [[nodiscard]] const Texts& texts() const { return texts_; }
+  [[nodiscard]] QVBoxLayout* body() { return body_; }
+  [[nodiscard]] QPushButton* okButton() { return buttons_->button(QDialogButtonBox::Ok); }
+  [[nodiscard]] QPushButton* cancelButton() { return buttons_->button(QDialogButtonBox::Cancel); }
+  // A further button, beside those two.
+  QPushButton* addButton(const char* key, const char* name);
+  QCheckBox* makeCheckBox(const char* key, const char* name);
+
+ private:
+  const Texts& texts_;
+  QVBoxLayout* body_;
+  QDialogButtonBox* buttons_;
+};
+
+}  // namespace ui

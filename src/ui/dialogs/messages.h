@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QApplication>
+#include <QWidget>
+#include <exception>
+
+#include "jet/error.h"
+#include "ui/texts.h"
+
+namespace ui {
+
+// Message boxes in the program's language.
+void inform(QWidget* parent, const Texts& texts, const QString& text);
+void warn(QWidget* parent, const Texts& texts, const QString& text);
+
+enum class Answer { Yes, No, Cancel };
+enum class Choices { YesNo, YesNoCancel };
+// Escape and closing the box answer No, or Cancel where there is one.
+Answer ask(QWidget* parent, const Texts& texts, const QString& text, Choices choices = Choices::YesNo);
+
+// Runs the work; a fault is shown and gives false.
+template <typename Work>
+bool attempt(QWidget* parent, const Texts& texts, Work&& work) {
+  try {
+    work();
+    return true;
+  } catch (const std::exception& error) {  // jet::Error: what() is its description
+    warn(parent, texts, toQt(error.what()));
+    return false;
+  }
+}
+
+// The waiting pointer, for as long as it lives.
+class WaitCursor {
+ public:
+  WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+  WaitCursor(const WaitCursor&) = delete;
+  WaitCursor& operator=(const WaitCursor&) = delete;
+  ~WaitCursor() { QApplication::restoreOverrideCursor(); }
+};
+
+}  // namespace ui

@@ -1,0 +1,97 @@
+#include "ui/dialogs/vcard_exchange.h"
+
+#include <QFile>
+#include <QFileDialog>
+#include <QSaveFile>
+#include <algorithm>
+
+#include "contacts/vcard.h"
+#include "ui/dialogs/messages.h"
+
+namespace ui {
+
+namespace {
+
+constexpr const char* kFileKinds = "vCard (*.vcf)";
+constexpr std::size_t kProblemsShown = 10;
+
+std::vector<contacts::Contact> wholeBook(jet::Recordset& rows) {
+  std::vector<contacts::Contact> book;
+  if (rows.bof() && rows.eof()) return book;
+  for (rows.moveFirst(); !rows.eof(); rows.moveNext()) book.push_back(contacts::readContact(rows));
+  return book;
+}
+
+std::vector<contacts::Contact> contactsOf(contacts::ContactsManager& book, const std::vector<std::int32_t>& recordIds) {
+  if (recordIds.empty()) return wholeBook(book.recordset());
+  std::vector<contacts::Contact> found;
+  for (const std::int32_t recordId : recordIds) {
+    if (auto contact = book.find(recordId)) found.push_back(std::move(*contact));
+  }
+  return found;
+}
+
+// All cards or, when the operator stops it or a fault comes, none.
+std::size_t addAll(server::CServerDoc& document, const Texts& texts, std::vector<contacts::Contact> cards) {
+  platform::Operator& person = document.app().surroundings().person;
+  struct Window {
+    platform::Operator& person;
+    ~Window() { person.progressEnd(); }
+  };
+  person.progressBegin(texts.language().Translate("IDS_CONTACTS"), texts.language().Translate("IDS_UPDATING_DATABASE"),
+                       static_cast<std::int64_t>(cards.size()));
+  const Window window{person};
+  jet::Transaction transaction(document.database());
+  std::int64_t done = 0;
+  for (contacts::Contact& card : cards) {
+    card.telString = document.contactBook().searchedNumbers(card.telView);
+    document.contactBook().add(std::move(card));
+    if (!person.progressStep(++done)) return 0;
+  }
+  transaction.commit();
+  return cards.size();
+}
+
+QString problemText(const Texts& texts, const std::vector<std::string>& problems) {
+  QString text = texts.format("IDS_VCARD_PROBLEMS", problems.size());
+  for (std::size_t i = 0; i < std::min(problems.size(), kProblemsShown); ++i) text += "\n" + toQt(problems[i]);
+  if (problems.size() > kProblemsShown) text += "\n...";
+  return text;
+}
+
+}  // namespace
+
+void exportVCards(server::CServerDoc& document, const Texts& texts, QWidget* parent,
+                  const std::vector<std::int32_t>& recordIds) {
+  QString name = QFileDialog::getSaveFileName(parent, texts("IDS_VCARD_EXPORT"), {}, kFileKinds);
+  if (name.isEmpty()) return;
+  if (!name.endsWith(".vcf", Qt::CaseInsensitive)) name += ".vcf";
+  attempt(parent, texts, [&] {
+    const WaitCursor wait;
+    const std::string cards = contacts::writeVCards(contactsOf(document.contactBook(), recordIds));
+    QSaveFile file(name);
+    const auto size = static_cast<qint64>(cards.size());
+    if (!file.open(QIODevice::WriteOnly) || file.write(cards.data(), size) != size || !file.commit()) {
+      warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(name)));
+    }
+  });
+}
+
+bool importVCards(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
+  const QString name = QFileDialog::getOpenFileName(parent, texts("IDS_VCARD_IMPORT"), {}, kFileKinds);
+  if (name.isEmpty()) return false;
+  QFile file(name);
+  if (!file.open(QIODevice::ReadOnly)) {
+    warn(parent, texts, texts.format("IDS_CANTREADFILE", fromQt(name)));
+    return false;
+  }
+  contacts::VCardImport cards = contacts::readVCards(file.readAll().toStdString());
+  std::size_t added = 0;
+  if (!attempt(parent, texts, [&] { added = addAll(document, texts, std::move(cards.contacts)); })) return false;
+  QString text = texts.format("IDS_VCARD_ADDED", added);
+  if (!cards.problems.empty()) text += "\n\n" + problemText(texts, cards.problems);
+  inform(parent, texts, text);
+  return added > 0;
+}
+
+}  // namespace ui
