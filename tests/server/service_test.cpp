@@ -1,0 +1,116 @@
+#include "server/service.h"
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <thread>
+
+#include "installation.h"
+#include "platform/live_channel.h"
+
+namespace server {
+namespace {
+
+constexpr ServiceTimes kQuick{.import = std::chrono::milliseconds(40), .refresh = std::chrono::milliseconds(20)};
+
+// The service's loop on a thread of its own; stopped at the end.
+class RunningService {
+ public:
+  explicit RunningService(const Installation& place) : place_(place), copy_(place) {
+    if (!copy_.start()) throw std::runtime_error("the start failed");
+    service_ = std::make_unique<Service>(
+        copy_.document,
+        [this](const std::string& line) {
+          const std::lock_guard hold(lock_);
+          lines_ += line + "\n";
+        },
+        kQuick);
+    thread_ = std::thread([this] { service_->run(); });
+    waitFor("Serving");
+  }
+  RunningService(const RunningService&) = delete;
+  RunningService& operator=(const RunningService&) = delete;
+  ~RunningService() { stop(); }
+
+  void stop() {
+    service_->stop();
+    if (thread_.joinable()) thread_.join();
+  }
+
+  // False when the service does not say it in time.
+  bool waitFor(const std::string& part) {
+    return within([&] { return said(part) > 0; });
+  }
+  static bool within(const std::function<bool()>& condition) {
+    for (int i = 0; i < 500; ++i) {
+      if (condition()) return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+  }
+  // How often it said a text.
+  int said(const std::string& part) {
+    const std::lock_guard hold(lock_);
+    int times = 0;
+    for (std::size_t at = lines_.find(part); at != std::string::npos; at = lines_.find(part, at + 1)) ++times;
+    return times;
+  }
+  std::int32_t send(const std::string& record) const {
+    platform::LiveChannelClient client(place_.files.folder / "live.sock");
+    return client.send({reinterpret_cast<const unsigned char*>(record.data()), record.size()});
+  }
+
+ private:
+  const Installation& place_;
+  Copy copy_;
+  std::unique_ptr<Service> service_;
+  std::mutex lock_;
+  std::string lines_;
+  std::thread thread_;
+};
+
+TEST(ServiceTest, TakesLiveCallsAndTheMonitorsFile) {
+  const Installation place;
+  {
+    RunningService service(place);
+    EXPECT_EQ(service.send(support::sampleRecords(1, 5)), 1);
+    EXPECT_EQ(service.send(support::sampleRecords(1, 6, true)), 1);
+    EXPECT_EQ(service.send("no record"), 0);
+    place.files.writeMonitorFile(support::sampleRecords(12, 100));
+    EXPECT_TRUE(service.waitFor("Imported 12 calls"));
+    EXPECT_TRUE(service.waitFor("live calls."));
+    service.stop();
+    EXPECT_EQ(service.said("Closing."), 1);
+  }
+  EXPECT_EQ(place.value("select count(*) as n from Calls"), "14");
+  EXPECT_EQ(place.value("select count(*) as n from Log where [Desc] = 'IDS_LOG_LOGOUT'"), "1");
+  EXPECT_FALSE(std::filesystem::exists(place.files.folder / "live.sock"));
+}
+
+TEST(ServiceTest, SaysALostFolderOnceAndCatchesUp) {
+  const Installation place;
+  RunningService service(place);
+  std::filesystem::rename(place.files.folder / "monitor", place.files.folder / "away");
+  EXPECT_TRUE(service.waitFor("cannot read"));
+  EXPECT_TRUE(
+      RunningService::within([&] { return place.value("select count(*) as n from Log where [Level] = 9") == "1"; }));
+  std::this_thread::sleep_for(kQuick.import * 5);
+  EXPECT_EQ(service.said("cannot read"), 1);
+  std::filesystem::rename(place.files.folder / "away", place.files.folder / "monitor");
+  EXPECT_TRUE(service.waitFor("Mended: cannot read"));
+  place.files.writeMonitorFile(support::sampleRecords(3));
+  EXPECT_TRUE(service.waitFor("Imported 3 calls"));
+  EXPECT_EQ(place.value("select count(*) as n from Log where [Level] = 9"), "1");
+}
+
+TEST(ServiceTest, TwoServicesDoNotShareASocket) {
+  const Installation place;
+  const RunningService service(place);
+  Copy other(place);
+  ASSERT_EQ(other.app.InitInstance("", CServerApp::OneCopy::Shared), CServerApp::Start::Ready);
+  ASSERT_TRUE(other.document.OnNewDocument({.firstImport = false}));
+  EXPECT_THROW(Service(other.document, [](const std::string&) {}).run(), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace server
