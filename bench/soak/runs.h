@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+namespace soak {
+
+// Each run prints its figures and returns true when everything was as it must be.
+
+struct LoadPlan {
+  std::int64_t records = 200'000;  // live
+  int senders = 4;
+  int importEvery = 60;  // seconds; a file is left as often
+  int recordsPerFile = 2'000;
+};
+// Live calls from several senders, files to import and listings at the same time.
+bool runLoad(const LoadPlan& plan);
+
+// Kills the service in the middle of that, again and again.
+bool runKills(int rounds);
+
+// Second copy, read-only folder, full disk, locked database, lost monitor folder.
+bool runFaults();
+
+// Import, live latency, repricing and retention with so many calls stored.
+bool runSize(std::int64_t calls);
+
+}  // namespace soak

@@ -1,0 +1,44 @@
+// Endurance and faults of `tallyctl serve`, on a fresh sample exchange. Exit status 1 when something was lost, doubled
+// or not said.
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "runs.h"
+
+int main(int count, char** words) {
+  CLI::App app("Endurance and faults of tallyctl serve, on a fresh sample exchange");
+  app.require_subcommand(1);
+  bool good = false;
+
+  soak::LoadPlan plan;
+  CLI::App* load = app.add_subcommand("load", "Live calls, files to import and listings at the same time");
+  load->add_option("--records", plan.records, "Live calls")->capture_default_str();
+  load->add_option("--senders", plan.senders, "Connections that send them")->capture_default_str();
+  load->add_option("--import-every", plan.importEvery, "Seconds between two files")->capture_default_str();
+  load->add_option("--file-records", plan.recordsPerFile, "Calls of a file")->capture_default_str();
+  load->callback([&] { good = soak::runLoad(plan); });
+
+  int rounds = 10;
+  CLI::App* kills = app.add_subcommand("kills", "Kill the service under load, again and again");
+  kills->add_option("--rounds", rounds, "Kills")->capture_default_str();
+  kills->callback([&] { good = soak::runKills(rounds); });
+
+  CLI::App* faults = app.add_subcommand("faults", "Second copy, read-only folder, full disk, locks, lost folder");
+  faults->callback([&] { good = soak::runFaults(); });
+
+  std::int64_t calls = 1'000'000;
+  CLI::App* size = app.add_subcommand("size", "Import, live latency, repricing and retention of many calls");
+  size->add_option("--calls", calls, "Calls stored")->capture_default_str();
+  size->callback([&] { good = soak::runSize(calls); });
+
+  try {
+    app.parse(count, words);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error);
+  } catch (const std::exception& error) {
+    std::cerr << "soak: " << error.what() << '\n';
+  }
+  std::cout << (good ? "good" : "BAD") << std::endl;
+  return good ? 0 : 1;
+}
