@@ -7,6 +7,8 @@ namespace {
 constexpr CommandGroup kGroups[] = {
     {"setting", "Settings of this machine and of the database"},
     {"folder", "Lists and statistics over the calls"},
+    {"filter", "The filter over calls that lists, totals and reports of this machine go by"},
+    {"contact", "The contacts book"},
     {"extension", "Extensions of the exchange, their users and departments"},
     {"account", "Account codes and their departments"},
     {"trunk", "Trunks (lines) of the exchange, their providers and tariff profiles"},
@@ -25,11 +27,12 @@ constexpr CommandGroup kGroups[] = {
 std::vector<const Command*> allCommands() {
   std::vector<const Command*> all;
   for (const auto commands :
-       {initCommands(),     statusCommands(),    settingCommands(),     importCommands(),    folderCommands(),
-        priceCommands(),    extensionCommands(), accountCommands(),     trunkCommands(),     clientCommands(),
-        providerCommands(), currencyCommands(),  logCommands(),         logFilterCommands(), sampleCommands(),
-        serveCommands(),    sendCommands(),      maintenanceCommands(), resetCommands(),     userCommands(),
-        groupCommands(),    passwordCommands(),  convertCommands(),     tableMoveCommands()}) {
+       {initCommands(),        statusCommands(),    settingCommands(), importCommands(),   folderCommands(),
+        filterCommands(),      reportCommands(),    contactCommands(), priceCommands(),    extensionCommands(),
+        accountCommands(),     trunkCommands(),     clientCommands(),  providerCommands(), currencyCommands(),
+        logCommands(),         logFilterCommands(), sampleCommands(),  serveCommands(),    sendCommands(),
+        maintenanceCommands(), resetCommands(),     userCommands(),    groupCommands(),    passwordCommands(),
+        convertCommands(),     tableMoveCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

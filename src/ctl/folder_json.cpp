@@ -32,9 +32,16 @@ void FolderJson::addRow(const std::vector<std::string>& texts) {
   out_ << (rows_++ > 0 ? ",\n  " : "\n  ") << dump(texts);
 }
 
+void FolderJson::addTotals(const std::vector<std::string>& texts) {
+  beginRows();
+  totals_ = dump(texts);
+}
+
 void FolderJson::finish() {
   beginRows();
-  out_ << "]}\n";
+  out_ << ']';
+  if (!totals_.empty()) out_ << ",\n \"totals\": " << totals_;
+  out_ << "}\n";
 }
 
 }  // namespace ctl

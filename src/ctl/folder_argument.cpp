@@ -1,0 +1,32 @@
+#include "ctl/folder_argument.h"
+
+#include <cstdlib>
+#include <limits>
+
+#include "base/printf.h"
+#include "ctl/access.h"
+
+namespace ctl {
+
+const folders::FolderDefinition& folderOf(const Invocation& call) {
+  const auto id = static_cast<int>(call.arguments.integer("ID", 0, 0, std::numeric_limits<std::int32_t>::max()));
+  const folders::FolderDefinition* definition = folders::findFolder(id);
+  if (definition == nullptr) throw Failure(base::format("There is no folder %d. See tallyctl folder list.", id));
+  if (definition->condition != folders::ConditionSource::CallFilter) call.context.require(kViewSettings);
+  return *definition;
+}
+
+int sortKeyOf(const Invocation& call, const folders::FolderDefinition& definition) {
+  constexpr std::int64_t kMostKind = 100'000;
+  const auto key = static_cast<int>(call.arguments.integer("--sort", 0, -kMostKind, kMostKind));
+  if (key == 0) return 0;
+  for (const folders::ColumnDefinition& column : definition.columns) {
+    if (column.kind == std::abs(key) && column.sort != nullptr) return key;
+  }
+  throw WrongUsage(
+      base::format("Folder %d cannot be sorted by %d. Columns are named by their kinds, which --json "
+                   "shows; a minus sorts downwards (--sort=-404).",
+                   definition.id, std::abs(key)));
+}
+
+}  // namespace ctl

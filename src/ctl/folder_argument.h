@@ -1,0 +1,20 @@
+#pragma once
+
+#include "ctl/context.h"
+#include "folders/catalogue.h"
+
+namespace ctl {
+
+inline constexpr OptionSpec kFolderId = {
+    .name = "ID", .help = "Number of the folder, see folder list", .required = true, .valueName = "ID"};
+inline constexpr OptionSpec kFolderSort = {
+    .name = "--sort", .help = "Column to sort by, by its kind; a minus sorts downwards", .valueName = "KIND|-KIND"};
+
+// The folder that kFolderId names. Throws Failure when there is none; folders that are not about calls need the
+// administrators' right, too.
+[[nodiscard]] const folders::FolderDefinition& folderOf(const Invocation& call);
+
+// What kFolderSort asks for, 0 without it. Throws WrongUsage when the folder cannot be sorted so.
+[[nodiscard]] int sortKeyOf(const Invocation& call, const folders::FolderDefinition& definition);
+
+}  // namespace ctl

@@ -1,0 +1,145 @@
+#include <filesystem>
+
+#include "base/printf.h"
+#include "ctl/access.h"
+#include "ctl/commands.h"
+#include "ctl/folder_argument.h"
+#include "folders/bill.h"
+#include "folders/exports.h"
+#include "folders/list_report.h"
+#include "folders/report_page.h"
+#include "folders/summary_page.h"
+
+namespace ctl {
+
+namespace {
+
+namespace fs = std::filesystem;
+using folders::FolderView;
+
+// A kind of file that a folder can be written as.
+struct ReportForm {
+  std::string_view option;  // of --format
+  std::string_view file;    // its usual name
+  bool (*write)(FolderView&, const fs::path&);
+};
+constexpr ReportForm kForms[] = {
+    {"html", "list.html", folders::writeListReport},
+    {"csv", "list.csv", folders::exportCsv},
+    {"xlsx", "list.xlsx", folders::exportXlsx},
+};
+constexpr ReportForm kSummary = {"html", "summary.html", folders::writeSummaryPage};
+
+// By --format, else by how the name of the file ends, else a page.
+const ReportForm& formOf(const Arguments& arguments) {
+  const auto format = arguments.find("--format");
+  const std::string ending = fs::path(arguments.text("--out")).extension();
+  const ReportForm* form = format ? nullptr : &kForms[0];
+  for (const ReportForm& candidate : kForms) {
+    if (format ? candidate.option == *format : ending == base::format(".%s", candidate.option)) form = &candidate;
+  }
+  if (form == nullptr) throw WrongUsage(base::format("--format takes html, csv or xlsx, not \"%s\".", *format));
+  if (!arguments.has("--summary")) return *form;
+  if (form != &kForms[0]) throw WrongUsage("A summary is a page: leave --format out, or give html.");
+  return kSummary;
+}
+
+// What --out names, a file or a folder; without it the folder of setting "Path", else the current one.
+fs::path targetOf(const Invocation& call, std::string_view usualName) {
+  const auto out = call.arguments.find("--out");
+  if (out && !fs::is_directory(*out)) return *out;
+  const fs::path folder =
+      out ? fs::path(*out) : folders::listReportFile(call.context.config(), fs::current_path()).parent_path();
+  return (folder / usualName).lexically_normal();
+}
+
+// Opens or prints the file, as asked.
+void handOver(const Invocation& call, const fs::path& file) {
+  platform::DocumentHandler& documents = call.context.app().surroundings().documents;
+  if (call.arguments.has("--open") && !documents.open(fs::absolute(file).string())) {
+    throw Failure(base::format("%s was written, but no program opened it (xdg-open).", file.string()));
+  }
+  if (call.arguments.has("--print") && !documents.print(file)) {
+    throw Failure(base::format("%s was written, but it could not be printed (lp).", file.string()));
+  }
+}
+
+// The end of a command that was to write the file; why it was not has been said.
+int finish(const Invocation& call, const fs::path& file, bool written) {
+  if (!written) throw Failure(base::format("%s was not written.", file.string()));
+  call.out << file.string() << '\n';
+  call.out.flush();
+  handOver(call, file);
+  return 0;
+}
+
+int report(const Invocation& call) {
+  const folders::FolderDefinition& definition = folderOf(call);
+  const ReportForm& form = formOf(call.arguments);
+  if (call.arguments.has("--summary") && !folders::canSummarise(definition)) {
+    throw WrongUsage(base::format("Folder %d is a list; a summary is made of statistics.", definition.id));
+  }
+  const fs::path file = targetOf(call, form.file);
+  server::CServerDoc& document = call.context.document();
+  FolderView view(definition, document.folderServices(), document.valueFormatter(), sortKeyOf(call, definition));
+  return finish(call, file, form.write(view, file));
+}
+
+// The day's last second for a date without a time.
+base::DateTime endOf(const Arguments& arguments, std::string_view option) {
+  const base::DateTime given = *arguments.date(option);
+  constexpr std::int64_t kLastSecond = 86'399;
+  return arguments.text(option).find(':') == std::string::npos ? given.plusSeconds(kLastSecond) : given;
+}
+
+int bill(const Invocation& call) {
+  const folders::BillRequest request{call.arguments.text("EXT"), *call.arguments.date("--from"),
+                                     endOf(call.arguments, "--to")};
+  if (request.to < request.from) throw WrongUsage("The period ends before it begins.");
+  const fs::path file = targetOf(call, "list.html");
+  server::CServerDoc& document = call.context.document();
+  return finish(call, file, writeBill(request, document.folderServices(), document.valueFormatter(), file));
+}
+
+constexpr OptionSpec kOut = {.name = "--out",
+                             .help = "File or folder to write to (default: the folder of setting Path)",
+                             .valueName = "FILE|DIR"};
+constexpr OptionSpec kOpen = {
+    .name = "--open", .takes = Takes::Nothing, .help = "Open what was written with the desktop's program for it"};
+constexpr OptionSpec kPrint = {.name = "--print", .takes = Takes::Nothing, .help = "Print what was written"};
+
+constexpr OptionSpec kReportOptions[] = {
+    kFolderId,
+    kFolderSort,
+    kOut,
+    {.name = "--format", .help = "html, csv or xlsx (default: as the file is named, else html)", .valueName = "FORMAT"},
+    {.name = "--summary", .takes = Takes::Nothing, .help = "A chart with its figures, of statistics"},
+    kOpen,
+    kPrint,
+};
+constexpr OptionSpec kBillOptions[] = {
+    {.name = "EXT", .help = "The extension", .required = true, .valueName = "EXT"},
+    {.name = "--from", .help = "Begin of the period", .required = true, .valueName = "DATE"},
+    {.name = "--to", .help = "End of the period, that day included", .required = true, .valueName = "DATE"},
+    kOut,
+    kOpen,
+    kPrint,
+};
+
+constexpr Command kCommands[] = {
+    {"report", "Write the rows of a folder to a file, as the filter lets them through",
+     "tallyctl report 100 --sort=401 --out calls.html\n"
+     "tallyctl report 106 --summary --out /srv/reports\n"
+     "tallyctl report 101 --out extensions.xlsx",
+     kReportOptions, kViewCalls, report},
+    {"bill", "Write the bill of an extension; the stored filter stays as it is",
+     "tallyctl bill 204 --from 2026-11-01 --to 2026-11-30 --out bill-204.html", kBillOptions, kViewCalls, bill},
+};
+
+}  // namespace
+
+std::span<const Command> reportCommands() {
+  return kCommands;
+}
+
+}  // namespace ctl
