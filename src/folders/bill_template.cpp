@@ -14,7 +14,7 @@ std::string_view defaultBillTemplate() {
   header { display: flex; justify-content: space-between; align-items: baseline; border-bottom: 2px solid #222; }
   header h1 { font-size: 16pt; margin: 0 0 .3em; }
   .facts { margin: 1.2em 0; line-height: 1.6; }
-  table { border-collapse: collapse; margin-bottom: 1.5em; }
+  table { border-collapse: collapse; margin-bottom: 1.5em; font-family: Verdana, sans-serif !important; }
   th { border-bottom: 1px solid #222; padding: .2em .4em; }
   td { border-bottom: 1px solid #ddd; padding: .2em .4em; }
   @media print { body { margin: 0; max-width: none; } tr { break-inside: avoid; } }
