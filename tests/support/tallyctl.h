@@ -1,0 +1,67 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/temporary_folder.h"
+
+// The program as its users meet it: run without a terminal in a folder of its own, with that folder's machine store.
+class TallyctlRun {
+ public:
+  struct Result {
+    int status;
+    std::string out;
+    std::string err;
+  };
+
+  Result run(const std::string& arguments) {
+    const std::string command =
+        "cd '" + path("").string() + "' && env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" +
+        path("machine.ini").string() + "' '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >out 2>err </dev/null";
+    const int status = std::system(command.c_str());
+    return {WEXITSTATUS(status), readFile(path("out")), readFile(path("err"))};
+  }
+
+  std::string succeed(const std::string& arguments) {
+    const Result result = run(arguments);
+    EXPECT_EQ(result.status, 0) << arguments << '\n' << result.out << result.err;
+    return result.out;
+  }
+
+  // The sample exchange with so many imported calls.
+  void makeSample(int calls) {
+    succeed("init data --sample");
+    succeed("sample-calls " + std::to_string(calls) + " --out data/monitor/monitor.data --seed 5");
+    EXPECT_EQ(succeed("import"), "imported " + std::to_string(calls) + "\n");
+  }
+
+  [[nodiscard]] std::filesystem::path path(const char* name) const { return folder_ / name; }
+
+  // The stored rows as SQLite itself reads them, each value as text.
+  std::vector<std::vector<std::string>> stored(const std::string& sql) const {
+    sqlite3* file = nullptr;
+    EXPECT_EQ(sqlite3_open_v2(path("data/tallybook.mdb").c_str(), &file, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+    sqlite3_stmt* statement = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(file, sql.c_str(), -1, &statement, nullptr), SQLITE_OK) << sqlite3_errmsg(file);
+    std::vector<std::vector<std::string>> rows;
+    while (sqlite3_step(statement) == SQLITE_ROW) {
+      std::vector<std::string>& row = rows.emplace_back();
+      for (int i = 0; i < sqlite3_column_count(statement); ++i) {
+        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
+        row.emplace_back(text == nullptr ? "" : text);
+      }
+    }
+    sqlite3_finalize(statement);
+    sqlite3_close(file);
+    return rows;
+  }
+
+ private:
+  TemporaryFolder folder_;
+};
