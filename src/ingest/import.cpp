@@ -32,13 +32,6 @@ bool isThere(const std::filesystem::path& file) {
   return std::filesystem::exists(file, ignored);
 }
 
-// A database file and its write-ahead log: what was committed last is in one of the two.
-std::error_code makeDurable(const jet::Database& database) {
-  const std::filesystem::path log = database.path().string() + "-wal";
-  if (const std::error_code error = platform::syncFile(log)) return error;
-  return platform::syncFile(database.path());
-}
-
 // The position that the row tells of, when the file begins with the bytes that the row's digest was made of.
 bool beginsAsRead(const std::filesystem::path& file, const FileProgress& row) {
   std::ifstream stream(file, std::ios::binary);
@@ -217,8 +210,10 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
 // The order keeps a kill or a power cut between any two steps harmless: see docs/storage.md. The reason when the file
 // is still there; its row tells that nothing of it is left to read.
 std::string MonitorImport::deleteComplete(const std::filesystem::path& file, const std::string& progressName) {
-  if (const std::error_code error = makeDurable(recorder_.parts().main)) {
-    return cannot("write", recorder_.parts().main.path(), error);
+  try {
+    recorder_.parts().main.makeDurable();
+  } catch (const jet::Error& error) {
+    return error.description();
   }
   const std::error_code error = platform::removeDurably(file);
   if (error && error != std::errc::no_such_file_or_directory) return cannot("delete", file, error);

@@ -47,6 +47,11 @@ class Database {
   // A number that moves whenever the rows of the table may have changed, by this or another copy. Cheap.
   virtual std::uint64_t tableVersion(std::string_view table) = 0;
 
+  // Waits until everything that was committed is on the disk; commits alone may still be lost with the power. Throws
+  // Error when the device fails. Nobody else may open or close the file's bytes while it is open here: see
+  // docs/storage.md.
+  virtual void makeDurable() = 0;
+
   // Ends the statement that runs on another thread with Error 3059 "Operation canceled by user.".
   virtual void interrupt() = 0;
 

@@ -48,9 +48,4 @@ std::error_code removeDurably(const std::filesystem::path& file) {
   return syncFolderOf(file);
 }
 
-std::error_code syncFile(const std::filesystem::path& file) {
-  const std::error_code error = syncPath(file, O_RDONLY);
-  return error == std::errc::no_such_file_or_directory ? std::error_code() : error;
-}
-
 }  // namespace platform

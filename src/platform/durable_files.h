@@ -13,7 +13,4 @@ std::error_code renameDurably(const std::filesystem::path& from, const std::file
 // Deletes a file; a missing one is errc::no_such_file_or_directory.
 std::error_code removeDurably(const std::filesystem::path& file);
 
-// Waits until the file's content is on the disk. A missing file has none.
-std::error_code syncFile(const std::filesystem::path& file);
-
 }  // namespace platform

@@ -75,7 +75,7 @@ void Connection::open(OpenMode mode, bool create) {
   if (!create) checkFile(path_, mode);
   const std::string name = path_.string();
   if (mode == OpenMode::ReadWrite) {
-    if (!tryOpen(name, SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0))) fail(sqlite3_errcode(handle_), {});
+    if (!tryOpen(name, SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0))) failToOpen(sqlite3_errcode(handle_));
     if (sqlite3_db_readonly(handle_, "main") == 1) throw Error(3051, cannotWrite(path_));
     return;
   }
@@ -86,7 +86,24 @@ void Connection::open(OpenMode mode, bool create) {
   if (!hasPendingLog(path_) && tryOpen(uriOf(path_, "immutable=1"), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI)) {
     return;
   }
+  failToOpen(code);
+}
+
+// Only a file that is no database is looked into: closing a file takes away every lock that this process has on it, and
+// another connection of the process may have it open. Without that connection's lock, the next copy to leave would
+// delete the log that it still writes.
+void Connection::failToOpen(int code) {
+  if ((code & 0xFF) == SQLITE_NOTADB) refuseForeignFile(path_);
   fail(code, {});
+}
+
+void Connection::makeDurable() {
+  for (const int which : {SQLITE_FCNTL_JOURNAL_POINTER, SQLITE_FCNTL_FILE_POINTER}) {
+    sqlite3_file* file = nullptr;
+    if (sqlite3_file_control(handle_, "main", which, &file) != SQLITE_OK || file == nullptr) continue;
+    if (file->pMethods == nullptr) continue;  // no log yet
+    if (const int code = file->pMethods->xSync(file, SQLITE_SYNC_NORMAL); code != SQLITE_OK) fail(code, {});
+  }
 }
 
 void Connection::configure() {

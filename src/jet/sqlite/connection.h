@@ -34,6 +34,8 @@ class Connection {
 
   [[nodiscard]] StatementHandle prepare(std::string_view sql, std::string_view statement = {});
   void run(const char* sql);
+  // Through the driver's own file handles, for the reason that failToOpen() tells.
+  void makeDurable();
   // True with a row, false at the end. `statement` is the text that an Error keeps.
   bool step(sqlite3_stmt* prepared, std::string_view statement);
 
@@ -45,6 +47,7 @@ class Connection {
  private:
   void open(OpenMode mode, bool create);
   void configure();
+  [[noreturn]] void failToOpen(int code);
   [[nodiscard]] bool tryOpen(const std::string& name, int flags);
   static int waitForLock(void* self, int tries);
 

@@ -42,6 +42,13 @@ void checkFile(const std::filesystem::path& path, OpenMode mode) {
   if (!std::filesystem::is_regular_file(status)) {
     throw Error(3343, path.string() + " is not a Tallybook database. Check the path of the database.");
   }
+  if (access(path.c_str(), R_OK) != 0) {
+    throw Error(3051, path.string() + " cannot be opened. Check the rights to the file and its folder.");
+  }
+  if (mode == OpenMode::ReadWrite && access(path.c_str(), W_OK) != 0) throw Error(3051, cannotWrite(path));
+}
+
+void refuseForeignFile(const std::filesystem::path& path) {
   const std::string header = headerOf(path);
   if (isOldJetFile(header)) {
     throw Error(3343, path.string() +
@@ -51,7 +58,6 @@ void checkFile(const std::filesystem::path& path, OpenMode mode) {
   if (!header.empty() && !header.starts_with("SQLite format 3")) {
     throw Error(3343, path.string() + " is not a Tallybook database. Check the path of the database.");
   }
-  if (mode == OpenMode::ReadWrite && access(path.c_str(), W_OK) != 0) throw Error(3051, cannotWrite(path));
 }
 
 std::string cannotWrite(const std::filesystem::path& path) {

@@ -34,6 +34,7 @@ class SqliteDatabase final : public Database {
   std::vector<std::string> tableNames() override;
   void createTable(const TableDef& table) override;
   std::uint64_t tableVersion(std::string_view table) override { return versions_.of(table); }
+  void makeDurable() override { connection_.makeDurable(); }
   void interrupt() override { sqlite3_interrupt(connection_.handle()); }
 
   // For the recordsets and windows of this folder.
