@@ -3,10 +3,10 @@
 #include "base/path.h"
 #include "base/printf.h"
 #include "convert/converter.h"
-#include "ctl/program_files.h"
 #include "platform/instance_lock.h"
 #include "schema/schema.h"
 #include "security/rights.h"
+#include "server/program_files.h"
 
 namespace ctl {
 
@@ -34,7 +34,7 @@ Context::Context(const GlobalOptions& options)
     : options_(options),
       operator_(interrupts_),
       prompt_(options.user),
-      app_(storeFile(options), programFilesFolder(), {operator_, prompt_, clock_, documents_, {}}) {}
+      app_(storeFile(options), server::programFilesFolder(), {operator_, prompt_, clock_, documents_, {}}) {}
 
 std::string Context::folder(std::string_view key) {
   return config().ReadConfigString(key, kGeneral, StoreMachine, "");

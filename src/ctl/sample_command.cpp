@@ -1,41 +1,16 @@
 #include <filesystem>
-#include <fstream>
 #include <limits>
 
 #include "base/printf.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
-#include "sample/call_generator.h"
+#include "sample/call_file.h"
 
 namespace ctl {
 
 namespace {
 
 constexpr const char* kDefaultLastDay = "2026-11-20";  // a Friday; fixed, so that a seed names one file for ever
-
-// Written beside its place and put there whole, so that an import never takes over half of it.
-void writeFile(const std::filesystem::path& file, const sample::CallPlan& plan, bool append,
-               platform::Operator& person) {
-  std::filesystem::path partial = file;
-  partial += ".part";
-  if (append && std::filesystem::exists(file)) {
-    std::filesystem::copy_file(file, partial, std::filesystem::copy_options::overwrite_existing);
-  } else {
-    std::filesystem::remove(partial);
-  }
-  std::ofstream out(partial, std::ios::binary | std::ios::app);
-  sample::CallGenerator generator(plan);
-  person.progressBegin("", "Making calls", plan.count);
-  for (std::int64_t i = 0; i < plan.count && out; ++i) {
-    const std::string record = generator.next();
-    out.write(record.data(), static_cast<std::streamsize>(record.size()));
-    person.progressStep(i);
-  }
-  person.progressEnd();
-  out.close();
-  if (!out) throw Failure(base::format("%s cannot be written. Is the folder there, and is there room?", file.string()));
-  std::filesystem::rename(partial, file);
-}
 
 int sampleCalls(const Invocation& call) {
   constexpr std::int64_t kMost = 100'000'000;
@@ -46,7 +21,9 @@ int sampleCalls(const Invocation& call) {
   plan.days = static_cast<int>(call.arguments.integer("--days", 30, 1, 3660));
   plan.lastDay = call.arguments.date("--until").value_or(*base::DateTime::fromStored(kDefaultLastDay));
   const std::filesystem::path file = call.arguments.text("--out");
-  writeFile(file, plan, call.arguments.has("--append"), call.context.person());
+  if (!sample::writeCalls(file, plan, call.arguments.has("--append"), call.context.person())) {
+    throw Failure(base::format("%s cannot be written. Is the folder there, and is there room?", file.string()));
+  }
   call.out << base::format("Wrote %d calls to %s\n", plan.count, file.string());
   return 0;
 }

@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
-namespace ctl {
+namespace server {
 
 // The folder with the program's own files: that of the program, or ../share/tallybook beside it where it is installed.
 [[nodiscard]] std::filesystem::path programFilesFolder();
 
-}  // namespace ctl
+}  // namespace server

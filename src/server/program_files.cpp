@@ -1,6 +1,6 @@
-#include "ctl/program_files.h"
+#include "server/program_files.h"
 
-namespace ctl {
+namespace server {
 
 std::filesystem::path programFilesFolder() {
   std::error_code fault;
@@ -9,4 +9,4 @@ std::filesystem::path programFilesFolder() {
   return std::filesystem::exists(installed / "Tallybook.lng", fault) ? installed : program;
 }
 
-}  // namespace ctl
+}  // namespace server

@@ -1,0 +1,129 @@
+#include "server/data_folder.h"
+
+#include <fstream>
+#include <system_error>
+
+#include "base/printf.h"
+#include "folders/bill_template.h"
+#include "foundation/change_tags.h"
+#include "sample/sample_exchange.h"
+#include "sample/tariff_plan.h"
+#include "schema/schema.h"
+#include "security/users.h"
+
+namespace server {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kGeneral = "general";
+constexpr const char* kFiles[] = {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile};
+
+// The bill's page stands beside the databases, where it can be adapted.
+void writeBillTemplate(const fs::path& folder) {
+  const fs::path file = folder / "template.html";
+  if (fs::exists(file)) return;
+  std::ofstream out(file, std::ios::binary);
+  out << folders::defaultBillTemplate();
+  out.close();
+  if (!out) throw DataFolderError(base::format("%s cannot be written.", file.string()));
+}
+
+void addGroup(jet::Database& main, int id, std::string_view name, std::string_view description,
+              std::string_view access) {
+  main.execute(base::format(
+      "insert into Groups (RecordID, Name, [Desc], PasswordExpire, ObjectAccess) values (%d, '%s', '%s', 0, '%s')", id,
+      name, description, access));
+}
+
+void makeDatabases(const DataFolderPlan& plan, const DataFolderTools& tools) {
+  const auto main = schema::createMainDatabase(plan.folder / schema::kMainFile);
+  const auto tariffs = schema::createTariffDatabase(plan.folder / schema::kTariffFile);
+  const auto phonebook = schema::createPhonebookDatabase(plan.folder / schema::kPhonebookFile);
+  addFirstUsers(*main, tools.clock, plan.password);
+  if (!plan.withSample) return;
+  foundation::ChangeTags tags(tools.person);
+  tags.LoadTouch(*main);
+  tools.config.OpenConfig(*main, tags);
+  sample::fillMain(*main, tools.config);
+  tools.config.CloseConfig();
+  tags.CloseTouch();
+  sample::fillTariffs(*tariffs);
+  sample::fillPhonebook(*phonebook);
+}
+
+// What was made goes again when it cannot be finished.
+class HalfMade {
+ public:
+  explicit HalfMade(fs::path folder) : folder_(std::move(folder)), folderIsNew_(!fs::exists(folder_)) {}
+  HalfMade(const HalfMade&) = delete;
+  HalfMade& operator=(const HalfMade&) = delete;
+  ~HalfMade() {
+    if (finished_) return;
+    std::error_code ignored;  // what cannot be removed is named by the next attempt
+    for (const char* file : kFiles) {
+      for (const char* part : {"", "-wal", "-shm", "-journal"})
+        fs::remove(folder_ / (std::string(file) + part), ignored);
+    }
+    if (folderIsNew_) fs::remove_all(folder_, ignored);
+  }
+  void finish() { finished_ = true; }
+
+ private:
+  fs::path folder_;
+  bool folderIsNew_;
+  bool finished_ = false;
+};
+
+}  // namespace
+
+std::string folderSetting(const fs::path& folder) {
+  return (folder / "").string();
+}
+
+void refuseExistingDatabases(const fs::path& folder) {
+  for (const char* file : kFiles) {
+    if (fs::exists(folder / file)) {
+      throw DataFolderError(
+          base::format("%s exists already and is left as it is. Give another folder.", (folder / file).string()));
+    }
+  }
+}
+
+void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, const std::function<void()>& finish) {
+  refuseExistingDatabases(plan.folder);
+  HalfMade halfMade(plan.folder);
+  fs::create_directories(plan.folder / "monitor");
+  writeBillTemplate(plan.folder);
+  makeDatabases(plan, tools);
+  finish();
+  halfMade.finish();
+}
+
+void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password) {
+  constexpr int kAdministrators = 1;
+  addGroup(main, kAdministrators, "Administrators", "All rights", "6;1;6;2;9;1;9;2");
+  addGroup(main, 2, "Operators", "The calls, without users and settings", "9;1;9;2");
+  const auto rows = main.openRecordset("SELECT * FROM Users");
+  rows->addNew();
+  rows->set("RecordID", 1);
+  rows->set("Name", kAdministrator);
+  rows->set("Fullname", "Administrator");
+  // The column is signed, the digest is not: the 32 bits count.
+  rows->set("Password", static_cast<std::int32_t>(security::PasswordDigest(password)));
+  rows->set("PasswordDate", clock.now());
+  rows->set("Flags", password.empty() ? security::UserMustChangePassword : 0);
+  rows->set("Groups", base::format(";%d;", kAdministrators));
+  rows->update();
+}
+
+bool useDataFolder(const fs::path& folder, foundation::ConfigManager& config) {
+  using foundation::StoreMachine;
+  return config.WriteConfigString(folderSetting(folder), "PathDatabase", kGeneral, StoreMachine) &&
+         config.WriteConfigString(folderSetting(folder / "monitor"), "PathMonitor", kGeneral, StoreMachine) &&
+         config.WriteConfigString(folderSetting(folder), "Path", kGeneral, StoreMachine) &&
+         config.WriteConfigString(kAdministrator, "LastUser", kGeneral, StoreMachine);
+}
+
+}  // namespace server

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include "foundation/config_manager.h"
+#include "jet/database.h"
+#include "platform/clock.h"
+#include "platform/operator.h"
+
+namespace server {
+
+// The user whom a new database begins with; a member of the group "Administrators".
+inline constexpr const char* kAdministrator = "admin";
+
+// The folder cannot be made; the text says why and what to do. Nothing was left behind.
+class DataFolderError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct DataFolderPlan {
+  std::filesystem::path folder;  // absolute
+  std::string password;          // of the administrator; empty: none, to be changed at the next login
+  bool withSample = false;       // filled with the sample exchange
+};
+
+// What an operator needs around it too: the machine store whose `config` gets the codes of the sample.
+struct DataFolderTools {
+  foundation::ConfigManager& config;
+  platform::Operator& person;
+  const platform::Clock& clock;
+};
+
+// Throws DataFolderError when one of the databases stands there already.
+void refuseExistingDatabases(const std::filesystem::path& folder);
+
+// Makes the three databases, the monitor's folder, the bill's page and the administrator; `finish` is the last step and
+// may throw. What was made goes again when it cannot be finished; what was there before stays. Throws DataFolderError,
+// jet::Error or std::filesystem_error.
+void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, const std::function<void()>& finish);
+
+// Adds the groups and the administrator to a database without users.
+void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password);
+
+// Points the machine store to a data folder: databases, monitor's folder, reports, the proposed user. False when the
+// store cannot be written.
+bool useDataFolder(const std::filesystem::path& folder, foundation::ConfigManager& config);
+
+// Settings of folders are appended to as they stand, so they end with their separator.
+[[nodiscard]] std::string folderSetting(const std::filesystem::path& folder);
+
+}  // namespace server
