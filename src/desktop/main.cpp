@@ -1,9 +1,9 @@
 #include <QApplication>
-#include <QFile>
 #include <filesystem>
 
 #include "base/version.h"
 #include "platform/clock.h"
+#include "server/program_files.h"
 #include "server/server_app.h"
 #include "server/server_doc.h"
 #include "ui/first_run.h"
@@ -31,7 +31,6 @@ int main(int argc, char** argv) {
   ui::QtDocumentHandler documents;
   const platform::SystemClock clock;
   const auto storeFile = foundation::MachineStore::defaultFile();
-  const std::filesystem::path programFolder(ui::fromQt(QApplication::applicationDirPath()));
 
   // The login prompt needs the application's settings and texts, which need the prompt among their surroundings.
   foundation::MachineStore store(storeFile);
@@ -41,10 +40,11 @@ int main(int argc, char** argv) {
   ui::QtLoginPrompt login(
       settings, [&app, &noTexts]() -> const foundation::LanguageFile& { return app ? app->language() : noTexts; });
   app = std::make_unique<server::CServerApp>(
-      storeFile, programFolder, server::Surroundings{person, login, clock, documents, [&](const std::string& reason) {
-                                                       return ui::chooseDatabaseFolder(settings, reason,
-                                                                                       ui::Texts(app->language()));
-                                                     }});
+      storeFile, server::programFilesFolder(),
+      server::Surroundings{person, login, clock, documents, [&](const std::string& reason) {
+                             return ui::chooseDatabaseFolder(settings, reason, ui::Texts(app->language()));
+                           }});
+  person.setLanguage(app->language());
   switch (app->InitInstance(commandLineOf(QApplication::arguments()), server::CServerApp::OneCopy::Enforced)) {
     case server::CServerApp::Start::Ended:
       return 0;
@@ -55,16 +55,20 @@ int main(int argc, char** argv) {
       break;
   }
   const ui::Texts texts(app->language());
-  if (!ui::firstRun(settings, texts, programFolder)) return 0;
+  try {
+    if (!ui::firstRun(*app)) return 0;
+  } catch (const std::exception& error) {
+    person.messageBox(error.what());
+    return 1;
+  }
 
   server::CServerDoc document(*app);
   if (!document.OnNewDocument(server::StartDuties{})) return 1;
   int status = 0;
   {
-    ui::CMainFrame frame(document, texts);
+    ui::CMainFrame frame(document, texts, person);
     person.setParent(&frame);
     login.setParent(&frame);
-    person.setCancelText(texts("IDS_CANCEL"));
     frame.start();
     frame.show();
     status = QApplication::exec();

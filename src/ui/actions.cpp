@@ -138,7 +138,15 @@ constexpr Declaration kDeclarations[] = {
     {Command::Edit,
      Menu::Tools,
      "IDS_ACTION_EDIT",
-     "",
+     "Ctrl+Return",
+     {},
+     InMenu | InContextMenu,
+     ObjectAdministration,
+     RightChange},
+    {Command::Delete,
+     Menu::Tools,
+     "IDS_ACTION_DELETE",
+     "Del",
      {},
      InMenu | InContextMenu | BeforeSeparator,
      ObjectAdministration,
@@ -167,6 +175,7 @@ Actions::Actions(const Texts& texts, const std::function<bool(int, int)>& allowe
     action->setEnabled(action->isVisible());
     connect(action, &QAction::triggered, this, [this, command = declared.command] { emit triggered(command); });
     actions_[declared.command] = action;
+    if (action->isEnabled()) allowed_.insert(declared.command);
   }
   actions_[Command::FilterOn]->setCheckable(true);
 }
@@ -188,6 +197,10 @@ void Actions::fillToolBar(QToolBar& bar) const {
     bar.addAction(actions_.at(declared.command));
     if ((declared.where & BeforeSeparator) != 0) bar.addSeparator();
   }
+}
+
+void Actions::offer(Command command, bool sensible) const {
+  actions_.at(command)->setEnabled(sensible && allowed_.contains(command));
 }
 
 void Actions::fillContextMenu(QMenu& menu) const {

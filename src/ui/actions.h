@@ -5,6 +5,7 @@
 #include <QToolBar>
 #include <functional>
 #include <map>
+#include <set>
 
 #include "ui/icons.h"
 #include "ui/texts.h"
@@ -39,6 +40,7 @@ enum class Command {
   ResetContacts,
   New,
   Edit,
+  Delete,
   Copy,
   Columns,
   Refresh,
@@ -63,6 +65,8 @@ class Actions : public QObject {
   [[nodiscard]] QAction* operator[](Command command) const { return actions_.at(command); }
   void fillMenuBar(QMenuBar& bar) const;
   void fillToolBar(QToolBar& bar) const;
+  // Enables what makes sense in the open folder, as far as the session may do it.
+  void offer(Command command, bool sensible) const;
   // What can be done with the row under the pointer.
   void fillContextMenu(QMenu& menu) const;
 
@@ -72,6 +76,7 @@ class Actions : public QObject {
  private:
   const Texts& texts_;
   std::map<Command, QAction*> actions_;
+  std::set<Command> allowed_;
 };
 
 }  // namespace ui

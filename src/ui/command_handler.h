@@ -17,6 +17,9 @@ struct CommandTarget {
   CFolderView& list;
 };
 
+// Enables the commands that have something to work on in the open folder.
+void offerCommands(const Actions& actions, const CFolderView& list);
+
 // Does what the operator chose. Throws jet::Error.
 void handleCommand(Command command, const CommandTarget& target);
 

@@ -1,17 +1,17 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 #include "foundation/config_manager.h"
+#include "server/server_app.h"
 #include "ui/texts.h"
 
 namespace ui {
 
-// With no database configured, or an old one in the configured folder: a short wizard makes, opens or converts a data
-// folder, sets codes, the monitor's folder and the administrator's password, and offers the sample. True when the
-// program can go on; false when the operator gave up.
-bool firstRun(foundation::ConfigManager& config, const Texts& texts, const std::filesystem::path& programFolder);
+// With no database configured, or an old one in the configured folder: a short wizard asks for the language, makes,
+// opens or converts a data folder, sets codes, the monitor's folder and the administrator's password, and offers the
+// sample. True when the program can go on; false when the operator gave up.
+bool firstRun(server::CServerApp& app);
 
 // Asked when the database cannot be opened: shows the reason and lets the operator choose another folder, which is
 // stored. False when they gave up.

@@ -1,12 +1,13 @@
 #include "ui/folder_model.h"
 
-#include <limits>
+#include <algorithm>
 
 namespace ui {
 
 void FolderModel::setFolder(std::unique_ptr<folders::FolderView> folder) {
   beginResetModel();
   folder_ = std::move(folder);
+  start_ = 0;
   forgetPages();
   endResetModel();
 }
@@ -28,16 +29,53 @@ void FolderModel::refresh() {
 void FolderModel::sortBy(int sortKey) {
   if (!folder_) return;
   beginResetModel();
-  folder_->sort(sortKey);
+  try {
+    folder_->sort(sortKey);
+  } catch (...) {
+    forgetPages();
+    endResetModel();
+    throw;
+  }
+  start_ = 0;
   forgetPages();
+  endResetModel();
+}
+
+void FolderModel::setLayout(const folders::ColumnLayout& layout) {
+  if (!folder_) return;
+  beginResetModel();
+  folder_->setLayout(layout);
+  pages_.clear();
   endResetModel();
 }
 
 void FolderModel::forgetPages() {
   pages_.clear();
-  const std::int64_t count = folder_ ? folder_->rowCount() : 0;
-  // A table view counts in 32 bits.
-  rows_ = static_cast<int>(std::min<std::int64_t>(count, std::numeric_limits<int>::max()));
+  total_ = folder_ ? folder_->rowCount() : 0;
+  rows_ = static_cast<int>(std::min(total_, windowRows_));
+  start_ = std::clamp<std::int64_t>(start_, 0, total_ - rows_);
+}
+
+void FolderModel::moveWindow(std::int64_t start) {
+  start = std::clamp<std::int64_t>(start, 0, total_ - rows_);
+  if (start == start_) return;
+  emit layoutAboutToBeChanged();
+  const std::int64_t by = start_ - start;
+  start_ = start;
+  shiftPersistentRows(by);
+  emit layoutChanged();
+}
+
+// Rows that leave the window become invalid.
+void FolderModel::shiftPersistentRows(std::int64_t by) {
+  const QModelIndexList before = persistentIndexList();
+  QModelIndexList after;
+  for (const QModelIndex& index : before) {
+    const std::int64_t row = index.row() + by;
+    const bool inside = row >= 0 && row < rows_;
+    after << (inside ? createIndex(static_cast<int>(row), index.column()) : QModelIndex());
+  }
+  changePersistentIndexList(before, after);
 }
 
 int FolderModel::rowCount(const QModelIndex& parent) const {
@@ -49,19 +87,20 @@ int FolderModel::columnCount(const QModelIndex& parent) const {
 }
 
 const std::vector<std::string>* FolderModel::row(int row) const {
-  const int number = row / kPageRows;
+  const std::int64_t position = this->position(row);
+  const std::int64_t number = position / kPageRows;
   auto page = pages_.find(number);
   if (page == pages_.end()) {
     if (pages_.size() >= kPagesKept) pages_.clear();
     try {
-      page = pages_.emplace(number, folder_->rows(static_cast<std::int64_t>(number) * kPageRows, kPageRows)).first;
+      page = pages_.emplace(number, folder_->rows(number * kPageRows, kPageRows)).first;
     } catch (const jet::Error& error) {
       // An empty page, so that a fault is told once and not for each cell.
       page = pages_.emplace(number, Page()).first;
       emit readFailed(toQt(error.description()));
     }
   }
-  const auto index = static_cast<std::size_t>(row % kPageRows);
+  const auto index = static_cast<std::size_t>(position % kPageRows);
   return index < page->second.size() ? &page->second[index] : nullptr;
 }
 

@@ -16,7 +16,11 @@ class FolderModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
-  explicit FolderModel(QObject* parent = nullptr) : QAbstractTableModel(parent) {}
+  // A view keeps something for each row, so of very long folders the model shows a window of rows, which is moved to
+  // where the operator looks. Rows of the model are counted from the window's start.
+  static constexpr std::int64_t kWindowRows = 1'000'000;
+  explicit FolderModel(QObject* parent = nullptr, std::int64_t windowRows = kWindowRows)
+      : QAbstractTableModel(parent), windowRows_(windowRows) {}
 
   // Takes the folder over; null closes it.
   void setFolder(std::unique_ptr<folders::FolderView> folder);
@@ -24,6 +28,14 @@ class FolderModel : public QAbstractTableModel {
   // Reads condition and rows again. Throws jet::Error.
   void refresh();
   void sortBy(int sortKey);
+  void setLayout(const folders::ColumnLayout& layout);
+
+  [[nodiscard]] std::int64_t totalRows() const { return total_; }
+  [[nodiscard]] std::int64_t windowStart() const { return start_; }
+  // As near to `start` as the folder's end allows. Selected and current rows stay those of the same records.
+  void moveWindow(std::int64_t start);
+  // Place in the folder of a row of the model.
+  [[nodiscard]] std::int64_t position(int row) const { return start_ + row; }
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
   [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
@@ -46,11 +58,15 @@ class FolderModel : public QAbstractTableModel {
 
   using Page = std::vector<std::vector<std::string>>;
   const std::vector<std::string>* row(int row) const;
+  void shiftPersistentRows(std::int64_t by);
   void forgetPages();
 
   std::unique_ptr<folders::FolderView> folder_;
+  std::int64_t windowRows_;
+  std::int64_t total_ = 0;
+  std::int64_t start_ = 0;
   int rows_ = 0;
-  mutable std::unordered_map<int, Page> pages_;
+  mutable std::unordered_map<std::int64_t, Page> pages_;
 };
 
 }  // namespace ui

@@ -45,13 +45,19 @@ CFolderView::CFolderView(server::CServerDoc& document, const Texts& texts, QWidg
   setAlternatingRowColors(true);
   setCornerButtonEnabled(false);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+  setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
   verticalHeader()->setVisible(false);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
   horizontalHeader()->setSectionsMovable(true);
   horizontalHeader()->setSectionsClickable(true);
   horizontalHeader()->setHighlightSections(false);
+  horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(horizontalHeader(), &QHeaderView::sectionClicked, this, &CFolderView::sortByColumn);
+  connect(horizontalHeader(), &QHeaderView::customContextMenuRequested, this, &CFolderView::chooseColumns);
+  connect(this, &QTableView::entered, this, [this](const QModelIndex& index) {
+    if (selectsUnderPointer_) setCurrentIndex(index);
+  });
   connect(model_, &FolderModel::readFailed, this, &CFolderView::failed, Qt::QueuedConnection);
   connect(this, &QTableView::doubleClicked, this, [this](const QModelIndex& index) { emit rowActivated(index.row()); });
 }
@@ -73,9 +79,8 @@ void CFolderView::openFolder(const folders::FolderDefinition& folder) {
   // Newest calls first is what the desk asks for.
   if (folder.id == 100) view->sort(-401);
   model_->setFolder(std::move(view));
-  applyLayout();
+  useLayout(model_->folder()->layout());
   applyInterfaceOptions();
-  showSortIndicator();
   scrollToTop();
 }
 
@@ -92,7 +97,8 @@ void CFolderView::reload() {
 void CFolderView::applyInterfaceOptions() {
   auto& config = document_.app().config();
   setShowGrid(config.ReadConfigInt("iface_Grid", "general", foundation::StoreMachine, 0) == 1);
-  setMouseTracking(config.ReadConfigInt("iface_Hover", "general", foundation::StoreMachine, 0) == 1);
+  selectsUnderPointer_ = config.ReadConfigInt("iface_Hover", "general", foundation::StoreMachine, 0) == 1;
+  setMouseTracking(selectsUnderPointer_);
   if (config.ReadConfigInt("iface_Autoselect", "general", foundation::StoreMachine, 0) == 1) selectRow(0);
 }
 
@@ -107,13 +113,29 @@ void CFolderView::applyLayout() {
   }
 }
 
-void CFolderView::saveLayout() {
-  if (model_->folder() == nullptr) return;
-  auto layout = model_->folder()->layout();
-  layout.widths.clear();
-  for (int column = 0; column < model_->columnCount(); ++column) {
+// As the headings stand: the operator may have moved them.
+folders::ColumnLayout CFolderView::shownLayout() const {
+  folders::ColumnLayout layout;
+  for (int place = 0; place < model_->columnCount(); ++place) {
+    const int column = horizontalHeader()->logicalIndex(place);
+    layout.visible.push_back(model_->kindOf(column));
     layout.widths.emplace_back(model_->kindOf(column), columnWidth(column));
   }
+  return layout;
+}
+
+void CFolderView::useLayout(const folders::ColumnLayout& layout) {
+  model_->setLayout(layout);
+  for (int column = 0; column < model_->columnCount(); ++column) {
+    horizontalHeader()->moveSection(horizontalHeader()->visualIndex(column), column);
+  }
+  applyLayout();
+  showSortIndicator();
+}
+
+void CFolderView::saveLayout() {
+  if (model_->folder() == nullptr) return;
+  const folders::ColumnLayout layout = shownLayout();
   auto& config = document_.app().config();
   auto layouts = folders::loadLayouts(config, folders::kFolderLayouts);
   const auto all = folders::standardFolders();
@@ -183,7 +205,6 @@ void CFolderView::copySelection() {
 void CFolderView::chooseColumns() {
   folders::FolderView* folder = model_->folder();
   if (folder == nullptr) return;
-  auto layout = folder->layout();
   QMenu menu(this);
   for (const folders::ColumnDefinition& column : folder->folder().definition().columns) {
     if ((column.flags & folders::ColumnKey) != 0 || column.flags == 0) continue;
@@ -195,22 +216,14 @@ void CFolderView::chooseColumns() {
   const QAction* chosen = menu.exec(QCursor::pos());
   if (chosen == nullptr) return;
   const int kind = chosen->data().toInt();
-  saveLayout();
-  layout = folder->layout();
+  folders::ColumnLayout layout = shownLayout();
   auto& visible = layout.visible;
-  if (!chosen->isChecked()) {
-    // A list needs a column.
-    if (visible.size() > 1) visible.erase(std::remove(visible.begin(), visible.end(), kind), visible.end());
-  } else {
+  if (chosen->isChecked()) {
     visible.push_back(kind);
+  } else if (visible.size() > 1) {  // a list needs a column
+    visible.erase(std::remove(visible.begin(), visible.end(), kind), visible.end());
   }
-  for (int column = 0; column < model_->columnCount(); ++column) {
-    layout.widths.emplace_back(model_->kindOf(column), columnWidth(column));
-  }
-  folder->setLayout(layout);
-  model_->sortBy(folder->sortKey());
-  applyLayout();
-  showSortIndicator();
+  useLayout(layout);
   saveLayout();
 }
 
@@ -224,6 +237,9 @@ void CFolderView::keyPressEvent(QKeyEvent* event) {
   } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && currentIndex().isValid()) {
     emit rowActivated(currentIndex().row());
   } else {
+    // The window of a very long folder goes along to its ends.
+    if (event->matches(QKeySequence::MoveToStartOfDocument)) model_->moveWindow(0);
+    if (event->matches(QKeySequence::MoveToEndOfDocument)) model_->moveWindow(model_->totalRows());
     QTableView::keyPressEvent(event);
   }
 }
@@ -244,6 +260,11 @@ void CFolderView::selectionChanged(const QItemSelection& selected, const QItemSe
     if (range.left() == 0) rows += range.height();
   }
   emit selectionChangedTo(rows);
+}
+
+void CFolderView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  QTableView::currentChanged(current, previous);
+  emit currentCellChanged();
 }
 
 }  // namespace ui

@@ -15,7 +15,7 @@ class CFolderView : public QTableView {
  public:
   CFolderView(server::CServerDoc& document, const Texts& texts, QWidget* parent = nullptr);
 
-  [[nodiscard]] FolderModel& model() { return *model_; }
+  [[nodiscard]] FolderModel& model() const { return *model_; }
   // Identifier of the open folder; 0 when none is open.
   [[nodiscard]] int folderId() const;
 
@@ -34,6 +34,7 @@ class CFolderView : public QTableView {
 
  signals:
   void selectionChangedTo(int rows);
+  void currentCellChanged();
   void contextMenuWanted(const QPoint& globalPosition);
   void rowActivated(int row);
   void failed(const QString& reason);
@@ -43,9 +44,12 @@ class CFolderView : public QTableView {
   void keyPressEvent(QKeyEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
  private:
   void sortByColumn(int column);
+  [[nodiscard]] folders::ColumnLayout shownLayout() const;
+  void useLayout(const folders::ColumnLayout& layout);
   void applyLayout();
   void applyInterfaceOptions();
   void showSortIndicator();
@@ -53,6 +57,7 @@ class CFolderView : public QTableView {
   server::CServerDoc& document_;
   const Texts& texts_;
   FolderModel* model_;
+  bool selectsUnderPointer_ = false;
 };
 
 }  // namespace ui

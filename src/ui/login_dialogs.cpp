@@ -23,6 +23,8 @@ class FormDialog : public QDialog {
     layout->addLayout(form_);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     buttons->button(QDialogButtonBox::Ok)->setText("<IDS_OK>");
+    buttons->button(QDialogButtonBox::Ok)->setObjectName("ok");
+    buttons->button(QDialogButtonBox::Cancel)->setObjectName("cancel");
     buttons->button(QDialogButtonBox::Cancel)->setText("<IDS_CANCEL>");
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

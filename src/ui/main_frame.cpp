@@ -48,7 +48,8 @@ bool inNaturalOrder(int folderId) {
 
 }  // namespace
 
-CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts) : document_(document), texts_(texts) {
+CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts, const QtOperator& person)
+    : document_(document), texts_(texts), person_(person) {
   setObjectName("mainFrame");
   setWindowIcon(icon(Icon::Program));
   const std::string folder = document.databaseFolder().string();
@@ -76,7 +77,7 @@ void CMainFrame::buildCentre() {
   lower_->addWidget(chart_);
   lower_->setSizes({400, 600});
   panes_ = new QSplitter(Qt::Vertical);
-  panes_->addWidget(list_);
+  panes_->addWidget(new FolderPane(list_));
   panes_->addWidget(lower_);
   columns_ = new QSplitter(Qt::Horizontal);
   columns_->addWidget(selector_);
@@ -88,6 +89,7 @@ void CMainFrame::buildCentre() {
   connect(selector_, &CSelectorView::folderSelected, this, &CMainFrame::openFolder);
   connect(list_, &CFolderView::failed, this, &CMainFrame::showError);
   connect(list_, &CFolderView::selectionChangedTo, this, &CMainFrame::updateStatus);
+  connect(list_, &CFolderView::currentCellChanged, this, [this] { offerCommands(*actions_, *list_); });
   connect(list_, &CFolderView::rowActivated, this, &CMainFrame::drillDown);
   connect(list_->horizontalHeader(), &QHeaderView::sectionClicked, this, &CMainFrame::showChart);
   connect(list_, &CFolderView::contextMenuWanted, this, [this](const QPoint& at) {
@@ -126,6 +128,8 @@ void CMainFrame::buildStatusBar() {
   messagePane_ = new QLabel;
   livePane_ = new QLabel;
   countPane_ = new QLabel;
+  messagePane_->setObjectName("messagePane");
+  livePane_->setObjectName("livePane");
   countPane_->setObjectName("countPane");
   statusBar()->addWidget(messagePane_, 1);
   statusBar()->addPermanentWidget(livePane_);
@@ -195,7 +199,9 @@ void CMainFrame::openLiveChannel() {
   livePane_->setText(texts_(live_ ? "IDS_STATUS_LIVE" : "IDS_STATUS_NO_LIVE"));
   if (!live_) return;
   liveNotifier_ = std::make_unique<QSocketNotifier>(live_->descriptor(), QSocketNotifier::Read);
-  connect(liveNotifier_.get(), &QSocketNotifier::activated, this, [this] { live_->process(); });
+  connect(liveNotifier_.get(), &QSocketNotifier::activated, this, [this] {
+    if (!person_.busy()) live_->process();
+  });
 }
 
 void CMainFrame::openFolder(int id) {
@@ -217,6 +223,7 @@ void CMainFrame::openFolder(int id) {
 }
 
 void CMainFrame::importCalls() {
+  if (person_.busy()) return;
   const auto result = document_.importMonitorFile();
   if (!result.message.empty()) messagePane_->setText(toQt(result.message));
   if (result.imported > 0) {
@@ -226,6 +233,7 @@ void CMainFrame::importCalls() {
 }
 
 void CMainFrame::refreshFromOtherCopies() {
+  if (person_.busy()) return;
   try {
     document_.refresh();
     const auto* folder = list_->folderId() != 0 ? folders::findFolder(list_->folderId()) : nullptr;
@@ -256,31 +264,42 @@ void CMainFrame::showChart() {
   const bool statistic = folder != nullptr && folders::isStatistic(folder->folder().definition());
   chart_->setVisible(statistic);
   if (!statistic) return;
-  std::vector<ChartView::Bar> bars;
-  const int id = folder->folder().id();
-  int captionColumn = -1;
-  int countColumn = -1;
-  for (std::size_t i = 0; i < folder->columns().size(); ++i) {
-    const int kind = folder->columns()[i].definition->kind;
-    if (captionColumn < 0) captionColumn = static_cast<int>(i);
-    if (kind == kKindCost || (kind == kKindCount && countColumn < 0)) countColumn = static_cast<int>(i);
+  // The cost; the calls where it is not shown.
+  int valueColumn = list_->model().columnOf(kKindCost);
+  if (valueColumn < 0) valueColumn = list_->model().columnOf(kKindCount);
+  if (valueColumn < 0) return chart_->setBars(toQt(folder->folder().caption()), {}, texts_("IDS_EMPTY_CHART"));
+  const QString title = QString("%1: %2").arg(toQt(folder->folder().caption()),
+                                              toQt(folder->columns()[static_cast<std::size_t>(valueColumn)].caption));
+  try {
+    chart_->setBars(title, readBars(*folder, static_cast<std::size_t>(valueColumn)), texts_("IDS_EMPTY_CHART"));
+  } catch (const jet::Error& error) {
+    chart_->setBars(title, {}, toQt(error.description()));
   }
-  if (captionColumn < 0 || countColumn < 0) return chart_->setBars({}, {}, texts_("IDS_EMPTY_CHART"));
-  folder->forEachRow([&](std::span<const folders::CellValue> row) {
-    const auto& value = row[static_cast<std::size_t>(countColumn)];
+}
+
+// The folder's first rows in its order; those with the largest values where it has none of its own.
+std::vector<ChartView::Bar> CMainFrame::readBars(folders::FolderView& folder, std::size_t value) const {
+  const bool ordered = inNaturalOrder(folder.folder().id()) || folder.sortKey() != 0;
+  std::unique_ptr<folders::FolderView> largestFirst;
+  if (!ordered) {
+    largestFirst = std::make_unique<folders::FolderView>(folder.folder().definition(), folder.services(),
+                                                         folder.formatter(), -folder.columns()[value].definition->kind);
+    largestFirst->setLayout(folder.layout());
+  }
+  folders::FolderView& read = ordered ? folder : *largestFirst;
+  const int group = read.folder().definition().columns[1].kind;
+  std::size_t caption = 0;
+  for (std::size_t i = 0; i < read.columns().size(); ++i) {
+    if (read.columns()[i].definition->kind == group) caption = i;
+  }
+  std::vector<ChartView::Bar> bars;
+  read.forEachRow([&](std::span<const folders::CellValue> row) {
     bars.push_back(
-        {toQt(folder->text(static_cast<std::size_t>(captionColumn), row[static_cast<std::size_t>(captionColumn)])),
-         toQt(folder->text(static_cast<std::size_t>(countColumn), value)), value.first->toDouble()});
+        {toQt(read.text(caption, row[caption])), toQt(read.text(value, row[value])), row[value].first->toDouble()});
     if (bars.back().caption.isEmpty()) bars.back().caption = "-";
     return bars.size() < kChartRows;
   });
-  // Unsorted statistics show their largest bars; a sort by the operator is followed.
-  if (!inNaturalOrder(id) && folder->sortKey() == 0) {
-    std::stable_sort(bars.begin(), bars.end(), [](const auto& a, const auto& b) { return a.value > b.value; });
-  }
-  const QString title = QString("%1: %2").arg(toQt(folder->folder().caption()),
-                                              toQt(folder->columns()[static_cast<std::size_t>(countColumn)].caption));
-  chart_->setBars(title, std::move(bars), texts_("IDS_EMPTY_CHART"));
+  return bars;
 }
 
 void CMainFrame::drillDown(int) {
@@ -296,7 +315,8 @@ void CMainFrame::updateStatus() {
   for (const QItemSelectionRange& range : list_->selectionModel()->selection()) {
     if (range.left() == 0) selected += range.height();
   }
-  countPane_->setText(toQt(folders::recordCountText(list_->model().rowCount(), selected, texts_.language())));
+  offerCommands(*actions_, *list_);
+  countPane_->setText(toQt(folders::recordCountText(list_->model().totalRows(), selected, texts_.language())));
 }
 
 void CMainFrame::showError(const QString& text) {

@@ -16,7 +16,9 @@
 #include "ui/actions.h"
 #include "ui/chart_view.h"
 #include "ui/filter_view.h"
+#include "ui/folder_pane.h"
 #include "ui/folder_view.h"
+#include "ui/qt_operator.h"
 #include "ui/selector_view.h"
 #include "ui/texts.h"
 
@@ -27,7 +29,8 @@ class CMainFrame : public QMainWindow {
   Q_OBJECT
 
  public:
-  CMainFrame(server::CServerDoc& document, const Texts& texts);
+  // Timers rest while `person` shows progress: the work must not meet itself.
+  CMainFrame(server::CServerDoc& document, const Texts& texts, const QtOperator& person);
   ~CMainFrame() override;
 
   // Starts the timers and the live channel; the desktop's first list is shown.
@@ -56,11 +59,13 @@ class CMainFrame : public QMainWindow {
   void refreshFromOtherCopies();
   void showFilter();
   void showChart();
+  [[nodiscard]] std::vector<ChartView::Bar> readBars(folders::FolderView& folder, std::size_t value) const;
   void drillDown(int row);
   void showError(const QString& text);
 
   server::CServerDoc& document_;
   const Texts& texts_;
+  const QtOperator& person_;
   std::unique_ptr<Actions> actions_;
   CSelectorView* selector_ = nullptr;
   CFolderView* list_ = nullptr;

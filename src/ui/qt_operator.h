@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QProgressDialog>
+#include <memory>
 
 #include "platform/operator.h"
 #include "ui/texts.h"
@@ -14,8 +15,11 @@ class QtOperator : public platform::Operator {
  public:
   // The window that message boxes belong to; null before there is one.
   void setParent(QWidget* parent) { parent_ = parent; }
-  // Caption of the progress window's button.
-  void setCancelText(const QString& text) { cancelText_ = text; }
+  // For the captions of buttons; English until then. Must outlive this object.
+  void setLanguage(const foundation::LanguageFile& language) { language_ = &language; }
+
+  // True while progress is shown: no other work may begin.
+  [[nodiscard]] bool busy() const { return progress_ != nullptr; }
 
   void messageBox(std::string_view text) override;
   bool askYesNo(std::string_view text, Unattended unattended) override;
@@ -26,8 +30,12 @@ class QtOperator : public platform::Operator {
   void progressEnd() override;
 
  private:
+  // Messages and progress belong to the dialog that is open, else to the main window.
+  [[nodiscard]] QWidget* owner() const;
+  [[nodiscard]] QString caption(const char* key, const char* english) const;
+
   QPointer<QWidget> parent_;
-  QString cancelText_ = "Cancel";
+  const foundation::LanguageFile* language_ = nullptr;
   std::unique_ptr<QProgressDialog> progress_;
   QElapsedTimer sinceEvents_;
   std::int64_t range_ = 0;

@@ -23,6 +23,7 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
   setObjectName("settingsSheet");
   setWindowTitle(texts("IDS_SETTINGS"));
   resize(860, 600);
+  tabs_->setObjectName("pages");
   tabs_->setUsesScrollButtons(true);
   if (document.tariffs() != nullptr) {
     tariffs_->tables = tariff::loadTariffTables(document.tariffs()->database(), document.tariffs()->dayEncoding());

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QWidget>
+#include <string>
+
+#include "security/users.h"
+#include "ui/texts.h"
+
+namespace ui {
+
+// Says why a user or group was not saved, unless that was said already; true when it was not saved.
+bool explainRefusal(security::SaveResult result, const std::string& name, const Texts& texts, QWidget* parent);
+
+}  // namespace ui

@@ -1,0 +1,39 @@
+#include "ui/first_run.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "base/path.h"
+#include "base/version.h"
+#include "convert/converter.h"
+#include "schema/schema.h"
+#include "server/data_folder.h"
+#include "ui/first_run/first_run_wizard.h"
+
+namespace ui {
+
+bool firstRun(server::CServerApp& app) {
+  const std::string folder = app.config().ReadConfigString("PathDatabase", "general", foundation::StoreMachine, "---");
+  const bool configured = !folder.empty() && folder != "---";
+  const bool old = configured && convert::isOldDatabase(base::systemPath(folder + schema::kMainFile));
+  if (configured && !old) return true;
+  QString oldFolder;
+  if (old) oldFolder = toQt((base::systemPath(folder) / "").parent_path().string());
+  FirstRunWizard wizard(app, oldFolder);
+  return wizard.exec() == QDialog::Accepted;
+}
+
+bool chooseDatabaseFolder(foundation::ConfigManager& config, const std::string& reason, const Texts& texts) {
+  QMessageBox box(QMessageBox::Warning, base::kProgramName, toQt(reason));
+  box.setObjectName("chooseDatabase");
+  auto* choose = box.addButton(texts("IDS_CHOOSE_FOLDER"), QMessageBox::AcceptRole);
+  box.addButton(texts("IDS_CANCEL"), QMessageBox::RejectRole);
+  box.exec();
+  if (box.clickedButton() != choose) return false;
+  const QString chosen = QFileDialog::getExistingDirectory(nullptr, texts("IDS_CHOOSE_FOLDER"));
+  return !chosen.isEmpty() && config.WriteConfigString(server::folderSetting(fromQt(chosen)), "PathDatabase", "general",
+                                                       foundation::StoreMachine);
+}
+
+}  // namespace ui

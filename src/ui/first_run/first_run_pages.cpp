@@ -1,0 +1,193 @@
+#include "ui/first_run/first_run_pages.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+#include <QWizard>
+
+#include "sample/company.h"
+#include "schema/schema.h"
+#include "ui/dialogs/form_dialog.h"
+#include "ui/dialogs/messages.h"
+
+namespace ui {
+
+namespace {
+
+QLabel* explanation(const QString& text) {
+  auto* label = new QLabel(text);
+  label->setWordWrap(true);
+  return label;
+}
+
+// An absolute path, "~" being the user's home.
+QString wholePath(QString path) {
+  path = path.trimmed();
+  if (path == "~" || path.startsWith("~/")) path.replace(0, 1, QDir::homePath());
+  return path.isEmpty() ? path : QDir::cleanPath(QDir(path).absolutePath());
+}
+
+}  // namespace
+
+QWidget* withBrowseButton(QLineEdit* line, const Texts& texts) {
+  auto* both = new QWidget;
+  auto* layout = new QHBoxLayout(both);
+  layout->setContentsMargins(0, 0, 0, 0);
+  auto* browse = new QPushButton(texts("IDS_BROWSE"));
+  browse->setObjectName(line->objectName() + "Browse");
+  layout->addWidget(line, 1);
+  layout->addWidget(browse);
+  QObject::connect(browse, &QPushButton::clicked, line, [line] {
+    const QString folder = QFileDialog::getExistingDirectory(line, {}, line->text());
+    if (!folder.isEmpty()) line->setText(folder);
+  });
+  return both;
+}
+
+FirstRunLanguagePage::FirstRunLanguagePage(const Texts& texts)
+    : texts_(texts), languages_(named(new QComboBox, "language")), label_(new QLabel) {
+  for (const auto& language : texts.language().Languages()) {
+    languages_->addItem(toQt(language.name), toQt(language.code));
+  }
+  languages_->setCurrentIndex(languages_->findData(toQt(texts.language().NativeLanguage())));
+  label_->setBuddy(languages_);
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(label_);
+  layout->addWidget(languages_);
+  layout->addStretch();
+  connect(languages_, &QComboBox::currentIndexChanged, this,
+          [this] { emit languageChosen(languages_->currentData().toString()); });
+  retranslate();
+}
+
+void FirstRunLanguagePage::retranslate() {
+  setTitle(texts_("IDS_FIRST_WELCOME"));
+  setSubTitle(texts_("IDS_FIRST_WELCOME_TEXT"));
+  label_->setText(texts_("IDS_LANGUAGE"));
+}
+
+FirstRunTaskPage::FirstRunTaskPage(const Texts& texts, bool proposeConversion) {
+  setTitle(texts("IDS_FIRST_TASK"));
+  setSubTitle(texts("IDS_FIRST_TASK_TEXT"));
+  auto* layout = new QVBoxLayout(this);
+  const auto add = [&](const char* key, const char* explainedBy, const char* name, bool chosen) {
+    auto* button = named(new QRadioButton(texts(key)), name);
+    button->setChecked(chosen);
+    layout->addWidget(button);
+    QLabel* more = explanation(texts(explainedBy));
+    more->setIndent(fontMetrics().height() + 6);
+    layout->addWidget(more);
+    layout->addSpacing(8);
+    registerField(name, button);
+  };
+  add("IDS_FIRST_MAKE", "IDS_FIRST_MAKE_TEXT", "make", !proposeConversion);
+  add("IDS_FIRST_OPEN", "IDS_FIRST_OPEN_TEXT", "open", false);
+  add("IDS_FIRST_CONVERT", "IDS_FIRST_CONVERT_TEXT", "convert", proposeConversion);
+  layout->addStretch();
+}
+
+FirstRunFolderPage::FirstRunFolderPage(const Texts& texts, QString oldFolder)
+    : texts_(texts),
+      proposedOld_(std::move(oldFolder)),
+      oldLabel_(new QLabel(texts("IDS_FIRST_OLD_FOLDER"))),
+      folderLabel_(new QLabel),
+      sample_(named(new QCheckBox(texts("IDS_FIRST_SAMPLE")), "sample")) {
+  setTitle(texts("IDS_FIRST_FOLDER"));
+  auto* form = new QFormLayout(this);
+  form->setRowWrapPolicy(QFormLayout::WrapAllRows);
+  oldFolder_ = addFolder(*form, oldLabel_, "oldFolder");
+  folder_ = addFolder(*form, folderLabel_, "folder");
+  form->addRow(sample_);
+  registerField("sample", sample_);
+  registerField("folder", folder_);
+  registerField("oldFolder", oldFolder_);
+}
+
+QLineEdit* FirstRunFolderPage::addFolder(QFormLayout& form, QLabel* label, const char* name) {
+  auto* line = named(new QLineEdit, name);
+  label->setBuddy(line);
+  form.addRow(label, withBrowseButton(line, texts_));
+  return line;
+}
+
+void FirstRunFolderPage::initializePage() {
+  const bool converting = field("convert").toBool();
+  const bool opening = field("open").toBool();
+  oldLabel_->setVisible(converting);
+  oldFolder_->parentWidget()->setVisible(converting);
+  sample_->setVisible(!converting && !opening);
+  setSubTitle(texts_(opening ? "IDS_FIRST_OPEN_TEXT" : "IDS_FIRST_FOLDER_TEXT"));
+  folderLabel_->setText(texts_(opening ? "IDS_FIRST_EXISTING_FOLDER" : "IDS_FIRST_NEW_FOLDER"));
+  if (converting && oldFolder_->text().isEmpty()) oldFolder_->setText(proposedOld_);
+  const QString own = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+  if (!opening && folder_->text().isEmpty()) {
+    folder_->setText(converting && !proposedOld_.isEmpty() ? proposedOld_ + "-new" : own);
+  }
+}
+
+bool FirstRunFolderPage::validatePage() {
+  folder_->setText(wholePath(folder_->text()));
+  oldFolder_->setText(wholePath(oldFolder_->text()));
+  const bool has = QFile::exists(folder_->text() + '/' + schema::kMainFile);
+  QString fault;
+  if (folder_->text().isEmpty() || (field("convert").toBool() && oldFolder_->text().isEmpty())) {
+    fault = texts_("IDS_FIRST_NO_FOLDER");
+  } else if (field("open").toBool() && !has) {
+    fault = texts_.format("IDS_FIRST_NO_DATABASE", fromQt(folder_->text()));
+  } else if (!field("open").toBool() && has) {
+    fault = texts_.format("IDS_FIRST_HAS_DATABASE", fromQt(folder_->text()));
+  }
+  if (!fault.isEmpty()) warn(this, texts_, fault);
+  return fault.isEmpty();
+}
+
+FirstRunPlacePage::FirstRunPlacePage(const Texts& texts)
+    : country_(named(new QLineEdit, "country")),
+      area_(named(new QLineEdit, "area")),
+      monitor_(named(new QLineEdit, "monitor")) {
+  setTitle(texts("IDS_FIRST_PLACE"));
+  setSubTitle(texts("IDS_FIRST_PLACE_TEXT"));
+  auto* form = new QFormLayout(this);
+  form->addRow(texts("IDS_OPT_COUNTRY_CODE"), country_);
+  form->addRow(texts("IDS_OPT_AREA_CODE"), area_);
+  auto* label = new QLabel(texts("IDS_OPT_MONITOR_FOLDER"));
+  label->setBuddy(monitor_);
+  form->addRow(label, withBrowseButton(monitor_, texts));
+  for (QLineEdit* code : {country_, area_}) {
+    code->setMaxLength(8);
+    code->setMaximumWidth(fontMetrics().averageCharWidth() * 20);
+  }
+  registerField("country", country_);
+  registerField("area", area_);
+  registerField("monitor", monitor_);
+}
+
+void FirstRunPlacePage::initializePage() {
+  // The sample's numbers are those of its own town.
+  if (country_->text().isEmpty()) country_->setText(toQt(sample::kCountryCode));
+  if (area_->text().isEmpty() && field("sample").toBool()) area_->setText(toQt(sample::kAreaCode));
+  monitor_->setText(field("folder").toString() + "/monitor");
+}
+
+FirstRunPasswordPage::FirstRunPasswordPage(const Texts& texts)
+    : texts_(texts), password_(named(new QLineEdit, "password")), repeated_(named(new QLineEdit, "repeated")) {
+  setTitle(texts("IDS_FIRST_PASSWORD"));
+  setSubTitle(texts("IDS_FIRST_PASSWORD_TEXT"));
+  auto* form = new QFormLayout(this);
+  form->addRow(texts("IDS_PASSWORD"), password_);
+  form->addRow(texts("IDS_REPEAT_PASSWORD"), repeated_);
+  for (QLineEdit* line : {password_, repeated_}) line->setEchoMode(QLineEdit::Password);
+  registerField("password", password_);
+}
+
+bool FirstRunPasswordPage::validatePage() {
+  if (password_->text() == repeated_->text()) return true;
+  warn(this, texts_, texts_("IDS_NOREENTER"));
+  return false;
+}
+
+}  // namespace ui

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QWizardPage>
+
+#include "ui/first_run/first_run_plan.h"
+#include "ui/texts.h"
+
+namespace ui {
+
+// The pages of the first start. Their fields (QWizard::field): "language", "make", "open", "convert", "sample",
+// "folder", "oldFolder", "country", "area", "monitor", "password".
+
+class FirstRunLanguagePage : public QWizardPage {
+  Q_OBJECT
+
+ public:
+  explicit FirstRunLanguagePage(const Texts& texts);
+  void retranslate();
+
+ signals:
+  void languageChosen(const QString& code);
+
+ private:
+  const Texts& texts_;
+  QComboBox* languages_;
+  QLabel* label_;
+};
+
+class FirstRunTaskPage : public QWizardPage {
+ public:
+  FirstRunTaskPage(const Texts& texts, bool proposeConversion);
+};
+
+class FirstRunFolderPage : public QWizardPage {
+ public:
+  FirstRunFolderPage(const Texts& texts, QString oldFolder);
+  void initializePage() override;
+  bool validatePage() override;
+
+ private:
+  QLineEdit* addFolder(QFormLayout& form, QLabel* label, const char* name);
+
+  const Texts& texts_;
+  QString proposedOld_;
+  QLabel* oldLabel_;
+  QLineEdit* oldFolder_;
+  QLabel* folderLabel_;
+  QLineEdit* folder_;
+  QCheckBox* sample_;
+};
+
+class FirstRunPlacePage : public QWizardPage {
+ public:
+  explicit FirstRunPlacePage(const Texts& texts);
+  void initializePage() override;
+
+ private:
+  QLineEdit* country_;
+  QLineEdit* area_;
+  QLineEdit* monitor_;
+};
+
+class FirstRunPasswordPage : public QWizardPage {
+ public:
+  explicit FirstRunPasswordPage(const Texts& texts);
+  bool validatePage() override;
+
+ private:
+  const Texts& texts_;
+  QLineEdit* password_;
+  QLineEdit* repeated_;
+};
+
+// A line for a folder with a button to choose one beside it.
+QWidget* withBrowseButton(QLineEdit* line, const Texts& texts);
+
+}  // namespace ui

@@ -1,0 +1,83 @@
+#include "ui/first_run/first_run_plan.h"
+
+#include "base/printf.h"
+#include "convert/converter.h"
+#include "sample/call_file.h"
+#include "schema/schema.h"
+#include "server/data_folder.h"
+
+namespace ui {
+
+namespace {
+
+// Enough to fill the lists and charts of the sample, quickly imported.
+constexpr std::int64_t kSampleCalls = 3000;
+constexpr int kSampleDays = 60;
+
+void storeSettings(const FirstRunPlan& plan, server::CServerApp& app) {
+  foundation::ConfigManager& config = app.config();
+  const auto keep = [&config](const std::string& value, const char* key) {
+    return config.WriteConfigString(value, key, "general", foundation::StoreMachine);
+  };
+  bool written = server::useDataFolder(plan.folder, config) && keep(plan.countryCode, "CountryCode") &&
+                 keep(plan.areaCode, "AreaCode");
+  if (!plan.monitorFolder.empty()) {
+    written = written && keep(server::folderSetting(plan.monitorFolder), "PathMonitor");
+  }
+  if (!written) {
+    throw server::DataFolderError(
+        app.language().TranslateFormat("IDS_CANTWRITEFILE", config.machineStore().file().string()));
+  }
+}
+
+void make(const FirstRunPlan& plan, server::CServerApp& app) {
+  const server::Surroundings& around = app.surroundings();
+  server::makeDataFolder({plan.folder, plan.password, plan.withSample}, {app.config(), around.person, around.clock},
+                         [&] { storeSettings(plan, app); });
+  if (!plan.withSample) return;
+  // Imported at the start that follows. Without them the sample is only emptier.
+  sample::CallPlan calls;
+  calls.count = kSampleCalls;
+  calls.days = kSampleDays;
+  calls.lastDay = around.clock.now();
+  sample::writeCalls(plan.folder / "monitor" / "monitor.data", calls, false, around.person);
+}
+
+void open(const FirstRunPlan& plan, server::CServerApp& app) {
+  const auto file = plan.folder / schema::kMainFile;
+  if (convert::isOldDatabase(file)) {
+    throw server::DataFolderError(app.language().TranslateFormat("IDS_FIRST_IS_OLD", file.string()));
+  }
+  jet::openDatabase(file, jet::OpenMode::ReadOnly);
+  storeSettings(plan, app);
+}
+
+convert::ConversionReport convertOld(const FirstRunPlan& plan, server::CServerApp& app) {
+  convert::ConversionOptions options;
+  options.salvage = plan.salvage;
+  auto report = convert::convertFolder(plan.oldFolder, plan.folder, options, app.surroundings().person);
+  const auto main = jet::openDatabase(plan.folder / schema::kMainFile, jet::OpenMode::ReadWrite);
+  if (main->openRecordset("SELECT * FROM Users")->eof()) {
+    server::addFirstUsers(*main, app.surroundings().clock, plan.password);
+  }
+  storeSettings(plan, app);
+  return report;
+}
+
+}  // namespace
+
+std::optional<convert::ConversionReport> carryOut(const FirstRunPlan& plan, server::CServerApp& app) {
+  switch (plan.task) {
+    case FirstRunPlan::Task::Make:
+      make(plan, app);
+      break;
+    case FirstRunPlan::Task::Open:
+      open(plan, app);
+      break;
+    case FirstRunPlan::Task::Convert:
+      return convertOld(plan, app);
+  }
+  return std::nullopt;
+}
+
+}  // namespace ui

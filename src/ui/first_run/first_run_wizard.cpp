@@ -1,0 +1,137 @@
+#include "ui/first_run/first_run_wizard.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFontDatabase>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "base/version.h"
+#include "convert/converter.h"
+#include "ui/dialogs/form_dialog.h"
+#include "ui/dialogs/messages.h"
+#include "ui/first_run/first_run_pages.h"
+#include "ui/icons.h"
+
+namespace ui {
+
+FirstRunWizard::FirstRunWizard(server::CServerApp& app, const QString& oldFolder, QWidget* parent)
+    : QWizard(parent), app_(app), texts_(app.language()), oldFolder_(oldFolder) {
+  setObjectName("firstRun");
+  setWizardStyle(QWizard::ModernStyle);
+  setWindowTitle(base::kProgramName);
+  setPixmap(QWizard::LogoPixmap, icon(Icon::Program).pixmap(48));
+  setOption(QWizard::NoBackButtonOnStartPage);
+  auto* language = new FirstRunLanguagePage(texts_);
+  setPage(LanguagePage, language);
+  connect(language, &FirstRunLanguagePage::languageChosen, this, [this, language](const QString& code) {
+    useLanguage(code);
+    language->retranslate();
+  });
+  buildPages();
+  resize(fontMetrics().averageCharWidth() * 100, fontMetrics().lineSpacing() * 26);
+}
+
+void FirstRunWizard::useLanguage(const QString& code) {
+  platform::NoOperator nobody;
+  app_.language().CheckCodepage(fromQt(code), nobody);
+  app_.config().WriteConfigString(fromQt(code), "Lang", "general", foundation::StoreMachine);
+  buildPages();
+}
+
+// The pages are made in the language in use, so a change of it makes them anew.
+void FirstRunWizard::buildPages() {
+  for (const int id : {TaskPage, FolderPage, PlacePage, PasswordPage}) {
+    QWizardPage* old = page(id);
+    if (old == nullptr) continue;
+    removePage(id);
+    delete old;
+  }
+  setPage(TaskPage, new FirstRunTaskPage(texts_, !oldFolder_.isEmpty()));
+  setPage(FolderPage, new FirstRunFolderPage(texts_, oldFolder_));
+  setPage(PlacePage, new FirstRunPlacePage(texts_));
+  setPage(PasswordPage, new FirstRunPasswordPage(texts_));
+  setButtonText(QWizard::NextButton, texts_("IDS_NEXT") + " >");
+  setButtonText(QWizard::BackButton, "< " + texts_("IDS_BACK"));
+  setButtonText(QWizard::CancelButton, texts_("IDS_CANCEL"));
+  setButtonText(QWizard::FinishButton, texts_("IDS_FINISH"));
+}
+
+FirstRunPlan::Task FirstRunWizard::task() const {
+  if (field("open").toBool()) return FirstRunPlan::Task::Open;
+  return field("convert").toBool() ? FirstRunPlan::Task::Convert : FirstRunPlan::Task::Make;
+}
+
+int FirstRunWizard::nextId() const {
+  switch (currentId()) {
+    case LanguagePage:
+      return TaskPage;
+    case TaskPage:
+      return FolderPage;
+    case FolderPage:
+      return PlacePage;
+    case PlacePage:
+      return task() == FirstRunPlan::Task::Make ? static_cast<int>(PasswordPage) : -1;
+    default:
+      return -1;
+  }
+}
+
+FirstRunPlan FirstRunWizard::plan() const {
+  const auto text = [this](const char* name) { return fromQt(field(name).toString().trimmed()); };
+  FirstRunPlan plan;
+  plan.task = task();
+  plan.folder = text("folder");
+  plan.oldFolder = text("oldFolder");
+  plan.withSample = plan.task == FirstRunPlan::Task::Make && field("sample").toBool();
+  plan.countryCode = text("country");
+  plan.areaCode = text("area");
+  plan.monitorFolder = text("monitor");
+  plan.password = fromQt(field("password").toString());
+  return plan;
+}
+
+void FirstRunWizard::accept() {
+  if (tryPlan(plan())) QWizard::accept();
+}
+
+bool FirstRunWizard::tryPlan(const FirstRunPlan& plan) {
+  try {
+    const auto report = carryOut(plan, app_);
+    if (report) showReport(*report);
+    return true;
+  } catch (const convert::ConversionError& error) {
+    if (plan.salvage) {
+      warn(this, texts_, toQt(error.what()));
+      return false;
+    }
+    if (ask(this, texts_, toQt(error.what()) + "\n\n" + texts_("IDS_FIRST_SALVAGE")) != Answer::Yes) return false;
+    FirstRunPlan salvaging = plan;
+    salvaging.salvage = true;
+    return tryPlan(salvaging);
+  } catch (const std::exception& error) {
+    warn(this, texts_, toQt(error.what()));
+    return false;
+  }
+}
+
+void FirstRunWizard::showReport(const convert::ConversionReport& report) {
+  QDialog dialog(this);
+  dialog.setObjectName("conversionReport");
+  dialog.setWindowTitle(texts_("IDS_FIRST_REPORT"));
+  auto* page = named(new QPlainTextEdit(toQt(report.text())), "report");
+  page->setReadOnly(true);
+  page->setLineWrapMode(QPlainTextEdit::NoWrap);
+  page->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+  named(buttons->button(QDialogButtonBox::Ok), "ok")->setText(texts_("IDS_OK"));
+  connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+  auto* layout = new QVBoxLayout(&dialog);
+  layout->addWidget(page);
+  layout->addWidget(buttons);
+  dialog.resize(size());
+  dialog.exec();
+}
+
+}  // namespace ui
