@@ -1,0 +1,150 @@
+// Serving, maintenance, users and rights through the command line, as an administrator's scripts meet them.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "support/temporary_folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+class Administration : public ::testing::Test {
+ protected:
+  Administration() {
+    run("init data --sample");
+    run("setting set LiveSocket live.sock --where machine");
+  }
+
+  // Runs "tallyctl ARGUMENTS" without a terminal; the answer is what it wrote to both streams.
+  std::string run(const std::string& arguments, int expected = 0, const std::string& environment = "") {
+    const int status = WEXITSTATUS(std::system(line(arguments, environment, "out").c_str()));
+    const std::string output = readFile(temporary_ / "out");
+    EXPECT_EQ(status, expected) << arguments << '\n' << output;
+    return output;
+  }
+  std::string as(const std::string& user, const std::string& password, const std::string& arguments, int expected) {
+    return run("--user " + user + " " + arguments, expected, "TALLYBOOK_PASSWORD=" + password);
+  }
+  [[nodiscard]] std::string line(const std::string& arguments, const std::string& environment,
+                                 const std::string& output) const {
+    return "cd '" + (temporary_ / "").string() + "' && env -u TALLYBOOK_PASSWORD " + environment +
+           " TALLYBOOK_MACHINE_STORE=machine.ini '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >" + output +
+           " 2>&1 </dev/null";
+  }
+
+  TemporaryFolder temporary_;
+};
+
+TEST_F(Administration, ServeTakesWhatSendPlaysUntilItIsStopped) {
+  run("sample-calls 30 --out calls");
+  run("sample-calls 20 --seed 2 --out data/monitor/monitor.data");
+  run("send calls", 1);  // nobody listens
+  std::thread service([this] {
+    static_cast<void>(std::system((line("serve --import-every 1", "", "served") + "; echo $? >status").c_str()));
+  });
+  for (int i = 0; i < 500 && !fs::exists(temporary_ / "live.sock"); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  EXPECT_TRUE(contains(run("send calls"), "sent 30, recorded 30, refused 0"));
+  EXPECT_TRUE(contains(run("import", 1), "Another copy"));
+  const pid_t process = std::atoi(readFile(temporary_ / "QuorvaneServerMutex").c_str());
+  EXPECT_GT(process, 0);
+  if (process > 0) kill(process, SIGTERM);
+  service.join();
+  EXPECT_EQ(readFile(temporary_ / "status"), "0\n");
+  EXPECT_TRUE(contains(readFile(temporary_ / "served"), "Closing.")) << readFile(temporary_ / "served");
+  EXPECT_TRUE(contains(run("status --format csv"), "Rows of Calls,50\n"));
+}
+
+TEST_F(Administration, GroupsGiveTheirMembersRights) {
+  run("group add Readers --rights view-calls");
+  run("user add ana --groups readers", 0, "TALLYBOOK_NEW_PASSWORD=a");
+  run("user add dan --groups Operators --password d");
+  struct Case {
+    const char* command;
+    int ana;  // exit status
+    int dan;
+  };
+  for (const Case& c :
+       {Case{"folder show 100", 0, 0}, Case{"import", 1, 0}, Case{"hide 0264123456", 1, 0},
+        Case{"recalc --from 2026-11-01 --to 2026-11-02 --reprice", 1, 0}, Case{"purge", 1, 0},
+        Case{"reset zero-length --yes", 1, 0}, Case{"reset calls --yes", 1, 1}, Case{"user list", 1, 1},
+        Case{"group set Readers --rights all", 1, 1}, Case{"log clear", 1, 1}, Case{"log filter show", 1, 1}}) {
+    as("ana", "a", c.command, c.ana);
+    as("dan", "d", c.command, c.dan);
+  }
+  run("group set Readers --rights '6;1;9;1'");
+  as("ana", "a", "user list", 0);
+  run("group set Readers --rights '6;1;9'", 2);
+  run("user set ana --flags disabled");
+  as("ana", "a", "folder show 100", 1);
+  run("user delete dan");
+  as("dan", "d", "folder show 100", 1);
+  run("user delete admin", 1);  // whoever is logged in stays
+  run("group delete Readers");
+  EXPECT_TRUE(contains(run("user list --format csv"), "\n2,ana,,,disabled,"));
+}
+
+TEST_F(Administration, ARestrictionIsTriedBeforeItIsSavedAndHolds) {
+  run("sample-calls 200 --out data/monitor/monitor.data");
+  run("import");
+  run("user add ana --groups Operators --password a --restriction \"Trunk = 5\"");
+  EXPECT_TRUE(contains(run("user set ana --restriction \"Nonsense = 5\"", 1), "Expected 1"));
+  const std::string all = run("folder show 100 --format csv --limit 1000");
+  const std::string some = as("ana", "a", "folder show 100 --format csv --limit 1000", 0);
+  EXPECT_LT(some.size(), all.size());
+  EXPECT_GT(std::count(some.begin(), some.end(), '\n'), 1);
+}
+
+TEST_F(Administration, PasswordsChangeFromTheEnvironmentToo) {
+  run("user add ana --groups Operators --password old");
+  EXPECT_TRUE(contains(run("--user ana passwd", 1, "TALLYBOOK_PASSWORD=old"), "TALLYBOOK_NEW_PASSWORD"));
+  run("--user ana passwd", 0, "TALLYBOOK_PASSWORD=old TALLYBOOK_NEW_PASSWORD=new");
+  as("ana", "old", "folder show 100", 1);
+  as("ana", "new", "folder show 100", 0);
+  // The administrator logs in automatically and goes on to.
+  run("passwd", 0, "TALLYBOOK_NEW_PASSWORD=secret");
+  run("user list");
+}
+
+TEST_F(Administration, TheLogFilterKeepsItsDocumentedForm) {
+  run("log filter set LogFilt_Enabled=1 logfilt_security=1 LogFilt_Err=1 LogFilt_UserEnabled=1 LogFilt_User=adm");
+  EXPECT_EQ(run("log filter condition"),
+            "The password must be changed.\n( Level = 2  OR  Level = 9 ) AND  UserName = \"adm\" \n");
+  run("log filter set LogFilt_IntervalStart=2026-03-01");
+  EXPECT_EQ(run("setting get LogFilt_IntervalStart --where machine"), "03/01/2026\n");
+  run("log filter set LogFilt_Enabled=yes", 2);
+  run("log filter set LogFilt_IntervalStart=31/31/2026", 2);
+  run("log filter set LogFilt_Moon=1", 2);
+  run("log filter clear");
+  EXPECT_TRUE(contains(run("log filter condition"), "\n1=1\n"));
+}
+
+TEST_F(Administration, ResetsAskAndHiddenNumbersComeBack) {
+  run("sample-calls 50 --out data/monitor/monitor.data");
+  run("import");
+  EXPECT_TRUE(contains(run("reset calls", 1), "--yes"));
+  EXPECT_TRUE(contains(run("recalc --from 2026-01-01 --to 2026-12-31 --department --names"), "of 50 calls"));
+  run("recalc --from 2026-01-01 --to 2026-12-31", 2);
+  run("recalc --from 2026-12-31 --to 2026-01-01 --reprice", 2);
+  EXPECT_TRUE(contains(run("purge"), "All calls are kept"));
+  run("setting set Sterge 1 --section Calls --where database --type int");
+  EXPECT_TRUE(contains(run("purge"), "deleted 50"));
+  run("reset contacts --yes");
+  EXPECT_TRUE(contains(run("status --format csv"), "Rows of Contacts,0\n"));
+}
+
+}  // namespace
