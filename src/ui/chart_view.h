@@ -1,12 +1,13 @@
 #pragma once
 
+#include <QPainter>
 #include <QWidget>
 #include <vector>
 
 namespace ui {
 
-// A bar for each row of a statistic folder. Hours, weekdays and months keep the folder's order; the rest show the
-// largest bars first. Painted in the palette's colours.
+// A bar for each row of a statistic folder, painted in the palette's colours: columns from left to right for hours,
+// days and months, all of them; else lines below each other, as many as fit.
 class ChartView : public QWidget {
   Q_OBJECT
 
@@ -18,7 +19,8 @@ class ChartView : public QWidget {
   };
 
   explicit ChartView(QWidget* parent = nullptr);
-  void setBars(const QString& title, std::vector<Bar> bars, const QString& emptyText);
+  enum class Shape { Lines, Columns };
+  void setBars(const QString& title, std::vector<Bar> bars, const QString& emptyText, Shape shape = Shape::Lines);
   [[nodiscard]] const std::vector<Bar>& bars() const { return bars_; }
   [[nodiscard]] QSize minimumSizeHint() const override { return {240, 160}; }
 
@@ -26,9 +28,13 @@ class ChartView : public QWidget {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  void paintLines(QPainter& painter, const QRect& area) const;
+  void paintColumns(QPainter& painter, const QRect& area) const;
+
   QString title_;
   QString emptyText_;
   std::vector<Bar> bars_;
+  Shape shape_ = Shape::Lines;
 };
 
 }  // namespace ui

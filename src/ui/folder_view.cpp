@@ -18,7 +18,7 @@ namespace {
 // Largest selection that is copied: what a clipboard and its reader bear.
 constexpr std::size_t kCopyLimit = 100000;
 
-// A first width for a column without a kept one, in average letters.
+// A first width for a column without a kept one, in digits.
 int defaultLetters(folders::Format format) {
   switch (format) {
     case folders::Format::DateTime:
@@ -39,6 +39,8 @@ CFolderView::CFolderView(server::CServerDoc& document, const Texts& texts, QWidg
     : QTableView(parent), document_(document), texts_(texts), model_(new FolderModel(this)) {
   setObjectName("recordList");
   setModel(model_);
+  // A number that ends at the right and a text that begins at the left keep apart.
+  setStyleSheet("QTableView::item { padding: 0 5px; }");
   setSelectionBehavior(QAbstractItemView::SelectRows);
   setSelectionMode(QAbstractItemView::ExtendedSelection);
   setWordWrap(false);
@@ -107,8 +109,8 @@ void CFolderView::applyLayout() {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const int letters = defaultLetters(folders::formatOfKind(columns[i].definition->kind).format);
     const int heading = fontMetrics().horizontalAdvance(toQt(columns[i].caption)) + 36;
-    const int width =
-        columns[i].width > 0 ? columns[i].width : std::max(heading, fontMetrics().averageCharWidth() * letters);
+    const int width = columns[i].width > 0 ? columns[i].width
+                                           : std::max(heading, fontMetrics().horizontalAdvance(QString(letters, '0')));
     setColumnWidth(static_cast<int>(i), width);
   }
 }

@@ -131,6 +131,7 @@ void CMainFrame::buildStatusBar() {
   messagePane_->setObjectName("messagePane");
   livePane_->setObjectName("livePane");
   countPane_->setObjectName("countPane");
+  for (QLabel* pane : {messagePane_, livePane_, countPane_}) pane->setContentsMargins(8, 0, 8, 0);
   statusBar()->addWidget(messagePane_, 1);
   statusBar()->addPermanentWidget(livePane_);
   statusBar()->addPermanentWidget(countPane_);
@@ -271,7 +272,8 @@ void CMainFrame::showChart() {
   const QString title = QString("%1: %2").arg(toQt(folder->folder().caption()),
                                               toQt(folder->columns()[static_cast<std::size_t>(valueColumn)].caption));
   try {
-    chart_->setBars(title, readBars(*folder, static_cast<std::size_t>(valueColumn)), texts_("IDS_EMPTY_CHART"));
+    chart_->setBars(title, readBars(*folder, static_cast<std::size_t>(valueColumn)), texts_("IDS_EMPTY_CHART"),
+                    inNaturalOrder(folder->folder().id()) ? ChartView::Shape::Columns : ChartView::Shape::Lines);
   } catch (const jet::Error& error) {
     chart_->setBars(title, {}, toQt(error.description()));
   }

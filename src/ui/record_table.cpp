@@ -18,6 +18,9 @@ namespace ui {
 
 namespace {
 
+// Columns take the width of what stands in this many rows.
+constexpr int kRowsMeasured = 200;
+
 // Cells with a fixed set of values are edited in a combo box.
 class ChoiceDelegate : public QStyledItemDelegate {
  public:
@@ -69,6 +72,9 @@ RecordTable::RecordTable(RecordTableModel* model, const QString& name, const Tex
   view_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
                          QAbstractItemView::AnyKeyPressed);
   view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 10);
+  view_->setWordWrap(false);
+  view_->horizontalHeader()->setResizeContentsPrecision(kRowsMeasured);
+  view_->resizeColumnsToContents();
   view_->horizontalHeader()->setStretchLastSection(true);
 
   auto* search = new QLineEdit;
