@@ -1,0 +1,153 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "security/characters.h"
+#include "security/users.h"
+#include "server/server_doc.h"
+#include "support/exchange.h"
+#include "ui/texts.h"
+
+namespace support {
+
+class NobodyLogsIn : public security::LoginPrompt {
+ public:
+  std::optional<security::Credentials> askLogin(const std::string&) override { return {}; }
+  std::optional<security::PasswordChange> askPasswordChange(const std::string&, bool) override { return {}; }
+};
+
+// Keeps what would have been opened or printed.
+class ListeningDesktop : public platform::DocumentHandler {
+ public:
+  bool open(const std::string& pathOrUrl) override {
+    opened.push_back(pathOrUrl);
+    return answer;
+  }
+  bool print(const std::filesystem::path& document) override {
+    printed.push_back(document.string());
+    return answer;
+  }
+
+  std::vector<std::string> opened;
+  std::vector<std::string> printed;
+  bool answer = true;
+};
+
+// The document over a small exchange's files, with an administrator logged in and reports going to the same folder.
+class Desktop {
+ public:
+  explicit Desktop(const std::string& language = "EN") {
+    {
+      const auto main = jet::openDatabase(files.folder / schema::kMainFile, jet::OpenMode::ReadWrite);
+      main->execute(
+          "insert into Groups (RecordID, Name, ObjectAccess) values (1, 'Administrators', '6;1;6;2;9;1;9;2')");
+      main->execute(
+          base::format("insert into Users (RecordID, Name, Fullname, [Password], Flags, Groups) values (1, 'admin', "
+                       "'Ana Pop', %d, 0, "
+                       "';1;')",
+                       static_cast<std::int32_t>(security::PasswordDigest(""))));
+    }
+    foundation::MachineStore machine(storeFile());
+    machine.writeString("general", "PathDatabase", path(""));
+    machine.writeString("general", "Path", path(""));
+    machine.writeString("general", "AutoLoginUser", "admin");
+    machine.writeString("general", "Language", language);
+    app = std::make_unique<server::CServerApp>(storeFile(), TALLYBOOK_BINARY_DIR,
+                                               server::Surroundings{person, login, clock, documents, {}});
+    started = app->InitInstance("", server::CServerApp::OneCopy::Shared) == server::CServerApp::Start::Ready;
+    document = std::make_unique<server::CServerDoc>(*app);
+    started = started && document->OnNewDocument(server::StartDuties{.outputPort = false});
+    texts = std::make_unique<ui::Texts>(app->language());
+  }
+
+  [[nodiscard]] std::filesystem::path storeFile() const { return files.folder / "machine.ini"; }
+  [[nodiscard]] std::string path(const std::string& name) const { return (files.folder / name).string(); }
+  // A stored setting, as a text.
+  [[nodiscard]] std::string setting(const char* section, const char* key) const {
+    const foundation::MachineStore machine(storeFile());
+    if (const auto text = machine.readString(section, key)) return *text;
+    const auto number = machine.readInt(section, key);
+    return number ? std::to_string(*number) : "not stored";
+  }
+  std::string value(const std::string& sql) const {
+    const jet::Snapshot rows = document->database().openSnapshot(sql);
+    return rows.empty() ? "no row" : rows.at(0, 0).toText();
+  }
+
+  ExchangeFiles files;
+  ScriptedOperator person;
+  NobodyLogsIn login;
+  StoppedClock clock;
+  ListeningDesktop documents;
+  std::unique_ptr<server::CServerApp> app;
+  std::unique_ptr<server::CServerDoc> document;
+  std::unique_ptr<ui::Texts> texts;
+  bool started = false;
+};
+
+template <typename Widget>
+Widget& child(QWidget& window, const char* name) {
+  auto* found = window.findChild<Widget*>(name);
+  if (found == nullptr) throw std::runtime_error(std::string("there is no ") + name);
+  return *found;
+}
+
+inline void click(QWidget& window, const char* name) {
+  child<QAbstractButton>(window, name).click();
+}
+
+// What an operator does with each modal window that opens, in order; windows beyond the script are closed and counted.
+class Script {
+ public:
+  using Step = std::function<void(QDialog& dialog)>;
+  explicit Script(std::vector<Step> steps) : steps_(std::move(steps)) {
+    QObject::connect(&timer_, &QTimer::timeout, [this] { act(); });
+    timer_.start(5);
+  }
+  ~Script() {
+    EXPECT_EQ(done_, steps_.size()) << "windows that did not open";
+    EXPECT_EQ(unexpected_, 0) << "windows that were not expected";
+  }
+
+ private:
+  void act() {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (dialog == nullptr || !seen_.insert(dialog).second) return;
+    QObject::connect(dialog, &QObject::destroyed, &timer_, [this, dialog] { seen_.erase(dialog); });
+    if (done_ == steps_.size()) {
+      ++unexpected_;
+      ADD_FAILURE() << "unexpected window "
+                    << fromQString(dialog->objectName() + ": " + dialog->property("text").toString());
+      dialog->close();
+      return;
+    }
+    // Not from the timer's own slot: it would not fire for a window that the step opens.
+    QTimer::singleShot(0, dialog, [dialog, step = steps_[done_++]] {
+      try {
+        step(*dialog);
+      } catch (const std::exception& error) {
+        ADD_FAILURE() << error.what() << " in " << fromQString(dialog->objectName());
+        dialog->done(QDialog::Rejected);
+      }
+    });
+  }
+  static std::string fromQString(const QString& text) { return text.toStdString(); }
+
+  QTimer timer_;
+  std::vector<Step> steps_;
+  std::size_t done_ = 0;
+  int unexpected_ = 0;
+  std::set<QDialog*> seen_;
+};
+
+}  // namespace support

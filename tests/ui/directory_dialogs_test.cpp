@@ -1,0 +1,145 @@
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QSpinBox>
+#include <QTest>
+#include <QTreeWidget>
+
+#include "desktop.h"
+#include "ui/dialogs.h"
+
+namespace {
+
+using namespace support;
+
+class DirectoryDialogsTest : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(desktop.started) << testing::PrintToString(desktop.person.messages); }
+  security::UserDirectory& users() { return desktop.document->users(); }
+  bool edit(const char* user) { return ui::editUser(*desktop.document, *desktop.texts, nullptr, user); }
+  bool editGroup(const char* group) { return ui::editGroup(*desktop.document, *desktop.texts, nullptr, group); }
+
+  Desktop desktop;
+};
+
+void enter(QDialog& dialog, const char* name, const char* text) {
+  child<QLineEdit>(dialog, name).setText(text);
+}
+Script::Step acknowledge(const char* text) {
+  return [text](QDialog& dialog) {
+    EXPECT_TRUE(dialog.property("text").toString().contains(text)) << dialog.property("text").toString().toStdString();
+    click(dialog, "ok");
+  };
+}
+
+// A click that opens a further window: the script goes on meanwhile.
+void clickLater(QDialog& dialog, const char* name) {
+  QTimer::singleShot(0, &dialog, [&dialog, name] { click(dialog, name); });
+}
+
+TEST_F(DirectoryDialogsTest, ANewUserIsStoredWithPasswordFlagsAndGroups) {
+  const Script script({[](QDialog& dialog) {
+    enter(dialog, "userName", "ana");
+    enter(dialog, "fullName", "Ana Pop");
+    enter(dialog, "password", "secret");
+    enter(dialog, "repeated", "secret");
+    child<QCheckBox>(dialog, "mustChange").setChecked(true);
+    child<QListWidget>(dialog, "groups").item(0)->setCheckState(Qt::Checked);
+    click(dialog, "ok");
+  }});
+  EXPECT_TRUE(edit(""));
+  const auto ana = users().findUser("ana");
+  ASSERT_TRUE(ana);
+  EXPECT_EQ(ana->Fullname, "Ana Pop");
+  EXPECT_EQ(ana->passwordDigest, security::PasswordDigest("secret"));
+  EXPECT_EQ(ana->Flags, security::UserMustChangePassword);
+  EXPECT_EQ(ana->Groups, ";1;");
+}
+
+TEST_F(DirectoryDialogsTest, WithoutANewPasswordTheOldOneStays) {
+  const auto before = users().findUser("admin");
+  const Script script({[](QDialog& dialog) {
+    enter(dialog, "fullName", "The Boss");
+    click(dialog, "ok");
+  }});
+  EXPECT_TRUE(edit("admin"));
+  EXPECT_EQ(users().findUser("admin")->passwordDigest, before->passwordDigest);
+  EXPECT_EQ(users().findUser("admin")->Fullname, "The Boss");
+}
+
+TEST_F(DirectoryDialogsTest, ARestrictionThatFailsItsTrialIsNotSaved) {
+  const Script script({[](QDialog& dialog) {
+    child<QPlainTextEdit>(dialog, "restriction").setPlainText("Nonsense = 1");
+    click(dialog, "ok");
+    EXPECT_TRUE(dialog.isVisible());
+    child<QPlainTextEdit>(dialog, "restriction").setPlainText("Extension = '201'");
+    click(dialog, "ok");
+  }});
+  EXPECT_TRUE(edit("admin"));
+  EXPECT_EQ(desktop.person.messages.size(), 1U);
+  EXPECT_EQ(users().findUser("admin")->SQLSubquery, "Extension = '201'");
+}
+
+TEST_F(DirectoryDialogsTest, RefusalsAreExplainedAndTheDialogStaysOpen) {
+  QDialog* user = nullptr;
+  const Script script({[&user](QDialog& dialog) {
+                         user = &dialog;
+                         enter(dialog, "userName", "admin");
+                         enter(dialog, "password", "a");
+                         enter(dialog, "repeated", "b");
+                         clickLater(dialog, "ok");
+                       },
+                       [&user](QDialog& message) {
+                         acknowledge("differ")(message);
+                         enter(*user, "repeated", "a");
+                         clickLater(*user, "ok");
+                       },
+                       [&user](QDialog& message) {
+                         acknowledge("already in use")(message);
+                         clickLater(*user, "cancel");
+                       }});
+  EXPECT_FALSE(edit(""));
+}
+
+TEST_F(DirectoryDialogsTest, ANewGroupGetsValidityRightsAndMembers) {
+  const Script script({[](QDialog& dialog) {
+    enter(dialog, "groupName", "Readers");
+    auto& validity = child<QSpinBox>(dialog, "validity");
+    EXPECT_EQ(validity.text(), "unlimited");
+    validity.setValue(30);
+    EXPECT_EQ(validity.text(), "30 days");
+    child<QTreeWidget>(dialog, "rights").topLevelItem(1)->child(0)->setCheckState(0, Qt::Checked);
+    child<QListWidget>(dialog, "others").item(0)->setSelected(true);
+    click(dialog, "addMember");
+    click(dialog, "ok");
+  }});
+  EXPECT_TRUE(editGroup(""));
+  const auto readers = users().findGroup("Readers");
+  ASSERT_TRUE(readers);
+  EXPECT_EQ(readers->PasswordExpire, 30);
+  EXPECT_EQ(readers->ObjectAccess, "9;1");
+  ASSERT_EQ(users().members(readers->RecordID).size(), 1U);
+}
+
+TEST_F(DirectoryDialogsTest, AMemberLeavesAGroupOnlyAfterTheQuestion) {
+  const auto remove = [](QDialog& dialog) {
+    child<QListWidget>(dialog, "members").item(0)->setSelected(true);
+    click(dialog, "removeMember");
+    click(dialog, "cancel");
+  };
+  desktop.person.answer = false;
+  {
+    const Script script({remove});
+    EXPECT_FALSE(editGroup("Administrators"));
+  }
+  EXPECT_EQ(users().members(1).size(), 1U);
+  desktop.person.answer = true;
+  {
+    const Script script({remove});
+    EXPECT_TRUE(editGroup("Administrators"));
+  }
+  EXPECT_TRUE(users().members(1).empty());
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+#include "ui/first_run.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QTest>
+#include <QWizard>
+
+#include "convert/converter.h"
+#include "desktop.h"
+
+namespace {
+
+using namespace support;
+
+// A workstation without settings.
+class FirstRunTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(app.InitInstance("", server::CServerApp::OneCopy::Shared), server::CServerApp::Start::Ready);
+  }
+  std::string setting(const char* key) const {
+    return foundation::MachineStore(folder / "machine.ini").readString("general", key).value_or("not stored");
+  }
+  std::string path(const char* name) const { return (folder / name).string(); }
+
+  TemporaryFolder folder;
+  ScriptedOperator person;
+  NobodyLogsIn login;
+  StoppedClock clock;
+  ListeningDesktop documents;
+  server::CServerApp app{folder / "machine.ini", TALLYBOOK_BINARY_DIR,
+                         server::Surroundings{person, login, clock, documents, {}}};
+};
+
+void next(QDialog& dialog) {
+  dynamic_cast<QWizard&>(dialog).next();
+}
+void enter(QDialog& dialog, const char* name, const std::string& text) {
+  child<QLineEdit>(dialog, name).setText(ui::toQt(text));
+}
+
+TEST_F(FirstRunTest, MakesADataFolderWithTheSampleInTheChosenLanguage) {
+  const Script script({[this](QDialog& dialog) {
+    auto& language = child<QComboBox>(dialog, "language");
+    language.setCurrentIndex(language.findData("RO"));
+    EXPECT_EQ(dynamic_cast<QWizard&>(dialog).buttonText(QWizard::NextButton), "Înainte >");
+    next(dialog);
+    next(dialog);
+    enter(dialog, "folder", path("data"));
+    child<QCheckBox>(dialog, "sample").setChecked(true);
+    next(dialog);
+    EXPECT_EQ(child<QLineEdit>(dialog, "area").text(), "21");
+    next(dialog);
+    enter(dialog, "password", "secret");
+    enter(dialog, "repeated", "secret");
+    dialog.accept();
+  }});
+  EXPECT_TRUE(ui::firstRun(app));
+  EXPECT_EQ(setting("PathDatabase"), path("data") + "/");
+  EXPECT_EQ(setting("PathMonitor"), path("data") + "/monitor/");
+  EXPECT_EQ(setting("CountryCode"), "40");
+  EXPECT_EQ(setting("Lang"), "RO");
+  EXPECT_TRUE(std::filesystem::exists(path("data/monitor/monitor.data")));
+  const auto main = jet::openDatabase(path("data/tallybook.mdb"), jet::OpenMode::ReadOnly);
+  EXPECT_EQ(main->openSnapshot("select Password as p from Users").at(0, 0).toLong(),
+            static_cast<std::int32_t>(security::PasswordDigest("secret")));
+  // Next time there is nothing to ask.
+  EXPECT_TRUE(ui::firstRun(app));
+}
+
+TEST_F(FirstRunTest, AFolderWithoutADatabaseCannotBeOpened) {
+  QDialog* wizard = nullptr;
+  const Script script({[this, &wizard](QDialog& dialog) {
+                         wizard = &dialog;
+                         next(dialog);
+                         child<QRadioButton>(dialog, "open").setChecked(true);
+                         next(dialog);
+                         enter(dialog, "folder", path("nothing"));
+                         QTimer::singleShot(0, &dialog, [&dialog] { next(dialog); });
+                       },
+                       [&wizard](QDialog& message) {
+                         click(message, "ok");
+                         QTimer::singleShot(0, wizard, [wizard] {
+                           EXPECT_TRUE(child<QLineEdit>(*wizard, "folder").isVisible());
+                           wizard->reject();
+                         });
+                       }});
+  EXPECT_FALSE(ui::firstRun(app));
+  EXPECT_EQ(setting("PathDatabase"), "not stored");
+}
+
+TEST_F(FirstRunTest, AnOldDatabaseInTheConfiguredFolderIsConvertedBesideIt) {
+  const std::filesystem::path old = folder / "old";
+  std::filesystem::create_directory(old);
+  const auto found = std::filesystem::path(TALLYBOOK_SOURCE_DIR) / "tests/data/jet-files/text-extension/tallybook.mdb";
+  std::filesystem::copy_file(found, old / "tallybook.mdb");
+  foundation::MachineStore(folder / "machine.ini").writeString("general", "PathDatabase", old.string() + "/");
+  ASSERT_TRUE(convert::isOldDatabase(old / "tallybook.mdb"));
+  const Script script({[](QDialog& dialog) {
+                         next(dialog);
+                         EXPECT_TRUE(child<QRadioButton>(dialog, "convert").isChecked());
+                         next(dialog);
+                         next(dialog);
+                         QTimer::singleShot(0, &dialog, [&dialog] { dialog.accept(); });
+                       },
+                       [](QDialog& report) { click(report, "ok"); }});
+  EXPECT_TRUE(ui::firstRun(app));
+  EXPECT_EQ(setting("PathDatabase"), old.string() + "-new/");
+  EXPECT_TRUE(std::filesystem::exists(old / "tallybook.mdb"));
+}
+
+}  // namespace

@@ -1,0 +1,269 @@
+#include "ui/main_frame.h"
+
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QTest>
+
+#include "desktop.h"
+#include "ui/command_handler.h"
+#include "ui/login_dialogs.h"
+#include "ui/settings/settings_sheet.h"
+
+namespace {
+
+using namespace support;
+
+constexpr int kCalls = 100;
+constexpr int kExtensions = 101;
+constexpr int kUsers = 97;
+constexpr int kKindNumber = 400;
+constexpr int kKindDuration = 404;
+constexpr int kKindDepartment = 413;
+
+std::string callTo(const std::string& number, int seconds) {
+  exchange::CallRecord call = sampleCall(number);
+  call.setDuration(seconds);
+  return exchange::encodeRecord(call, false, 1252);
+}
+
+// The main window over a small exchange.
+class MainFrameTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(desktop.started) << testing::PrintToString(desktop.person.messages);
+    desktop.files.writeMonitorFile(callTo("3456789", 61) + callTo("9999999", 200) + callTo("3456789", 30));
+    frame = std::make_unique<ui::CMainFrame>(*desktop.document, *desktop.texts, operator_);
+    frame->start();
+    frame->importCalls();
+    frame->selectFolder(kCalls);
+  }
+  void TearDown() override {
+    if (frame) frame->close();
+  }
+
+  [[nodiscard]] ui::CFolderView& list() const { return frame->list(); }
+  [[nodiscard]] int rows() const { return list().model().rowCount(); }
+  [[nodiscard]] std::string cell(int row, int kind) const {
+    return ui::fromQt(list().model().text(row, list().model().columnOf(kind)));
+  }
+  void select(int row, int kind) { list().setCurrentIndex(list().model().index(row, list().model().columnOf(kind))); }
+  QAction& action(const char* key) { return child<QAction>(key); }
+  void clickHeading(int kind) { emit list().horizontalHeader()->sectionClicked(list().model().columnOf(kind)); }
+  template <typename Object>
+  Object& child(const char* name) {
+    auto* found = frame->findChild<Object*>(name);
+    if (found == nullptr) throw std::runtime_error(std::string("there is no ") + name);
+    return *found;
+  }
+
+  Desktop desktop;
+  ui::QtOperator operator_;
+  std::unique_ptr<ui::CMainFrame> frame;
+};
+
+TEST_F(MainFrameTest, AnImportShowsItsCallsAndSaysHowMany) {
+  EXPECT_EQ(rows(), 3);
+  desktop.files.writeMonitorFile(callTo("7654321", 5));
+  action("IDS_ACTION_IMPORT").trigger();
+  EXPECT_EQ(rows(), 4);
+  EXPECT_EQ(child<QLabel>("messagePane").text(), "1 calls imported");
+  EXPECT_TRUE(child<QLabel>("countPane").text().startsWith("4 ")) << ui::fromQt(child<QLabel>("countPane").text());
+}
+
+TEST_F(MainFrameTest, AClickOnAHeadingSortsAndASecondOneTurnsTheOrder) {
+  clickHeading(kKindDuration);
+  EXPECT_EQ(cell(0, kKindDuration), "00:00:30");
+  clickHeading(kKindDuration);
+  EXPECT_EQ(cell(0, kKindDuration), "00:03:20");
+}
+
+TEST_F(MainFrameTest, FilteringByTheCurrentValueNarrowsTheListUntilTheFilterIsSwitchedOff) {
+  clickHeading(kKindDuration);
+  select(2, kKindNumber);
+  ASSERT_EQ(cell(2, kKindNumber), "9999999");
+  action("IDS_ACTION_FILTER_VALUE").trigger();
+  EXPECT_EQ(rows(), 1);
+  EXPECT_TRUE(action("IDS_ACTION_FILTER_ON").isChecked());
+  EXPECT_TRUE(child<QTextEdit>("filterPane").toPlainText().contains("9999999"));
+  action("IDS_ACTION_FILTER_ON").trigger();
+  EXPECT_EQ(rows(), 3);
+  EXPECT_FALSE(action("IDS_ACTION_FILTER_ON").isChecked());
+}
+
+TEST_F(MainFrameTest, AStatisticDrawsItsRowsAndLeadsToTheirCalls) {
+  EXPECT_TRUE(child<ui::ChartView>("chart").isHidden());
+  frame->selectFolder(kExtensions);
+  ASSERT_EQ(rows(), 1);
+  const auto& bars = child<ui::ChartView>("chart").bars();
+  ASSERT_EQ(bars.size(), 1U);
+  EXPECT_TRUE(bars[0].caption.startsWith("201"));
+  EXPECT_TRUE(action("IDS_ACTION_SUMMARY").isEnabled());
+  list().setCurrentIndex(list().model().index(0, 0));
+  action("IDS_ACTION_SHOW_CALLS").trigger();
+  EXPECT_EQ(list().folderId(), kCalls);
+  EXPECT_EQ(rows(), 3);
+}
+
+TEST_F(MainFrameTest, AHiddenNumberMarksItsCalls) {
+  clickHeading(kKindDuration);
+  select(2, kKindNumber);
+  action("IDS_ACTION_HIDE_NUMBER").trigger();
+  EXPECT_EQ(desktop.value("select count(*) as c from Calls where Hidden"), "1");
+  clickHeading(kKindDuration);
+  clickHeading(kKindDuration);
+  select(2, kKindNumber);
+  action("IDS_ACTION_SHOW_NUMBER").trigger();
+  EXPECT_EQ(desktop.value("select count(*) as c from Calls where Hidden"), "0");
+}
+
+TEST_F(MainFrameTest, CommandsAreOfferedWhereTheyMakeSense) {
+  select(0, kKindNumber);
+  EXPECT_TRUE(action("IDS_ACTION_HIDE_NUMBER").isEnabled());
+  EXPECT_FALSE(action("IDS_ACTION_NEW").isEnabled());
+  EXPECT_FALSE(action("IDS_ACTION_SUMMARY").isEnabled());
+  frame->selectFolder(kUsers);
+  EXPECT_TRUE(action("IDS_ACTION_NEW").isEnabled());
+  list().setCurrentIndex(list().model().index(0, 0));
+  EXPECT_TRUE(action("IDS_ACTION_EDIT").isEnabled());
+  EXPECT_FALSE(action("IDS_ACTION_HIDE_NUMBER").isEnabled());
+}
+
+TEST_F(MainFrameTest, TheUserOfTheSessionIsNotDeleted) {
+  frame->selectFolder(kUsers);
+  list().setCurrentIndex(list().model().index(0, 0));
+  action("IDS_ACTION_DELETE").trigger();
+  EXPECT_EQ(desktop.value("select count(*) as c from Users"), "1");
+  EXPECT_EQ(desktop.person.messages.back(), desktop.app->language().Translate("IDS_DELETE_SELF"));
+}
+
+TEST_F(MainFrameTest, MovedAndHiddenColumnsAreKeptForTheNextOpening) {
+  list().horizontalHeader()->moveSection(0, 3);
+  const int second = list().model().kindOf(1);
+  list().saveLayout();
+  frame->selectFolder(kExtensions);
+  frame->selectFolder(kCalls);
+  EXPECT_EQ(list().model().kindOf(0), second);
+  EXPECT_EQ(list().model().kindOf(3), kKindNumber);
+}
+
+TEST_F(MainFrameTest, AnExtensionsNewDepartmentIsThatOfItsNextCall) {
+  ui::SettingsSheet sheet(*desktop.document, *desktop.texts);
+  auto& table = support::child<QTableView>(sheet, "extensionsTable");
+  ASSERT_TRUE(table.model()->setData(table.model()->index(0, 2), "Marketing", Qt::EditRole));
+  sheet.accept();
+  desktop.files.writeMonitorFile(callTo("7654321", 5));
+  frame->importCalls();
+  clickHeading(kKindDuration);
+  EXPECT_EQ(cell(0, kKindDepartment), "Marketing");
+  EXPECT_EQ(cell(1, kKindDepartment), "Sales");
+}
+
+TEST_F(MainFrameTest, ThePriceTesterExplainsAPrice) {
+  ui::SettingsSheet sheet(*desktop.document, *desktop.texts);
+  QTest::keyClicks(&support::child<QLineEdit>(sheet, "testerNumber"), "3456789");
+  support::child<QSpinBox>(sheet, "testerTrunk").setValue(5);
+  support::child<QSpinBox>(sheet, "testerDuration").setValue(61);
+  support::click(sheet, "testerCalculate");
+  EXPECT_TRUE(support::child<QPlainTextEdit>(sheet, "testerSteps").toPlainText().contains("Telco"));
+}
+
+TEST(Language, WindowsAreInTheLanguageOfTheWorkstation) {
+  Desktop desktop("RO");
+  ASSERT_TRUE(desktop.started);
+  ui::SettingsSheet sheet(*desktop.document, *desktop.texts);
+  EXPECT_EQ(sheet.windowTitle(), "Setări");
+  EXPECT_EQ(support::child<QTabWidget>(sheet, "pages").tabText(0), "Interioare");
+}
+
+TEST(FolderModel, AWindowOverALongFolderShowsTheSameRecordsWhereverItStands) {
+  Desktop desktop;
+  ASSERT_TRUE(desktop.started);
+  desktop.files.writeMonitorFile(sampleRecords(300));
+  desktop.document->importMonitorFile();
+  constexpr std::int64_t kWindow = 100;
+  ui::FolderModel model(nullptr, kWindow);
+  model.setFolder(std::make_unique<folders::FolderView>(
+      *folders::findFolder(kCalls), desktop.document->folderServices(), desktop.document->valueFormatter()));
+  constexpr int kKindPulses = 428;
+  const auto pulses = [&](int row) { return model.text(row, model.columnOf(kKindPulses)).toInt(); };
+  ASSERT_EQ(model.totalRows(), 300);
+  ASSERT_EQ(model.rowCount(), kWindow);
+  const QPersistentModelIndex marked(model.index(90, 0));
+  model.moveWindow(50);
+  EXPECT_EQ(pulses(0), 50);
+  EXPECT_EQ(marked.row(), 40);
+  model.moveWindow(1000);
+  EXPECT_EQ(model.windowStart(), 200);
+  EXPECT_EQ(pulses(99), 299);
+  EXPECT_FALSE(marked.isValid());
+}
+
+// Logging in through the dialog, over the files of a small exchange.
+class LoginTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(first.started);
+    security::UserRecord ana;
+    ana.Name = "ana";
+    ana.Groups = ";1;";
+    ASSERT_EQ(first.document->users().SaveUser(ana, "secret"), security::SaveResult::Saved);
+    first.document->OnCloseDocument();
+    foundation::MachineStore machine(first.storeFile());
+    machine.erase("general", "AutoLoginUser");
+  }
+
+  // Starts a second copy; the script answers its dialogs.
+  bool start(std::vector<Script::Step> steps) {
+    const Script script(std::move(steps));
+    return document.OnNewDocument(server::StartDuties{.maintain = false, .outputPort = false});
+  }
+  static Script::Step logIn(const char* name, const char* password) {
+    return [=](QDialog& dialog) {
+      support::child<QLineEdit>(dialog, "userName").setText(name);
+      support::child<QLineEdit>(dialog, "password").setText(password);
+      click(dialog, "ok");
+    };
+  }
+
+  Desktop first;
+  foundation::MachineStore store{first.storeFile()};
+  foundation::ConfigManager settings{store};
+  ui::QtLoginPrompt prompt{settings, [this]() -> const foundation::LanguageFile& { return first.app->language(); }};
+  ScriptedOperator person;
+  server::CServerApp app{first.storeFile(), TALLYBOOK_BINARY_DIR,
+                         server::Surroundings{person, prompt, first.clock, first.documents, {}}};
+  bool ready = app.InitInstance("", server::CServerApp::OneCopy::Shared) == server::CServerApp::Start::Ready;
+  server::CServerDoc document{app};
+};
+
+TEST_F(LoginTest, TheRightPasswordOpensAndTheNameIsProposedNextTime) {
+  EXPECT_TRUE(start({logIn("ana", "secret")}));
+  EXPECT_EQ(document.user().Name, "ana");
+  EXPECT_EQ(first.setting("general", "LastUser"), "ana");
+}
+
+TEST_F(LoginTest, ThreeWrongPasswordsEndTheStart) {
+  EXPECT_FALSE(start({logIn("ana", "x"), logIn("ana", "y"), logIn("nobody", "secret")}));
+  EXPECT_EQ(person.messages.size(), 3U);
+}
+
+TEST_F(LoginTest, AnExpiredPasswordIsChangedBeforeTheStartGoesOn) {
+  {
+    const auto main = jet::openDatabase(first.files.folder / schema::kMainFile, jet::OpenMode::ReadWrite);
+    main->execute("update Groups set PasswordExpire = 30");
+    main->execute("update Users set PasswordDate = #1/1/2024# where Name = 'ana'");
+  }
+  EXPECT_TRUE(start({logIn("ana", "secret"), [](QDialog& dialog) {
+                       support::child<QLineEdit>(dialog, "current").setText("secret");
+                       support::child<QLineEdit>(dialog, "wanted").setText("better");
+                       support::child<QLineEdit>(dialog, "repeated").setText("better");
+                       click(dialog, "ok");
+                     }}));
+  EXPECT_EQ(document.user().passwordDigest, security::PasswordDigest("better"));
+}
+
+}  // namespace
