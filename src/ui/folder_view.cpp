@@ -6,8 +6,10 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QPainter>
+#include <QStyledItemDelegate>
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "folders/column_layout.h"
 
@@ -33,14 +35,36 @@ int defaultLetters(folders::Format format) {
   }
 }
 
+// Keeps a number that ends at the right and a text that begins at the left apart.
+class RoomyDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    const QStyle& style = *(option.widget != nullptr ? option.widget->style() : QApplication::style());
+    const QString text = std::exchange(cell.text, QString());
+    style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, option.widget);
+    cell.text = text;
+    cell.rect.adjust(kCellMargin, 0, -kCellMargin, 0);
+    const bool selected = (option.state & QStyle::State_Selected) != 0;
+    style.drawItemText(painter, cell.rect, static_cast<int>(cell.displayAlignment), cell.palette, true,
+                       cell.fontMetrics.elidedText(text, Qt::ElideRight, cell.rect.width()),
+                       selected ? QPalette::HighlightedText : QPalette::Text);
+  }
+
+ private:
+  static constexpr int kCellMargin = 6;
+};
+
 }  // namespace
 
 CFolderView::CFolderView(server::CServerDoc& document, const Texts& texts, QWidget* parent)
     : QTableView(parent), document_(document), texts_(texts), model_(new FolderModel(this)) {
   setObjectName("recordList");
   setModel(model_);
-  // A number that ends at the right and a text that begins at the left keep apart.
-  setStyleSheet("QTableView::item { padding: 0 5px; }");
+  setItemDelegate(new RoomyDelegate(this));
   setSelectionBehavior(QAbstractItemView::SelectRows);
   setSelectionMode(QAbstractItemView::ExtendedSelection);
   setWordWrap(false);
