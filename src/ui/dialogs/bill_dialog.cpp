@@ -23,7 +23,7 @@ class BillDialog : public FormDialog {
     extension_->loadList();
     period_ = named(new PeriodEdit(PeriodEdit::Times::Shown, texts), "period");
     auto* form = new QFormLayout;
-    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->addRow(texts("IDS_EXTENSION"), extension_);
     form->addRow(texts("IDS_FILTER_PERIOD"), period_);
     body()->addLayout(form);

@@ -155,7 +155,7 @@ Contact ContactsSheet::edited() {
 
 bool ContactsSheet::save() {
   const Contact contact = edited();
-  if (contact.name.empty() && contact.organization.empty()) {
+  if (contact.contact.empty()) {  // nor a name or organization to take it from
     warn(this, texts(), texts()("IDS_CONTACT_NAMELESS"));
     return false;
   }

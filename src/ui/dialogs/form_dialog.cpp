@@ -19,7 +19,7 @@ FormDialog::FormDialog(const Texts& texts, const char* captionKey, const char* n
 }
 
 QPushButton* FormDialog::addButton(const char* key, const char* name) {
-  auto* button = named(buttons_->addButton(texts_(key), QDialogButtonBox::ActionRole), name);
+  auto* button = named(buttons_->addButton(texts_(key), QDialogButtonBox::ResetRole), name);
   button->setAutoDefault(false);
   return button;
 }

@@ -28,7 +28,7 @@ class FormDialog : public QDialog {
   [[nodiscard]] QVBoxLayout* body() { return body_; }
   [[nodiscard]] QPushButton* okButton() { return buttons_->button(QDialogButtonBox::Ok); }
   [[nodiscard]] QPushButton* cancelButton() { return buttons_->button(QDialogButtonBox::Cancel); }
-  // A further button, beside those two.
+  // A further button, at the other end of their row.
   QPushButton* addButton(const char* key, const char* name);
   QCheckBox* makeCheckBox(const char* key, const char* name);
 

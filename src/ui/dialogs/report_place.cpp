@@ -13,7 +13,7 @@ std::filesystem::path reportFile(server::CServerDoc& document, const char* name)
   auto file = folders::listReportFile(document.app().config(), fromQt(documents));
   // A new user may have no documents folder yet; what cannot be made is reported when the page is written.
   if (file.parent_path() == std::filesystem::path(fromQt(documents))) QDir().mkpath(documents);
-  return file.replace_filename(name);
+  return file.replace_filename(name).lexically_normal();
 }
 
 void handOver(server::CServerDoc& document, const Texts& texts, QWidget* parent, const std::filesystem::path& page,
