@@ -11,6 +11,12 @@ namespace soak {
 
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+
 using Clock = std::chrono::steady_clock;
 
 // Memory of the service over the calls sent.
@@ -30,6 +36,9 @@ class MemoryCurve {
     for (const Sample& sample : samples_) peak = std::max(peak, sample.kilobytes);
     std::cout << base::format("memory of the service: %d MiB when warm, %d MiB at the end, %d MiB at most\n",
                               warm / 1024, last / 1024, peak / 1024);
+    // A sanitizer keeps freed memory aside, and a run of seconds ends while caches still fill.
+    constexpr std::int64_t kTellingRecords = 20000;
+    if (records < kTellingRecords || kSanitized) return true;
     return check(warm == 0 || last <= warm + kAllowedKilobytes, "the service's memory grew");
   }
 
