@@ -1,19 +1,12 @@
 #include "folders/catalogue.h"
 
+#include "base/characters.h"
+
 namespace folders {
 
 namespace {
 
 constexpr std::size_t kCaptionLength = 31;  // characters
-
-std::string firstCharacters(const std::string& text, std::size_t count) {
-  std::size_t at = 0;
-  for (; at < text.size(); ++at) {
-    const bool startsCharacter = (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
-    if (startsCharacter && count-- == 0) break;
-  }
-  return text.substr(0, at);
-}
 
 constexpr unsigned kKeyFlags = ColumnShown | ColumnKey;
 
@@ -195,7 +188,7 @@ std::span<const ColumnDefinition> contactColumns() {
 }
 
 std::string folderCaption(const FolderDefinition& definition, const foundation::LanguageFile& texts) {
-  return firstCharacters(texts.Translate(definition.caption), kCaptionLength);
+  return std::string(base::firstCharacters(texts.Translate(definition.caption), kCaptionLength));
 }
 
 std::string currentCondition(const FolderDefinition& definition, const FolderServices& services) {

@@ -1,5 +1,6 @@
 #include "ingest/enrichment.h"
 
+#include "base/characters.h"
 #include "base/printf.h"
 
 namespace ingest {
@@ -11,7 +12,7 @@ constexpr std::size_t kLongestUnnamedNumber = 3;
 
 void Enrichment::setName(CallRow& row, const exchange::CallRecord& record, const tariff::PricingContext& context) {
   // Without a known provider there is no normalised number to look for, and an empty one would match everybody.
-  if (record.dialledNumber.size() <= kLongestUnnamedNumber || context.number.empty()) return;
+  if (base::characterCount(record.dialledNumber) <= kLongestUnnamedNumber || context.number.empty()) return;
   if (auto name = nameOf(context.number)) row.set(&CallFields::Name, std::move(*name));
 }
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "base/characters.h"
 #include "base/text.h"
 #include "jet/error.h"
-#include "security/characters.h"
 
 namespace security {
 
@@ -93,7 +93,7 @@ void AuditLog::LoadLogLevels() {
 bool AuditLog::writeEntry(int level, std::string text) {
   if (database_ == nullptr || database_->readOnly()) return false;
   logRecordset_->addNew();
-  logRecordset_->set("Desc", firstCharacters(text, kMaxText));
+  logRecordset_->set("Desc", base::firstCharacters(text, kMaxText));
   logRecordset_->set("UserName", userName_());
   logRecordset_->set("DateTime", clock_.now());
   logRecordset_->set("Level", level);

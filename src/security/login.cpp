@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/characters.h"
 #include "base/printf.h"
-#include "security/characters.h"
 #include "security/rights.h"
 #include "security/users.h"
 
@@ -98,8 +98,8 @@ bool LoginManager::LoadUser(jet::Recordset& users, bool withGroups) {
   session_.LastAccessDate = users.get("LastAccessDate").toDateTime();
   session_.PasswordDate = users.get("PasswordDate").toDateTime();
   session_.SQLSubquery = users.get("SQLSubquery").toText();
-  if (characterCount(session_.SQLSubquery) >= kRestrictionLimit) session_.SQLSubquery.clear();
-  session_.Name = firstCharacters(users.get("Name").toText(), kMaxUserName);
+  if (base::characterCount(session_.SQLSubquery) >= kRestrictionLimit) session_.SQLSubquery.clear();
+  session_.Name = base::firstCharacters(users.get("Name").toText(), kMaxUserName);
   session_.Fullname = users.get("Fullname").toText();
   if (withGroups) loadGroups(users.get("Groups").toText());
   return true;

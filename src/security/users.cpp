@@ -4,10 +4,10 @@
 
 #include <algorithm>
 
+#include "base/characters.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "jet/error.h"
-#include "security/characters.h"
 #include "security/rights.h"
 
 namespace security {
@@ -180,7 +180,7 @@ SaveResult UserDirectory::SaveUser(UserRecord& user, const std::optional<std::st
   tags_.Touch("Users");
   transaction.commit();
 
-  if (characterCount(user.SQLSubquery) >= kRestrictionLimit) {
+  if (base::characterCount(user.SQLSubquery) >= kRestrictionLimit) {
     person_.messageBox(texts_.TranslateFormat("IDS_RESTRICTION_TOO_LONG", user.Name, kRestrictionLimit - 1));
   }
   return SaveResult::Saved;

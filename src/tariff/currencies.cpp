@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/characters.h"
 #include "base/printf.h"
 #include "base/text.h"
 
@@ -12,7 +13,7 @@ using foundation::StoreDatabase;
 namespace {
 
 constexpr const char* kTable = "Currency";
-constexpr std::size_t kNameLength = 7;
+constexpr std::size_t kNameLength = 7;  // characters
 
 std::string tableQuery() {
   return base::format("SELECT * FROM [%s]", kTable);
@@ -21,7 +22,7 @@ std::string tableQuery() {
 CURRENCYDESC readRow(const jet::Snapshot& rows, std::size_t row) {
   CURRENCYDESC entry;
   entry.id = static_cast<std::int32_t>(rows.at(row, "CurrencyID").toLong());
-  entry.name = rows.at(row, "Name").toText().substr(0, kNameLength);
+  entry.name = base::firstCharacters(rows.at(row, "Name").toText(), kNameLength);
   entry.ratio = rows.at(row, "Ratio").toDouble();
   entry.dateModify = rows.at(row, "DateModify").toDateTime();
   entry.isDefault = rows.at(row, "Default").toLong() != 0;

@@ -1,7 +1,6 @@
 #include "tariff/price.h"
 
-#include <algorithm>
-
+#include "base/characters.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "tariff/dialled_number.h"
@@ -43,11 +42,6 @@ std::optional<base::DateTime> startOf(const CallRecord& record) {
   return base::DateTime::fromParts(record.year, record.month, record.day, record.hour24(), record.minute, 0);
 }
 
-// Characters, as "charge_minimum_digits" counts them; texts are UTF-8 here.
-std::int64_t lengthOf(std::string_view text) {
-  return std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; });
-}
-
 std::string profileQuery(const std::string& profile, base::DateTime date, std::int32_t providerId) {
   const base::DateTime::Parts day = date.parts();
   const char* text = profile.empty()
@@ -76,14 +70,14 @@ std::string normalisedDestinationQuery(std::int32_t providerId, std::string_view
       providerId, number);
 }
 
-std::string pulseChargeQuery(std::int64_t destinationId, std::int64_t profileId, std::int64_t digits) {
+std::string pulseChargeQuery(std::int64_t destinationId, std::int64_t profileId, std::size_t digits) {
   return base::format(
       "select top 1 * from charges where destination_id = %d and profile_id = %d and charge_minimum_digits <= %d",
       destinationId, profileId, digits);
 }
 
 std::string timeChargeQuery(std::int64_t destinationId, std::int64_t profileId, const std::string& condition,
-                            std::int64_t digits) {
+                            std::size_t digits) {
   return base::format(
       "select * from charges where destination_id = %d and profile_id = %d and (%s) and charge_minimum_digits <= %d",
       destinationId, profileId, condition, digits);
@@ -261,7 +255,7 @@ bool PriceCalculator::findDestination(Call& call) {
 
 PriceOutcome PriceCalculator::priceByPulses(const Call& call, PricingContext& output) {
   const jet::Snapshot rows = tariffs_->database().openSnapshot(
-      pulseChargeQuery(call.destinationId, call.profileId, lengthOf(call.record.dialledNumber)));
+      pulseChargeQuery(call.destinationId, call.profileId, base::characterCount(call.record.dialledNumber)));
   if (rows.empty()) return reportNoRule(call, PriceOutcome::NoCharge);
   const jet::Value& currency = rows.at(0, "charge_currency");
   if (currency.type() != jet::Type::Text) return PriceOutcome::UnusableCharge;
@@ -279,8 +273,9 @@ PriceOutcome PriceCalculator::priceByTime(const Call& call, PricingContext& outp
     call.trace->dayEncoding = encoding;
     call.trace->interval = interval;
   }
-  const jet::Snapshot rows = tariffs_->database().openSnapshot(timeChargeQuery(
-      call.destinationId, call.profileId, timeCondition(encoding, interval), lengthOf(call.record.dialledNumber)));
+  const jet::Snapshot rows = tariffs_->database().openSnapshot(
+      timeChargeQuery(call.destinationId, call.profileId, timeCondition(encoding, interval),
+                      base::characterCount(call.record.dialledNumber)));
   if (rows.empty()) return reportNoRule(call, PriceOutcome::NoCharge);
 
   const ChargeColumns columns(rows);

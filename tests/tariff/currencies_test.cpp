@@ -43,10 +43,11 @@ TEST_F(CurrenciesTest, ComeBackInTheirOrder) {
 }
 
 TEST_F(CurrenciesTest, NamesKeepSevenCharacters) {
-  currencies.entries = {{"LONGNAME", 1, 1, std::nullopt, true, false}};
+  currencies.entries = {{"LONGNAME", 1, 1, std::nullopt, true, false}, {"ȘILINGII", 2, 1, std::nullopt, false, false}};
   currencies.save(*office.main);
   currencies.load(*office.main);
   EXPECT_EQ(currencies.Default().name, "LONGNAM");
+  EXPECT_EQ(currencies.entries[1].name, "ȘILINGI");
 }
 
 TEST_F(CurrenciesTest, Convert) {

@@ -12,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include "security/characters.h"
 #include "security/users.h"
 #include "server/server_doc.h"
 #include "support/exchange.h"

@@ -1,8 +1,8 @@
 #include "jet/sqlite/store_value.h"
 
-#include <algorithm>
 #include <cmath>
 
+#include "base/characters.h"
 #include "base/text.h"
 #include "jet/error.h"
 
@@ -15,16 +15,11 @@ namespace {
               "Data type conversion error: '" + value.toText() + "' does not fit the column '" + field.name + "'.");
 }
 
-std::size_t characters(std::string_view text) {
-  return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
-}
-
 Value asText(Value value, const FieldDef& field) {
   std::string text = value.type() == Type::Text ? value.text() : value.toText();
   if (const std::size_t end = text.find('\0'); end != std::string::npos) text.resize(end);
   const auto limit = static_cast<std::size_t>(field.size);
-  if (limit > 0 && text.size() > limit && characters(text) > limit) {
+  if (limit > 0 && text.size() > limit && base::characterCount(text) > limit) {
     throw Error(3163, "The text is too long for the column '" + field.name + "', which holds " +
                           std::to_string(field.size) + " characters.");
   }

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <string_view>
 
-namespace security {
+namespace base {
 
-// Limits of names and texts count characters, not bytes.
+// Limits of names and texts count characters, not bytes of their UTF-8.
 
 inline bool startsCharacter(char c) {
   return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
@@ -26,4 +26,4 @@ inline std::string_view firstCharacters(std::string_view text, std::size_t limit
   return text;
 }
 
-}  // namespace security
+}  // namespace base
