@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "base/printf.h"
 
@@ -11,13 +10,20 @@ namespace tariff {
 namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86400;
-constexpr int kMostDays = 366;
 
 // By day code, Sunday first.
 constexpr std::array<int, 7> kDayPrimes = {17, 2, 3, 5, 7, 11, 13};
 
 int primeOf(int dayCode) {
   return kDayPrimes[static_cast<std::size_t>(dayCode)];
+}
+
+// In whole numbers: 21 s of 1.4 s each are 15 units, which a division of doubles would make 15 and a bit, rounded up to
+// 16. Seconds are above 0.
+std::int64_t begunUnits(std::int64_t seconds, std::int64_t resolution) {
+  const std::int64_t hundredths = seconds * 100;
+  const bool oneMore = resolution > 0 && hundredths % resolution != 0;
+  return hundredths / resolution + (oneMore ? 1 : 0);
 }
 
 int minuteOfDay(base::DateTime time) {
@@ -64,7 +70,7 @@ int ChargedInterval::dayCode(int day) const {
 
 ChargedInterval chargedInterval(base::DateTime callStart, std::int64_t freeSeconds, std::int64_t chargedSeconds) {
   const base::DateTime start = callStart.plusSeconds(freeSeconds);
-  return {start, start.plusSeconds(std::min(chargedSeconds, (kMostDays - 1) * kSecondsPerDay))};
+  return {start, start.plusSeconds(chargedSeconds)};
 }
 
 std::string timeCondition(DayEncoding encoding, const ChargedInterval& interval) {
@@ -90,7 +96,6 @@ std::string timeCondition(DayEncoding encoding, const ChargedInterval& interval)
 
 void BandSum::add(const ChargeBand& band, const std::function<void(const BandDay&)>* report) {
   const int days = interval_.days();
-  const double unitSeconds = static_cast<double>(band.resolution) / 100;
   for (int day = 0; day < days; ++day) {
     BandDay charged{.day = day, .dayCode = interval_.dayCode(day)};
     if (!daysMatch(encoding_, band.days, charged.dayCode)) continue;
@@ -101,14 +106,15 @@ void BandSum::add(const ChargeBand& band, const std::function<void(const BandDay
       firstCharged_ = true;
       charged.first = true;
       if (band.minimumSeconds != 0 && band.resolution != 0) {
+        const double unitSeconds = static_cast<double>(band.resolution) / 100;
         charged.minimumAmount = static_cast<double>(band.minimumSeconds) * band.value / unitSeconds;
         charged.seconds -= band.minimumSeconds;
       }
       charged.fixedAmount = band.fixedAmount;
     }
     if (charged.seconds > 0 && band.resolution != 0) {
-      charged.units = std::ceil(static_cast<double>(charged.seconds) / unitSeconds);
-      charged.amount = charged.units * band.value;
+      charged.units = begunUnits(charged.seconds, band.resolution);
+      charged.amount = static_cast<double>(charged.units) * band.value;
     }
     price_ += charged.minimumAmount;
     price_ += charged.fixedAmount;

@@ -31,8 +31,7 @@ struct ChargedInterval {
   [[nodiscard]] int dayCode(int day) const;  // of day 0 .. days() - 1
 };
 
-// From the call's start, its free seconds and its duration; the end is that of the whole call. Garbage records claim
-// calls of decades: what lies behind a year is cut off, which no real call reaches.
+// From the call's start, its free seconds and its duration; the end is that of the whole call.
 [[nodiscard]] ChargedInterval chargedInterval(base::DateTime callStart, std::int64_t freeSeconds,
                                               std::int64_t chargedSeconds);
 
@@ -56,7 +55,7 @@ struct BandDay {
   int day = 0;           // of the call, 0 first
   int dayCode = 0;
   std::int64_t seconds = 0;  // of the call in the band, less the minimum where that was charged here
-  double units = 0;
+  std::int64_t units = 0;
   double amount = 0;   // units * value
   bool first = false;  // the call's first band: minimum and fixed amount were charged here
   double minimumAmount = 0;

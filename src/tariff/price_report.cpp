@@ -32,11 +32,14 @@ std::string dateAndTime(base::DateTime time) {
 }
 
 void addTrunk(Lines& lines, const PriceTrace::Trunk& trunk) {
-  if (!trunk.defined) {
-    lines.push_back(base::format("Trunk %d: no definition has this number; priced without provider.", trunk.number));
+  const exchange::tagTRUNKINFO& definition = trunk.definition;
+  if (!trunk.defined || definition.providerId <= 0) {
+    lines.push_back(
+        base::format("Trunk %d has no provider yet: recording the first call on it will give it one, which "
+                     "may set another price.",
+                     trunk.number));
     return;
   }
-  const exchange::tagTRUNKINFO& definition = trunk.definition;
   lines.push_back(base::format("Trunk %d: %s, provider id %d, profile %s%s%s.", trunk.number,
                                orUnnamed(definition.label), definition.providerId, orUnnamed(definition.profile),
                                definition.pulses != 0 ? ", priced by pulses" : "",
@@ -44,6 +47,7 @@ void addTrunk(Lines& lines, const PriceTrace::Trunk& trunk) {
 }
 
 void addProvider(Lines& lines, const PriceTrace::Provider& provider) {
+  if (provider.id <= 0) return;  // said with the trunk
   if (!provider.defined) {
     lines.push_back(base::format("Provider %d: not defined.", provider.id));
     return;
@@ -92,7 +96,7 @@ void addBandDay(Lines& lines, const BandDay& day, const ChargeBand& charge) {
     return;
   }
   lines.push_back(
-      base::format("    %s: %d s = %.0f units x %.4f = %.4f", name, day.seconds, day.units, charge.value, day.amount));
+      base::format("    %s: %d s = %d units x %.4f = %.4f", name, day.seconds, day.units, charge.value, day.amount));
 }
 
 void addBand(Lines& lines, const PriceTrace::Band& band, DayEncoding encoding) {
