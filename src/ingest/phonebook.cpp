@@ -25,9 +25,12 @@ std::optional<std::string> Phonebook::nameOf(std::string_view normalisedNumber) 
   if (!found) return std::nullopt;
   const MapRow& row = map_[*found];
   const std::string_view rest = normalisedNumber.substr(row.prefix.size());
-  // `Tel` holds 32 bits: a longer number is nobody's there, and must not be cut to somebody's.
+  // `Tel` holds 32 bits: a longer number, or one with more than digits in it, is nobody's there and must not be cut to
+  // somebody's.
   std::int32_t tel = 0;
-  if (std::from_chars(rest.data(), rest.data() + rest.size(), tel).ec != std::errc()) return std::nullopt;
+  const char* end = rest.data() + rest.size();
+  const auto [stop, fault] = std::from_chars(rest.data(), end, tel);
+  if (fault != std::errc() || stop != end) return std::nullopt;
   const jet::Snapshot subscribers = database_->openSnapshot(
       base::format("SELECT TOP %d * FROM [%s] WHERE ", 1, row.table) + base::format("(Tel=%d)", tel));
   if (subscribers.empty()) return std::nullopt;

@@ -57,6 +57,7 @@ TEST_F(RecorderTest, CallsAreStoredByTheseRules) {
        "Price, Currency, Price_Ref, Area, Provider, Name", "0||0|Bucharest|Telco|Pop Ion"},
       {"a contact's name goes before the phonebook's", [](auto& call) { call.dialledNumber = "9999999"; }, "Name",
        "Maria"},
+      {"more than digits is not cut to a subscriber", [](auto& call) { call.dialledNumber = "3456789*1"; }, "Name", ""},
       {"an unknown number has no name", [](auto& call) { call.dialledNumber = "7777777"; }, "Name", ""},
       {"three characters are not looked up", [](auto& call) { call.dialledNumber = "999"; }, "Name", ""},
       {"four are", [](auto& call) { call.dialledNumber = "9999"; }, "Name", "Maria"},
