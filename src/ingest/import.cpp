@@ -203,7 +203,13 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
   result.outcome = reading.readAll(error ? 0 : size / static_cast<std::int64_t>(exchange::kNormalRecordSize));
   result.imported = reading.recordsRead();
   if (result.outcome == Outcome::Failed) result.message = base::format("cannot read %s to its end", file.string());
-  if (result.outcome == Outcome::Done && deleteWhenComplete) result.message = deleteComplete(file, progressName);
+  if (result.outcome == Outcome::Done && !error && reader.position().bytes < size) {
+    result.message = base::format("%s: from byte %d of %d on there is no whole call record; the rest was not read",
+                                  file.string(), reader.position().bytes, size);
+  }
+  if (result.outcome == Outcome::Done && deleteWhenComplete) {
+    if (const std::string reason = deleteComplete(file, progressName); !reason.empty()) result.message = reason;
+  }
   return result;
 }
 

@@ -60,15 +60,16 @@ TEST_F(ImportTest, StrangeFilesAreReadAsFarAsTheyMakeSense) {
     const char* what;
     std::string bytes;
     int records;
+    bool restLost = false;
   };
   const Case cases[] = {
       {"empty", "", 0},
-      {"shorter than a record", normal.substr(0, 155), 0},
-      {"a record and the start of one", normal + normal.substr(0, 100), 1},
-      {"an extended record cut short", normal + extended.substr(0, 219), 1},
+      {"shorter than a record", normal.substr(0, 155), 0, true},
+      {"a record and the start of one", normal + normal.substr(0, 100), 1, true},
+      {"an extended record cut short", normal + extended.substr(0, 219), 1, true},
       {"an extended record and a normal one", extended + normal, 2},
-      {"a type that is none in the middle", normal + std::string(156, '\0') + normal, 1},
-      {"noise", std::string(5000, '\x5a'), 0},
+      {"a type that is none in the middle", normal + std::string(156, '\0') + normal, 1, true},
+      {"noise", std::string(5000, '\x5a'), 0, true},
       {"a number without its end", noEnd, 1},
       {"an impossible date", impossible, 1},
   };
@@ -81,6 +82,7 @@ TEST_F(ImportTest, StrangeFilesAreReadAsFarAsTheyMakeSense) {
     stored += each.records;
     EXPECT_EQ(copy.callCount(), stored) << each.what;
     EXPECT_FALSE(there("monitor.data.bk")) << each.what;
+    EXPECT_EQ(result.message.find("the rest was not read") != std::string::npos, each.restLost) << each.what;
   }
   EXPECT_EQ(progressRows(), "0");
 }
