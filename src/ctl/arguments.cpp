@@ -1,4 +1,5 @@
 #include <charconv>
+#include <cmath>
 
 #include "base/printf.h"
 #include "ctl/command.h"
@@ -38,7 +39,7 @@ double Arguments::number(std::string_view name, double fallback) const {
   if (!typed) return fallback;
   double value = 0;
   const auto [end, fault] = std::from_chars(typed->data(), typed->data() + typed->size(), value);
-  if (fault != std::errc() || end != typed->data() + typed->size()) {
+  if (fault != std::errc() || end != typed->data() + typed->size() || !std::isfinite(value)) {
     throw WrongUsage(base::format("%s takes a number such as 4.97, not \"%s\".", name, *typed));
   }
   return value;

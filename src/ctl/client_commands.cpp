@@ -18,8 +18,10 @@ int list(const Invocation& call) {
 }
 
 int set(const Invocation& call) {
-  ClientDefinition& client =
-      findOrAdd(call.context.parties().clients, &ClientDefinition::account, call.arguments.text("ACCOUNT"));
+  // It may be empty: the client of all calls without an account code.
+  const std::string account = call.arguments.text("ACCOUNT");
+  requirePlain("The account", account);
+  ClientDefinition& client = findOrAdd(call.context.parties().clients, &ClientDefinition::account, account);
   takeOver(call.arguments, "--name", client.name);
   takeOver(call.arguments, "--folder", client.folder);
   if (client.name.empty()) throw WrongUsage("A new client needs a name: give --name.");

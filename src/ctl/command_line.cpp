@@ -45,6 +45,11 @@ void addOption(Leaf& leaf, const OptionSpec& spec) {
   holder.option->type_name(spec.valueName.empty() ? "TEXT" : std::string(spec.valueName));
 }
 
+// A group shows one example of each of its commands.
+std::string firstExample(std::string_view examples) {
+  return "  " + std::string(examples.substr(0, examples.find('\n'))) + "\n";
+}
+
 // The app of the command's last word; words before it become groups.
 CLI::App* makeApp(CLI::App& root, const Command& command, std::span<const CommandGroup> groups) {
   const std::vector<std::string> words = base::split(command.name, " ");
@@ -60,10 +65,11 @@ CLI::App* makeApp(CLI::App& root, const Command& command, std::span<const Comman
         if (known.name == path) summary = known.summary;
       }
       group = parent->add_subcommand(words[i], summary);
-      group->require_subcommand(1)->fallthrough();
+      group->require_subcommand(1)->fallthrough()->footer("Examples:\n");
     }
     parent = group;
   }
+  if (words.size() > 1) parent->footer(parent->get_footer() + firstExample(command.examples));
   CLI::App* app = parent->add_subcommand(words.back(), std::string(command.summary));
   app->fallthrough()->footer(exampleText(command.examples));
   return app;

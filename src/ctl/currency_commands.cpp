@@ -1,3 +1,4 @@
+#include "base/characters.h"
 #include "base/printf.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"
@@ -10,7 +11,7 @@ namespace {
 using tariff::Currencies;
 using tariff::CURRENCYDESC;
 
-constexpr std::size_t kMostNameBytes = 7;
+constexpr std::size_t kMostNameCharacters = 7;
 
 int list(const Invocation& call) {
   Table table({"Name", "Rate", "Reverse", "Changed", "Default"});
@@ -32,8 +33,8 @@ std::size_t indexOf(const Currencies& currencies, const std::string& name) {
 CURRENCYDESC& findOrAdd(Currencies& currencies, const std::string& name) {
   const int index = currencies.findByName(name);
   if (index >= 0) return currencies.entries[static_cast<std::size_t>(index)];
-  if (name.empty() || name.size() > kMostNameBytes) {
-    throw WrongUsage(base::format("A currency's name has 1 to %d letters.", kMostNameBytes));
+  if (name.empty() || base::characterCount(name) > kMostNameCharacters) {
+    throw WrongUsage(base::format("A currency's name has 1 to %d letters.", kMostNameCharacters));
   }
   const std::int32_t id = currencies.NextId();
   return currencies.entries.emplace_back(CURRENCYDESC{.name = name, .id = id, .dateModify = {}});
@@ -44,6 +45,12 @@ int set(const Invocation& call) {
   if (!(rate > 0)) throw WrongUsage("--rate takes a number above 0.");
   Currencies& currencies = call.context.currencies();
   CURRENCYDESC& currency = findOrAdd(currencies, call.arguments.text("NAME"));
+  if (currency.isDefault && rate != 1) {
+    throw Failure(
+        base::format("%s is the default currency, whose rate is 1. Make another one the default first: "
+                     "tallyctl currency default NAME",
+                     currency.name));
+  }
   currency.ratio = rate;
   currency.reverse = call.arguments.has("--reverse");
   currency.dateModify = call.context.clock().now();

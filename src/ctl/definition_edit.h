@@ -18,6 +18,20 @@ inline void requirePlain(std::string_view what, std::string_view value) {
   }
 }
 
+// A code that entries are found by. An entry without one would be lost, or its next field taken for it, when the
+// definitions are read again.
+inline void requireCode(std::string_view what, std::string_view code) {
+  if (code.empty()) throw WrongUsage(base::format("%s may not be empty.", what));
+  requirePlain(what, code);
+}
+
+// For texts that statements hold between apostrophes, as they stand.
+inline void requireNoApostrophe(std::string_view what, std::string_view text) {
+  if (text.find('\'') != std::string_view::npos) {
+    throw Failure(base::format("%s may not hold an apostrophe; no call to such a number is stored: %s", what, text));
+  }
+}
+
 // A field of an entry: what was typed for the option, else what it was.
 inline void takeOver(const Arguments& arguments, std::string_view option, std::string& field) {
   if (const auto typed = arguments.find(option)) {
@@ -29,7 +43,6 @@ inline void takeOver(const Arguments& arguments, std::string_view option, std::s
 // The entry whose `field` is the code; added at the end when there is none.
 template <typename Entry>
 Entry& findOrAdd(std::vector<Entry>& entries, std::string Entry::*field, const std::string& code) {
-  requirePlain("The code", code);
   const auto found = std::find_if(entries.begin(), entries.end(), [&](const Entry& e) { return e.*field == code; });
   if (found != entries.end()) return *found;
   Entry& entry = entries.emplace_back();

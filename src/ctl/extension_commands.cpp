@@ -15,23 +15,33 @@ void requireDescription(const std::string& description, const std::string& depar
   }
 }
 
-int listExtensions(const Invocation& call) {
-  Table table({"Extension", "Description", "Department"});
-  for (const exchange::tagEXTINFO& entry : call.context.parties().extensions) {
-    table.add({entry.extension, entry.description, entry.department});
-  }
+template <typename Entry>
+int listEntries(const Invocation& call, const std::vector<Entry>& entries, std::string Entry::*code,
+                const char* caption) {
+  Table table({caption, "Description", "Department"});
+  for (const Entry& entry : entries) table.add({entry.*code, entry.description, entry.department});
   call.print(table);
   return 0;
 }
 
-int setExtension(const Invocation& call) {
-  auto& entry =
-      findOrAdd(call.context.parties().extensions, &exchange::tagEXTINFO::extension, call.arguments.text("EXTENSION"));
+template <typename Entry>
+int setEntry(const Invocation& call, std::vector<Entry>& entries, std::string Entry::*code, const char* argument) {
+  const std::string typed = call.arguments.text(argument);
+  requireCode("The code", typed);
+  Entry& entry = findOrAdd(entries, code, typed);
   takeOver(call.arguments, "--description", entry.description);
   takeOver(call.arguments, "--department", entry.department);
   requireDescription(entry.description, entry.department);
   saveDefinitions(call.context);
   return 0;
+}
+
+int listExtensions(const Invocation& call) {
+  return listEntries(call, call.context.parties().extensions, &exchange::tagEXTINFO::extension, "Extension");
+}
+
+int setExtension(const Invocation& call) {
+  return setEntry(call, call.context.parties().extensions, &exchange::tagEXTINFO::extension, "EXTENSION");
 }
 
 int deleteExtension(const Invocation& call) {
@@ -42,22 +52,11 @@ int deleteExtension(const Invocation& call) {
 }
 
 int listAccounts(const Invocation& call) {
-  Table table({"Account", "Description", "Department"});
-  for (const exchange::tagCONTINFO& entry : call.context.parties().accounts) {
-    table.add({entry.account, entry.description, entry.department});
-  }
-  call.print(table);
-  return 0;
+  return listEntries(call, call.context.parties().accounts, &exchange::tagCONTINFO::account, "Account");
 }
 
 int setAccount(const Invocation& call) {
-  auto& entry =
-      findOrAdd(call.context.parties().accounts, &exchange::tagCONTINFO::account, call.arguments.text("ACCOUNT"));
-  takeOver(call.arguments, "--description", entry.description);
-  takeOver(call.arguments, "--department", entry.department);
-  requireDescription(entry.description, entry.department);
-  saveDefinitions(call.context);
-  return 0;
+  return setEntry(call, call.context.parties().accounts, &exchange::tagCONTINFO::account, "ACCOUNT");
 }
 
 int deleteAccount(const Invocation& call) {

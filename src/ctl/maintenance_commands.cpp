@@ -4,22 +4,27 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "ctl/definition_edit.h"
 #include "ctl/directory_edit.h"
 
 namespace ctl {
 
 namespace {
 
-int hide(const Invocation& call) {
+int hideOrShow(const Invocation& call, void (server::CServerDoc::*command)(std::string_view)) {
   requireWritable(call.context);
-  call.context.document().hideNumber(call.arguments.text("NUMBER"));
+  const std::string number = call.arguments.text("NUMBER");
+  requireNoApostrophe("The number", number);
+  (call.context.document().*command)(number);
   return 0;
 }
 
+int hide(const Invocation& call) {
+  return hideOrShow(call, &server::CServerDoc::hideNumber);
+}
+
 int show(const Invocation& call) {
-  requireWritable(call.context);
-  call.context.document().showNumber(call.arguments.text("NUMBER"));
-  return 0;
+  return hideOrShow(call, &server::CServerDoc::showNumber);
 }
 
 int purge(const Invocation& call) {

@@ -4,6 +4,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "ctl/definition_edit.h"
 #include "exchange/call_record.h"
 #include "tariff/price_report.h"
 
@@ -16,6 +17,7 @@ exchange::CallRecord recordOf(const Arguments& arguments) {
   constexpr std::int64_t kMostNumber = std::numeric_limits<std::int32_t>::max();
   exchange::CallRecord record;
   record.dialledNumber = arguments.text("NUMBER");
+  requireNoApostrophe("The number", record.dialledNumber);
   record.trunk = static_cast<std::int32_t>(arguments.integer("--trunk", 0, 0, kMostNumber));
   record.pulses = static_cast<std::int32_t>(arguments.integer("--pulses", 0, 0, kMostNumber));
   record.setDuration(arguments.integer("--duration", 0, 0, kMostSeconds));

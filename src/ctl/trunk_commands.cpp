@@ -1,5 +1,6 @@
 #include <limits>
 
+#include "base/text.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/definition_edit.h"
@@ -34,7 +35,7 @@ int listTrunks(const Invocation& call) {
 
 // The trunk's entry, else the first free one, which every trunk of the exchange may take.
 tagTRUNKINFO& entryFor(std::vector<tagTRUNKINFO>& trunks, const std::string& number) {
-  requirePlain("The trunk", number);
+  requireCode("The trunk", number);
   auto found = std::find_if(trunks.begin(), trunks.end(),
                             [&](const tagTRUNKINFO& e) { return e.trunk == number && !isFree(e); });
   if (found == trunks.end()) found = std::find_if(trunks.begin(), trunks.end(), isFree);
@@ -43,6 +44,37 @@ tagTRUNKINFO& entryFor(std::vector<tagTRUNKINFO>& trunks, const std::string& num
   }
   if (isFree(*found)) *found = tagTRUNKINFO{.label = "-", .trunk = number, .profile = {}};
   return *found;
+}
+
+jet::Database& tariffDatabase(Context& context) {
+  tariff::TariffDatabase* tariffs = context.document().tariffs();
+  if (tariffs == nullptr) throw Failure("There is no tariff database, which holds the providers.");
+  return tariffs->database();
+}
+
+bool hasProfile(Context& context, std::int32_t providerId, const std::string& profile) {
+  const jet::Snapshot names = tariffDatabase(context).openSnapshot(
+      base::format("select distinct(profile_name) from profiles where provider_id = %d", providerId));
+  for (std::size_t row = 0; row < names.rowCount(); ++row) {
+    if (base::equalFoldAscii(names.at(row, 0).toText(), profile)) return true;
+  }
+  return false;
+}
+
+// What is stored as asked and yet prices no call. Calls carry their trunk as an integer, and no other text equals it.
+void warnOfUnpricedCalls(Context& context, const tagTRUNKINFO& entry) {
+  if (std::to_string(base::leadingInteger(entry.trunk)) != entry.trunk) {
+    context.person().messageBox(
+        base::format("No call will be found on trunk %s: calls carry a plain number, without letters, blanks or zeros "
+                     "in front.",
+                     entry.trunk));
+  }
+  if (!hasProfile(context, entry.providerId, entry.profile)) {
+    context.person().messageBox(
+        base::format("Provider %d has no profile \"%s\": calls on trunk %s cost nothing until it has one, or until the "
+                     "trunk names another (--profile).",
+                     entry.providerId, entry.profile, entry.trunk));
+  }
 }
 
 int setTrunk(const Invocation& call) {
@@ -59,6 +91,7 @@ int setTrunk(const Invocation& call) {
     throw Failure(base::format("There is no provider %d. See tallyctl provider list.", entry.providerId));
   }
   saveDefinitions(call.context);
+  warnOfUnpricedCalls(call.context, entry);
   return 0;
 }
 
@@ -74,12 +107,6 @@ int deleteTrunk(const Invocation& call) {
   if (!found) throw Failure(base::format("There is no trunk %s.", number));
   saveDefinitions(call.context);
   return 0;
-}
-
-jet::Database& tariffDatabase(Context& context) {
-  tariff::TariffDatabase* tariffs = context.document().tariffs();
-  if (tariffs == nullptr) throw Failure("There is no tariff database, which holds the providers.");
-  return tariffs->database();
 }
 
 int listProviders(const Invocation& call) {
@@ -114,17 +141,16 @@ int setProvider(const Invocation& call) {
   const Arguments& arguments = call.arguments;
   const std::int32_t id = providerId(arguments);
   Context& context = call.context;
-  jet::Database& tariffs = tariffDatabase(context);
-  storeProvider(tariffs, id, arguments.find("--name"));
-  const std::string section = base::format("Provider_%d", id);
   constexpr std::int64_t kMostFreeSeconds = 86400;
+  const auto freeSeconds = static_cast<std::int32_t>(arguments.integer("--free-seconds", 0, 0, kMostFreeSeconds));
+  storeProvider(tariffDatabase(context), id, arguments.find("--name"));
+  const std::string section = base::format("Provider_%d", id);
   bool written = true;
   if (const auto prefixes = arguments.find("--local-prefixes")) {
     written = context.config().WriteConfigString(*prefixes, "PrefixeLocale", section, foundation::StoreDatabase);
   }
   if (arguments.has("--free-seconds")) {
-    const auto seconds = static_cast<std::int32_t>(arguments.integer("--free-seconds", 0, 0, kMostFreeSeconds));
-    written = context.config().WriteConfigInt(seconds, "SecNetax", section, foundation::StoreDatabase) && written;
+    written = context.config().WriteConfigInt(freeSeconds, "SecNetax", section, foundation::StoreDatabase) && written;
   }
   if (!written) throw Failure("The database is open read-only; the settings were not written.");
   return 0;

@@ -63,11 +63,12 @@ TEST_F(Tallyctl, WrongUsageIsStatus2AndSaysWhatToTry) {
 
 TEST_F(Tallyctl, HelpHasExamplesEverywhere) {
   for (const char* command : {"", "init", "import", "price", "setting set", "extension set", "trunk list",
-                              "currency default", "log show", "folder show", "sample-calls"}) {
+                              "currency default", "log show", "folder show", "sample-calls", "reset"}) {
     const Result result = run(std::string(command) + " --help");
     EXPECT_EQ(result.status, 0) << command;
     EXPECT_NE(result.out.find("Examples:\n  tallyctl "), std::string::npos) << command << result.out;
   }
+  EXPECT_NE(run("reset --help").out.find("Examples:\n  tallyctl reset calls --yes\n"), std::string::npos);
 }
 
 TEST_F(Tallyctl, WithoutADataFolderItSaysHowToMakeOne) {
@@ -144,6 +145,31 @@ TEST_F(Tallyctl, DefinitionsAreListedSetAndDeleted) {
   EXPECT_EQ(run("currency delete RON").status, 1);  // the default
   EXPECT_EQ(run("extension set 299 --department Sales").status, 2);
   EXPECT_NE(succeed("trunk list --json").find("\"ignore_zero_pulses\": 1"), std::string::npos);
+}
+
+TEST_F(Tallyctl, DefinitionsThatWouldBeLostOrMispriceAreRefusedOrWarnedOf) {
+  succeed("init data --sample");
+  struct Case {
+    const char* line;
+    int status;
+    const char* said;
+  };
+  for (const Case& c :
+       {Case{"extension set '' --description Ana", 2, "The code may not be empty."},
+        Case{"account set '' --description Ana", 2, "The code may not be empty."},
+        Case{"trunk set '' --provider 1", 2, "The trunk may not be empty."},
+        Case{"trunk set 07 --provider 1 --profile Standard", 0, "No call will be found on trunk 07"},
+        Case{"trunk set 8 --provider 1 --profile Lost", 0, "Provider 1 has no profile \"Lost\""},
+        Case{"provider set 9 --name New --free-seconds x", 2, "--free-seconds"},
+        Case{"provider delete 9", 1, "There is no provider 9."}, Case{"currency set EUR --rate inf", 2, "--rate"},
+        Case{"currency set RON --rate 5", 1, "default currency"}, Case{"hide \"0'1\"", 1, "apostrophe"},
+        Case{"show \"0'1\"", 1, "apostrophe"},
+        Case{"price \"0'1\" --trunk 1 --at 2026-11-24 --duration 9", 1, "apostrophe"}}) {
+    const Result result = run(c.line);
+    EXPECT_EQ(result.status, c.status) << c.line;
+    EXPECT_NE(result.err.find(c.said), std::string::npos) << c.line << result.err;
+  }
+  EXPECT_EQ(run("trunk set 8 --provider 1 --profile standard").err.find("no profile"), std::string::npos);
 }
 
 TEST_F(Tallyctl, ImportRecordsTheMonitorsCalls) {
