@@ -52,8 +52,10 @@ class Database {
   // docs/storage.md.
   virtual void makeDurable() = 0;
 
-  // Ends the statement that runs on another thread with Error 3059 "Operation canceled by user.".
-  virtual void interrupt() = 0;
+  // `watcher` is called every few milliseconds while a statement runs, so that a window can be drawn meanwhile; it must
+  // not use this database. While no transaction is open, its answer false ends the statement with Error 3059. An empty
+  // function ends the watch.
+  virtual void watch(std::function<bool()> watcher) = 0;
 
  protected:
   friend class Transaction;

@@ -8,10 +8,11 @@ namespace jet {
 // A fault of the database layer. `number` is the engine's documented number:
 //   3020 update without addNew or edit        3021 no current record          3022 duplicate key
 //   3024 file not found                       3027 read-only                   3051 file cannot be opened
-//   3061 unknown column in a statement        3075 syntax error                3078 unknown table
-//   3085 undefined function                   3163 text longer than column     3167 record is deleted
+//   3059 stopped by the operator              3061 unknown column in a statement
+//   3075 syntax error                         3078 unknown table               3085 undefined function
+//   3163 text longer than column              3167 record is deleted           3183 disk full
 //   3260 locked by another copy               3265 unknown field               3343 unrecognised file format
-//   3421 value cannot be converted            3183 disk full                   3000 any other fault
+//   3421 value cannot be converted            3000 any other fault
 class Error : public std::runtime_error {
  public:
   Error(int number, const std::string& description, std::string statement = {})
@@ -20,6 +21,10 @@ class Error : public std::runtime_error {
   [[nodiscard]] int number() const { return number_; }
   [[nodiscard]] std::string description() const { return what(); }
   [[nodiscard]] const std::string& statement() const { return statement_; }  // may be empty
+  // True when the operator stopped the work: nothing to complain about.
+  [[nodiscard]] bool canceled() const { return number_ == kCanceled; }
+
+  static constexpr int kCanceled = 3059;
 
  private:
   int number_;

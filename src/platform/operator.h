@@ -27,6 +27,11 @@ class Operator {
   virtual void progressBegin(std::string_view title, std::string_view text, std::int64_t range) = 0;
   virtual bool progressStep(std::int64_t position) = 0;
   virtual void progressEnd() = 0;
+  // Between the steps of work that says nothing by itself, such as a long query: keeps a window alive. Returns as
+  // progressStep; true without progress.
+  virtual bool progressPulse() { return true; }
+  // True while progress is shown: no other work may begin, nor may what that work uses be used.
+  [[nodiscard]] virtual bool busy() const { return false; }
 };
 
 // Nobody there: messages and questions go nowhere, every question gets its unattended answer.

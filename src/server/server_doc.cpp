@@ -80,6 +80,7 @@ bool CServerDoc::openSettings() {
   for (;;) {
     try {
       if (!openMainDatabase()) return false;
+      main_->watch([this] { return person_.progressPulse(); });
       tags_.LoadTouch(*main_);
       config_.OpenConfig(*main_, tags_);
       return true;

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
 
 namespace ui {
 
@@ -12,6 +13,8 @@ namespace {
 constexpr int kProgressSteps = 1000;
 // The window is drawn and heard at least this often, in milliseconds.
 constexpr qint64 kEventInterval = 40;
+// Work that is done sooner than this, in milliseconds, shows no progress window.
+constexpr qint64 kPatience = 300;
 
 }  // namespace
 
@@ -53,31 +56,43 @@ void QtOperator::beep(Sound) {
 }
 
 void QtOperator::progressBegin(std::string_view title, std::string_view text, std::int64_t range) {
-  range_ = range > 0 ? range : 1;
-  progress_ =
-      std::make_unique<QProgressDialog>(toQt(text), caption("IDS_CANCEL", "Cancel"), 0, kProgressSteps, owner());
-  progress_->setObjectName("progress");
-  progress_->setWindowTitle(toQt(title));
-  progress_->setWindowModality(Qt::ApplicationModal);
-  progress_->setMinimumDuration(300);
-  progress_->setAutoClose(false);
-  progress_->setAutoReset(false);
+  working_ = true;
+  title_ = toQt(title);
+  text_ = toQt(text);
+  range_ = std::max<std::int64_t>(range, 0);
+  position_ = 0;
+  sinceBegin_.start();
   sinceEvents_.start();
 }
 
+void QtOperator::openProgress() {
+  progress_ = std::make_unique<QProgressDialog>(text_, caption("IDS_CANCEL", "Cancel"), 0,
+                                                range_ > 0 ? kProgressSteps : 0, owner());
+  progress_->setObjectName("progress");
+  progress_->setWindowTitle(title_);
+  progress_->setWindowModality(Qt::ApplicationModal);
+  progress_->setAutoClose(false);
+  progress_->setAutoReset(false);
+  progress_->show();
+}
+
 bool QtOperator::progressStep(std::int64_t position) {
-  if (!progress_) return true;
-  if (sinceEvents_.elapsed() >= kEventInterval) {
+  if (!working_) return true;
+  position_ = position;
+  if (sinceEvents_.elapsed() < kEventInterval) return !progress_ || !progress_->wasCanceled();
+  if (!progress_ && sinceBegin_.elapsed() >= kPatience) openProgress();
+  if (progress_ && range_ > 0) {
     progress_->setValue(static_cast<int>(std::min(position, range_) * kProgressSteps / range_));
-    // Until the window stands in front, a click would reach what is behind it.
-    QApplication::processEvents(progress_->isVisible() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
-    sinceEvents_.restart();
   }
-  return !progress_->wasCanceled();
+  // Until the window stands in front, a click would reach what is behind it.
+  QApplication::processEvents(progress_ ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
+  sinceEvents_.restart();
+  return !progress_ || !progress_->wasCanceled();
 }
 
 void QtOperator::progressEnd() {
   progress_.reset();
+  working_ = false;
 }
 
 }  // namespace ui

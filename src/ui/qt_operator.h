@@ -18,9 +18,6 @@ class QtOperator : public platform::Operator {
   // For the captions of buttons; English until then. Must outlive this object.
   void setLanguage(const foundation::LanguageFile& language) { language_ = &language; }
 
-  // True while progress is shown: no other work may begin.
-  [[nodiscard]] bool busy() const { return progress_ != nullptr; }
-
   void messageBox(std::string_view text) override;
   bool askYesNo(std::string_view text, Unattended unattended) override;
   void beep(int frequency, int duration) override;
@@ -28,6 +25,8 @@ class QtOperator : public platform::Operator {
   void progressBegin(std::string_view title, std::string_view text, std::int64_t range) override;
   bool progressStep(std::int64_t position) override;
   void progressEnd() override;
+  bool progressPulse() override { return progressStep(position_); }
+  [[nodiscard]] bool busy() const override { return working_; }
 
  private:
   // Messages and progress belong to the dialog that is open, else to the main window.
@@ -36,9 +35,17 @@ class QtOperator : public platform::Operator {
 
   QPointer<QWidget> parent_;
   const foundation::LanguageFile* language_ = nullptr;
-  std::unique_ptr<QProgressDialog> progress_;
+  void openProgress();
+
+  // The work under way. Its window opens when it lasts.
+  bool working_ = false;
+  QString title_;
+  QString text_;
+  std::int64_t range_ = 0;  // 0: unknown
+  std::int64_t position_ = 0;
+  QElapsedTimer sinceBegin_;
   QElapsedTimer sinceEvents_;
-  std::int64_t range_ = 0;
+  std::unique_ptr<QProgressDialog> progress_;
 };
 
 }  // namespace ui

@@ -173,7 +173,7 @@ void Connection::fail(int code, std::string_view statement) {
       throw Error(3343, name + " is damaged or is not a Tallybook database (" + reason + "). Restore it from a copy.",
                   text);
     case SQLITE_INTERRUPT:
-      throw Error(3059, "Operation canceled by user.", text);
+      throw Error(Error::kCanceled, "Operation canceled by user.", text);
     case SQLITE_CONSTRAINT:
       throw Error(3022, "The change to " + name + " would create a duplicate key (" + reason + ").", text);
     case SQLITE_CANTOPEN:

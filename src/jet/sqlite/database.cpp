@@ -23,6 +23,20 @@ SqliteDatabase::SqliteDatabase(const std::filesystem::path& path, OpenMode mode,
 
 SqliteDatabase::~SqliteDatabase() = default;
 
+void SqliteDatabase::watch(std::function<bool()> watcher) {
+  // Steps of the engine; 50,000 take about a millisecond.
+  constexpr int kSteps = 50'000;
+  watcher_ = std::move(watcher);
+  sqlite3_progress_handler(connection_.handle(), watcher_ ? kSteps : 0, &SqliteDatabase::callWatcher, this);
+}
+
+// A changing statement that is stopped would take its whole transaction with it.
+int SqliteDatabase::callWatcher(void* self) {
+  const auto& database = *static_cast<SqliteDatabase*>(self);
+  const bool goOn = database.watcher_();
+  return goOn || database.depth_ > 0 ? 0 : 1;
+}
+
 void SqliteDatabase::requireWritable(std::string_view statement) {
   if (readOnly()) {
     throw Error(3027, "Cannot update " + path().string() + ": it is open for reading only.", std::string(statement));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -35,7 +36,7 @@ class SqliteDatabase final : public Database {
   void createTable(const TableDef& table) override;
   std::uint64_t tableVersion(std::string_view table) override { return versions_.of(table); }
   void makeDurable() override { connection_.makeDurable(); }
-  void interrupt() override { sqlite3_interrupt(connection_.handle()); }
+  void watch(std::function<bool()> watcher) override;
 
   // For the recordsets and windows of this folder.
   Connection& connection() { return connection_; }
@@ -60,6 +61,7 @@ class SqliteDatabase final : public Database {
  private:
   // A select, checked; Error 3065 for a text that changes something.
   std::shared_ptr<const CachedQuery> parsedSelect(const ShapedText& text);
+  static int callWatcher(void* self);
 
   Connection connection_;
   Catalog catalog_;
@@ -67,6 +69,7 @@ class SqliteDatabase final : public Database {
   StatementCache statements_;
   MemorySource memorySource_;
   memory::QueryMemory memory_;
+  std::function<bool()> watcher_;
   int depth_ = 0;  // of transactions
   int temporaries_ = 0;
 };
