@@ -183,8 +183,9 @@ const FolderDefinition* findFolder(int id) {
   return nullptr;
 }
 
-std::span<const ColumnDefinition> contactColumns() {
-  return kContacts;
+const FolderDefinition& contactsList() {
+  static constexpr FolderDefinition kList = list(kContactsList, "IDS_CONTACTS", "Contacts", kContacts);
+  return kList;
 }
 
 std::string folderCaption(const FolderDefinition& definition, const foundation::LanguageFile& texts) {

@@ -50,8 +50,9 @@ struct FolderDefinition {
 [[nodiscard]] std::span<const FolderDefinition> standardFolders();
 // Null when there is none with that number.
 [[nodiscard]] const FolderDefinition* findFolder(int id);
-// The contacts list: like a folder, but of its own store.
-[[nodiscard]] std::span<const ColumnDefinition> contactColumns();
+// The contacts list: a list of the same form, but none of the folders above.
+[[nodiscard]] const FolderDefinition& contactsList();
+inline constexpr int kContactsList = 200;  // its number
 
 // The folder's caption as it shows in the tree: translated, up to 31 characters.
 [[nodiscard]] std::string folderCaption(const FolderDefinition& definition, const foundation::LanguageFile& texts);

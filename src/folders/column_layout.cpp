@@ -12,6 +12,18 @@ namespace {
 constexpr std::string_view kVisible = "VisibleColumns%d";
 constexpr std::string_view kWidths = "ColumnWidths%d";
 
+// Of a folder's layout among the settings.
+struct Place {
+  std::string_view section;
+  std::size_t number;
+};
+
+Place placeOf(const FolderDefinition& folder) {
+  if (folder.id == kContactsList) return {kContactsLayout, 0};
+  const auto found = std::ranges::find(standardFolders(), folder.id, &FolderDefinition::id);
+  return {kFolderLayouts, static_cast<std::size_t>(found - standardFolders().begin())};
+}
+
 std::vector<int> integers(std::string_view text) {
   std::vector<int> numbers;
   for (const std::string& piece : base::split(text, ";")) numbers.push_back(base::leadingInteger(piece));
@@ -56,6 +68,24 @@ bool saveLayouts(foundation::ConfigManager& config, std::string_view section, st
     written &= config.WriteConfigString(widths, base::format(kWidths, number), section, foundation::StoreMachine);
   }
   return written;
+}
+
+std::optional<ColumnLayout> keptLayout(foundation::ConfigManager& config, const FolderDefinition& folder) {
+  const Place place = placeOf(folder);
+  const auto layouts = loadLayouts(config, place.section);
+  return place.number < layouts.size() ? std::optional(layouts[place.number]) : std::nullopt;
+}
+
+void keepLayout(foundation::ConfigManager& config, const FolderDefinition& folder, const ColumnLayout& layout) {
+  const Place place = placeOf(folder);
+  auto layouts = loadLayouts(config, place.section);
+  if (place.number < layouts.size() && layouts[place.number] == layout) return;
+  for (std::size_t i = layouts.size(); i <= place.number; ++i) {
+    const FolderDefinition& missing = i == place.number ? folder : standardFolders()[i];
+    layouts.push_back(defaultLayout(missing.columns, missing.flags));
+  }
+  layouts[place.number] = layout;
+  saveLayouts(config, place.section, layouts);
 }
 
 ColumnLayout defaultLayout(std::span<const ColumnDefinition> columns, unsigned folderFlags) {

@@ -74,10 +74,17 @@ std::string CDbFolder::BuildOrderClause() const {
   return base::format("ORDER BY %s %s", column->sort, sortKey_ > 0 ? "ASC" : "DESC");
 }
 
+// The condition stands last: a user's restriction at its end stays the last part of the whole.
+std::string CDbFolder::whereClause() const {
+  const bool conditional = (flags_ & FolderConditional) != 0;
+  if (narrowedTo_.empty()) return conditional ? " WHERE " + condition_ : std::string();
+  return " WHERE (" + narrowedTo_ + ")" + (conditional ? " AND " + condition_ : std::string());
+}
+
 std::string CDbFolder::BuildQuery() const {
   std::string query =
       joined_.empty() ? base::format("SELECT %s FROM [%s] as toptab", selectList(), definition_.table) : source();
-  if ((flags_ & FolderConditional) != 0) query += " WHERE " + condition_;
+  query += whereClause();
   if (isStatistic(definition_)) query += base::format(" group by %s ", definition_.grouping);
   const std::string order = BuildOrderClause();
   if (!order.empty()) query += " " + order;

@@ -51,6 +51,10 @@ class CDbFolder {
   // Takes the condition from its source again.
   void updateCondition() { condition_ = currentCondition(definition_, services_); }
 
+  // Leaves only rows that meet `criteria` too; an empty text lifts that. A condition of the folder itself, which no
+  // change of the filter touches.
+  void narrow(std::string criteria) { narrowedTo_ = std::move(criteria); }
+
   // 0 unsorted, else the kind of the sort column, negative for descending.
   [[nodiscard]] int sortKey() const { return sortKey_; }
   void setSortKey(int sortKey) { sortKey_ = sortKey; }
@@ -79,12 +83,14 @@ class CDbFolder {
  private:
   [[nodiscard]] std::string selectList() const;
   [[nodiscard]] std::string source() const;
+  [[nodiscard]] std::string whereClause() const;
 
   const FolderDefinition& definition_;
   const FolderServices& services_;
   std::string caption_;
   unsigned flags_;
   std::string condition_;
+  std::string narrowedTo_;
   int sortKey_ = 0;
   std::vector<JoinedTable> joined_;
   std::unique_ptr<jet::RowWindow> result_;

@@ -10,10 +10,21 @@ namespace {
 
 const jet::Value kNull;
 
-std::size_t fieldIndex(const std::vector<std::string>& names, std::string_view name) {
+std::optional<std::size_t> findField(const std::vector<std::string>& names, std::string_view name) {
   const auto found = std::ranges::find_if(names, [&](auto& other) { return base::equalFoldAscii(other, name); });
-  if (found == names.end()) throw jet::Error(3265, "Item not found in this collection.", std::string(name));
-  return static_cast<std::size_t>(found - names.begin());
+  return found == names.end() ? std::nullopt : std::optional(static_cast<std::size_t>(found - names.begin()));
+}
+
+std::size_t fieldIndex(const std::vector<std::string>& names, std::string_view name) {
+  if (const auto found = findField(names, name)) return *found;
+  throw jet::Error(3265, "Item not found in this collection.", std::string(name));
+}
+
+// " = 'value'", as the SQL dialect writes it.
+std::string comparisonWith(const jet::Value& value) {
+  if (value.isNull()) return " is null";
+  if (value.type() == jet::Type::Text) return " = '" + base::replaceAll(value.text(), "'", "''") + "'";
+  return " = " + value.toText();
 }
 
 }  // namespace
@@ -70,36 +81,72 @@ void FolderView::sort(int sortKey) {
   folder_.open();
 }
 
+void FolderView::narrow(std::optional<Narrowing> narrowing) {
+  folder_.narrow(narrowing ? narrowing->criteria : std::string());
+  narrowing_ = std::move(narrowing);
+  folder_.open();
+}
+
+// The group's value is the key, the first column of the result.
+std::optional<Narrowing> FolderView::callsBehind(std::int64_t position) {
+  const FolderDefinition& definition = folder_.definition();
+  const jet::Snapshot row = folder_.result()->rows(position, 1);
+  if (!isStatistic(definition) || row.empty()) return std::nullopt;
+  const jet::Value& group = row.at(0, 0);
+  const ColumnDefinition& shown = definition.columns[1];
+  const std::string text = formatter_.formatCell(shown.kind, group, kNull);
+  return Narrowing{definition.grouping + comparisonWith(group),
+                   services_.texts.Translate(shown.caption) + ": " + (text.empty() ? std::string("-") : text)};
+}
+
 void FolderView::refresh() {
   folder_.updateCondition();
   folder_.open();
 }
 
-std::vector<std::vector<std::string>> FolderView::rows(std::int64_t first, std::int64_t count) {
-  const jet::Snapshot read = folder_.result()->rows(first, count);
-  std::vector<std::vector<std::string>> texts(read.rowCount());
-  for (std::size_t row = 0; row < texts.size(); ++row) {
-    for (std::size_t column = 0; column < columns_.size(); ++column) {
-      const Place& place = places_[column];
-      texts[row].push_back(
-          text(column, {&read.at(row, place.first), place.second ? &read.at(row, *place.second) : &kNull}));
-    }
-  }
-  return texts;
+CellValue FolderView::cellOf(const jet::Snapshot& rows, std::size_t row, std::size_t column) const {
+  const Place& place = places_[column];
+  return {&rows.at(row, place.first), place.second ? &rows.at(row, *place.second) : &kNull};
 }
 
-bool FolderView::rowHidden(std::int64_t position) {
-  const auto& names = folder_.result()->columns();
-  if (std::ranges::find(names, "Hidden") == names.end()) return false;
-  const jet::Snapshot row = folder_.result()->rows(position, 1);
-  return !row.empty() && row.at(0, "Hidden").toBool();
+std::vector<FolderView::ShownRow> FolderView::shownRows(std::int64_t first, std::int64_t count) {
+  const jet::Snapshot read = folder_.result()->rows(first, count);
+  const auto key = findField(folder_.result()->columns(), "RecordID");
+  const auto mark = findField(folder_.result()->columns(), "Hidden");
+  std::vector<ShownRow> shown(read.rowCount());
+  for (std::size_t row = 0; row < shown.size(); ++row) {
+    for (std::size_t column = 0; column < columns_.size(); ++column) {
+      shown[row].texts.push_back(text(column, cellOf(read, row, column)));
+    }
+    if (key) shown[row].key = read.at(row, *key).toText();
+    if (mark) shown[row].hidden = read.at(row, *mark).toBool();
+  }
+  return shown;
+}
+
+std::vector<std::vector<std::string>> FolderView::rows(std::int64_t first, std::int64_t count) {
+  std::vector<std::vector<std::string>> texts;
+  for (ShownRow& row : shownRows(first, count)) texts.push_back(std::move(row.texts));
+  return texts;
 }
 
 std::string FolderView::text(std::size_t column, const CellValue& cell) const {
   return formatter_.formatCell(columns_[column].definition->kind, *cell.first, *cell.second);
 }
 
-void FolderView::forEachRow(const std::function<bool(std::span<const CellValue>)>& row) {
+void FolderView::readRows(std::int64_t first, std::int64_t count, const RowReader& row) {
+  constexpr std::int64_t kPage = 512;
+  std::vector<CellValue> cells(columns_.size());
+  for (const std::int64_t end = first + count; first < end; first += kPage) {
+    const jet::Snapshot page = folder_.result()->rows(first, std::min(kPage, end - first));
+    for (std::size_t i = 0; i < page.rowCount(); ++i) {
+      for (std::size_t column = 0; column < cells.size(); ++column) cells[column] = cellOf(page, i, column);
+      if (!row(cells)) return;
+    }
+  }
+}
+
+void FolderView::forEachRow(const RowReader& row) {
   std::vector<CellValue> cells(columns_.size());
   std::int64_t handedOut = 0;
   services_.main.forEachRow(folder_.BuildQuery(), [&](const std::vector<jet::Value>& values) {

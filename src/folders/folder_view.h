@@ -27,6 +27,12 @@ struct CellValue {
   const jet::Value* second;
 };
 
+// What the calls behind a row of a statistic have in common.
+struct Narrowing {
+  std::string criteria;  // a condition over `Calls`
+  std::string text;      // "Area: București"
+};
+
 // An open folder as a list of texts that scrolls: rows are read where they are looked at. Throws jet::Error
 // (filter::RestrictionError too) from the constructor, sort, refresh and the reading calls.
 class FolderView {
@@ -49,21 +55,34 @@ class FolderView {
 
   [[nodiscard]] int sortKey() const { return folder_.sortKey(); }
   void sort(int sortKey);
+  // Leaves only the rows behind a row of a statistic; nothing lifts that.
+  void narrow(std::optional<Narrowing> narrowing);
+  [[nodiscard]] const std::optional<Narrowing>& narrowing() const { return narrowing_; }
+  // What the calls behind a row of this statistic have in common; nothing beyond the last row.
+  [[nodiscard]] std::optional<Narrowing> callsBehind(std::int64_t position);
   // Reads the condition from its source and the rows from the database again.
   void refresh();
 
   [[nodiscard]] std::int64_t rowCount() { return folder_.result()->rowCount(); }
-  // The displayed texts of rows [first, first + count), a text a shown column.
+  struct ShownRow {
+    std::vector<std::string> texts;  // as displayed, a text a shown column
+    std::string key;                 // of the record or group
+    bool hidden = false;             // a call that is marked so
+  };
+  // Rows [first, first + count), fewer at the end.
+  [[nodiscard]] std::vector<ShownRow> shownRows(std::int64_t first, std::int64_t count);
+  // Their texts alone.
   [[nodiscard]] std::vector<std::vector<std::string>> rows(std::int64_t first, std::int64_t count);
-  // True when the call at the row is marked hidden; false in other folders.
-  [[nodiscard]] bool rowHidden(std::int64_t position);
 
   std::optional<std::int64_t> findRow(const RowKey& key) { return folder_.FindRow(key); }
   std::optional<RowKey> readKey(std::int64_t position) { return folder_.ReadKey(position); }
 
-  // Every row in order, streamed: memory does not grow with their number. `row` gets a cell a shown column and returns
-  // false to stop.
-  void forEachRow(const std::function<bool(std::span<const CellValue>)>& row);
+  using RowReader = std::function<bool(std::span<const CellValue>)>;
+  // Rows [first, first + count) of the open result. `row` gets a cell a shown column and returns false to stop.
+  void readRows(std::int64_t first, std::int64_t count, const RowReader& row);
+
+  // Every row in order, streamed: memory does not grow with their number. `row` as for readRows.
+  void forEachRow(const RowReader& row);
   // From now on forEachRow tells how many rows it has handed out, every kWatchedRows; the watcher throws to stop it.
   void watchRows(std::function<void(std::int64_t rows)> watcher) { watcher_ = std::move(watcher); }
   static constexpr std::int64_t kWatchedRows = 256;
@@ -88,6 +107,7 @@ class FolderView {
   const FolderServices& services_;
   const ValueFormatter& formatter_;
   CDbFolder folder_;
+  std::optional<Narrowing> narrowing_;
   std::vector<ViewColumn> columns_;
   // Where the values of each column of the definition stand in a row of the result.
   struct Place {
@@ -95,6 +115,7 @@ class FolderView {
     std::optional<std::size_t> second;
   };
   [[nodiscard]] Place placeOf(int kind) const;
+  [[nodiscard]] CellValue cellOf(const jet::Snapshot& rows, std::size_t row, std::size_t column) const;
   std::vector<Place> places_;  // of the shown columns
   std::function<void(std::int64_t)> watcher_;
 };

@@ -29,6 +29,7 @@ enum class Command {
   PreviousMonth,
   FilterByValue,
   ShowCalls,
+  Totals,
   HideNumber,
   ShowNumber,
   AddToContacts,

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "security/audit_log.h"
-#include "security/users.h"
 #include "ui/dialogs.h"
 #include "ui/main_frame.h"
+#include "ui/record_commands.h"
 #include "ui/settings/settings_sheet.h"
 
 namespace ui {
@@ -18,8 +18,6 @@ namespace {
 constexpr int kKindNumber = 400;
 constexpr int kKindName = 407;
 constexpr int kKindExtension = 402;
-constexpr int kFolderUsers = 97;
-constexpr int kFolderGroups = 98;
 constexpr int kFolderCalls = 100;
 constexpr int kFolderTop = 102;
 
@@ -77,32 +75,8 @@ void filterByCurrentValue(const CommandTarget& target) {
   }
 }
 
-// The kind of the column that shows a statistic's group: the first one behind the key.
-int groupKind(const folders::FolderView& folder) {
-  return folder.folder().definition().columns[1].kind;
-}
-
-// True when a row stands for calls that a filter can show: no filter asks for an hour or a weekday.
-bool hasCallsBehind(const CFolderView& list) {
-  const folders::FolderView* folder = list.model().folder();
-  if (folder == nullptr || !folders::isStatistic(folder->folder().definition())) return false;
-  const int kind = groupKind(*folder);
-  return findFilterColumn(list.folderId(), kind) != nullptr && list.model().columnOf(kind) >= 0;
-}
-
 bool showsNumbers(const CFolderView& list) {
   return (list.folderId() == kFolderCalls || list.folderId() == kFolderTop) && list.model().columnOf(kKindNumber) >= 0;
-}
-
-// A statistic's row leads to its calls: the filter takes the row's group, and the call list opens.
-void showCallsBehindRow(const CommandTarget& target) {
-  const folders::FolderView* folder = target.list.model().folder();
-  if (folder == nullptr || !target.list.currentIndex().isValid()) return;
-  if (!hasCallsBehind(target.list)) return;
-  const int kind = groupKind(*folder);
-  if (!filterBy(target, kind, target.list.currentText(kind))) return;
-  target.frame.reloadFolder();
-  target.frame.selectFolder(kFolderCalls);
 }
 
 void hideOrShow(const CommandTarget& target, bool hide) {
@@ -126,57 +100,6 @@ void addToContacts(const CommandTarget& target) {
   });
 }
 
-// Number of the user or group in the current row; nothing when there is none.
-std::optional<std::int32_t> currentRecord(const CommandTarget& target) {
-  folders::FolderView* folder = target.list.model().folder();
-  if (folder == nullptr || !target.list.currentIndex().isValid()) return std::nullopt;
-  const auto key = folder->readKey(target.list.model().position(target.list.currentIndex().row()));
-  return key ? std::optional(static_cast<std::int32_t>(key->recordId)) : std::nullopt;
-}
-
-QString currentRecordName(const CommandTarget& target) {
-  const auto id = currentRecord(target);
-  if (!id) return {};
-  security::UserDirectory& directory = target.document.users();
-  if (target.list.folderId() == kFolderUsers) {
-    const auto user = directory.findUser(*id);
-    return user ? toQt(user->Name) : QString();
-  }
-  const auto group = directory.findGroup(*id);
-  return group ? toQt(group->Name) : QString();
-}
-
-void editRow(const CommandTarget& target, bool fresh) {
-  const QString name = fresh ? QString() : currentRecordName(target);
-  if (!fresh && name.isEmpty()) return;
-  bool changed = false;
-  if (target.list.folderId() == kFolderUsers) changed = editUser(target.document, target.texts, &target.frame, name);
-  if (target.list.folderId() == kFolderGroups) changed = editGroup(target.document, target.texts, &target.frame, name);
-  if (changed) target.frame.reloadFolder();
-}
-
-void deleteRow(const CommandTarget& target) {
-  const auto id = currentRecord(target);
-  const QString name = currentRecordName(target);
-  if (!id || name.isEmpty()) return;
-  const bool isUser = target.list.folderId() == kFolderUsers;
-  auto& person = target.document.app().surroundings().person;
-  const foundation::LanguageFile& language = target.texts.language();
-  if (isUser && *id == target.document.user().RecordID) {
-    return person.messageBox(language.Translate("IDS_DELETE_SELF"));
-  }
-  if (!person.askYesNo(language.TranslateFormat("IDS_CONFIRM_DELETE", fromQt(name)),
-                       platform::Operator::Unattended::No)) {
-    return;
-  }
-  if (isUser) {
-    target.document.users().deleteUser(*id);
-  } else {
-    target.document.users().deleteGroup(*id);
-  }
-  target.frame.reloadFolder();
-}
-
 void openConfigured(const CommandTarget& target, const char* key) {
   const std::string address =
       target.document.app().config().ReadConfigString(key, "general", foundation::StoreMachine, "");
@@ -195,25 +118,27 @@ void clearLog(const CommandTarget& target) {
 
 }  // namespace
 
-void offerCommands(const Actions& actions, const CFolderView& list) {
+void offerCommands(const Actions& actions, const CFolderView& list, server::CServerDoc& document) {
   const int folder = list.folderId();
   const bool row = list.currentIndex().isValid();
   const folders::FolderView* open = list.model().folder();
   const bool statistic = open != nullptr && folders::isStatistic(open->folder().definition());
-  const bool records = folder == kFolderUsers || folder == kFolderGroups;
   for (const Command command : {Command::Report, Command::Print, Command::Export, Command::Columns}) {
     actions.offer(command, open != nullptr);
   }
   actions.offer(Command::Summary, statistic);
-  actions.offer(Command::ShowCalls, row && hasCallsBehind(list));
+  actions.offer(Command::ShowCalls, row && statistic);
+  actions.offer(Command::Totals,
+                open != nullptr && open->folder().definition().condition == folders::ConditionSource::CallFilter);
   for (const Command command : {Command::HideNumber, Command::ShowNumber, Command::AddToContacts}) {
     actions.offer(command, row && showsNumbers(list));
   }
   actions.offer(Command::FilterByValue,
                 row && findFilterColumn(folder, list.model().kindOf(list.currentIndex().column())) != nullptr);
-  actions.offer(Command::New, records);
-  actions.offer(Command::Edit, row && records);
-  actions.offer(Command::Delete, row && records);
+  const RecordRights records = recordRights(folder, document);
+  actions.offer(Command::New, records.change);
+  actions.offer(Command::Edit, row && records.view);
+  actions.offer(Command::Delete, row && records.change);
   actions.offer(Command::Copy, row);
 }
 
@@ -225,6 +150,7 @@ void handleCommand(Command command, const CommandTarget& target) {
   const auto reloadIf = [&frame](bool changed) {
     if (changed) frame.reloadFolder();
   };
+  const auto reloadContacts = [&] { reloadIf(target.list.folderId() == folders::kContactsList); };
   switch (command) {
     case Command::Import:
       return frame.importCalls();
@@ -269,7 +195,9 @@ void handleCommand(Command command, const CommandTarget& target) {
     case Command::FilterByValue:
       return filterByCurrentValue(target);
     case Command::ShowCalls:
-      return showCallsBehindRow(target);
+      return frame.showCallsBehindRow();
+    case Command::Totals:
+      return frame.showTotals();
     case Command::HideNumber:
       return hideOrShow(target, true);
     case Command::ShowNumber:
@@ -283,19 +211,20 @@ void handleCommand(Command command, const CommandTarget& target) {
     case Command::ResetCalls:
       return reloadIf(document.resetCalls());
     case Command::SearchContacts:
-      return searchContacts(document, texts, &frame);
+      searchContacts(document, texts, &frame);
+      return reloadContacts();
     case Command::NewContact:
       addContact(document, texts, &frame);
-      return;
+      return reloadContacts();
     case Command::ResetContacts:
       document.resetContacts();
-      return;
+      return reloadContacts();
     case Command::New:
-      return editRow(target, true);
+      return reloadIf(newRecord(document, texts, &frame, target.list.folderId()));
     case Command::Edit:
-      return editRow(target, false);
+      return reloadIf(editRecord(document, texts, &frame, target.list));
     case Command::Delete:
-      return deleteRow(target);
+      return reloadIf(deleteRecord(document, texts, target.list));
     case Command::Copy:
       return target.list.copySelection();
     case Command::Columns:

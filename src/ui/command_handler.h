@@ -18,7 +18,7 @@ struct CommandTarget {
 };
 
 // Enables the commands that have something to work on in the open folder.
-void offerCommands(const Actions& actions, const CFolderView& list);
+void offerCommands(const Actions& actions, const CFolderView& list, server::CServerDoc& document);
 
 // Does what the operator chose. Throws jet::Error.
 void handleCommand(Command command, const CommandTarget& target);

@@ -1,59 +1,41 @@
 #include "ui/folder_model.h"
 
+#include <QElapsedTimer>
+#include <QFont>
 #include <algorithm>
 
 namespace ui {
 
-void FolderModel::setFolder(std::unique_ptr<folders::FolderView> folder) {
+namespace {
+
+// Milliseconds that the drawing of a window may wait for rows.
+constexpr qint64 kSlowPage = 50;
+
+}  // namespace
+
+void FolderModel::setFolder(std::unique_ptr<folders::FolderView> folder, Window window) {
+  const std::int64_t total = folder ? folder->rowCount() : 0;
+  QElapsedTimer reading;
+  reading.start();
+  Page first = total > 0 ? folder->shownRows(0, kPageRows) : Page();
+  slow_ = reading.elapsed() > kSlowPage;
   beginResetModel();
   folder_ = std::move(folder);
-  start_ = 0;
-  forgetPages();
-  endResetModel();
-}
-
-void FolderModel::refresh() {
-  if (!folder_) return;
-  beginResetModel();
-  try {
-    folder_->refresh();
-  } catch (...) {
-    forgetPages();
-    endResetModel();
-    throw;
-  }
-  forgetPages();
-  endResetModel();
-}
-
-void FolderModel::sortBy(int sortKey) {
-  if (!folder_) return;
-  beginResetModel();
-  try {
-    folder_->sort(sortKey);
-  } catch (...) {
-    forgetPages();
-    endResetModel();
-    throw;
-  }
-  start_ = 0;
-  forgetPages();
+  pages_.clear();
+  missed_.clear();
+  pages_.emplace(0, std::move(first));
+  total_ = total;
+  rows_ = static_cast<int>(std::min(total_, windowRows_));
+  start_ = window == Window::WhereItWas ? std::clamp<std::int64_t>(start_, 0, total_ - rows_) : 0;
   endResetModel();
 }
 
 void FolderModel::setLayout(const folders::ColumnLayout& layout) {
-  if (!folder_) return;
+  if (!folder_ || folder_->layout() == layout) return;
   beginResetModel();
   folder_->setLayout(layout);
   pages_.clear();
   endResetModel();
-}
-
-void FolderModel::forgetPages() {
-  pages_.clear();
-  total_ = folder_ ? folder_->rowCount() : 0;
-  rows_ = static_cast<int>(std::min(total_, windowRows_));
-  start_ = std::clamp<std::int64_t>(start_, 0, total_ - rows_);
 }
 
 void FolderModel::moveWindow(std::int64_t start) {
@@ -86,28 +68,56 @@ int FolderModel::columnCount(const QModelIndex& parent) const {
   return parent.isValid() || !folder_ ? 0 : static_cast<int>(folder_->columns().size());
 }
 
-const std::vector<std::string>* FolderModel::row(int row) const {
-  const std::int64_t position = this->position(row);
-  const std::int64_t number = position / kPageRows;
-  auto page = pages_.find(number);
-  if (page == pages_.end()) {
-    if (pages_.size() >= kPagesKept) pages_.clear();
-    try {
-      page = pages_.emplace(number, folder_->rows(number * kPageRows, kPageRows)).first;
-    } catch (const jet::Error& error) {
-      // An empty page, so that a fault is told once and not for each cell.
-      page = pages_.emplace(number, Page()).first;
-      emit readFailed(toQt(error.description()));
-    }
+int FolderModel::rowAt(std::int64_t position) const {
+  return position >= start_ && position < start_ + rows_ ? static_cast<int>(position - start_) : -1;
+}
+
+// Reads the page and keeps it; one that cannot be read is kept empty, so that a fault is told once and not for each
+// cell.
+const FolderModel::Page& FolderModel::keepPage(std::int64_t number) const {
+  if (pages_.size() >= kPagesKept) pages_.clear();
+  QElapsedTimer reading;
+  reading.start();
+  Page read;
+  try {
+    read = folder_->shownRows(number * kPageRows, kPageRows);
+  } catch (const jet::Error& error) {
+    if (!error.canceled()) emit readFailed(toQt(error.description()));
   }
-  const auto index = static_cast<std::size_t>(position % kPageRows);
-  return index < page->second.size() ? &page->second[index] : nullptr;
+  slow_ = reading.elapsed() > kSlowPage;
+  return pages_.insert_or_assign(number, std::move(read)).first->second;
+}
+
+void FolderModel::readPage(std::int64_t number) {
+  if (!folder_ || missed_.erase(number) == 0) return;
+  keepPage(number);
+  const int top = rowAt(std::max(number * kPageRows, start_));
+  if (top < 0) return;
+  emit dataChanged(index(top, 0), index(std::min(top + kPageRows, rows_) - 1, columnCount() - 1));
+}
+
+const FolderModel::Page* FolderModel::page(std::int64_t number) const {
+  if (const auto kept = pages_.find(number); kept != pages_.end()) return &kept->second;
+  if (!slow_ && !(busy_ && busy_())) return &keepPage(number);
+  if (missed_.insert(number).second) emit pageMissed(number);
+  return nullptr;
+}
+
+const folders::FolderView::ShownRow* FolderModel::row(int row) const {
+  const Page* found = page(position(row) / kPageRows);
+  const auto index = static_cast<std::size_t>(position(row) % kPageRows);
+  return found != nullptr && index < found->size() ? &(*found)[index] : nullptr;
 }
 
 QString FolderModel::text(int row, int column) const {
-  const auto* cells = this->row(row);
-  if (cells == nullptr || static_cast<std::size_t>(column) >= cells->size()) return {};
-  return toQt((*cells)[static_cast<std::size_t>(column)]);
+  const auto* shown = this->row(row);
+  if (shown == nullptr || static_cast<std::size_t>(column) >= shown->texts.size()) return {};
+  return toQt(shown->texts[static_cast<std::size_t>(column)]);
+}
+
+std::string FolderModel::key(int row) const {
+  const auto* shown = this->row(row);
+  return shown != nullptr ? shown->key : std::string();
 }
 
 int FolderModel::kindOf(int column) const {
@@ -126,6 +136,14 @@ QVariant FolderModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return text(index.row(), index.column());
+    case Qt::FontRole: {
+      // A call that is marked hidden and yet in the list.
+      const auto* shown = row(index.row());
+      if (shown == nullptr || !shown->hidden) return {};
+      QFont italic;
+      italic.setItalic(true);
+      return italic;
+    }
     case Qt::TextAlignmentRole:
       switch (folder_->columns()[static_cast<std::size_t>(index.column())].alignment) {
         case folders::Alignment::Right:

@@ -3,6 +3,7 @@
 #include <QAbstractTableModel>
 #include <functional>
 #include <memory>
+#include <set>
 #include <unordered_map>
 
 #include "folders/folder_view.h"
@@ -22,20 +23,25 @@ class FolderModel : public QAbstractTableModel {
   explicit FolderModel(QObject* parent = nullptr, std::int64_t windowRows = kWindowRows)
       : QAbstractTableModel(parent), windowRows_(windowRows) {}
 
-  // Takes the folder over; null closes it.
-  void setFolder(std::unique_ptr<folders::FolderView> folder);
+  enum class Window { AtStart, WhereItWas };
+  // Takes the folder over; null closes it. Its first rows are read here, the others where they are looked at. Throws
+  // jet::Error, and keeps the folder that was open then.
+  void setFolder(std::unique_ptr<folders::FolderView> folder, Window window = Window::AtStart);
   [[nodiscard]] folders::FolderView* folder() const { return folder_.get(); }
-  // Reads condition and rows again. Throws jet::Error.
-  void refresh();
-  void sortBy(int sortKey);
   void setLayout(const folders::ColumnLayout& layout);
+
+  // While `busy` says so, other work uses the database: rows that are not at hand show nothing until it is done.
+  void setBusy(std::function<bool()> busy) { busy_ = std::move(busy); }
+  // Reads a page that was missed (pageMissed); a fault is told by readFailed.
+  void readPage(std::int64_t number);
 
   [[nodiscard]] std::int64_t totalRows() const { return total_; }
   [[nodiscard]] std::int64_t windowStart() const { return start_; }
   // As near to `start` as the folder's end allows. Selected and current rows stay those of the same records.
   void moveWindow(std::int64_t start);
-  // Place in the folder of a row of the model.
+  // Place in the folder of a row of the model, and back (-1: outside the window).
   [[nodiscard]] std::int64_t position(int row) const { return start_ + row; }
+  [[nodiscard]] int rowAt(std::int64_t position) const;
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
   [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
@@ -43,6 +49,8 @@ class FolderModel : public QAbstractTableModel {
   [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
   [[nodiscard]] QString text(int row, int column) const;
+  // Key of the row's record or group; empty when it is not at hand.
+  [[nodiscard]] std::string key(int row) const;
   // Kind of a shown column.
   [[nodiscard]] int kindOf(int column) const;
   // Shown column of that kind; -1 when it is not shown.
@@ -51,21 +59,27 @@ class FolderModel : public QAbstractTableModel {
  signals:
   // Rows could not be read; the text says why.
   void readFailed(const QString& reason) const;
+  // Rows that are slow to read are wanted: too slow for a window that is being drawn.
+  void pageMissed(std::int64_t number) const;
 
  private:
   static constexpr int kPageRows = 128;
   static constexpr std::size_t kPagesKept = 64;
 
-  using Page = std::vector<std::vector<std::string>>;
-  const std::vector<std::string>* row(int row) const;
+  using Page = std::vector<folders::FolderView::ShownRow>;
+  const folders::FolderView::ShownRow* row(int row) const;
+  const Page* page(std::int64_t number) const;
+  const Page& keepPage(std::int64_t number) const;
   void shiftPersistentRows(std::int64_t by);
-  void forgetPages();
 
   std::unique_ptr<folders::FolderView> folder_;
+  std::function<bool()> busy_;
   std::int64_t windowRows_;
   std::int64_t total_ = 0;
   std::int64_t start_ = 0;
   int rows_ = 0;
+  mutable bool slow_ = false;  // the last page took longer than a window may be kept waiting
+  mutable std::set<std::int64_t> missed_;
   mutable std::unordered_map<std::int64_t, Page> pages_;
 };
 

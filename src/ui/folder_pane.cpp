@@ -1,6 +1,9 @@
 #include "ui/folder_pane.h"
 
 #include <QHBoxLayout>
+#include <QPushButton>
+
+#include "ui/icons.h"
 
 namespace ui {
 
@@ -11,20 +14,52 @@ constexpr std::int64_t kMargin = 1000;
 
 }  // namespace
 
-FolderPane::FolderPane(CFolderView* list, QWidget* parent)
+FolderPane::FolderPane(CFolderView* list, const Texts& texts, QWidget* parent)
     : QWidget(parent), list_(list), whole_(new QScrollBar(Qt::Vertical)) {
   whole_->setObjectName("wholeFolder");
-  auto* layout = new QHBoxLayout(this);
+  buildBar(texts);
+  auto* rows = new QHBoxLayout;
+  rows->setSpacing(0);
+  rows->addWidget(list_);
+  rows->addWidget(whole_);
+  auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
-  layout->addWidget(list_);
-  layout->addWidget(whole_);
+  layout->addWidget(bar_);
+  layout->addLayout(rows);
   setFocusProxy(list_);
   connect(&list_->model(), &QAbstractItemModel::modelReset, this, &FolderPane::chooseBar);
   connect(list_->verticalScrollBar(), &QScrollBar::rangeChanged, this, &FolderPane::follow);
   connect(list_->verticalScrollBar(), &QScrollBar::valueChanged, this, &FolderPane::follow);
   connect(whole_, &QScrollBar::valueChanged, this, &FolderPane::scrollTo);
   chooseBar();
+}
+
+void FolderPane::buildBar(const Texts& texts) {
+  bar_ = new QFrame;
+  bar_->setObjectName("narrowingBar");
+  bar_->setAutoFillBackground(true);
+  bar_->setBackgroundRole(QPalette::AlternateBase);
+  narrowing_ = new QLabel;
+  narrowing_->setObjectName("narrowing");
+  narrowing_->setTextFormat(Qt::PlainText);
+  auto* back = new QPushButton(icon(Icon::Back), texts("IDS_NARROWED_BACK"));
+  back->setObjectName("back");
+  auto* all = new QPushButton(texts("IDS_NARROWED_ALL"));
+  all->setObjectName("allCalls");
+  auto* layout = new QHBoxLayout(bar_);
+  layout->setContentsMargins(8, 4, 8, 4);
+  layout->addWidget(back);
+  layout->addWidget(narrowing_, 1);
+  layout->addWidget(all);
+  connect(back, &QPushButton::clicked, this, &FolderPane::backWanted);
+  connect(all, &QPushButton::clicked, this, &FolderPane::allCallsWanted);
+  bar_->hide();
+}
+
+void FolderPane::showNarrowing(const QString& text) {
+  narrowing_->setText(text);
+  bar_->setVisible(!text.isEmpty());
 }
 
 void FolderPane::chooseBar() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QFrame>
+#include <QLabel>
 #include <QScrollBar>
 #include <QWidget>
 
@@ -14,7 +16,14 @@ class FolderPane : public QWidget {
 
  public:
   // Takes the list over.
-  explicit FolderPane(CFolderView* list, QWidget* parent = nullptr);
+  FolderPane(CFolderView* list, const Texts& texts, QWidget* parent = nullptr);
+
+  // Says above the list that only the calls behind a row of a statistic are shown; an empty text takes that away.
+  void showNarrowing(const QString& text);
+
+ signals:
+  void backWanted();      // to the statistic
+  void allCallsWanted();  // in the list
 
  private:
   [[nodiscard]] bool windowed() const { return list_->model().totalRows() > list_->model().rowCount(); }
@@ -23,7 +32,11 @@ class FolderPane : public QWidget {
   void scrollTo(int position);  // the bar was moved
   void moveWindowAround(std::int64_t position);
 
+  void buildBar(const Texts& texts);
+
   CFolderView* list_;
+  QFrame* bar_ = nullptr;
+  QLabel* narrowing_ = nullptr;
   QScrollBar* whole_;
   bool following_ = false;
 };

@@ -7,18 +7,37 @@
 #include <QMenu>
 #include <QPainter>
 #include <QStyledItemDelegate>
+#include <QTimer>
 #include <algorithm>
 #include <set>
 #include <utility>
 
 #include "folders/column_layout.h"
+#include "platform/progress.h"
 
 namespace ui {
 
 namespace {
 
 // Largest selection that is copied: what a clipboard and its reader bear.
-constexpr std::size_t kCopyLimit = 100000;
+constexpr std::int64_t kCopyLimit = 100'000;
+
+// Milliseconds after which rows that were wanted while other work went on are asked for again.
+constexpr int kRetryInterval = 50;
+
+// The order in which a folder opens. Newest calls first is what the desk asks for.
+int firstSortKey(int folder) {
+  constexpr int kDateDescending = -401;
+  constexpr int kContactName = 200;
+  switch (folder) {
+    case 100:
+      return kDateDescending;
+    case folders::kContactsList:
+      return kContactName;
+    default:
+      return 0;
+  }
+}
 
 // A first width for a column without a kept one, in digits.
 int defaultLetters(folders::Format format) {
@@ -84,6 +103,9 @@ CFolderView::CFolderView(server::CServerDoc& document, const Texts& texts, QWidg
   connect(this, &QTableView::entered, this, [this](const QModelIndex& index) {
     if (selectsUnderPointer_) setCurrentIndex(index);
   });
+  platform::Operator& person = document.app().surroundings().person;
+  model_->setBusy([&person] { return person.busy(); });
+  connect(model_, &FolderModel::pageMissed, this, &CFolderView::readMissedPage, Qt::QueuedConnection);
   connect(model_, &FolderModel::readFailed, this, &CFolderView::failed, Qt::QueuedConnection);
   connect(this, &QTableView::doubleClicked, this, [this](const QModelIndex& index) { emit rowActivated(index.row()); });
 }
@@ -92,32 +114,90 @@ int CFolderView::folderId() const {
   return model_->folder() != nullptr ? model_->folder()->folder().id() : 0;
 }
 
-void CFolderView::openFolder(const folders::FolderDefinition& folder) {
-  saveLayout();
-  model_->setFolder(nullptr);
-  const auto layouts = folders::loadLayouts(document_.app().config(), folders::kFolderLayouts);
-  auto view = std::make_unique<folders::FolderView>(folder, document_.folderServices(), document_.valueFormatter());
-  const auto position = static_cast<std::size_t>(&folder - folders::standardFolders().data());
-  if (position < layouts.size()) {
-    view->setLayout(folders::usableLayout(layouts[position], folder.columns, folder.flags, texts_.language(),
-                                          document_.app().surroundings().person));
+std::string CFolderView::progressText() const {
+  return texts_.language().Translate("IDS_READING_ROWS");
+}
+
+CFolderView::View CFolderView::openView(const folders::FolderDefinition& folder, int sortKey,
+                                        const std::optional<folders::Narrowing>& narrowing,
+                                        const folders::ColumnLayout* layout) {
+  const platform::Progress progress(document_.app().surroundings().person,
+                                    folders::folderCaption(folder, texts_.language()), progressText());
+  try {
+    auto view =
+        std::make_unique<folders::FolderView>(folder, document_.folderServices(), document_.valueFormatter(), sortKey);
+    if (layout != nullptr) view->setLayout(*layout);
+    if (narrowing) view->narrow(narrowing);
+    return view;
+  } catch (const jet::Error& error) {
+    if (!error.canceled()) emit failed(toQt(error.description()));
+    return nullptr;
   }
-  // Newest calls first is what the desk asks for.
-  if (folder.id == 100) view->sort(-401);
-  model_->setFolder(std::move(view));
+}
+
+// Counts the rows and reads the first ones; only then the view takes the place of the one that is shown.
+bool CFolderView::show(View view, FolderModel::Window window) {
+  if (!view) return false;
+  const platform::Progress progress(document_.app().surroundings().person, view->folder().caption(), progressText());
+  try {
+    model_->setFolder(std::move(view), window);
+    return true;
+  } catch (const jet::Error& error) {
+    if (!error.canceled()) emit failed(toQt(error.description()));
+    return false;
+  }
+}
+
+bool CFolderView::openFolder(const folders::FolderDefinition& folder, std::optional<folders::Narrowing> narrowing) {
+  saveLayout();
+  auto& app = document_.app();
+  std::optional<folders::ColumnLayout> layout = folders::keptLayout(app.config(), folder);
+  if (layout) {
+    layout = folders::usableLayout(*layout, folder.columns, folder.flags, texts_.language(), app.surroundings().person);
+  }
+  if (!show(openView(folder, firstSortKey(folder.id), narrowing, layout ? &*layout : nullptr),
+            FolderModel::Window::AtStart)) {
+    return false;
+  }
   useLayout(model_->folder()->layout());
   applyInterfaceOptions();
   scrollToTop();
+  return true;
 }
 
-void CFolderView::reload() {
-  const QModelIndex current = currentIndex();
+bool CFolderView::reload() {
+  folders::FolderView* open = model_->folder();
+  if (open == nullptr) return false;
+  const std::int64_t before = model_->totalRows();
   const int top = rowAt(0);
-  model_->refresh();
-  if (current.isValid() && current.row() < model_->rowCount()) {
-    setCurrentIndex(model_->index(current.row(), current.column()));
+  const QModelIndex current = currentIndex();
+  const std::int64_t position = current.isValid() ? model_->position(current.row()) : -1;
+  const std::string key = current.isValid() ? model_->key(current.row()) : std::string();
+  const folders::ColumnLayout layout = open->layout();
+  if (!show(openView(open->folder().definition(), open->sortKey(), open->narrowing(), &layout),
+            FolderModel::Window::WhereItWas)) {
+    return false;
+  }
+  // New rows stand above the record in a list that begins with the newest, below it in one that ends with them.
+  for (const std::int64_t place : {position, position + model_->totalRows() - before}) {
+    const int row = model_->rowAt(place);
+    if (key.empty() || row < 0 || model_->key(row) != key) continue;
+    setCurrentIndex(model_->index(row, std::min(current.column(), model_->columnCount() - 1)));
+    break;
   }
   if (top > 0) scrollTo(model_->index(std::min(top, model_->rowCount() - 1), 0), QAbstractItemView::PositionAtTop);
+  return true;
+}
+
+void CFolderView::readMissedPage(std::int64_t number) {
+  platform::Operator& person = document_.app().surroundings().person;
+  if (person.busy()) {
+    QTimer::singleShot(kRetryInterval, this, [this, number] { readMissedPage(number); });
+    return;
+  }
+  const platform::Progress progress(person, model_->folder() != nullptr ? model_->folder()->folder().caption() : "",
+                                    progressText());
+  model_->readPage(number);
 }
 
 void CFolderView::applyInterfaceOptions() {
@@ -161,33 +241,20 @@ void CFolderView::useLayout(const folders::ColumnLayout& layout) {
 
 void CFolderView::saveLayout() {
   if (model_->folder() == nullptr) return;
-  const folders::ColumnLayout layout = shownLayout();
-  auto& config = document_.app().config();
-  auto layouts = folders::loadLayouts(config, folders::kFolderLayouts);
-  const auto all = folders::standardFolders();
-  // Every folder's layout stands at its place, so those that were never opened get their default.
-  for (std::size_t i = layouts.size(); i < all.size(); ++i) {
-    layouts.push_back(folders::defaultLayout(all[i].columns, all[i].flags));
-  }
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    if (all[i].id == folderId()) layouts[i] = layout;
-  }
-  folders::saveLayouts(config, folders::kFolderLayouts, layouts);
+  folders::keepLayout(document_.app().config(), model_->folder()->folder().definition(), shownLayout());
 }
 
 void CFolderView::sortByColumn(int column) {
+  const folders::FolderView& open = *model_->folder();
   const int kind = model_->kindOf(column);
-  if (model_->folder()->columns()[static_cast<std::size_t>(column)].definition->sort == nullptr) return;
-  const bool descending = model_->folder()->sortKey() == kind;
-  QApplication::setOverrideCursor(Qt::WaitCursor);
-  try {
-    model_->sortBy(descending ? -kind : kind);
-  } catch (const jet::Error& error) {
-    emit failed(toQt(error.description()));
+  if (open.columns()[static_cast<std::size_t>(column)].definition->sort == nullptr) return;
+  const int sortKey = open.sortKey() == kind ? -kind : kind;
+  const folders::ColumnLayout layout = open.layout();
+  if (show(openView(open.folder().definition(), sortKey, open.narrowing(), &layout), FolderModel::Window::AtStart)) {
+    scrollToTop();
+    emit sorted();
   }
-  QApplication::restoreOverrideCursor();
   showSortIndicator();
-  scrollToTop();
 }
 
 void CFolderView::showSortIndicator() {
@@ -199,10 +266,42 @@ void CFolderView::showSortIndicator() {
   }
 }
 
+std::int64_t CFolderView::selectedCount() const {
+  std::int64_t rows = 0;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    if (range.left() == 0) rows += range.height();
+  }
+  return rows;
+}
+
+QString CFolderView::selectionTotals() const {
+  folders::FolderView* open = model_->folder();
+  if (open == nullptr || selectedCount() < 2) return {};
+  platform::Operator& person = document_.app().surroundings().person;
+  const platform::Progress progress(person, open->folder().caption(), progressText(), selectedCount());
+  folders::FolderView::Totals totals(*open);
+  std::int64_t read = 0;
+  bool stopped = false;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    if (range.left() != 0 || stopped) continue;
+    open->readRows(model_->position(range.top()), range.height(), [&](std::span<const folders::CellValue> row) {
+      totals.add(row);
+      stopped = !person.progressStep(++read);
+      return !stopped;
+    });
+  }
+  QStringList sums;
+  for (std::size_t column = 0; column < open->columns().size() && !stopped; ++column) {
+    if (totals.sum(column).value_or(0) == 0) continue;
+    sums << toQt(open->columns()[column].caption) + " " + toQt(totals.text(column));
+  }
+  return sums.join("  \u00b7  ");
+}
+
 std::vector<int> CFolderView::selectedRows() const {
   std::set<int> rows;
   for (const QItemSelectionRange& range : selectionModel()->selection()) {
-    for (int row = range.top(); row <= range.bottom() && rows.size() < kCopyLimit; ++row) rows.insert(row);
+    for (int row = range.top(); row <= range.bottom(); ++row) rows.insert(row);
   }
   return {rows.begin(), rows.end()};
 }
@@ -217,6 +316,7 @@ QString CFolderView::currentText() const {
 }
 
 void CFolderView::copySelection() {
+  if (selectedCount() > kCopyLimit) return emit failed(texts_.format("IDS_COPY_TOO_MANY", kCopyLimit));
   QString text;
   for (const int row : selectedRows()) {
     QStringList cells;
@@ -281,11 +381,7 @@ void CFolderView::paintEvent(QPaintEvent* event) {
 
 void CFolderView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
   QTableView::selectionChanged(selected, deselected);
-  int rows = 0;
-  for (const QItemSelectionRange& range : selectionModel()->selection()) {
-    if (range.left() == 0) rows += range.height();
-  }
-  emit selectionChangedTo(rows);
+  emit rowsSelected();
 }
 
 void CFolderView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QTableView>
+#include <optional>
 
 #include "server/server_doc.h"
 #include "ui/folder_model.h"
@@ -18,14 +19,23 @@ class CFolderView : public QTableView {
   [[nodiscard]] FolderModel& model() const { return *model_; }
   // Identifier of the open folder; 0 when none is open.
   [[nodiscard]] int folderId() const;
+  // True when the list holds only the calls behind a row of a statistic.
+  [[nodiscard]] bool narrowed() const { return model_->folder() != nullptr && model_->folder()->narrowing(); }
 
-  // Throws jet::Error.
-  void openFolder(const folders::FolderDefinition& folder);
-  void reload();
+  // Shows the folder, or the calls behind a row of a statistic. True when it is shown; when the operator stopped it, or
+  // after a fault (failed), the folder that was open stays.
+  bool openFolder(const folders::FolderDefinition& folder, std::optional<folders::Narrowing> narrowing = {});
+  // The rows as they are now. The current record stays the current one when it is near its place.
+  bool reload();
+  void closeFolder() { model_->setFolder(nullptr); }
   void saveLayout();
 
   // Rows selected, each once, ascending.
   [[nodiscard]] std::vector<int> selectedRows() const;
+  [[nodiscard]] std::int64_t selectedCount() const;
+  // "Duration 01:02:03, Cost 4.56": the sums of the selected rows; empty when fewer than two are selected, or when the
+  // operator stopped it.
+  [[nodiscard]] QString selectionTotals() const;
   // Text of the current row in the column of that kind, or of the current cell; empty when there is none.
   [[nodiscard]] QString currentText(int kind) const;
   [[nodiscard]] QString currentText() const;
@@ -33,7 +43,8 @@ class CFolderView : public QTableView {
   void chooseColumns();
 
  signals:
-  void selectionChangedTo(int rows);
+  void rowsSelected();
+  void sorted();
   void currentCellChanged();
   void contextMenuWanted(const QPoint& globalPosition);
   void rowActivated(int row);
@@ -47,7 +58,14 @@ class CFolderView : public QTableView {
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
  private:
+  using View = std::unique_ptr<folders::FolderView>;
+  // An opened folder, its rows counted, under progress; null when it was stopped or failed.
+  [[nodiscard]] View openView(const folders::FolderDefinition& folder, int sortKey,
+                              const std::optional<folders::Narrowing>& narrowing, const folders::ColumnLayout* layout);
+  bool show(View view, FolderModel::Window window);
+  void readMissedPage(std::int64_t number);
   void sortByColumn(int column);
+  [[nodiscard]] std::string progressText() const;
   [[nodiscard]] folders::ColumnLayout shownLayout() const;
   void useLayout(const folders::ColumnLayout& layout);
   void applyLayout();

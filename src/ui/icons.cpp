@@ -148,6 +148,10 @@ void draw(Icon which, QPainter& p, const Brushes& b) {
     case Icon::Recalc:
       drawLoop(p);
       break;
+    case Icon::Back:
+      p.drawLine(QPointF(4, 12), QPointF(20, 12));
+      p.drawPolyline(QPolygonF({{10, 6}, {4, 12}, {10, 18}}));
+      break;
   }
 }
 

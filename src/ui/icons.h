@@ -23,6 +23,7 @@ enum class Icon {
   Settings,
   Search,
   Recalc,
+  Back,
   Program,
 };
 

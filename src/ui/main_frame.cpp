@@ -12,6 +12,7 @@
 #include "base/printf.h"
 #include "base/version.h"
 #include "folders/call_totals.h"
+#include "platform/progress.h"
 #include "security/rights.h"
 #include "server/service.h"
 #include "ui/command_handler.h"
@@ -21,8 +22,14 @@ namespace ui {
 namespace {
 
 constexpr std::string_view kGeneral = "general";
-// The chart reads this many rows of a statistic folder; beyond them bars are too many to read.
-constexpr int kChartRows = 400;
+constexpr int kFolderCalls = 100;
+// Calls up to which the totals are worked out without being asked for: a moment's work.
+constexpr std::int64_t kSummedRows = 500'000;
+// Milliseconds: how long a message stays, and how long a selection has to rest before it is summed.
+constexpr int kMessageTime = 10'000;
+constexpr int kSelectionRest = 150;
+// The chart has this many bars at most; beyond them they are too many to read.
+constexpr std::size_t kChartRows = 400;
 constexpr int kKindCount = 421;
 constexpr int kKindCost = 422;
 
@@ -77,7 +84,8 @@ void CMainFrame::buildCentre() {
   lower_->addWidget(chart_);
   lower_->setSizes({400, 600});
   panes_ = new QSplitter(Qt::Vertical);
-  panes_->addWidget(new FolderPane(list_));
+  listPane_ = new FolderPane(list_, texts_);
+  panes_->addWidget(listPane_);
   panes_->addWidget(lower_);
   columns_ = new QSplitter(Qt::Horizontal);
   columns_->addWidget(selector_);
@@ -87,11 +95,19 @@ void CMainFrame::buildCentre() {
   setCentralWidget(columns_);
 
   connect(selector_, &CSelectorView::folderSelected, this, &CMainFrame::openFolder);
+  connect(selector_, &CSelectorView::folderChosenAgain, this, [this](int id) {
+    if (list_->narrowed() || list_->folderId() != id) openFolder(id);
+  });
+  connect(listPane_, &FolderPane::backWanted, this, &CMainFrame::backToStatistic);
+  connect(listPane_, &FolderPane::allCallsWanted, this, [this] { openFolder(list_->folderId()); });
   connect(list_, &CFolderView::failed, this, &CMainFrame::showError);
-  connect(list_, &CFolderView::selectionChangedTo, this, &CMainFrame::updateStatus);
-  connect(list_, &CFolderView::currentCellChanged, this, [this] { offerCommands(*actions_, *list_); });
+  connect(list_, &CFolderView::rowsSelected, this, [this] {
+    updateStatus();
+    selectionTimer_.start(kSelectionRest);
+  });
+  connect(list_, &CFolderView::currentCellChanged, this, [this] { offerCommands(*actions_, *list_, document_); });
   connect(list_, &CFolderView::rowActivated, this, &CMainFrame::drillDown);
-  connect(list_->horizontalHeader(), &QHeaderView::sectionClicked, this, &CMainFrame::showChart);
+  connect(list_, &CFolderView::sorted, this, &CMainFrame::showChart);
   connect(list_, &CFolderView::contextMenuWanted, this, [this](const QPoint& at) {
     QMenu menu(this);
     actions_->fillContextMenu(menu);
@@ -132,6 +148,10 @@ void CMainFrame::buildStatusBar() {
   livePane_->setObjectName("livePane");
   countPane_->setObjectName("countPane");
   for (QLabel* pane : {messagePane_, livePane_, countPane_}) pane->setContentsMargins(8, 0, 8, 0);
+  for (QTimer* timer : {&messageTimer_, &selectionTimer_}) {
+    timer->setSingleShot(true);
+    connect(timer, &QTimer::timeout, this, &CMainFrame::showMessagePane);
+  }
   statusBar()->addWidget(messagePane_, 1);
   statusBar()->addPermanentWidget(livePane_);
   statusBar()->addPermanentWidget(countPane_);
@@ -180,7 +200,8 @@ void CMainFrame::start() {
                     document_.HasRight(security::ObjectAdministration, security::RightView)},
                    logFiltered);
   const int last = config.ReadConfigInt("SelFolder_ID", kGeneral, foundation::StoreMachine, 100);
-  selector_->select(folders::findFolder(last) != nullptr ? last : 100);
+  selector_->select(folders::findFolder(last) != nullptr || last == folders::kContactsList ? last : kFolderCalls);
+  if (list_->folderId() == 0) selector_->select(kFolderCalls);
   showFilter();
   if (!document_.DatabaseReadOnly() && document_.HasRight(security::ObjectCalls, security::RightChange)) {
     openLiveChannel();
@@ -195,7 +216,7 @@ void CMainFrame::openLiveChannel() {
   try {
     live_ = server::openLiveChannel(document_);
   } catch (const std::exception& error) {
-    messagePane_->setText(toQt(error.what()));
+    say(toQt(error.what()));
   }
   livePane_->setText(texts_(live_ ? "IDS_STATUS_LIVE" : "IDS_STATUS_NO_LIVE"));
   if (!live_) return;
@@ -206,53 +227,103 @@ void CMainFrame::openLiveChannel() {
 }
 
 void CMainFrame::openFolder(int id) {
-  if (id == kContactsEntry) {
-    handleCommand(Command::SearchContacts, {document_, texts_, *this, *list_});
-    return;
-  }
-  const folders::FolderDefinition* folder = folders::findFolder(id);
+  const folders::FolderDefinition* folder =
+      id == folders::kContactsList ? &folders::contactsList() : folders::findFolder(id);
   if (folder == nullptr) return;
-  QApplication::setOverrideCursor(Qt::WaitCursor);
-  try {
-    list_->openFolder(*folder);
-  } catch (const jet::Error& error) {
-    showError(toQt(error.description()));
-  }
-  QApplication::restoreOverrideCursor();
+  if (!list_->openFolder(*folder)) return selector_->mark(list_->folderId());
+  folderShown();
+}
+
+void CMainFrame::folderShown() {
+  const folders::FolderView* folder = list_->model().folder();
+  const auto& narrowing = folder->narrowing();
+  listPane_->showNarrowing(narrowing ? texts_.format("IDS_NARROWED", narrowing->text) : QString());
+  list_->setAccessibleName(toQt(folder->folder().caption()));
+  message_.clear();
+  totals_.clear();
   showChart();
   updateStatus();
+  if (folder->folder().definition().id == kFolderCalls && !narrowing && list_->model().totalRows() <= kSummedRows) {
+    showTotals();
+  } else {
+    showMessagePane();
+  }
+}
+
+void CMainFrame::showCallsBehindRow() {
+  folders::FolderView* folder = list_->model().folder();
+  if (folder == nullptr || !list_->currentIndex().isValid()) return;
+  const Origin origin{list_->folderId(), list_->model().position(list_->currentIndex().row())};
+  const auto narrowing = folder->callsBehind(origin.position);
+  if (!narrowing || !list_->openFolder(*folders::findFolder(kFolderCalls), narrowing)) return;
+  origin_ = origin;
+  selector_->mark(kFolderCalls);
+  folderShown();
+  list_->setFocus();
+}
+
+void CMainFrame::backToStatistic() {
+  const Origin origin = origin_;
+  selector_->select(origin.folder);
+  const int row = list_->model().rowAt(origin.position);
+  if (list_->folderId() == origin.folder && row >= 0) list_->setCurrentIndex(list_->model().index(row, 0));
+  list_->setFocus();
 }
 
 void CMainFrame::importCalls() {
   if (person_.busy()) return;
   const auto result = document_.importMonitorFile();
-  if (!result.message.empty()) messagePane_->setText(toQt(result.message));
-  if (result.imported > 0) {
-    messagePane_->setText(texts_.format("IDS_STATUS_IMPORTED", result.imported));
-    reloadFolder();
-  }
+  if (result.imported > 0) reloadFolder();
+  if (result.imported > 0) say(texts_.format("IDS_STATUS_IMPORTED", result.imported));
+  if (!result.message.empty()) say(toQt(result.message));
 }
 
 void CMainFrame::refreshFromOtherCopies() {
   if (person_.busy()) return;
   try {
     document_.refresh();
-    const auto* folder = list_->folderId() != 0 ? folders::findFolder(list_->folderId()) : nullptr;
-    if (folder != nullptr && document_.tags().IsTouched(folder->table)) reloadFolder();
+    const folders::FolderView* folder = list_->model().folder();
+    if (folder != nullptr && document_.tags().IsTouched(folder->folder().definition().table)) reloadFolder();
   } catch (const jet::Error& error) {
-    messagePane_->setText(toQt(error.description()));
+    say(toQt(error.description()));
   }
 }
 
 void CMainFrame::reloadFolder() {
-  try {
-    list_->reload();
-  } catch (const jet::Error& error) {
-    showError(toQt(error.description()));
-  }
+  const bool shown = list_->reload();
   showFilter();
-  showChart();
-  updateStatus();
+  if (shown) folderShown();
+}
+
+void CMainFrame::showTotals() {
+  const platform::Progress progress(document_.app().surroundings().person, fromQt(texts_("IDS_TOTAL")),
+                                    fromQt(texts_("IDS_READING_ROWS")));
+  try {
+    const folders::CallTotals totals = folders::filteredTotals(document_.folderServices());
+    totals_ = toQt(folders::totalCostText(totals, document_.folderServices(), document_.valueFormatter()));
+  } catch (const jet::Error& error) {
+    if (!error.canceled()) return say(toQt(error.description()));
+  }
+  message_.clear();
+  showMessagePane();
+}
+
+void CMainFrame::say(const QString& text) {
+  message_ = text;
+  messageTimer_.start(kMessageTime);
+  messagePane_->setText(text);
+}
+
+void CMainFrame::showMessagePane() {
+  if (person_.busy()) return selectionTimer_.start(kSelectionRest);
+  if (messageTimer_.isActive() && !message_.isEmpty()) return;
+  QString selected;
+  try {
+    selected = list_->selectionTotals();
+  } catch (const jet::Error& error) {
+    if (!error.canceled()) selected = toQt(error.description());
+  }
+  messagePane_->setText(selected.isEmpty() ? totals_ : selected);
 }
 
 void CMainFrame::showFilter() {
@@ -282,25 +353,32 @@ void CMainFrame::showChart() {
 // The folder's first rows in its order; those with the largest values where it has none of its own.
 std::vector<ChartView::Bar> CMainFrame::readBars(folders::FolderView& folder, std::size_t value) const {
   const bool ordered = inNaturalOrder(folder.folder().id()) || folder.sortKey() != 0;
-  std::unique_ptr<folders::FolderView> largestFirst;
-  if (!ordered) {
-    largestFirst = std::make_unique<folders::FolderView>(folder.folder().definition(), folder.services(),
-                                                         folder.formatter(), -folder.columns()[value].definition->kind);
-    largestFirst->setLayout(folder.layout());
-  }
-  folders::FolderView& read = ordered ? folder : *largestFirst;
-  const int group = read.folder().definition().columns[1].kind;
-  std::size_t caption = 0;
-  for (std::size_t i = 0; i < read.columns().size(); ++i) {
-    if (read.columns()[i].definition->kind == group) caption = i;
-  }
+  const auto caption =
+      static_cast<std::size_t>(std::max(0, list_->model().columnOf(folder.folder().definition().columns[1].kind)));
+  const auto larger = [](const ChartView::Bar& left, const ChartView::Bar& right) { return left.value > right.value; };
   std::vector<ChartView::Bar> bars;
-  read.forEachRow([&](std::span<const folders::CellValue> row) {
-    bars.push_back(
-        {toQt(read.text(caption, row[caption])), toQt(read.text(value, row[value])), row[value].first->toDouble()});
-    if (bars.back().caption.isEmpty()) bars.back().caption = "-";
-    return bars.size() < kChartRows;
+  const platform::Progress progress(document_.app().surroundings().person, folder.folder().caption(),
+                                    fromQt(texts_("IDS_READING_ROWS")), folder.rowCount());
+  std::int64_t read = 0;
+  folder.readRows(0, ordered ? static_cast<std::int64_t>(kChartRows) : folder.rowCount(), [&](auto row) {
+    const double size = row[value].first->toDouble();
+    const bool full = bars.size() == kChartRows;
+    if (full && size <= bars.front().value) return document_.app().surroundings().person.progressStep(++read);
+    ChartView::Bar bar{toQt(folder.text(caption, row[caption])), toQt(folder.text(value, row[value])), size};
+    if (bar.caption.isEmpty()) bar.caption = "-";
+    if (ordered) {
+      bars.push_back(std::move(bar));
+      return true;
+    }
+    if (full) {  // the smallest stands in front
+      std::ranges::pop_heap(bars, larger);
+      bars.pop_back();
+    }
+    bars.push_back(std::move(bar));
+    std::ranges::push_heap(bars, larger);
+    return document_.app().surroundings().person.progressStep(++read);
   });
+  if (!ordered) std::ranges::sort(bars, larger);
   return bars;
 }
 
@@ -313,12 +391,9 @@ void CMainFrame::drillDown(int) {
 }
 
 void CMainFrame::updateStatus() {
-  int selected = 0;
-  for (const QItemSelectionRange& range : list_->selectionModel()->selection()) {
-    if (range.left() == 0) selected += range.height();
-  }
-  offerCommands(*actions_, *list_);
-  countPane_->setText(toQt(folders::recordCountText(list_->model().totalRows(), selected, texts_.language())));
+  offerCommands(*actions_, *list_, document_);
+  countPane_->setText(
+      toQt(folders::recordCountText(list_->model().totalRows(), list_->selectedCount(), texts_.language())));
 }
 
 void CMainFrame::showError(const QString& text) {
@@ -326,6 +401,8 @@ void CMainFrame::showError(const QString& text) {
 }
 
 void CMainFrame::closeEvent(QCloseEvent* event) {
+  // The work under way uses what would be closed.
+  if (person_.busy()) return event->ignore();
   importTimer_.stop();
   refreshTimer_.stop();
   liveNotifier_.reset();
@@ -333,7 +410,7 @@ void CMainFrame::closeEvent(QCloseEvent* event) {
   list_->saveLayout();
   savePlacement();
   // The folder's result closes before its database does.
-  list_->model().setFolder(nullptr);
+  list_->closeFolder();
   event->accept();
 }
 

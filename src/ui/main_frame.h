@@ -38,6 +38,10 @@ class CMainFrame : public QMainWindow {
   void openFolder(int id);
   // Selects it in the tree, which opens it.
   void selectFolder(int id) { selector_->select(id); }
+  // The list of the calls behind the current row of a statistic; the filter stays as it is.
+  void showCallsBehindRow();
+  // The sums of the filtered calls, in the status bar.
+  void showTotals();
   [[nodiscard]] CFolderView& list() { return *list_; }
 
  public slots:
@@ -61,6 +65,12 @@ class CMainFrame : public QMainWindow {
   void showChart();
   [[nodiscard]] std::vector<ChartView::Bar> readBars(folders::FolderView& folder, std::size_t value) const;
   void drillDown(int row);
+  void backToStatistic();
+  // What stands around the list follows what the list shows now.
+  void folderShown();
+  // A message in the status bar; the totals come back after a while.
+  void say(const QString& text);
+  void showMessagePane();
   void showError(const QString& text);
 
   server::CServerDoc& document_;
@@ -69,6 +79,7 @@ class CMainFrame : public QMainWindow {
   std::unique_ptr<Actions> actions_;
   CSelectorView* selector_ = nullptr;
   CFolderView* list_ = nullptr;
+  FolderPane* listPane_ = nullptr;
   CFilterView* filterPane_ = nullptr;
   ChartView* chart_ = nullptr;
   QSplitter* columns_ = nullptr;  // tree | right side
@@ -77,6 +88,16 @@ class CMainFrame : public QMainWindow {
   QLabel* messagePane_ = nullptr;
   QLabel* livePane_ = nullptr;
   QLabel* countPane_ = nullptr;  // the third pane: record counts
+  // Where the calls behind a row were asked for.
+  struct Origin {
+    int folder = 0;
+    std::int64_t position = 0;
+  };
+  Origin origin_;
+  QString message_;
+  QString totals_;  // of what is shown; empty: not worked out
+  QTimer messageTimer_;
+  QTimer selectionTimer_;  // a selection that is still being drawn is not summed
   QTimer importTimer_;
   QTimer refreshTimer_;
   std::unique_ptr<platform::LiveChannelServer> live_;

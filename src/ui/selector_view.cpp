@@ -1,6 +1,8 @@
 #include "ui/selector_view.h"
 
 #include <QHeaderView>
+#include <QMouseEvent>
+#include <QSignalBlocker>
 
 #include "folders/catalogue.h"
 #include "ui/icons.h"
@@ -54,6 +56,12 @@ CSelectorView::CSelectorView(const Texts& texts, QWidget* parent) : QTreeWidget(
   });
 }
 
+void CSelectorView::mousePressEvent(QMouseEvent* event) {
+  const int before = selectedId();
+  QTreeWidget::mousePressEvent(event);
+  if (before != 0 && selectedId() == before && itemAt(event->pos()) == currentItem()) emit folderChosenAgain(before);
+}
+
 QTreeWidgetItem* CSelectorView::addGroup(const QString& caption, const QIcon& groupIcon) {
   auto* item = new QTreeWidgetItem(this, {caption});
   item->setIcon(0, groupIcon);
@@ -82,7 +90,7 @@ void CSelectorView::build(const Access& access, bool logFiltered) {
     parties = addGroup(texts_("IDS_TREE_PARTIES"), icon(Icon::Groups));
     places = addGroup(texts_("IDS_TREE_DESTINATIONS"), icon(Icon::Statistic));
     time = addGroup(texts_("IDS_TREE_TIME"), icon(Icon::Clock));
-    addEntry(nullptr, kContactsEntry, texts_("IDS_CONTACTS"), icon(Icon::Contacts));
+    addEntry(nullptr, folders::kContactsList, texts_("IDS_CONTACTS"), icon(Icon::Contacts));
   }
   if (access.administration) administration = addGroup(texts_("IDS_ADMINISTRATION"), icon(Icon::Settings));
   for (const folders::FolderDefinition& folder : folders::standardFolders()) {
@@ -103,6 +111,11 @@ void CSelectorView::select(int id) {
   for (QTreeWidgetItemIterator item(this); *item != nullptr; ++item) {
     if ((*item)->data(0, kIdRole).isValid() && (*item)->data(0, kIdRole).toInt() == id) setCurrentItem(*item);
   }
+}
+
+void CSelectorView::mark(int id) {
+  const QSignalBlocker quiet(this);
+  select(id);
 }
 
 int CSelectorView::selectedId() const {

@@ -6,9 +6,6 @@
 
 namespace ui {
 
-// Numbers of the tree's entries: folders have their own, the contacts book one that no folder has.
-inline constexpr int kContactsEntry = 200;
-
 // The folder tree.
 class CSelectorView : public QTreeWidget {
   Q_OBJECT
@@ -24,10 +21,17 @@ class CSelectorView : public QTreeWidget {
   // Builds the tree with what the user may see. `logFiltered` chooses the log folder's icon.
   void build(const Access& access, bool logFiltered);
   void select(int id);
+  // Marks the entry as the open one and tells nobody.
+  void mark(int id);
   [[nodiscard]] int selectedId() const;
 
  signals:
   void folderSelected(int id);
+  // The entry that is open was clicked.
+  void folderChosenAgain(int id);
+
+ protected:
+  void mousePressEvent(QMouseEvent* event) override;
 
  private:
   QTreeWidgetItem* addGroup(const QString& caption, const QIcon& icon);

@@ -3,6 +3,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -19,7 +20,10 @@ using namespace support;
 
 constexpr int kCalls = 100;
 constexpr int kExtensions = 101;
+constexpr int kNumbers = 102;
 constexpr int kUsers = 97;
+constexpr int kKindContactName = 200;
+constexpr int kKindCount = 421;
 constexpr int kKindNumber = 400;
 constexpr int kKindDuration = 404;
 constexpr int kKindDepartment = 413;
@@ -106,6 +110,92 @@ TEST_F(MainFrameTest, AStatisticDrawsItsRowsAndLeadsToTheirCalls) {
   action("IDS_ACTION_SHOW_CALLS").trigger();
   EXPECT_EQ(list().folderId(), kCalls);
   EXPECT_EQ(rows(), 3);
+}
+
+// Every statistic leads to exactly the calls that it counted, whatever the filter could ask for.
+TEST_F(MainFrameTest, TheCallsBehindARowAreThoseThatItCounts) {
+  desktop.document->database().execute("update Calls set Name = 'O''Neil', Area = null where DialNumber = '9999999'");
+  for (const folders::FolderDefinition& folder : folders::standardFolders()) {
+    if (!folders::isStatistic(folder)) continue;
+    frame->selectFolder(folder.id);
+    const int groups = rows();
+    ASSERT_GT(groups, 0) << folder.id;
+    int calls = 0;
+    for (int row = 0; row < groups; ++row) {
+      list().setCurrentIndex(list().model().index(row, 0));
+      const std::string counted = cell(row, kKindCount);
+      action("IDS_ACTION_SHOW_CALLS").trigger();
+      ASSERT_EQ(list().folderId(), kCalls);
+      EXPECT_EQ(std::to_string(rows()), counted) << folder.id << " row " << row;
+      calls += rows();
+      child<QPushButton>("back").click();
+      ASSERT_EQ(list().folderId(), folder.id);
+      EXPECT_EQ(list().currentIndex().row(), row);
+    }
+    EXPECT_EQ(calls, 3) << folder.id;
+  }
+}
+
+TEST_F(MainFrameTest, TheCallsBehindARowStayNarrowedUntilAllAreAskedFor) {
+  frame->selectFolder(kNumbers);
+  list().setCurrentIndex(list().model().index(0, 0));
+  action("IDS_ACTION_SHOW_CALLS").trigger();
+  const int shown = rows();
+  EXPECT_LT(shown, 3);
+  action("IDS_ACTION_REFRESH").trigger();
+  clickHeading(kKindDuration);
+  EXPECT_EQ(rows(), shown);
+  EXPECT_FALSE(child<QFrame>("narrowingBar").isHidden());
+  child<QPushButton>("allCalls").click();
+  EXPECT_EQ(rows(), 3);
+  EXPECT_TRUE(child<QFrame>("narrowingBar").isHidden());
+}
+
+TEST_F(MainFrameTest, TheCurrentCallStaysCurrentWhenNewerOnesCome) {
+  select(0, kKindNumber);
+  const std::string number = cell(0, kKindNumber);
+  exchange::CallRecord later = sampleCall("7654321");
+  later.year += 1;
+  desktop.files.writeMonitorFile(exchange::encodeRecord(later, false, 1252));
+  frame->importCalls();
+  EXPECT_EQ(cell(0, kKindNumber), "7654321");
+  EXPECT_EQ(list().currentIndex().row(), 1);
+  EXPECT_EQ(cell(1, kKindNumber), number);
+}
+
+TEST_F(MainFrameTest, SelectedCallsAreSummedInTheStatusBar) {
+  action("IDS_ACTION_TOTALS").trigger();
+  EXPECT_TRUE(child<QLabel>("messagePane").text().startsWith("Total cost: "))
+      << child<QLabel>("messagePane").text().toStdString();
+  EXPECT_TRUE(child<QLabel>("messagePane").text().endsWith("00:04:51"));
+  clickHeading(kKindDuration);
+  list().selectRow(0);
+  list().selectionModel()->select(list().model().index(1, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  EXPECT_TRUE(list().selectionTotals().contains("Duration 00:01:31")) << ui::fromQt(list().selectionTotals());
+  EXPECT_TRUE(child<QLabel>("countPane").text().contains("2 selected"));
+}
+
+TEST_F(MainFrameTest, ContactsAreAListOfTheirOwn) {
+  desktop.document->database().execute("delete from Contacts");
+  contacts::Contact contact;
+  contact.name = "Ana Pop";
+  contact.telView = "3456789";
+  desktop.document->contactBook().add(contact);
+  frame->selectFolder(folders::kContactsList);
+  ASSERT_EQ(rows(), 1);
+  EXPECT_EQ(cell(0, kKindContactName), "Ana Pop");
+  list().setCurrentIndex(list().model().index(0, 0));
+  {
+    const Script script({[](QDialog& dialog) {
+      support::child<QLineEdit>(dialog, "name").setText("Ana Popescu");
+      click(dialog, "ok");
+    }});
+    action("IDS_ACTION_EDIT").trigger();
+  }
+  EXPECT_EQ(cell(0, kKindContactName), "Ana Popescu");
+  list().setCurrentIndex(list().model().index(0, 0));
+  action("IDS_ACTION_DELETE").trigger();
+  EXPECT_EQ(rows(), 0);
 }
 
 TEST_F(MainFrameTest, AHiddenNumberMarksItsCalls) {

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "server/server_doc.h"
+#include "ui/folder_view.h"
+#include "ui/texts.h"
+
+namespace ui {
+
+// Users, groups and contacts, as the lists of them are worked on. The changing calls return true when something
+// changed; they throw jet::Error.
+
+struct RecordRights {
+  bool view = false;
+  bool change = false;
+};
+// What the session may do with the records of that list; nothing where its rows are no such records.
+[[nodiscard]] RecordRights recordRights(int folder, server::CServerDoc& document);
+
+bool newRecord(server::CServerDoc& document, const Texts& texts, QWidget* parent, int folder);
+// The record of the current row.
+bool editRecord(server::CServerDoc& document, const Texts& texts, QWidget* parent, const CFolderView& list);
+// Asks first.
+bool deleteRecord(server::CServerDoc& document, const Texts& texts, const CFolderView& list);
+
+}  // namespace ui
