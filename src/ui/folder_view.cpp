@@ -28,12 +28,12 @@ constexpr int kRetryInterval = 50;
 // The order in which a folder opens. Newest calls first is what the desk asks for.
 int firstSortKey(int folder) {
   constexpr int kDateDescending = -401;
-  constexpr int kContactName = 200;
+  constexpr int kContact = 201;
   switch (folder) {
     case 100:
       return kDateDescending;
     case folders::kContactsList:
-      return kContactName;
+      return kContact;
     default:
       return 0;
   }
@@ -275,27 +275,40 @@ std::int64_t CFolderView::selectedCount() const {
 }
 
 QString CFolderView::selectionTotals() const {
+  if (selectedCount() < 2) return {};
+  std::vector<Rows> selected;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    if (range.left() == 0) selected.push_back({model_->position(range.top()), range.height()});
+  }
+  return totalsOf(selected, selectedCount());
+}
+
+QString CFolderView::totals() const {
+  return totalsOf({{0, model_->totalRows()}}, model_->totalRows());
+}
+
+QString CFolderView::totalsOf(const std::vector<Rows>& parts, std::int64_t count) const {
   folders::FolderView* open = model_->folder();
-  if (open == nullptr || selectedCount() < 2) return {};
+  if (open == nullptr) return {};
   platform::Operator& person = document_.app().surroundings().person;
-  const platform::Progress progress(person, open->folder().caption(), progressText(), selectedCount());
+  const platform::Progress progress(person, open->folder().caption(), progressText(), count);
   folders::FolderView::Totals totals(*open);
   std::int64_t read = 0;
   bool stopped = false;
-  for (const QItemSelectionRange& range : selectionModel()->selection()) {
-    if (range.left() != 0 || stopped) continue;
-    open->readRows(model_->position(range.top()), range.height(), [&](std::span<const folders::CellValue> row) {
+  for (const Rows& part : parts) {
+    open->readRows(part.first, part.count, [&](std::span<const folders::CellValue> row) {
       totals.add(row);
       stopped = !person.progressStep(++read);
       return !stopped;
     });
+    if (stopped) return {};
   }
   QStringList sums;
-  for (std::size_t column = 0; column < open->columns().size() && !stopped; ++column) {
+  for (std::size_t column = 0; column < open->columns().size(); ++column) {
     if (totals.sum(column).value_or(0) == 0) continue;
     sums << toQt(open->columns()[column].caption) + " " + toQt(totals.text(column));
   }
-  return sums.join("  \u00b7  ");
+  return sums.join("   ");
 }
 
 std::vector<int> CFolderView::selectedRows() const {

@@ -33,9 +33,10 @@ class CFolderView : public QTableView {
   // Rows selected, each once, ascending.
   [[nodiscard]] std::vector<int> selectedRows() const;
   [[nodiscard]] std::int64_t selectedCount() const;
-  // "Duration 01:02:03, Cost 4.56": the sums of the selected rows; empty when fewer than two are selected, or when the
-  // operator stopped it.
+  // "Duration 01:02:03  Cost 4.56": the sums of the selected rows, empty when fewer than two are, and of all rows;
+  // empty when the operator stopped it. Throw jet::Error.
   [[nodiscard]] QString selectionTotals() const;
+  [[nodiscard]] QString totals() const;
   // Text of the current row in the column of that kind, or of the current cell; empty when there is none.
   [[nodiscard]] QString currentText(int kind) const;
   [[nodiscard]] QString currentText() const;
@@ -58,6 +59,12 @@ class CFolderView : public QTableView {
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
  private:
+  struct Rows {
+    std::int64_t first;
+    std::int64_t count;
+  };
+  [[nodiscard]] QString totalsOf(const std::vector<Rows>& parts, std::int64_t count) const;
+
   using View = std::unique_ptr<folders::FolderView>;
   // An opened folder, its rows counted, under progress; null when it was stopped or failed.
   [[nodiscard]] View openView(const folders::FolderDefinition& folder, int sortKey,

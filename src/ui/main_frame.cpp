@@ -16,6 +16,7 @@
 #include "security/rights.h"
 #include "server/service.h"
 #include "ui/command_handler.h"
+#include "ui/record_commands.h"
 
 namespace ui {
 
@@ -25,6 +26,8 @@ constexpr std::string_view kGeneral = "general";
 constexpr int kFolderCalls = 100;
 // Calls up to which the totals are worked out without being asked for: a moment's work.
 constexpr std::int64_t kSummedRows = 500'000;
+// Rows of other lists up to which they are added up.
+constexpr std::int64_t kAddedRows = 5000;
 // Milliseconds: how long a message stays, and how long a selection has to rest before it is summed.
 constexpr int kMessageTime = 10'000;
 constexpr int kSelectionRest = 150;
@@ -82,7 +85,10 @@ void CMainFrame::buildCentre() {
   lower_ = new QSplitter(Qt::Horizontal);
   lower_->addWidget(filterPane_);
   lower_->addWidget(chart_);
-  lower_->setSizes({400, 600});
+  details_ = new DetailsView;
+  details_->setAccessibleName(texts_("IDS_DETAILS"));
+  lower_->addWidget(details_);
+  lower_->setSizes({300, 700, 700});
   panes_ = new QSplitter(Qt::Vertical);
   listPane_ = new FolderPane(list_, texts_);
   panes_->addWidget(listPane_);
@@ -105,7 +111,10 @@ void CMainFrame::buildCentre() {
     updateStatus();
     selectionTimer_.start(kSelectionRest);
   });
-  connect(list_, &CFolderView::currentCellChanged, this, [this] { offerCommands(*actions_, *list_, document_); });
+  connect(list_, &CFolderView::currentCellChanged, this, [this] {
+    offerCommands(*actions_, *list_, document_);
+    showDetails();
+  });
   connect(list_, &CFolderView::rowActivated, this, &CMainFrame::drillDown);
   connect(list_, &CFolderView::sorted, this, &CMainFrame::showChart);
   connect(list_, &CFolderView::contextMenuWanted, this, [this](const QPoint& at) {
@@ -239,15 +248,16 @@ void CMainFrame::folderShown() {
   const auto& narrowing = folder->narrowing();
   listPane_->showNarrowing(narrowing ? texts_.format("IDS_NARROWED", narrowing->text) : QString());
   list_->setAccessibleName(toQt(folder->folder().caption()));
+  filterPane_->setVisible(folder->folder().definition().condition == folders::ConditionSource::CallFilter);
   message_.clear();
   totals_.clear();
   showChart();
+  showDetails();
   updateStatus();
-  if (folder->folder().definition().id == kFolderCalls && !narrowing && list_->model().totalRows() <= kSummedRows) {
-    showTotals();
-  } else {
-    showMessagePane();
-  }
+  const bool allCalls = list_->folderId() == kFolderCalls && !narrowing;
+  if (allCalls && list_->model().totalRows() <= kSummedRows) return showTotals();
+  if (!allCalls && list_->model().totalRows() <= kAddedRows) totals_ = list_->totals();
+  showMessagePane();
 }
 
 void CMainFrame::showCallsBehindRow() {
@@ -331,10 +341,15 @@ void CMainFrame::showFilter() {
   (*actions_)[Command::FilterOn]->setChecked(document_.callFilter().active());
 }
 
+void CMainFrame::showDetails() {
+  if (!details_->isHidden()) details_->show(currentDetails(document_, texts_, *list_));
+}
+
 void CMainFrame::showChart() {
   folders::FolderView* folder = list_->model().folder();
   const bool statistic = folder != nullptr && folders::isStatistic(folder->folder().definition());
   chart_->setVisible(statistic);
+  details_->setVisible(!statistic);
   if (!statistic) return;
   // The cost; the calls where it is not shown.
   int valueColumn = list_->model().columnOf(kKindCost);

@@ -15,6 +15,7 @@
 #include "server/server_doc.h"
 #include "ui/actions.h"
 #include "ui/chart_view.h"
+#include "ui/details_view.h"
 #include "ui/filter_view.h"
 #include "ui/folder_pane.h"
 #include "ui/folder_view.h"
@@ -62,6 +63,7 @@ class CMainFrame : public QMainWindow {
   void openLiveChannel();
   void refreshFromOtherCopies();
   void showFilter();
+  void showDetails();
   void showChart();
   [[nodiscard]] std::vector<ChartView::Bar> readBars(folders::FolderView& folder, std::size_t value) const;
   void drillDown(int row);
@@ -82,9 +84,10 @@ class CMainFrame : public QMainWindow {
   FolderPane* listPane_ = nullptr;
   CFilterView* filterPane_ = nullptr;
   ChartView* chart_ = nullptr;
+  DetailsView* details_ = nullptr;
   QSplitter* columns_ = nullptr;  // tree | right side
   QSplitter* panes_ = nullptr;    // list / lower panes
-  QSplitter* lower_ = nullptr;    // filter | chart
+  QSplitter* lower_ = nullptr;    // filter | chart or details
   QLabel* messagePane_ = nullptr;
   QLabel* livePane_ = nullptr;
   QLabel* countPane_ = nullptr;  // the third pane: record counts

@@ -86,6 +86,24 @@ bool editRecord(server::CServerDoc& document, const Texts& texts, QWidget* paren
   return folder == kFolderUsers ? editUser(document, texts, parent, name) : editGroup(document, texts, parent, name);
 }
 
+DetailsView::Fields currentDetails(server::CServerDoc& document, const Texts& texts, const CFolderView& list) {
+  if (!list.currentIndex().isValid()) return {};
+  DetailsView::Fields fields;
+  const FolderModel& model = list.model();
+  for (int column = 0; column < model.columnCount(); ++column) {
+    fields.emplace_back(model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString(),
+                        model.text(list.currentIndex().row(), column));
+  }
+  // Columns that the list of contacts never shows.
+  const auto id = list.folderId() == folders::kContactsList ? currentRecord(list) : std::nullopt;
+  const auto contact = id ? document.contactBook().find(*id) : std::nullopt;
+  if (contact) {
+    fields.emplace_back(texts("IDS_ADDRESS"), toQt(contact->address));
+    fields.emplace_back(texts("IDS_NOTE"), toQt(contact->note));
+  }
+  return fields;
+}
+
 bool deleteRecord(server::CServerDoc& document, const Texts& texts, const CFolderView& list) {
   const auto id = currentRecord(list);
   if (!id) return false;

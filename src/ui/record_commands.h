@@ -1,6 +1,7 @@
 #pragma once
 
 #include "server/server_doc.h"
+#include "ui/details_view.h"
 #include "ui/folder_view.h"
 #include "ui/texts.h"
 
@@ -19,6 +20,9 @@ struct RecordRights {
 bool newRecord(server::CServerDoc& document, const Texts& texts, QWidget* parent, int folder);
 // The record of the current row.
 bool editRecord(server::CServerDoc& document, const Texts& texts, QWidget* parent, const CFolderView& list);
+// The current row's record field by field: what the list shows of it, and all of a contact.
+[[nodiscard]] DetailsView::Fields currentDetails(server::CServerDoc& document, const Texts& texts,
+                                                 const CFolderView& list);
 // Asks first.
 bool deleteRecord(server::CServerDoc& document, const Texts& texts, const CFolderView& list);
 

@@ -1,6 +1,7 @@
 #include <QFormLayout>
 
 #include "folders/bill.h"
+#include "platform/progress.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/choice_box.h"
 #include "ui/dialogs/form_dialog.h"
@@ -64,7 +65,8 @@ void makeBill(server::CServerDoc& document, const Texts& texts, QWidget* parent,
   const std::filesystem::path page = reportFile(document, "list.html");
   bool written = false;
   attempt(parent, texts, [&] {
-    const WaitCursor wait;
+    const platform::Progress progress(document.app().surroundings().person, fromQt(texts("IDS_CALLS_REPORT")),
+                                      texts.language().TranslateFormat("IDS_WRITING_FILE", page.string()));
     written = folders::writeBill(dialog.request(), document.folderServices(), document.valueFormatter(), page);
   });
   if (written) handOver(document, texts, parent, page, ReportUse::Open);

@@ -18,13 +18,16 @@ enum class Choices { YesNo, YesNoCancel };
 // Escape and closing the box answer No, or Cancel where there is one.
 Answer ask(QWidget* parent, const Texts& texts, const QString& text, Choices choices = Choices::YesNo);
 
-// Runs the work; a fault is shown and gives false.
+// Runs the work; a fault is shown and gives false. So does a stop by the operator, who needs no word about it.
 template <typename Work>
 bool attempt(QWidget* parent, const Texts& texts, Work&& work) {
   try {
     work();
     return true;
-  } catch (const std::exception& error) {  // jet::Error: what() is its description
+  } catch (const jet::Error& error) {
+    if (!error.canceled()) warn(parent, texts, toQt(error.description()));
+    return false;
+  } catch (const std::exception& error) {
     warn(parent, texts, toQt(error.what()));
     return false;
   }
