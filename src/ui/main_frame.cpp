@@ -239,8 +239,9 @@ void CMainFrame::openFolder(int id) {
   const folders::FolderDefinition* folder =
       id == folders::kContactsList ? &folders::contactsList() : folders::findFolder(id);
   if (folder == nullptr) return;
-  if (!list_->openFolder(*folder)) return selector_->mark(list_->folderId());
-  folderShown();
+  if (list_->openFolder(*folder)) return folderShown();
+  // Not at once: the tree is still busy selecting what was clicked.
+  QTimer::singleShot(0, this, [this] { selector_->mark(list_->folderId()); });
 }
 
 void CMainFrame::folderShown() {
