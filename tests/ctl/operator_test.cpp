@@ -1,9 +1,6 @@
 // What operators see on the command line: folders, filter, reports, bills and contacts of the sample exchange.
 
 #include <algorithm>
-#include <cmath>
-#include <map>
-#include <nlohmann/json.hpp>
 
 #include "support/tallyctl.h"
 
@@ -19,13 +16,6 @@ std::string hours(long seconds) {
   char text[32];
   std::snprintf(text, sizeof text, "%02ld:%02ld:%02ld", seconds / 3600, seconds / 60 % 60, seconds % 60);
   return text;
-}
-
-// Amounts above 100 show no decimals.
-void expectMoney(const std::string& shown, double stored, const std::string& where) {
-  std::string digits = shown;
-  digits.erase(std::remove(digits.begin(), digits.end(), ','), digits.end());
-  EXPECT_NEAR(std::stod(digits), stored, stored > 100 ? 0.501 : 0.00501) << where;
 }
 
 class Operators : public ::testing::Test, protected TallyctlRun {};
@@ -78,53 +68,6 @@ TEST_F(Operators, TheFilterIsSetShownAndDescribed) {
   EXPECT_EQ(succeed("filter condition"), " not Hidden AND (TotalTime>=60)\n");
   succeed("filter this-month");
   EXPECT_TRUE(contains(succeed("filter show --format csv"), "\nOnPeriod,1\n"));
-}
-
-// Folder, and the grouped value of a stored row.
-struct Statistic {
-  int folder;
-  const char* value;
-};
-
-TEST_F(Operators, StatisticsAreTheSumsOfTheStoredCalls) {
-  makeSample(1500);
-  const auto check = [&](const Statistic& statistic, const std::string& condition) {
-    std::map<std::string, std::vector<std::string>> shown;
-    const auto page =
-        nlohmann::json::parse(succeed("folder show " + std::to_string(statistic.folder) + " --json --totals"));
-    for (const auto& row : page["rows"]) {
-      const auto texts = row.get<std::vector<std::string>>();
-      shown[texts[0].substr(0, statistic.folder == 101 || statistic.folder == 116 ? texts[0].find_first_of(" :")
-                                                                                  : std::string::npos)] = texts;
-    }
-    const std::string sums = " sum(TotalTime), count(*), sum(Price_Ref), avg(Price_Ref) from Calls where " + condition;
-    const auto expected = stored(std::string("select ") + statistic.value + "," + sums + " group by 1");
-    EXPECT_EQ(shown.size(), expected.size()) << statistic.folder;
-    for (const auto& row : expected) {
-      const std::string where = std::to_string(statistic.folder) + " " + row[0] + " where " + condition;
-      ASSERT_TRUE(shown.contains(row[0])) << where;
-      const auto& texts = shown[row[0]];
-      const long seconds = std::stol(row[1]);
-      EXPECT_EQ(texts[1], seconds == 0 ? "" : hours(seconds)) << where;
-      EXPECT_EQ(texts[2], row[2]) << where;
-      expectMoney(texts[3], std::stod(row[3]), where);
-      expectMoney(texts[6], std::stod(row[4]), where);
-    }
-    const auto all = stored("select 0," + sums).front();
-    EXPECT_EQ(page["totals"][1], hours(std::stol(all[1])));
-    EXPECT_EQ(page["totals"][2], all[2]);
-    expectMoney(page["totals"][3], std::stod(all[3]), "totals");
-  };
-  const std::vector<Statistic> statistics = {{101, "Extension"},
-                                             {103, "Area"},
-                                             {104, "Trunk"},
-                                             {106, "Department"},
-                                             {110, "Name"},
-                                             {112, "Provider"},
-                                             {116, "substr([DateTime], 12, 2)"}};
-  for (const Statistic& statistic : statistics) check(statistic, "1");
-  succeed("filter set OnFilter=1 OnMinDuration=1 MinDuration=60 OnOutgoing=1");
-  for (const Statistic& statistic : statistics) check(statistic, "TotalTime >= 60 and Incoming = 1");
 }
 
 TEST_F(Operators, CallsToContactsShowTheirNames) {
