@@ -40,7 +40,7 @@ const FilterKey& keyNamed(std::string_view name) {
   for (const FilterKey& key : kKeys) {
     if (base::equalFoldAscii(key.name, name)) return key;
   }
-  throw WrongUsage(base::format("%s is no key of the log filter. See: tallyctl log filter show", name));
+  throw WrongUsage(base::format("\"%s\" is no key of the log filter. See: tallyctl log filter show", name));
 }
 
 int show(const Invocation& call) {
@@ -57,32 +57,44 @@ int show(const Invocation& call) {
 }
 
 // Month/day/year as it is kept, or year-month-day.
-base::DateTime dateOf(const std::string& typed) {
-  const auto parts = base::split(typed, "/");
-  const auto date = parts.size() == 3
-                        ? base::DateTime::fromParts(base::leadingInteger(parts[2]), base::leadingInteger(parts[0]),
-                                                    base::leadingInteger(parts[1]))
-                        : base::DateTime::fromStored(typed);
-  if (!date) throw WrongUsage(base::format("\"%s\" is no date such as 3/31/2026 or 2026-03-31.", typed));
-  return *date;
+std::string dateText(const std::string& typed, std::string_view key) {
+  auto date = base::DateTime::fromStored(typed);
+  if (!date) date = base::DateTime::fromUsText(typed);
+  if (!date || date->dayNumber() == 0) {
+    throw WrongUsage(base::format("%s takes a date such as 3/31/2026 or 2026-03-31, not \"%s\".", key, typed));
+  }
+  return date->format("%m/%d/%Y");
 }
 
-std::int32_t switchOf(const std::string& typed, std::string_view key) {
-  if (typed != "0" && typed != "1") throw WrongUsage(base::format("%s takes 0 or 1, not \"%s\".", key, typed));
-  return typed == "1" ? 1 : 0;
-}
+// A key with the value it is to have, in its stored form.
+struct Change {
+  const FilterKey& key;
+  std::string value;
+};
 
-bool write(foundation::ConfigManager& config, const FilterKey& key, const std::string& value) {
+Change changeOf(const std::string& pair) {
+  const std::size_t equals = pair.find('=');
+  if (equals == std::string::npos) throw WrongUsage(base::format("Write KEY=VALUE, not \"%s\".", pair));
+  const FilterKey& key = keyNamed(pair.substr(0, equals));
+  const std::string value = pair.substr(equals + 1);
   switch (key.kind) {
     case Kind::Switch:
-      return config.WriteConfigInt(switchOf(value, key.name), key.name, kSection, StoreMachine);
+      if (value == "0" || value == "1") break;
+      throw WrongUsage(base::format("%s takes 0 or 1, not \"%s\".", key.name, value));
     case Kind::Text:
-      if (value.find('"') != std::string::npos) throw WrongUsage("A user's name holds no quotation mark.");
-      return config.WriteConfigString(value, key.name, kSection, StoreMachine);
+      if (value.find('"') == std::string::npos) break;
+      throw WrongUsage(base::format("%s: a user's name holds no quotation mark.", key.name));
     case Kind::Date:
-      return config.WriteConfigString(dateOf(value).format("%m/%d/%Y"), key.name, kSection, StoreMachine);
+      return {key, dateText(value, key.name)};
   }
-  return false;
+  return {key, value};
+}
+
+bool write(foundation::ConfigManager& config, const Change& change) {
+  if (change.key.kind != Kind::Switch) {
+    return config.WriteConfigString(change.value, change.key.name, kSection, StoreMachine);
+  }
+  return config.WriteConfigInt(change.value == "1" ? 1 : 0, change.key.name, kSection, StoreMachine);
 }
 
 void requireWritten(bool written, Context& context) {
@@ -91,12 +103,9 @@ void requireWritten(bool written, Context& context) {
 }
 
 int set(const Invocation& call) {
-  foundation::ConfigManager& config = call.context.config();
-  for (const std::string& pair : call.arguments.all("KEY=VALUE")) {
-    const std::size_t equals = pair.find('=');
-    if (equals == std::string::npos) throw WrongUsage(base::format("\"%s\" is no KEY=VALUE.", pair));
-    requireWritten(write(config, keyNamed(pair.substr(0, equals)), pair.substr(equals + 1)), call.context);
-  }
+  std::vector<Change> changes;
+  for (const std::string& pair : call.arguments.all("KEY=VALUE")) changes.push_back(changeOf(pair));
+  for (const Change& change : changes) requireWritten(write(call.context.config(), change), call.context);
   return 0;
 }
 
@@ -123,7 +132,7 @@ constexpr OptionSpec kPairs[] = {
 
 constexpr Command kCommands[] = {
     {"log filter show", "Show the keys of the log filter", "tallyctl log filter show", {}, kViewSettings, show},
-    {"log filter set", "Change the log filter",
+    {"log filter set", "Change the log filter: all of the keys given, or none when one is wrong",
      "tallyctl log filter set LogFilt_Enabled=1 LogFilt_Security=1 LogFilt_Err=1\n"
      "tallyctl log filter set LogFilt_UserEnabled=1 LogFilt_User=ana\n"
      "tallyctl log show --filter",

@@ -128,7 +128,9 @@ TEST_F(Administration, TheLogFilterKeepsItsDocumentedForm) {
   EXPECT_EQ(run("setting get LogFilt_IntervalStart --where machine"), "03/01/2026\n");
   run("log filter set LogFilt_Enabled=yes", 2);
   run("log filter set LogFilt_IntervalStart=31/31/2026", 2);
-  run("log filter set LogFilt_Moon=1", 2);
+  run("log filter set LogFilt_IntervalStart=3/1/2026x", 2);
+  run("log filter set LogFilt_Login=1 LogFilt_Moon=1", 2);  // none of them
+  EXPECT_FALSE(contains(run("log filter condition"), "Level = 1"));
   run("log filter clear");
   EXPECT_TRUE(contains(run("log filter condition"), "\n1=1\n"));
 }
