@@ -71,7 +71,9 @@ CLI::App* makeApp(CLI::App& root, const Command& command, std::span<const Comman
   }
   if (words.size() > 1) parent->footer(parent->get_footer() + firstExample(command.examples));
   CLI::App* app = parent->add_subcommand(words.back(), std::string(command.summary));
-  app->fallthrough()->footer(exampleText(command.examples));
+  app->fallthrough()->footer(exampleText(command.examples) +
+                             "\nEvery command also takes --store, --profile, --user, --format and --json; see "
+                             "tallyctl --help\n");
   return app;
 }
 
@@ -100,6 +102,22 @@ GlobalOptions globalOptions(const GlobalHolders& holders) {
   if (holders.format == "csv") options.format = TableFormat::Csv;
   if (holders.format == "json" || holders.json) options.format = TableFormat::Json;
   return options;
+}
+
+// What was typed cannot be read: why, and which help tells more. `root` is as far as the parser came.
+void complain(const CLI::App& root, const CLI::ParseError& error) {
+  const CLI::App* reached = &root;
+  std::string words;
+  while (!reached->get_subcommands().empty()) {
+    reached = reached->get_subcommands().front();
+    words += reached->get_name() + " ";
+  }
+  const auto commands = reached->get_subcommands([](const CLI::App*) { return true; });
+  std::cerr << "tallyctl: " << error.what();
+  for (const CLI::App* command : commands) {
+    std::cerr << (command == commands.front() ? ": " : ", ") << command->get_name();
+  }
+  std::cerr << "\nTry: tallyctl " << words << "--help\n";
 }
 
 Arguments argumentsOf(const Leaf& leaf) {
@@ -137,7 +155,7 @@ ParsedLine parseCommandLine(int count, const char* const* words, std::span<const
     line.exitStatus = root.exit(asked);
     return line;
   } catch (const CLI::ParseError& error) {
-    std::cerr << "tallyctl: " << error.what() << "\nTry: tallyctl --help, or tallyctl COMMAND --help\n";
+    complain(root, error);
     line.exitStatus = 2;
     return line;
   }
