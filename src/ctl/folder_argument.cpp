@@ -16,17 +16,25 @@ const folders::FolderDefinition& folderOf(const Invocation& call) {
   return *definition;
 }
 
-int sortKeyOf(const Invocation& call, const folders::FolderDefinition& definition) {
+int typedSortKey(const Invocation& call) {
   constexpr std::int64_t kMostKind = 100'000;
-  const auto key = static_cast<int>(call.arguments.integer("--sort", 0, -kMostKind, kMostKind));
+  return static_cast<int>(call.arguments.integer("--sort", 0, -kMostKind, kMostKind));
+}
+
+std::string unsortableText(const folders::FolderDefinition& definition, int sortKey) {
+  return base::format(
+      "Folder %d cannot be sorted by %d. Columns are named by their kinds, which --json "
+      "shows; a minus sorts downwards (--sort=-404).",
+      definition.id, std::abs(sortKey));
+}
+
+int sortKeyOf(const Invocation& call, const folders::FolderDefinition& definition) {
+  const int key = typedSortKey(call);
   if (key == 0) return 0;
   for (const folders::ColumnDefinition& column : definition.columns) {
     if (column.kind == std::abs(key) && column.sort != nullptr) return key;
   }
-  throw WrongUsage(
-      base::format("Folder %d cannot be sorted by %d. Columns are named by their kinds, which --json "
-                   "shows; a minus sorts downwards (--sort=-404).",
-                   definition.id, std::abs(key)));
+  throw WrongUsage(unsortableText(definition, key));
 }
 
 }  // namespace ctl

@@ -14,7 +14,11 @@ inline constexpr OptionSpec kFolderSort = {
 // administrators' right, too.
 [[nodiscard]] const folders::FolderDefinition& folderOf(const Invocation& call);
 
-// What kFolderSort asks for, 0 without it. Throws WrongUsage when the folder cannot be sorted so.
+// What kFolderSort asks for, 0 without it.
+[[nodiscard]] int typedSortKey(const Invocation& call);
+// Why a folder is not sorted so, and what to do.
+[[nodiscard]] std::string unsortableText(const folders::FolderDefinition& definition, int sortKey);
+// The typed sort key. Throws WrongUsage when the folder cannot be sorted so.
 [[nodiscard]] int sortKeyOf(const Invocation& call, const folders::FolderDefinition& definition);
 
 }  // namespace ctl

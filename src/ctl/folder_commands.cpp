@@ -108,7 +108,11 @@ int show(const Invocation& call) {
 int sql(const Invocation& call) {
   const FolderDefinition& definition = folderOf(call);
   folders::CDbFolder folder(definition, call.context.document().folderServices());
-  folder.setSortKey(sortKeyOf(call, definition));
+  folder.setSortKey(typedSortKey(call));
+  // Any sort key makes a query; one that sorts by nothing is most likely not what was meant.
+  if (folder.sortKey() != 0 && folder.BuildOrderClause().empty()) {
+    call.context.person().messageBox(unsortableText(definition, folder.sortKey()));
+  }
   call.out << folder.BuildQuery() << '\n';
   return 0;
 }

@@ -44,6 +44,13 @@ TEST_F(Operators, FolderQueriesAreTheDocumentedTexts) {
                         Case{"101 --sort 421", "group by Extension  ORDER BY 3 ASC\n"}}) {
     EXPECT_TRUE(succeed(std::string("folder sql ") + c.arguments).ends_with(c.sql)) << c.arguments;
   }
+  // A column that cannot be sorted adds no order, and the operator knows.
+  for (const char* arguments : {"folder sql 98 --sort=-371", "folder sql 98 --sort=9999"}) {
+    const Result unsorted = run(arguments);
+    EXPECT_EQ(unsorted.status, 0) << unsorted.err;
+    EXPECT_EQ(unsorted.out, "SELECT * FROM [Groups] as toptab\n");
+    EXPECT_TRUE(contains(unsorted.err, "Folder 98 cannot be sorted by ")) << unsorted.err;
+  }
 }
 
 TEST_F(Operators, TheFilterIsSetShownAndDescribed) {
