@@ -150,7 +150,7 @@ class Office {
   tariff::Currencies currencies_{config_, texts_, person_};
   exchange::PartyDefinitions definitions_{config_};
   security::CurrentUser user_;
-  filter::CallFilter filter_{config_, definitions_, user_, clock_};
+  filter::CallFilter filter_{config_, definitions_, user_, clock_, texts_};
   folders::FolderServices services_{*main_,  config_, texts_, definitions_, currencies_,
                                     filter_, log_,    user_,  person_,      clock_};
   folders::ValueFormatter formatter_{config_, texts_, definitions_};

@@ -42,10 +42,17 @@ int set(const Invocation& call) {
     values.emplace_back(given.substr(0, sign), given.substr(sign + 1));
   }
   try {
-    return done(call, filterOf(call).set(values));
+    done(call, filterOf(call).set(values));
   } catch (const std::invalid_argument& wrong) {
     throw WrongUsage(wrong.what());
   }
+  // The settings may be on their way to others that go together: they are kept, and the operator is warned.
+  try {
+    (void)filterOf(call).runnableCondition();
+  } catch (const jet::Error& broken) {
+    call.context.person().messageBox(broken.what());
+  }
+  return 0;
 }
 
 int clear(const Invocation& call) {

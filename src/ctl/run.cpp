@@ -6,6 +6,7 @@
 #include "ctl/command_line.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "filter/condition.h"
 #include "jet/error.h"
 
 namespace ctl {
@@ -36,6 +37,8 @@ int run(int count, const char* const* words) {
   } catch (const WrongUsage& error) {
     std::cerr << "tallyctl: " << error.what() << "\nTry: tallyctl " << line.command->name << " --help\n";
     return kWrongUsage;
+  } catch (const filter::FilterError& error) {
+    std::cerr << "tallyctl: " << error.what() << "\nSee: tallyctl filter show, tallyctl filter clear\n";
   } catch (const jet::Error& error) {
     std::cerr << "tallyctl: database error " << error.number() << ": " << error.description() << '\n';
     if (!error.statement().empty()) base::debugOutput(error.statement());

@@ -7,11 +7,23 @@ namespace filter {
 std::string CallFilter::condition() {
   const FilterSettings current = settings();
   keepNumberFilter(current);
+  return restricted(current);
+}
+
+std::string CallFilter::runnableCondition() {
+  const FilterSettings current = settings();
+  keepNumberFilter(current);
   return conditionOf(current);
 }
 
 std::string CallFilter::conditionOf(const FilterSettings& settings) const {
-  return restrictCondition(settingsCondition(settings, definitions_.extensionIsText), user_.SQLSubquery);
+  std::string text = restricted(settings);
+  requireReadable(text, texts_);
+  return text;
+}
+
+std::string CallFilter::restricted(const FilterSettings& settings) const {
+  return restrictCondition(settingsCondition(settings, definitions_.extensionIsText), user_.SQLSubquery, texts_);
 }
 
 bool CallFilter::clear() {
@@ -48,10 +60,11 @@ bool CallFilter::set(const std::vector<std::pair<std::string, std::string>>& val
 
 std::vector<std::string> CallFilter::offered(jet::Database& main, std::string statement) const {
   std::vector<std::string> values;
-  main.forEachRow(restrictStatement(std::move(statement), user_.SQLSubquery), [&](const std::vector<jet::Value>& row) {
-    values.push_back(row.front().toText());
-    return true;
-  });
+  main.forEachRow(restrictStatement(std::move(statement), user_.SQLSubquery, texts_),
+                  [&](const std::vector<jet::Value>& row) {
+                    values.push_back(row.front().toText());
+                    return true;
+                  });
   return values;
 }
 

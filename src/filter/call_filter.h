@@ -9,6 +9,7 @@
 #include "filter/condition.h"
 #include "filter/settings.h"
 #include "foundation/config_manager.h"
+#include "foundation/language_file.h"
 #include "jet/database.h"
 #include "platform/clock.h"
 #include "security/session.h"
@@ -20,12 +21,14 @@ namespace filter {
 class CallFilter {
  public:
   CallFilter(foundation::ConfigManager& config, const exchange::PartyDefinitions& definitions,
-             const security::CurrentUser& user, const platform::Clock& clock)
-      : config_(config), definitions_(definitions), user_(user), clock_(clock) {}
+             const security::CurrentUser& user, const platform::Clock& clock, const foundation::LanguageFile& texts)
+      : config_(config), definitions_(definitions), user_(user), clock_(clock), texts_(texts) {}
 
-  // The condition text with the user's restriction. Throws as restrictCondition.
+  // The condition text with the user's restriction, to be looked at: it may not parse. Throws as restrictCondition.
   [[nodiscard]] std::string condition();
-  // The condition of other settings than the stored ones (a bill's), with the user's restriction.
+  // The same, to be run. Throws FilterError when it does not parse, too.
+  [[nodiscard]] std::string runnableCondition();
+  // The runnable condition of other settings than the stored ones (a bill's).
   [[nodiscard]] std::string conditionOf(const FilterSettings& settings) const;
 
   [[nodiscard]] FilterSettings settings() { return readSettings(config_); }
@@ -50,12 +53,14 @@ class CallFilter {
   [[nodiscard]] foundation::ConfigManager& config() { return config_; }
 
  private:
+  [[nodiscard]] std::string restricted(const FilterSettings& settings) const;
   [[nodiscard]] std::vector<std::string> offered(jet::Database& main, std::string statement) const;
 
   foundation::ConfigManager& config_;
   const exchange::PartyDefinitions& definitions_;
   const security::CurrentUser& user_;
   const platform::Clock& clock_;
+  const foundation::LanguageFile& texts_;
   std::int32_t numberFilterEnabled_ = 0;
 };
 

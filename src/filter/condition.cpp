@@ -120,7 +120,16 @@ std::string settingsCondition(const FilterSettings& settings, bool extensionIsTe
   return condition;
 }
 
-std::string restrictCondition(std::string condition, std::string_view restriction) {
+void requireReadable(const std::string& condition, const foundation::LanguageFile& texts) {
+  try {
+    (void)jet::parseCondition(condition);
+  } catch (const jet::Error& error) {
+    throw FilterError(error.number(), texts.Translate("IDS_FILTER_BREAKS_QUERY"), condition);
+  }
+}
+
+std::string restrictCondition(std::string condition, std::string_view restriction,
+                              const foundation::LanguageFile& texts) {
   if (restriction.empty()) return condition;
   const Parsed expected = parse(restriction);
   condition.append(" AND (").append(restriction).append(" )");
@@ -130,21 +139,18 @@ std::string restrictCondition(std::string condition, std::string_view restrictio
   } catch (const jet::Error&) {
     // A value with a quotation mark can break the text apart: refused like one that changes its meaning.
   }
-  if (!holds) {
-    throw RestrictionError(3075,
-                           "The filter's values do not go together with your restriction on calls: a quotation mark "
-                           "or bracket in one of them breaks the query. Change or clear the filter.",
-                           condition);
-  }
+  if (!holds) throw FilterError(3075, texts.Translate("IDS_FILTER_AGAINST_RESTRICTION"), condition);
   return condition;
 }
 
-std::string restrictStatement(std::string statement, std::string_view restriction) {
+std::string restrictStatement(std::string statement, std::string_view restriction,
+                              const foundation::LanguageFile& texts) {
   if (restriction.empty()) return statement;
   constexpr std::string_view kWhere = " where ";
   const std::size_t begin = statement.find(kWhere) + kWhere.size();
   const std::size_t end = std::min(statement.rfind(" order by "), statement.size());
-  return statement.replace(begin, end - begin, restrictCondition(statement.substr(begin, end - begin), restriction));
+  return statement.replace(begin, end - begin,
+                           restrictCondition(statement.substr(begin, end - begin), restriction, texts));
 }
 
 }  // namespace filter

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "filter/settings.h"
+#include "foundation/language_file.h"
 #include "jet/error.h"
 
 namespace filter {
@@ -12,20 +13,26 @@ namespace filter {
 // `extensionIsText`: the type of column `Extension` (PartyDefinitions::extensionIsText).
 [[nodiscard]] std::string settingsCondition(const FilterSettings& settings, bool extensionIsText);
 
-// The filter's values would lift the user's restriction; nothing may be run then.
-class RestrictionError : public jet::Error {
+// The filter's values break the condition, or would lift the user's restriction; nothing may be run then. The
+// description is the operator's, translated.
+class FilterError : public jet::Error {
  public:
   using jet::Error::Error;
 };
 
+// Throws FilterError when the condition does not parse: a value with a quotation mark in it ends its literal too early.
+void requireReadable(const std::string& condition, const foundation::LanguageFile& texts);
+
 // The condition followed by " AND (", the user's restriction and " )"; unchanged when there is none.
-// Throws RestrictionError unless the text, parsed, is a conjunction whose last part is the restriction, whatever quotes
-// and brackets the filter's values hold; jet::Error 3075 when the restriction by itself does not parse.
-[[nodiscard]] std::string restrictCondition(std::string condition, std::string_view restriction);
+// Throws FilterError unless the text, parsed, is a conjunction whose last part is the restriction, whatever quotes and
+// brackets the filter's values hold; jet::Error 3075 when the restriction by itself does not parse.
+[[nodiscard]] std::string restrictCondition(std::string condition, std::string_view restriction,
+                                            const foundation::LanguageFile& texts);
 
 // A select over `Calls` whose condition is narrowed by the restriction; unchanged when there is none. Throws as
 // restrictCondition.
-[[nodiscard]] std::string restrictStatement(std::string statement, std::string_view restriction);
+[[nodiscard]] std::string restrictStatement(std::string statement, std::string_view restriction,
+                                            const foundation::LanguageFile& texts);
 
 // How an empty area is called.
 inline constexpr std::string_view kLocalArea = "Local";

@@ -94,7 +94,7 @@ void FilterDescription::appendItems(std::string& page, const FilterSettings& set
 void FilterDescription::appendRates(std::string& page, jet::Database& main) {
   page += "<font size=\"-1\"><b></b><ul>";
   const std::string& reference = currencies_.Default().name;
-  const std::string sql = base::format("select distinct(valuta) from Calls where %s", filter_.condition());
+  const std::string sql = base::format("select distinct(valuta) from Calls where %s", filter_.runnableCondition());
   main.forEachRow(sql, [&](const std::vector<jet::Value>& row) {
     const std::string currency = row.front().toText();
     if (currency.empty() || base::equalFoldAscii(currency, reference)) return true;

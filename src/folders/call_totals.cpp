@@ -8,7 +8,7 @@ namespace folders {
 CallTotals filteredTotals(const FolderServices& services) {
   const std::string sql = applySurcharge(
       base::format("select sum(Price_Ref) as SUM_Price, sum(TotalTime) as SUM_Duration from Calls where %s",
-                   services.filter.condition()),
+                   services.filter.runnableCondition()),
       services.config);
   const jet::Snapshot sums = services.main.openSnapshot(sql);
   if (sums.empty()) return {};

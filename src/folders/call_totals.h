@@ -14,7 +14,7 @@ struct CallTotals {
   std::int64_t duration = 0;  // seconds
 };
 
-// Throws jet::Error and filter::RestrictionError.
+// Throws jet::Error and filter::FilterError.
 [[nodiscard]] CallTotals filteredTotals(const FolderServices& services);
 // "Total cost: %s %s, %.2d:%.2d:%.2d"
 [[nodiscard]] std::string totalCostText(const CallTotals& totals, const FolderServices& services,

@@ -62,7 +62,8 @@ inline constexpr int kContactsList = 200;  // its number
   return definition.grouping[0] != '\0';
 }
 
-// The condition that the folder's rows must meet now; empty for folders without one. Throws filter::RestrictionError.
+// The condition that the folder's rows must meet now; empty for folders without one. It may be one that does not parse.
+// Throws filter::FilterError when it would lift the user's restriction.
 [[nodiscard]] std::string currentCondition(const FolderDefinition& definition, const FolderServices& services);
 
 }  // namespace folders

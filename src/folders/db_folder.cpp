@@ -95,6 +95,7 @@ std::string CDbFolder::BuildQuery() const {
 
 jet::RowWindow& CDbFolder::open() {
   result_.reset();
+  if (definition_.condition == ConditionSource::CallFilter) filter::requireReadable(condition_, services_.texts);
   result_ = services_.main.openWindow(BuildQuery());
   return *result_;
 }

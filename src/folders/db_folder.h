@@ -68,7 +68,8 @@ class CDbFolder {
   // "ORDER BY %s %s"; empty when unsorted or when the sort key names no column that can be sorted.
   [[nodiscard]] std::string BuildOrderClause() const;
 
-  // Opens the result of the query as it is now, in place of the one before. Throws jet::Error.
+  // Opens the result of the query as it is now, in place of the one before. Throws jet::Error, filter::FilterError when
+  // the call filter's values break the query.
   jet::RowWindow& open();
   void release() { result_.reset(); }
   [[nodiscard]] jet::RowWindow* result() const { return result_.get(); }

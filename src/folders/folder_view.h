@@ -34,7 +34,7 @@ struct Narrowing {
 };
 
 // An open folder as a list of texts that scrolls: rows are read where they are looked at. Throws jet::Error
-// (filter::RestrictionError too) from the constructor, sort, refresh and the reading calls.
+// (filter::FilterError too) from the constructor, sort, refresh and the reading calls.
 class FolderView {
  public:
   // All must outlive the view.

@@ -32,7 +32,7 @@ CServerDoc::CServerDoc(CServerApp& app)
       currencies_(config_, language_, person_),
       parties_(config_),
       contacts_(config_, tags_, language_, log_, person_),
-      filter_(config_, parties_, user_, app.surroundings().clock),
+      filter_(config_, parties_, user_, app.surroundings().clock, language_),
       description_(filter_, language_, currencies_) {}
 
 CServerDoc::~CServerDoc() {

@@ -53,6 +53,24 @@ TEST_F(Operators, FolderQueriesAreTheDocumentedTexts) {
   }
 }
 
+TEST_F(Operators, AFilterThatBreaksTheQuerySaysSo) {
+  succeed("init data --empty");
+  const Result set = run("filter set OnFilter=1 OnName=1 \"Name=O'Brien\"");
+  EXPECT_EQ(set.status, 0) << set.err;
+  EXPECT_TRUE(contains(set.err, "breaks the query")) << set.err;
+  EXPECT_EQ(succeed("filter condition"), " (Name LIKE 'O'Brien*')\n");
+  EXPECT_TRUE(contains(succeed("folder sql 100"), " WHERE  (Name LIKE 'O'Brien*')\n"));
+  for (const char* command :
+       {"folder show 100", "folder show 103 --totals", "filter describe --format html", "report 100 --out page.html"}) {
+    const Result broken = run(command);
+    EXPECT_EQ(broken.status, 1) << command;
+    EXPECT_TRUE(contains(broken.err, "breaks the query")) << broken.err;
+    EXPECT_TRUE(contains(broken.err, "tallyctl filter clear")) << broken.err;
+  }
+  succeed("filter clear");
+  succeed("folder show 100");
+}
+
 TEST_F(Operators, TheFilterIsSetShownAndDescribed) {
   succeed("init data --empty");
   EXPECT_EQ(succeed("filter condition"), "1=1\n");

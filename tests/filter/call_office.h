@@ -55,5 +55,5 @@ class CallOffice {
   tariff::Currencies currencies{config, texts, person};
   security::CurrentUser user;
   security::AuditLog log{config, clock, [] { return std::string(); }};
-  filter::CallFilter filter{config, definitions, user, clock};
+  filter::CallFilter filter{config, definitions, user, clock, texts};
 };

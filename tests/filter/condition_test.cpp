@@ -24,6 +24,10 @@ FilterSettings settingsOf(std::string_view text) {
   return settings;
 }
 
+std::string restricted(std::string condition, std::string_view restriction) {
+  return restrictCondition(std::move(condition), restriction, foundation::LanguageFile());
+}
+
 constexpr ConditionCase kConditions[] = {
     {"Hidden=1|OnIncoming=1|OnTrunk=1|Number=5", "1=1"},
     {"OnFilter=2|Hidden=1", "1=1"},
@@ -76,10 +80,9 @@ TEST(Condition, EveryConditionRuns) {
 }
 
 TEST(Restriction, IsAppendedInBrackets) {
-  EXPECT_EQ(restrictCondition("1=1", ""), "1=1");
-  EXPECT_EQ(restrictCondition("1=1", "Extension='201'"), "1=1 AND (Extension='201' )");
-  EXPECT_EQ(restrictCondition(" (a=1) ", "Extension='1' or Extension='2'"),
-            " (a=1)  AND (Extension='1' or Extension='2' )");
+  EXPECT_EQ(restricted("1=1", ""), "1=1");
+  EXPECT_EQ(restricted("1=1", "Extension='201'"), "1=1 AND (Extension='201' )");
+  EXPECT_EQ(restricted(" (a=1) ", "Extension='1' or Extension='2'"), " (a=1)  AND (Extension='1' or Extension='2' )");
 }
 
 // The user may see extension 201 only; each value tries to see more.
@@ -106,8 +109,7 @@ TEST(Restriction, NoFilterValueGetsRoundIt) {
   };
   for (const char* attempt : kAttempts) {
     const std::string settings = std::string("OnFilter=1|OnExtension=1|OnArea=1|Area=a|") + attempt;
-    EXPECT_THROW((void)restrictCondition(settingsCondition(settingsOf(settings), true), "Extension='201'"),
-                 RestrictionError)
+    EXPECT_THROW((void)restricted(settingsCondition(settingsOf(settings), true), "Extension='201'"), FilterError)
         << attempt;
   }
 }
@@ -117,14 +119,24 @@ TEST(Restriction, ValuesThatLookLikeItAreOnlyValues) {
   for (const char* harmless : {"x') AND (Extension='201", "x''y", "a') and (1=1 or 'b'='b"}) {
     const std::string settings = std::string("OnFilter=1|OnExtension=1|ExtensionStr=") + harmless;
     std::string condition = settingsCondition(settingsOf(settings), true);
-    EXPECT_TRUE(restrictCondition(condition, "Extension='201'").ends_with(" AND (Extension='201' )")) << harmless;
+    EXPECT_TRUE(restricted(condition, "Extension='201'").ends_with(" AND (Extension='201' )")) << harmless;
   }
 }
 
 TEST(Restriction, MustBeAConditionByItself) {
   for (const char* broken : {"1=1) or (1=1", "Extension='201", "Extension=", "1=1 order by Name", "1=1; delete"}) {
-    EXPECT_THROW((void)restrictCondition("1=1", broken), jet::Error) << broken;
+    EXPECT_THROW((void)restricted("1=1", broken), jet::Error) << broken;
   }
+}
+
+TEST(Condition, AValueThatBreaksItIsShownButNotRun) {
+  CallOffice office;
+  office.filter.set({{"OnFilter", "1"}, {"OnName", "1"}, {"Name", "O'Brien"}});
+  EXPECT_EQ(office.filter.condition(), " (Name LIKE 'O'Brien*')");
+  EXPECT_THROW((void)office.filter.runnableCondition(), FilterError);
+  EXPECT_THROW((void)office.filter.conditionOf(office.filter.settings()), FilterError);
+  office.filter.set({{"Name", "O''Brien"}});
+  EXPECT_EQ(office.filter.runnableCondition(), office.filter.condition());
 }
 
 TEST(Restriction, HidesOtherExtensionsCalls) {

@@ -110,7 +110,7 @@ TEST(CallFilter, ListsOfTheDialogHoldWhatOccurs) {
   office.user.SQLSubquery = "Owner='Acme' or Owner is null";
   EXPECT_EQ(office.filter.offeredClients(*office.main), (std::vector<std::string>{"Acme"}));
   EXPECT_TRUE(office.filter.offeredFolders(*office.main, "Zeta").empty());
-  EXPECT_THROW((void)office.filter.offeredFolders(*office.main, "x' or owner='Zeta"), RestrictionError);
+  EXPECT_THROW((void)office.filter.offeredFolders(*office.main, "x' or owner='Zeta"), FilterError);
 }
 
 }  // namespace

@@ -128,7 +128,7 @@ TEST(FolderQuery, RestrictionsHoldInEveryFolderOverCalls) {
     EXPECT_NE(std::ranges::find(totals, "00:00:10"), totals.end()) << definition.id;
   }
   office.filter.set({{"OnFilter", "1"}, {"Number", "x\") or (\"\"=\""}});
-  EXPECT_THROW(office.view(100), filter::RestrictionError);
+  EXPECT_THROW(office.view(100), filter::FilterError);
 }
 
 TEST(FolderQuery, StatisticsAddUp) {
