@@ -1,8 +1,19 @@
 #include "filter/call_filter.h"
 
+#include <algorithm>
+
 #include "base/printf.h"
+#include "base/text.h"
 
 namespace filter {
+
+namespace {
+
+bool givenIn(const std::vector<std::pair<std::string, std::string>>& values, std::string_view key) {
+  return std::ranges::any_of(values, [key](const auto& given) { return base::equalFoldAscii(given.first, key); });
+}
+
+}  // namespace
 
 std::string CallFilter::condition() {
   const FilterSettings current = settings();
@@ -27,34 +38,34 @@ std::string CallFilter::restricted(const FilterSettings& settings) const {
 }
 
 bool CallFilter::clear() {
-  const FilterSettings before = settings();
-  FilterSettings after = before;
-  clearFields(after);
-  return writeChanges(config_, before, after);
+  return writeKeys(config_, FilterSettings(), kClearedKeys);
 }
 
 bool CallFilter::thisMonth() {
-  const FilterSettings before = settings();
-  FilterSettings after = before;
-  setThisMonth(after, clock_.now());
-  return writeChanges(config_, before, after);
+  FilterSettings month;
+  setThisMonth(month, clock_.now());
+  return writeKeys(config_, month, kMonthKeys);
 }
 
 bool CallFilter::previousMonth() {
-  const FilterSettings before = settings();
-  FilterSettings after = before;
-  setPreviousMonth(after, clock_.now());
-  return writeChanges(config_, before, after);
+  FilterSettings month;
+  setPreviousMonth(month, clock_.now());
+  return writeKeys(config_, month, kMonthKeys);
 }
 
 bool CallFilter::set(const std::vector<std::pair<std::string, std::string>>& values) {
   const FilterSettings before = settings();
   FilterSettings after = before;
-  for (const auto& [key, value] : values) setValue(after, key, value);
-
-  bool written = writeChanges(config_, before, after);
-  // A value given is stored even when it is the default.
-  for (const auto& given : values) written &= writeSetting(config_, after, *findFilterKey(given.first));
+  std::vector<std::string_view> keys;
+  for (const auto& [key, value] : values) {
+    setValue(after, key, value);
+    keys.push_back(key);
+  }
+  if (after.account != before.account && !givenIn(values, "ContName")) {
+    after.accountName = after.account;
+    keys.push_back("ContName");
+  }
+  const bool written = writeKeys(config_, after, keys);
   return dropStaleNames(config_, before, after) && written;
 }
 

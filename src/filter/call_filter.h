@@ -42,7 +42,8 @@ class CallFilter {
   bool clear();
   bool thisMonth();
   bool previousMonth();
-  // Stores all of the values or, when one is wrong (std::invalid_argument, see setValue), none.
+  // Stores all of the values or, when one is wrong (std::invalid_argument, see setValue), none. Another account takes
+  // its code as display text unless that is given, too.
   bool set(const std::vector<std::pair<std::string, std::string>>& values);
 
   // What the filter dialog offers, of the calls that the user may see.

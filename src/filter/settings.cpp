@@ -133,11 +133,15 @@ FilterSettings readSettings(foundation::ConfigManager& config) {
   return settings;
 }
 
+namespace {
+
 bool writeSetting(foundation::ConfigManager& config, const FilterSettings& settings, const FilterKey& key) {
   return key.type == KeyType::Integer
              ? config.WriteConfigInt(settings.*key.integer, key.key, kFilterSection, foundation::StoreMachine)
              : config.WriteConfigString(settings.*key.text, key.key, kFilterSection, foundation::StoreMachine);
 }
+
+}  // namespace
 
 bool writeSettings(foundation::ConfigManager& config, const FilterSettings& settings) {
   bool written = true;
@@ -145,13 +149,10 @@ bool writeSettings(foundation::ConfigManager& config, const FilterSettings& sett
   return written;
 }
 
-bool writeChanges(foundation::ConfigManager& config, const FilterSettings& before, const FilterSettings& after) {
+bool writeKeys(foundation::ConfigManager& config, const FilterSettings& settings,
+               std::span<const std::string_view> keys) {
   bool written = true;
-  for (const FilterKey& key : kKeys) {
-    const bool same =
-        key.type == KeyType::Integer ? before.*key.integer == after.*key.integer : before.*key.text == after.*key.text;
-    if (!same) written &= writeSetting(config, after, key);
-  }
+  for (const std::string_view key : keys) written &= writeSetting(config, settings, *findFilterKey(key));
   return written;
 }
 
@@ -201,16 +202,7 @@ void setValue(FilterSettings& settings, std::string_view name, std::string_view 
       return;
     case KeyType::Text:
       settings.*key->text = value;
-      if (key->text == &F::account) settings.accountName = value;
   }
-}
-
-void clearFields(FilterSettings& settings) {
-  for (auto member : {&F::onExtension, &F::onDepartment, &F::onName, &F::onAccount, &F::onClient, &F::onFolder,
-                      &F::onArea, &F::onTrunk, &F::onPeriod}) {
-    settings.*member = 0;
-  }
-  for (auto member : {&F::numberPrefix, &F::number, &F::country, &F::provider}) (settings.*member).clear();
 }
 
 void setThisMonth(FilterSettings& settings, base::DateTime today) {

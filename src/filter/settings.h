@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -75,9 +76,9 @@ struct FilterKey {
 [[nodiscard]] FilterSettings readSettings(foundation::ConfigManager& config);
 // These are false when the machine store cannot be written.
 bool writeSettings(foundation::ConfigManager& config, const FilterSettings& settings);
-bool writeSetting(foundation::ConfigManager& config, const FilterSettings& settings, const FilterKey& key);
-// Writes what differs: a period that was never set stays unset, and each reader's own default holds.
-bool writeChanges(foundation::ConfigManager& config, const FilterSettings& before, const FilterSettings& after);
+// Only these keys: a period that was never set stays unset, and each reader's own default holds.
+bool writeKeys(foundation::ConfigManager& config, const FilterSettings& settings,
+               std::span<const std::string_view> keys);
 
 // The names under which the filter's dialog showed the chosen parties, section "Denumire"; each defaults to the
 // filter's own value.
@@ -93,12 +94,16 @@ bool writeDisplayNames(foundation::ConfigManager& config, const DisplayNames& na
 bool dropStaleNames(foundation::ConfigManager& config, const FilterSettings& before, const FilterSettings& after);
 
 // Takes a value as somebody typed it. Dates are "YYYY-MM-DD[ HH:MM[:SS]]" or month first, and are stored in
-// kPeriodFormat; a bare date as the end of the period is the whole day. A new account takes its code as display text.
+// kPeriodFormat; a bare date as the end of the period is the whole day.
 // Throws std::invalid_argument that says what is wrong with which key.
 void setValue(FilterSettings& settings, std::string_view key, std::string_view value);
 
-// The operator's commands. Clearing leaves "OnFilter", "Hidden", "OnIncoming", "OnOutgoing" and "OnMinDuration".
-void clearFields(FilterSettings& settings);
+// The operator's commands: what clearing sets back to the default, and what choosing a month sets. Clearing leaves
+// "OnFilter", "Hidden", "OnIncoming", "OnOutgoing" and "OnMinDuration".
+inline constexpr std::array<std::string_view, 13> kClearedKeys = {
+    "OnExtension", "OnDepartment", "OnName",       "OnAccount", "OnClient", "OnFolder", "OnArea",
+    "OnTrunk",     "OnPeriod",     "NumberPrefix", "Number",    "Country",  "Provider"};
+inline constexpr std::array<std::string_view, 4> kMonthKeys = {"OnFilter", "OnPeriod", "IntervalStart", "IntervalEnd"};
 void setThisMonth(FilterSettings& settings, base::DateTime today);
 void setPreviousMonth(FilterSettings& settings, base::DateTime today);
 

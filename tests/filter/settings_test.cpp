@@ -78,6 +78,10 @@ TEST(CallFilter, MonthsAreWholeMonths) {
   office.filter.previousMonth();
   EXPECT_EQ(period(), "12/01/2023 00:00:00 - 12/31/2023 23:59:59");
   EXPECT_TRUE(office.filter.active());
+  // The one month whose end is the default of the key is stored, too: other readers have another default.
+  office.clock.time = *base::DateTime::fromParts(2002, 12, 15);
+  office.filter.thisMonth();
+  EXPECT_EQ(office.store.readString("Calls", "IntervalEnd"), "12/31/2002 23:59:59");
 }
 
 TEST(CallFilter, ANewValueDropsTheNameOfTheOldOne) {
@@ -88,6 +92,16 @@ TEST(CallFilter, ANewValueDropsTheNameOfTheOldOne) {
   const DisplayNames names = readDisplayNames(office.config, office.filter.settings());
   EXPECT_EQ(names.extension, "202");
   EXPECT_EQ(names.client, "Acme");
+}
+
+TEST(CallFilter, AnotherAccountTakesItsCodeAsDisplayTextUnlessThatIsGiven) {
+  CallOffice office;
+  office.filter.set({{"Cont", "12"}});
+  EXPECT_EQ(office.filter.settings().accountName, "12");
+  office.filter.set({{"contname", "Sales 13"}, {"Cont", "13"}});
+  EXPECT_EQ(office.filter.settings().accountName, "Sales 13");
+  office.filter.set({{"Cont", "13"}});
+  EXPECT_EQ(office.filter.settings().accountName, "Sales 13");
 }
 
 TEST(CallFilter, TheNumberSwitchIsKeptWhenTheConditionIsBuilt) {
