@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
+#include <iterator>
+#include <random>
 
 #include "filter/call_office.h"
 
@@ -112,6 +113,54 @@ TEST(Restriction, NoFilterValueGetsRoundIt) {
     EXPECT_THROW((void)restricted(settingsCondition(settingsOf(settings), true), "Extension='201'"), FilterError)
         << attempt;
   }
+}
+
+// Values put together at random from what a way round would be made of: whatever passes shows no other call.
+TEST(Restriction, RandomValuesShowNoOtherCalls) {
+  CallOffice office;
+  for (const char* extension : {"201", "202"}) office.call({{"Extension", extension}, {"Name", "x"}, {"Area", "a"}});
+  office.user.SQLSubquery = "Extension='201' or Name='nobody'";
+  constexpr const char* kPieces[] = {"x",          "'",
+                                     ")",          "(",
+                                     "x') or (",   "'x' = 'x",
+                                     "Name = 'x",  " or ",
+                                     " and ",      " Xor ",
+                                     " Imp ",      "1=1",
+                                     "not (",      "') Eqv ('x'='x",
+                                     "[",          "]",
+                                     "--",         " in ('",
+                                     "*') or 1=1", "IIf(1=1, 1, '",
+                                     "%ADD%",      "\"",
+                                     "&",          " is null AND (Extension='201' or Name='nobody' )"};
+  struct Field {
+    std::int32_t FilterSettings::*on;
+    std::string FilterSettings::*text;
+  };
+  constexpr Field kFields[] = {{&FilterSettings::onExtension, &FilterSettings::extension},
+                               {&FilterSettings::onName, &FilterSettings::name},
+                               {&FilterSettings::onArea, &FilterSettings::area},
+                               {&FilterSettings::onFilter, &FilterSettings::number}};
+  std::mt19937 random(7);
+  const auto below = [&random](std::size_t limit) { return random() % limit; };
+  int run = 0;
+  for (int attempt = 0; attempt < 20000; ++attempt) {
+    FilterSettings settings;
+    settings.onFilter = 1;
+    const Field& field = kFields[below(std::size(kFields))];
+    settings.*field.on = 1;
+    for (std::size_t pieces = below(7); pieces > 0; --pieces) {
+      settings.*field.text += kPieces[below(std::size(kPieces))];
+    }
+    try {
+      const std::string condition = office.filter.conditionOf(settings);
+      const auto rows = office.main->openSnapshot("SELECT Extension FROM Calls WHERE " + condition);
+      ++run;
+      for (std::size_t row = 0; row < rows.rowCount(); ++row) EXPECT_EQ(rows.at(row, "Extension").toText(), "201");
+    } catch (const jet::Error&) {
+      // Refused, or read and then found to make no sense.
+    }
+  }
+  EXPECT_GT(run, 200);
 }
 
 TEST(Restriction, ValuesThatLookLikeItAreOnlyValues) {
