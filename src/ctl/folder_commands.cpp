@@ -18,7 +18,7 @@ using folders::FolderView;
 int list(const Invocation& call) {
   Table table({"ID", "Caption", "Kind"});
   for (const FolderDefinition& folder : folders::standardFolders()) {
-    table.add({std::int64_t{folder.id}, call.context.language().Translate(folder.caption),
+    table.add({std::int64_t{folder.id}, folders::folderCaption(folder, call.context.language()),
                std::string(folders::isStatistic(folder) ? "statistics" : "list")});
   }
   call.print(table);
