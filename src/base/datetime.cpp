@@ -6,7 +6,6 @@
 #include <cmath>
 #include <vector>
 
-#include "base/printf.h"
 #include "base/text.h"
 
 namespace base {
@@ -74,6 +73,14 @@ bool readUsDate(std::string_view text, DateTime::Parts& parts) {
   parts.day = swapped ? *first : *second;
   parts.year = widenYear(*year);
   return true;
+}
+
+// Dates are written for every call of a list, so without the general formatter.
+void appendPadded(std::string& out, int value, std::size_t width) {
+  out.append(width, '0');
+  for (auto digit = out.rbegin(); digit != out.rbegin() + static_cast<std::ptrdiff_t>(width); ++digit, value /= 10) {
+    *digit = static_cast<char>('0' + value % 10);
+  }
 }
 
 }  // namespace
@@ -193,28 +200,28 @@ std::string DateTime::format(std::string_view format) const {
   std::string out;
   for (std::size_t i = 0; i < format.size(); ++i) {
     const char letter = format[i] == '%' && i + 1 < format.size() ? format[i + 1] : '\0';
-    const auto number = [&](int value, const char* form) {
-      out += base::format(form, value);
+    const auto number = [&](int value, std::size_t width) {
+      appendPadded(out, value, width);
       ++i;
     };
     switch (letter) {
       case 'd':
-        number(p.day, "%02d");
+        number(p.day, 2);
         break;
       case 'm':
-        number(p.month, "%02d");
+        number(p.month, 2);
         break;
       case 'Y':
-        number(p.year, "%04d");
+        number(p.year, 4);
         break;
       case 'H':
-        number(p.hour, "%02d");
+        number(p.hour, 2);
         break;
       case 'M':
-        number(p.minute, "%02d");
+        number(p.minute, 2);
         break;
       case 'S':
-        number(p.second, "%02d");
+        number(p.second, 2);
         break;
       case '%':
         out += '%';

@@ -19,11 +19,18 @@ struct Conversion {
 constexpr std::string_view kFlagsAndWidth = "-+ #0123456789.";
 constexpr std::string_view kLetters = "diuxXcsfeEgG%";
 
+constexpr auto kIsFlagOrWidth = [] {
+  std::array<bool, 256> is{};
+  for (const char c : kFlagsAndWidth) is[static_cast<unsigned char>(c)] = true;
+  return is;
+}();
+
 // The next conversion at or after `from`; letter 0 when there is none. A percent sign that starts none is plain text.
 Conversion nextConversion(std::string_view format, std::size_t from) {
   for (std::size_t at = format.find('%', from); at != std::string_view::npos; at = format.find('%', at + 1)) {
-    std::size_t end = format.find_first_not_of(kFlagsAndWidth, at + 1);
-    if (end != std::string_view::npos && kLetters.find(format[end]) != std::string_view::npos) {
+    std::size_t end = at + 1;
+    while (end < format.size() && kIsFlagOrWidth[static_cast<unsigned char>(format[end])]) ++end;
+    if (end < format.size() && kLetters.find(format[end]) != std::string_view::npos) {
       return {at, end + 1, format[end]};
     }
   }
@@ -89,28 +96,40 @@ void appendText(std::string& out, std::string_view flags, std::string text) {
   if (left) out.append(padding, ' ');
 }
 
+// The fewest digits that "%d", "%.2d" and "%02d" ask for, the forms that lists are full of; 0 for all others.
+std::size_t fewestDigits(std::string_view flags) {
+  if (flags.empty()) return 1;
+  if (flags.size() != 2 || (flags[0] != '.' && flags[0] != '0') || flags[1] < '1' || flags[1] > '9') return 0;
+  return static_cast<std::size_t>(flags[1] - '0');
+}
+
+void appendInteger(std::string& out, std::string_view flags, char letter, std::int64_t value) {
+  const std::size_t fewest = letter == 'd' && (value >= 0 || flags.empty()) ? fewestDigits(flags) : 0;
+  if (fewest == 0) return appendNumber(out, "%" + std::string(flags) + "ll" + letter, static_cast<long long>(value));
+  std::array<char, 24> digits{};
+  const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+  const auto count = static_cast<std::size_t>(end - digits.data());
+  if (count < fewest) out.append(fewest - count, '0');
+  out.append(digits.data(), count);
+}
+
 void appendConversion(std::string& out, std::string_view conversion, char letter, const FormatArgument& argument) {
   const std::string_view flags = conversion.substr(1, conversion.size() - 2);
   switch (letter) {
     case 's':
-      appendText(out, flags, textOf(argument));
-      return;
+      if (const auto* text = std::get_if<std::string_view>(&argument); text != nullptr && flags.empty()) {
+        out += *text;
+        return;
+      }
+      return appendText(out, flags, textOf(argument));
     case 'c':
-      appendText(out, flags, std::string(1, static_cast<char>(integerOf(argument))));
-      return;
+      return appendText(out, flags, std::string(1, static_cast<char>(integerOf(argument))));
     case 'd':
     case 'i':
     case 'u':
     case 'x':
     case 'X':
-      if (conversion == "%d") {
-        std::array<char, 24> buffer{};
-        const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), integerOf(argument));
-        out.append(buffer.data(), result.ptr);
-        return;
-      }
-      appendNumber(out, "%" + std::string(flags) + "ll" + letter, static_cast<long long>(integerOf(argument)));
-      return;
+      return appendInteger(out, flags, letter, integerOf(argument));
     default:
       appendNumber(out, std::string(conversion), numberOf(argument));
   }
@@ -120,7 +139,7 @@ void appendConversion(std::string& out, std::string_view conversion, char letter
 
 std::string formatArguments(std::string_view format, const FormatArgument* arguments, std::size_t count) {
   std::string out;
-  out.reserve(format.size() + 64);
+  out.reserve(format.size());
   std::size_t position = 0;
   std::size_t used = 0;
   for (Conversion next = nextConversion(format, 0); next.letter != 0; next = nextConversion(format, position)) {

@@ -83,7 +83,7 @@ class ListPage {
     file_.write("<TR>\n");
     for (std::size_t i = 0; i < row.size(); ++i) {
       file_.write(cellOpenings_[i]);
-      file_.writePage(base::escapeHtml(view_.text(i, row[i])));
+      file_.writeText(view_.text(i, row[i]));
       file_.write("&nbsp;</TD>\n");
     }
     file_.write("</TR>\n");

@@ -1,6 +1,7 @@
 #include "folders/money_format.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "base/printf.h"
@@ -12,6 +13,12 @@ namespace {
 constexpr double kLargestGrouped = 400000000000.0;
 // More than the amounts carry; keeps the scaled fraction within 64 bits.
 constexpr std::int32_t kMostDecimals = 12;
+
+constexpr auto kPowersOfTen = [] {
+  std::array<double, kMostDecimals + 1> powers{1};
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
 
 std::string grouped(std::int64_t whole, char thousands) {
   std::string digits = std::to_string(whole);
@@ -43,11 +50,12 @@ std::string MoneyFormat::format(double amount, char thousands, std::string_view 
   const std::int32_t count = amount <= decimals().limit ? decimals().upToLimit : decimals().above;
   if (amount > kLargestGrouped) return base::format(base::format("%%.%df", count), amount);
 
-  const double rounded = amount + 5 / std::pow(10.0, count + 1);
+  const double scale = kPowersOfTen[static_cast<std::size_t>(count)];
+  const double rounded = amount + 5 / (scale * 10);
   const double whole = std::floor(rounded);
   std::string text = grouped(static_cast<std::int64_t>(whole), thousands);
   if (decimal.empty() || count == 0) return text;
-  const auto fraction = static_cast<std::int64_t>((rounded - whole) * std::pow(10.0, count));
+  const auto fraction = static_cast<std::int64_t>((rounded - whole) * scale);
   return text.append(decimal).append(base::format(base::format("%%.%dd", count), fraction));
 }
 

@@ -4,18 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
-
-#include "base/codepage.h"
 
 namespace folders {
 
 namespace {
 
-constexpr std::size_t kBuffer = 1 << 16;
 constexpr int kPage = 1252;
 
 [[noreturn]] void fail(const std::filesystem::path& file) {
@@ -56,7 +52,7 @@ std::unique_ptr<ReportFile> openReport(const std::filesystem::path& target, plat
   }
 }
 
-ReportFile::ReportFile(std::filesystem::path target) : target_(std::move(target)) {
+ReportFile::ReportFile(std::filesystem::path target) : target_(std::move(target)), encoder_(kPage) {
   descriptor_ = createBeside(target_, temporary_);
 }
 
@@ -71,15 +67,14 @@ void ReportFile::discard() noexcept {
   descriptor_ = -1;
 }
 
-void ReportFile::write(std::string_view bytes) {
-  buffer_ += bytes;
-  if (buffer_.size() >= kBuffer) flush();
+void ReportFile::writePage(std::string_view markup) {
+  encoder_.appendMarkup(buffer_, markup);
+  write({});
 }
 
-void ReportFile::writePage(std::string_view text) {
-  // Nearly every cell is ASCII, which stands for itself.
-  const bool ascii = std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-  write(ascii ? text : std::string_view(base::encodeHtml(text, kPage)));
+void ReportFile::writeText(std::string_view text) {
+  encoder_.appendText(buffer_, text);
+  write({});
 }
 
 void ReportFile::flush() {

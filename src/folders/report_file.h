@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/html_encoder.h"
 #include "platform/operator.h"
 
 namespace folders {
@@ -19,13 +20,19 @@ class ReportFile {
   ReportFile& operator=(const ReportFile&) = delete;
   ~ReportFile();  // without commit: nothing is left behind
 
-  void write(std::string_view bytes);
-  // UTF-8 as windows-1252, other letters as numeric references.
-  void writePage(std::string_view text);
+  void write(std::string_view bytes) {
+    buffer_ += bytes;
+    if (buffer_.size() >= kBuffer) flush();
+  }
+  // UTF-8 as windows-1252, other letters as numeric references: mark-up, and data that are escaped here.
+  void writePage(std::string_view markup);
+  void writeText(std::string_view text);
   // Throws std::system_error, as write does, when the disk refuses; the target is as it was then.
   void commit();
 
  private:
+  static constexpr std::size_t kBuffer = 1 << 16;
+
   void flush();
   void discard() noexcept;
 
@@ -33,6 +40,7 @@ class ReportFile {
   std::filesystem::path temporary_;
   int descriptor_ = -1;
   std::string buffer_;
+  base::HtmlEncoder encoder_;
 };
 
 // Null, after the message "Can't open", when the file cannot be made.

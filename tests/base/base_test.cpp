@@ -2,6 +2,7 @@
 
 #include "base/codepage.h"
 #include "base/datetime.h"
+#include "base/html_encoder.h"
 #include "base/printf.h"
 #include "base/text.h"
 
@@ -16,6 +17,7 @@ TEST(Format, PrintsTheDocumentedFormats) {
   EXPECT_EQ(format("%6d|%10.2f|%-5s|%c", -12, 3.14159, "RON", ' '), "   -12|      3.14|RON  | ");
   EXPECT_EQ(format("width=100%% %f", 4.97), "width=100% 4.970000");
   EXPECT_EQ(format("%.3s", "abcdef"), "abc");
+  EXPECT_EQ(format("%.2d %02d %.2d %.0d|%05d", -5, -5, 1234, 0, 42), "-05 -5 1234 |00042");
 }
 
 TEST(Format, SurvivesArgumentsOfTheWrongKindAndNumber) {
@@ -92,6 +94,19 @@ TEST(Codepage, ConvertsBothWaysAndNeverFails) {
   EXPECT_EQ(encodeHtml("é ș", 1252), "\xE9 &#537;");
   EXPECT_EQ(encode("Ţș", 1250), "\xDE?");
   EXPECT_EQ(decode("a\xFF", 65001), "a\xEF\xBF\xBD");
+}
+
+TEST(HtmlEncoder, WritesWhatTheGeneralConversionWrites) {
+  const HtmlEncoder encoder(1252);
+  for (const char* text : {"", "plain", "a&b <c> \"d\"", "é ș Ț € ž", "Șerban&", "日本 😀", "\xC8", "x\xC8y", "\xC0\x80",
+                           "\x80\x80z", "\xE2\x82", "\xFF<", "\xC2\x81", "Ѐ"}) {
+    std::string page = "|";
+    encoder.appendText(page, text);
+    EXPECT_EQ(page, "|" + encodeHtml(escapeHtml(text), 1252)) << text;
+    page.clear();
+    encoder.appendMarkup(page, text);
+    EXPECT_EQ(page, encodeHtml(text, 1252)) << text;
+  }
 }
 
 }  // namespace
