@@ -10,6 +10,7 @@
 namespace contacts {
 
 inline constexpr const char* kContactsTable = "Contacts";
+inline constexpr std::int32_t kLastRelationship = 5;
 
 // One row of table `Contacts`: a person or company of the organization's address book.
 struct Contact {

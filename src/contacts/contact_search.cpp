@@ -1,11 +1,11 @@
 #include "contacts/contact_search.h"
 
 #include <array>
-#include <fstream>
+#include <system_error>
 
-#include "base/codepage.h"
 #include "base/printf.h"
 #include "base/text.h"
+#include "folders/report_file.h"
 
 namespace contacts {
 
@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::int32_t kDefaultLimit = 100;
 constexpr std::size_t kNameLimit = 255;
-constexpr int kPageCodepage = 1252;
 
 std::string nameGroup(std::string_view word, bool prefixMode) {
   if (prefixMode) {
@@ -32,18 +31,18 @@ struct PageColumn {
 constexpr std::array<PageColumn, 3> kPageColumns = {{
     {"left", "IDS_NAME", &SearchMatch::displayName},
     {"left", "IDS_ADDRESS", &SearchMatch::address},
-    {"right", "IDS_PHONE_NUMBERS", &SearchMatch::telView},
+    {"left", "IDS_PHONE_NUMBERS", &SearchMatch::telView},
 }};
-
-std::string pageCell(std::string_view text) {
-  return base::encodeHtml(base::escapeHtml(text), kPageCodepage);
-}
 
 }  // namespace
 
+bool searchable(const SearchInput& input) {
+  return (input.name + input.telephone + input.address).find('"') == std::string::npos;
+}
+
 std::string buildSearchCondition(const SearchInput& input, bool prefixMode) {
   std::string condition;
-  for (const std::string& word : base::split(input.name.substr(0, kNameLimit), " ")) {
+  for (const std::string& word : base::split(base::firstCharacters(input.name, kNameLimit), " ")) {
     if (!condition.empty()) condition += " AND ";
     condition += nameGroup(word, prefixMode);
   }
@@ -79,35 +78,32 @@ SearchResult searchContacts(const SearchInput& input, ContactsManager& contacts,
 
 std::optional<std::filesystem::path> writeSearchPage(const SearchResult& result,
                                                      const foundation::LanguageFile& language,
-                                                     const std::filesystem::path& folder) {
+                                                     const std::filesystem::path& folder) try {
   const std::filesystem::path file = folder / "cautare.html";
-  // A link in this place would lead the page into somebody else's file.
-  std::error_code ignored;
-  if (std::filesystem::is_symlink(file, ignored)) return std::nullopt;
-  std::ofstream page(file, std::ios::binary | std::ios::trunc);
-  if (!page) return std::nullopt;
-  page << base::format(
+  folders::ReportFile page(file);
+  page.writePage(base::format(
       "<html><head><meta http-equiv=Content-Type content=\"text/html; charset=windows-1252\"><title>%s</title></head>"
       "<body style='font-family: Verdana; border-bottom-style: solid; border-bottom-width: thin; "
       "border-bottom-color: Black;'>",
-      pageCell(language.Translate("IDS_SEARCH_RESULTS")));
-  page << "<table><tr>";
+      base::escapeHtml(language.Translate("IDS_SEARCH_RESULTS"))));
+  page.write("<table width=100% cellspacing=0 cellpadding=3 style='font-size:9.0pt; font-family: Verdana;'><tr>");
   for (const PageColumn& column : kPageColumns) {
-    page << base::format("<th align=%s>%s</th>", column.align, pageCell(language.Translate(column.captionKey)));
+    page.writePage(
+        base::format("<th align=%s>%s</th>", column.align, base::escapeHtml(language.Translate(column.captionKey))));
   }
-  page << "</tr>";
+  page.write("</tr>");
   for (const SearchMatch& match : result.matches) {
-    page << "<tr>";
+    page.write("<tr>");
     for (const PageColumn& column : kPageColumns) {
-      page << base::format("<td align=%s>%s</td>", column.align, pageCell(match.*column.text));
+      page.writePage(base::format("<td align=%s>%s</td>", column.align, base::escapeHtml(match.*column.text)));
     }
-    page << "</tr>";
+    page.write("</tr>");
   }
-  page << "</table>"
-       << "</body></html>";
-  page.close();
-  if (!page) return std::nullopt;
+  page.write("</table></body></html>");
+  page.commit();
   return file;
+} catch (const std::system_error&) {
+  return std::nullopt;
 }
 
 }  // namespace contacts

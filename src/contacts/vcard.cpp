@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t kLineOctets = 75;
 constexpr std::string_view kRelationship = "X-TALLYBOOK-RELATIONSHIP";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string escapeValue(std::string_view text) {
   std::string out;
@@ -68,19 +69,41 @@ struct Line {
   std::string text;
 };
 
-// Joins folded lines: one that begins with a blank or tab goes on with the line before it.
+// The head and the value of a line; the colon between them is the first one outside quotation marks.
+std::size_t colonOf(std::string_view line) {
+  bool quoted = false;
+  for (std::size_t at = 0; at < line.size(); ++at) {
+    if (line[at] == '"') quoted = !quoted;
+    if (line[at] == ':' && !quoted) return at;
+  }
+  return std::string_view::npos;
+}
+
+bool isQuotedPrintable(std::string_view line) {
+  return base::foldAscii(line.substr(0, colonOf(line))).find("quoted-printable") != std::string::npos;
+}
+
+// Joins the pieces of folded lines. A line that begins with a blank or tab goes on with the one before it: version 2.1
+// folds at a blank of the value, later versions put one in. A quoted-printable value goes on behind a "=" at the end.
 std::vector<Line> unfold(std::string_view text) {
   std::vector<Line> lines;
   std::size_t number = 0;
+  bool keepsBlank = false;
+  bool goesOn = false;
   for (const std::string& raw : base::split(text, "\n", true)) {
     ++number;
     std::string_view line = raw;
     if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-    if (!lines.empty() && !line.empty() && (line.front() == ' ' || line.front() == '\t')) {
-      lines.back().text += line.substr(1);
+    if (goesOn) {
+      lines.back().text.pop_back();
+      lines.back().text += line;
+    } else if (!lines.empty() && !line.empty() && (line.front() == ' ' || line.front() == '\t')) {
+      lines.back().text += line.substr(keepsBlank ? 0 : 1);
     } else {
       lines.push_back({number, std::string(line)});
+      if (base::foldAscii(line).starts_with("version:")) keepsBlank = line.ends_with("2.1");
     }
+    goesOn = line.ends_with('=') && isQuotedPrintable(lines.back().text);
   }
   return lines;
 }
@@ -125,20 +148,41 @@ int hexDigit(char c) {
   return -1;
 }
 
-// Version 2.1 writes letters outside ASCII as =XX.
+// Version 2.1 writes letters outside ASCII as =XX. What separates and escapes stands for itself when it is written so.
 std::string decodeQuotedPrintable(std::string_view value) {
   std::string out;
   for (std::size_t i = 0; i < value.size(); ++i) {
     const int high = value[i] == '=' && i + 2 < value.size() ? hexDigit(value[i + 1]) : -1;
     const int low = high >= 0 ? hexDigit(value[i + 2]) : -1;
-    if (low >= 0) {
-      out += static_cast<char>(high * 16 + low);
-      i += 2;
-    } else {
+    if (low < 0) {
       out += value[i];
+      continue;
     }
+    const char decoded = static_cast<char>(high * 16 + low);
+    if (decoded == ';' || decoded == '\\') out += '\\';
+    if (decoded != '\r') out += decoded;
+    i += 2;
   }
   return out;
+}
+
+// Old programs write the code page of their country, and often do not say which.
+int codepageOf(std::string_view head) {
+  struct Charset {
+    std::string_view name;
+    int codepage;
+  };
+  constexpr Charset kCharsets[] = {{"charset=windows-1250", 1250},
+                                   {"charset=iso-8859-2", 1250}};  // the letters of Romanian are the same
+  for (const Charset& charset : kCharsets) {
+    if (head.find(charset.name) != std::string_view::npos) return charset.codepage;
+  }
+  return 1252;
+}
+
+bool isUtf8(std::string_view text) {
+  constexpr int kUtf8 = 65001;
+  return base::decode(text, kUtf8) == text;
 }
 
 struct Property {
@@ -147,21 +191,26 @@ struct Property {
 };
 
 Property parseProperty(const std::string& line) {
-  const std::size_t colon = line.find(':');
+  const std::size_t colon = colonOf(line);
   if (colon == std::string::npos) return {};
   const std::string head = base::foldAscii(line.substr(0, colon));
   std::string name = head.substr(0, head.find(';'));
   const std::size_t dot = name.find('.');
   if (dot != std::string::npos) name.erase(0, dot + 1);
   std::string value = line.substr(colon + 1);
-  if (head.find("quoted-printable") != std::string::npos) value = decodeQuotedPrintable(value);
+  if (isQuotedPrintable(line)) value = decodeQuotedPrintable(value);
+  if (!isUtf8(value)) value = base::decode(value, codepageOf(head));
   return {name, value};
 }
 
+// The parameters of a "tel:" address, an extension for one, are no part of the number.
 void appendNumber(std::string& numbers, std::string_view number) {
   constexpr std::string_view scheme = "tel:";
-  if (number.substr(0, scheme.size()) == scheme) number.remove_prefix(scheme.size());
   number = base::trim(number);
+  if (base::equalFoldAscii(number.substr(0, scheme.size()), scheme)) {
+    number.remove_prefix(scheme.size());
+    number = number.substr(0, number.find(';'));
+  }
   if (number.empty()) return;
   if (!numbers.empty()) numbers += ", ";
   numbers += number;
@@ -170,14 +219,17 @@ void appendNumber(std::string& numbers, std::string_view number) {
 void takeProperty(Contact& contact, const Property& property) {
   const auto parts = components(property.value);
   if (property.name == "n") contact.name = nameOf(parts);
-  if (property.name == "fn") contact.contact = joined(parts, "; ");
+  if (property.name == "fn" && contact.contact.empty()) contact.contact = joined(parts, "; ");
   if (property.name == "org") contact.organization = joined(parts, ", ");
   if (property.name == "tel") appendNumber(contact.telView, joined(parts, ";"));
   if (property.name == "email" && contact.email.empty()) contact.email = joined(parts, ";");
   if (property.name == "url" && contact.web.empty()) contact.web = joined(parts, ";");
   if (property.name == "adr" && contact.address.empty()) contact.address = joined(parts, ", ");
   if (property.name == "note") contact.note = parts.size() == 1 ? parts[0] : joined(parts, "; ");
-  if (property.name == base::foldAscii(kRelationship)) contact.tip = base::leadingInteger(property.value);
+  if (property.name == base::foldAscii(kRelationship)) {
+    const std::int32_t tip = base::leadingInteger(property.value);
+    if (tip >= 0 && tip <= kLastRelationship) contact.tip = tip;
+  }
 }
 
 }  // namespace
@@ -190,6 +242,7 @@ std::string writeVCards(const std::vector<Contact>& contacts) {
 
 VCardImport readVCards(std::string_view text) {
   VCardImport result;
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   Contact card;
   std::size_t begunAt = 0;  // line of the open card, 0 when none is open
   for (const Line& line : unfold(text)) {

@@ -72,8 +72,8 @@ void takeOver(Contact& contact, const Arguments& arguments, ContactsManager& boo
   for (const FieldOption& field : kFieldOptions) {
     if (const auto typed = arguments.find(field.option)) contact.*field.member = *typed;
   }
-  constexpr std::int64_t kLastType = 5;
-  contact.tip = static_cast<std::int32_t>(arguments.integer("--relationship", contact.tip, 0, kLastType));
+  contact.tip =
+      static_cast<std::int32_t>(arguments.integer("--relationship", contact.tip, 0, contacts::kLastRelationship));
   if (repeatsName && !arguments.has("--contact")) contact.contact = usualDisplayName(contact);
   if (usualDisplayName(contact).empty()) throw WrongUsage("A contact needs a name or an organization.");
   if (arguments.has("--phones")) fillNumbers(contact, book);
@@ -136,6 +136,7 @@ int search(const Invocation& call) {
   if (input.name.empty() && input.telephone.empty() && input.address.empty()) {
     throw WrongUsage("Give --name, --phone or --address.");
   }
+  if (!searchable(input)) throw Failure(call.context.language().Translate("IDS_SEARCH_UNUSABLE"));
   server::CServerDoc& document = call.context.document();
   const contacts::SearchResult result = searchContacts(input, document.contactBook(), call.context.config());
   Table table({"ID", "Name", "Address", "Numbers"});

@@ -18,13 +18,9 @@ constexpr int kValueWidth = 120;
 constexpr int kLongestBar = kWidth - kLabelWidth - kValueWidth;
 constexpr std::size_t kLabelLength = 30;  // characters that fit before the bar
 
-std::string shortened(const std::string& label) {
-  std::size_t characters = 0;
-  for (std::size_t at = 0; at < label.size(); ++at) {
-    if ((static_cast<unsigned char>(label[at]) & 0xC0) == 0x80) continue;
-    if (++characters > kLabelLength) return label.substr(0, at) + "…";
-  }
-  return label;
+std::string shortened(std::string_view label) {
+  const std::string_view front = base::firstCharacters(label, kLabelLength);
+  return std::string(front) + (front.size() < label.size() ? "…" : "");
 }
 
 }  // namespace

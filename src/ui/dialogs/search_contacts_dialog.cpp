@@ -126,6 +126,7 @@ void CSearchContactsDlg::accept() {
 }
 
 void CSearchContactsDlg::search() {
+  if (!contacts::searchable(input())) return warn(this, texts(), texts()("IDS_SEARCH_UNUSABLE"));
   storeOptions();
   attempt(this, texts(), [this] {
     const WaitCursor wait;
