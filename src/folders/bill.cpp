@@ -68,8 +68,12 @@ std::string headingRow(const FolderServices& services) {
   return row + "</TR>\n";
 }
 
-std::string summaryRow(const std::string& label, std::string_view value) {
-  return base::format("<TR><TD><b>%s</b></TD>", label) + "<TD align=right>" + base::escapeHtml(value) + "</TD></TR>\n";
+// `remark` stands in a cell behind the value.
+std::string summaryRow(const std::string& label, std::string_view value, std::string_view remark = {}) {
+  std::string row =
+      base::format("<TR><TD><b>%s</b></TD>", label) + "<TD align=right>" + base::escapeHtml(value) + "</TD>";
+  if (!remark.empty()) row += base::format("<TD>&nbsp;%s</TD>", remark);
+  return row + "</TR>\n";
 }
 
 std::string summary(const BillTotals& totals, std::int32_t vatPercent, const FolderServices& services,
@@ -77,8 +81,8 @@ std::string summary(const BillTotals& totals, std::int32_t vatPercent, const Fol
   const std::string currency = " " + services.currencies.Default().name;
   return tableOpening(services.config) + "</TR>\n" +
          summaryRow(escapedLabel(services, "IDS_TOTAL_WITHOUT_VAT"), formatter.money(totals.net) + currency) +
-         summaryRow(escapedLabel(services, "IDS_VAT") + base::format(" %d%%", vatPercent),
-                    formatter.money(totals.vat) + currency) +
+         summaryRow(escapedLabel(services, "IDS_VAT"), formatter.money(totals.vat) + currency,
+                    base::format("%d%%", vatPercent)) +
          summaryRow(escapedLabel(services, "IDS_TOTAL"), formatter.money(totals.total) + currency) +
          summaryRow(escapedLabel(services, "IDS_DURATION"), durationText(totals.duration)) + "</TABLE>\n";
 }
@@ -90,35 +94,38 @@ std::optional<std::string> readTemplate(const FolderServices& services) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-// The template's own bytes stay as they are; what is put in is written for the page that it declares, windows-1252.
-std::string fillTemplate(const std::string& text, const BillRequest& request, const FolderServices& services,
-                         const std::string& tables) {
+// What a placeholder stands for; nothing for other words between percent signs. The template's own bytes stay as they
+// are; what is put in is written for the page that it declares, windows-1252.
+std::optional<std::string> filling(std::string_view placeholder, const BillRequest& request,
+                                   const FolderServices& services, const std::string& tables) {
   const auto page = [](std::string_view text) { return base::encodeHtml(text, 1252); };
+  const auto setting = [&](std::string_view key) {
+    return page(base::escapeHtml(services.config.ReadConfigString(key, "general", foundation::StoreDatabase, "")));
+  };
   constexpr std::string_view kShown = "%d.%m.%Y %H:%M";
-  const std::string reseller =
-      services.config.ReadConfigString("ResellerName", "general", foundation::StoreDatabase, "");
-  const std::string period =
-      base::format("<b>%s</b> - <b>%s</b>", request.from.format(kShown), request.to.format(kShown));
-  const std::array<std::pair<std::string_view, std::string>, 4> fillings = {{
-      {"%EXT%", page(base::escapeHtml(request.extension))},
-      {"%INTERVAL%", period},
-      {"%RESELLER%", page(base::escapeHtml(reseller))},
-      {"%REPORT%", page(tables)},
-  }};
-  // One pass, so that a placeholder's letters in the data stay data.
-  std::string out;
-  for (std::size_t at = 0; at < text.size();) {
-    bool filled = false;
-    for (const auto& [placeholder, value] : fillings) {
-      if (text.compare(at, placeholder.size(), placeholder) != 0) continue;
-      out += value;
-      at += placeholder.size();
-      filled = true;
-      break;
-    }
-    if (!filled) out += text[at++];
+  if (placeholder == "%EXT%") return page(base::escapeHtml(request.extension));
+  if (placeholder == "%INTERVAL%") {
+    return base::format("<b>%s</b> - <b>%s</b>", request.from.format(kShown), request.to.format(kShown));
   }
-  return out;
+  if (placeholder == "%REPORT%") return page(tables);
+  if (placeholder == "%RESELLER%") return setting("ResellerName");
+  if (placeholder.starts_with("%Organization")) return setting(placeholder.substr(1, placeholder.size() - 2));
+  return std::nullopt;
+}
+
+// One pass, so that a placeholder's letters in the data stay data.
+std::string fillTemplate(std::string_view text, const BillRequest& request, const FolderServices& services,
+                         const std::string& tables) {
+  std::string out;
+  for (std::size_t at = text.find('%'); at != std::string_view::npos; at = text.find('%')) {
+    out += text.substr(0, at);
+    text.remove_prefix(at);
+    const std::string_view placeholder = text.substr(0, text.find('%', 1) + 1);
+    const auto value = filling(placeholder, request, services, tables);
+    out += value.value_or("%");
+    text.remove_prefix(value ? placeholder.size() : 1);
+  }
+  return out.append(text);
 }
 
 }  // namespace

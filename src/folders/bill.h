@@ -29,8 +29,9 @@ struct BillTotals {
 };
 
 // Writes the bill as an HTML page: with setting "TemplateHotel", the page "template.html" of the database folder with
-// its placeholders filled; else the tables alone, as a page of their own. False after a message ("Can't open") when the
-// file or the template cannot be opened. Throws jet::Error, and std::system_error when the disk is full.
+// its placeholders filled, %EXT%, %INTERVAL%, %REPORT%, %RESELLER% and the settings %Organization...% by their keys;
+// else the tables alone, as a page of their own. False after a message ("Can't open") when the file or the template
+// cannot be opened. Throws jet::Error, and std::system_error when the disk is full.
 bool writeBill(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
                const std::filesystem::path& file, BillTotals* totals = nullptr);
 

@@ -94,8 +94,8 @@ class ListPage {
   void writeTotals() {
     file_.write("<TR>\n");
     for (std::size_t i = 0; i < headings_.size(); ++i) {
-      const std::string text = totals_.text(i);
-      headingCell(i, text.empty() ? "&nbsp;" : base::escapeHtml(text));
+      // The blank behind the total lines it up with the cells above.
+      headingCell(i, base::format("%s&nbsp;", base::escapeHtml(totals_.text(i))));
     }
     file_.write("</TR>\n");
   }

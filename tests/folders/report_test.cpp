@@ -68,7 +68,8 @@ TEST_F(ReportTest, APageHasItsPartsInOrder) {
           "nowrap>\n&lt;b&gt;&quot;x&quot;&amp;&nbsp;</TD>\n<TD align=right nowrap>\n01:02:05&nbsp;</TD>\n<TD "
           "align=right nowrap>\n2.50&nbsp;</TD>\n<TD align=center nowrap>\n&nbsp;</TD>\n</TR>\n"
           "<TR>\n<TH align=left nowrap>\n&nbsp;</TH>\n<TH align=left nowrap>\n&nbsp;</TH>\n<TH align=right "
-          "nowrap>\n01:02:05</TH>\n<TH align=right nowrap>\n2.50</TH>\n<TH align=center nowrap>\n&nbsp;</TH>\n</TR>\n"
+          "nowrap>\n01:02:05&nbsp;</TH>\n<TH align=right nowrap>\n2.50&nbsp;</TH>\n<TH align=center "
+          "nowrap>\n&nbsp;</TH>\n</TR>\n"
           "</TABLE><hr><table width=100% style='font-size:8.0pt; font-family: Verdana;'><tr><td align=left nowrap "
           "width=100%>IDS_GENERATED_BY Tallybook<br>IDS_VERSION " +
           base::kProgramVersion + "</td><td align=right nowrap>IDS_URL<br>" + base::kProgramUrl +
@@ -85,7 +86,7 @@ TEST_F(ReportTest, AThousandRowsMakeATable) {
   EXPECT_EQ(count(page, "</TABLE>\n<hr>\n<table border=0"), 1u);
   EXPECT_EQ(count(page, "IDS_DURATION&nbsp;"), 2u);
   EXPECT_EQ(count(page, "<TD align=left nowrap>\n07&nbsp;</TD>\n"), 1001u);
-  EXPECT_TRUE(contains(page, "<TH align=right nowrap>\n00:50:03</TH>\n"));
+  EXPECT_TRUE(contains(page, "<TH align=right nowrap>\n00:50:03&nbsp;</TH>\n"));
 }
 
 TEST_F(ReportTest, GridAndCaptionsAreTheUsers) {
@@ -163,7 +164,7 @@ TEST_F(BillTest, SumsTheExtensionsCallsOfThePeriod) {
   EXPECT_DOUBLE_EQ(totals.net, 10.5 * 1.19);
   const std::string page = readFile(file);
   EXPECT_TRUE(contains(page, "<TR><TD><b>IDS_TOTAL_WITHOUT_VAT</b></TD><TD align=right>12.50 RON</TD></TR>"));
-  EXPECT_TRUE(contains(page, "<TR><TD><b>IDS_VAT 20%</b></TD><TD align=right>2.50 RON</TD></TR>"));
+  EXPECT_TRUE(contains(page, "<TR><TD><b>IDS_VAT</b></TD><TD align=right>2.50 RON</TD><TD>&nbsp;20%</TD></TR>"));
   EXPECT_TRUE(contains(page, "<TR><TD><b>IDS_TOTAL</b></TD><TD align=right>14.99 RON</TD></TR>"));
   EXPECT_TRUE(contains(page, "<TD align=right>00:01:05</TD>"));
   EXPECT_FALSE(contains(page, "04"));
@@ -172,10 +173,13 @@ TEST_F(BillTest, SumsTheExtensionsCallsOfThePeriod) {
 TEST_F(BillTest, FillsTheTemplate) {
   office.databaseSetting("TemplateHotel", 1);
   EXPECT_FALSE(writeBill(request, office.services, office.formatter, file));  // there is none yet
-  writeFile(office.folder / "template.html", "[%EXT%|%INTERVAL%|%RESELLER%|%REPORT%]");
+  office.databaseSetting("OrganizationOras", "Iași");
+  writeFile(office.folder / "template.html", "100%[%EXT%|%INTERVAL%|%RESELLER%|%OrganizationOras%|%REPORT%]%x%");
   ASSERT_TRUE(writeBill(request, office.services, office.formatter, file));
   const std::string page = readFile(file);
-  EXPECT_TRUE(page.starts_with("[201|<b>01.03.2025 00:00</b> - <b>02.03.2025 12:00</b>|Hotel &lt;Sea&gt;|<table"));
+  EXPECT_TRUE(page.starts_with(
+      "100%[201|<b>01.03.2025 00:00</b> - <b>02.03.2025 12:00</b>|Hotel &lt;Sea&gt;|Ia&#537;i|<table"));
+  EXPECT_TRUE(page.ends_with("]%x%"));
   EXPECT_TRUE(contains(page, "<TD align=left nowrap>%RESELLER%&nbsp;</TD>"));  // a number, not a placeholder
 }
 
