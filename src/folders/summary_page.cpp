@@ -22,14 +22,18 @@ constexpr int kCountKind = 421;
 
 constexpr std::string_view kStyle =
     "body{font:15px/1.45 system-ui,sans-serif;max-width:60rem;margin:2rem auto;padding:0 1rem;color:#1b1f24}"
-    "h1{font-size:1.5rem;margin:0}p.sub{color:#59636e;margin:.2rem 0 1.2rem}p.filter{white-space:pre-line}"
+    "h1{font-size:1.5rem;margin:0}p.sub{color:#59636e;margin:.2rem 0 1.2rem}"
+    ".filter{margin-bottom:1.2rem}.filter ul{margin:.2rem 0;padding-left:1.2rem;list-style:disc}.filter ul "
+    "ul{padding:0}.filter hr{display:none}"
+    "font{font-size:inherit}"  // the description of the filter leaves one open
     "svg{width:100%;height:auto;font-size:13px}svg rect{fill:#2f6fb0}svg .label{text-anchor:end}"
     "table{border-collapse:collapse;width:100%;margin-top:1.5rem;font-variant-numeric:tabular-nums}"
     "th,td{padding:.3rem .6rem;border-bottom:1px solid #d5dae0;text-align:right}"
     "th:first-child,td:first-child{text-align:left}tfoot td{font-weight:600;border-top:2px solid #1b1f24}"
     "footer{color:#59636e;font-size:.85rem;margin-top:1.5rem}"
-    "@media print{body{margin:0;max-width:none}svg rect{print-color-adjust:exact;-webkit-print-color-adjust:exact}"
-    "tr{break-inside:avoid}}";
+    "@page{size:A4;margin:15mm}@media print{body{margin:0;max-width:none;font-size:13px}svg "
+    "rect{print-color-adjust:exact;-webkit-print-color-adjust:exact}"
+    "tr{break-inside:avoid}tfoot{display:table-row-group}}";
 
 struct Group {
   std::string label;
@@ -77,7 +81,10 @@ class Summary {
     return barChartSvg(bars, chartTitle());
   }
 
-  [[nodiscard]] std::string chartTitle() const { return caption(charted_); }
+  [[nodiscard]] std::string chartTitle() const {
+    const bool money = formatOfKind(kindOf(charted_)).format == Format::Money;
+    return caption(charted_) + (money ? ", " + view_.services().currencies.Default().name : "");
+  }
 
   [[nodiscard]] std::string table() const {
     std::string page = "<table>\n<thead><tr><th>" + base::escapeHtml(view_.columns().front().caption) + "</th>";
@@ -140,14 +147,9 @@ class Summary {
   std::int64_t otherCount_ = 0;
 };
 
-// The plain description: the reports' one is a fragment for the head of a table.
-std::string filterLines(const FolderServices& services) {
-  std::string lines = "<p class=\"filter\">";
-  for (const auto& piece : filter::FilterDescription(services.filter, services.texts, services.currencies).pieces()) {
-    const std::string text = base::escapeHtml(piece.text);
-    lines += piece.isValue ? "<b>" + text + "</b>" : text;
-  }
-  return lines + "</p>\n";
+std::string filterOf(const FolderServices& services) {
+  filter::FilterDescription description(services.filter, services.texts, services.currencies);
+  return "<div class=\"filter\">" + description.html(services.main) + "</div>\n";
 }
 
 }  // namespace
@@ -175,7 +177,7 @@ bool writeSummaryPage(FolderView& view, const std::filesystem::path& path) {
   file->write(kStyle);
   file->write("</style></head><body>\n<h1>" + title + "</h1><p class=\"sub\">" +
               base::escapeHtml(summary.chartTitle()) + "</p>\n");
-  if (services.filter.active()) file->write(filterLines(services));
+  if (services.filter.active()) file->write(filterOf(services));
   file->write(summary.chart());
   file->write(summary.table());
   file->write(base::format("<footer>%s %s, %s</footer>\n</body></html>\n", base::kProgramName, base::kProgramVersion,
