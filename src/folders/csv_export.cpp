@@ -32,7 +32,7 @@ std::string cellText(const FolderView& view, std::size_t column, const CellValue
     case Format::Money:
       return plainNumber(cell.first->toDouble());
     case Format::MoneyCurrency:
-      return plainNumber(cell.first->toDouble()) + " " + cell.second->toText();
+      return std::string(base::trim(plainNumber(cell.first->toDouble()) + " " + cell.second->toText()));
     case Format::DateTime:
       return dateText(*cell.first, "%Y-%m-%d %H:%M:%S");
     case Format::Date:

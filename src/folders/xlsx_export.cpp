@@ -66,6 +66,7 @@ class Workbook {
 
   lxw_format* currencyFormat(std::string currency) {
     std::erase(currency, '"');
+    if (currency.empty()) return money_;
     auto& format = currencies_[currency];
     if (format == nullptr) format = numberFormat("#,##0.00 \"" + currency + "\"");
     return format;
