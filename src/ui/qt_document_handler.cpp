@@ -1,10 +1,15 @@
 #include "ui/qt_document_handler.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QDesktopServices>
+#include <QPainter>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QTextDocument>
+#include <QTextOption>
+#include <QTextTable>
 #include <QUrl>
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -23,7 +28,73 @@ QString readPage(const std::filesystem::path& document) {
   return toQt(utf8 ? bytes : base::decode(bytes, 1252));
 }
 
+// The reports give the left cell of their head the whole width and count on the right one to keep its own, which a text
+// document does not do.
+QString withRoomInHead(QString page) {
+  return page.replace("<td align=left nowrap width=100%>", "<td align=left width=60%>");
+}
+
+// Every table begins with its headings; they are repeated on each sheet.
+void repeatHeadings(const QTextDocument& document) {
+  for (QTextFrame* frame : document.rootFrame()->childFrames()) {
+    auto* table = qobject_cast<QTextTable*>(frame);
+    if (table == nullptr || table->rows() < 2) continue;
+    QTextTableFormat format = table->format();
+    format.setHeaderRowCount(1);
+    table->setFormat(format);
+  }
+}
+
+// Lays the document out for sheets of this shape, wider than they are where a list of many columns needs it: lines
+// break between words only.
+struct Layout {
+  QSizeF sheet;  // in the document's units
+  qreal scale;   // of these units on the paper
+};
+Layout layOut(QTextDocument& document, const QSizeF& sheet) {
+  QTextOption option = document.defaultTextOption();
+  option.setWrapMode(QTextOption::WordWrap);
+  document.setDefaultTextOption(option);
+  document.setDocumentMargin(0);
+  document.setTextWidth(sheet.width());
+  const qreal width = std::max(document.size().width(), sheet.width());
+  const QSizeF page = sheet * (width / sheet.width());
+  document.setPageSize(page);
+  return {page, sheet.width() / width};
+}
+
 }  // namespace
+
+void printPage(const QString& html, QPrinter& printer) {
+  constexpr qreal kUnitsPerInch = 96;  // of the document, as on a screen
+  constexpr qreal kFoot = 20;          // room for the number of the sheet
+  QTextDocument document;
+  document.setHtml(withRoomInHead(html));
+  repeatHeadings(document);
+  const QSizeF paper = printer.pageRect(QPrinter::Inch).size() * kUnitsPerInch;
+  const Layout layout = layOut(document, {paper.width(), paper.height() - kFoot});
+
+  QPainter painter(&printer);
+  QFont font = painter.font();
+  font.setPixelSize(11);
+  painter.setFont(font);
+  painter.scale(printer.logicalDpiX() / kUnitsPerInch, printer.logicalDpiY() / kUnitsPerInch);
+  const int sheets = document.pageCount();
+  for (int sheet = 0; sheet < sheets; ++sheet) {
+    if (sheet > 0) printer.newPage();
+    QAbstractTextDocumentLayout::PaintContext context;
+    context.palette.setColor(QPalette::Text, Qt::black);  // paper is white, whatever the windows look like
+    context.clip = QRectF({0, sheet * layout.sheet.height()}, layout.sheet);
+    painter.save();
+    painter.scale(layout.scale, layout.scale);
+    painter.translate(0, -context.clip.top());
+    painter.setClipRect(context.clip);
+    document.documentLayout()->draw(&painter, context);
+    painter.restore();
+    painter.drawText(QRectF(0, paper.height() - kFoot, paper.width(), kFoot), Qt::AlignRight | Qt::AlignBottom,
+                     QStringLiteral("%1 / %2").arg(sheet + 1).arg(sheets));
+  }
+}
 
 bool QtDocumentHandler::open(const std::string& pathOrUrl) {
   const QString text = toQt(pathOrUrl);
@@ -34,11 +105,10 @@ bool QtDocumentHandler::open(const std::string& pathOrUrl) {
 bool QtDocumentHandler::print(const std::filesystem::path& document) {
   QPrinter printer(QPrinter::HighResolution);
   printer.setPageOrientation(QPageLayout::Landscape);
+  printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Millimeter);
   QPrintDialog dialog(&printer);
   if (dialog.exec() != QDialog::Accepted) return true;
-  QTextDocument page;
-  page.setHtml(readPage(document));
-  page.print(&printer);
+  printPage(readPage(document), printer);
   return true;
 }
 

@@ -1,0 +1,47 @@
+// What comes out of the printer, on sheets of a PDF file.
+
+#include <gtest/gtest.h>
+
+#include <QMarginsF>
+#include <QPrinter>
+#include <fstream>
+#include <regex>
+
+#include "support/temporary_folder.h"
+#include "ui/qt_document_handler.h"
+
+namespace {
+
+// A list of calls as the reports write it.
+QString list(int columns, int rows) {
+  const auto row = [columns](const QString& cell) { return "<TR>\n" + cell.repeated(columns) + "</TR>\n"; };
+  return "<html><body><table width=100%><tr><td align=left nowrap width=100%>Name<br>Date</td><td align=right "
+         "nowrap>Str. Morii nr. 12<br>RO 1</td></tr></table><table width=100%> " +
+         row("<TH align=left nowrap>\nHeading&nbsp;</TH>\n") +
+         row("<TD align=left nowrap>\n0037322844951&nbsp;</TD>\n").repeated(rows) + "</TABLE></body></html>";
+}
+
+int sheetsOf(const QString& page) {
+  const TemporaryFolder folder;
+  const std::filesystem::path file = folder / "sheets.pdf";
+  {
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(file.string()));
+    printer.setPageSize(QPageSize(QPageSize::A4));
+    printer.setPageOrientation(QPageLayout::Landscape);
+    printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Millimeter);
+    ui::printPage(page, printer);
+  }
+  const std::string pdf = readFile(file);
+  const std::regex sheet("/Type\\s*/Page\\b(?!s)");
+  return static_cast<int>(std::distance(std::sregex_iterator(pdf.begin(), pdf.end(), sheet), std::sregex_iterator()));
+}
+
+// Where numbers were broken at the margin of narrow columns, each call would take several lines.
+TEST(PrintedPage, AListOfManyColumnsIsMadeSmallerAndNotBroken) {
+  EXPECT_EQ(sheetsOf(list(5, 30)), 1);
+  EXPECT_LE(sheetsOf(list(21, 100)), 3);
+}
+
+}  // namespace
