@@ -1,9 +1,11 @@
 #include "ctl/folder_argument.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
 #include "base/printf.h"
+#include "base/text.h"
 #include "ctl/access.h"
 
 namespace ctl {
@@ -35,6 +37,25 @@ int sortKeyOf(const Invocation& call, const folders::FolderDefinition& definitio
     if (column.kind == std::abs(key) && column.sort != nullptr) return key;
   }
   throw WrongUsage(unsortableText(definition, key));
+}
+
+void chooseColumns(const Invocation& call, folders::FolderView& view) {
+  const auto typed = call.arguments.find(kFolderColumns.name);
+  if (!typed) return;
+  folders::ColumnLayout layout;
+  for (const std::string& kind : base::split(*typed, ",", true)) {
+    const auto column = std::ranges::find_if(view.columns(), [&](const folders::ViewColumn& shown) {
+      return std::to_string(shown.definition->kind) == kind;
+    });
+    if (column == view.columns().end()) {
+      throw WrongUsage(
+          base::format("Folder %d has no column \"%s\". Columns are named by their kinds, which --json shows; "
+                       "several have commas between them (--columns=401,400,404).",
+                       view.folder().id(), kind));
+    }
+    layout.visible.push_back(column->definition->kind);
+  }
+  view.setLayout(layout);
 }
 
 }  // namespace ctl

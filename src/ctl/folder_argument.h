@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ctl/context.h"
-#include "folders/catalogue.h"
+#include "folders/folder_view.h"
 
 namespace ctl {
 
@@ -9,6 +9,8 @@ inline constexpr OptionSpec kFolderId = {
     .name = "ID", .help = "Number of the folder, see folder list", .required = true, .valueName = "ID"};
 inline constexpr OptionSpec kFolderSort = {
     .name = "--sort", .help = "Column to sort by, by its kind; a minus sorts downwards", .valueName = "KIND|-KIND"};
+inline constexpr OptionSpec kFolderColumns = {
+    .name = "--columns", .help = "Columns to show, by their kinds (default all)", .valueName = "KIND,KIND..."};
 
 // The folder that kFolderId names. Throws Failure when there is none; folders that are not about calls need the
 // administrators' right, too.
@@ -20,5 +22,8 @@ inline constexpr OptionSpec kFolderSort = {
 [[nodiscard]] std::string unsortableText(const folders::FolderDefinition& definition, int sortKey);
 // The typed sort key. Throws WrongUsage when the folder cannot be sorted so.
 [[nodiscard]] int sortKeyOf(const Invocation& call, const folders::FolderDefinition& definition);
+
+// Shows only the columns that kFolderColumns asks for, in its order. Throws WrongUsage when the folder lacks one.
+void chooseColumns(const Invocation& call, folders::FolderView& view);
 
 }  // namespace ctl

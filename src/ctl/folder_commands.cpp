@@ -89,6 +89,7 @@ int show(const Invocation& call) {
   const FolderDefinition& definition = folderOf(call);
   server::CServerDoc& document = call.context.document();
   FolderView view(definition, document.folderServices(), document.valueFormatter(), sortKeyOf(call, definition));
+  chooseColumns(call, view);
   constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
   const Shown shown{view, call.arguments.integer("--limit", kAll, 0, kAll), call.arguments.has("--totals")};
   switch (call.global.format) {
@@ -121,6 +122,7 @@ constexpr OptionSpec kSqlOptions[] = {kFolderId, kFolderSort};
 constexpr OptionSpec kShowOptions[] = {
     kFolderId,
     kFolderSort,
+    kFolderColumns,
     {.name = "--limit", .help = "Rows to show (default all)", .valueName = "N"},
     {.name = "--totals", .takes = Takes::Nothing, .help = "The sums of all rows, too"}};
 

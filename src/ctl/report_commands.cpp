@@ -76,12 +76,17 @@ int finish(const Invocation& call, const fs::path& file, bool written) {
 int report(const Invocation& call) {
   const folders::FolderDefinition& definition = folderOf(call);
   const ReportForm& form = formOf(call.arguments);
-  if (call.arguments.has("--summary") && !folders::canSummarise(definition)) {
-    throw WrongUsage(base::format("Folder %d is a list; a summary is made of statistics.", definition.id));
+  if (call.arguments.has("--summary")) {
+    if (!folders::canSummarise(definition)) {
+      throw WrongUsage(base::format("Folder %d is a list; a summary is made of statistics.", definition.id));
+    }
+    if (call.arguments.has(kFolderColumns.name))
+      throw WrongUsage("A summary has columns of its own: leave --columns out.");
   }
   const fs::path file = targetOf(call, form.file);
   server::CServerDoc& document = call.context.document();
   FolderView view(definition, document.folderServices(), document.valueFormatter(), sortKeyOf(call, definition));
+  chooseColumns(call, view);
   return finish(call, file, form.write(view, file));
 }
 
@@ -111,6 +116,7 @@ constexpr OptionSpec kPrint = {.name = "--print", .takes = Takes::Nothing, .help
 constexpr OptionSpec kReportOptions[] = {
     kFolderId,
     kFolderSort,
+    kFolderColumns,
     kOut,
     {.name = "--format", .help = "html, csv or xlsx (default: as the file is named, else html)", .valueName = "FORMAT"},
     {.name = "--summary", .takes = Takes::Nothing, .help = "A chart with its figures, of statistics"},
@@ -128,7 +134,7 @@ constexpr OptionSpec kBillOptions[] = {
 
 constexpr Command kCommands[] = {
     {"report", "Write the rows of a folder to a file, as the filter lets them through",
-     "tallyctl report 100 --sort=401 --out calls.html\n"
+     "tallyctl report 100 --sort=401 --columns=401,400,407,404,408 --out calls.html\n"
      "tallyctl report 106 --summary --out /srv/reports\n"
      "tallyctl report 101 --out extensions.xlsx",
      kReportOptions, kViewCalls, report},

@@ -4,7 +4,8 @@
 
 namespace ctl {
 
-// Opens with xdg-open, prints with lp.
+// Opens with xdg-open, prints with lp: a page as the sheets that a browser (chromium, google-chrome) makes of it, or as
+// it is when there is none.
 class TerminalDocuments : public platform::DocumentHandler {
  public:
   bool open(const std::string& pathOrUrl) override;

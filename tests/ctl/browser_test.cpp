@@ -95,4 +95,24 @@ TEST_F(Browser, ShowsPagesAsTheyAreMeant) {
   EXPECT_TRUE(summary.shows("Vânzări") && summary.shows(duration));
 }
 
+// Queues print the mark-up of a page that they are given, so they must be given something else.
+TEST_F(Browser, PagesReachThePrinterAsSheets) {
+  makeSample(200);
+  const auto script = [this](const char* name, const std::string& lines) {
+    writeFile(path(name), "#!/bin/sh\n" + lines);
+    std::filesystem::permissions(path(name), std::filesystem::perms::owner_all);
+  };
+  script("lp", "echo \"$1 $2\" >printed\nfor sheets in \"$@\"; do :; done\ncp \"$sheets\" printed.pdf\n");
+  const std::string places = ::getenv("PATH");
+  ::setenv("PATH", (path("").string() + ":" + places).c_str(), 1);
+  succeed("report 100 --columns=401,400,404 --out calls.html --print");
+  EXPECT_EQ(readFile(path("printed")), "-t calls.html\n");
+  EXPECT_TRUE(readFile(path("printed.pdf")).starts_with("%PDF-"));
+  script("chromium", "exit 1\n");
+  script("google-chrome", "exit 1\n");
+  succeed("report 101 --out calls.html --print");
+  EXPECT_EQ(readFile(path("printed.pdf")), readFile(path("calls.html")));
+  ::setenv("PATH", places.c_str(), 1);
+}
+
 }  // namespace
