@@ -4,6 +4,7 @@
 #include <iterator>
 #include <limits>
 #include <set>
+#include <system_error>
 #include <tuple>
 
 #include "base/printf.h"
@@ -13,6 +14,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "folders/report_file.h"
 #include "folders/report_page.h"
 
 namespace ctl {
@@ -159,17 +161,22 @@ int exportCards(const Invocation& call) {
     call.out << cards;
     return 0;
   }
-  std::ofstream out(file, std::ios::binary);
-  out << cards;
-  out.close();
-  if (!out) throw Failure(base::format("%s cannot be written.", file));
+  try {
+    folders::ReportFile out(file);
+    out.write(cards);
+    out.commit();
+  } catch (const std::system_error&) {
+    throw Failure(base::format("%s cannot be written.", file));
+  }
   return 0;
 }
 
 contacts::VCardImport readCards(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
   if (!in) throw Failure(base::format("%s cannot be read.", file));
-  return contacts::readVCards(std::string(std::istreambuf_iterator<char>(in), {}));
+  contacts::VCardImport cards = contacts::readVCards(std::string(std::istreambuf_iterator<char>(in), {}));
+  if (cards.contacts.empty() && cards.problems.empty()) throw Failure(base::format("%s holds no vCard.", file));
+  return cards;
 }
 
 // A card of somebody with the same names and numbers as a contact is that contact.

@@ -21,11 +21,6 @@ std::string plainNumber(double value) {
   return base::format("%.15g", value);
 }
 
-std::string dateText(const jet::Value& value, std::string_view format) {
-  const auto moment = value.toDateTime();
-  return moment ? moment->format(format) : value.toText();
-}
-
 std::string cellText(const FolderView& view, std::size_t column, const CellValue& cell) {
   if (cell.first->isNull()) return {};
   switch (formatOfKind(view.columns()[column].definition->kind).format) {

@@ -18,8 +18,18 @@ constexpr int kPage = 1252;
   throw std::system_error(errno, std::generic_category(), file.string());
 }
 
+// A device or a pipe, or the name of one: the finished file would take its place.
+bool isDevice(const std::filesystem::path& target) {
+  std::error_code ignored;
+  return std::filesystem::is_other(target, ignored) || target.parent_path() == "/dev";
+}
+
 // mkostemp makes the file anew (O_EXCL), so nobody's link is followed.
 int createBeside(const std::filesystem::path& target, std::filesystem::path& made) {
+  if (isDevice(target)) {
+    errno = ENOTSUP;
+    fail(target);
+  }
   std::string name = target.string() + ".XXXXXX";
   const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
   if (descriptor < 0) fail(target);

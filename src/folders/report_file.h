@@ -11,7 +11,7 @@
 namespace folders {
 
 // A file that is written beside its place and put there when it is complete. What stands there before, a link too, is
-// replaced and never written through. Memory does not grow with the file.
+// replaced and never written through; a device is refused. Memory does not grow with the file.
 class ReportFile {
  public:
   // Throws std::system_error when the folder cannot be written.

@@ -63,11 +63,6 @@ std::int64_t wholeSeconds(const jet::Value& value) {
   return std::abs(seconds) < kLongest ? static_cast<std::int64_t>(seconds) : 0;
 }
 
-std::string dateText(const jet::Value& value, std::string_view format) {
-  const auto moment = value.toDateTime();
-  return moment ? moment->format(format) : value.toText();
-}
-
 std::string minutesText(std::int64_t seconds) {
   const std::int64_t rest = seconds % 3600;
   return base::format("%.2d:%.2d", rest / 60, rest % 60);
@@ -86,6 +81,11 @@ const KindFormat& formatOfKind(int kind) {
 
 std::string durationText(std::int64_t seconds) {
   return base::format("%.2d:%.2d:%.2d", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+std::string dateText(const jet::Value& value, std::string_view format) {
+  const auto moment = value.toDateTime();
+  return moment ? moment->format(format) : value.toText();
 }
 
 std::string ValueFormatter::weekdayName(std::int64_t number) const {

@@ -76,6 +76,9 @@ class ValueFormatter {
 // "%.2d:%.2d:%.2d"; hours are not wrapped at 24.
 [[nodiscard]] std::string durationText(std::int64_t seconds);
 
+// A date in the format, the text of what is no date.
+[[nodiscard]] std::string dateText(const jet::Value& value, std::string_view format);
+
 inline constexpr std::string_view kDateFormat = "%d.%m.%Y";
 inline constexpr std::string_view kDateTimeFormat = "%d.%m.%Y %H:%M:%S";
 

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <fstream>
 
@@ -116,7 +117,11 @@ TEST_F(ReportTest, ALinkInThePlaceOfTheFileIsNotFollowed) {
 TEST_F(ReportTest, AFileThatCannotBeMadeIsReported) {
   FolderView view = office.view(100);
   EXPECT_FALSE(writeListReport(view, office.folder / "missing/list.html"));
-  EXPECT_EQ(office.person.messages, (std::vector<std::string>{"Can't open"}));
+  EXPECT_FALSE(writeListReport(view, "/dev/stdout"));
+  ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+  EXPECT_FALSE(exportXlsx(view, file));
+  EXPECT_TRUE(fs::is_fifo(file));
+  EXPECT_EQ(office.person.messages, (std::vector<std::string>{"Can't open", "Can't open", "Can't open"}));
 }
 
 TEST_F(ReportTest, ARowThatFailsLeavesTheOldPage) {
