@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "base/characters.h"
 #include "base/codepage.h"
 #include "base/text.h"
 
@@ -28,10 +29,6 @@ std::string twoBytes(std::size_t letter) {
   return {static_cast<char>(0xC0 | (letter >> 6)), static_cast<char>(0x80 | (letter & 0x3F))};
 }
 
-bool continues(char c) {
-  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
-}
-
 }  // namespace
 
 HtmlEncoder::HtmlEncoder(int codepage) : codepage_(codepage) {
@@ -41,7 +38,7 @@ HtmlEncoder::HtmlEncoder(int codepage) : codepage_(codepage) {
 // Appends the letter at the front, which is none of ASCII's; the number of its bytes.
 std::size_t HtmlEncoder::appendLetter(std::string& out, std::string_view text) const {
   const auto lead = static_cast<unsigned char>(text.front());
-  const std::size_t letter = text.size() > 1 && (lead & 0xE0) == 0xC0 && continues(text[1])
+  const std::size_t letter = text.size() > 1 && (lead & 0xE0) == 0xC0 && !startsCharacter(text[1])
                                  ? (lead & 0x1FU) << 6 | (static_cast<unsigned char>(text[1]) & 0x3FU)
                                  : 0;
   if (letter >= kFirstLetter && letter < kEndOfLetters) {
@@ -49,7 +46,7 @@ std::size_t HtmlEncoder::appendLetter(std::string& out, std::string_view text) c
     return 2;
   }
   std::size_t length = 1;
-  while (length < text.size() && continues(text[length])) ++length;
+  while (length < text.size() && !startsCharacter(text[length])) ++length;
   out += encodeHtml(text.substr(0, length), codepage_);
   return length;
 }

@@ -87,14 +87,6 @@ std::string replaceAll(std::string text, std::string_view from, std::string_view
   return text;
 }
 
-std::string_view firstCharacters(std::string_view text, std::size_t count) {
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const bool begins = (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
-    if (begins && count-- == 0) return text.substr(0, at);
-  }
-  return text;
-}
-
 std::int32_t leadingInteger(std::string_view text) {
   text = trim(text);
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);

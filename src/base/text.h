@@ -25,9 +25,6 @@ namespace base {
 
 [[nodiscard]] std::string replaceAll(std::string text, std::string_view from, std::string_view to);
 
-// At most `count` characters from the front.
-[[nodiscard]] std::string_view firstCharacters(std::string_view text, std::size_t count);
-
 // The integer at the start of a text (optional sign, leading digits), 0 when there is none; clamped to 32 bits.
 [[nodiscard]] std::int32_t leadingInteger(std::string_view text);
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <system_error>
 
+#include "base/characters.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "folders/report_file.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/characters.h"
 #include "base/codepage.h"
 #include "base/printf.h"
 #include "base/text.h"
@@ -32,7 +33,7 @@ void appendLine(std::string& out, std::string_view line) {
   std::size_t limit = kLineOctets;
   while (line.size() > limit) {
     std::size_t cut = limit;
-    while (cut > 1 && (static_cast<unsigned char>(line[cut]) & 0xC0) == 0x80) --cut;
+    while (cut > 1 && !base::startsCharacter(line[cut])) --cut;
     out += line.substr(0, cut);
     out += "\r\n ";
     line.remove_prefix(cut);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/characters.h"
 #include "base/printf.h"
 #include "base/text.h"
 

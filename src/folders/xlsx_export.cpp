@@ -7,7 +7,7 @@
 #include <memory>
 #include <system_error>
 
-#include "base/text.h"
+#include "base/characters.h"
 #include "folders/exports.h"
 #include "folders/report_file.h"
 
@@ -94,7 +94,7 @@ class Workbook {
     if (text.empty()) return;
     if (text.size() > kLongestText) {
       text.resize(kLongestText);
-      while ((static_cast<unsigned char>(text.back()) & 0xC0) == 0x80) text.pop_back();
+      while (!base::startsCharacter(text.back())) text.pop_back();
       text.pop_back();
     }
     worksheet_write_string(sheet_, nextRow_, columnNumber(column), text.c_str(), nullptr);
