@@ -105,7 +105,9 @@ TEST(ImportKillTest, EveryRecordIsStoredOnceWheneverTheProcessDies) {
 
     expectEachRecordOnce(copy);
     ASSERT_FALSE(HasFailure()) << "after a kill behind " << before << " records";
-    if (!deleted) EXPECT_EQ(copy.value("select count(*) as c from ImportProgress"), "0");
+    if (!deleted) {
+      EXPECT_EQ(copy.value("select count(*) as c from ImportProgress"), "0");
+    }
   }
   EXPECT_GT(interrupted, 0) << "no kill fell into an import";
 }
