@@ -104,6 +104,14 @@ class ReadView {
 // is an old Jet database is 3343 with a description that says how to convert it.
 std::unique_ptr<Database> openDatabase(const std::filesystem::path& path, OpenMode mode, std::string_view connect = {});
 
+// Opens a file for reading and writing or, where it cannot be written now (rights, a full disk), for reading. Throws as
+// openDatabase.
+struct OpenedDatabase {
+  std::unique_ptr<Database> database;
+  std::string readOnlyReason;  // why it cannot be written, for the operator; empty while it can
+};
+OpenedDatabase openWritableOrReadOnly(const std::filesystem::path& path);
+
 // Makes a new, empty file; refuses (3204) when it exists.
 std::unique_ptr<Database> createDatabase(const std::filesystem::path& path);
 

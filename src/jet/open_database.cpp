@@ -13,6 +13,18 @@ std::unique_ptr<Database> openDatabase(const std::filesystem::path& path, OpenMo
   return std::make_unique<sqlite::SqliteDatabase>(path, mode, false);
 }
 
+OpenedDatabase openWritableOrReadOnly(const std::filesystem::path& path) {
+  constexpr int kMissing = 3024;
+  constexpr int kForeign = 3343;
+  try {
+    return {openDatabase(path, OpenMode::ReadWrite), {}};
+  } catch (const Error& error) {
+    // Missing and foreign files do not get better by being opened read-only.
+    if (error.number() == kMissing || error.number() == kForeign) throw;
+    return {openDatabase(path, OpenMode::ReadOnly), error.description()};
+  }
+}
+
 std::unique_ptr<Database> createDatabase(const std::filesystem::path& path) {
   // Made here so that it can neither replace a file nor be read by everybody: it will hold password digests.
   constexpr mode_t kOwnerAndGroup = 0660;

@@ -5,27 +5,13 @@
 
 namespace tariff {
 
-namespace {
-
-std::unique_ptr<jet::Database> openFile(const std::filesystem::path& file) {
-  constexpr int kNotWritable = 3051;
-  try {
-    return jet::openDatabase(file, jet::OpenMode::ReadWrite);
-  } catch (const jet::Error& error) {
-    // Pricing only reads.
-    if (error.number() != kNotWritable) throw;
-    return jet::openDatabase(file, jet::OpenMode::ReadOnly);
-  }
-}
-
-}  // namespace
-
 TariffDatabase::TariffDatabase(std::unique_ptr<jet::Database> database) : database_(std::move(database)) {
   detectDayEncoding();
 }
 
 std::unique_ptr<TariffDatabase> TariffDatabase::open(std::string_view folder) {
-  return std::make_unique<TariffDatabase>(openFile(base::systemPath(base::format("%s%s", folder, "tariffs.mdb"))));
+  const auto file = base::systemPath(base::format("%s%s", folder, "tariffs.mdb"));
+  return std::make_unique<TariffDatabase>(jet::openWritableOrReadOnly(file).database);
 }
 
 void TariffDatabase::detectDayEncoding() {

@@ -91,6 +91,14 @@ TEST_F(DatabaseTest, ReadOnlyFileInAReadOnlyFolderCanBeRead) {
   EXPECT_EQ(errorOf([&] { recordset->update(); }), 3027);
   if (geteuid() != 0) {
     EXPECT_EQ(openingError(file_, OpenMode::ReadWrite).first, 3051);
+    // A log that a reader left behind is named: without the right to it no change can be made either.
+    std::filesystem::permissions(folder_, perms::owner_all);
+    std::filesystem::permissions(file_, perms::owner_read | perms::owner_write);
+    std::ofstream(file_.string() + "-shm");
+    std::filesystem::permissions(file_.string() + "-shm", perms::owner_read);
+    const auto [number, description] = openingError(file_, OpenMode::ReadWrite);
+    EXPECT_EQ(number, 3051);
+    EXPECT_NE(description.find("-shm cannot be written"), std::string::npos) << description;
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -40,6 +41,10 @@ bool hasPendingLog(const std::filesystem::path& path) {
   std::error_code ignored;
   const auto size = std::filesystem::file_size(path.string() + "-wal", ignored);
   return !ignored && size > 0;
+}
+
+bool isFull(int systemError) {
+  return systemError == ENOSPC || systemError == EDQUOT;
 }
 
 }  // namespace
@@ -94,6 +99,8 @@ void Connection::open(OpenMode mode, bool create) {
 // delete the log that it still writes.
 void Connection::failToOpen(int code) {
   if ((code & 0xFF) == SQLITE_NOTADB) refuseForeignFile(path_);
+  // A folder in which no log can be made.
+  if ((code & 0xFF) == SQLITE_READONLY) throw Error(3051, cannotWrite(path_));
   fail(code, {});
 }
 
@@ -164,6 +171,11 @@ void Connection::fail(int code, std::string_view statement) {
     case SQLITE_LOCKED:
       throw Error(3260, name + " is locked by another copy of the program. Wait until its work is done and try again.",
                   text);
+    case SQLITE_IOERR:
+      if (handle_ == nullptr || !isFull(sqlite3_system_errno(handle_))) {
+        throw Error(3000, name + ": " + reason, text);
+      }
+      [[fallthrough]];
     case SQLITE_FULL:
       throw Error(3183, "The disk that holds " + name + " is full. Free some space and try again.", text);
     case SQLITE_READONLY:

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <fstream>
 #include <string_view>
 
@@ -45,7 +46,13 @@ void checkFile(const std::filesystem::path& path, OpenMode mode) {
   if (access(path.c_str(), R_OK) != 0) {
     throw Error(3051, path.string() + " cannot be opened. Check the rights to the file and its folder.");
   }
-  if (mode == OpenMode::ReadWrite && access(path.c_str(), W_OK) != 0) throw Error(3051, cannotWrite(path));
+  if (mode == OpenMode::ReadOnly) return;
+  // The log and its index are as much the database as the file: left behind without the right to write, by a copy that
+  // could only read, they make every write fail. The last copy to close takes them away.
+  for (const char* part : {"", "-wal", "-shm"}) {
+    const std::filesystem::path file = path.string() + part;
+    if (access(file.c_str(), W_OK) != 0 && errno != ENOENT) throw Error(3051, cannotWrite(file));
+  }
 }
 
 void refuseForeignFile(const std::filesystem::path& path) {
