@@ -72,9 +72,12 @@ bool sharedWithGroup(const struct stat& status) {
   return (status.st_mode & (S_IRGRP | S_IWGRP)) == (S_IRGRP | S_IWGRP);
 }
 
-// The new file's rights: those of its owner only, or of its owner and the old file's group where that one was shared.
+// The new file stays with the old one's owner where it may be given away, as an administrator's change must not lock
+// out the service; and with the old one's group where that shared it.
 void takeOverSharing(int descriptor, const struct stat& old) {
-  if (sharedWithGroup(old) && fchown(descriptor, static_cast<uid_t>(-1), old.st_gid) == 0) fchmod(descriptor, 0660);
+  constexpr auto kSameOwner = static_cast<uid_t>(-1);
+  const bool given = fchown(descriptor, old.st_uid, old.st_gid) == 0;
+  if (sharedWithGroup(old) && (given || fchown(descriptor, kSameOwner, old.st_gid) == 0)) fchmod(descriptor, 0660);
 }
 
 void syncFolder(const std::filesystem::path& folder) {

@@ -16,7 +16,8 @@ class IniText;
 // its form is described in ini_text.h. Names of sections and values compare without regard to case. Every call looks at
 // the file, as other programs of the workstation change it too; it is parsed anew only when it is another one than
 // last time. A write goes to a temporary file that replaces the old one, under a lock on that file.
-// The file can hold a password: it is made with mode 0600, and keeps 0660 when it is shared with its group.
+// The file can hold a password: it is made with mode 0600, keeps 0660 when it is shared with its group, and keeps
+// its owner where the writer may give it away.
 class MachineStore {
  public:
   explicit MachineStore(std::filesystem::path file);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <thread>
 
@@ -151,6 +152,21 @@ TEST(MachineStore, IsPrivateUnlessSharedWithItsGroup) {
   chmod((folder / "store.ini").c_str(), 0644);
   store.writeString("general", "AutoLoginPassword", "third");
   EXPECT_EQ(mode(), 0600U);
+}
+
+// An administrator's change must not lock out the service that owns the file.
+TEST(MachineStore, StaysWithItsOwner) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser may give a file away";
+  constexpr uid_t kService = 65534;
+  const TemporaryFolder folder;
+  MachineStore store(folder / "store.ini");
+  store.writeString("general", "AutoLoginPassword", "secret");
+  ASSERT_EQ(chown((folder / "store.ini").c_str(), kService, kService), 0);
+  store.writeString("general", "AutoLoginPassword", "other");
+  struct stat status {};
+  stat((folder / "store.ini").c_str(), &status);
+  EXPECT_EQ(status.st_uid, kService);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
 TEST(MachineStore, RefusesWhatItCannotWrite) {
