@@ -40,29 +40,42 @@ CServerDoc::~CServerDoc() {
 }
 
 bool CServerDoc::OnNewDocument(const StartDuties& duties) {
+  startEnd_ = start(duties);
+  return startEnd_ == StartEnd::Ready;
+}
+
+StartEnd CServerDoc::start(StartDuties duties) {
   keepsState_ = duties.maintain;
   makePreviewFile();
   previewMode_ = config_.ReadConfigInt("Preview mode", kGeneral, foundation::StoreMachine, 0);
   upperPane_ = config_.ReadConfigInt("Upper pane %", kGeneral, foundation::StoreMachine, kUpperPanePercent);
-  if (!openSettings()) return false;
+  if (const StartEnd end = openAndLogIn(duties); end != StartEnd::Ready) return end;
+  if (!HasRight(security::ObjectCalls, security::RightChange)) {
+    duties.maintain = duties.firstImport = duties.outputPort = false;
+  }
+  maintains_ = duties.maintain;
+  upgradeSchema();
+  if (!loadReferenceData(duties)) {
+    person_.messageBox(language_.Translate("IDS_SMDR_CANTSTART"));
+    return StartEnd::DefinitionsFailed;
+  }
+  if (duties.firstImport) firstImport();
+  if (duties.maintain) redenominate();
+  return StartEnd::Ready;
+}
+
+StartEnd CServerDoc::openAndLogIn(const StartDuties& duties) {
+  if (const StartEnd end = openSettings(); end != StartEnd::Ready) return end;
   try {
     currencies_.load(*main_);
     log_.OpenLog(*main_);
     log_.LoadLogLevels();
     if (duties.maintain) log_.PurgeOldLogEntries();
-    if (!logIn(duties)) return false;
+    return logIn(duties);
   } catch (const jet::Error& error) {
     report(error);
-    return false;
+    return StartEnd::NotOpened;
   }
-  upgradeSchema();
-  if (!loadReferenceData(duties)) {
-    person_.messageBox(language_.Translate("IDS_SMDR_CANTSTART"));
-    return false;
-  }
-  if (duties.firstImport) firstImport();
-  if (duties.maintain) redenominate();
-  return true;
 }
 
 // A name that nobody else can have taken beforehand.
@@ -76,14 +89,14 @@ void CServerDoc::makePreviewFile() {
 }
 
 // Database, change tags and settings; tried again while the operator can choose another folder.
-bool CServerDoc::openSettings() {
+StartEnd CServerDoc::openSettings() {
   for (;;) {
     try {
-      if (!openMainDatabase()) return false;
+      if (!openMainDatabase()) return StartEnd::NotConfigured;
       main_->watch([this] { return person_.progressPulse(); });
       tags_.LoadTouch(*main_);
       config_.OpenConfig(*main_, tags_);
-      return true;
+      return StartEnd::Ready;
     } catch (const jet::Error& error) {
       config_.CloseConfig();
       tags_.CloseTouch();
@@ -91,9 +104,9 @@ bool CServerDoc::openSettings() {
       const auto& choose = app_.surroundings().chooseOtherDatabase;
       if (!choose) {
         report(error);
-        return false;
+        return StartEnd::NotOpened;
       }
-      if (!choose(error.description())) return false;
+      if (!choose(error.description())) return StartEnd::NotOpened;
     }
   }
 }
@@ -105,22 +118,19 @@ bool CServerDoc::openMainDatabase() {
     return false;
   }
   const auto file = base::systemPath(folder + schema::kMainFile);
-  try {
-    main_ = jet::openDatabase(file, jet::OpenMode::ReadWrite);
-  } catch (const jet::Error& error) {
-    // Missing and foreign files do not get better by being opened read-only.
-    if (error.number() == 3024 || error.number() == 3343) throw;
-    main_ = jet::openDatabase(file, jet::OpenMode::ReadOnly);
-  }
+  auto opened = jet::openWritableOrReadOnly(file);
+  main_ = std::move(opened.database);
+  readOnlyReason_ = std::move(opened.readOnlyReason);
   return true;
 }
 
-bool CServerDoc::logIn(const StartDuties& duties) {
+StartEnd CServerDoc::logIn(const StartDuties& duties) {
   const Surroundings& around = app_.surroundings();
   users_ = std::make_unique<security::UserDirectory>(*main_, tags_, language_, person_, around.clock);
   login_ = std::make_unique<security::LoginManager>(
       security::LoginManager::Services{*main_, config_, language_, log_, person_, around.clock}, user_, around.login);
-  return login_->Login(duties.autoLogin) && login_->CheckAccount();
+  if (!login_->Login(duties.autoLogin)) return StartEnd::NobodyLoggedIn;
+  return login_->CheckAccount() ? StartEnd::Ready : StartEnd::AccountRefused;
 }
 
 // A database of an earlier version, or one that was converted from an old file, may lack a table.
@@ -309,7 +319,7 @@ bool CServerDoc::HasRight(int object, int right) {
 
 // What another copy changed meanwhile is newer than what this one loaded, and stays.
 void CServerDoc::saveDefinitions() {
-  if (!keepsState_ || !referenceDataLoaded_ || DatabaseReadOnly()) return;
+  if (!maintains_ || !referenceDataLoaded_ || DatabaseReadOnly()) return;
   jet::Transaction transaction(*main_);
   if (!parties_.changed(*main_, tariffs_ ? &tariffs_->database() : nullptr)) parties_.save(*main_);
   transaction.commit();

@@ -37,6 +37,16 @@ struct StartDuties {
   security::AutoLogin autoLogin = security::AutoLogin::Allowed;
 };
 
+// Where a start ended, for whoever tells the operator what to do next.
+enum class StartEnd {
+  Ready,
+  NotConfigured,     // setting "PathDatabase" is not set
+  NotOpened,         // a database cannot be used
+  NobodyLoggedIn,    // wrong name or password, or the login was cancelled
+  AccountRefused,    // disabled, without groups, or its password was not changed
+  DefinitionsFailed  // the reference data of the calls cannot be read
+};
+
 // The document: the open databases and everything that lives as long as they do.
 class CServerDoc {
  public:
@@ -45,8 +55,10 @@ class CServerDoc {
   CServerDoc& operator=(const CServerDoc&) = delete;
   ~CServerDoc();
 
-  // The start, in its documented order. False when it ended; the operator was told why.
+  // The start, in its documented order. False when it ended; the operator was told why. Who may not change calls
+  // imports none, deletes none and forwards none by starting: those duties are left to the next start.
   bool OnNewDocument(const StartDuties& duties);
+  [[nodiscard]] StartEnd startEnd() const { return startEnd_; }
   // The close: pane settings, logout, definitions, output port, databases. Also done on destruction.
   void OnCloseDocument();
 
@@ -74,6 +86,8 @@ class CServerDoc {
   [[nodiscard]] CServerApp& app() { return app_; }
   [[nodiscard]] jet::Database& database() { return *main_; }
   [[nodiscard]] bool DatabaseReadOnly() const { return main_ != nullptr && main_->readOnly(); }
+  // Why the main database could be opened read-only only; empty while it can be written.
+  [[nodiscard]] const std::string& readOnlyReason() const { return readOnlyReason_; }
   [[nodiscard]] tariff::TariffDatabase* tariffs() { return tariffs_.get(); }
   [[nodiscard]] ingest::Phonebook* phonebook() { return phonebook_.get(); }
   [[nodiscard]] foundation::ChangeTags& tags() { return tags_; }
@@ -102,8 +116,10 @@ class CServerDoc {
  private:
   void makePreviewFile();
   bool openMainDatabase();
-  bool openSettings();
-  bool logIn(const StartDuties& duties);
+  StartEnd openSettings();
+  StartEnd start(StartDuties duties);
+  StartEnd openAndLogIn(const StartDuties& duties);
+  StartEnd logIn(const StartDuties& duties);
   void addMissingTables();
   void upgradeSchema();
   bool loadReferenceData(const StartDuties& duties);
@@ -138,10 +154,13 @@ class CServerDoc {
   std::unique_ptr<ingest::Recorder> recorder_;
   std::unique_ptr<ingest::LiveRecorder> live_;
 
+  StartEnd startEnd_ = StartEnd::NotOpened;
+  std::string readOnlyReason_;
   std::filesystem::path previewFile_;
   std::int32_t previewMode_ = 0;
   std::int32_t upperPane_ = 70;  // percent
-  bool keepsState_ = false;
+  bool keepsState_ = false;      // pane settings, at the close
+  bool maintains_ = false;       // a program that maintains, and a user who may change calls
   bool referenceDataLoaded_ = false;
 };
 

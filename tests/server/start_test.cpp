@@ -79,6 +79,7 @@ struct Failure {
   const char* name;
   void (*arrange)(Installation&, Copy&);
   Messages messages;
+  StartEnd end;
 };
 
 class FailingStart : public ::testing::TestWithParam<Failure> {};
@@ -89,6 +90,7 @@ TEST_P(FailingStart, SaysWhyAndEnds) {
   GetParam().arrange(place, copy);
   EXPECT_FALSE(copy.start());
   EXPECT_EQ(copy.person.messages, GetParam().messages);
+  EXPECT_EQ(copy.document.startEnd(), GetParam().end);
 }
 
 const Failure kFailures[] = {
@@ -96,20 +98,27 @@ const Failure kFailures[] = {
      [](Installation& place, Copy&) {
        foundation::MachineStore(place.machineStore()).erase("general", "PathDatabase");
      },
-     {"IDS_CANTREADREGISTRY"}},
+     {"IDS_CANTREADREGISTRY"},
+     StartEnd::NotConfigured},
     {"WrongPassword",
      [](Installation&, Copy& copy) { copy.login.password = "guess"; },
-     {"IDS_LOGININCORRECT", "IDS_LOGININCORRECT", "IDS_LOGININCORRECT"}},
+     {"IDS_LOGININCORRECT", "IDS_LOGININCORRECT", "IDS_LOGININCORRECT"},
+     StartEnd::NobodyLoggedIn},
     {"DisabledAccount",
      [](Installation& place, Copy&) { place.execute("update Users set Flags = 2"); },
-     {"IDS_ACCOUNTDISABLED"}},
-    {"NoGroups", [](Installation& place, Copy&) { place.execute("update Users set Groups = ''"); }, {"IDS_0GROUPS"}},
+     {"IDS_ACCOUNTDISABLED"},
+     StartEnd::AccountRefused},
+    {"NoGroups",
+     [](Installation& place, Copy&) { place.execute("update Users set Groups = ''"); },
+     {"IDS_0GROUPS"},
+     StartEnd::AccountRefused},
     {"ExpiredPasswordNotChanged",
      [](Installation& place, Copy&) {
        place.execute("update Groups set PasswordExpire = 30");
        place.execute("update Users set PasswordDate = #1/1/2024#");
      },
-     {"IDS_PASSWORDEXPIRED"}},
+     {"IDS_PASSWORDEXPIRED"},
+     StartEnd::AccountRefused},
 };
 
 INSTANTIATE_TEST_SUITE_P(Reasons, FailingStart, ::testing::ValuesIn(kFailures),
@@ -122,6 +131,25 @@ TEST(DocumentStart, AMissingDatabaseIsNamed) {
   EXPECT_FALSE(copy.start());
   ASSERT_EQ(copy.person.messages.size(), 1U);
   EXPECT_NE(copy.person.messages[0].find("tallybook.mdb"), std::string::npos) << copy.person.messages[0];
+}
+
+// The monitor's file waits for somebody who may import it, and old calls for somebody who may delete them.
+TEST(DocumentStart, WhoMayNotChangeCallsLeavesThemAsTheyAre) {
+  const Installation place;
+  place.files.writeMonitorFile(support::sampleRecords(3));
+  place.execute("insert into Config (Path, Int_Value) values ('Calls\\Sterge', 1)");
+  place.execute("insert into Calls (DialNumber, [DateTime]) values ('old', #1/1/2001#)");
+  place.execute("update Groups set ObjectAccess = '9;1'");
+  {
+    Copy viewer(place);
+    ASSERT_TRUE(viewer.start());
+  }
+  EXPECT_TRUE(fs::exists(place.files.monitorFile()));
+  EXPECT_EQ(place.value("select DialNumber from Calls"), "old");
+  place.execute("update Groups set ObjectAccess = '9;1;9;2'");
+  Copy operating(place);
+  ASSERT_TRUE(operating.start());
+  EXPECT_EQ(place.value("select count(*) as n from Calls"), "3");
 }
 
 TEST(DocumentStart, CallsThatCannotBeOpenedEndTheStart) {
