@@ -81,12 +81,8 @@ void takeOver(Contact& contact, const Arguments& arguments, ContactsManager& boo
   if (arguments.has("--phones")) fillNumbers(contact, book);
 }
 
-void refuseReadOnly(const Invocation& call) {
-  if (call.context.main().readOnly()) throw Failure("The database is open read-only; nothing was changed.");
-}
-
 int add(const Invocation& call) {
-  refuseReadOnly(call);
+  call.context.requireWritable();
   ContactsManager& book = call.context.document().contactBook();
   Contact contact;
   takeOver(contact, call.arguments, book);
@@ -107,7 +103,7 @@ int done(ContactsManager& book, contacts::SaveResult result) {
 }
 
 int edit(const Invocation& call) {
-  refuseReadOnly(call);
+  call.context.requireWritable();
   ContactsManager& book = call.context.document().contactBook();
   const Contact original = contactOf(call);
   Contact edited = original;
@@ -116,7 +112,7 @@ int edit(const Invocation& call) {
 }
 
 int remove(const Invocation& call) {
-  refuseReadOnly(call);
+  call.context.requireWritable();
   ContactsManager& book = call.context.document().contactBook();
   return done(book, book.remove(contactOf(call)));
 }
@@ -185,7 +181,7 @@ std::tuple<std::string, std::string, std::string> identity(const Contact& contac
 }
 
 int importCards(const Invocation& call) {
-  refuseReadOnly(call);
+  call.context.requireWritable();
   contacts::VCardImport cards = readCards(call.arguments.text("FILE"));
   ContactsManager& book = call.context.document().contactBook();
   std::set<std::tuple<std::string, std::string, std::string>> known;

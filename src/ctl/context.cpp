@@ -3,9 +3,10 @@
 #include "base/path.h"
 #include "base/printf.h"
 #include "convert/converter.h"
+#include "ctl/access.h"
 #include "platform/instance_lock.h"
 #include "schema/schema.h"
-#include "security/rights.h"
+#include "security/users.h"
 #include "server/program_files.h"
 
 namespace ctl {
@@ -26,6 +27,36 @@ server::StartDuties dutiesOf(Duty duty, const GlobalOptions& options) {
           .firstImport = duty == Duty::Serve,  // the import command imports by itself, to tell how much
           .outputPort = works,
           .autoLogin = options.user ? security::AutoLogin::Ignored : security::AutoLogin::Allowed};
+}
+
+// What helps when the databases were not opened; the reason was said.
+std::string databaseHelp(const std::string& folder) {
+  if (convert::isOldDatabase(base::systemPath(folder + schema::kMainFile))) {
+    return base::format("The databases in %s are old ones. Carry them over with: tallyctl convert '%s' NEWDIR --use",
+                        folder, folder);
+  }
+  if (!folder.ends_with('/') && !folder.ends_with('\\')) {
+    return base::format(
+        "Setting PathDatabase is \"%s\"; the folder must end with a slash. Mend it with: tallyctl "
+        "setting set PathDatabase '%s/' --where machine",
+        folder, folder);
+  }
+  return base::format(
+      "The databases in %s were not opened. Point setting PathDatabase to their folder, or give another "
+      "machine store with --store FILE.",
+      folder);
+}
+
+// What helps a user who gave the right password and was not let in; the reason was said.
+std::string accountHelp(const security::CurrentUser& user) {
+  if ((user.Flags & security::UserDisabled) != 0 || user.groups.empty()) {
+    return base::format("%s is not let in. Let an administrator change that (tallyctl user set), or give --user NAME.",
+                        user.Name);
+  }
+  return base::format(
+      "%s is not let in before the password is changed: tallyctl --user %s passwd. Without a terminal, "
+      "give it the present one in TALLYBOOK_PASSWORD and the new one in TALLYBOOK_NEW_PASSWORD.",
+      user.Name, user.Name);
 }
 
 }  // namespace
@@ -61,30 +92,38 @@ void Context::open(Duty duty) {
 }
 
 void Context::failToStart() {
-  const std::string folderText = folder("PathDatabase");
-  document_.reset();
-  if (folderText.empty() || folderText == "---") {
-    throw Failure(base::format("No data folder is set in %s. Make one with: tallyctl init DIR --sample",
-                               machineStore().file().string()));
+  const server::StartEnd end = document_->startEnd();
+  const security::CurrentUser user = document_->user();
+  document_.reset();  // with its logout
+  switch (end) {
+    case server::StartEnd::NotConfigured:
+      throw Failure(base::format("No data folder is set in %s. Make one with: tallyctl init DIR --sample",
+                                 machineStore().file().string()));
+    case server::StartEnd::NobodyLoggedIn:
+      throw Failure("Nobody was logged in. Give --user NAME and the password in TALLYBOOK_PASSWORD.");
+    case server::StartEnd::AccountRefused:
+      throw Failure(accountHelp(user));
+    case server::StartEnd::DefinitionsFailed:
+      throw Failure(base::format("The databases in %s cannot be used as they are. Restore them from a copy.",
+                                 folder("PathDatabase")));
+    default:
+      throw Failure(databaseHelp(folder("PathDatabase")));
   }
-  if (convert::isOldDatabase(base::systemPath(folderText + schema::kMainFile))) {
-    throw Failure(
-        base::format("The databases in %s are old ones. Carry them over with: tallyctl convert '%s' NEWDIR --use",
-                     folderText, folderText));
-  }
-  throw Failure(
-      base::format("The databases in %s were not opened, or nobody was logged in. Give --user NAME and the "
-                   "password in TALLYBOOK_PASSWORD, or another machine store with --store FILE.",
-                   folderText));
 }
 
 void Context::require(const Access& access) {
   open(access.duty);
   if (document_->HasRight(access.object, access.right)) return;
   throw Failure(
-      base::format("%s may not do this (right %d of object %d is missing). Ask an administrator, or give "
-                   "--user NAME.",
-                   document_->user().Name, access.right, access.object));
+      base::format("%s may not do this: the right %s is missing. Let an administrator give it to a group of %s, or "
+                   "give --user NAME.",
+                   document_->user().Name, rightText({access.object, access.right}), document_->user().Name));
+}
+
+void Context::requireWritable() {
+  if (!main().readOnly()) return;
+  throw Failure(
+      base::format("Nothing was changed, for the database is open for reading only: %s", document_->readOnlyReason()));
 }
 
 }  // namespace ctl

@@ -34,6 +34,8 @@ class Context {
   void open(Duty duty);
   // Opens, and throws Failure when the user lacks the right.
   void require(const Access& access);
+  // Throws Failure, with the reason, while the main database can only be read.
+  void requireWritable();
 
   // Folder of a setting of section "general" in the machine store, with its separator; empty when it is not set.
   [[nodiscard]] std::string folder(std::string_view key);

@@ -43,6 +43,7 @@ CURRENCYDESC& findOrAdd(Currencies& currencies, const std::string& name) {
 int set(const Invocation& call) {
   const double rate = call.arguments.number("--rate", 0);
   if (!(rate > 0)) throw WrongUsage("--rate takes a number above 0.");
+  call.context.requireWritable();
   Currencies& currencies = call.context.currencies();
   CURRENCYDESC& currency = findOrAdd(currencies, call.arguments.text("NAME"));
   if (currency.isDefault && rate != 1) {
@@ -60,6 +61,7 @@ int set(const Invocation& call) {
 
 // Rates are against the default currency; they stay as they are and have to be set again.
 int setDefault(const Invocation& call) {
+  call.context.requireWritable();
   Currencies& currencies = call.context.currencies();
   const std::size_t chosen = indexOf(currencies, call.arguments.text("NAME"));
   for (std::size_t i = 0; i < currencies.entries.size(); ++i) currencies.entries[i].isDefault = i == chosen;
@@ -77,6 +79,7 @@ int setDefault(const Invocation& call) {
 }
 
 int remove(const Invocation& call) {
+  call.context.requireWritable();
   Currencies& currencies = call.context.currencies();
   const std::size_t chosen = indexOf(currencies, call.arguments.text("NAME"));
   if (currencies.entries[chosen].isDefault) {

@@ -59,9 +59,9 @@ void removeEntries(std::vector<Entry>& entries, std::string Entry::*field, const
   }
 }
 
-// Stores all definitions and says so when the database refuses.
+// Stores all definitions; throws Failure while the database can only be read.
 inline void saveDefinitions(Context& context) {
-  if (context.main().readOnly()) throw Failure("The database is open read-only; nothing was changed.");
+  context.requireWritable();
   context.parties().save(context.main());
 }
 

@@ -20,8 +20,4 @@ void requireSaved(security::SaveResult result, std::string_view what, std::strin
   }
 }
 
-void requireWritable(Context& context) {
-  if (context.main().readOnly()) throw Failure("The database is open read-only; nothing was changed.");
-}
-
 }  // namespace ctl

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "ctl/context.h"
+#include "ctl/command.h"
 #include "security/users.h"
 
 namespace ctl {
@@ -11,7 +11,5 @@ namespace ctl {
 
 // Throws Failure, in words, for everything but Saved. `what` is "user" or "group".
 void requireSaved(security::SaveResult result, std::string_view what, std::string_view name);
-
-void requireWritable(Context& context);
 
 }  // namespace ctl

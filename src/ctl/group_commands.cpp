@@ -14,25 +14,10 @@ namespace {
 
 using security::GroupRecord;
 
-struct RightWord {
-  security::AccessRight right;
-  std::string_view word;
-};
-constexpr RightWord kRightWords[] = {
-    {{security::ObjectAdministration, security::RightView}, "view-administration"},
-    {{security::ObjectAdministration, security::RightChange}, "change-administration"},
-    {{security::ObjectCalls, security::RightView}, "view-calls"},
-    {{security::ObjectCalls, security::RightChange}, "change-calls"},
-};
-
 std::string wordsOf(const std::string& objectAccess) {
   std::string text;
   for (const security::AccessRight& right : security::parseObjectAccess(objectAccess).rights) {
-    const auto known =
-        std::find_if(std::begin(kRightWords), std::end(kRightWords), [&](const auto& w) { return w.right == right; });
-    text += text.empty() ? "" : ",";
-    text +=
-        known != std::end(kRightWords) ? std::string(known->word) : base::format("%d;%d", right.object, right.right);
+    text += (text.empty() ? "" : ",") + rightText(right);
   }
   return text;
 }
@@ -89,7 +74,7 @@ void takeOver(const Arguments& arguments, GroupRecord& group) {
 }
 
 int add(const Invocation& call) {
-  requireWritable(call.context);
+  call.context.requireWritable();
   GroupRecord group;
   group.Name = call.arguments.text("NAME");
   takeOver(call.arguments, group);
@@ -105,7 +90,7 @@ GroupRecord existing(const Invocation& call) {
 }
 
 int set(const Invocation& call) {
-  requireWritable(call.context);
+  call.context.requireWritable();
   GroupRecord group = existing(call);
   group.Name = call.arguments.text("--name", group.Name);
   takeOver(call.arguments, group);
@@ -114,7 +99,7 @@ int set(const Invocation& call) {
 }
 
 int remove(const Invocation& call) {
-  requireWritable(call.context);
+  call.context.requireWritable();
   const GroupRecord group = existing(call);
   const auto& own = call.context.document().user().groups;
   if (std::find(own.begin(), own.end(), group.RecordID) != own.end()) {

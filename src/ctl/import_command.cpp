@@ -17,6 +17,7 @@ bool endedEarly(const ingest::ImportResult& result) {
 
 int runImport(const Invocation& call) {
   Context& context = call.context;
+  context.requireWritable();
   context.interrupts().begin();
   ingest::ImportOptions options;
   constexpr int kRecordsBetweenLooks = 64;  // a look is a system call

@@ -26,6 +26,7 @@ int show(const Invocation& call) {
 }
 
 int clear(const Invocation& call) {
+  call.context.requireWritable();
   call.context.log().ClearLog();
   return 0;
 }

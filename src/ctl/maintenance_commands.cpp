@@ -12,7 +12,7 @@ namespace ctl {
 namespace {
 
 int hideOrShow(const Invocation& call, void (server::CServerDoc::*command)(std::string_view)) {
-  requireWritable(call.context);
+  call.context.requireWritable();
   const std::string number = call.arguments.text("NUMBER");
   requireNoApostrophe("The number", number);
   (call.context.document().*command)(number);
@@ -28,7 +28,7 @@ int show(const Invocation& call) {
 }
 
 int purge(const Invocation& call) {
-  requireWritable(call.context);
+  call.context.requireWritable();
   const std::int32_t days = call.context.config().ReadConfigInt("Sterge", "Calls", foundation::StoreDatabase, -1);
   if (days <= 0) {
     call.out << "All calls are kept: setting Sterge (section Calls) names no number of days.\n";
@@ -63,7 +63,7 @@ ingest::RecalcOptions recalcOptions(const Arguments& arguments) {
 
 int recalc(const Invocation& call) {
   const ingest::RecalcOptions options = recalcOptions(call.arguments);
-  requireWritable(call.context);
+  call.context.requireWritable();
   call.context.interrupts().begin();
   const ingest::RecalcResult result = call.context.document().recalc(options);
   call.out << base::format("changed %d of %d calls\n", result.changed, result.rows);

@@ -2,7 +2,6 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
-#include "ctl/directory_edit.h"
 
 namespace ctl {
 
@@ -11,11 +10,12 @@ namespace {
 int passwd(const Invocation& call) {
   Context& context = call.context;
   // Everybody may change the own password, whatever the rights.
-  context.open(Duty::Administer);
-  requireWritable(context);
   context.prompt().changeFromEnvironment();
+  context.open(Duty::Administer);
+  context.requireWritable();
   server::CServerDoc& document = context.document();
-  if (!document.login().ChangePassword(false)) {
+  // An expired password was changed on the way in.
+  if (!document.login().passwordChanged() && !document.login().ChangePassword(false)) {
     throw Failure(
         base::format("The password of %s was not changed. Without a terminal, give the current one in "
                      "TALLYBOOK_PASSWORD and the new one in TALLYBOOK_NEW_PASSWORD.",

@@ -8,7 +8,7 @@ namespace {
 
 int reset(const Invocation& call, bool (server::CServerDoc::*command)()) {
   Context& context = call.context;
-  if (context.main().readOnly()) throw Failure("The database is open read-only; nothing was deleted.");
+  context.requireWritable();
   if (call.arguments.has("--yes")) context.person().answerYes();
   if (!(context.document().*command)()) {
     throw Failure("Nothing was deleted. Without a terminal, give --yes.");

@@ -19,10 +19,7 @@ void outliveBrokenOutput() {
 int serve(const Invocation& call) {
   Context& context = call.context;
   server::CServerDoc& document = context.document();
-  if (document.DatabaseReadOnly()) {
-    throw Failure("The database could be opened read-only only, and a service stores calls. Check the rights on " +
-                  document.databaseFolder().string() + " and its files.");
-  }
+  context.requireWritable();
   constexpr std::int64_t kLongestInterval = 86400;
   server::ServiceTimes times;
   times.import = std::chrono::seconds(call.arguments.integer("--import-every", 60, 1, kLongestInterval));

@@ -49,7 +49,19 @@ bool isInteger(const Arguments& arguments) {
 
 // The machine store is guarded by its file's mode and can be mended while the database cannot be opened.
 void openFor(const Address& address, const Access& access, Context& context) {
-  if (address.store == foundation::StoreDatabase) context.require(access);
+  if (address.store != foundation::StoreDatabase) return;
+  context.require(access);
+  if (access.right == security::RightChange) context.requireWritable();
+}
+
+std::string notSet(const Address& address) {
+  return base::format("%s is not set in section %s of the %s store.", address.key, address.section,
+                      address.store == foundation::StoreDatabase ? "database" : "machine");
+}
+
+std::string cannotWriteStore(Context& context) {
+  return base::format("The machine store %s cannot be written. Check the rights to it and the room on its disk.",
+                      context.machineStore().file().string());
 }
 
 std::optional<std::string> readMachine(const Address& address, Context& context) {
@@ -73,10 +85,7 @@ int get(const Invocation& call) {
   openFor(address, kViewSettings, call.context);
   const auto value = address.store == foundation::StoreDatabase ? readDatabase(address, call.context)
                                                                 : readMachine(address, call.context);
-  if (!value) {
-    throw Failure(base::format("%s is not set in section %s of the %s store.", address.key, address.section,
-                               address.store == foundation::StoreDatabase ? "database" : "machine"));
-  }
+  if (!value) throw Failure(notSet(address));
   call.out << *value << '\n';
   return 0;
 }
@@ -96,21 +105,30 @@ int set(const Invocation& call) {
   foundation::ConfigManager& config = call.context.config();
   const bool written = integer ? config.WriteConfigInt(number, address.key, address.section, address.store)
                                : config.WriteConfigString(value, address.key, address.section, address.store);
-  if (!written) throw Failure("The setting was not written: the store is read-only.");
+  if (!written) throw Failure(cannotWriteStore(call.context));
   return 0;
+}
+
+void removeFromDatabase(const Address& address, Context& context) {
+  jet::Transaction transaction(context.main());
+  const std::int64_t removed =
+      context.main().execute(base::format("delete from Config where Path = \"%s\\%s\"", address.section, address.key));
+  if (removed == 0) throw Failure(notSet(address));
+  context.document().tags().Touch("Config");
+  transaction.commit();
 }
 
 int remove(const Invocation& call) {
   const Address address = addressOf(call.arguments);
-  openFor(address, kChangeSettings, call.context);
-  bool removed = false;
-  if (address.store == foundation::StoreMachine) {
-    removed = readMachine(address, call.context) && call.context.machineStore().erase(address.section, address.key);
-  } else {
-    removed = call.context.main().execute(
-                  base::format("delete from Config where Path = \"%s\\%s\"", address.section, address.key)) > 0;
+  Context& context = call.context;
+  openFor(address, kChangeSettings, context);
+  if (address.store == foundation::StoreDatabase) {
+    removeFromDatabase(address, context);
+  } else if (!readMachine(address, context)) {
+    throw Failure(notSet(address));
+  } else if (!context.machineStore().erase(address.section, address.key)) {
+    throw Failure(cannotWriteStore(context));
   }
-  if (!removed) throw Failure(base::format("%s was not set, or its store cannot be written.", address.key));
   return 0;
 }
 

@@ -97,7 +97,7 @@ std::optional<security::PasswordChange> TerminalPrompt::askPasswordChange(const 
 }
 
 bool TerminalPrompt::canAskPasswordChange() const {
-  return hasTerminal();
+  return hasTerminal() || (changesFromEnvironment_ && newPasswordFromEnvironment());
 }
 
 }  // namespace ctl

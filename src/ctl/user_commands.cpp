@@ -97,7 +97,7 @@ std::optional<std::string> askNewPassword(const std::string& name) {
 }
 
 int add(const Invocation& call) {
-  requireWritable(call.context);
+  call.context.requireWritable();
   UserRecord user;
   user.Name = call.arguments.text("NAME");
   takeOver(call, user);
@@ -121,7 +121,7 @@ UserRecord existing(const Invocation& call) {
 }
 
 int set(const Invocation& call) {
-  requireWritable(call.context);
+  call.context.requireWritable();
   UserRecord user = existing(call);
   user.Name = call.arguments.text("--name", user.Name);
   takeOver(call, user);
@@ -130,7 +130,7 @@ int set(const Invocation& call) {
 }
 
 int remove(const Invocation& call) {
-  requireWritable(call.context);
+  call.context.requireWritable();
   const UserRecord user = existing(call);
   if (user.RecordID == call.context.document().user().RecordID) {
     throw Failure(base::format("%s is logged in here; let another administrator delete it.", user.Name));

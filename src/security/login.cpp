@@ -188,6 +188,7 @@ bool LoginManager::storePassword(const std::string& password) {
   session_.password = password;
   session_.PasswordDate = now;
   session_.Flags = flags;
+  passwordChanged_ = true;
   log(LogSecurity, "IDS_LOG_PASSWORD_CHANGED");
   return true;
 }

@@ -63,6 +63,8 @@ class LoginManager {
   bool CheckAccount();
   // False when cancelled or when the session's user was deleted.
   bool ChangePassword(bool forced);
+  // Whether ChangePassword, forced or not, stored a new password.
+  [[nodiscard]] bool passwordChanged() const { return passwordChanged_; }
   // Fills the session from the row that is current in `users`.
   bool LoadUser(jet::Recordset& users, bool withGroups);
 
@@ -82,6 +84,7 @@ class LoginManager {
   Services services_;
   CurrentUser& session_;
   LoginPrompt& prompt_;
+  bool passwordChanged_ = false;
 };
 
 }  // namespace security
