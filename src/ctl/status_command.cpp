@@ -27,12 +27,12 @@ void addFiles(Table& table, Context& context) {
   for (const char* name : {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile}) {
     table.add({name, base::format("%s, %s", (folder / name).string(), sizeOf(folder / name))});
   }
-  // A lock that can be taken is nobody's; it is let go at once.
   const fs::path lock = context.app().lockFile();
-  const bool runs = fs::exists(lock) && !platform::InstanceLock::acquire(lock);
+  const bool runs = platform::InstanceLock::isHeld(lock);
   table.add(
       {"Running copy", runs ? base::format("process %d", platform::InstanceLock::holder(lock)) : std::string("none")});
   table.add({"Opened", std::string(context.main().readOnly() ? "read-only" : "for reading and writing")});
+  if (context.main().readOnly()) table.add({"Read-only because", context.document().readOnlyReason()});
 }
 
 void addMonitor(Table& table, Context& context) {

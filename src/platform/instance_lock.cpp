@@ -12,6 +12,29 @@
 
 namespace platform {
 
+namespace {
+
+// To see whether a lock is held, isHeld() shares it for a moment, which is no reason not to start.
+bool lockAlone(int descriptor) {
+  constexpr int kTries = 10;
+  constexpr useconds_t kBetweenTries = 5'000;  // microseconds
+  for (int i = 0; i < kTries; ++i) {
+    if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return true;
+    usleep(kBetweenTries);
+  }
+  return false;
+}
+
+}  // namespace
+
+bool InstanceLock::isHeld(const std::filesystem::path& file) {
+  const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (descriptor < 0) return false;
+  const bool held = flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  close(descriptor);
+  return held;
+}
+
 std::optional<InstanceLock> InstanceLock::acquire(const std::filesystem::path& file) {
   std::error_code ignored;
   std::filesystem::create_directories(file.parent_path(), ignored);
@@ -20,7 +43,7 @@ std::optional<InstanceLock> InstanceLock::acquire(const std::filesystem::path& f
     throw std::runtime_error("The lock file " + file.string() + " cannot be made (" + std::strerror(errno) +
                              "). Check the rights on its folder.");
   }
-  if (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+  if (!lockAlone(descriptor)) {
     close(descriptor);
     return std::nullopt;
   }
