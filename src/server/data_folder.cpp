@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <system_error>
+#include <vector>
 
 #include "base/printf.h"
 #include "folders/bill_template.h"
@@ -18,12 +19,20 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kGeneral = "general";
+constexpr const char* kTemplate = "template.html";
+constexpr const char* kMonitor = "monitor";
 constexpr const char* kFiles[] = {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile};
+
+// What cannot even be looked at stands in nobody's way: making the folder fails then, and says why.
+bool stands(const fs::path& file) {
+  std::error_code ignored;
+  return fs::exists(file, ignored);
+}
 
 // The bill's page stands beside the databases, where it can be adapted.
 void writeBillTemplate(const fs::path& folder) {
-  const fs::path file = folder / "template.html";
-  if (fs::exists(file)) return;
+  const fs::path file = folder / kTemplate;
+  if (stands(file)) return;
   std::ofstream out(file, std::ios::binary);
   out << folders::defaultBillTemplate();
   out.close();
@@ -56,7 +65,11 @@ void makeDatabases(const DataFolderPlan& plan, const DataFolderTools& tools) {
 // What was made goes again when it cannot be finished.
 class HalfMade {
  public:
-  explicit HalfMade(fs::path folder) : folder_(std::move(folder)), folderIsNew_(!fs::exists(folder_)) {}
+  explicit HalfMade(fs::path folder) : folder_(std::move(folder)), folderIsNew_(!stands(folder_)) {
+    for (const char* name : {kTemplate, kMonitor}) {
+      if (!stands(folder_ / name)) newNames_.emplace_back(name);
+    }
+  }
   HalfMade(const HalfMade&) = delete;
   HalfMade& operator=(const HalfMade&) = delete;
   ~HalfMade() {
@@ -66,6 +79,7 @@ class HalfMade {
       for (const char* part : {"", "-wal", "-shm", "-journal"})
         fs::remove(folder_ / (std::string(file) + part), ignored);
     }
+    for (const std::string& name : newNames_) fs::remove(folder_ / name, ignored);
     if (folderIsNew_) fs::remove_all(folder_, ignored);
   }
   void finish() { finished_ = true; }
@@ -73,6 +87,7 @@ class HalfMade {
  private:
   fs::path folder_;
   bool folderIsNew_;
+  std::vector<std::string> newNames_;  // of what is no database
   bool finished_ = false;
 };
 
@@ -84,7 +99,7 @@ std::string folderSetting(const fs::path& folder) {
 
 void refuseExistingDatabases(const fs::path& folder) {
   for (const char* file : kFiles) {
-    if (fs::exists(folder / file)) {
+    if (stands(folder / file)) {
       throw DataFolderError(
           base::format("%s exists already and is left as it is. Give another folder.", (folder / file).string()));
     }
@@ -94,7 +109,12 @@ void refuseExistingDatabases(const fs::path& folder) {
 void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, const std::function<void()>& finish) {
   refuseExistingDatabases(plan.folder);
   HalfMade halfMade(plan.folder);
-  fs::create_directories(plan.folder / "monitor");
+  std::error_code fault;
+  fs::create_directories(plan.folder / kMonitor, fault);
+  if (fault) {
+    throw DataFolderError(base::format("The folder %s cannot be made (%s). Choose another one, or check the rights.",
+                                       plan.folder.string(), fault.message()));
+  }
   writeBillTemplate(plan.folder);
   makeDatabases(plan, tools);
   finish();
@@ -121,7 +141,7 @@ void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std:
 bool useDataFolder(const fs::path& folder, foundation::ConfigManager& config) {
   using foundation::StoreMachine;
   return config.WriteConfigString(folderSetting(folder), "PathDatabase", kGeneral, StoreMachine) &&
-         config.WriteConfigString(folderSetting(folder / "monitor"), "PathMonitor", kGeneral, StoreMachine) &&
+         config.WriteConfigString(folderSetting(folder / kMonitor), "PathMonitor", kGeneral, StoreMachine) &&
          config.WriteConfigString(folderSetting(folder), "Path", kGeneral, StoreMachine) &&
          config.WriteConfigString(kAdministrator, "LastUser", kGeneral, StoreMachine);
 }

@@ -38,8 +38,8 @@ struct DataFolderTools {
 void refuseExistingDatabases(const std::filesystem::path& folder);
 
 // Makes the three databases, the monitor's folder, the bill's page and the administrator; `finish` is the last step and
-// may throw. What was made goes again when it cannot be finished; what was there before stays. Throws DataFolderError,
-// jet::Error or std::filesystem_error.
+// may throw. What was made goes again when it cannot be finished; what was there before stays. Throws DataFolderError
+// or jet::Error.
 void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, const std::function<void()>& finish);
 
 // Adds the groups and the administrator to a database without users.

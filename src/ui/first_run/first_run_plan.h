@@ -25,7 +25,7 @@ struct FirstRunPlan {
 };
 
 // Does it and stores the workstation's settings. The report of a conversion, when there was one. Throws jet::Error,
-// convert::ConversionError, server::DataFolderError or std::filesystem_error; nothing is stored then.
+// convert::ConversionError or server::DataFolderError; nothing is stored then.
 std::optional<convert::ConversionReport> carryOut(const FirstRunPlan& plan, server::CServerApp& app);
 
 }  // namespace ui
