@@ -8,6 +8,7 @@
 #include "base/printf.h"
 #include "base/text.h"
 #include "jet/error.h"
+#include "jet/parser/parser.h"
 #include "security/rights.h"
 
 namespace security {
@@ -145,6 +146,8 @@ std::optional<GroupRecord> UserDirectory::findGroup(std::int32_t id) {
 bool UserDirectory::restrictionWorks(const std::string& restriction) {
   if (restriction.empty()) return true;
   try {
+    // By itself, too: the trial alone would take a condition with an ORDER BY behind it.
+    jet::parseCondition(restriction);
     // Asking for the end makes the database run the query, not only read it.
     database_.openRecordset(base::format("select top 1 * from calls where %s", restriction))->eof();
     return true;

@@ -60,7 +60,9 @@ TEST_F(Administration, ServeTakesWhatSendPlaysUntilItIsStopped) {
   }
   EXPECT_TRUE(contains(run("send calls"), "sent 30, recorded 30, refused 0"));
   EXPECT_TRUE(contains(run("import", 1), "Another copy"));
-  const pid_t process = std::atoi(readFile(temporary_ / "QuorvaneServerMutex").c_str());
+  const std::string holder = readFile(temporary_ / "QuorvaneServerMutex");
+  EXPECT_TRUE(contains(run("status --format csv"), "Running copy,process " + holder));
+  const pid_t process = std::atoi(holder.c_str());
   EXPECT_GT(process, 0);
   if (process > 0) kill(process, SIGTERM);
   service.join();
@@ -98,11 +100,44 @@ TEST_F(Administration, GroupsGiveTheirMembersRights) {
   EXPECT_TRUE(contains(run("user list --format csv"), "\n2,ana,,,disabled,"));
 }
 
+// What the start of a program does by itself is no way round a right either.
+TEST_F(Administration, WhoMayNotChangeCallsChangesNoneByStarting) {
+  run("sample-calls 20 --out data/monitor/monitor.data");
+  run("import");
+  run("setting set Sterge 1 --section Calls --where database --type int");
+  run("sample-calls 20 --seed 2 --out data/monitor/monitor.data");
+  run("group add Readers --rights view-calls");
+  run("user add ana --groups Readers --password a");
+  for (const char* command : {"serve", "import"}) {
+    const std::string refusal = as("ana", "a", command, 1);
+    EXPECT_TRUE(contains(refusal, "ana may not do this: the right change-calls is missing.")) << refusal;
+  }
+  EXPECT_TRUE(contains(run("status --format csv"), "Rows of Calls,20\n"));
+  EXPECT_TRUE(fs::exists(temporary_ / "data/monitor/monitor.data"));
+}
+
+// Why nobody got in decides what helps.
+TEST_F(Administration, AFailedStartSaysWhatToDoNext) {
+  run("group add Readers --rights view-calls");
+  run("user add ana --groups Readers --password a");
+  EXPECT_TRUE(contains(as("ana", "wrong", "folder list", 1), "Nobody was logged in. Give --user NAME"));
+  run("user set ana --flags disabled");
+  EXPECT_TRUE(contains(as("ana", "a", "folder list", 1), "ana is not let in. Let an administrator"));
+  const std::string folder = (temporary_ / "data").string();
+  run("setting set PathDatabase '" + folder + "'");
+  EXPECT_TRUE(contains(
+      run("folder list", 1),
+      "must end with a slash. Mend it with: tallyctl setting set PathDatabase '" + folder + "/' --where machine"));
+  run("setting set PathDatabase /nowhere/");
+  EXPECT_TRUE(contains(run("folder list", 1), "Point setting PathDatabase to their folder"));
+}
+
 TEST_F(Administration, ARestrictionIsTriedBeforeItIsSavedAndHolds) {
   run("sample-calls 200 --out data/monitor/monitor.data");
   run("import");
   run("user add ana --groups Operators --password a --restriction \"Trunk = 5\"");
   EXPECT_TRUE(contains(run("user set ana --restriction \"Nonsense = 5\"", 1), "Expected 1"));
+  EXPECT_TRUE(contains(run("user set ana --restriction \"1=1 order by Trunk\"", 1), "was not saved"));
   const std::string all = run("folder show 100 --format csv --limit 1000");
   const std::string some = as("ana", "a", "folder show 100 --format csv --limit 1000", 0);
   EXPECT_LT(some.size(), all.size());
@@ -115,6 +150,11 @@ TEST_F(Administration, PasswordsChangeFromTheEnvironmentToo) {
   run("--user ana passwd", 0, "TALLYBOOK_PASSWORD=old TALLYBOOK_NEW_PASSWORD=new");
   as("ana", "old", "folder show 100", 1);
   as("ana", "new", "folder show 100", 0);
+  // A password that must be changed first is changed by the same command.
+  run("user set ana --flags must-change");
+  const std::string changed = run("--user ana passwd", 0, "TALLYBOOK_PASSWORD=new TALLYBOOK_NEW_PASSWORD=newer");
+  EXPECT_TRUE(contains(changed, "The password of ana is changed.")) << changed;
+  EXPECT_FALSE(contains(as("ana", "newer", "folder show 100", 0), "must be changed"));
   // The administrator logs in automatically and goes on to.
   run("passwd", 0, "TALLYBOOK_NEW_PASSWORD=secret");
   run("user list");
