@@ -122,8 +122,7 @@ void Context::require(const Access& access) {
 
 void Context::requireWritable() {
   if (!main().readOnly()) return;
-  throw Failure(
-      base::format("Nothing was changed, for the database is open for reading only: %s", document_->readOnlyReason()));
+  throw Failure(base::format("Nothing was changed: the database is open read-only. %s", document_->readOnlyReason()));
 }
 
 }  // namespace ctl

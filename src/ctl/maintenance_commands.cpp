@@ -5,7 +5,6 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/definition_edit.h"
-#include "ctl/directory_edit.h"
 
 namespace ctl {
 

@@ -68,8 +68,7 @@ void refuseForeignFile(const std::filesystem::path& path) {
 }
 
 std::string cannotWrite(const std::filesystem::path& path) {
-  return path.string() +
-         " cannot be written. Check the rights to the file and its folder, or open it for reading only.";
+  return path.string() + " cannot be written. Check the rights to the file and its folder.";
 }
 
 }  // namespace jet::sqlite
