@@ -217,6 +217,7 @@ void CMainFrame::start() {
     connect(&importTimer_, &QTimer::timeout, this, &CMainFrame::importCalls);
     importTimer_.start(server::kImportInterval);
   }
+  if (document_.DatabaseReadOnly()) say(toQt(document_.readOnlyReason()));
   connect(&refreshTimer_, &QTimer::timeout, this, &CMainFrame::refreshFromOtherCopies);
   refreshTimer_.start(server::kRefreshInterval);
 }
