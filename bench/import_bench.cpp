@@ -16,6 +16,7 @@
 
 #include "bare_insert.h"
 #include "base/printf.h"
+#include "data_folder.h"
 #include "exchange/party_definitions.h"
 #include "foundation/change_tags.h"
 #include "foundation/language_file.h"
@@ -47,24 +48,6 @@ constexpr std::int64_t kRowsPerBatch = 1'000;
 double secondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
-
-// Removed with everything in it at the end.
-class DataFolder {
- public:
-  DataFolder() : path_(fs::absolute(base::format("import_bench.%d", ::getpid()))) {
-    fs::create_directories(path_ / "monitor");
-  }
-  DataFolder(const DataFolder&) = delete;
-  DataFolder& operator=(const DataFolder&) = delete;
-  ~DataFolder() {
-    std::error_code ignored;  // a folder left behind is seen and harmless
-    fs::remove_all(path_, ignored);
-  }
-  [[nodiscard]] const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
 
 std::int64_t rowsOf(jet::Database& database, const char* table) {
   return database.openSnapshot(base::format("SELECT Count(*) AS n FROM [%s]", table)).at(0, 0U).toLong();
@@ -241,7 +224,8 @@ int main(int count, char** words) {
     std::cerr << "Usage: import_bench [RECORDS]\n";
     return 2;
   }
-  const DataFolder folder;
+  const bench::DataFolder folder("import_bench");
+  fs::create_directories(folder.path() / "monitor");
   if (!makeData(folder.path(), records)) return 1;
   std::cout << "reference data and " << records << " records made" << std::endl;
 
