@@ -1,15 +1,14 @@
-#include <random>
+#include <algorithm>
 
-#include "jet/error.h"
-#include "sqlite_fixture.h"
+#include "differential_fixture.h"
 
 namespace jet::test {
 
 namespace {
 
 // Every select is answered twice: by openSnapshot(), from memory where that is possible, and by forEachRow(), always by
-// the file. Rows, their order and the types of their values must be the same.
-class MemoryDifferentialTest : public SqliteTest {
+// the file.
+class MemoryDifferentialTest : public DifferentialTest {
  protected:
   MemoryDifferentialTest() {
     // Without an index of the file's own, so that its order of reading is that of the rows.
@@ -34,10 +33,6 @@ class MemoryDifferentialTest : public SqliteTest {
                          one({"null", "#1/2/2024#", "#12:30#", "#5/6/2025 13:00:01#"}) + ", " + one({"1", "0"}) + ")");
     }
     transaction.commit();
-  }
-
-  const std::string& one(const std::vector<std::string>& choices) {
-    return choices[std::uniform_int_distribution<std::size_t>(0, choices.size() - 1)(random_)];
   }
 
   std::string atom() {
@@ -144,40 +139,6 @@ class MemoryDifferentialTest : public SqliteTest {
     return sql + one({"", "", " order by label", " order by 2 desc", " order by prefix desc, n", " order by n + m desc",
                       " order by since, price desc", " order by flag desc, len(label)"});
   }
-
-  static std::string shown(const Value& value) {
-    return std::to_string(static_cast<int>(value.type())) + ":" + value.toText() + "|";
-  }
-
-  std::string fromFile(const std::string& sql) {
-    std::string text;
-    try {
-      database_->forEachRow(sql, [&](const std::vector<Value>& row) {
-        for (const Value& value : row) text += shown(value);
-        text += '\n';
-        return true;
-      });
-    } catch (const Error& error) {
-      return "error " + std::to_string(error.number());
-    }
-    return text;
-  }
-
-  std::string fromMemory(const std::string& sql) {
-    try {
-      const Snapshot snapshot = database_->openSnapshot(sql);
-      std::string text;
-      for (std::size_t row = 0; row < snapshot.rowCount(); ++row) {
-        for (std::size_t i = 0; i < snapshot.columns().size(); ++i) text += shown(snapshot.at(row, i));
-        text += '\n';
-      }
-      return text;
-    } catch (const Error& error) {
-      return "error " + std::to_string(error.number());
-    }
-  }
-
-  std::mt19937 random_{20250101};
 };
 
 }  // namespace
@@ -186,8 +147,8 @@ TEST_F(MemoryDifferentialTest, MemoryAndFileGiveTheSameRows) {
   int rowsSeen = 0;
   for (int i = 0; i < 1000; ++i) {
     const std::string sql = select();
-    const std::string expected = fromFile(sql);
-    ASSERT_EQ(fromMemory(sql), expected) << sql;
+    const std::string expected = streamed(sql);
+    ASSERT_EQ(snapshot(sql), expected) << sql;
     rowsSeen += static_cast<int>(std::count(expected.begin(), expected.end(), '\n'));
     if (i % 200 == 0) database_->execute("update Things set n = n + 1 where m = 2 and n < 100");
   }

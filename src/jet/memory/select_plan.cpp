@@ -20,11 +20,6 @@ ColumnScope scopeOf(const TableDef& definition, const Source& source) {
   return scope;
 }
 
-std::string nameOf(const SelectItem& item) {
-  if (!item.alias.empty()) return item.alias;
-  return item.expression->kind == Expression::Kind::Column ? item.expression->name : item.text;
-}
-
 bool isColumnsInOrder(const std::vector<BoundExpression>& items, std::size_t width) {
   if (items.size() != width) return false;
   for (std::size_t i = 0; i < width; ++i) {
@@ -67,7 +62,7 @@ bool SelectPlan::bindItems(const Statement& statement, const ColumnScope& scope,
   for (const SelectItem& item : statement.items) {
     if (item.expression->kind != Expression::Kind::Star) {
       items_.push_back(binder.bind(*item.expression));
-      names.push_back(nameOf(item));
+      names.push_back(item.name());
       continue;
     }
     if (!scope.covers(item.expression->table)) return false;

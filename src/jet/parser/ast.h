@@ -75,6 +75,12 @@ struct SelectItem {
   ExpressionPtr expression;  // Star for "*" or "[T].*"
   std::string alias;         // empty when none was given
   std::string text;          // the item's text as written, without the alias: name of an unnamed column
+
+  // Of the column in the result.
+  [[nodiscard]] const std::string& name() const {
+    if (!alias.empty()) return alias;
+    return expression->kind == Expression::Kind::Column ? expression->name : text;
+  }
 };
 
 struct OrderItem {

@@ -11,13 +11,28 @@
 
 namespace jet::sqlite {
 
+namespace {
+
+void handOut(const columns::StatisticRows& rows, const std::function<bool(const std::vector<Value>&)>& row) {
+  std::vector<Value> cells;
+  for (std::size_t i = 0; i < rows.count(); ++i) {
+    cells.clear();
+    rows.append(i, cells);
+    if (!row(cells)) return;
+  }
+}
+
+}  // namespace
+
 SqliteDatabase::SqliteDatabase(const std::filesystem::path& path, OpenMode mode, bool create)
     : connection_(path, mode, create),
       catalog_(connection_),
       versions_(connection_, catalog_),
       statements_(connection_, catalog_, versions_),
       memorySource_(*this),
-      memory_(memorySource_) {
+      memory_(memorySource_),
+      columnReader_(*this),
+      statistics_(columnReader_) {
   registerFunctions(connection_);
 }
 
@@ -64,7 +79,7 @@ std::int64_t SqliteDatabase::execute(std::string_view sql) {
     if (statement.kind != Statement::Kind::AlterAddColumn) changed = sqlite3_changes64(connection_.handle());
   }
   if (statement.kind == Statement::Kind::AlterAddColumn) catalog_.invalidate();
-  ++versions_.counter(statement.from->table);
+  versions_.noteChange(statement.from->table);
   return changed;
 }
 
@@ -91,7 +106,11 @@ Snapshot SqliteDatabase::openSnapshot(std::string_view sql) {
 
 std::shared_ptr<const ResultTable> SqliteDatabase::runSelect(const ShapedText& text,
                                                              std::span<const std::int64_t> keys) {
-  parsedSelect(text);
+  if (keys.empty()) {
+    if (const auto rows = statistic(text)) return rows->table();
+  } else {
+    parsedSelect(text);
+  }
   std::array<std::int64_t, kAmongKeys> filled{};
   if (!keys.empty()) {
     filled.fill(keys.front());
@@ -109,6 +128,17 @@ std::shared_ptr<const ResultTable> SqliteDatabase::runSelect(const ShapedText& t
   return table;
 }
 
+std::shared_ptr<const columns::StatisticRows> SqliteDatabase::statistic(const ShapedText& text) {
+  return statistics_.answer(text.text, text.shape, *parsedSelect(text)->statement);
+}
+
+std::int64_t SqliteDatabase::rowLimit(const TableDef& table) {
+  const std::string sql = "SELECT max(rowid) FROM " + quotedName(table.name);
+  const StatementHandle statement = connection_.prepare(sql);
+  connection_.step(statement.get(), sql);
+  return sqlite3_column_int64(statement.get(), 0);
+}
+
 std::unique_ptr<RowWindow> SqliteDatabase::openWindow(std::string_view sql) {
   versions_.refresh();
   ShapedText text(sql);
@@ -120,7 +150,7 @@ std::unique_ptr<RowWindow> SqliteDatabase::openWindow(std::string_view sql) {
 void SqliteDatabase::forEachRow(std::string_view sql, const std::function<bool(const std::vector<Value>&)>& row) {
   versions_.refresh();
   const ShapedText text(sql);
-  parsedSelect(text);
+  if (const auto rows = statistic(text)) return handOut(*rows, row);
   Execution execution = statements_.open(Role::Run, text);
   std::vector<Value> values(execution.plan().columns.size());
   while (execution.step()) {
@@ -145,7 +175,7 @@ void SqliteDatabase::createTable(const TableDef& table) {
   for (const std::string& statement : createStatements(table)) connection_.run(statement.c_str());
   transaction.commit();
   catalog_.invalidate();
-  ++versions_.counter(table.name);
+  versions_.noteChange(table.name);
 }
 
 void SqliteDatabase::begin() {

@@ -1,6 +1,7 @@
 // Functions over stored dates. A statistic by weekday or hour calls them for every row, so the parts are read from the
 // digits of the text without making a date of it.
 
+#include "jet/date_part.h"
 #include "jet/sqlite/user_functions.h"
 
 namespace jet::sqlite {
@@ -31,47 +32,25 @@ int weekdayOf(int year, int month, int day) {
   return (year + year / 4 - year / 100 + year / 400 + kMonthOffsets[month - 1] + day) % 7 + 1;
 }
 
-enum class Part { Weekday, Day, Month, Year, Hour, Minute, Second };
-
-int partOf(const base::DateTime& date, Part part) {
-  const base::DateTime::Parts parts = date.parts();
-  switch (part) {
-    case Part::Weekday:
-      return date.weekday() + 1;
-    case Part::Day:
-      return parts.day;
-    case Part::Month:
-      return parts.month;
-    case Part::Year:
-      return parts.year;
-    case Part::Hour:
-      return parts.hour;
-    case Part::Minute:
-      return parts.minute;
-    default:
-      return parts.second;
-  }
-}
-
 // Negative when the digits are none.
-int readPart(std::string_view text, Part part) {
+int readPart(std::string_view text, DatePart part) {
   switch (part) {
-    case Part::Day:
+    case DatePart::Day:
       return twoDigits(text, 8);
-    case Part::Month:
+    case DatePart::Month:
       return twoDigits(text, 5);
-    case Part::Hour:
+    case DatePart::Hour:
       return twoDigits(text, 11);
-    case Part::Minute:
+    case DatePart::Minute:
       return twoDigits(text, 14);
-    case Part::Second:
+    case DatePart::Second:
       return twoDigits(text, 17);
     default: {
       const int century = twoDigits(text, 0);
       const int yearOfCentury = twoDigits(text, 2);
       if (century < 0 || yearOfCentury < 0) return -1;
       const int year = century * 100 + yearOfCentury;
-      if (part == Part::Year) return year;
+      if (part == DatePart::Year) return year;
       const int month = twoDigits(text, 5);
       const int day = twoDigits(text, 8);
       return month < 1 || month > 12 || day < 1 ? -1 : weekdayOf(year, month, day);
@@ -79,7 +58,7 @@ int readPart(std::string_view text, Part part) {
   }
 }
 
-template <Part part>
+template <DatePart part>
 void callPart(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (sqlite3_value_type(arguments[0]) == SQLITE_NULL) return;
   const std::string_view text = textOf(arguments[0]);
@@ -106,13 +85,13 @@ void callFromSerial(sqlite3_context* context, int, sqlite3_value** arguments) {
 }  // namespace
 
 void registerDateFunctions(Connection& connection) {
-  defineScalar(connection, "jet_stored_weekday", 1, &callPart<Part::Weekday>);
-  defineScalar(connection, "jet_stored_day", 1, &callPart<Part::Day>);
-  defineScalar(connection, "jet_stored_month", 1, &callPart<Part::Month>);
-  defineScalar(connection, "jet_stored_year", 1, &callPart<Part::Year>);
-  defineScalar(connection, "jet_stored_hour", 1, &callPart<Part::Hour>);
-  defineScalar(connection, "jet_stored_minute", 1, &callPart<Part::Minute>);
-  defineScalar(connection, "jet_stored_second", 1, &callPart<Part::Second>);
+  defineScalar(connection, "jet_stored_weekday", 1, &callPart<DatePart::Weekday>);
+  defineScalar(connection, "jet_stored_day", 1, &callPart<DatePart::Day>);
+  defineScalar(connection, "jet_stored_month", 1, &callPart<DatePart::Month>);
+  defineScalar(connection, "jet_stored_year", 1, &callPart<DatePart::Year>);
+  defineScalar(connection, "jet_stored_hour", 1, &callPart<DatePart::Hour>);
+  defineScalar(connection, "jet_stored_minute", 1, &callPart<DatePart::Minute>);
+  defineScalar(connection, "jet_stored_second", 1, &callPart<DatePart::Second>);
   defineScalar(connection, "jet_serial", 1, &callSerial);
   defineScalar(connection, "jet_fromserial", 1, &callFromSerial);
 }

@@ -71,6 +71,7 @@ class Dynaset final : public Recordset {
   std::size_t firstMatchBehindCurrent();
 
   // Changes (dynaset_changes.cpp).
+  [[nodiscard]] bool numbersItself() const;
   void insertRow();
   void updateRow();
   sqlite3_stmt* insertStatement();

@@ -43,7 +43,6 @@ void Dynaset::runChange(sqlite3_stmt* statement) {
     throw;
   }
   sqlite3_reset(statement);
-  ++database_.versions().counter(def_->name);
 }
 
 sqlite3_stmt* Dynaset::insertStatement() {
@@ -60,12 +59,25 @@ sqlite3_stmt* Dynaset::insertStatement() {
   return insert_.get();
 }
 
+// Whether the row that is added gets the next number, behind all others.
+bool Dynaset::numbersItself() const {
+  for (std::size_t i = 0; i < fields_.size(); ++i) {
+    if (fields_[i]->autoIncrement) return buffer_[i].isNull();
+  }
+  return false;
+}
+
 void Dynaset::insertRow() {
   sqlite3_stmt* const statement = insertStatement();
   for (std::size_t i = 0; i < fields_.size(); ++i) {
     if (fields_[i]->generatedFrom.empty()) bindValue(statement, static_cast<int>(i) + 1, buffer_[i], true);
   }
   runChange(statement);
+  if (numbersItself()) {
+    database_.versions().noteAppended(def_->name);
+  } else {
+    database_.versions().noteChange(def_->name);
+  }
   lastAddedKey_ = sqlite3_last_insert_rowid(database_.connection().handle());
   if (keysLoaded_) {
     keys_.push_back(lastAddedKey_);
@@ -101,6 +113,7 @@ void Dynaset::updateRow() {
     if (changed_[i] == 'x') bindValue(statement, static_cast<int>(i) + 2, buffer_[i], true);
   }
   runChange(statement);
+  database_.versions().noteChange(def_->name);
   if (sqlite3_changes(database_.connection().handle()) == 0) {
     readable_ = false;
     editing_ = Editing::None;
@@ -118,6 +131,7 @@ void Dynaset::remove() {
   }
   sqlite3_bind_int64(remove_.get(), 1, key_);
   runChange(remove_.get());
+  database_.versions().noteChange(def_->name);
   readable_ = false;
   position_.reset();
 }

@@ -1,6 +1,7 @@
 #include "jet/sqlite/expression_emitter.h"
 
 #include "base/text.h"
+#include "jet/date_part.h"
 #include "jet/error.h"
 #include "jet/operators.h"
 #include "jet/sqlite/expression_types.h"
@@ -293,13 +294,8 @@ Piece ExpressionEmitter::function(const Expression& expression) {
 
 // A part of a date column is read from the stored text by a function of its own: it runs for every row of a statistic.
 Piece ExpressionEmitter::datePart(const Expression& expression) {
-  static constexpr std::string_view kParts[] = {"weekday", "day", "month", "year", "hour", "minute", "second"};
-  for (const std::string_view part : kParts) {
-    if (expression.name == part) {
-      return {"jet_stored_" + expression.name + "(" + emit(*expression.operands[0]).sql + ")", Type::Long, false};
-    }
-  }
-  return {};
+  if (!datePartCalled(expression.name)) return {};
+  return {"jet_stored_" + expression.name + "(" + emit(*expression.operands[0]).sql + ")", Type::Long, false};
 }
 
 Piece ExpressionEmitter::iif(const Expression& expression) {

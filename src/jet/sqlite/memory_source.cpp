@@ -8,7 +8,7 @@ static_assert(memory::RowSource::kMostKeys <= kAmongKeys);
 
 memory::VersionCounters MemorySource::versionCounters(std::string_view table) {
   Versions& versions = database_.versions();
-  return {&versions.counter(table), &versions.everything()};
+  return {&versions.own(table).changes, &versions.everything()};
 }
 
 std::shared_ptr<const TableDef> MemorySource::definition(std::string_view table) {
@@ -16,10 +16,7 @@ std::shared_ptr<const TableDef> MemorySource::definition(std::string_view table)
 }
 
 std::int64_t MemorySource::rowLimit(const TableDef& table) {
-  const std::string sql = "SELECT max(rowid) FROM " + quotedName(table.name);
-  const StatementHandle statement = database_.connection().prepare(sql);
-  database_.connection().step(statement.get(), sql);
-  return sqlite3_column_int64(statement.get(), 0);
+  return database_.rowLimit(table);
 }
 
 void MemorySource::readRows(const TableDef& table, const std::function<bool(const std::vector<Value>&)>& row) {

@@ -90,6 +90,7 @@ enum class Role : char {
   Read = 'x',          // the row of a key
   ReadMatching = 'g',  // the row of a key if it meets the criteria
   CountBefore = 'p',   // number of rows before a key
+  Operands = 'y',      // keys of the rows with the columns that a statistic names, in no order
   Flags = 's',         // whether each row of a select without keys meets the criteria
 };
 

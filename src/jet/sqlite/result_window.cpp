@@ -21,8 +21,24 @@ ResultWindow::~ResultWindow() {
   sqlite3_exec(database_.connection().handle(), ("DROP TABLE " + table_).c_str(), nullptr, nullptr, nullptr);
 }
 
+void ResultWindow::refresh() {
+  count_.reset();
+  statistic_.reset();
+  filled_ = false;
+}
+
 void ResultWindow::load() {
   if (count_) return;
+  statistic_ = database_.statistic(text_);
+  if (statistic_) {
+    count_ = static_cast<std::int64_t>(statistic_->count());
+  } else {
+    fillTable();
+  }
+}
+
+void ResultWindow::fillTable() {
+  if (filled_) return;
   Connection& connection = database_.connection();
   // Asked for each time: a rollback of the caller's transaction takes the table away again.
   const std::string name = table_.substr(table_.find('.') + 1);
@@ -30,29 +46,41 @@ void ResultWindow::load() {
   made_ = true;
   connection.run("SAVEPOINT jet_window");
   try {
-    fill();
+    connection.run(("DELETE FROM " + table_).c_str());
+    std::string sql = "INSERT INTO " + table_ + " VALUES (";
+    for (std::size_t i = 0; i < columns_.size(); ++i) sql += i == 0 ? "?" : ", ?";
+    const StatementHandle insert = connection.prepare(sql + ")");
+    count_ = statistic_ ? copyStatistic(insert.get()) : copySelect(insert.get());
     connection.run("RELEASE jet_window");
   } catch (...) {
     sqlite3_exec(connection.handle(), "ROLLBACK TO jet_window; RELEASE jet_window", nullptr, nullptr, nullptr);
     throw;
   }
+  filled_ = true;
 }
 
-void ResultWindow::fill() {
-  Connection& connection = database_.connection();
-  connection.run(("DELETE FROM " + table_).c_str());
-  std::string sql = "INSERT INTO " + table_ + " VALUES (";
-  for (std::size_t i = 0; i < columns_.size(); ++i) sql += i == 0 ? "?" : ", ?";
-  const StatementHandle insert = connection.prepare(sql + ")");
+std::int64_t ResultWindow::copySelect(sqlite3_stmt* insert) {
   Execution select = database_.statements().open(Role::Run, text_);
   const int width = static_cast<int>(std::min(columns_.size(), select.plan().columns.size()));
   std::int64_t count = 0;
   for (; select.step(); ++count) {
-    for (int i = 0; i < width; ++i) sqlite3_bind_value(insert.get(), i + 1, sqlite3_column_value(select.raw(), i));
-    connection.step(insert.get(), text_.text);
-    sqlite3_reset(insert.get());
+    for (int i = 0; i < width; ++i) sqlite3_bind_value(insert, i + 1, sqlite3_column_value(select.raw(), i));
+    database_.connection().step(insert, text_.text);
+    sqlite3_reset(insert);
   }
-  count_ = count;
+  return count;
+}
+
+std::int64_t ResultWindow::copyStatistic(sqlite3_stmt* insert) {
+  std::vector<Value> cells;
+  for (std::size_t row = 0; row < statistic_->count(); ++row) {
+    cells.clear();
+    statistic_->append(row, cells);
+    for (std::size_t i = 0; i < cells.size(); ++i) bindValue(insert, static_cast<int>(i) + 1, cells[i]);
+    database_.connection().step(insert, text_.text);
+    sqlite3_reset(insert);
+  }
+  return static_cast<std::int64_t>(statistic_->count());
 }
 
 std::int64_t ResultWindow::rowCount() {
@@ -64,6 +92,13 @@ Snapshot ResultWindow::rows(std::int64_t first, std::int64_t count) {
   load();
   auto table = std::make_shared<ResultTable>();
   table->columns = std::make_shared<const std::vector<std::string>>(columns_);
+  if (statistic_) {
+    const std::int64_t end = std::min(*count_, first + std::max<std::int64_t>(count, 0));
+    for (std::int64_t row = std::max<std::int64_t>(first, 0); row < end; ++row, ++table->rows) {
+      statistic_->append(static_cast<std::size_t>(row), table->cells);
+    }
+    return Snapshot(std::move(table));
+  }
   const StatementHandle page = database_.connection().prepare("SELECT " + columnList_ + " FROM " + table_ +
                                                               " WHERE rowid > ?1 ORDER BY rowid LIMIT ?2");
   sqlite3_bind_int64(page.get(), 1, std::max<std::int64_t>(first, 0));
@@ -79,6 +114,7 @@ Snapshot ResultWindow::rows(std::int64_t first, std::int64_t count) {
 
 std::optional<std::int64_t> ResultWindow::find(std::string_view criteria) {
   load();
+  fillTable();
   const ShapedText shaped(criteria);
   const ExpressionPtr condition = parseCondition(criteria);
   std::string source = "SELECT rowid AS jet_key";

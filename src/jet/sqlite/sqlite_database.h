@@ -7,9 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "jet/columns/statistics.h"
 #include "jet/database.h"
 #include "jet/memory/query_memory.h"
 #include "jet/sqlite/catalog.h"
+#include "jet/sqlite/column_reader.h"
 #include "jet/sqlite/connection.h"
 #include "jet/sqlite/memory_source.h"
 #include "jet/sqlite/statement_cache.h"
@@ -45,6 +47,11 @@ class SqliteDatabase final : public Database {
   StatementCache& statements() { return statements_; }
   // Runs a select on the file and keeps its rows; with keys (at most kAmongKeys), over the rows of those alone.
   std::shared_ptr<const ResultTable> runSelect(const ShapedText& text, std::span<const std::int64_t> keys = {});
+  // The rows of a select that is a statistic; null for every other. Error 3065 for a text that changes something.
+  std::shared_ptr<const columns::StatisticRows> statistic(const ShapedText& text);
+  columns::Statistics& statistics() { return statistics_; }
+  // At least the number of rows of a table; does not read them.
+  std::int64_t rowLimit(const TableDef& table);
   // Throws 3027 when the file is open for reading only, and when the transaction that the caller believes to be in was
   // undone by a fault (a full disk): going on would write outside of it.
   void requireWritable(std::string_view statement);
@@ -70,6 +77,8 @@ class SqliteDatabase final : public Database {
   MemorySource memorySource_;
   memory::QueryMemory memory_;
   std::function<bool()> watcher_;
+  ColumnReader columnReader_;
+  columns::Statistics statistics_;
   int depth_ = 0;  // of transactions
   int temporaries_ = 0;
 };

@@ -1,6 +1,7 @@
 #include "jet/sqlite/statement_emitter.h"
 
 #include "base/text.h"
+#include "jet/columns/statistic_plan.h"
 #include "jet/error.h"
 #include "jet/operators.h"
 #include "jet/sqlite/expression_emitter.h"
@@ -21,7 +22,7 @@ bool containsAggregate(const Expression& expression) {
 
 // What a query over the keys of one table reads, in which order, and between which keys.
 struct KeyQuery {
-  enum class Rows { Key, Items, Count };
+  enum class Rows { Key, Items, Fields, Count };
   enum class Order { None, Key, KeyBack, Select, SelectBack };
   Rows rows = Rows::Key;
   Order order = Order::None;
@@ -42,6 +43,8 @@ KeyQuery keyQuery(Role role) {
       return {.rows = Rows::Count};
     case Role::CountBefore:
       return {.rows = Rows::Count, .keyCondition = " < "};
+    case Role::Operands:
+      return {.rows = Rows::Fields};
     case Role::NextKeys:
       return {.order = Order::Key, .keyCondition = " > ", .limitExtra = 1};
     case Role::PreviousKeys:
@@ -203,8 +206,16 @@ class StatementEmitter {
       }
       const Piece piece = emitter_.emit(*item.expression);
       const std::string sql = statement_.distinct ? ExpressionEmitter::folded(piece) : piece.sql;
-      const bool named = item.alias.empty() && item.expression->kind == Kind::Column;
-      addItem(list, sql, piece.type, !item.alias.empty() ? item.alias : named ? item.expression->name : item.text);
+      addItem(list, sql, piece.type, item.name());
+    }
+    return list;
+  }
+
+  std::string operands() {
+    const ScopeTable& table = scope_.tables().front();
+    std::string list;
+    for (const std::size_t field : columns::namedFields(statement_, *table.def)) {
+      list += ", " + table.qualifier + quotedName(table.def->fields[field].name);
     }
     return list;
   }
@@ -323,6 +334,7 @@ class StatementEmitter {
       sql += "count(*)";
     } else {
       sql += key + (query.rows == KeyQuery::Rows::Items ? ", " + items() : "");
+      if (query.rows == KeyQuery::Rows::Fields) sql += operands();
     }
     sql += " FROM " + source(*statement_.from);
     const char* word = " WHERE ";

@@ -31,15 +31,20 @@ void Versions::refresh() {
   }
 }
 
-std::uint64_t& Versions::counter(std::string_view table) {
-  const std::string key = base::foldAscii(table);
-  return own_.try_emplace(key, 0).first->second;
+Versions::Own& Versions::ownOf(std::string_view table) {
+  return own_.try_emplace(base::foldAscii(table)).first->second;
+}
+
+void Versions::noteChange(std::string_view table) {
+  Own& own = ownOf(table);
+  ++own.changes;
+  ++own.rewrites;
 }
 
 std::uint64_t Versions::of(std::string_view table) {
   refresh();
   // Both only grow, so a sum cannot come back to an earlier value.
-  return everything_ + counter(table);
+  return everything_ + own(table).changes;
 }
 
 }  // namespace jet::sqlite

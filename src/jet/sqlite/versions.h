@@ -18,8 +18,14 @@ class Versions {
   Versions(Connection& connection, Catalog& catalog);
 
   std::uint64_t of(std::string_view table);
-  // The counter of a table, to be increased with each own change; valid as long as this object.
-  std::uint64_t& counter(std::string_view table);
+  // The counters of a table's own changes; valid as long as this object.
+  struct Own {
+    std::uint64_t changes = 0;
+    std::uint64_t rewrites = 0;  // without those that only put a row behind all others
+  };
+  const Own& own(std::string_view table) { return ownOf(table); }
+  void noteChange(std::string_view table);
+  void noteAppended(std::string_view table) { ++ownOf(table).changes; }
   void touchAll() { ++everything_; }
   // The part of every table's number that touchAll() moves.
   [[nodiscard]] const std::uint64_t& everything() const { return everything_; }
@@ -31,6 +37,7 @@ class Versions {
   void release() { --held_; }
 
  private:
+  Own& ownOf(std::string_view table);
   std::int64_t read(sqlite3_stmt* pragma);
 
   Connection& connection_;
@@ -41,7 +48,7 @@ class Versions {
   std::int64_t lastSchema_ = 0;
   std::uint64_t everything_ = 1;
   int held_ = 0;
-  std::unordered_map<std::string, std::uint64_t, base::TextHash, std::equal_to<>> own_;  // by folded name
+  std::unordered_map<std::string, Own, base::TextHash, std::equal_to<>> own_;  // by folded name
 };
 
 }  // namespace jet::sqlite

@@ -38,8 +38,9 @@ class KeyedWindow final : public RowWindow {
   std::map<std::int64_t, Anchor> anchors_;  // by position / kAnchorSpacing
 };
 
-// A window over a select that groups, joins or drops duplicates: its rows are worked out once for each refresh and kept
-// in a temporary table on disk, since there may be as many groups as rows.
+// A window over a select that groups, joins or drops duplicates: its rows are worked out once for each refresh. Those
+// of a statistic are kept as sums, others, and for find() all, in a temporary table on disk, since there may be as many
+// groups as rows.
 class ResultWindow final : public RowWindow {
  public:
   ResultWindow(SqliteDatabase& database, ShapedText text);
@@ -49,11 +50,13 @@ class ResultWindow final : public RowWindow {
   std::int64_t rowCount() override;
   Snapshot rows(std::int64_t first, std::int64_t count) override;
   std::optional<std::int64_t> find(std::string_view criteria) override;
-  void refresh() override { count_.reset(); }
+  void refresh() override;
 
  private:
   void load();
-  void fill();
+  void fillTable();
+  std::int64_t copySelect(sqlite3_stmt* insert);
+  std::int64_t copyStatistic(sqlite3_stmt* insert);
 
   SqliteDatabase& database_;
   ShapedText text_;
@@ -62,6 +65,9 @@ class ResultWindow final : public RowWindow {
   std::string table_;       // of temp; columns c0, c1, ...; row ids count from 1
   std::string columnList_;  // "c0, c1, ..."
   bool made_ = false;
+  // Of this refresh:
+  std::shared_ptr<const columns::StatisticRows> statistic_;
+  bool filled_ = false;  // the table
   std::optional<std::int64_t> count_;
 };
 

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "base/text.h"
+#include "jet/columns/column_store.h"
+#include "jet/columns/group_sums.h"
+#include "jet/columns/statistic_plan.h"
+#include "jet/parser/parser.h"
+
+namespace jet::columns {
+
+// Answers selects that count, sum and average the rows of one table by groups. The first ones read the rows that the
+// database finds and add them up by hashing, where SQLite would sort them; when that was done about as often as reading
+// the table once is worth, the columns are held in memory. The answer is the one that the database would give now; sums
+// of fractions may differ from it in their last digit, as its own do with the order in which it reads.
+class Statistics {
+ public:
+  // The source must outlive this.
+  explicit Statistics(ColumnSource& source) : source_(source) {}
+
+  // Null: the database must answer. `statement` is the tree of `sql`, `shape` its shape.
+  std::shared_ptr<const StatisticRows> answer(std::string_view sql, const Shape& shape, const Statement& statement);
+  // The number of rows of a select without groups, from columns in memory alone.
+  std::optional<std::int64_t> count(const Shape& shape, const Statement& statement);
+  // Tells of a search by the database that columns in memory would have answered.
+  void addWork(const Statement& statement, std::int64_t rows);
+
+ private:
+  struct Known {
+    std::shared_ptr<const TableDef> definition;
+    std::unique_ptr<StatisticPlan> plan;  // null: not one for here
+  };
+  using Maker = std::unique_ptr<StatisticPlan> (*)(const Statement&, std::shared_ptr<const TableDef>);
+  using Plans = std::unordered_map<std::string, Known, base::TextHash, std::equal_to<>>;
+
+  StatisticPlan* planOf(Plans& plans, const Shape& shape, const Statement& statement, Maker make);
+  ColumnStore& storeOf(const TableDef& definition);
+  std::shared_ptr<const StatisticRows> fromColumns(StatisticPlan& plan, const StatisticPlan::Constants& constants,
+                                                   const ColumnStore& store);
+  std::shared_ptr<const StatisticRows> fromDatabase(std::string_view sql, const StatisticPlan& plan,
+                                                    const StatisticPlan::Constants& constants, ColumnStore& store);
+
+  ColumnSource& source_;
+  Plans statistics_;  // by shape
+  Plans counts_;
+  std::unordered_map<std::string, ColumnStore, base::TextHash, std::equal_to<>> stores_;  // by table
+  memory::Evaluator evaluator_;
+};
+
+}  // namespace jet::columns

@@ -1,0 +1,212 @@
+#include <sqlite3.h>
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "differential_fixture.h"
+
+namespace jet::test {
+
+namespace {
+
+// A select that groups is answered by adding columns up. With a TOP of more rows than there are, which no statistic
+// has, SQLite answers it itself.
+class StatisticsDifferentialTest : public DifferentialTest {
+ protected:
+  static constexpr int kRows = 5000;  // more than two blocks
+
+  StatisticsDifferentialTest() {
+    database_->createTable({.name = "Calls",
+                            .fields = {{.name = "RecordID", .type = Type::Long, .autoIncrement = true},
+                                       {.name = "DateTime", .type = Type::DateTime},
+                                       {.name = "Extension", .type = Type::Text},
+                                       {.name = "Trunk", .type = Type::Long},
+                                       {.name = "TotalTime", .type = Type::Long},
+                                       {.name = "Hidden", .type = Type::Boolean},
+                                       {.name = "Price", .type = Type::Double},
+                                       {.name = "Name", .type = Type::Text}}});
+    calls_ = database_->openRecordset("select * from Calls");
+    Transaction transaction(*database_);
+    for (int i = 0; i < kRows; ++i) append();
+    transaction.commit();
+  }
+  ~StatisticsDifferentialTest() override { calls_.reset(); }
+
+  Value oneOf(const std::vector<Value>& choices) {
+    return choices[std::uniform_int_distribution<std::size_t>(0, choices.size() - 1)(random_)];
+  }
+
+  // Amounts are quarters, whose sums are exact in any order.
+  void append() {
+    calls_->addNew();
+    const auto seconds = static_cast<std::int64_t>(random_() % 40'000'000);
+    calls_->set("DateTime", random_() % 50 == 0 ? Value() : Value(base::DateTime(3'980'000'000 + seconds)));
+    calls_->set("Extension", oneOf({"201", "202", "2020", "Ana", "ANA", "ana", "", Value(), "Grün", "GRÜN"}));
+    calls_->set("Trunk", oneOf({1, 2, 3, -70'000, Value()}));
+    calls_->set("TotalTime", random_() % 20 == 0 ? Value() : Value(static_cast<std::int64_t>(random_() % 90'000)));
+    calls_->set("Hidden", oneOf({true, false}));
+    calls_->set("Price", oneOf({0.25, 1.5, 0.0, -3.75, 1024.0, Value()}));
+    calls_->set("Name", "Abonat " + std::to_string(random_() % 700));
+    calls_->update();
+  }
+
+  std::string atom() {
+    return one({"1=1",
+                "Extension = '201'",
+                "Extension = 202",
+                "Extension <> 'ana'",
+                "(Extension = '' or Extension is null)",
+                "Extension LIKE '20*'",
+                "Extension NOT LIKE 'a*'",
+                "Name LIKE 'Abonat 1*'",
+                "Name = \"Abonat 17\"",
+                "not Hidden",
+                "Hidden",
+                "Hidden = 0",
+                "Trunk = 2",
+                "Trunk = 2.5",
+                "Trunk is null",
+                "Trunk in (1, 3)",
+                "TotalTime >= 3600",
+                "TotalTime > 100.5",
+                "TotalTime between 10 and 4000",
+                "TotalTime <> 7",
+                "TotalTime = null",
+                "TotalTime < 'x'",
+                "Price > 1",
+                "Price = 1.5",
+                "Price <= 0",
+                "Price is null",
+                "(DateTime >= #3/1/2026# and DateTime <= #6/30/2026 23:59:59#)",
+                "DateTime < #1/1/2027#",
+                "DateTime = #1/1/1900#",
+                "Hour(DateTime) = 3",
+                "len(Extension) > 3",
+                "Trunk = TotalTime",
+                "null",
+                "Trunk > 'x'",
+                "Extension > 3",
+                "(Extension = 'ANA' or TotalTime < 500)"});
+  }
+
+  std::string condition(int depth) {
+    if (depth == 0) return atom();
+    return one({condition(depth - 1) + " and " + atom(), atom() + " and " + condition(depth - 1),
+                "(" + condition(depth - 1) + " or " + atom() + ")", "not (" + condition(depth - 1) + ")"});
+  }
+
+  // `%s` stands where HAVING may.
+  std::string statistic() {
+    const std::string key = one({"Extension", "Extension", "Name", "Trunk", "TotalTime", "Hour(DateTime)",
+                                 "Weekday(DateTime)", "Day(DateTime)", "Month(DateTime)", "Year(DateTime)", ""});
+    std::string sql = "select ";
+    sql += key.empty() ? "" : one({key + " AS RecordID, " + key + ", ", key + " as K, ", ""});
+    sql += one({"SUM(TotalTime) AS T, count(*) as cnt, SUM(Price) AS P, AVG(Price * (28 + 100)/64) AS A",
+                "AVG(TotalTime) AS A, count(*) as cnt, First(Extension) as MaxExt, First(Name) as Numele",
+                "count(Price) as cnt, SUM(Price * 2 + 1 - 0.5) AS P, SUM(Trunk) as T, AVG(Trunk) as A",
+                "count(*) as cnt, Sum(Price*(0 + 100)/100) as P, Avg(Price*(0 + 100)/100) as Q, max(TotalTime) as M",
+                "count(*) as cnt, SUM(Price / 0) as P, AVG(TotalTime * 2) as T"});
+    sql += " from [Calls] as toptab";
+    if (random_() % 4 != 0) sql += " WHERE " + condition(static_cast<int>(random_() % 3));
+    if (!key.empty()) sql += " group by " + key + " ";
+    sql += "%s";
+    return sql + one({"", "", " ORDER BY 1 DESC", " ORDER BY 2 ASC", " ORDER BY 3 DESC", " ORDER BY cnt DESC",
+                      key.empty() ? "" : " ORDER BY " + key + " DESC", " ORDER BY 1, 2 desc", " ORDER BY 9 ASC"});
+  }
+
+  void compare(const std::string& pattern) {
+    const std::string expected = streamed(base::replaceAll(pattern, "%s", " having 1 = 1 "));
+    const std::string statistic = base::replaceAll(pattern, "%s", "");
+    ASSERT_EQ(snapshot(statistic), expected) << statistic;
+    ASSERT_EQ(streamed(statistic), expected) << statistic;
+    ASSERT_EQ(answer([&] {
+                const auto window = database_->openWindow(statistic);
+                const std::int64_t rows = window->rowCount();
+                return shown(window->rows(0, rows / 2)) + shown(window->rows(rows / 2, rows));
+              }),
+              expected)
+        << statistic;
+    rowsSeen_ += static_cast<int>(std::count(expected.begin(), expected.end(), '\n'));
+  }
+
+  // Changes the table as this copy, another copy and other programs do.
+  void change() {
+    switch (random_() % 8) {
+      case 0:
+        database_->execute("update Calls set Price = 0.5, Extension = '301' where TotalTime < 9000");
+        break;
+      case 1:
+        database_->execute("delete from Calls where TotalTime < 2000");
+        break;
+      case 2: {
+        const Transaction undone(*database_);
+        append();
+        database_->execute("update Calls set Name = 'Nobody'");
+        break;
+      }
+      case 3: {
+        const auto other = openDatabase(file_, OpenMode::ReadWrite);
+        other->execute("update Calls set Hidden = 1, TotalTime = TotalTime + 1 where Trunk = 1");
+        break;
+      }
+      case 4:
+        byOthers(
+            "delete from Calls where RecordID % 50 = 7;"
+            "insert into Calls (RecordID, Extension, TotalTime) values (7, 'before', 12)");
+        break;
+      case 5:
+        calls_->moveFirst();
+        calls_->edit();
+        calls_->set("Extension", "first");
+        calls_->update();
+        break;
+      default:
+        for (int i = 0; i < 30; ++i) append();
+    }
+  }
+
+  void byOthers(const std::string& sql) {
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(file_.c_str(), &other), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(other, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(other);
+    sqlite3_close(other);
+  }
+
+  std::unique_ptr<Recordset> calls_;
+  int rowsSeen_ = 0;
+};
+
+}  // namespace
+
+TEST_F(StatisticsDifferentialTest, ColumnsAndFileGiveTheSameRows) {
+  for (int i = 0; i < 400; ++i) {
+    compare(statistic());
+    if (HasFatalFailure()) return;
+    if (i % 8 == 7) change();
+  }
+  EXPECT_GT(rowsSeen_, 5000);
+}
+
+TEST_F(StatisticsDifferentialTest, WhatOtherProgramsPutIntoAColumnIsLeftToTheDatabase) {
+  const std::string statistics[] = {
+      "select Extension, SUM(TotalTime) AS T, SUM(Price) AS P from Calls where not Hidden group by Extension%s",
+      "select Hour(DateTime) as H, count(*) as n from Calls where DateTime >= #3/1/2026# group by Hour(DateTime)%s",
+      "select Trunk, First(Name) as N from Calls group by Trunk%s"};
+  for (const char* odd : {"TotalTime = 'long'", "TotalTime = 5000000000", "TotalTime = 1.5", "Price = 'dear'",
+                          "Extension = x'323031'", "Extension = 'a' || char(0) || 'b'", "DateTime = '2026-04-05'",
+                          "DateTime = '2026-4-5 10:00:00'", "DateTime = '2026-04-05 24:00:00'", "DateTime = 46000",
+                          "DateTime = '1899-12-30 12:00:00'", "Hidden = 7", "Trunk = -2147483648"}) {
+    byOthers(std::string("update Calls set ") + odd + " where RecordID = 3000");
+    for (int round = 0; round < 4; ++round) {
+      for (const std::string& statistic : statistics) {
+        compare(statistic);
+        if (HasFatalFailure()) FAIL() << odd;
+      }
+    }
+    byOthers(
+        "update Calls set TotalTime = 1, Price = 1, Extension = '1', DateTime = '2026-04-05 10:00:00', Hidden = 0, "
+        "Trunk = 1 where RecordID = 3000");
+  }
+}
+
+}  // namespace jet::test
