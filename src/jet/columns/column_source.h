@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "jet/columns/column.h"
+#include "jet/columns/key_runs.h"
 #include "jet/table_def.h"
 
 namespace jet::columns {
@@ -25,8 +26,6 @@ class ColumnSource {
   };
   struct Read {
     std::size_t refused = kNone;  // place in `columns` of the one that could not hold a cell; reading stopped there
-    std::size_t rows = 0;
-    std::int64_t lastKey = 0;  // of the last row read; unchanged by a read without rows
     // The work of finding the rows, in rows of a plain scan.
     std::int64_t work = 0;
     static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
@@ -44,9 +43,16 @@ class ColumnSource {
   virtual void beginView() = 0;
   virtual void endView() noexcept = 0;
 
-  // Appends the fields of all rows with behind < key <= last to the columns, in the order of keys.
+  // The number of all rows and the least and greatest of their keys.
+  struct Extent {
+    std::int64_t rows = 0;
+    std::int64_t firstKey = 0;
+    std::int64_t lastKey = 0;
+  };
+  virtual Extent extent(const TableDef& table) = 0;
+  // Appends the fields of all rows with behind < key <= last to the columns, and their keys, in the order of keys.
   virtual Read readColumns(const TableDef& table, std::span<const std::size_t> fields, std::span<Column* const> columns,
-                           std::int64_t behind, std::int64_t last) = 0;
+                           std::int64_t behind, std::int64_t last, KeyRuns& keys) = 0;
   // The namedFields() of the rows that meet the condition of a select, in the order in which the database reads them.
   // `block` is called for every kBlockRows rows, and the rest, with their keys; it takes the rows out of the columns.
   virtual Read readSelected(std::string_view sql, std::span<Column* const> columns,

@@ -28,8 +28,8 @@ std::size_t expectedBytes(Type type) {
 void ColumnStore::forget() {
   held_.clear();
   held_.resize(definition_->fields.size());
-  rows_ = 0;
-  lastKey_ = kBeforeAll;
+  keys_.reset();
+  counted_.reset();
   work_ = 0;
 }
 
@@ -44,13 +44,10 @@ void ColumnStore::refresh(const std::shared_ptr<const TableDef>& definition) {
   changes_ = now;
 }
 
-bool ColumnStore::holdsAny() const {
-  return std::ranges::any_of(held_, [](const Held& held) { return held.column != nullptr; });
-}
-
 // Reads the rows behind those held, for every column.
 bool ColumnStore::extend() {
-  if (!holdsAny()) return true;
+  counted_.reset();
+  if (keys_ == nullptr) return true;
   std::vector<std::size_t> fields;
   std::vector<Column*> columns;
   for (std::size_t i = 0; i < held_.size(); ++i) {
@@ -58,19 +55,29 @@ bool ColumnStore::extend() {
     fields.push_back(i);
     columns.push_back(held_[i].column.get());
   }
-  const ColumnSource::Read read = source_.readColumns(*definition_, fields, columns, lastKey_, kBehindAll);
-  if (!read.complete()) return false;
-  rows_ += read.rows;
-  if (read.rows > 0) lastKey_ = read.lastKey;
-  return true;
+  const std::int64_t behind = keys_->rows() == 0 ? kBeforeAll : keys_->last();
+  return source_.readColumns(*definition_, fields, columns, behind, kBehindAll, *keys_).complete();
+}
+
+// Keys without a gap, as most tables have them, are known by the first and the last.
+std::int64_t ColumnStore::countRows() {
+  if (keys_ != nullptr) return static_cast<std::int64_t>(keys_->rows());
+  if (counted_) return *counted_;
+  const ColumnSource::Extent extent = source_.extent(*definition_);
+  counted_ = extent.rows;
+  if (extent.rows > 0 && extent.lastKey - extent.firstKey == extent.rows - 1) {
+    keys_ = std::make_shared<KeyRuns>();
+    keys_->addRun(extent.firstKey, static_cast<std::size_t>(extent.rows));
+  }
+  return extent.rows;
 }
 
 bool ColumnStore::refuses(std::span<const std::size_t> fields) const {
   return std::ranges::any_of(fields, [this](std::size_t field) { return held_[field].refused; });
 }
 
-bool ColumnStore::load(std::span<const std::size_t> fields) {
-  if (fields.empty()) return holdsAny();
+bool ColumnStore::load(std::span<const std::size_t> fields, bool eager) {
+  if (fields.empty()) return keys_ != nullptr;
   std::vector<std::size_t> missing;
   ++uses_;
   for (const std::size_t field : fields) {
@@ -78,7 +85,7 @@ bool ColumnStore::load(std::span<const std::size_t> fields) {
     if (held_[field].column == nullptr) missing.push_back(field);
   }
   if (missing.empty()) return true;
-  if (work_ < source_.rowLimit(*definition_) || !makeRoom(missing)) return false;
+  if ((!eager && work_ < source_.rowLimit(*definition_)) || !makeRoom(missing)) return false;
   return read(missing);
 }
 
@@ -89,17 +96,15 @@ bool ColumnStore::read(std::span<const std::size_t> fields) {
     made.push_back(std::make_unique<Column>(definition_->fields[field].type));
     columns.push_back(made.back().get());
   }
-  const bool first = !holdsAny();
-  const ColumnSource::Read read =
-      source_.readColumns(*definition_, fields, columns, kBeforeAll, first ? kBehindAll : lastKey_);
+  auto keys = std::make_shared<KeyRuns>();
+  const bool none = keys_ != nullptr && keys_->rows() == 0;
+  const std::int64_t last = keys_ == nullptr ? kBehindAll : none ? kBeforeAll : keys_->last();
+  const ColumnSource::Read read = source_.readColumns(*definition_, fields, columns, kBeforeAll, last, *keys);
   if (!read.complete()) {
     refuse(fields[read.refused]);
     return false;
   }
-  if (first) {
-    rows_ = read.rows;
-    lastKey_ = read.rows > 0 ? read.lastKey : kBeforeAll;
-  }
+  if (keys_ == nullptr) keys_ = std::move(keys);
   for (std::size_t i = 0; i < made.size(); ++i) held_[fields[i]].column = std::move(made[i]);
   return true;
 }

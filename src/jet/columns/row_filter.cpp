@@ -153,6 +153,13 @@ bool RowFilter::prepareComparison(Node& node, memory::Evaluator& evaluator) {
   return true;
 }
 
+bool RowFilter::always() {
+  if (!fields_.empty()) return false;
+  std::vector<std::uint32_t> rows;
+  select(0, 1, rows);
+  return !rows.empty();
+}
+
 void RowFilter::select(std::size_t from, std::size_t count, std::vector<std::uint32_t>& rows) {
   Truth* const truths = buffer(0);
   test(root_, from, count, truths, 1);

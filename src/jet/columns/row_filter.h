@@ -29,6 +29,8 @@ class RowFilter {
   // Takes the literals that `evaluator` was begun with and the columns, by their place in the definition; they must
   // outlive the calls of select(). False when the database must answer after all. Errors are the evaluator's.
   [[nodiscard]] bool begin(memory::Evaluator& evaluator, std::span<const Column* const> columns);
+  // After begin(): true when it names no column and holds.
+  [[nodiscard]] bool always();
   // The rows of [from, from + count) that meet it, count <= kBlockRows, as distances from `from`.
   void select(std::size_t from, std::size_t count, std::vector<std::uint32_t>& rows);
 

@@ -71,8 +71,9 @@ class StatisticPlan::Maker {
     return finished();
   }
 
-  std::unique_ptr<StatisticPlan> count() {
+  std::unique_ptr<StatisticPlan> list() {
     plan_->items_.push_back({Item::Kind::Rows, 0});
+    plan_->listOrder_ = listOrder();
     return finished();
   }
 
@@ -180,6 +181,19 @@ class StatisticPlan::Maker {
     return true;
   }
 
+  std::optional<ListOrder> listOrder() const {
+    if (statement_.orderBy.empty()) return ListOrder{};
+    if (statement_.orderBy.size() > 1) return std::nullopt;
+    const OrderItem& term = statement_.orderBy.front();
+    const Expression* expression = term.expression.get();
+    if (term.position > 0) {
+      if (term.position > statement_.items.size()) return std::nullopt;
+      expression = statement_.items[term.position - 1].expression.get();
+    }
+    const auto field = columnOf(*expression);
+    return field ? std::optional(ListOrder{field, term.descending}) : std::nullopt;
+  }
+
   std::optional<std::size_t> keyItem() const {
     const auto found = std::ranges::find(plan_->items_, Item::Kind::Key, &Item::kind);
     if (found == plan_->items_.end()) return std::nullopt;
@@ -225,9 +239,9 @@ std::unique_ptr<StatisticPlan> StatisticPlan::make(const Statement& statement,
   return Maker(statement, std::move(definition)).statistic();
 }
 
-std::unique_ptr<StatisticPlan> StatisticPlan::makeCount(const Statement& statement,
-                                                        std::shared_ptr<const TableDef> definition) {
-  return Maker(statement, std::move(definition)).count();
+std::unique_ptr<StatisticPlan> StatisticPlan::makeList(const Statement& statement,
+                                                       std::shared_ptr<const TableDef> definition) {
+  return Maker(statement, std::move(definition)).list();
 }
 
 std::vector<std::size_t> StatisticPlan::fieldsWithCondition() const {

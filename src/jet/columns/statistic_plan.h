@@ -48,13 +48,18 @@ class StatisticPlan {
     std::size_t item;
     bool descending;
   };
+  struct ListOrder {
+    std::optional<std::size_t> field;  // none: the order of keys
+    bool descending = false;
+  };
   using Constants = std::vector<double>;
 
   // Null for every other select.
   static std::unique_ptr<StatisticPlan> make(const Statement& statement, std::shared_ptr<const TableDef> definition);
-  // The number of rows of a select over one table, whatever its items.
-  static std::unique_ptr<StatisticPlan> makeCount(const Statement& statement,
-                                                  std::shared_ptr<const TableDef> definition);
+  // The rows of a select over one table without groups, whatever its items: their number, and their order if it is that
+  // of one column.
+  static std::unique_ptr<StatisticPlan> makeList(const Statement& statement,
+                                                 std::shared_ptr<const TableDef> definition);
 
   [[nodiscard]] const std::shared_ptr<const TableDef>& definition() const { return definition_; }
   [[nodiscard]] const ColumnNames& names() const { return names_; }
@@ -63,6 +68,9 @@ class StatisticPlan {
   [[nodiscard]] const std::vector<std::size_t>& firsts() const { return firsts_; }  // Text fields
   [[nodiscard]] const std::vector<Item>& items() const { return items_; }
   [[nodiscard]] const std::vector<Order>& order() const { return order_; }
+
+  // Of a list; nothing when only the database can sort it.
+  [[nodiscard]] const std::optional<ListOrder>& listOrder() const { return listOrder_; }
 
   // The columns that groups and operands read, ascending, and those of the condition beside them.
   [[nodiscard]] const std::vector<std::size_t>& fields() const { return fields_; }
@@ -86,6 +94,7 @@ class StatisticPlan {
   std::vector<std::size_t> firsts_;
   std::vector<Item> items_;
   std::vector<Order> order_;
+  std::optional<ListOrder> listOrder_;
   std::vector<std::size_t> fields_;
   std::vector<memory::BoundExpression> constants_;
   std::vector<bool> divisors_;  // of each constant, whether it divides

@@ -1,5 +1,6 @@
 #include "jet/columns/statistics.h"
 
+#include <algorithm>
 #include <numeric>
 
 #include "jet/error.h"
@@ -12,6 +13,25 @@ constexpr std::size_t kMostShapes = 256;
 
 bool readsOneTable(const Statement& statement) {
   return statement.kind == Statement::Kind::Select && statement.from && statement.from->join == Source::Join::None;
+}
+
+// Fewer are quick to search however it is done.
+constexpr std::int64_t kManyRows = 10'000;
+
+bool isIndexed(const TableDef& definition, std::size_t field) {
+  return std::ranges::any_of(definition.indexes, [&](const IndexDef& index) {
+    return base::equalFoldAscii(index.fields.front(), definition.fields[field].name);
+  });
+}
+
+std::vector<std::uint32_t> selectedRows(RowFilter& filter, std::size_t all) {
+  std::vector<std::uint32_t> selected;
+  std::vector<std::uint32_t> rows;
+  for (std::size_t from = 0; from < all; from += kBlockRows) {
+    filter.select(from, std::min(kBlockRows, all - from), rows);
+    for (const std::uint32_t row : rows) selected.push_back(static_cast<std::uint32_t>(from) + row);
+  }
+  return selected;
 }
 
 }  // namespace
@@ -60,20 +80,26 @@ std::shared_ptr<const StatisticRows> Statistics::answer(std::string_view sql, co
   return fromDatabase(sql, *plan, *constants, store);
 }
 
+// After plan.begin().
+bool Statistics::beginFilter(StatisticPlan& plan, std::span<const Column* const> columns) {
+  try {
+    return plan.filter() == nullptr || plan.filter()->begin(evaluator_, columns);
+  } catch (const Error&) {
+    return false;  // as above
+  }
+}
+
 std::shared_ptr<const StatisticRows> Statistics::fromColumns(StatisticPlan& plan,
                                                              const StatisticPlan::Constants& constants,
                                                              const ColumnStore& store) {
   const std::vector<const Column*> columns = store.columns();
+  if (!beginFilter(plan, columns)) return nullptr;
   RowFilter* const filter = plan.filter();
-  try {
-    if (filter != nullptr && !filter->begin(evaluator_, columns)) return nullptr;
-  } catch (const Error&) {
-    return nullptr;  // as above
-  }
   GroupSums sums(plan, constants, columns);
   std::vector<std::uint32_t> rows;
-  for (std::size_t from = 0; from < store.rows(); from += kBlockRows) {
-    const std::size_t count = std::min(kBlockRows, store.rows() - from);
+  const std::size_t all = store.keys()->rows();
+  for (std::size_t from = 0; from < all; from += kBlockRows) {
+    const std::size_t count = std::min(kBlockRows, all - from);
     if (filter != nullptr) {
       filter->select(from, count, rows);
     } else if (rows.size() != count) {
@@ -111,23 +137,64 @@ std::shared_ptr<const StatisticRows> Statistics::fromDatabase(std::string_view s
   return sums.finish();
 }
 
-std::optional<std::int64_t> Statistics::count(const Shape& shape, const Statement& statement) {
-  StatisticPlan* const plan = planOf(counts_, shape, statement, &StatisticPlan::makeCount);
-  if (plan == nullptr || plan->filter() == nullptr) return std::nullopt;
-  const SourceView view(source_);
-  ColumnStore& store = storeOf(*plan->definition());
-  store.refresh(plan->definition());
-  if (!store.load(plan->fieldsWithCondition())) return std::nullopt;
+// Within a view, the plan begun.
+std::optional<Statistics::List> Statistics::listOf(const Shape& shape, const Statement& statement) {
+  StatisticPlan* const plan = planOf(lists_, shape, statement, &StatisticPlan::makeList);
+  if (plan == nullptr || !plan->testsCondition()) return std::nullopt;
   try {
-    if (!plan->begin(evaluator_, shape.literals)) return std::nullopt;
+    static_cast<void>(plan->begin(evaluator_, shape.literals));
   } catch (const Error&) {
     return std::nullopt;
   }
-  const auto counted = fromColumns(*plan, {}, store);
+  const TableDef& definition = *plan->definition();
+  List list{plan, &storeOf(definition), plan->fieldsWithCondition(), false};
+  list.store->refresh(plan->definition());
+  const auto& order = plan->listOrder();
+  if (order && order->field && std::ranges::find(list.fields, *order->field) == list.fields.end()) {
+    list.fields.push_back(*order->field);
+  }
+  const bool indexed = list.fields.size() == 1 && isIndexed(definition, list.fields.front());
+  list.eager = !list.fields.empty() && !indexed && source_.rowLimit(definition) >= kManyRows;
+  return list;
+}
+
+std::optional<std::int64_t> Statistics::count(const Shape& shape, const Statement& statement) {
+  const SourceView view(source_);
+  const auto list = listOf(shape, statement);
+  if (!list) return std::nullopt;
+  const std::vector<std::size_t> tested = list->plan->fieldsWithCondition();
+  if (tested.empty()) {
+    if (!beginFilter(*list->plan, {})) return std::nullopt;
+    return list->plan->filter() == nullptr || list->plan->filter()->always() ? list->store->countRows() : 0;
+  }
+  if (!list->store->load(tested, list->eager)) return std::nullopt;
+  const auto counted = fromColumns(*list->plan, {}, *list->store);
   if (counted == nullptr) return std::nullopt;
   std::vector<Value> cells;
   counted->append(0, cells);
   return cells.front().toLong();
+}
+
+std::shared_ptr<const KeyOrder> Statistics::order(const Shape& shape, const Statement& statement) {
+  const SourceView view(source_);
+  const auto list = listOf(shape, statement);
+  if (!list || !list->plan->listOrder()) return nullptr;
+  ColumnStore& store = *list->store;
+  const bool plain = list->fields.empty();
+  if (plain) static_cast<void>(store.countRows());
+  if (plain ? store.keys() == nullptr : !list->eager || !store.load(list->fields, true)) return nullptr;
+  const std::vector<const Column*> columns = store.columns();
+  if (!beginFilter(*list->plan, columns)) return nullptr;
+  std::shared_ptr<KeyOrder> order;
+  RowFilter* const filter = list->plan->filter();
+  if (filter == nullptr || filter->always()) {
+    order = std::make_shared<KeyOrder>(store.keys());
+  } else {
+    order = std::make_shared<KeyOrder>(store.keys(), selectedRows(*filter, store.keys()->rows()));
+  }
+  const StatisticPlan::ListOrder& wanted = *list->plan->listOrder();
+  if (wanted.field) order->sort(*columns[*wanted.field], wanted.descending);
+  return order;
 }
 
 void Statistics::addWork(const Statement& statement, std::int64_t rows) {

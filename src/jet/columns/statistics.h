@@ -10,6 +10,7 @@
 #include "base/text.h"
 #include "jet/columns/column_store.h"
 #include "jet/columns/group_sums.h"
+#include "jet/columns/key_order.h"
 #include "jet/columns/statistic_plan.h"
 #include "jet/parser/parser.h"
 
@@ -26,8 +27,11 @@ class Statistics {
 
   // Null: the database must answer. `statement` is the tree of `sql`, `shape` its shape.
   std::shared_ptr<const StatisticRows> answer(std::string_view sql, const Shape& shape, const Statement& statement);
-  // The number of rows of a select without groups, from columns in memory alone.
+  // The number of rows of a select without groups; nothing when the database must count.
   std::optional<std::int64_t> count(const Shape& shape, const Statement& statement);
+  // The keys of such a select in its order; null when the database must find them. So it must for small tables, and for
+  // a list that it has an index for: that costs no memory.
+  std::shared_ptr<const KeyOrder> order(const Shape& shape, const Statement& statement);
   // Tells of a search by the database that columns in memory would have answered.
   void addWork(const Statement& statement, std::int64_t rows);
 
@@ -39,6 +43,16 @@ class Statistics {
   using Maker = std::unique_ptr<StatisticPlan> (*)(const Statement&, std::shared_ptr<const TableDef>);
   using Plans = std::unordered_map<std::string, Known, base::TextHash, std::equal_to<>>;
 
+  // A select without groups and what it needs.
+  struct List {
+    StatisticPlan* plan;
+    ColumnStore* store;
+    std::vector<std::size_t> fields;
+    bool eager;  // worth reading the table for at once
+  };
+
+  std::optional<List> listOf(const Shape& shape, const Statement& statement);
+  [[nodiscard]] bool beginFilter(StatisticPlan& plan, std::span<const Column* const> columns);
   StatisticPlan* planOf(Plans& plans, const Shape& shape, const Statement& statement, Maker make);
   ColumnStore& storeOf(const TableDef& definition);
   std::shared_ptr<const StatisticRows> fromColumns(StatisticPlan& plan, const StatisticPlan::Constants& constants,
@@ -48,7 +62,7 @@ class Statistics {
 
   ColumnSource& source_;
   Plans statistics_;  // by shape
-  Plans counts_;
+  Plans lists_;
   std::unordered_map<std::string, ColumnStore, base::TextHash, std::equal_to<>> stores_;  // by table
   memory::Evaluator evaluator_;
 };

@@ -31,8 +31,6 @@ bool addRow(sqlite3_stmt* statement, std::span<columns::Column* const> columns, 
     read.refused = i;
     return false;
   }
-  read.lastKey = sqlite3_column_int64(statement, 0);
-  ++read.rows;
   return true;
 }
 
@@ -65,9 +63,19 @@ void ColumnReader::endView() noexcept {
   sqlite3_exec(database_.connection().handle(), "RELEASE jet_columns", nullptr, nullptr, nullptr);
 }
 
+columns::ColumnSource::Extent ColumnReader::extent(const TableDef& table) {
+  const std::string name = quotedName(table.name);
+  const std::string sql = "SELECT (SELECT count(*) FROM " + name + "), (SELECT min(rowid) FROM " + name +
+                          "), (SELECT max(rowid) FROM " + name + ")";
+  const StatementHandle statement = database_.connection().prepare(sql);
+  database_.connection().step(statement.get(), sql);
+  const auto number = [&](int column) { return sqlite3_column_int64(statement.get(), column); };
+  return {number(0), number(1), number(2)};
+}
+
 columns::ColumnSource::Read ColumnReader::readColumns(const TableDef& table, std::span<const std::size_t> fields,
                                                       std::span<columns::Column* const> columns, std::int64_t behind,
-                                                      std::int64_t last) {
+                                                      std::int64_t last, columns::KeyRuns& keys) {
   std::string sql = "SELECT rowid";
   for (const std::size_t field : fields) sql += ", " + quotedName(table.fields[field].name);
   sql += " FROM " + quotedName(table.name) + " NOT INDEXED WHERE rowid > ?1 AND rowid <= ?2 ORDER BY rowid";
@@ -77,6 +85,7 @@ columns::ColumnSource::Read ColumnReader::readColumns(const TableDef& table, std
   Read read;
   while (database_.connection().step(statement.get(), sql)) {
     if (!addRow(statement.get(), columns, read)) break;
+    keys.add(sqlite3_column_int64(statement.get(), 0));
   }
   return read;
 }
@@ -90,7 +99,7 @@ columns::ColumnSource::Read ColumnReader::readSelected(
   Read read;
   while (select.step()) {
     if (!addRow(select.raw(), columns, read)) return read;
-    keys.push_back(read.lastKey);
+    keys.push_back(sqlite3_column_int64(select.raw(), 0));
     if (keys.size() < columns::kBlockRows) continue;
     block(keys);
     keys.clear();

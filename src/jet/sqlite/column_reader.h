@@ -17,8 +17,10 @@ class ColumnReader final : public columns::ColumnSource {
   Changes changes(std::string_view table) override;
   void beginView() override;
   void endView() noexcept override;
+  Extent extent(const TableDef& table) override;
   Read readColumns(const TableDef& table, std::span<const std::size_t> fields,
-                   std::span<columns::Column* const> columns, std::int64_t behind, std::int64_t last) override;
+                   std::span<columns::Column* const> columns, std::int64_t behind, std::int64_t last,
+                   columns::KeyRuns& keys) override;
   Read readSelected(std::string_view sql, std::span<columns::Column* const> columns,
                     const std::function<void(std::span<const std::int64_t> keys)>& block) override;
 

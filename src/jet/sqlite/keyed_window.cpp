@@ -15,16 +15,20 @@ KeyedWindow::KeyedWindow(SqliteDatabase& database, ShapedText text) : database_(
   database_.statements().open(Role::OrderedKeys, text_);
   const Execution read = database_.statements().open(Role::Read, text_, nullptr, {0});
   columns_ = read.plan().columns;
-  orderItems_ = read.statement().orderBy.size();
+  query_ = database_.statements().parsed(text_);
+  orderItems_ = query_->statement->orderBy.size();
 }
 
 void KeyedWindow::refresh() {
   database_.versions().refresh();
   count_.reset();
+  order_.reset();
   anchors_.clear();
 }
 
 std::int64_t KeyedWindow::rowCount() {
+  if (!count_ && order_ && *order_) count_ = (*order_)->count();
+  if (!count_) count_ = database_.statistics().count(text_.shape, *query_->statement);
   if (!count_) {
     Execution count = database_.statements().open(Role::Count, text_);
     count.step();
@@ -40,9 +44,25 @@ std::vector<std::int64_t> KeyedWindow::run(Role role, std::initializer_list<std:
   return keys;
 }
 
+const columns::KeyOrder* KeyedWindow::order() {
+  if (!order_) order_ = database_.statistics().order(text_.shape, *query_->statement);
+  return order_->get();
+}
+
+std::vector<std::int64_t> KeyedWindow::keys(std::int64_t first, std::int64_t count) {
+  // The first screen in the order of keys needs none: it need not wait for the number of calls.
+  const bool known = order_ && *order_;
+  if (first == 0 && orderItems_ == 0 && !known) return fetchKeys(first, count);
+  if (order() == nullptr) return fetchKeys(first, count);
+  std::vector<std::int64_t> keys;
+  const std::int64_t end = first + std::min(order()->count() - first, count);
+  for (std::int64_t position = first; position < end; ++position) keys.push_back(order()->key(position));
+  return keys;
+}
+
 // Skipping costs time for each row skipped, so a page is reached from the nearest known place: the start, the end, or a
 // row seen before. The first page is read without counting any.
-std::vector<std::int64_t> KeyedWindow::keys(std::int64_t first, std::int64_t count) {
+std::vector<std::int64_t> KeyedWindow::fetchKeys(std::int64_t first, std::int64_t count) {
   if (first == 0) return run(Role::KeysPage, {count, 0});
   const std::int64_t total = rowCount();
   count = std::min(count, total - first);
@@ -109,6 +129,7 @@ std::optional<std::int64_t> KeyedWindow::find(std::string_view criteria) {
     if (!find.step()) return std::nullopt;
     key = find.key();
   }
+  if (const columns::KeyOrder* const known = order()) return known->positionOf(key);
   if (orderItems_ == 0) {
     Execution before = database_.statements().open(Role::CountBefore, text_, nullptr, {key});
     before.step();

@@ -8,7 +8,9 @@
 
 namespace jet::sqlite {
 
-// A window over rows of one table: keys are fetched by position, rows by key, so memory does not grow.
+// A window over rows of one table: keys are found by position, rows by key. Where the file has no order for them, or a
+// condition picks few from many, the keys are ordered by columns in memory, else they are fetched, and memory does not
+// grow.
 class KeyedWindow final : public RowWindow {
  public:
   KeyedWindow(SqliteDatabase& database, ShapedText text);
@@ -26,14 +28,19 @@ class KeyedWindow final : public RowWindow {
   };
 
   std::vector<std::int64_t> keys(std::int64_t first, std::int64_t count);
+  std::vector<std::int64_t> fetchKeys(std::int64_t first, std::int64_t count);
+  const columns::KeyOrder* order();
   std::optional<std::vector<std::int64_t>> keysByAnchor(std::int64_t first, std::int64_t count);
   std::vector<std::int64_t> run(Role role, std::initializer_list<std::int64_t> extras);
   void keepAnchor(std::int64_t position, std::int64_t key);
 
   SqliteDatabase& database_;
   ShapedText text_;
+  std::shared_ptr<const CachedQuery> query_;
   std::size_t orderItems_;
   std::vector<std::string> columns_;
+  // Of this refresh:
+  std::optional<std::shared_ptr<const columns::KeyOrder>> order_;  // null: the keys are fetched
   std::optional<std::int64_t> count_;
   std::map<std::int64_t, Anchor> anchors_;  // by position / kAnchorSpacing
 };
