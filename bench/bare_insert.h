@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "processor_time.h"
+
 namespace bench {
 
 // The yardstick: rows of a finished table written again by nothing but a prepared INSERT, into an empty file with the
@@ -18,6 +20,7 @@ namespace bench {
 struct BareInsert {
   std::int64_t rows = 0;
   double seconds = 0;
+  double processorSeconds = 0;
 };
 
 namespace detail {
@@ -37,11 +40,15 @@ inline void check(sqlite3* database, int status) {
   }
 }
 
-inline Database open(const std::filesystem::path& file) {
+inline Database open(const std::filesystem::path& file, int pageSize = 0) {
   sqlite3* database = nullptr;
   const int status = sqlite3_open(file.c_str(), &database);
   Database owner(database);
   check(database, status);
+  if (pageSize > 0) {
+    check(database,
+          sqlite3_exec(database, ("PRAGMA page_size=" + std::to_string(pageSize)).c_str(), nullptr, nullptr, nullptr));
+  }
   // As the driver sets them.
   for (const char* pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA cache_size=-12288"}) {
     check(database, sqlite3_exec(database, pragma, nullptr, nullptr, nullptr));
@@ -90,7 +97,7 @@ inline BareInsert insertBare(const std::filesystem::path& source, const std::fil
                              const std::string& table, std::int64_t rowsPerBatch) {
   using namespace detail;
   const Database from = open(source);
-  const Database to = open(target);
+  const Database to = open(target, std::stoi(texts(from.get(), "PRAGMA page_size").front()));
   copySchema(from.get(), to.get(), table);
   std::string columns;
   std::string places;
@@ -114,8 +121,10 @@ inline BareInsert insertBare(const std::filesystem::path& source, const std::fil
       ++rows;
     }
     const auto start = std::chrono::steady_clock::now();
+    const double startOfProcessor = processorTime();
     writeBatch(to.get(), insert.get(), cells, names.size());
     result.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    result.processorSeconds += (processorTime() - startOfProcessor) / 1000;
     result.rows += rows;
   }
   return result;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -18,6 +17,7 @@
 #include "folders/folder_view.h"
 #include "folders/list_report.h"
 #include "foundation/change_tags.h"
+#include "processor_time.h"
 #include "schema/schema.h"
 
 // An office with as many calls as wanted, its folders, and the same file without anything between.
@@ -28,16 +28,11 @@ namespace fs = std::filesystem;
 
 constexpr int kScreen = 50;  // rows
 
-// Of processor time, so that what else runs on the machine counts little. The file is in the system's cache.
+// Of processor time. The file is in the system's cache.
 inline double millisecondsOf(const std::function<void()>& work) {
-  const auto now = [] {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-  };
-  const double start = now();
+  const double start = processorTime();
   work();
-  return now() - start;
+  return processorTime() - start;
 }
 
 // The best of some rounds.

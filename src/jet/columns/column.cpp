@@ -74,6 +74,17 @@ bool Column::addDate(std::string_view text) {
   return addNumber(dayStart_ + hour * 3600 + minute * 60 + second);
 }
 
+void Column::reserve(std::size_t rows) {
+  const std::size_t room = type_ == Type::Double ? reals_.capacity() : integers_.capacity();
+  if (room >= rows) return;
+  const std::size_t more = rows + rows / 16;
+  if (type_ == Type::Double) {
+    reals_.reserve(more);
+  } else {
+    integers_.reserve(more);
+  }
+}
+
 void Column::clearRows() {
   integers_.clear();
   reals_.clear();

@@ -26,6 +26,8 @@ class Column {
   [[nodiscard]] bool addInteger(std::int64_t value);
   [[nodiscard]] bool addReal(double value);
   [[nodiscard]] bool addText(std::string_view text);
+  // Makes room for that many rows in all, and some more to come.
+  void reserve(std::size_t rows);
   // Takes the rows away; the texts keep their numbers.
   void clearRows();
 

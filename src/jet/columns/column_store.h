@@ -47,6 +47,7 @@ class ColumnStore {
   [[nodiscard]] bool extend();
   [[nodiscard]] bool read(std::span<const std::size_t> fields);
   [[nodiscard]] bool makeRoom(std::span<const std::size_t> missing);
+  [[nodiscard]] std::size_t rowLimit();
   [[nodiscard]] std::size_t bytes() const;
 
   ColumnSource& source_;

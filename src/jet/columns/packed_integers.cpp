@@ -18,6 +18,7 @@ void copyWide(const std::vector<Narrow>& from, std::size_t first, std::size_t co
 
 template <typename Narrow, typename Wide>
 void moveWide(std::vector<Narrow>& from, std::vector<Wide>& to) {
+  to.reserve(from.capacity());
   to.resize(from.size());
   std::transform(from.begin(), from.end(), to.begin(), [](Narrow value) {
     return value == std::numeric_limits<Narrow>::min() ? std::numeric_limits<Wide>::min() : static_cast<Wide>(value);
@@ -42,6 +43,17 @@ void PackedIntegers::clear() {
   one_.clear();
   two_.clear();
   four_.clear();
+}
+
+void PackedIntegers::reserve(std::size_t count) {
+  switch (width_) {
+    case Width::One:
+      return one_.reserve(count);
+    case Width::Two:
+      return two_.reserve(count);
+    case Width::Four:
+      return four_.reserve(count);
+  }
 }
 
 void PackedIntegers::widen(std::int32_t value) {

@@ -29,8 +29,11 @@ class PackedIntegers {
   }
   void copy(std::size_t from, std::size_t count, std::int32_t* out) const;
   void clear();  // keeps the width
+  // For that many numbers in all. A growing vector alone would take up to twice the room.
+  void reserve(std::size_t count);
 
   [[nodiscard]] std::size_t size() const { return one_.size() + two_.size() + four_.size(); }
+  [[nodiscard]] std::size_t capacity() const { return one_.capacity() + two_.capacity() + four_.capacity(); }
   [[nodiscard]] std::size_t bytes() const {
     return one_.capacity() + two_.capacity() * sizeof(std::int16_t) + four_.capacity() * sizeof(std::int32_t);
   }

@@ -197,12 +197,4 @@ std::shared_ptr<const KeyOrder> Statistics::order(const Shape& shape, const Stat
   return order;
 }
 
-void Statistics::addWork(const Statement& statement, std::int64_t rows) {
-  if (!readsOneTable(statement)) return;
-  const auto definition = source_.definition(statement.from->table);
-  if (!definition) return;
-  const auto store = stores_.find(base::foldAscii(definition->name));
-  if (store != stores_.end()) store->second.addWork(rows);
-}
-
 }  // namespace jet::columns

@@ -32,8 +32,6 @@ class Statistics {
   // The keys of such a select in its order; null when the database must find them. So it must for small tables, and for
   // a list that it has an index for: that costs no memory.
   std::shared_ptr<const KeyOrder> order(const Shape& shape, const Statement& statement);
-  // Tells of a search by the database that columns in memory would have answered.
-  void addWork(const Statement& statement, std::int64_t rows);
 
  private:
   struct Known {
