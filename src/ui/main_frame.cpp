@@ -284,8 +284,10 @@ void CMainFrame::backToStatistic() {
 
 void CMainFrame::importCalls() {
   if (person_.busy()) return;
-  const auto result = document_.importMonitorFile();
+  // What was stopped goes on first: nothing of a file is left behind.
+  const auto result = document_.catchUp();
   if (result.imported > 0) reloadFolder();
+  if (result.outcome == ingest::ImportResult::Outcome::Interrupted) return say(texts_("IDS_STATUS_IMPORT_STOPPED"));
   if (result.imported > 0) say(texts_.format("IDS_STATUS_IMPORTED", result.imported));
   if (!result.message.empty()) say(toQt(result.message));
 }
