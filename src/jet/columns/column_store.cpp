@@ -6,8 +6,8 @@ namespace jet::columns {
 
 namespace {
 
-// The columns of a statistic over ten million calls take about 200 MB, those of all statistics about 400.
-constexpr std::size_t kMostBytes = std::size_t{384} << 20U;
+// The columns of a statistic over ten million calls take about 200 MB, those of all statistics about 430.
+constexpr std::size_t kMostBytes = std::size_t{448} << 20U;
 
 constexpr std::int64_t kBeforeAll = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kBehindAll = std::numeric_limits<std::int64_t>::max();
