@@ -1,0 +1,235 @@
+// ui_pictures FOLDER: pictures of every window over the sample exchange, in both languages and with a light and a dark
+// palette. QT_SCALE_FACTOR=2 makes those of a dense screen. For looking at, after a change of the windows or texts.
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QLineEdit>
+#include <QPalette>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QStandardPaths>
+#include <QStyleFactory>
+#include <QTableView>
+#include <QTableWidget>
+#include <cstdio>
+#include <filesystem>
+
+#include "album.h"
+#include "folders/catalogue.h"
+#include "platform/clock.h"
+#include "sample/call_file.h"
+#include "sample/company.h"
+#include "server/data_folder.h"
+#include "server/server_doc.h"
+#include "support/temporary_folder.h"
+#include "ui/dialogs.h"
+#include "ui/dialogs/messages.h"
+#include "ui/first_run/first_run_wizard.h"
+#include "ui/login_dialogs.h"
+#include "ui/main_frame.h"
+#include "ui/settings/settings_sheet.h"
+
+namespace {
+
+using pictures::Album;
+
+constexpr std::int64_t kCalls = 3000;
+
+// Opens nothing: the pictures are all that is wanted.
+class NoDocuments : public platform::DocumentHandler {
+ public:
+  bool open(const std::string&) override { return true; }
+  bool print(const std::filesystem::path&) override { return true; }
+};
+
+QPalette darkPalette() {
+  QPalette palette;
+  const QColor window(0x2b, 0x2d, 0x30);
+  const QColor base(0x1e, 0x1f, 0x22);
+  const QColor text(0xdf, 0xe1, 0xe5);
+  const QColor faint(0x85, 0x88, 0x8d);
+  for (const auto role : {QPalette::Window, QPalette::Button, QPalette::AlternateBase}) palette.setColor(role, window);
+  for (const auto role : {QPalette::Base, QPalette::ToolTipBase}) palette.setColor(role, base);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+    palette.setColor(role, text);
+    palette.setColor(QPalette::Disabled, role, faint);
+  }
+  palette.setColor(QPalette::BrightText, Qt::white);
+  palette.setColor(QPalette::PlaceholderText, faint);
+  palette.setColor(QPalette::Highlight, QColor(0x2f, 0x65, 0xca));
+  palette.setColor(QPalette::HighlightedText, Qt::white);
+  palette.setColor(QPalette::Link, QColor(0x6b, 0x9b, 0xfa));
+  palette.setColor(QPalette::Light, window.lighter(150));
+  palette.setColor(QPalette::Midlight, window.lighter(125));
+  palette.setColor(QPalette::Mid, window.darker(130));
+  palette.setColor(QPalette::Dark, window.darker(160));
+  palette.setColor(QPalette::Shadow, Qt::black);
+  return palette;
+}
+
+template <typename Widget>
+Widget& child(QWidget& window, const char* name) {
+  auto* found = window.findChild<Widget*>(name);
+  if (found == nullptr) throw std::runtime_error(std::string("there is no ") + name);
+  return *found;
+}
+
+// A workstation of one language over a data folder.
+struct Workstation {
+  Workstation(const std::filesystem::path& storeFile, const char* language) : store(storeFile), settings(store) {
+    store.writeString("general", "Lang", language);
+    store.writeString("general", "AutoLoginUser", server::kAdministrator);
+    app.InitInstance("", server::CServerApp::OneCopy::Shared);
+    person.setLanguage(app.language());
+  }
+
+  foundation::MachineStore store;
+  foundation::ConfigManager settings;
+  ui::QtOperator person;
+  NoDocuments documents;
+  platform::SystemClock clock;
+  ui::QtLoginPrompt login{settings, [this]() -> const foundation::LanguageFile& { return app.language(); }};
+  server::CServerApp app{store.file(), TALLYBOOK_BINARY_DIR, server::Surroundings{person, login, clock, documents, {}}};
+};
+
+void makeSample(const std::filesystem::path& folder, const std::filesystem::path& storeFile) {
+  foundation::MachineStore store(storeFile);
+  foundation::ConfigManager config(store);
+  platform::NoOperator nobody;
+  const platform::SystemClock clock;
+  server::makeDataFolder({folder, "secret", true}, {config, nobody, clock},
+                         [&] { server::useDataFolder(folder, config); });
+  sample::CallPlan plan;
+  plan.count = kCalls;
+  plan.days = 60;
+  plan.lastDay = clock.now();
+  sample::writeCalls(folder / "monitor" / "monitor.data", plan, false, nobody);
+  config.WriteConfigString("secret", "AutoLoginPassword", "general", foundation::StoreMachine);
+  config.WriteConfigString("https://rates.example", "UrlCurrency", "general", foundation::StoreMachine);
+}
+
+void takeFrame(Album& album, Workstation& station, server::CServerDoc& document, const ui::Texts& texts) {
+  ui::CMainFrame frame(document, texts, station.person);
+  frame.start();
+  for (const int folder : {100, 101, 103, 113, 115, 97, 98, 99}) {
+    if (folders::findFolder(folder) == nullptr) continue;
+    frame.selectFolder(folder);
+    album.take(frame, "main-" + std::to_string(folder));
+  }
+  frame.selectFolder(100);
+}
+
+void takeSettings(Album& album, server::CServerDoc& document, const ui::Texts& texts) {
+  ui::SettingsSheet sheet(document, texts);
+  auto& pages = child<QTabWidget>(sheet, "pages");
+  for (int i = 0; i < pages.count(); ++i) {
+    pages.setCurrentIndex(i);
+    if (auto* calculate = pages.widget(i)->findChild<QPushButton*>("testerCalculate")) {
+      child<QLineEdit>(sheet, "testerNumber").setText("0044207946000");
+      calculate->click();
+    }
+    album.take(sheet, QString("settings-%1").arg(i, 2, 10, QChar('0')).toStdString());
+  }
+}
+
+void takeDialogs(Album& album, Workstation& station, server::CServerDoc& document, const ui::Texts& texts) {
+  album.takeModal("filter", [&] { ui::editCallFilter(document, texts, nullptr); });
+  album.takeModal("log-filter", [&] { ui::editLogFilter(document, texts, nullptr); });
+  album.takeModal("currencies", [&] { ui::editCurrencies(document, texts, nullptr); });
+  album.takeModal("recalc", [&] { ui::updateStoredCalls(document, texts, nullptr); });
+  album.takeModal("bill", [&] { ui::makeBill(document, texts, nullptr, "201"); });
+  album.takeModal("contact-search", [&] { ui::searchContacts(document, texts, nullptr); });
+  album.takeModal(
+      "contact-search-found", [&] { ui::searchContacts(document, texts, nullptr); },
+      [](QDialog& dialog) {
+        child<QLineEdit>(dialog, "name").setText("a");
+        child<QPushButton>(dialog, "ok").click();
+      });
+  album.takeModal("contact", [&] { ui::editContact(document, texts, nullptr, 1); });
+  album.takeModal("contact-new", [&] { ui::addContact(document, texts, nullptr); });
+  album.takeModal("user", [&] { ui::editUser(document, texts, nullptr, server::kAdministrator); });
+  album.takeModal("user-new", [&] { ui::editUser(document, texts, nullptr, ""); });
+  const QString group = ui::toQt(document.users().groups().front().Name);
+  album.takeModal("group", [&] { ui::editGroup(document, texts, nullptr, group); });
+  album.takeModal(
+      "group-members", [&] { ui::editGroup(document, texts, nullptr, group); },
+      [](QDialog& dialog) { child<QTabWidget>(dialog, "tabs").setCurrentIndex(1); });
+  album.takeModal("about", [&] { ui::showAbout(texts, nullptr); });
+  album.takeModal("login", [&] { station.login.askLogin(server::kAdministrator); });
+  album.takeModal("password", [&] { station.login.askPasswordChange(server::kAdministrator, false); });
+  album.takeModal("message", [&] { ui::warn(nullptr, texts, texts("IDS_PERIOD_ORDER")); });
+  album.takeModal("question", [&] { ui::ask(nullptr, texts, texts("IDS_SAVERECORD"), ui::Choices::YesNoCancel); });
+}
+
+void takeWizard(Album& album, const char* language) {
+  const TemporaryFolder folder;
+  Workstation station(folder / "machine.ini", language);
+  ui::FirstRunWizard wizard(station.app, {});
+  const auto go = [&](const std::string& name) {
+    album.take(wizard, "wizard-" + name);
+    wizard.next();
+  };
+  wizard.show();
+  go("1-language");
+  go("2-task");
+  child<QLineEdit>(wizard, "folder").setText(ui::toQt((folder / "data").string()));
+  child<QCheckBox>(wizard, "sample").setChecked(true);
+  go("3-folder");
+  go("4-place");
+  album.take(wizard, "wizard-5-password");
+  wizard.restart();
+  wizard.next();
+  child<QRadioButton>(wizard, "convert").setChecked(true);
+  wizard.next();
+  album.take(wizard, "wizard-6-convert");
+}
+
+void takeAll(const std::string& folder, const char* language, const QPalette& palette, const char* look,
+             const std::filesystem::path& store) {
+  QApplication::setPalette(palette);
+  const int percent = static_cast<int>(qApp->devicePixelRatio() * 100);
+  Album album(folder, std::string(language) + '-' + look + '-' + std::to_string(percent));
+  takeWizard(album, language);
+  Workstation station(store, language);
+  server::CServerDoc document(station.app);
+  if (!document.OnNewDocument(server::StartDuties{.outputPort = false})) throw std::runtime_error("no document");
+  const ui::Texts texts(station.app.language());
+  takeFrame(album, station, document, texts);
+  takeSettings(album, document, texts);
+  takeDialogs(album, station, document, texts);
+  document.OnCloseDocument();
+  std::printf("%s %s: %d pictures\n", language, look, album.taken());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  setenv("QT_LOGGING_RULES", "qt.qpa.*=false", 0);  // what this platform lacks is known
+  // Folders that the windows propose are nobody's own.
+  QStandardPaths::setTestModeEnabled(true);
+  QApplication application(argc, argv);
+  QApplication::setApplicationDisplayName("Tallybook");
+  QApplication::setStyle(QStyleFactory::create("Fusion"));
+  if (argc != 2) {
+    std::fputs("usage: ui_pictures FOLDER\n", stderr);
+    return 2;
+  }
+  try {
+    std::filesystem::create_directories(argv[1]);
+    const TemporaryFolder folder;
+    makeSample(folder / "data", folder / "machine.ini");
+    const QPalette light = QApplication::style()->standardPalette();
+    for (const char* language : {"EN", "RO"}) {
+      takeAll(argv[1], language, light, "light", folder / "machine.ini");
+      takeAll(argv[1], language, darkPalette(), "dark", folder / "machine.ini");
+    }
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+  return 0;
+}
