@@ -1,5 +1,6 @@
 #include "foundation/language_file.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -14,6 +15,7 @@ namespace {
 constexpr std::size_t kLineLimit = 1022;
 constexpr int kDefaultCodepage = 1252;
 constexpr int kUtf8Codepage = 65001;
+constexpr int kCentralEuropeanCodepage = 1250;
 
 std::filesystem::path besideProgram(const std::filesystem::path& name) {
   std::error_code fault;
@@ -41,6 +43,34 @@ std::string replaceEscapes(const std::string& text) {
     if (meant != '\0') ++i;
   }
   return out;
+}
+
+// Code page 1250 has the Romanian s and t with a cedilla only; in it they stand for the letters with a comma below. No
+// other language of that page has them.
+std::string withCommaLetters(const std::string& text) {
+  struct Letter {
+    std::string_view cedilla, comma;
+  };
+  static constexpr Letter kLetters[] = {{"ş", "ș"}, {"Ş", "Ș"}, {"ţ", "ț"}, {"Ţ", "Ț"}};
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size();) {
+    const auto* found = std::find_if(std::begin(kLetters), std::end(kLetters), [&](const Letter& letter) {
+      return text.compare(i, letter.cedilla.size(), letter.cedilla) == 0;
+    });
+    if (found == std::end(kLetters)) {
+      out += text[i++];
+    } else {
+      out += found->comma;
+      i += found->cedilla.size();
+    }
+  }
+  return out;
+}
+
+std::string decodeText(std::string_view bytes, int codepage) {
+  std::string text = base::decode(bytes, codepage);
+  return codepage == kCentralEuropeanCodepage ? withCommaLetters(text) : text;
 }
 
 }  // namespace
@@ -92,7 +122,7 @@ void LanguageFile::parseLine(std::string_view line) {
   }
   const Language* language = findLanguage(first);
   if (language == nullptr) return;
-  std::string text = base::decode(rest, language->codepage);
+  std::string text = decodeText(rest, language->codepage);
   // Only what is read while its language is the one in use goes into the map.
   if (base::equalFoldAscii(language->code, native_)) texts_.insert_or_assign(std::string(second), text);
   all_.push_back({language->code, std::string(second), std::move(text)});
@@ -103,7 +133,7 @@ void LanguageFile::declareLanguage(std::string_view code, std::string_view rest)
   Language language;
   language.code = std::string(code);
   language.codepage = base::leadingInteger(takeWord(rest));
-  language.name = base::decode(rest, language.codepage);
+  language.name = decodeText(rest, language.codepage);
   languages_.push_back(std::move(language));
 }
 

@@ -43,7 +43,8 @@ int systemCodepage();
 // The documented file name, "%s%s.lng" from the folder of setting `path` and "Tallybook".
 std::filesystem::path languageFileName(std::string_view folder);
 
-// The texts shown to the operator, by key, from `Tallybook.lng`. Results are UTF-8.
+// The texts shown to the operator, by key, from `Tallybook.lng`. Results are UTF-8; those of code page 1250 have the
+// Romanian letters with a comma below, which that page lacks.
 class LanguageFile {
  public:
   // `currentCodepage` answers the code-page check; a test puts its own in its place.

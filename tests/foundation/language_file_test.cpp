@@ -54,7 +54,10 @@ TEST(LanguageFile, TakesTheLinesItsRulesAllow) {
        "Line one\nLine two\t\r\\x\\"},
       {"lines ended as on other systems", "LANG EN 1252 E\r\nSET NATIVE EN\r\nEN K t\r\n", "K", "t"},
       {"no end of the last line", "LANG EN 1252 E\nSET NATIVE EN\nEN K t", "K", "t"},
-      {"letters of the code page", "LANG RO 1250 R\nSET NATIVE RO\nRO K \xBA\xFE\xE3\n", "K", "şţă"},
+      {"letters of the code page", "LANG PL 1250 P\nSET NATIVE PL\nPL K \xB9\xEA\n", "K", "ąę"},
+      {"letters with a comma, which the page lacks", "LANG RO 1250 R\nSET NATIVE RO\nRO K \xBA\xAA\xFE\xDE\xE3\n", "K",
+       "șȘțȚă"},
+      {"letters with a cedilla of another page", "LANG TR 1254 T\nSET NATIVE TR\nTR K \xFE\xDE\n", "K", "şŞ"},
       {"the last of two lines", "LANG EN 1252 E\nSET NATIVE EN\nEN K a\nEN K b\n", "K", "b"},
   };
   for (const Case& each : cases) EXPECT_EQ(parsed(each.content).Translate(each.key), each.text) << each.what;
@@ -190,7 +193,7 @@ TEST_F(BuiltLanguageFile, PlaceholdersAgreeBetweenLanguages) {
 TEST_F(BuiltLanguageFile, ShowsRomanianLetters) {
   ScriptedOperator person;
   file_.CheckCodepage("RO", person);
-  EXPECT_EQ(file_.Translate("IDS_COUNTRY"), "Ţară");
+  EXPECT_EQ(file_.Translate("IDS_COUNTRY"), "Țară");
 }
 
 }  // namespace
