@@ -2,16 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "platform/operator.h"
 #include "test_exchange.h"
 
 namespace tariff {
 namespace {
 
-std::string reportOf(TestExchange& office, const exchange::CallRecord& record) {
+std::string reportOf(TestExchange& office, const exchange::CallRecord& record,
+                     const foundation::LanguageFile& language = foundation::LanguageFile()) {
   PriceTrace trace;
   const PricedCall call = office.price(record, &trace);
   std::string text;
-  for (const std::string& line : priceReport(trace, record, call.output, call.outcome)) text += line + "\n";
+  for (const std::string& line : priceReport(trace, record, call.output, call.outcome, language)) text += line + "\n";
   return text;
 }
 
@@ -63,6 +67,59 @@ TEST(PriceReportTest, ExplainsPulses) {
                         "Pulses: 3 x 0.0700 = 0.2100\nPrice: 0.2100 EUR\n"),
             std::string::npos)
       << report;
+}
+
+// The language file that the build makes, in a language.
+foundation::LanguageFile builtTexts(const char* code) {
+  foundation::LanguageFile language;
+  EXPECT_TRUE(language.LoadLanguageFile(std::filesystem::path(TALLYBOOK_BINARY_DIR) / "Tallybook.lng"));
+  platform::NoOperator nobody;
+  language.CheckCodepage(code, nobody);
+  return language;
+}
+
+TEST(PriceReportTest, SpeaksTheLanguageOfTheOperator) {
+  TestExchange office;
+  office.prefix("0744", 1);
+  office.charge({.from = "8:00", .to = "19:59", .days = 2310, .value = 0.10, .fixedAmount = 0.05});
+  const auto call = TestExchange::call("0744123456", 4, 10, 0, 90);
+  // Whatever the file says in English is what a program without the file says.
+  EXPECT_EQ(reportOf(office, call, builtTexts("EN")), reportOf(office, call));
+  const std::string romanian = reportOf(office, call, builtTexts("RO"));
+  EXPECT_NE(romanian.find("Destinația 1: prefixul \"0744\" al numărului format.\n"), std::string::npos) << romanian;
+  EXPECT_NE(romanian.find("    luni: 90 s = 2 unități x 0.1000 = 0.2000\n"), std::string::npos) << romanian;
+  EXPECT_NE(romanian.find("Preț: 0.2500 EUR\n"), std::string::npos) << romanian;
+}
+
+TEST(PriceReportTest, EnglishIsTheSameWithAndWithoutTheLanguageFile) {
+  const foundation::LanguageFile file = builtTexts("EN");
+  const foundation::LanguageFile none;
+  // Every way that a price can end, with every remark that a step can bear.
+  for (int outcome = 0; outcome <= static_cast<int>(PriceOutcome::UnusableCharge); ++outcome) {
+    for (const bool known : {false, true}) {
+      PriceTrace trace;
+      trace.start = base::DateTime();
+      trace.ignoredUpTo = 5;
+      trace.trunk = PriceTrace::Trunk{known, 1, {"", "1", 1, "", 1, 1}};
+      trace.provider = PriceTrace::Provider{known, 1, {}};
+      trace.normalisedNumber = "0040";
+      trace.profile.emplace();
+      trace.time.emplace();
+      trace.time->takenOffRecord = true;
+      trace.local = known;
+      trace.destination.emplace();
+      trace.destination->match = known ? PriceTrace::Match::Normalised : PriceTrace::Match::LocalCatchAll;
+      trace.pulses.emplace();
+      trace.interval.emplace();
+      trace.bands.resize(2);
+      if (known) trace.bands[1].charged.resize(1);
+      const auto said = [&](const foundation::LanguageFile& language) {
+        return priceReport(trace, {}, {}, static_cast<PriceOutcome>(outcome), language);
+      };
+      EXPECT_EQ(said(file), said(none));
+      for (const std::string& line : said(file)) EXPECT_EQ(line.find("IDS_"), std::string::npos) << line;
+    }
+  }
 }
 
 }  // namespace

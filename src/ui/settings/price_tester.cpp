@@ -70,7 +70,8 @@ void PriceTester::calculate() {
   try {
     const auto outcome = document_.prices().CalcPrice(record, output, ignore, &trace);
     QStringList lines;
-    for (const std::string& line : tariff::priceReport(trace, record, output, outcome)) lines << toQt(line);
+    for (const std::string& line : tariff::priceReport(trace, record, output, outcome, document_.app().language()))
+      lines << toQt(line);
     steps_->setPlainText(lines.join('\n'));
   } catch (const jet::Error& error) {
     steps_->setPlainText(toQt(error.description()));
