@@ -3,24 +3,37 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "ui/dialogs/mnemonics.h"
+#include "ui/icons.h"
 #include "ui/translate_window.h"
 
 namespace ui {
 
 namespace {
 
+constexpr int kPictureSize = 48;
+
+// Its texts are keys in brackets until the window is translated.
 class FormDialog : public QDialog {
  public:
   FormDialog(QWidget* parent, const char* caption) : QDialog(parent) {
     setWindowTitle(caption);
-    auto* layout = new QVBoxLayout(this);
+    setWindowIcon(icon(Icon::Program));
+    auto* picture = new QLabel;
+    picture->setPixmap(icon(Icon::Program).pixmap(kPictureSize));
     form_ = new QFormLayout;
-    layout->addLayout(form_);
+    auto* top = new QHBoxLayout;
+    top->setSpacing(16);
+    top->addWidget(picture, 0, Qt::AlignTop);
+    top->addLayout(form_, 1);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(top);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     buttons->button(QDialogButtonBox::Ok)->setText("<IDS_OK>");
     buttons->button(QDialogButtonBox::Ok)->setObjectName("ok");
@@ -29,7 +42,7 @@ class FormDialog : public QDialog {
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    setMinimumWidth(360);
+    setMinimumWidth(fontMetrics().averageCharWidth() * 50);
   }
 
   QLineEdit* addField(const char* label, const char* name, bool secret) {
@@ -54,6 +67,7 @@ std::optional<security::Credentials> QtLoginPrompt::askLogin(const std::string& 
   name->setText(toQt(proposedName));
   if (!proposedName.empty()) password->setFocus();
   translateWindow(dialog, language_());
+  assignMnemonics(dialog);
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   security::Credentials given{fromQt(name->text()), fromQt(password->text())};
   config_.WriteConfigString(given.name, "LastUser", "general", foundation::StoreMachine);
@@ -67,6 +81,7 @@ std::optional<security::PasswordChange> QtLoginPrompt::askPasswordChange(const s
   auto* wanted = dialog.addField("<IDS_NEW_PASSWORD>", "wanted", true);
   auto* repeated = dialog.addField("<IDS_REPEAT_PASSWORD>", "repeated", true);
   translateWindow(dialog, language_());
+  assignMnemonics(dialog);
   dialog.setWindowTitle(dialog.windowTitle() + " - " + toQt(userName));
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return security::PasswordChange{fromQt(current->text()), fromQt(wanted->text()), fromQt(repeated->text())};

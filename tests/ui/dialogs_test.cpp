@@ -205,7 +205,7 @@ TEST_F(DialogsTest, ACurrencyWithoutACodeIsNotSaved) {
                    EXPECT_TRUE(dialog.isVisible());
                    click(dialog, "cancel");
                  },
-                 messageStep("has no code")});
+                 messageStep("has no code"), messageStep("not saved yet", "yes")});
   EXPECT_FALSE(ui::editCurrencies(document(), texts(), nullptr));
   EXPECT_EQ(document().currencies().entries.size(), 2U);
 }

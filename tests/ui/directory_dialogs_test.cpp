@@ -7,6 +7,7 @@
 #include <QTreeWidget>
 
 #include "desktop.h"
+#include "security/rights.h"
 #include "ui/dialogs.h"
 
 namespace {
@@ -88,6 +89,7 @@ TEST_F(DirectoryDialogsTest, RefusalsAreExplainedAndTheDialogStaysOpen) {
                          enter(dialog, "userName", "admin");
                          enter(dialog, "password", "a");
                          enter(dialog, "repeated", "b");
+                         child<QListWidget>(dialog, "groups").item(0)->setCheckState(Qt::Checked);
                          clickLater(dialog, "ok");
                        },
                        [&user](QDialog& message) {
@@ -122,7 +124,77 @@ TEST_F(DirectoryDialogsTest, ANewGroupGetsValidityRightsAndMembers) {
   ASSERT_EQ(users().members(readers->RecordID).size(), 1U);
 }
 
+TEST_F(DirectoryDialogsTest, AUserWithoutGroupsIsSavedOnPurposeOnly) {
+  QDialog* user = nullptr;
+  const Script script({[&user](QDialog& dialog) {
+                         user = &dialog;
+                         enter(dialog, "userName", "ana");
+                         clickLater(dialog, "ok");
+                       },
+                       [&user](QDialog& question) {
+                         EXPECT_TRUE(question.property("text").toString().contains("no group"));
+                         click(question, "no");
+                         clickLater(*user, "ok");
+                       },
+                       [](QDialog& question) { click(question, "yes"); }});
+  EXPECT_TRUE(edit(""));
+  EXPECT_EQ(users().findUser("ana")->Groups, "");
+}
+
+TEST_F(DirectoryDialogsTest, SomebodyKeepsTheRightToAdminister) {
+  const auto refused = acknowledge("nobody could change users");
+  {
+    const Script script({[](QDialog& dialog) {
+                           child<QCheckBox>(dialog, "disabled").setChecked(true);
+                           click(dialog, "ok");
+                           click(dialog, "cancel");
+                         },
+                         refused});
+    EXPECT_FALSE(edit("admin"));
+  }
+  {
+    const Script script({[](QDialog& dialog) {
+                           child<QTreeWidget>(dialog, "rights").topLevelItem(0)->setCheckState(0, Qt::Unchecked);
+                           click(dialog, "ok");
+                           child<QListWidget>(dialog, "members").item(0)->setSelected(true);
+                           click(dialog, "removeMember");
+                           click(dialog, "cancel");
+                         },
+                         refused, refused});
+    EXPECT_FALSE(editGroup("Administrators"));
+  }
+  EXPECT_EQ(users().members(1).size(), 1U);
+}
+
+TEST_F(DirectoryDialogsTest, ALongerRestrictionThanIsAppliedIsRefused) {
+  const Script script({[](QDialog& dialog) {
+                         const QString longer = "Extension = '201' and " + QString(120, '1') + " = 1";
+                         child<QPlainTextEdit>(dialog, "restriction").setPlainText(longer);
+                         click(dialog, "ok");
+                         click(dialog, "cancel");
+                       },
+                       acknowledge("127 characters")});
+  EXPECT_FALSE(edit("admin"));
+  EXPECT_EQ(users().findUser("admin")->SQLSubquery, "");
+}
+
+TEST_F(DirectoryDialogsTest, WithoutTheRightToChangeUsersAndGroupsAreOnlyLookedAt) {
+  desktop.document->user().rights = {{security::ObjectAdministration, security::RightView}};
+  const auto look = [](QDialog& dialog) {
+    EXPECT_FALSE(child<QAbstractButton>(dialog, "ok").isEnabled());
+    for (const auto* line : dialog.findChildren<QLineEdit*>()) EXPECT_TRUE(line->isReadOnly() || !line->isEnabled());
+    click(dialog, "cancel");
+  };
+  const Script script({look, look});
+  EXPECT_FALSE(edit("admin"));
+  EXPECT_FALSE(editGroup("Administrators"));
+}
+
 TEST_F(DirectoryDialogsTest, AMemberLeavesAGroupOnlyAfterTheQuestion) {
+  security::UserRecord second;
+  second.Name = "zoe";
+  second.Groups = ";1;";
+  ASSERT_EQ(users().SaveUser(second, ""), security::SaveResult::Saved);
   const auto remove = [](QDialog& dialog) {
     child<QListWidget>(dialog, "members").item(0)->setSelected(true);
     click(dialog, "removeMember");
@@ -133,13 +205,13 @@ TEST_F(DirectoryDialogsTest, AMemberLeavesAGroupOnlyAfterTheQuestion) {
     const Script script({remove});
     EXPECT_FALSE(editGroup("Administrators"));
   }
-  EXPECT_EQ(users().members(1).size(), 1U);
+  EXPECT_EQ(users().members(1).size(), 2U);
   desktop.person.answer = true;
   {
     const Script script({remove});
     EXPECT_TRUE(editGroup("Administrators"));
   }
-  EXPECT_TRUE(users().members(1).empty());
+  EXPECT_EQ(users().members(1).size(), 1U);
 }
 
 }  // namespace

@@ -28,6 +28,8 @@ class BillDialog : public FormDialog {
     form->addRow(texts("IDS_EXTENSION"), extension_);
     form->addRow(texts("IDS_FILTER_PERIOD"), period_);
     body()->addLayout(form);
+    body()->addWidget(makeHint(texts("IDS_BILL_HINT")));
+    setMinimumWidth(fontMetrics().averageCharWidth() * 65);
 
     const folders::BillRequest proposed = folders::billFromFilter(document.app().config());
     const QString number = extension.isEmpty() ? toQt(proposed.extension) : extension;

@@ -44,12 +44,9 @@ QString ChoiceBox::shownValue() {
 
 void ChoiceBox::loadList() {
   if (loaded_) return;
-  loaded_ = true;
+  loaded_ = true;  // already now: the source may let events through
   choices_.clear();
-  attempt(this, texts_, [this] {
-    const WaitCursor wait;
-    choices_ = source_();
-  });
+  loaded_ = attempt(this, texts_, [this] { choices_ = source_(); });
   const QString text = currentText();
   clear();
   for (const Choice& choice : choices_) addItem(choice.shown);

@@ -74,7 +74,7 @@ ContactsSheet::ContactsSheet(server::CServerDoc& document, const Texts& texts, s
     connect(delete_, &QPushButton::clicked, this, [this] { removeContact(); });
   }
   show(original_.value_or(Contact()));
-  if (!mayChange(document)) setReadOnly();
+  if (!mayChange(document)) allowOnlyLooking();
   if (original_) {
     document.tags().IsTouched(contacts::kContactsTable);  // what was read is what the tag stands for
     connect(&watch_, &QTimer::timeout, this, [this] { lookForChanges(); });
@@ -91,13 +91,20 @@ void ContactsSheet::buildForm() {
     if (declared.manyLines) {
       auto* text = new QPlainTextEdit;
       text->setTabChangesFocus(true);
-      text->setMinimumHeight(lineHeight * 4);
+      text->setMinimumHeight(lineHeight * 3);
+      text->setFixedHeight(lineHeight * 5);
       editor = text;
     } else {
       auto* line = new QLineEdit;
       line->setMaxLength(kLongestText);
       line->setMinimumWidth(fontMetrics().averageCharWidth() * 44);
       editor = line;
+    }
+    if (declared.member == &Contact::contact) {
+      qobject_cast<QLineEdit*>(editor)->setPlaceholderText(texts()("IDS_CONTACT_DISPLAY_NAME"));
+    }
+    if (declared.member == &Contact::telView) {
+      qobject_cast<QLineEdit*>(editor)->setPlaceholderText(texts()("IDS_CONTACT_SEVERAL_NUMBERS"));
     }
     form->addRow(texts()(declared.key), named(editor, declared.name));
     fields_.push_back({editor, declared.member});
@@ -111,15 +118,6 @@ void ContactsSheet::buildForm() {
     form->addRow(texts()("IDS_RECORDNUMBER"), named(new QLabel(QString::number(original_->recordId)), "recordNumber"));
   }
   body()->addLayout(form);
-}
-
-void ContactsSheet::setReadOnly() {
-  for (const Field& field : fields_) {
-    if (auto* line = qobject_cast<QLineEdit*>(field.editor)) line->setReadOnly(true);
-    if (auto* text = qobject_cast<QPlainTextEdit*>(field.editor)) text->setReadOnly(true);
-  }
-  tip_->setEnabled(false);
-  okButton()->setEnabled(false);
 }
 
 void ContactsSheet::show(const Contact& contact) {
@@ -208,8 +206,7 @@ void ContactsSheet::reject() {
 
 void ContactsSheet::removeContact() {
   watch_.stop();
-  if (ask(this, texts(), texts().format("IDS_CONTACT_CONFIRM_DELETE", contacts::displayName(*original_))) !=
-      Answer::Yes) {
+  if (!confirmLoss(this, texts(), texts().format("IDS_CONTACT_CONFIRM_DELETE", contacts::displayName(*original_)))) {
     watch_.start(kWatchInterval);
     return;
   }

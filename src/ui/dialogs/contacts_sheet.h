@@ -38,7 +38,6 @@ class ContactsSheet : public FormDialog {
   };
 
   void buildForm();
-  void setReadOnly();
   void show(const Contact& contact);
   [[nodiscard]] Contact edited();
   [[nodiscard]] bool modified() const;

@@ -2,15 +2,15 @@
 
 #include <QFormLayout>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <algorithm>
 #include <array>
 
 #include "base/printf.h"
 #include "base/text.h"
-#include "security/rights.h"
 #include "ui/dialogs.h"
+#include "ui/dialogs/directory_messages.h"
 #include "ui/dialogs/messages.h"
+#include "ui/dialogs/record_list.h"
 
 namespace ui {
 
@@ -29,17 +29,10 @@ CurrenciesDialog::CurrenciesDialog(server::CServerDoc& document, const Texts& te
     : FormDialog(texts, "IDS_ACTION_CURRENCIES", "currencies", parent),
       document_(document),
       entries_(document.currencies().entries),
-      list_(named(new QTableWidget(0, kColumns.size()), "list")) {
+      allowed_(mayChangeAdministration(document)) {
   QStringList captions;
   for (const char* key : kColumns) captions << texts(key);
-  list_->setHorizontalHeaderLabels(captions);
-  list_->setSelectionBehavior(QAbstractItemView::SelectRows);
-  list_->setSelectionMode(QAbstractItemView::SingleSelection);
-  list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  list_->verticalHeader()->hide();
-  list_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-  list_->setTabKeyNavigation(false);
-  list_->setAccessibleName(texts("IDS_CURRENCY"));
+  list_ = makeRecordList(captions, texts("IDS_ACTION_CURRENCIES").remove("..."), "list");
   body()->addWidget(list_);
   buildFields();
   const std::string address =
@@ -47,14 +40,12 @@ CurrenciesDialog::CurrenciesDialog(server::CServerDoc& document, const Texts& te
   if (!address.empty()) {
     connect(addButton("IDS_CURRENCY_RATES", "rates"), &QPushButton::clicked, this, [this] { openRates(); });
   }
-  const bool allowed =
-      !document.DatabaseReadOnly() && document.HasRight(security::ObjectAdministration, security::RightChange);
-  okButton()->setEnabled(allowed);
   connect(list_, &QTableWidget::currentCellChanged, this, [this] { showSelected(); });
   fillList();
   list_->setCurrentCell(entries_.empty() ? -1 : 0, 0);
   showSelected();
-  resize(520, 420);
+  if (!allowed_) allowOnlyLooking();
+  resize(sizeHint().expandedTo({fontMetrics().averageCharWidth() * 75, fontMetrics().lineSpacing() * 24}));
 }
 
 void CurrenciesDialog::buildFields() {
@@ -62,10 +53,8 @@ void CurrenciesDialog::buildFields() {
   auto* addNew = named(new QPushButton(texts()("IDS_ADD")), "add");
   remove_ = named(new QPushButton(texts()("IDS_DELETE")), "delete");
   makeDefault_ = named(new QPushButton(texts()("IDS_CURRENCY_MAKE_DEFAULT")), "makeDefault");
-  for (QPushButton* button : {addNew, remove_, makeDefault_}) {
-    button->setAutoDefault(false);
-    buttons->addWidget(button);
-  }
+  addNew->setEnabled(allowed_);
+  for (QPushButton* button : {addNew, remove_, makeDefault_}) buttons->addWidget(button);
   buttons->addStretch();
   body()->addLayout(buttons);
   connect(addNew, &QPushButton::clicked, this, [this] { add(); });
@@ -90,7 +79,9 @@ void CurrenciesDialog::buildFields() {
   rateLine->addStretch();
   reverse_ = makeCheckBox("IDS_CURRENCY_REVERSE", "reverse");
   form->addRow(texts()("IDS_CURRENCY"), name_);
-  form->addRow(texts()("IDS_RATIO"), rateLine);
+  auto* ratioLabel = new QLabel(texts()("IDS_RATIO"));
+  ratioLabel->setBuddy(rate_);
+  form->addRow(ratioLabel, rateLine);
   form->addRow(QString(), reverse_);
   body()->addWidget(fields_);
   hint_ = named(new QLabel, "hint");
@@ -100,6 +91,7 @@ void CurrenciesDialog::buildFields() {
 
   connect(name_, &QLineEdit::textEdited, this, [this] {
     if (CURRENCYDESC* entry = selected()) entry->name = fromQt(name_->text().trimmed());
+    edited_ = true;
     fillRow(list_->currentRow());
     updateRateLabels();
   });
@@ -107,6 +99,7 @@ void CurrenciesDialog::buildFields() {
     CURRENCYDESC* entry = selected();
     if (showing_ || entry == nullptr) return;
     entry->ratio = rate_->value();
+    edited_ = true;
     entry->dateModify = document_.app().surroundings().clock.now();
     fillRow(list_->currentRow());
   });
@@ -114,6 +107,7 @@ void CurrenciesDialog::buildFields() {
     CURRENCYDESC* entry = selected();
     if (showing_ || entry == nullptr) return;
     entry->reverse = reverse;
+    edited_ = true;
     entry->dateModify = document_.app().surroundings().clock.now();
     fillRow(list_->currentRow());
     updateRateLabels();
@@ -151,7 +145,7 @@ const CURRENCYDESC* CurrenciesDialog::defaultEntry() const {
 void CurrenciesDialog::showSelected() {
   const CURRENCYDESC* entry = selected();
   showing_ = true;
-  fields_->setEnabled(entry != nullptr);
+  fields_->setEnabled(entry != nullptr && allowed_);
   name_->setText(entry != nullptr ? toQt(entry->name) : QString());
   rate_->setValue(entry != nullptr ? entry->ratio : 0);
   reverse_->setChecked(entry != nullptr && entry->reverse);
@@ -160,8 +154,9 @@ void CurrenciesDialog::showSelected() {
   // The default currency is worth itself, and amounts are kept in it.
   rate_->setEnabled(!isDefault);
   reverse_->setEnabled(!isDefault);
-  remove_->setEnabled(entry != nullptr && !isDefault);
-  makeDefault_->setEnabled(entry != nullptr && !isDefault);
+  remove_->setEnabled(allowed_ && entry != nullptr && !isDefault);
+  remove_->setToolTip(isDefault ? texts()("IDS_CURRENCY_KEEP_DEFAULT") : QString());
+  makeDefault_->setEnabled(allowed_ && entry != nullptr && !isDefault);
   updateRateLabels();
 }
 
@@ -177,6 +172,7 @@ void CurrenciesDialog::updateRateLabels() {
 
 void CurrenciesDialog::add() {
   entries_.push_back({.name = {}, .dateModify = {}});
+  edited_ = true;
   fillList();
   list_->setCurrentCell(list_->rowCount() - 1, 0);
   name_->setFocus();
@@ -186,6 +182,7 @@ void CurrenciesDialog::removeSelected() {
   const int row = list_->currentRow();
   if (selected() == nullptr) return;
   entries_.erase(entries_.begin() + row);
+  edited_ = true;
   fillList();
   showSelected();
 }
@@ -194,6 +191,7 @@ void CurrenciesDialog::makeDefault() {
   CURRENCYDESC* chosen = selected();
   if (chosen == nullptr) return;
   for (CURRENCYDESC& entry : entries_) entry.isDefault = &entry == chosen;
+  edited_ = true;
   chosen->ratio = 1;
   chosen->reverse = false;
   chosen->dateModify = document_.app().surroundings().clock.now();
@@ -216,6 +214,12 @@ QString CurrenciesDialog::problem() const {
 
 void CurrenciesDialog::accept() {
   if (const QString text = problem(); !text.isEmpty()) return warn(this, texts(), text);
+  const auto rateless =
+      std::find_if(entries_.begin(), entries_.end(), [](const auto& entry) { return entry.ratio == 0; });
+  if (rateless != entries_.end() &&
+      !confirmLoss(this, texts(), texts().format("IDS_CURRENCY_NO_RATE", rateless->name))) {
+    return;
+  }
   tariff::Currencies& currencies = document_.currencies();
   const auto before = currencies.entries;
   const bool saved = attempt(this, texts(), [&] {
@@ -230,6 +234,11 @@ void CurrenciesDialog::accept() {
     return;
   }
   QDialog::accept();
+}
+
+void CurrenciesDialog::reject() {
+  if (edited_ && !confirmLoss(this, texts(), texts()("IDS_CONFIRM_LOSE_CHANGES"))) return;
+  QDialog::reject();
 }
 
 void CurrenciesDialog::openRates() {

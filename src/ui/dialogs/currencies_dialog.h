@@ -18,6 +18,8 @@ class CurrenciesDialog : public FormDialog {
  public:
   CurrenciesDialog(server::CServerDoc& document, const Texts& texts, QWidget* parent);
   void accept() override;
+  // Asks before what was edited is lost.
+  void reject() override;
 
  private:
   void buildFields();
@@ -35,7 +37,9 @@ class CurrenciesDialog : public FormDialog {
 
   server::CServerDoc& document_;
   std::vector<tariff::CURRENCYDESC> entries_;
-  QTableWidget* list_;
+  bool allowed_;  // to change, not only to look
+  bool edited_ = false;
+  QTableWidget* list_ = nullptr;
   QWidget* fields_ = nullptr;
   QLineEdit* name_ = nullptr;
   QLabel* rateLabel_ = nullptr;  // "1 EUR ="

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "base/text.h"
+#include "platform/progress.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/party_choices.h"
@@ -74,17 +75,30 @@ CCallsFilterDlg::Row& CCallsFilterDlg::addRow(QGridLayout& grid, const char* key
   if (row.flag != nullptr) {
     row.on = makeCheckBox(key, (std::string("on_") + name).c_str());
     grid.addWidget(row.on, at, 0);
-    const auto switchOn = [on = row.on] { on->setChecked(true); };
+    const auto switchOn = [this, on = row.on] {
+      on->setChecked(true);
+      onFilter_->setChecked(true);
+    };
     if (row.list != nullptr) connect(row.list, &ChoiceBox::edited, row.on, switchOn);
     if (row.line != nullptr) connect(row.line, &QLineEdit::textEdited, row.on, switchOn);
   } else {
     auto* label = new QLabel(texts()(key));
     label->setBuddy(value);
     grid.addWidget(label, at, 0);
+    const auto switchOn = [this] { onFilter_->setChecked(true); };
+    if (row.list != nullptr) connect(row.list, &ChoiceBox::edited, this, switchOn);
+    if (row.line != nullptr) connect(row.line, &QLineEdit::textEdited, this, switchOn);
   }
   grid.addWidget(value, at, 1);
   grid.setColumnStretch(1, 1);
   return rows_.emplace_back(row);
+}
+
+// Values that a statement over all calls gives.
+std::vector<ChoiceBox::Choice> CCallsFilterDlg::read(const std::function<std::vector<std::string>()>& values) {
+  const platform::Progress progress(document_.app().surroundings().person, fromQt(texts()("IDS_CALLS_FILTER")),
+                                    fromQt(texts()("IDS_READING_CALLS")));
+  return plainChoices(values());
 }
 
 void CCallsFilterDlg::buildParties(QGridLayout& grid) {
@@ -99,10 +113,10 @@ void CCallsFilterDlg::buildParties(QGridLayout& grid) {
          [&parties] { return departmentChoices(parties); })
       .list->loadList();
   addRow(grid, "IDS_CLIENT", "client", {.flag = &F::onClient, .text = &F::client},
-         [this] { return plainChoices(document_.callFilter().offeredClients(document_.database())); });
+         [this] { return read([this] { return document_.callFilter().offeredClients(document_.database()); }); });
   addRow(grid, "IDS_FOLDER", "folder", {.flag = &F::onFolder, .text = &F::folder}, [this] {
     const std::string client = fromQt(row(&F::client).value());
-    return plainChoices(document_.callFilter().offeredFolders(document_.database(), client));
+    return read([&] { return document_.callFilter().offeredFolders(document_.database(), client); });
   });
   // The folders offered are the chosen client's.
   connect(row(&F::client).list, &QComboBox::editTextChanged, this, [this] { row(&F::folder).list->forgetList(); });
@@ -120,7 +134,7 @@ void CCallsFilterDlg::buildDestinations(QGridLayout& grid) {
   name.line->setPlaceholderText(texts()("IDS_FILTER_NAME_HINT"));
   name.line->setToolTip(texts()("IDS_FILTER_NAME_HINT"));
   addRow(grid, "IDS_FILTER_AREA", "area", {.flag = &F::onArea, .text = &F::area}, [this] {
-    auto choices = plainChoices(document_.callFilter().offeredAreas(document_.database()));
+    auto choices = read([this] { return document_.callFilter().offeredAreas(document_.database()); });
     choices.insert(choices.begin(), {toQt(filter::kLocalArea), ""});
     return choices;
   });
@@ -155,11 +169,14 @@ QWidget* CCallsFilterDlg::buildTime() {
   grid->addWidget(onMinDuration_, 1, 0);
   grid->addWidget(minDuration_, 1, 1, Qt::AlignLeft);
   grid->setColumnStretch(1, 1);
-  for (QPushButton* button : {thisMonth, previousMonth}) button->setAutoDefault(false);
   connect(thisMonth, &QPushButton::clicked, this, [this] { setMonth(filter::setThisMonth); });
   connect(previousMonth, &QPushButton::clicked, this, [this] { setMonth(filter::setPreviousMonth); });
-  connect(period_, &PeriodEdit::edited, this, [this] { onPeriod_->setChecked(true); });
-  connect(minDuration_, &QSpinBox::valueChanged, this, [this] { onMinDuration_->setChecked(true); });
+  const auto switchOn = [this](QCheckBox* box) {
+    box->setChecked(true);
+    onFilter_->setChecked(true);
+  };
+  connect(period_, &PeriodEdit::edited, this, [this, switchOn] { switchOn(onPeriod_); });
+  connect(minDuration_, &QSpinBox::valueChanged, this, [this, switchOn] { switchOn(onMinDuration_); });
   return box;
 }
 
@@ -169,7 +186,6 @@ CCallsFilterDlg::Row& CCallsFilterDlg::row(std::string Settings::*text) {
 
 void CCallsFilterDlg::show(const Settings& settings, const filter::DisplayNames& names,
                            const filter::DialogPeriod& period) {
-  onFilter_->setChecked(settings.onFilter == 1);
   hidden_->setChecked(settings.hidden != 0);
   onIncoming_->setChecked(settings.onIncoming != 0);
   onOutgoing_->setChecked(settings.onOutgoing != 0);
@@ -191,6 +207,7 @@ void CCallsFilterDlg::show(const Settings& settings, const filter::DisplayNames&
   onPeriod_->setChecked(settings.onPeriod != 0);
   minDuration_->setValue(settings.minDuration);
   onMinDuration_->setChecked(settings.onMinDuration != 0);
+  onFilter_->setChecked(settings.onFilter == 1);  // last: the values above switch it on
 }
 
 filter::FilterSettings CCallsFilterDlg::gather() {

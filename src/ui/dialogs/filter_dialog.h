@@ -12,7 +12,7 @@
 
 namespace ui {
 
-// The call filter of the workstation, all of it. Touching a value switches it on.
+// The call filter of the workstation, all of it. Touching a value switches it, and the filter, on.
 class CCallsFilterDlg : public FormDialog {
  public:
   CCallsFilterDlg(server::CServerDoc& document, const Texts& texts, QWidget* parent);
@@ -43,6 +43,7 @@ class CCallsFilterDlg : public FormDialog {
   // Without a source the value is typed only.
   Row& addRow(QGridLayout& grid, const char* key, const char* name, Row row, ChoiceBox::Source source = {});
   Row& row(std::string Settings::*text);
+  [[nodiscard]] std::vector<ChoiceBox::Choice> read(const std::function<std::vector<std::string>()>& values);
 
   void show(const Settings& settings, const filter::DisplayNames& names, const filter::DialogPeriod& period);
   [[nodiscard]] Settings gather();

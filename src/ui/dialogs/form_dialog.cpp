@@ -1,5 +1,14 @@
 #include "ui/dialogs/form_dialog.h"
 
+#include <QAbstractSpinBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QTreeWidget>
+
+#include "ui/dialogs/mnemonics.h"
+
 namespace ui {
 
 FormDialog::FormDialog(const Texts& texts, const char* captionKey, const char* name, QWidget* parent)
@@ -11,6 +20,8 @@ FormDialog::FormDialog(const Texts& texts, const char* captionKey, const char* n
   setWindowTitle(texts(captionKey).remove("..."));
   named(okButton(), "ok")->setText(texts("IDS_OK"));
   named(cancelButton(), "cancel")->setText(texts("IDS_CANCEL"));
+  // Enter is never another button, even while OK cannot be pressed.
+  okButton()->setDefault(true);
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(body_);
   layout->addWidget(buttons_);
@@ -19,9 +30,31 @@ FormDialog::FormDialog(const Texts& texts, const char* captionKey, const char* n
 }
 
 QPushButton* FormDialog::addButton(const char* key, const char* name) {
-  auto* button = named(buttons_->addButton(texts_(key), QDialogButtonBox::ResetRole), name);
-  button->setAutoDefault(false);
-  return button;
+  return named(buttons_->addButton(texts_(key), QDialogButtonBox::ResetRole), name);
+}
+
+void FormDialog::showEvent(QShowEvent* event) {
+  // Now the dialog is whole.
+  if (!hasMnemonics_) assignMnemonics(*this);
+  hasMnemonics_ = true;
+  QDialog::showEvent(event);
+}
+
+void FormDialog::allowOnlyLooking() {
+  for (auto* line : findChildren<QLineEdit*>()) line->setReadOnly(true);
+  for (auto* text : findChildren<QPlainTextEdit*>()) text->setReadOnly(true);
+  for (auto* box : findChildren<QComboBox*>()) box->setEnabled(false);
+  for (auto* box : findChildren<QAbstractSpinBox*>()) box->setEnabled(false);
+  for (auto* tree : findChildren<QTreeWidget*>()) tree->setEnabled(false);
+  for (auto* list : findChildren<QListWidget*>()) list->setEnabled(false);
+  for (auto* button : findChildren<QAbstractButton*>()) button->setEnabled(button == cancelButton());
+  body_->addWidget(makeHint(texts_("IDS_MAY_ONLY_LOOK")));
+}
+
+QLabel* FormDialog::makeHint(const QString& text) {
+  auto* label = new QLabel(text);
+  label->setWordWrap(true);
+  return label;
 }
 
 QCheckBox* FormDialog::makeCheckBox(const char* key, const char* name) {

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -31,11 +32,17 @@ class FormDialog : public QDialog {
   // A further button, at the other end of their row.
   QPushButton* addButton(const char* key, const char* name);
   QCheckBox* makeCheckBox(const char* key, const char* name);
+  // A sentence under a field or list, over the whole width.
+  QLabel* makeHint(const QString& text);
+  // For those who lack the right to change: the editors only show, OK cannot be pressed, and a sentence says why.
+  void allowOnlyLooking();
+  void showEvent(QShowEvent* event) override;
 
  private:
   const Texts& texts_;
   QVBoxLayout* body_;
   QDialogButtonBox* buttons_;
+  bool hasMnemonics_ = false;
 };
 
 }  // namespace ui

@@ -73,7 +73,8 @@ class RightsTree : public QTreeWidget {
 // A group of users: names, password validity, rights, and on a second page its members.
 class GroupSheet : public FormDialog {
  public:
-  GroupSheet(security::UserDirectory& directory, security::GroupRecord group, const Texts& texts, QWidget* parent)
+  GroupSheet(security::UserDirectory& directory, security::GroupRecord group, bool allowed, const Texts& texts,
+             QWidget* parent)
       : FormDialog(texts, "IDS_GROUP", "groupDialog", parent),
         directory_(directory),
         group_(std::move(group)),
@@ -93,6 +94,7 @@ class GroupSheet : public FormDialog {
     tabs->addTab(page, texts("IDS_GROUP"));
     tabs->addTab(members_, texts("IDS_GROUP_MEMBERS"));
     body()->addWidget(tabs);
+    if (!allowed) allowOnlyLooking();
     resize(sizeHint().expandedTo({fontMetrics().averageCharWidth() * 70, 0}));
   }
 
@@ -102,6 +104,7 @@ class GroupSheet : public FormDialog {
     edited.Desc = fromQt(description_->text().trimmed());
     edited.PasswordExpire = validity_->value();
     edited.ObjectAccess = security::formatObjectAccess(withUnknownRights(rights_->granted()));
+    if (!keepsAnAdministrator(directory_, edited)) return warn(this, texts(), texts()("IDS_LAST_ADMINISTRATOR"));
     security::SaveResult result = security::SaveResult::Missing;
     const bool done = attempt(this, texts(), [&] {
       result = directory_.saveGroup(edited);
@@ -150,7 +153,7 @@ bool editGroup(server::CServerDoc& document, const Texts& texts, QWidget* parent
     }
     group = *found;
   }
-  GroupSheet sheet(document.users(), std::move(group), texts, parent);
+  GroupSheet sheet(document.users(), std::move(group), mayChangeAdministration(document), texts, parent);
   return sheet.exec() == QDialog::Accepted || sheet.membersChanged();
 }
 

@@ -5,6 +5,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "security/rights.h"
+#include "ui/dialogs/directory_messages.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
 
@@ -23,12 +25,18 @@ bool contains(const std::vector<std::int32_t>& ids, std::int32_t id) {
 GroupMembersPage::GroupMembersPage(security::UserDirectory& directory, std::int32_t group, const Texts& texts,
                                    QWidget* parent)
     : QWidget(parent), directory_(directory), group_(group), texts_(texts) {
-  auto* row = new QHBoxLayout(this);
+  auto* page = new QVBoxLayout(this);
+  auto* row = new QHBoxLayout;
+  page->addLayout(row);
+  if (group != 0) {
+    auto* hint = new QLabel(texts("IDS_HINT_MEMBERS"));
+    hint->setWordWrap(true);
+    page->addWidget(hint);
+  }
   members_ = addList("IDS_GROUP_MEMBERS", "members", *row);
   auto* middle = new QVBoxLayout;
   add_ = named(new QPushButton("< " + texts("IDS_ADD")), "addMember");
   remove_ = named(new QPushButton(texts("IDS_REMOVE") + " >"), "removeMember");
-  for (QPushButton* button : {add_, remove_}) button->setAutoDefault(false);
   middle->addStretch();
   middle->addWidget(add_);
   middle->addWidget(remove_);
@@ -99,11 +107,22 @@ void GroupMembersPage::removeMembers() {
       if (group_ == 0) {
         waiting_.erase(std::remove(waiting_.begin(), waiting_.end(), user), waiting_.end());
       } else {
-        changed_ = directory_.removeMember(group_, user) || changed_;
+        changed_ = removeStored(user) || changed_;
       }
     }
     fill();
   });
+}
+
+bool GroupMembersPage::removeStored(std::int32_t user) {
+  if (auto without = directory_.findUser(user)) {
+    without->Groups = security::RemoveFromGroupList(without->Groups, group_);
+    if (!keepsAnAdministrator(directory_, *without)) {
+      warn(this, texts_, texts_("IDS_LAST_ADMINISTRATOR"));
+      return false;
+    }
+  }
+  return directory_.removeMember(group_, user);
 }
 
 void GroupMembersPage::storeFor(std::int32_t group) {

@@ -29,6 +29,7 @@ class GroupMembersPage : public QWidget {
 
  private:
   void fill();
+  bool removeStored(std::int32_t user);
   void put(QListWidget& list, const security::UserRecord& user);
   QListWidget* addList(const char* key, const char* name, QHBoxLayout& row);
 

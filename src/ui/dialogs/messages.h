@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QApplication>
 #include <QWidget>
 #include <exception>
 
@@ -15,8 +14,10 @@ void warn(QWidget* parent, const Texts& texts, const QString& text);
 
 enum class Answer { Yes, No, Cancel };
 enum class Choices { YesNo, YesNoCancel };
-// Escape and closing the box answer No, or Cancel where there is one.
+// Enter answers Yes. Escape and closing the box answer No, or Cancel where there is one.
 Answer ask(QWidget* parent, const Texts& texts, const QString& text, Choices choices = Choices::YesNo);
+// Before something goes for good: Enter answers No. True for Yes.
+bool confirmLoss(QWidget* parent, const Texts& texts, const QString& text);
 
 // Runs the work; a fault is shown and gives false. So does a stop by the operator, who needs no word about it.
 template <typename Work>
@@ -32,14 +33,5 @@ bool attempt(QWidget* parent, const Texts& texts, Work&& work) {
     return false;
   }
 }
-
-// The waiting pointer, for as long as it lives.
-class WaitCursor {
- public:
-  WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-  WaitCursor(const WaitCursor&) = delete;
-  WaitCursor& operator=(const WaitCursor&) = delete;
-  ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-};
 
 }  // namespace ui

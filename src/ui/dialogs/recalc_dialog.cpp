@@ -39,7 +39,9 @@ class RecalcDialog : public FormDialog {
     form->addRow(texts("IDS_PROVIDER"), provider_);
     body()->addLayout(form);
     body()->addWidget(buildSwitches());
+    body()->addWidget(makeHint(texts("IDS_RECALC_HINT")));
     okButton()->setText(texts("IDS_UPDATE"));
+    setMinimumWidth(fontMetrics().averageCharWidth() * 70);
     const bool allowed =
         !document.DatabaseReadOnly() && document.HasRight(security::ObjectCalls, security::RightChange);
     for (const QCheckBox* box : {reprice_, reconvert_, department_, owner_, names_}) {
@@ -80,10 +82,11 @@ class RecalcDialog : public FormDialog {
     for (QCheckBox* box : {reprice_, reconvert_, department_, owner_, names_}) layout->addWidget(box);
     addSeconds_ = named(new QSpinBox, "addSeconds");
     addSeconds_->setRange(-kMostSeconds, kMostSeconds);
-    addSeconds_->setToolTip(texts()("IDS_RECALC_SECONDS_HINT"));
+    addSeconds_->setSuffix(" s");
     auto* form = new QFormLayout;
     form->addRow(texts()("IDS_RECALC_SECONDS"), addSeconds_);
     layout->addLayout(form);
+    layout->addWidget(makeHint(texts()("IDS_RECALC_SECONDS_HINT")));
     return group;
   }
 

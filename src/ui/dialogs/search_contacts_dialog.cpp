@@ -2,11 +2,12 @@
 
 #include <QFormLayout>
 #include <QHBoxLayout>
-#include <QHeaderView>
 
+#include "platform/progress.h"
 #include "security/rights.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/messages.h"
+#include "ui/dialogs/record_list.h"
 #include "ui/dialogs/report_place.h"
 #include "ui/dialogs/vcard_exchange.h"
 
@@ -57,15 +58,8 @@ void CSearchContactsDlg::buildInputs() {
 }
 
 void CSearchContactsDlg::buildList() {
-  list_ = named(new QTableWidget(0, 3), "list");
-  list_->setHorizontalHeaderLabels({texts()("IDS_NAME"), texts()("IDS_ADDRESS"), texts()("IDS_PHONE_NUMBERS")});
-  list_->setSelectionBehavior(QAbstractItemView::SelectRows);
-  list_->setSelectionMode(QAbstractItemView::SingleSelection);
-  list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  list_->verticalHeader()->hide();
-  list_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-  list_->setTabKeyNavigation(false);
-  list_->setAccessibleName(texts()("IDS_SEARCH_RESULTS"));
+  list_ = makeRecordList({texts()("IDS_NAME"), texts()("IDS_ADDRESS"), texts()("IDS_PHONE_NUMBERS")},
+                         texts()("IDS_SEARCH_RESULTS"), "list");
   connect(list_, &QTableWidget::cellDoubleClicked, this, [this] { openSelected(); });
   count_ = named(new QLabel, "count");
   count_->setWordWrap(true);
@@ -93,7 +87,6 @@ void CSearchContactsDlg::buildButtons() {
   auto* exported = named(new QPushButton(texts()("IDS_VCARD_EXPORT")), "export");
   auto* cards = new QHBoxLayout;
   for (QPushButton* button : {import, exported}) {
-    button->setAutoDefault(false);
     cards->addWidget(button);
   }
   cards->addStretch();
@@ -128,11 +121,18 @@ void CSearchContactsDlg::accept() {
 void CSearchContactsDlg::search() {
   if (!contacts::searchable(input())) return warn(this, texts(), texts()("IDS_SEARCH_UNUSABLE"));
   storeOptions();
-  attempt(this, texts(), [this] {
-    const WaitCursor wait;
-    result_ = contacts::searchContacts(input(), document_.contactBook(), document_.app().config());
+  const contacts::SearchInput sought = input();
+  if (sought.name.empty() && sought.telephone.empty() && sought.address.empty()) {
+    count_->setText(texts()("IDS_SEARCH_NOTHING_GIVEN"));
+    name_->setFocus();
+    return;
+  }
+  const bool done = attempt(this, texts(), [&] {
+    const platform::Progress progress(document_.app().surroundings().person, fromQt(texts()("IDS_SEARCHCONTACTS")),
+                                      fromQt(texts()("IDS_SEARCHING")));
+    result_ = contacts::searchContacts(sought, document_.contactBook(), document_.app().config());
   });
-  showResult();
+  if (done) showResult();
 }
 
 void CSearchContactsDlg::storeOptions() {

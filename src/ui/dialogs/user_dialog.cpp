@@ -4,7 +4,9 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 
+#include "base/characters.h"
 #include "security/rights.h"
+#include "security/session.h"
 #include "security/users.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/directory_messages.h"
@@ -20,7 +22,8 @@ constexpr int kIdRole = Qt::UserRole;
 // A user of the database: names, password, flags, groups and the condition on the calls that they may see.
 class UserEditDlg : public FormDialog {
  public:
-  UserEditDlg(security::UserDirectory& directory, security::UserRecord user, const Texts& texts, QWidget* parent)
+  UserEditDlg(security::UserDirectory& directory, security::UserRecord user, bool allowed, const Texts& texts,
+              QWidget* parent)
       : FormDialog(texts, "IDS_USER", "userDialog", parent), directory_(directory), user_(std::move(user)) {
     auto* form = new QFormLayout;
     name_ = addLine(*form, "IDS_USER", "userName", toQt(user_.Name));
@@ -40,7 +43,9 @@ class UserEditDlg : public FormDialog {
     restriction_->setTabChangesFocus(true);
     restriction_->setMaximumHeight(fontMetrics().lineSpacing() * 4);
     form->addRow(texts("IDS_USER_RESTRICTION"), restriction_);
+    form->addRow(QString(), makeHint(texts("IDS_HINT_RESTRICTION")));
     body()->addLayout(form);
+    if (!allowed) allowOnlyLooking();
     resize(sizeHint().expandedTo({fontMetrics().averageCharWidth() * 70, 0}));
   }
 
@@ -51,6 +56,13 @@ class UserEditDlg : public FormDialog {
       return;
     }
     security::UserRecord edited = gather();
+    if (const QString text = problem(edited); !text.isEmpty()) return warn(this, texts(), text);
+    // Saved on purpose, for a user who is to log in later.
+    if (security::groupIds(edited.Groups).empty() &&
+        ask(this, texts(), texts()("IDS_USER_WITHOUT_GROUPS")) != Answer::Yes) {
+      groups_->setFocus();
+      return;
+    }
     std::optional<std::string> newPassword;
     if (!password_->text().isEmpty()) newPassword = fromQt(password_->text());
     // A new user without a password has the empty one.
@@ -86,8 +98,18 @@ class UserEditDlg : public FormDialog {
       const bool belongs = std::find(member.begin(), member.end(), group.RecordID) != member.end();
       item->setCheckState(belongs ? Qt::Checked : Qt::Unchecked);
     }
-    groups_->setMinimumHeight(fontMetrics().lineSpacing() * 5);
+    groups_->setFixedHeight(fontMetrics().lineSpacing() * 6);
     form.addRow(texts()("IDS_FOLDER_GROUPS"), groups_);
+  }
+
+  // What would surprise at the next login.
+  QString problem(const security::UserRecord& edited) {
+    // A longer condition would not be applied, and the user would see every call.
+    if (edited.SQLSubquery != user_.SQLSubquery &&
+        base::characterCount(edited.SQLSubquery) >= security::kRestrictionLimit) {
+      return texts().format("IDS_RESTRICTION_SHORTEN", security::kRestrictionLimit - 1);
+    }
+    return keepsAnAdministrator(directory_, edited) ? QString() : texts()("IDS_LAST_ADMINISTRATOR");
   }
 
   security::UserRecord gather() const {
@@ -134,7 +156,8 @@ bool editUser(server::CServerDoc& document, const Texts& texts, QWidget* parent,
     }
     user = *found;
   }
-  return UserEditDlg(document.users(), std::move(user), texts, parent).exec() == QDialog::Accepted;
+  const bool allowed = mayChangeAdministration(document);
+  return UserEditDlg(document.users(), std::move(user), allowed, texts, parent).exec() == QDialog::Accepted;
 }
 
 }  // namespace ui

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "contacts/vcard.h"
+#include "platform/progress.h"
 #include "ui/dialogs/messages.h"
 
 namespace ui {
@@ -34,13 +35,8 @@ std::vector<contacts::Contact> contactsOf(contacts::ContactsManager& book, const
 // All cards or, when the operator stops it or a fault comes, none.
 std::size_t addAll(server::CServerDoc& document, const Texts& texts, std::vector<contacts::Contact> cards) {
   platform::Operator& person = document.app().surroundings().person;
-  struct Window {
-    platform::Operator& person;
-    ~Window() { person.progressEnd(); }
-  };
-  person.progressBegin(texts.language().Translate("IDS_CONTACTS"), texts.language().Translate("IDS_UPDATING_DATABASE"),
-                       static_cast<std::int64_t>(cards.size()));
-  const Window window{person};
+  const platform::Progress progress(person, fromQt(texts("IDS_CONTACTS")), fromQt(texts("IDS_UPDATING_DATABASE")),
+                                    static_cast<std::int64_t>(cards.size()));
   jet::Transaction transaction(document.database());
   std::int64_t done = 0;
   for (contacts::Contact& card : cards) {
@@ -67,8 +63,11 @@ void exportVCards(server::CServerDoc& document, const Texts& texts, QWidget* par
   if (name.isEmpty()) return;
   if (!name.endsWith(".vcf", Qt::CaseInsensitive)) name += ".vcf";
   attempt(parent, texts, [&] {
-    const WaitCursor wait;
-    const std::string cards = contacts::writeVCards(contactsOf(document.contactBook(), recordIds));
+    const std::string cards = [&] {
+      const platform::Progress progress(document.app().surroundings().person, fromQt(texts("IDS_CONTACTS")),
+                                        texts.language().TranslateFormat("IDS_WRITING_FILE", fromQt(name)));
+      return contacts::writeVCards(contactsOf(document.contactBook(), recordIds));
+    }();
     QSaveFile file(name);
     const auto size = static_cast<qint64>(cards.size());
     if (!file.open(QIODevice::WriteOnly) || file.write(cards.data(), size) != size || !file.commit()) {

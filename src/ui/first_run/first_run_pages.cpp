@@ -1,16 +1,14 @@
 #include "ui/first_run/first_run_pages.h"
 
-#include <QDir>
-#include <QFileDialog>
+#include <QFile>
 #include <QFormLayout>
-#include <QHBoxLayout>
-#include <QPushButton>
 #include <QStandardPaths>
 #include <QVBoxLayout>
 #include <QWizard>
 
 #include "sample/company.h"
 #include "schema/schema.h"
+#include "ui/dialogs/folder_line.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
 
@@ -24,29 +22,7 @@ QLabel* explanation(const QString& text) {
   return label;
 }
 
-// An absolute path, "~" being the user's home.
-QString wholePath(QString path) {
-  path = path.trimmed();
-  if (path == "~" || path.startsWith("~/")) path.replace(0, 1, QDir::homePath());
-  return path.isEmpty() ? path : QDir::cleanPath(QDir(path).absolutePath());
-}
-
 }  // namespace
-
-QWidget* withBrowseButton(QLineEdit* line, const Texts& texts) {
-  auto* both = new QWidget;
-  auto* layout = new QHBoxLayout(both);
-  layout->setContentsMargins(0, 0, 0, 0);
-  auto* browse = new QPushButton(texts("IDS_BROWSE"));
-  browse->setObjectName(line->objectName() + "Browse");
-  layout->addWidget(line, 1);
-  layout->addWidget(browse);
-  QObject::connect(browse, &QPushButton::clicked, line, [line] {
-    const QString folder = QFileDialog::getExistingDirectory(line, {}, line->text());
-    if (!folder.isEmpty()) line->setText(folder);
-  });
-  return both;
-}
 
 FirstRunLanguagePage::FirstRunLanguagePage(const Texts& texts)
     : texts_(texts), languages_(named(new QComboBox, "language")), label_(new QLabel) {

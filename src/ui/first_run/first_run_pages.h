@@ -77,7 +77,4 @@ class FirstRunPasswordPage : public QWizardPage {
   QLineEdit* repeated_;
 };
 
-// A line for a folder with a button to choose one beside it.
-QWidget* withBrowseButton(QLineEdit* line, const Texts& texts);
-
 }  // namespace ui
