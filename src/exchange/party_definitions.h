@@ -15,12 +15,16 @@ struct tagEXTINFO {
   std::string extension;
   std::string description;
   std::string department;
+
+  bool operator==(const tagEXTINFO&) const = default;
 };
 
 struct tagCONTINFO {
   std::string account;
   std::string description;
   std::string department;
+
+  bool operator==(const tagCONTINFO&) const = default;
 };
 
 // A trunk (line) of the exchange.
@@ -31,6 +35,8 @@ struct tagTRUNKINFO {
   std::string profile;
   std::int32_t pulses = 0;            // 1: priced by pulses
   std::int32_t ignoreZeroPulses = 0;  // 1: calls without pulses are not priced
+
+  bool operator==(const tagTRUNKINFO&) const = default;
 };
 
 struct ClientDefinition {
@@ -47,6 +53,8 @@ struct ProviderDefinition {
   std::string localPrefixes;   // separated by "," ";" or blank
   std::string nationalPrefix;  // always empty
   std::int32_t freeSeconds = 0;
+
+  bool operator==(const ProviderDefinition&) const = default;
 };
 
 struct PREFIX {

@@ -1,18 +1,16 @@
 #include "ui/record_table.h"
 
+#include <QCollator>
 #include <QComboBox>
-#include <QFile>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QLineEdit>
-#include <QMessageBox>
+#include <QKeyEvent>
 #include <QShortcut>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "ui/csv.h"
+#include "ui/record_table_csv.h"
 
 namespace ui {
 
@@ -20,6 +18,17 @@ namespace {
 
 // Columns take the width of what stands in this many rows.
 constexpr int kRowsMeasured = 200;
+constexpr int kWidestColumn = 420;  // pixels
+constexpr int kColumnMargin = 14;
+constexpr auto kEditTriggers =
+    QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed;
+
+void fitColumns(QTableView& view) {
+  view.resizeColumnsToContents();
+  for (int column = 0; column < view.model()->columnCount(); ++column) {
+    view.setColumnWidth(column, std::min(view.columnWidth(column) + kColumnMargin, kWidestColumn));
+  }
+}
 
 // Cells with a fixed set of values are edited in a combo box.
 class ChoiceDelegate : public QStyledItemDelegate {
@@ -30,7 +39,9 @@ class ChoiceDelegate : public QStyledItemDelegate {
     const RecordColumn& column = model_.column(index.column());
     if (!column.choices) return QStyledItemDelegate::createEditor(parent, option, index);
     auto* box = new QComboBox(parent);
-    box->addItems(column.choices());
+    const auto* sorted = qobject_cast<const QSortFilterProxyModel*>(index.model());
+    box->addItems(column.choices((sorted != nullptr ? sorted->mapToSource(index) : index).row()));
+    box->setEditable(column.typeable);
     return box;
   }
 
@@ -54,69 +65,114 @@ class ChoiceDelegate : public QStyledItemDelegate {
   const RecordTableModel& model_;
 };
 
+// Numbers in texts by their value: trunk 2 stands before trunk 10.
+class NaturalOrder : public QSortFilterProxyModel {
+ public:
+  explicit NaturalOrder(QObject* parent) : QSortFilterProxyModel(parent) {
+    collator_.setNumericMode(true);
+    collator_.setCaseSensitivity(Qt::CaseInsensitive);
+  }
+
+ protected:
+  bool lessThan(const QModelIndex& left, const QModelIndex& right) const override {
+    return collator_.compare(left.data().toString(), right.data().toString()) < 0;
+  }
+
+ private:
+  QCollator collator_;
+};
+
 }  // namespace
 
 RecordTable::RecordTable(RecordTableModel* model, const QString& name, const Texts& texts, QWidget* parent)
-    : QWidget(parent), texts_(texts), model_(model), sorted_(new QSortFilterProxyModel(this)), view_(new QTableView) {
+    : QWidget(parent),
+      texts_(texts),
+      model_(model),
+      sorted_(new NaturalOrder(this)),
+      view_(new QTableView),
+      search_(new QLineEdit),
+      problem_(new QLabel) {
   model_->setParent(this);
   sorted_->setSourceModel(model_);
   sorted_->setFilterKeyColumn(-1);
   sorted_->setFilterCaseSensitivity(Qt::CaseInsensitive);
-  sorted_->setSortCaseSensitivity(Qt::CaseInsensitive);
   view_->setObjectName(name);
   view_->setModel(sorted_);
   view_->setItemDelegate(new ChoiceDelegate(*model_, view_));
   view_->setSortingEnabled(true);
   view_->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
   view_->setSelectionBehavior(QAbstractItemView::SelectRows);
-  view_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                         QAbstractItemView::AnyKeyPressed);
+  view_->setEditTriggers(kEditTriggers);
   view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 10);
   view_->setWordWrap(false);
   view_->horizontalHeader()->setResizeContentsPrecision(kRowsMeasured);
-  view_->resizeColumnsToContents();
-  view_->horizontalHeader()->setStretchLastSection(true);
+  fitColumns(*view_);
+  // Numbers and switches would stand far from the rest.
+  const RecordColumn& last = model_->column(model_->columnCount() - 1);
+  view_->horizontalHeader()->setStretchLastSection(!last.rightAligned && !last.checkbox);
 
-  auto* search = new QLineEdit;
-  search->setPlaceholderText(texts("IDS_SEARCH"));
-  search->setAccessibleName(texts("IDS_SEARCH"));
-  search->setClearButtonEnabled(true);
-  connect(search, &QLineEdit::textChanged, sorted_, &QSortFilterProxyModel::setFilterFixedString);
+  search_->setObjectName("search");
+  search_->setPlaceholderText(texts("IDS_SEARCH"));
+  search_->setAccessibleName(texts("IDS_SEARCH"));
+  search_->setClearButtonEnabled(true);
+  problem_->setObjectName("problem");
+  problem_->setWordWrap(true);
+  problem_->hide();
+  connect(search_, &QLineEdit::textChanged, sorted_, &QSortFilterProxyModel::setFilterFixedString);
   connect(view_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
           [this] { emit currentRowChanged(currentRow()); });
+  connect(view_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &RecordTable::offerButtons);
+  connect(model_, &RecordTableModel::refused, this, &RecordTable::explainRefusal);
+  connect(model_, &RecordTableModel::edited, problem_, &QLabel::hide);
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(search);
+  layout->addWidget(search_);
   layout->addWidget(view_);
-  buttons_ = makeButtons(texts);
-  layout->addWidget(buttons_);
+  layout->addWidget(problem_);
+  layout->addWidget(makeButtons());
+  offerButtons();
 }
 
-QWidget* RecordTable::makeButtons(const Texts& texts) {
+QPushButton* RecordTable::addButton(QLayout& bar, const char* key, const char* name, void (RecordTable::*slot)()) {
+  auto* button = new QPushButton(texts_(key));
+  button->setObjectName(name);
+  connect(button, &QPushButton::clicked, this, slot);
+  bar.addWidget(button);
+  return button;
+}
+
+QWidget* RecordTable::makeButtons() {
   auto* bar = new QWidget;
   auto* layout = new QHBoxLayout(bar);
   layout->setContentsMargins(0, 0, 0, 0);
-  const auto add = [&](const char* key, const char* objectName, auto slot) {
-    auto* button = new QPushButton(texts(key));
-    button->setObjectName(objectName);
-    connect(button, &QPushButton::clicked, this, slot);
-    layout->addWidget(button);
+  const auto onKey = [this](const QKeySequence& key, void (RecordTable::*slot)()) {
+    connect(new QShortcut(key, view_, nullptr, nullptr, Qt::WidgetShortcut), &QShortcut::activated, this, slot);
   };
   if (model_->canInsert()) {
-    add("IDS_ADD", "add", &RecordTable::addRow);
-    connect(new QShortcut(QKeySequence(Qt::Key_Insert), view_, nullptr, nullptr, Qt::WidgetShortcut),
-            &QShortcut::activated, this, &RecordTable::addRow);
+    add_ = addButton(*layout, "IDS_ADD", "add", &RecordTable::addRow);
+    onKey(QKeySequence(Qt::Key_Insert), &RecordTable::addRow);
   }
   if (model_->canRemove()) {
-    add("IDS_DELETE", "delete", &RecordTable::removeSelected);
-    connect(new QShortcut(QKeySequence::Delete, view_, nullptr, nullptr, Qt::WidgetShortcut), &QShortcut::activated,
-            this, &RecordTable::removeSelected);
+    delete_ = addButton(*layout, "IDS_DELETE", "delete", &RecordTable::removeSelected);
+    onKey(QKeySequence::Delete, &RecordTable::removeSelected);
   }
   layout->addStretch();
-  if (model_->canInsert()) add("IDS_IMPORT_CSV", "importCsv", &RecordTable::importCsv);
-  add("IDS_EXPORT_CSV", "exportCsv", &RecordTable::exportCsv);
+  if (model_->canImport()) import_ = addButton(*layout, "IDS_IMPORT_CSV", "importCsv", &RecordTable::importCsv);
+  addButton(*layout, "IDS_EXPORT_CSV", "exportCsv", &RecordTable::exportCsv);
   return bar;
+}
+
+void RecordTable::offerButtons() {
+  if (add_ != nullptr) add_->setEnabled(!readOnly_);
+  if (delete_ != nullptr) delete_->setEnabled(!readOnly_ && view_->selectionModel()->hasSelection());
+  if (import_ != nullptr) import_->setEnabled(!readOnly_);
+}
+
+void RecordTable::explainRefusal(int column, const QString& text) {
+  const RecordColumn& refused = model_->column(column);
+  problem_->setText(texts_.format("IDS_TABLE_REFUSED", fromQt(text), fromQt(refused.caption)) + ' ' + refused.hint);
+  problem_->show();
 }
 
 int RecordTable::currentRow() const {
@@ -125,22 +181,29 @@ int RecordTable::currentRow() const {
 }
 
 void RecordTable::setReadOnly(bool readOnly) {
-  view_->setEditTriggers(readOnly ? QAbstractItemView::NoEditTriggers
-                                  : QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                                        QAbstractItemView::AnyKeyPressed);
-  buttons_->setEnabled(!readOnly);
+  readOnly_ = readOnly;
+  model_->setReadOnly(readOnly);
+  view_->setEditTriggers(readOnly ? QAbstractItemView::NoEditTriggers : kEditTriggers);
+  offerButtons();
 }
 
 void RecordTable::addRow() {
+  if (readOnly_) return;
+  search_->clear();  // it would hide the new row
   const int row = model_->rowCount();
   if (!model_->insertRow(row)) return;
-  const QModelIndex added = sorted_->mapFromSource(model_->index(row, 0));
+  int first = 0;
+  while (first + 1 < model_->columnCount() && (model_->flags(model_->index(row, first)) & Qt::ItemIsEditable) == 0) {
+    ++first;
+  }
+  const QModelIndex added = sorted_->mapFromSource(model_->index(row, first));
   view_->setCurrentIndex(added);
   view_->scrollTo(added);
   view_->edit(added);
 }
 
 void RecordTable::removeSelected() {
+  if (readOnly_) return;
   std::vector<int> rows;
   for (const QModelIndex& index : view_->selectionModel()->selectedRows()) {
     rows.push_back(sorted_->mapToSource(index).row());
@@ -149,56 +212,19 @@ void RecordTable::removeSelected() {
   for (const int row : rows) model_->removeRow(row);
 }
 
-void RecordTable::exportCsv() {
-  const QString name = QFileDialog::getSaveFileName(this, texts_("IDS_EXPORT_CSV"), {}, "CSV (*.csv)");
-  if (name.isEmpty()) return;
-  QFile file(name);
-  if (!file.open(QIODevice::WriteOnly)) {
-    QMessageBox::warning(this, texts_("IDS_EXPORT_CSV"), texts_.format("IDS_CANTWRITEFILE", fromQt(name)));
-    return;
-  }
-  QStringList cells;
-  for (int c = 0; c < model_->columnCount(); ++c) cells << model_->column(c).caption;
-  file.write(csvLine(cells).toUtf8());
-  for (int r = 0; r < model_->rowCount(); ++r) {
-    cells.clear();
-    for (int c = 0; c < model_->columnCount(); ++c) cells << model_->column(c).read(r);
-    file.write(csvLine(cells).toUtf8());
-  }
+void RecordTable::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) return QWidget::keyPressEvent(event);
+  if (view_->hasFocus() && !readOnly_ && view_->currentIndex().isValid()) view_->edit(view_->currentIndex());
 }
 
-// Columns are matched by their captions, so that a file may hold them in another order; rows are added.
+void RecordTable::exportCsv() {
+  exportTable(*model_, texts_, this);
+}
+
 void RecordTable::importCsv() {
-  const QString name = QFileDialog::getOpenFileName(this, texts_("IDS_IMPORT_CSV"), {}, "CSV (*.csv *.txt)");
-  if (name.isEmpty()) return;
-  QFile file(name);
-  if (!file.open(QIODevice::ReadOnly)) {
-    QMessageBox::warning(this, texts_("IDS_IMPORT_CSV"), texts_.format("IDS_CANTREADFILE", fromQt(name)));
-    return;
-  }
-  const auto rows = readCsv(QString::fromUtf8(file.readAll()).remove(QChar(0xFEFF)));
-  if (rows.empty()) return;
-  std::vector<int> columns;
-  for (const QString& caption : rows.front()) {
-    int found = -1;
-    for (int c = 0; c < model_->columnCount(); ++c) {
-      if (model_->column(c).caption.compare(caption.trimmed(), Qt::CaseInsensitive) == 0) found = c;
-    }
-    columns.push_back(found);
-  }
-  int refused = 0;
-  for (std::size_t r = 1; r < rows.size(); ++r) {
-    const int at = model_->rowCount();
-    model_->insertRow(at);
-    for (std::size_t c = 0; c < columns.size() && c < static_cast<std::size_t>(rows[r].size()); ++c) {
-      if (columns[c] < 0 || !model_->column(columns[c]).write) continue;
-      if (!model_->column(columns[c]).write(at, rows[r][static_cast<qsizetype>(c)])) ++refused;
-    }
-  }
-  model_->reload();
-  if (refused > 0) {
-    QMessageBox::warning(this, texts_("IDS_IMPORT_CSV"), texts_.format("IDS_CSV_REFUSED", refused));
-  }
+  if (!importTable(*model_, texts_, this)) return;
+  search_->clear();
+  fitColumns(*view_);
 }
 
 }  // namespace ui

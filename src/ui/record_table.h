@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSortFilterProxyModel>
 #include <QTableView>
@@ -11,7 +13,7 @@
 namespace ui {
 
 // A table of records with a search line and buttons to add, delete, import and export (CSV). The page's own keys work:
-// Insert adds, Delete deletes the selected rows.
+// Insert adds, Delete deletes the selected rows. A value that is refused is explained under the table.
 class RecordTable : public QWidget {
   Q_OBJECT
 
@@ -34,14 +36,26 @@ class RecordTable : public QWidget {
   void exportCsv();
   void importCsv();
 
+ protected:
+  // Enter edits the current cell; it is not the dialog's OK.
+  void keyPressEvent(QKeyEvent* event) override;
+
  private:
-  QWidget* makeButtons(const Texts& texts);
+  QWidget* makeButtons();
+  QPushButton* addButton(QLayout& bar, const char* key, const char* name, void (RecordTable::*slot)());
+  void offerButtons();
+  void explainRefusal(int column, const QString& text);
 
   const Texts& texts_;
   RecordTableModel* model_;
   QSortFilterProxyModel* sorted_;
   QTableView* view_;
-  QWidget* buttons_ = nullptr;
+  QLineEdit* search_;
+  QLabel* problem_;
+  QPushButton* add_ = nullptr;  // null where rows are not added
+  QPushButton* delete_ = nullptr;
+  QPushButton* import_ = nullptr;
+  bool readOnly_ = false;
 };
 
 }  // namespace ui

@@ -2,6 +2,14 @@
 
 namespace ui {
 
+namespace {
+
+int alignmentOf(const RecordColumn& column) {
+  return static_cast<int>((column.rightAligned ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+}
+
+}  // namespace
+
 RecordTableModel::RecordTableModel(std::vector<RecordColumn> columns, Rows rows, QObject* parent)
     : QAbstractTableModel(parent), columns_(std::move(columns)), rows_(std::move(rows)) {}
 
@@ -21,20 +29,23 @@ QVariant RecordTableModel::data(const QModelIndex& index, int role) const {
     return {};
   }
   if (role == Qt::DisplayRole || role == Qt::EditRole) return shown.read(index.row());
+  if (role == Qt::TextAlignmentRole) return alignmentOf(shown);
   return {};
 }
 
 QVariant RecordTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
-  if (role != Qt::DisplayRole) return {};
-  if (orientation == Qt::Vertical) return section + 1;
-  return column(section).caption;
+  if (orientation == Qt::Vertical) return role == Qt::DisplayRole ? QVariant(section + 1) : QVariant();
+  if (role == Qt::DisplayRole) return column(section).caption;
+  if (role == Qt::ToolTipRole) return column(section).hint;
+  if (role == Qt::TextAlignmentRole) return alignmentOf(column(section));
+  return {};
 }
 
 Qt::ItemFlags RecordTableModel::flags(const QModelIndex& index) const {
   Qt::ItemFlags flags = QAbstractTableModel::flags(index);
   if (!index.isValid()) return flags;
   const RecordColumn& shown = column(index.column());
-  if (!shown.write) return flags;
+  if (!shown.write || shown.automatic || readOnly_) return flags;
   return flags | (shown.checkbox ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable);
 }
 
@@ -45,7 +56,10 @@ bool RecordTableModel::setData(const QModelIndex& index, const QVariant& value, 
   const QString text =
       role == Qt::CheckStateRole ? QString(value.toInt() == Qt::Checked ? "1" : "0") : value.toString();
   if (text == shown.read(index.row())) return true;
-  if (!shown.write(index.row(), text)) return false;
+  if (!shown.write(index.row(), text)) {
+    emit refused(index.column(), text);
+    return false;
+  }
   // Other columns of the row may be derived from this one.
   emit dataChanged(this->index(index.row(), 0), this->index(index.row(), columnCount() - 1));
   emit edited();
@@ -64,15 +78,25 @@ bool RecordTableModel::insertRows(int row, int count, const QModelIndex& parent)
 bool RecordTableModel::removeRows(int row, int count, const QModelIndex& parent) {
   if (parent.isValid() || !rows_.remove || row < 0 || row + count > rowCount()) return false;
   beginRemoveRows({}, row, row + count - 1);
-  for (int i = 0; i < count; ++i) rows_.remove(row);
+  for (int i = count; i-- > 0;) rows_.remove(row + i);
   endRemoveRows();
   emit edited();
   return true;
 }
 
-void RecordTableModel::reload() {
-  beginResetModel();
+void RecordTableModel::endBulkChange() {
   endResetModel();
+  emit edited();
+}
+
+int RecordTableModel::append() {
+  const int row = rows_.count();
+  rows_.insert(row);
+  return row;
+}
+
+void RecordTableModel::clear() {
+  for (int row = rows_.count(); row-- > 0;) rows_.remove(row);
 }
 
 }  // namespace ui

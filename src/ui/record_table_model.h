@@ -13,9 +13,14 @@ struct RecordColumn {
   std::function<QString(int row)> read;
   // Takes the edited text; false when it is not acceptable (the cell keeps its value). Empty: the column is read-only.
   std::function<bool(int row, const QString& text)> write;
-  // The values to choose from; empty function: free text.
-  std::function<QStringList()> choices;
+  // The values to choose from for a row; empty function: free text.
+  std::function<QStringList(int row)> choices;
   bool checkbox = false;  // read gives "1" or "0", write takes them
+  bool typeable = false;  // other values than the choices can be typed
+  bool rightAligned = false;
+  bool automatic = false;  // given by the program: only an import writes it
+  // What is accepted, as a sentence: under the pointer, and when a value is refused.
+  QString hint;
 };
 
 // A list of records in memory, behind a table view: extensions, accounts, trunks, bands, currencies.
@@ -27,6 +32,8 @@ class RecordTableModel : public QAbstractTableModel {
     std::function<int()> count;
     std::function<void(int at)> insert;  // a new, empty record; empty function: rows are not added
     std::function<void(int at)> remove;  // empty function: rows are not removed
+    // Where rows are not added: the row that takes an imported record with that text in the first column, -1 for none.
+    std::function<int(const QString& key)> rowFor;
   };
 
   RecordTableModel(std::vector<RecordColumn> columns, Rows rows, QObject* parent = nullptr);
@@ -43,15 +50,25 @@ class RecordTableModel : public QAbstractTableModel {
   [[nodiscard]] const RecordColumn& column(int index) const { return columns_[static_cast<std::size_t>(index)]; }
   [[nodiscard]] bool canInsert() const { return static_cast<bool>(rows_.insert); }
   [[nodiscard]] bool canRemove() const { return static_cast<bool>(rows_.remove); }
-  // The records behind the model were replaced.
-  void reload();
+  [[nodiscard]] bool canImport() const { return canInsert() || rows_.rowFor; }
+  [[nodiscard]] int rowFor(const QString& key) const { return rows_.rowFor(key); }
+  // Without the right to change: nothing is edited, switches neither.
+  void setReadOnly(bool readOnly) { readOnly_ = readOnly; }
+
+  // Many changes at once, through the columns' write functions and these two: views hear of them at the end only.
+  void beginBulkChange() { beginResetModel(); }
+  void endBulkChange();
+  int append();  // a new record; its row
+  void clear();
 
  signals:
   void edited();
+  void refused(int column, const QString& text);
 
  private:
   std::vector<RecordColumn> columns_;
   Rows rows_;
+  bool readOnly_ = false;
 };
 
 }  // namespace ui

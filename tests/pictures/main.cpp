@@ -124,10 +124,10 @@ void takeFrame(Album& album, Workstation& station, server::CServerDoc& document,
 
 void takeSettings(Album& album, server::CServerDoc& document, const ui::Texts& texts) {
   ui::SettingsSheet sheet(document, texts);
-  auto& pages = child<QTabWidget>(sheet, "pages");
-  for (int i = 0; i < pages.count(); ++i) {
-    pages.setCurrentIndex(i);
-    if (auto* calculate = pages.widget(i)->findChild<QPushButton*>("testerCalculate")) {
+  for (int i = 0; i < static_cast<int>(sheet.pages().size()); ++i) {
+    const ui::SettingsPage& page = sheet.pages()[static_cast<std::size_t>(i)];
+    sheet.showPage(page.caption);
+    if (auto* calculate = page.widget->findChild<QPushButton*>("testerCalculate")) {
       child<QLineEdit>(sheet, "testerNumber").setText("0044207946000");
       calculate->click();
     }

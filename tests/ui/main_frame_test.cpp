@@ -1,12 +1,12 @@
 #include "ui/main_frame.h"
 
+#include <QComboBox>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
-#include <QTabWidget>
 #include <QTest>
 
 #include "desktop.h"
@@ -255,7 +255,7 @@ TEST_F(MainFrameTest, AnExtensionsNewDepartmentIsThatOfItsNextCall) {
 TEST_F(MainFrameTest, ThePriceTesterExplainsAPrice) {
   ui::SettingsSheet sheet(*desktop.document, *desktop.texts);
   QTest::keyClicks(&support::child<QLineEdit>(sheet, "testerNumber"), "3456789");
-  support::child<QSpinBox>(sheet, "testerTrunk").setValue(5);
+  support::child<QComboBox>(sheet, "testerTrunk").setEditText("5");
   support::child<QSpinBox>(sheet, "testerDuration").setValue(61);
   support::click(sheet, "testerCalculate");
   EXPECT_TRUE(support::child<QPlainTextEdit>(sheet, "testerSteps").toPlainText().contains("Telco"));
@@ -266,7 +266,7 @@ TEST(Language, WindowsAreInTheLanguageOfTheWorkstation) {
   ASSERT_TRUE(desktop.started);
   ui::SettingsSheet sheet(*desktop.document, *desktop.texts);
   EXPECT_EQ(sheet.windowTitle(), "Setări");
-  EXPECT_EQ(support::child<QTabWidget>(sheet, "pages").tabText(0), "Interioare");
+  EXPECT_EQ(sheet.pages().front().caption, "Interioare");
 }
 
 TEST(FolderModel, AWindowOverALongFolderShowsTheSameRecordsWhereverItStands) {

@@ -2,19 +2,22 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFileDialog>
+#include <QDoubleSpinBox>
 #include <QFormLayout>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
+#include <QRegularExpressionValidator>
 #include <QScrollArea>
 #include <QSpinBox>
-#include <QVBoxLayout>
-#include <limits>
+#include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <span>
 #include <vector>
+
+#include "base/path.h"
+#include "schema/schema.h"
+#include "ui/dialogs/folder_line.h"
 
 namespace ui {
 
@@ -22,8 +25,10 @@ namespace {
 
 constexpr foundation::Store M = foundation::StoreMachine;
 constexpr foundation::Store D = foundation::StoreDatabase;
+constexpr int kLongestCode = 8;    // of a country or area
+constexpr int kHeadingSpace = 10;  // above it, in pixels
 
-enum class OptionKind { Text, Number, Switch, Folder, DepartmentSource, Language };
+enum class OptionKind { Heading, Text, Digits, Percent, Number, Switch, Folder, DepartmentSource, Language };
 
 struct Option {
   const char* captionKey;
@@ -31,195 +36,337 @@ struct Option {
   const char* key;
   foundation::Store store;
   OptionKind kind;
-  int fallback;  // of numbers and switches
-  int least;     // of numbers
-  int most;
+  int fallback = 0;  // of numbers and switches
+  int least = 0;     // of numbers
+  int most = 0;
+  const char* unitKey = nullptr;    // behind the number
+  const char* lowestKey = nullptr;  // what the least number means
+  const char* hintKey = nullptr;    // a sentence under the field
 };
 
+constexpr Option heading(const char* captionKey) {
+  return {captionKey, "", "", M, OptionKind::Heading};
+}
+
 constexpr Option kCallOptions[] = {
-    {"IDS_OPT_KEEP_DAYS", "Calls", "Sterge", D, OptionKind::Number, -1, -1, 100000},
+    {"IDS_OPT_KEEP_DAYS", "Calls", "Sterge", D, OptionKind::Number, -1, 0, 100000, "IDS_DAYS_TEXT", "IDS_OPT_ALL_CALLS",
+     "IDS_HINT_KEEP_DAYS"},
     {"IDS_OPT_DEPARTMENT_SOURCE", "Calls", "Sursa_departament", D, OptionKind::DepartmentSource, 0, 0, 1},
-    {"IDS_OPT_IGNORE_SHORT", "Calls", "Ignore_short_calls", D, OptionKind::Number, -1, -1, 86400},
-    {"IDS_OPT_SECONDS_NOT_CHARGED", "Calls", "Seconds_not_charged", D, OptionKind::Switch, 0, 0, 1},
+    {"IDS_OPT_IGNORE_SHORT", "Calls", "Ignore_short_calls", D, OptionKind::Number, -1, -1, 86400, "IDS_SECONDS",
+     "IDS_OPT_NO_CALL", "IDS_HINT_IGNORE_SHORT"},
+    {"IDS_OPT_SECONDS_NOT_CHARGED", "Calls", "Seconds_not_charged", D, OptionKind::Switch, 0, 0, 1, nullptr, nullptr,
+     "IDS_HINT_SECONDS_NOT_CHARGED"},
     {"IDS_OPT_EXTERNAL_PHONEBOOK", "Calls", "ExternalPhonebook", D, OptionKind::Switch, 1, 0, 1},
-    {"IDS_OPT_NUMBER_FILTER", "Calls", "Number_Filter_Enabled", M, OptionKind::Switch, 0, 0, 1},
+    {"IDS_OPT_NUMBER_FILTER", "Calls", "Number_Filter_Enabled", M, OptionKind::Switch, 0, 0, 1, nullptr, nullptr,
+     "IDS_HINT_NUMBER_FILTER"},
+    heading("IDS_FOLDER_LOG"),
     {"IDS_OPT_LOG_DELETE", "general", "Log_DeleteEnabled", D, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_LOG_DAYS", "general", "Log_DeleteAfter", D, OptionKind::Number, 0, 0, 100000},
+    {"IDS_OPT_LOG_DAYS", "general", "Log_DeleteAfter", D, OptionKind::Number, 0, 0, 100000, "IDS_DAYS_TEXT",
+     "IDS_OPT_ALL_CALLS"},
 };
 
 constexpr Option kOrganization[] = {
-    {"IDS_ADDRESS", "general", "OrganizationAddress", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_TOWN", "general", "OrganizationOras", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_PHONE_TEXT", "general", "OrganizationTel", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_FAX", "general", "OrganizationFax", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_EMAIL", "general", "OrganizationEmail", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_WEB", "general", "OrganizationWeb", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_FISCAL_CODE", "general", "OrganizationCF", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_BANK_ACCOUNT", "general", "OrganizationCont", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_BANK", "general", "OrganizationBanca", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_ORG_PREFIX", "general", "OrganizationPrefix", D, OptionKind::Text, 0, 0, 0},
-    {"IDS_OPT_VAT", "general", "OrganizationTVA", D, OptionKind::Number, 0, 0, 100},
-    {"IDS_OPT_SURCHARGE", "general", "OrganizationTAXE", D, OptionKind::Text, 0, 0, 0},
+    {"IDS_ADDRESS", "general", "OrganizationAddress", D, OptionKind::Text},
+    {"IDS_TOWN", "general", "OrganizationOras", D, OptionKind::Text},
+    {"IDS_PHONE_TEXT", "general", "OrganizationTel", D, OptionKind::Text},
+    {"IDS_FAX", "general", "OrganizationFax", D, OptionKind::Text},
+    {"IDS_EMAIL", "general", "OrganizationEmail", D, OptionKind::Text},
+    {"IDS_WEB", "general", "OrganizationWeb", D, OptionKind::Text},
+    {"IDS_FISCAL_CODE", "general", "OrganizationCF", D, OptionKind::Text},
+    {"IDS_BANK_ACCOUNT", "general", "OrganizationCont", D, OptionKind::Text},
+    {"IDS_BANK", "general", "OrganizationBanca", D, OptionKind::Text},
+    {"IDS_ORG_PREFIX", "general", "OrganizationPrefix", D, OptionKind::Text},
+    heading("IDS_OPT_BILLS"),
+    {"IDS_OPT_VAT", "general", "OrganizationTVA", D, OptionKind::Number, 0, 0, 100, "IDS_PERCENT"},
+    {"IDS_OPT_SURCHARGE", "general", "OrganizationTAXE", D, OptionKind::Percent, 0, 0, 1000, "IDS_PERCENT", nullptr,
+     "IDS_HINT_SURCHARGE"},
     {"IDS_OPT_DECIMALS", "general", "DisplayDecimals", D, OptionKind::Number, 2, 0, 8},
     {"IDS_OPT_DECIMALS_VALUE", "general", "DisplayDecimalsValue", D, OptionKind::Number, 100, 0, 1000000000},
     {"IDS_OPT_DECIMALS_DEFAULT", "general", "DisplayDecimalsDefault", D, OptionKind::Number, 0, 0, 8},
     {"IDS_OPT_BILL_TEMPLATE", "general", "TemplateHotel", D, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_RESELLER", "general", "ResellerName", D, OptionKind::Text, 0, 0, 0},
+    {"IDS_OPT_RESELLER", "general", "ResellerName", D, OptionKind::Text},
 };
 
+constexpr const char* kDatabaseFolderKey = "IDS_OPT_DATABASE_FOLDER";
+
 constexpr Option kPlace[] = {
-    {"IDS_OPT_MONITOR_FOLDER", "general", "PathMonitor", M, OptionKind::Folder, 0, 0, 0},
-    {"IDS_OPT_DATABASE_FOLDER", "general", "PathDatabase", M, OptionKind::Folder, 0, 0, 0},
-    {"IDS_OPT_PROGRAM_FOLDER", "general", "Path", M, OptionKind::Folder, 0, 0, 0},
-    {"IDS_OPT_COUNTRY_CODE", "general", "CountryCode", M, OptionKind::Text, 0, 0, 0},
-    {"IDS_OPT_AREA_CODE", "general", "AreaCode", M, OptionKind::Text, 0, 0, 0},
-    {"IDS_OPT_COM_OUT", "general", "COMOut", M, OptionKind::Text, 0, 0, 0},
-    {"IDS_OPT_OUT_FILE", "general", "OutFile", M, OptionKind::Text, 0, 0, 0},
-    {"IDS_OPT_LIVE_SOCKET", "general", "LiveSocket", M, OptionKind::Text, 0, 0, 0},
+    {"IDS_OPT_MONITOR_FOLDER", "general", "PathMonitor", M, OptionKind::Folder, 0, 0, 0, nullptr, nullptr,
+     "IDS_HINT_MONITOR_FOLDER"},
+    {kDatabaseFolderKey, "general", "PathDatabase", M, OptionKind::Folder},
+    {"IDS_OPT_PROGRAM_FOLDER", "general", "Path", M, OptionKind::Folder},
+    {"IDS_OPT_COUNTRY_CODE", "general", "CountryCode", M, OptionKind::Digits, 0, 0, 0, nullptr, nullptr,
+     "IDS_HINT_COUNTRY_CODE"},
+    {"IDS_OPT_AREA_CODE", "general", "AreaCode", M, OptionKind::Digits, 0, 0, 0, nullptr, nullptr,
+     "IDS_HINT_AREA_CODE"},
+    heading("IDS_OPT_OUTPUT"),
+    {"IDS_OPT_COM_OUT", "general", "COMOut", M, OptionKind::Text, 0, 0, 0, nullptr, nullptr, "IDS_HINT_COM_OUT"},
+    {"IDS_OPT_OUT_FILE", "general", "OutFile", M, OptionKind::Text},
+    {"IDS_OPT_LIVE_SOCKET", "general", "LiveSocket", M, OptionKind::Text, 0, 0, 0, nullptr, nullptr,
+     "IDS_HINT_LIVE_SOCKET"},
 };
 
 constexpr Option kInterface[] = {
-    {"IDS_OPT_LANGUAGE", "general", "Lang", M, OptionKind::Language, 0, 0, 0},
+    {"IDS_OPT_LANGUAGE", "general", "Lang", M, OptionKind::Language},
     {"IDS_OPT_TOOLBAR", "general", "iface_Toolbar", M, OptionKind::Switch, 1, 0, 1},
     {"IDS_OPT_STATUSBAR", "general", "iface_Statusbar", M, OptionKind::Switch, 1, 0, 1},
     {"IDS_OPT_GRID", "general", "iface_Grid", M, OptionKind::Switch, 0, 0, 1},
     {"IDS_OPT_HOVER", "general", "iface_Hover", M, OptionKind::Switch, 0, 0, 1},
     {"IDS_OPT_AUTOSELECT", "general", "iface_Autoselect", M, OptionKind::Switch, 0, 0, 1},
+    heading("IDS_CONTACTS"),
     {"IDS_OPT_SEARCH_RESULTS", "general", "iface_searchmaxresults", M, OptionKind::Number, 100, 1, 100000},
     {"IDS_OPT_SEARCH_PREFIX", "general", "PhonebookSearchMethod", M, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_MANUAL", "general", "Manual", M, OptionKind::Text, 0, 0, 0},
-    {"IDS_OPT_URL_SUPPORT", "general", "UrlSupport", M, OptionKind::Text, 0, 0, 0},
-    {"IDS_OPT_URL_UPDATES", "general", "UrlCheckUpdates", M, OptionKind::Text, 0, 0, 0},
-    {"IDS_OPT_URL_CURRENCY", "general", "UrlCurrency", M, OptionKind::Text, 0, 0, 0},
+    heading("IDS_OPT_ADDRESSES"),
+    {"IDS_OPT_MANUAL", "general", "Manual", M, OptionKind::Text},
+    {"IDS_OPT_URL_SUPPORT", "general", "UrlSupport", M, OptionKind::Text},
+    {"IDS_OPT_URL_UPDATES", "general", "UrlCheckUpdates", M, OptionKind::Text},
+    {"IDS_OPT_URL_CURRENCY", "general", "UrlCurrency", M, OptionKind::Text},
 };
 
-// An option's field: its editor and how its value is written when it was changed.
+// An option's field: its editor, and how its value is written when it was changed.
 struct Field {
   QWidget* editor = nullptr;
+  std::function<bool()> changed;
   std::function<void()> write;
+  // A sentence about a value that cannot be used; empty function: every value can.
+  std::function<QString()> check;
 };
 
-Field numberField(const Option& option, foundation::ConfigManager& config) {
+// A field whose value `read` gives; what it gave at first, or when it was last written, counts as unchanged.
+template <typename Value, typename Write>
+Field fieldOf(QWidget* editor, std::function<Value()> read, Write write) {
+  auto stored = std::make_shared<Value>(read());
+  Field field;
+  field.editor = editor;
+  field.changed = [read, stored] { return read() != *stored; };
+  field.write = [read, stored, write] {
+    const Value value = read();
+    if (value == *stored) return;
+    write(value);
+    *stored = value;
+  };
+  return field;
+}
+
+// The settings and words that fields are made from.
+struct Source {
+  server::CServerApp& app;
+  const Texts& texts;
+
+  [[nodiscard]] foundation::ConfigManager& config() const { return app.config(); }
+  [[nodiscard]] QString text(const char* key) const { return key != nullptr ? texts(key) : QString(); }
+  [[nodiscard]] std::int32_t number(const Option& option) const {
+    return config().ReadConfigInt(option.key, option.section, option.store, option.fallback);
+  }
+  [[nodiscard]] std::string string(const Option& option) const {
+    return config().ReadConfigString(option.key, option.section, option.store, "");
+  }
+  [[nodiscard]] auto numberWriter(const Option& option) const {
+    return [&config = config(), option](int value) {
+      config.WriteConfigInt(value, option.key, option.section, option.store);
+    };
+  }
+  [[nodiscard]] auto stringWriter(const Option& option) const {
+    return [&config = config(), option](const QString& value) {
+      config.WriteConfigString(fromQt(value), option.key, option.section, option.store);
+    };
+  }
+};
+
+QString unitOf(const Option& option, const Source& source) {
+  return option.unitKey != nullptr ? ' ' + source.text(option.unitKey) : QString();
+}
+
+Field numberField(const Option& option, const Source& source) {
   auto* box = new QSpinBox;
   box->setRange(option.least, option.most);
-  const int before = config.ReadConfigInt(option.key, option.section, option.store, option.fallback);
-  box->setValue(before);
-  return {box, [box, before, option, &config] {
-            if (box->value() != before) config.WriteConfigInt(box->value(), option.key, option.section, option.store);
-          }};
+  box->setSuffix(unitOf(option, source));
+  if (option.lowestKey != nullptr) box->setSpecialValueText(source.text(option.lowestKey));
+  box->setValue(source.number(option));
+  return fieldOf<int>(
+      box, [box] { return box->value(); }, source.numberWriter(option));
 }
 
-Field switchField(const Option& option, foundation::ConfigManager& config) {
-  auto* box = new QCheckBox;
-  const bool before = config.ReadConfigInt(option.key, option.section, option.store, option.fallback) != 0;
-  box->setChecked(before);
-  return {box, [box, before, option, &config] {
-            if (box->isChecked() == before) return;
-            config.WriteConfigInt(box->isChecked() ? 1 : 0, option.key, option.section, option.store);
-          }};
+// Kept as decimal text, since it goes into conditions as it stands.
+Field percentField(const Option& option, const Source& source) {
+  auto* box = new QDoubleSpinBox;
+  box->setDecimals(2);
+  box->setRange(option.least, option.most);
+  box->setSuffix(unitOf(option, source));
+  box->setValue(toQt(source.string(option)).replace(',', '.').toDouble());
+  return fieldOf<double>(
+      box, [box] { return box->value(); },
+      [write = source.stringWriter(option)](double value) { write(QString::number(value)); });
 }
 
-Field choiceField(const Option& option, foundation::ConfigManager& config, const Texts& texts) {
+Field switchField(const Option& option, const Source& source) {
+  auto* box = new QCheckBox(source.text(option.captionKey));
+  box->setChecked(source.number(option) != 0);
+  return fieldOf<int>(
+      box, [box] { return box->isChecked() ? 1 : 0; }, source.numberWriter(option));
+}
+
+Field choiceField(const Option& option, const Source& source) {
   auto* box = new QComboBox;
-  box->addItems({texts("IDS_OPT_DEPARTMENT_EXTENSION"), texts("IDS_OPT_DEPARTMENT_ACCOUNT")});
-  const int before = config.ReadConfigInt(option.key, option.section, option.store, option.fallback) != 0 ? 1 : 0;
-  box->setCurrentIndex(before);
-  return {box, [box, before, option, &config] {
-            if (box->currentIndex() == before) return;
-            config.WriteConfigInt(box->currentIndex(), option.key, option.section, option.store);
-          }};
+  box->addItems({source.text("IDS_OPT_DEPARTMENT_EXTENSION"), source.text("IDS_OPT_DEPARTMENT_ACCOUNT")});
+  box->setCurrentIndex(source.number(option) != 0 ? 1 : 0);
+  return fieldOf<int>(
+      box, [box] { return box->currentIndex(); }, source.numberWriter(option));
 }
 
-Field languageField(const Option& option, foundation::ConfigManager& config, const Texts& texts) {
+Field languageField(const Source& source) {
   auto* box = new QComboBox;
-  for (const auto& language : texts.language().Languages()) box->addItem(toQt(language.name), toQt(language.code));
-  const QString before = toQt(texts.language().NativeLanguage());
-  box->setCurrentIndex(box->findData(before));
-  return {box, [box, before, option, &config] {
-            const QString code = box->currentData().toString();
-            if (code != before) config.WriteConfigString(fromQt(code), option.key, option.section, option.store);
-          }};
+  const auto& language = source.texts.language();
+  for (const auto& each : language.Languages()) box->addItem(toQt(each.name), toQt(each.code));
+  box->setCurrentIndex(box->findData(toQt(language.NativeLanguage())));
+  return fieldOf<QString>(
+      box, [box] { return box->currentData().toString(); },
+      [&app = source.app](const QString& code) { app.changeLanguage(fromQt(code)); });
 }
 
-Field textField(const Option& option, foundation::ConfigManager& config, const Texts& texts) {
-  auto* edit = new QLineEdit;
-  const QString before = toQt(config.ReadConfigString(option.key, option.section, option.store, ""));
-  edit->setText(before);
-  QWidget* editor = edit;
-  if (option.kind == OptionKind::Folder) {
-    editor = new QWidget;
-    auto* layout = new QHBoxLayout(editor);
-    layout->setContentsMargins(0, 0, 0, 0);
-    auto* browse = new QPushButton(texts("IDS_BROWSE"));
-    layout->addWidget(edit);
-    layout->addWidget(browse);
-    QObject::connect(browse, &QPushButton::clicked, edit, [edit] {
-      // File names are appended to the folder as it stands: it ends with its separator.
-      const QString folder = QFileDialog::getExistingDirectory(edit, {}, edit->text());
-      if (!folder.isEmpty()) edit->setText(folder.endsWith('/') ? folder : folder + '/');
-    });
+Field textField(const Option& option, const Source& source) {
+  auto* edit = new QLineEdit(toQt(source.string(option)));
+  edit->setCursorPosition(0);
+  if (option.kind == OptionKind::Digits) {
+    edit->setMaxLength(kLongestCode);
+    edit->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), edit));
+    edit->setMaximumWidth(edit->fontMetrics().averageCharWidth() * 20);
   }
-  return {editor, [edit, before, option, &config] {
-            if (edit->text() == before) return;
-            config.WriteConfigString(fromQt(edit->text()), option.key, option.section, option.store);
-          }};
+  return fieldOf<QString>(
+      edit, [edit] { return edit->text().trimmed(); }, source.stringWriter(option));
 }
 
-Field makeField(const Option& option, foundation::ConfigManager& config, const Texts& texts) {
+Field folderField(const Option& option, const Source& source) {
+  auto* edit = new QLineEdit(toQt(source.string(option)));
+  edit->setCursorPosition(0);
+  edit->setObjectName(option.key);
+  // File names are appended to the folder as it stands: it ends with its separator.
+  Field field = fieldOf<QString>(
+      withBrowseButton(edit, source.texts),
+      [edit] {
+        const QString folder = edit->text().trimmed();
+        return folder.isEmpty() || folder.endsWith('/') || folder.endsWith('\\') ? folder : folder + '/';
+      },
+      source.stringWriter(option));
+  const bool ofDatabase = option.captionKey == kDatabaseFolderKey;
+  field.check = [edit, ofDatabase, changed = field.changed, &texts = source.texts]() -> QString {
+    const QString folder = edit->text().trimmed();
+    if (!changed() || (folder.isEmpty() && !ofDatabase)) return {};
+    const auto place = base::systemPath(fromQt(folder));
+    std::error_code fault;
+    if (!std::filesystem::is_directory(place, fault)) return texts.format("IDS_SETTINGS_NO_FOLDER", fromQt(folder));
+    if (ofDatabase && !std::filesystem::exists(place / schema::kMainFile, fault)) {
+      return texts.format("IDS_FIRST_NO_DATABASE", fromQt(folder));
+    }
+    return {};
+  };
+  return field;
+}
+
+Field makeField(const Option& option, const Source& source) {
   switch (option.kind) {
     case OptionKind::Number:
-      return numberField(option, config);
+      return numberField(option, source);
+    case OptionKind::Percent:
+      return percentField(option, source);
     case OptionKind::Switch:
-      return switchField(option, config);
+      return switchField(option, source);
     case OptionKind::DepartmentSource:
-      return choiceField(option, config, texts);
+      return choiceField(option, source);
     case OptionKind::Language:
-      return languageField(option, config, texts);
+      return languageField(source);
+    case OptionKind::Folder:
+      return folderField(option, source);
     default:
-      return textField(option, config, texts);
+      return textField(option, source);
   }
 }
 
-SettingsPage optionPage(const QString& caption, std::span<const Option> options, foundation::ConfigManager& config,
-                        const Texts& texts) {
+void addHeading(QFormLayout& form, const QString& text) {
+  auto* label = new QLabel(text);
+  QFont bold = label->font();
+  bold.setBold(true);
+  label->setFont(bold);
+  label->setContentsMargins(0, kHeadingSpace, 0, 0);
+  form.addRow(label);
+}
+
+void addField(QFormLayout& form, const Option& option, const Source& source, const Field& field) {
+  // The line of a folder has its button beside it.
+  QWidget* focused = field.editor->focusProxy() != nullptr ? field.editor->focusProxy() : field.editor;
+  focused->setObjectName(option.key);
+  focused->setAccessibleName(source.text(option.captionKey));
+  if (option.kind == OptionKind::Switch) {
+    form.addRow(QString(), field.editor);
+  } else {
+    auto* label = new QLabel(source.text(option.captionKey));
+    label->setBuddy(focused);
+    form.addRow(label, field.editor);
+  }
+  if (option.hintKey == nullptr) return;
+  auto* hint = new QLabel(source.text(option.hintKey));
+  hint->setWordWrap(true);
+  hint->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  focused->setAccessibleDescription(hint->text());
+  form.addRow(QString(), hint);
+}
+
+SettingsPage optionPage(const QString& caption, std::span<const Option> options, const Source& source) {
   auto* form = new QWidget;
   auto* layout = new QFormLayout(form);
   layout->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-  auto writers = std::make_shared<std::vector<std::function<void()>>>();
+  auto fields = std::make_shared<std::vector<Field>>();
   for (const Option& option : options) {
-    const Field field = makeField(option, config, texts);
-    field.editor->setObjectName(option.key);
-    field.editor->setAccessibleName(texts(option.captionKey));
-    // The store of a setting decides who shares it.
-    if (config.DatabaseReadOnly() && option.store == D) field.editor->setEnabled(false);
-    layout->addRow(texts(option.captionKey), field.editor);
-    writers->push_back(field.write);
+    if (option.kind == OptionKind::Heading) {
+      addHeading(*layout, source.text(option.captionKey));
+      continue;
+    }
+    fields->push_back(makeField(option, source));
+    addField(*layout, option, source, fields->back());
   }
   auto* scroll = new QScrollArea;
   scroll->setWidget(form);
   scroll->setWidgetResizable(true);
   scroll->setFrameShape(QFrame::NoFrame);
-  return {caption, scroll, nullptr, [writers] {
-            for (const auto& write : *writers) write();
-          }};
+  SettingsPage page;
+  page.caption = caption;
+  page.widget = scroll;
+  page.save = [fields] {
+    for (const Field& field : *fields) field.write();
+  };
+  page.changed = [fields] {
+    return std::any_of(fields->begin(), fields->end(), [](const Field& field) { return field.changed(); });
+  };
+  page.check = [fields] {
+    QString problem;
+    for (const Field& field : *fields) {
+      if (problem.isEmpty() && field.check) problem = field.check();
+    }
+    return problem;
+  };
+  return page;
 }
 
 }  // namespace
 
-SettingsPage callOptionsPage(foundation::ConfigManager& config, const Texts& texts) {
-  return optionPage(texts("IDS_PAGE_CALL_OPTIONS"), kCallOptions, config, texts);
+SettingsPage callOptionsPage(server::CServerApp& app, const Texts& texts) {
+  SettingsPage page = optionPage(texts("IDS_PAGE_CALL_OPTIONS"), kCallOptions, {app, texts});
+  auto* deletes = page.widget->findChild<QCheckBox*>("Log_DeleteEnabled");
+  auto* days = page.widget->findChild<QSpinBox*>("Log_DeleteAfter");
+  days->setEnabled(deletes->isChecked());
+  QObject::connect(deletes, &QCheckBox::toggled, days, &QWidget::setEnabled);
+  return page;
 }
 
-SettingsPage organizationPage(foundation::ConfigManager& config, const Texts& texts) {
-  return optionPage(texts("IDS_PAGE_ORGANIZATION"), kOrganization, config, texts);
+SettingsPage organizationPage(server::CServerApp& app, const Texts& texts) {
+  return optionPage(texts("IDS_PAGE_ORGANIZATION"), kOrganization, {app, texts});
 }
 
-SettingsPage placePage(foundation::ConfigManager& config, const Texts& texts) {
-  return optionPage(texts("IDS_PAGE_PLACE"), kPlace, config, texts);
+SettingsPage placePage(server::CServerApp& app, const Texts& texts) {
+  return optionPage(texts("IDS_PAGE_PLACE"), kPlace, {app, texts});
 }
 
-SettingsPage interfacePage(foundation::ConfigManager& config, const Texts& texts) {
-  return optionPage(texts("IDS_PAGE_INTERFACE"), kInterface, config, texts);
+SettingsPage interfacePage(server::CServerApp& app, const Texts& texts) {
+  return optionPage(texts("IDS_PAGE_INTERFACE"), kInterface, {app, texts});
 }
 
 }  // namespace ui

@@ -1,234 +1,195 @@
 #include "ui/settings/party_pages.h"
 
-#include <QLabel>
-#include <QVBoxLayout>
 #include <set>
 
-#include "ui/record_table.h"
+#include "ui/settings/table_columns.h"
 
 namespace ui {
 
 namespace {
 
 using Parties = std::shared_ptr<EditedParties>;
-
-// A text column over a member of the records of a list.
-template <typename Record>
-RecordColumn textColumn(const QString& caption, const Parties& parties, std::vector<Record> EditedParties::*list,
-                        std::string Record::*member) {
-  RecordColumn column;
-  column.caption = caption;
-  column.read = [parties, list, member](int row) {
-    return toQt((parties.get()->*list)[static_cast<std::size_t>(row)].*member);
-  };
-  column.write = [parties, list, member](int row, const QString& text) {
-    (parties.get()->*list)[static_cast<std::size_t>(row)].*member = fromQt(text.trimmed());
-    parties->changed = true;
-    return true;
-  };
-  return column;
-}
+using Tariffs = std::shared_ptr<EditedTariffs>;
+using Trunk = exchange::tagTRUNKINFO;
 
 template <typename Record>
-RecordTableModel::Rows editableRows(const Parties& parties, std::vector<Record> EditedParties::*list) {
-  return {
-      [parties, list] { return static_cast<int>((parties.get()->*list).size()); },
-      [parties, list](int at) {
-        auto& records = parties.get()->*list;
-        records.insert(records.begin() + at, Record());
-        parties->changed = true;
-      },
-      [parties, list](int at) {
-        auto& records = parties.get()->*list;
-        records.erase(records.begin() + at);
-        parties->changed = true;
-      },
-  };
+EditedList<Record> listOf(const Parties& parties, std::vector<Record> EditedParties::Lists::*member) {
+  return {[parties, member]() -> std::vector<Record>& { return parties->lists.*member; }, [] {}};
 }
 
-QWidget* withHint(QWidget* table, const QString& hint) {
-  auto* page = new QWidget;
-  auto* layout = new QVBoxLayout(page);
-  auto* label = new QLabel(hint);
-  label->setWordWrap(true);
-  layout->addWidget(label);
-  layout->addWidget(table);
+// A record without its key cannot be found by any call, and a missing description would be read back as the department.
+template <typename Record>
+QString checkCodes(const std::vector<Record>& records, std::string Record::*key, const Texts& texts,
+                   const QString& list) {
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const Record& record = records[i];
+    if ((record.*key).empty()) return texts.format("IDS_SETTINGS_EMPTY_KEY", fromQt(list), static_cast<int>(i) + 1);
+    if (record.description.empty() && !record.department.empty()) {
+      return texts.format("IDS_SETTINGS_NO_DESCRIPTION", fromQt(list), record.*key);
+    }
+  }
+  return {};
+}
+
+// Extensions and accounts: a code with its description and department.
+template <typename Record>
+SettingsPage codesPage(const EditedList<Record>& records, std::string Record::*key, const QString& caption,
+                       const QString& keyCaption, const QString& name, const QString& hint, const Texts& texts) {
+  auto* model = new RecordTableModel(
+      {textColumn(keyCaption, records, key), textColumn(texts("IDS_DESCRIPTION"), records, &Record::description),
+       textColumn(texts("IDS_DEPARTMENT"), records, &Record::department)},
+      editableRows<Record>(records, [] { return Record(); }));
+  SettingsPage page = tablePage(caption, model, name, hint, texts);
+  page.check = [records, key, &texts, caption] { return checkCodes(records.list(), key, texts, caption); };
+  page.reported = true;
   return page;
 }
 
-// A record without its key cannot be found by any call.
-template <typename Record>
-QString checkKeys(const std::vector<Record>& records, std::string Record::*key, const Texts& texts,
-                  const QString& list) {
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    if ((records[i].*key).empty()) {
-      return texts.format("IDS_SETTINGS_EMPTY_KEY", fromQt(list), static_cast<int>(i) + 1);
-    }
-  }
-  return {};
+bool inUse(const Trunk& trunk) {
+  return trunk.providerId > 0 || (!trunk.label.empty() && trunk.label != "-");
 }
 
-RecordColumn flagColumn(const QString& caption, const Parties& parties, std::int32_t exchange::tagTRUNKINFO::*member) {
-  RecordColumn column;
-  column.caption = caption;
-  column.checkbox = true;
-  column.read = [parties, member](int row) {
-    return QString(parties->trunks[static_cast<std::size_t>(row)].*member != 0 ? "1" : "0");
-  };
-  column.write = [parties, member](int row, const QString& text) {
-    parties->trunks[static_cast<std::size_t>(row)].*member = text == "1" ? 1 : 0;
-    parties->changed = true;
+// The first entry with a number is the one that counts, so a number stands once: a free entry gives its number up.
+RecordColumn trunkNumberColumn(const EditedList<Trunk>& trunks, const Texts& texts) {
+  RecordColumn column = textColumn(texts("IDS_TRUNK"), trunks, &Trunk::trunk);
+  column.hint = texts("IDS_HINT_TRUNK_NUMBER");
+  column.write = [trunks](int row, const QString& text) {
+    const std::string number = fromQt(text.trimmed());
+    Trunk& edited = trunks.at(row);
+    if (number.empty()) return false;
+    for (Trunk& other : trunks.list()) {
+      if (&other == &edited || other.trunk != number) continue;
+      if (inUse(other)) return false;
+      other.trunk = edited.trunk;
+    }
+    edited.trunk = number;
     return true;
   };
   return column;
 }
 
-QString providerName(const EditedParties& parties, std::int32_t id) {
-  for (const auto& provider : parties.providers) {
-    if (provider.id == id) return toQt(provider.name);
-  }
-  return {};
-}
-
-RecordColumn providerColumn(const Parties& parties, const Texts& texts) {
+RecordColumn flagColumn(const QString& caption, const EditedList<Trunk>& trunks, std::int32_t Trunk::*member) {
   RecordColumn column;
-  column.caption = texts("IDS_PROVIDER");
-  column.read = [parties](int row) {
-    return providerName(*parties, parties->trunks[static_cast<std::size_t>(row)].providerId);
-  };
-  column.write = [parties](int row, const QString& text) {
-    auto& trunk = parties->trunks[static_cast<std::size_t>(row)];
-    std::int32_t id = -1;
-    for (const auto& provider : parties->providers) {
-      if (toQt(provider.name) == text) id = provider.id;
-    }
-    if (id < 0 && !text.isEmpty()) return false;
-    // Profiles belong to their provider.
-    if (id != trunk.providerId) trunk.profile.clear();
-    trunk.providerId = id;
-    parties->changed = true;
+  column.caption = caption;
+  column.checkbox = true;
+  column.read = [trunks, member](int row) { return QString(trunks.at(row).*member != 0 ? "1" : "0"); };
+  column.write = [trunks, member](int row, const QString& text) {
+    if (text != "0" && text != "1") return false;
+    trunks.at(row).*member = text == "1" ? 1 : 0;
     return true;
   };
-  column.choices = [parties] {
-    QStringList names{QString()};
-    for (const auto& provider : parties->providers) names << toQt(provider.name);
+  return column;
+}
+
+RecordColumn trunkProviderColumn(const EditedList<Trunk>& trunks, const Tariffs& tariffs, const Texts& texts) {
+  RecordColumn column;
+  column.caption = texts("IDS_PROVIDER");
+  column.hint = texts("IDS_HINT_PROVIDER");
+  column.read = [=](int row) { return tariffs->providerName(trunks.at(row).providerId); };
+  column.write = [=](int row, const QString& text) {
+    const auto id = tariffs->providerOf(text.trimmed());
+    if (!id) return false;
+    Trunk& trunk = trunks.at(row);
+    if (*id != trunk.providerId) {
+      // Profiles belong to their provider; with a single one there is no choice.
+      const QStringList profiles = tariffs->profileNames(*id);
+      trunk.profile = profiles.size() == 1 ? fromQt(profiles.front()) : std::string();
+    }
+    trunk.providerId = *id;
+    return true;
+  };
+  column.choices = [tariffs](int) { return QStringList{QString()} + tariffs->providerNames(); };
+  return column;
+}
+
+RecordColumn trunkProfileColumn(const EditedList<Trunk>& trunks, const Tariffs& tariffs, const Texts& texts) {
+  RecordColumn column = textColumn(texts("IDS_PROFILE"), trunks, &Trunk::profile);
+  column.hint = texts("IDS_HINT_TRUNK_PROFILE");
+  column.choices = [=](int row) {
+    QStringList names = tariffs->profileNames(trunks.at(row).providerId);
+    if (!names.contains(QString())) names.prepend(QString());
     return names;
   };
   return column;
 }
 
+// The entry of an imported trunk: its own, else a free one from the end, where the numbers are the least likely.
+int rowForTrunk(const EditedList<Trunk>& trunks, const QString& key) {
+  const auto& list = trunks.list();
+  const std::string number = fromQt(key);
+  int free = -1;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    if (list[i].trunk == number) return static_cast<int>(i);
+    if (!inUse(list[i])) free = static_cast<int>(i);
+  }
+  return number.empty() ? -1 : free;
+}
+
 }  // namespace
 
-EditedParties::EditedParties(const exchange::PartyDefinitions& definitions)
-    : extensions(definitions.extensions),
-      accounts(definitions.accounts),
-      trunks(definitions.trunks),
-      clients(definitions.clients),
-      providers(definitions.providers) {}
-
-void EditedParties::putInto(exchange::PartyDefinitions& definitions) const {
-  definitions.extensions = extensions;
-  definitions.accounts = accounts;
-  definitions.trunks = trunks;
-  definitions.clients = clients;
-  for (auto& provider : definitions.providers) {
-    for (const auto& edited : providers) {
-      if (edited.id != provider.id) continue;
-      provider.localPrefixes = edited.localPrefixes;
-      provider.freeSeconds = edited.freeSeconds;
-    }
-  }
-  definitions.reindex();
+SettingsPage extensionsPage(const Parties& parties, const Texts& texts) {
+  return codesPage(listOf(parties, &EditedParties::Lists::extensions), &exchange::tagEXTINFO::extension,
+                   texts("IDS_EXTENSIONS"), texts("IDS_EXTENSION"), "extensionsTable", texts("IDS_HINT_EXTENSIONS"),
+                   texts);
 }
 
-SettingsPage extensionsPage(std::shared_ptr<EditedParties> parties, const Texts& texts) {
-  using Extension = exchange::tagEXTINFO;
-  auto* model = new RecordTableModel(
-      {
-          textColumn(texts("IDS_EXTENSION"), parties, &EditedParties::extensions, &Extension::extension),
-          textColumn(texts("IDS_DESCRIPTION"), parties, &EditedParties::extensions, &Extension::description),
-          textColumn(texts("IDS_DEPARTMENT"), parties, &EditedParties::extensions, &Extension::department),
-      },
-      editableRows(parties, &EditedParties::extensions));
-  const QString caption = texts("IDS_EXTENSIONS");
-  return {caption, withHint(new RecordTable(model, "extensionsTable", texts), texts("IDS_HINT_EXTENSIONS")),
-          [parties, &texts, caption] { return checkKeys(parties->extensions, &Extension::extension, texts, caption); },
-          nullptr};
+SettingsPage accountsPage(const Parties& parties, const Texts& texts) {
+  return codesPage(listOf(parties, &EditedParties::Lists::accounts), &exchange::tagCONTINFO::account,
+                   texts("IDS_ACCOUNTS"), texts("IDS_ACCOUNT"), "accountsTable", texts("IDS_HINT_ACCOUNTS"), texts);
 }
 
-SettingsPage accountsPage(std::shared_ptr<EditedParties> parties, const Texts& texts) {
-  using Account = exchange::tagCONTINFO;
-  auto* model = new RecordTableModel(
-      {
-          textColumn(texts("IDS_ACCOUNT"), parties, &EditedParties::accounts, &Account::account),
-          textColumn(texts("IDS_DESCRIPTION"), parties, &EditedParties::accounts, &Account::description),
-          textColumn(texts("IDS_DEPARTMENT"), parties, &EditedParties::accounts, &Account::department),
-      },
-      editableRows(parties, &EditedParties::accounts));
-  const QString caption = texts("IDS_ACCOUNTS");
-  return {caption, withHint(new RecordTable(model, "accountsTable", texts), texts("IDS_HINT_ACCOUNTS")),
-          [parties, &texts, caption] { return checkKeys(parties->accounts, &Account::account, texts, caption); },
-          nullptr};
-}
-
-SettingsPage clientsPage(std::shared_ptr<EditedParties> parties, const Texts& texts) {
+SettingsPage clientsPage(const Parties& parties, const Texts& texts) {
   using Client = exchange::ClientDefinition;
-  auto* model = new RecordTableModel(
-      {
-          textColumn(texts("IDS_CLIENT"), parties, &EditedParties::clients, &Client::name),
-          textColumn(texts("IDS_ACCOUNT"), parties, &EditedParties::clients, &Client::account),
-          textColumn(texts("IDS_FOLDER"), parties, &EditedParties::clients, &Client::folder),
-      },
-      editableRows(parties, &EditedParties::clients));
+  const auto clients = listOf(parties, &EditedParties::Lists::clients);
+  auto* model = new RecordTableModel({textColumn(texts("IDS_CLIENT"), clients, &Client::name),
+                                      textColumn(texts("IDS_ACCOUNT"), clients, &Client::account),
+                                      textColumn(texts("IDS_FOLDER"), clients, &Client::folder)},
+                                     editableRows<Client>(clients, [] { return Client(); }));
+  SettingsPage page = tablePage(texts("IDS_CLIENTS"), model, "clientsTable", texts("IDS_HINT_CLIENTS"), texts);
+  page.reported = true;
   // Clients are written by statements that an apostrophe breaks.
-  const auto check = [parties, &texts]() -> QString {
-    for (const Client& client : parties->clients) {
+  page.check = [clients, &texts]() -> QString {
+    for (const Client& client : clients.list()) {
       if ((client.name + client.account + client.folder).find('\'') != std::string::npos) {
         return texts.format("IDS_SETTINGS_APOSTROPHE", client.name);
       }
     }
     return {};
   };
-  return {texts("IDS_CLIENTS"), withHint(new RecordTable(model, "clientsTable", texts), texts("IDS_HINT_CLIENTS")),
-          check, nullptr};
+  return page;
 }
 
-SettingsPage trunksPage(std::shared_ptr<EditedParties> parties,
-                        std::function<QStringList(std::int32_t providerId)> profilesOf, const Texts& texts) {
-  using Trunk = exchange::tagTRUNKINFO;
-  RecordColumn profile = textColumn(texts("IDS_PROFILE"), parties, &EditedParties::trunks, &Trunk::profile);
-  profile.choices = [parties, profilesOf] {
-    // Every provider's profiles: the row that is edited is not known here, and the check names a wrong pair.
-    QStringList names{QString()};
-    for (const auto& provider : parties->providers) {
-      for (const QString& name : profilesOf(provider.id)) {
-        if (!names.contains(name)) names << name;
+SettingsPage trunksPage(const Parties& parties, const Tariffs& tariffs, const Texts& texts) {
+  const auto trunks = listOf(parties, &EditedParties::Lists::trunks);
+  RecordTableModel::Rows rows;
+  rows.count = [trunks] { return static_cast<int>(trunks.list().size()); };
+  rows.rowFor = [trunks](const QString& key) { return rowForTrunk(trunks, key); };
+  auto* model =
+      new RecordTableModel({trunkNumberColumn(trunks, texts), textColumn(texts("IDS_LABEL"), trunks, &Trunk::label),
+                            trunkProviderColumn(trunks, tariffs, texts), trunkProfileColumn(trunks, tariffs, texts),
+                            flagColumn(texts("IDS_PRICED_BY_PULSES"), trunks, &Trunk::pulses),
+                            flagColumn(texts("IDS_IGNORE_ZERO_PULSES"), trunks, &Trunk::ignoreZeroPulses)},
+                           rows);
+  SettingsPage page = tablePage(texts("IDS_TRUNKS"), model, "trunksTable", texts("IDS_HINT_TRUNKS"), texts);
+  page.reported = true;
+  std::set<std::int32_t> knownAtFirst;
+  for (const auto& provider : tariffs->tables.providers) knownAtFirst.insert(provider.providerId);
+  page.check = [=, &texts]() -> QString {
+    for (const Trunk& trunk : trunks.list()) {
+      if (trunk.providerId <= 0) continue;
+      // What an old database brought along stays; what was deleted here is told.
+      if (!tariffs->hasProvider(trunk.providerId)) {
+        if (knownAtFirst.contains(trunk.providerId)) return texts.format("IDS_SETTINGS_TRUNK_PROVIDER", trunk.trunk);
+        continue;
       }
-    }
-    return names;
-  };
-  auto* model = new RecordTableModel(
-      {
-          textColumn(texts("IDS_TRUNK"), parties, &EditedParties::trunks, &Trunk::trunk),
-          textColumn(texts("IDS_LABEL"), parties, &EditedParties::trunks, &Trunk::label),
-          providerColumn(parties, texts),
-          profile,
-          flagColumn(texts("IDS_PRICED_BY_PULSES"), parties, &Trunk::pulses),
-          flagColumn(texts("IDS_IGNORE_ZERO_PULSES"), parties, &Trunk::ignoreZeroPulses),
-      },
-      {[parties] { return static_cast<int>(parties->trunks.size()); }, nullptr, nullptr});
-  const auto check = [parties, profilesOf, &texts]() -> QString {
-    for (const Trunk& trunk : parties->trunks) {
-      if (trunk.providerId <= 0 || trunk.profile.empty()) continue;
-      if (!profilesOf(trunk.providerId).contains(toQt(trunk.profile))) {
+      if (!trunk.profile.empty() && !tariffs->profileNames(trunk.providerId).contains(toQt(trunk.profile))) {
         return texts.format("IDS_SETTINGS_WRONG_PROFILE", trunk.trunk, trunk.profile,
-                            fromQt(providerName(*parties, trunk.providerId)));
+                            fromQt(tariffs->providerName(trunk.providerId)));
       }
     }
     return {};
   };
-  return {texts("IDS_TRUNKS"), withHint(new RecordTable(model, "trunksTable", texts), texts("IDS_HINT_TRUNKS")), check,
-          nullptr};
+  return page;
 }
 
 }  // namespace ui

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include "server/server_doc.h"
+#include "ui/dialogs/choice_box.h"
 #include "ui/texts.h"
 
 namespace ui {
@@ -21,10 +22,17 @@ class PriceTester : public QWidget {
  public slots:
   void calculate();
 
+ protected:
+  // Enter calculates; it is not the sheet's OK.
+  void keyPressEvent(QKeyEvent* event) override;
+
  private:
+  [[nodiscard]] exchange::CallRecord call() const;
+
   server::CServerDoc& document_;
+  const Texts& texts_;
   QLineEdit* number_;
-  QSpinBox* trunk_;
+  ChoiceBox* trunk_;
   QDateTimeEdit* start_;
   QSpinBox* duration_;  // seconds
   QSpinBox* pulses_;

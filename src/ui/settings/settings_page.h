@@ -4,9 +4,11 @@
 #include <QWidget>
 #include <functional>
 
+#include "ui/record_table.h"
+
 namespace ui {
 
-// One page of the settings sheet. Pages edit copies; save() writes them when the sheet is confirmed.
+// One page of the settings sheet. Pages edit copies; save() writes them when the sheet is confirmed or applied.
 struct SettingsPage {
   QString caption;
   QWidget* widget = nullptr;  // owned by the sheet
@@ -14,6 +16,10 @@ struct SettingsPage {
   std::function<QString()> check;
   // Writes what was changed. Throws jet::Error.
   std::function<void()> save;
+  // Whether something was edited that save() would write; empty for the tables, whose lists tell.
+  std::function<bool()> changed;
+  RecordTable* table = nullptr;  // of the pages that are a table
+  bool reported = false;         // the table stands on the page for the browser
 };
 
 }  // namespace ui

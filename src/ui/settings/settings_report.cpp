@@ -1,7 +1,6 @@
 #include "ui/settings/settings_report.h"
 
 #include <QSaveFile>
-#include <initializer_list>
 
 #include "base/codepage.h"
 #include "base/printf.h"
@@ -13,61 +12,56 @@ namespace {
 
 constexpr int kPageCodepage = 1252;
 
-std::string cell(const char* tag, std::string_view text) {
-  return base::format("<%s align=left nowrap>%s&nbsp;</%s>", tag, base::escapeHtml(text), tag);
+std::string cell(const char* tag, const QString& text) {
+  return base::format("<%s align=left nowrap>%s&nbsp;</%s>", tag, base::escapeHtml(fromQt(text)), tag);
 }
 
-class Page {
- public:
-  explicit Page(const Texts& texts) : texts_(texts) {
-    html_ =
-        "<html><head><meta http-equiv=Content-Type content=\"text/html; charset=windows-1252\"></head>"
-        "<body style='font-family: Verdana; font-size:8.0pt;'>\n";
-  }
+QString shown(const RecordColumn& column, int row, const Texts& texts) {
+  const QString text = column.read(row);
+  if (!column.checkbox) return text;
+  return text == "1" ? texts("IDS_YES") : QString();
+}
 
-  void beginTable(const char* titleKey, std::initializer_list<const char*> columnKeys) {
-    html_ += base::format("<h3>%s</h3>\n<table border=1 cellspacing=2 cellpadding=0 style='font-size:8.0pt;'><tr>",
-                          base::escapeHtml(fromQt(texts_(titleKey))));
-    for (const char* key : columnKeys) html_ += cell("th", fromQt(texts_(key)));
-    html_ += "</tr>\n";
+// A free trunk entry has its number only.
+bool holdsSomething(const RecordTableModel& model, int row) {
+  for (int c = 1; c < model.columnCount(); ++c) {
+    const QString text = model.column(c).read(row);
+    if (!text.isEmpty() && text != "-" && text != "0") return true;
   }
-  void row(std::initializer_list<std::string> cells) {
-    html_ += "<tr>";
-    for (const std::string& text : cells) html_ += cell("td", text);
-    html_ += "</tr>\n";
+  return false;
+}
+
+std::string tableOf(const SettingsPage& page, const Texts& texts) {
+  const RecordTableModel& model = *page.table->model();
+  std::string html =
+      base::format("<h3>%s</h3>\n<table border=1 cellspacing=2 cellpadding=0 style='font-size:8.0pt;'><tr>",
+                   base::escapeHtml(fromQt(page.caption)));
+  for (int c = 0; c < model.columnCount(); ++c) html += cell("th", model.column(c).caption);
+  html += "</tr>\n";
+  for (int row = 0; row < model.rowCount(); ++row) {
+    if (!holdsSomething(model, row)) continue;
+    html += "<tr>";
+    for (int c = 0; c < model.columnCount(); ++c) html += cell("td", shown(model.column(c), row, texts));
+    html += "</tr>\n";
   }
-  void endTable() { html_ += "</table>\n"; }
-
-  [[nodiscard]] std::string finished() const { return base::encodeHtml(html_ + "</body></html>\n", kPageCodepage); }
-
- private:
-  const Texts& texts_;
-  std::string html_;
-};
+  return html + "</table>\n";
+}
 
 }  // namespace
 
-bool writeSettingsReport(const std::filesystem::path& file, const EditedParties& parties, const Texts& texts) {
-  Page page(texts);
-  page.beginTable("IDS_EXTENSIONS", {"IDS_EXTENSION", "IDS_DESCRIPTION", "IDS_DEPARTMENT"});
-  for (const auto& e : parties.extensions) page.row({e.extension, e.description, e.department});
-  page.endTable();
-  page.beginTable("IDS_ACCOUNTS", {"IDS_ACCOUNT", "IDS_DESCRIPTION", "IDS_DEPARTMENT"});
-  for (const auto& a : parties.accounts) page.row({a.account, a.description, a.department});
-  page.endTable();
-  page.beginTable("IDS_CLIENTS", {"IDS_CLIENT", "IDS_ACCOUNT", "IDS_FOLDER"});
-  for (const auto& c : parties.clients) page.row({c.name, c.account, c.folder});
-  page.endTable();
-  page.beginTable("IDS_TRUNKS", {"IDS_TRUNK", "IDS_LABEL", "IDS_PROVIDER_ID", "IDS_PROFILE"});
-  for (const auto& t : parties.trunks) {
-    if (t.providerId > 0) page.row({t.trunk, t.label, std::to_string(t.providerId), t.profile});
+bool writeSettingsReport(const std::filesystem::path& file, const std::vector<SettingsPage>& pages,
+                         const Texts& texts) {
+  std::string html = base::format(
+      "<html><head><meta http-equiv=Content-Type content=\"text/html; charset=windows-1252\"><title>%s"
+      "</title></head><body style='font-family: Verdana; font-size:8.0pt;'>\n",
+      base::escapeHtml(fromQt(texts("IDS_SETTINGS"))));
+  for (const SettingsPage& page : pages) {
+    if (page.reported) html += tableOf(page, texts);
   }
-  page.endTable();
+  const std::string bytes = base::encodeHtml(html + "</body></html>\n", kPageCodepage);
   QSaveFile out(toQt(file.string()));
-  if (!out.open(QIODevice::WriteOnly)) return false;
-  const std::string bytes = page.finished();
-  out.write(bytes.data(), static_cast<qint64>(bytes.size()));
-  return out.commit();
+  const auto size = static_cast<qint64>(bytes.size());
+  return out.open(QIODevice::WriteOnly) && out.write(bytes.data(), size) == size && out.commit();
 }
 
 }  // namespace ui

@@ -1,122 +1,215 @@
 #include "ui/settings/settings_sheet.h"
 
-#include <QDialogButtonBox>
-#include <QMessageBox>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 #include "base/path.h"
-#include "security/rights.h"
+#include "ui/dialogs/directory_messages.h"
+#include "ui/dialogs/form_dialog.h"
+#include "ui/dialogs/messages.h"
+#include "ui/dialogs/mnemonics.h"
+#include "ui/dialogs/report_place.h"
 #include "ui/settings/option_pages.h"
+#include "ui/settings/party_pages.h"
 #include "ui/settings/price_tester.h"
 #include "ui/settings/settings_report.h"
+#include "ui/settings/tariff_pages.h"
 
 namespace ui {
+
+namespace {
+
+// Of an entry of the list: the page that it opens.
+constexpr int kPageRole = Qt::UserRole;
+constexpr int kListSpacing = 2;  // pixels around an entry
+
+QStringList currencyCodes(const tariff::Currencies& currencies) {
+  QStringList codes;
+  for (const auto& currency : currencies.entries) codes << toQt(currency.name);
+  return codes;
+}
+
+}  // namespace
 
 SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, QWidget* parent)
     : QDialog(parent),
       document_(document),
       texts_(texts),
+      allowed_(mayChangeAdministration(document)),
       parties_(std::make_shared<EditedParties>(document.parties())),
-      tariffs_(std::make_shared<EditedTariffs>()),
-      tabs_(new QTabWidget) {
+      tariffs_(std::make_shared<EditedTariffs>(
+          document.app().config().ReadConfigString("CountryCode", "general", foundation::StoreMachine, ""))),
+      list_(named(new QListWidget, "pages")),
+      stack_(new QStackedWidget),
+      buttons_(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Apply | QDialogButtonBox::Cancel)) {
   setObjectName("settingsSheet");
   setWindowTitle(texts("IDS_SETTINGS"));
-  resize(860, 600);
-  tabs_->setObjectName("pages");
-  tabs_->setUsesScrollButtons(true);
   if (document.tariffs() != nullptr) {
     tariffs_->tables = tariff::loadTariffTables(document.tariffs()->database(), document.tariffs()->dayEncoding());
   }
-  const auto tariffs = tariffs_;
-  const auto profilesOf = [tariffs](std::int32_t providerId) {
-    QStringList names;
-    for (const auto& profile : tariffs->tables.profiles) {
-      if (profile.providerId == providerId && !names.contains(toQt(profile.name))) names << toQt(profile.name);
-    }
-    return names;
-  };
-  addPage(extensionsPage(parties_, texts));
-  addPage(accountsPage(parties_, texts));
-  addPage(clientsPage(parties_, texts));
-  addPage(trunksPage(parties_, profilesOf, texts));
-  if (document.tariffs() != nullptr) {
-    for (SettingsPage& page : tariffPages(tariffs_, parties_, texts)) addPage(std::move(page));
-    addPage({texts("IDS_PAGE_PRICE_TESTER"), new PriceTester(document, texts), nullptr, nullptr});
-  }
-  auto& config = document.app().config();
-  addPage(callOptionsPage(config, texts));
-  addPage(organizationPage(config, texts));
-  addPage(placePage(config, texts));
-  addPage(interfacePage(config, texts));
+  list_->setAccessibleName(texts("IDS_SETTINGS"));
+  buildButtons();
+  addPages();
+  list_->setSpacing(kListSpacing);
+  list_->setFixedWidth(list_->sizeHintForColumn(0) + 2 * list_->frameWidth() + fontMetrics().averageCharWidth() * 4);
 
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-  buttons->button(QDialogButtonBox::Ok)->setText(texts("IDS_OK"));
-  buttons->button(QDialogButtonBox::Cancel)->setText(texts("IDS_CANCEL"));
-  auto* report = buttons->addButton(texts("IDS_SETTINGS_REPORT"), QDialogButtonBox::ActionRole);
-  connect(report, &QPushButton::clicked, this, &SettingsSheet::writeReport);
-  connect(buttons, &QDialogButtonBox::accepted, this, &SettingsSheet::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &SettingsSheet::reject);
-  buttons->button(QDialogButtonBox::Ok)
-      ->setEnabled(!document.DatabaseReadOnly() &&
-                   document.HasRight(security::ObjectAdministration, security::RightChange));
+  auto* top = new QHBoxLayout;
+  top->addWidget(list_);
+  top->addWidget(stack_, 1);
   auto* layout = new QVBoxLayout(this);
-  layout->addWidget(tabs_);
-  layout->addWidget(buttons);
+  layout->addLayout(top, 1);
+  if (!allowed_) {
+    auto* hint = new QLabel(texts(document.DatabaseReadOnly() ? "IDS_SETTINGS_READONLY" : "IDS_MAY_ONLY_LOOK"));
+    hint->setWordWrap(true);
+    layout->addWidget(hint);
+  }
+  layout->addWidget(buttons_);
+  connect(list_, &QListWidget::currentRowChanged, this, &SettingsSheet::showRow);
+  showPage(pages_.front().caption);
+  list_->setFocus();
+  resize(fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 38);
+}
+
+void SettingsSheet::addPages() {
+  addGroup("IDS_SETTINGS_EXCHANGE");
+  addPage(extensionsPage(parties_, texts_));
+  addPage(accountsPage(parties_, texts_));
+  addPage(clientsPage(parties_, texts_));
+  addPage(trunksPage(parties_, tariffs_, texts_));
+  if (document_.tariffs() != nullptr) {
+    addGroup("IDS_SETTINGS_TARIFFS");
+    for (SettingsPage& page : tariffPages(tariffs_, parties_, currencyCodes(document_.currencies()), texts_)) {
+      addPage(std::move(page));
+    }
+    SettingsPage tester;
+    tester.caption = texts_("IDS_PAGE_PRICE_TESTER");
+    tester.widget = new PriceTester(document_, texts_);
+    addPage(std::move(tester));
+  }
+  addGroup("IDS_SETTINGS_OPTIONS");
+  server::CServerApp& app = document_.app();
+  addPage(callOptionsPage(app, texts_));
+  addPage(organizationPage(app, texts_));
+  addPage(placePage(app, texts_));
+  addPage(interfacePage(app, texts_));
+}
+
+void SettingsSheet::addGroup(const char* captionKey) {
+  auto* item = new QListWidgetItem(texts_(captionKey), list_);
+  item->setFlags(Qt::NoItemFlags);
+  QFont bold = list_->font();
+  bold.setBold(true);
+  item->setFont(bold);
+  item->setForeground(palette().color(QPalette::Text));
 }
 
 void SettingsSheet::addPage(SettingsPage page) {
-  tabs_->addTab(page.widget, page.caption);
+  auto* item = new QListWidgetItem("    " + page.caption, list_);
+  item->setData(kPageRole, static_cast<int>(pages_.size()));
+  assignMnemonics(*page.widget, assignMnemonics(*buttons_));
+  if (!allowed_) {
+    if (page.table != nullptr) page.table->setReadOnly(true);
+    if (page.save) page.widget->setEnabled(false);
+  }
+  stack_->addWidget(page.widget);
   pages_.push_back(std::move(page));
 }
 
+void SettingsSheet::buildButtons() {
+  const auto prepare = [this](QDialogButtonBox::StandardButton which, const char* key, const char* name) {
+    QPushButton* button = named(buttons_->button(which), name);
+    button->setText(texts_(key));
+    return button;
+  };
+  QPushButton* ok = prepare(QDialogButtonBox::Ok, "IDS_OK", "ok");
+  QPushButton* applying = prepare(QDialogButtonBox::Apply, "IDS_APPLY", "apply");
+  prepare(QDialogButtonBox::Cancel, "IDS_CANCEL", "cancel");
+  ok->setDefault(true);
+  ok->setEnabled(allowed_);
+  applying->setEnabled(allowed_);
+  auto* report = named(buttons_->addButton(texts_("IDS_SETTINGS_REPORT"), QDialogButtonBox::ResetRole), "report");
+  connect(report, &QPushButton::clicked, this, &SettingsSheet::writeReport);
+  connect(applying, &QPushButton::clicked, this, &SettingsSheet::apply);
+  connect(buttons_, &QDialogButtonBox::accepted, this, &SettingsSheet::accept);
+  connect(buttons_, &QDialogButtonBox::rejected, this, &SettingsSheet::reject);
+}
+
+void SettingsSheet::showRow(int row) {
+  const QListWidgetItem* item = list_->item(row);
+  if (item == nullptr || !item->data(kPageRole).isValid()) return;
+  stack_->setCurrentIndex(item->data(kPageRole).toInt());
+}
+
 void SettingsSheet::showPage(const QString& caption) {
-  for (int i = 0; i < tabs_->count(); ++i) {
-    if (tabs_->tabText(i) == caption) tabs_->setCurrentIndex(i);
+  for (int row = 0; row < list_->count(); ++row) {
+    const QVariant page = list_->item(row)->data(kPageRole);
+    if (page.isValid() && pages_[page.toUInt()].caption == caption) list_->setCurrentRow(row);
   }
 }
 
+bool SettingsSheet::changed() const {
+  return parties_->changed() || tariffs_->changed() ||
+         std::any_of(pages_.begin(), pages_.end(), [](const auto& page) { return page.changed && page.changed(); });
+}
+
 void SettingsSheet::accept() {
-  for (std::size_t i = 0; i < pages_.size(); ++i) {
-    const QString problem = pages_[i].check ? pages_[i].check() : QString();
+  if (save()) QDialog::accept();
+}
+
+void SettingsSheet::apply() {
+  applied_ = save() || applied_;
+}
+
+void SettingsSheet::reject() {
+  if (allowed_ && changed() && !confirmLoss(this, texts_, texts_("IDS_CONFIRM_LOSE_CHANGES"))) return;
+  done(applied_ ? Accepted : Rejected);
+}
+
+bool SettingsSheet::save() {
+  for (const SettingsPage& page : pages_) {
+    const QString problem = page.check ? page.check() : QString();
     if (problem.isEmpty()) continue;
-    tabs_->setCurrentIndex(static_cast<int>(i));
-    QMessageBox::warning(this, windowTitle(), problem);
-    return;
+    showPage(page.caption);
+    warn(this, texts_, problem);
+    return false;
   }
-  try {
+  return attempt(this, texts_, [this] {
     savePartiesAndTariffs();
     for (const SettingsPage& page : pages_) {
       if (page.save) page.save();
     }
-  } catch (const jet::Error& error) {
-    QMessageBox::warning(this, windowTitle(), toQt(error.description()));
-    return;
-  }
-  QDialog::accept();
+  });
 }
 
 // Tariffs first: the definitions are loaded anew from them.
 void SettingsSheet::savePartiesAndTariffs() {
-  if (tariffs_->changed) {
+  if (!tariffs_->changed() && !parties_->changed()) return;
+  if (tariffs_->changed()) {
     tariff::saveTariffTables(document_.tariffs()->database(), tariffs_->tables);
     document_.tariffs()->detectDayEncoding();
     document_.parties().load(document_.database(), &document_.tariffs()->database());
+    tariffs_->markSaved();
   }
-  if (parties_->changed) {
-    parties_->putInto(document_.parties());
-    document_.parties().save(document_.database());
+  parties_->putInto(document_.parties());
+  document_.parties().save(document_.database());
+  for (const SettingsPage& page : pages_) {
+    if (page.table != nullptr) page.table->model()->beginBulkChange();
+  }
+  parties_->takeFrom(document_.parties());
+  for (const SettingsPage& page : pages_) {
+    if (page.table != nullptr) page.table->model()->endBulkChange();
   }
 }
 
 void SettingsSheet::writeReport() {
-  const std::string folder = document_.app().config().ReadConfigString("Path", "general", foundation::StoreMachine, "");
-  const auto file = base::systemPath(folder) / "setari.html";
-  if (!writeSettingsReport(file, *parties_, texts_)) {
-    QMessageBox::warning(this, windowTitle(), texts_.format("IDS_CANTWRITEFILE", file.string()));
-    return;
+  const auto file = reportFile(document_, "setari.html");
+  if (!writeSettingsReport(file, pages_, texts_)) {
+    return warn(this, texts_, texts_.format("IDS_CANTWRITEFILE", file.string()));
   }
-  document_.app().surroundings().documents.open(file.string());
+  handOver(document_, texts_, this, file, ReportUse::Open);
 }
 
 }  // namespace ui

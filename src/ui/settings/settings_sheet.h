@@ -1,19 +1,22 @@
 #pragma once
 
 #include <QDialog>
-#include <QTabWidget>
+#include <QDialogButtonBox>
+#include <QListWidget>
+#include <QStackedWidget>
 #include <memory>
 #include <vector>
 
 #include "server/server_doc.h"
-#include "ui/settings/party_pages.h"
+#include "ui/settings/edited_parties.h"
+#include "ui/settings/edited_tariffs.h"
 #include "ui/settings/settings_page.h"
-#include "ui/settings/tariff_pages.h"
 #include "ui/texts.h"
 
 namespace ui {
 
-// The settings: parties, tariffs, options. Nothing is written before the sheet is confirmed.
+// The settings: parties, tariffs, options; a list of the pages beside the page that is open. Nothing is written before
+// the sheet is confirmed or applied.
 class SettingsSheet : public QDialog {
   Q_OBJECT
 
@@ -22,21 +25,36 @@ class SettingsSheet : public QDialog {
 
   // Opens on the page of that caption.
   void showPage(const QString& caption);
+  [[nodiscard]] const std::vector<SettingsPage>& pages() const { return pages_; }
 
  public slots:
   void accept() override;
+  // Asks before what was edited is lost. Accepted when something was applied.
+  void reject() override;
+  // Writes what was edited, and stays open.
+  void apply();
 
  private:
+  void addPages();
+  void addGroup(const char* captionKey);
   void addPage(SettingsPage page);
+  void buildButtons();
+  void showRow(int row);
+  [[nodiscard]] bool changed() const;
+  bool save();
   void savePartiesAndTariffs();
   void writeReport();
 
   server::CServerDoc& document_;
   const Texts& texts_;
+  bool allowed_;  // to change, not only to look
+  bool applied_ = false;
   std::shared_ptr<EditedParties> parties_;
   std::shared_ptr<EditedTariffs> tariffs_;
   std::vector<SettingsPage> pages_;
-  QTabWidget* tabs_;
+  QListWidget* list_;      // captions of groups and pages
+  QStackedWidget* stack_;  // the pages, in their order
+  QDialogButtonBox* buttons_;
 };
 
 }  // namespace ui

@@ -1,129 +1,29 @@
 #include "ui/settings/tariff_pages.h"
 
 #include <QDate>
-#include <QRegularExpression>
 #include <QTime>
-#include <QVBoxLayout>
-#include <array>
 
-#include "ui/record_table.h"
+#include "ui/settings/days_text.h"
+#include "ui/settings/table_columns.h"
 
 namespace ui {
 
 namespace {
 
 using Tariffs = std::shared_ptr<EditedTariffs>;
+using Tables = tariff::TariffTables;
 
-constexpr std::array<const char*, 7> kDayKeys = {"IDS_SUNDAY",   "IDS_MONDAY", "IDS_TUESDAY", "IDS_WEDNESDAY",
-                                                 "IDS_THURSDAY", "IDS_FRIDAY", "IDS_SATURDAY"};
-constexpr int kShortDay = 3;
 constexpr const char* kDateFormat = "dd.MM.yyyy";
 constexpr const char* kTimeFormat = "HH:mm";
-
-// A column over one member of the records of one list: `show` and `take` turn the member into text and back.
-template <typename Record, typename Member>
-RecordColumn column(const QString& caption, const Tariffs& tariffs, std::vector<Record> tariff::TariffTables::*list,
-                    Member Record::*member, std::function<QString(const Member&)> show,
-                    std::function<bool(const QString&, Member&)> take) {
-  RecordColumn made;
-  made.caption = caption;
-  made.read = [tariffs, list, member, show](int row) {
-    return show((tariffs->tables.*list)[static_cast<std::size_t>(row)].*member);
-  };
-  made.write = [tariffs, list, member, take](int row, const QString& text) {
-    if (!take(text.trimmed(), (tariffs->tables.*list)[static_cast<std::size_t>(row)].*member)) return false;
-    tariffs->changed = true;
-    return true;
-  };
-  return made;
-}
+constexpr double kHundredths = 100;
+constexpr unsigned kWorkdays = 0x3E;
+constexpr unsigned kWeekend = 0x41;
+constexpr unsigned kAllDays = 0x7F;
 
 template <typename Record>
-RecordColumn textColumn(const QString& caption, const Tariffs& tariffs, std::vector<Record> tariff::TariffTables::*list,
-                        std::string Record::*member) {
-  return column<Record, std::string>(
-      caption, tariffs, list, member, [](const std::string& value) { return toQt(value); },
-      [](const QString& text, std::string& value) {
-        value = fromQt(text);
-        return true;
-      });
-}
-
-template <typename Record>
-RecordColumn numberColumn(const QString& caption, const Tariffs& tariffs,
-                          std::vector<Record> tariff::TariffTables::*list, std::int32_t Record::*member) {
-  return column<Record, std::int32_t>(
-      caption, tariffs, list, member, [](const std::int32_t& value) { return QString::number(value); },
-      [](const QString& text, std::int32_t& value) {
-        bool valid = false;
-        const int number = text.toInt(&valid);
-        if (valid && number >= 0) value = number;
-        return valid && number >= 0;
-      });
-}
-
-RecordColumn amountColumn(const QString& caption, const Tariffs& tariffs, double tariff::ChargeRow::*member) {
-  return column<tariff::ChargeRow, double>(
-      caption, tariffs, &tariff::TariffTables::charges, member,
-      [](const double& value) { return QString::number(value, 'g', 12); },
-      [](QString text, double& value) {
-        bool valid = false;
-        // A decimal comma is what many keyboards give.
-        const double number = text.replace(',', '.').toDouble(&valid);
-        if (valid) value = number;
-        return valid;
-      });
-}
-
-RecordColumn minuteColumn(const QString& caption, const Tariffs& tariffs, int tariff::ChargeRow::*member) {
-  return column<tariff::ChargeRow, int>(
-      caption, tariffs, &tariff::TariffTables::charges, member,
-      [](const int& minute) { return QTime(minute / 60, minute % 60).toString(kTimeFormat); },
-      [](const QString& text, int& minute) {
-        const QTime time = QTime::fromString(text, "H:mm");
-        if (time.isValid()) minute = time.hour() * 60 + time.minute();
-        return time.isValid();
-      });
-}
-
-RecordColumn daysColumn(const QString& caption, const Tariffs& tariffs, const Texts& texts) {
-  return column<tariff::ChargeRow, unsigned>(
-      caption, tariffs, &tariff::TariffTables::charges, &tariff::ChargeRow::days,
-      [&texts](const unsigned& days) { return daysText(days, texts); },
-      [&texts](const QString& text, unsigned& days) {
-        const auto given = daysFromText(text, texts);
-        if (given) days = *given;
-        return given.has_value();
-      });
-}
-
-RecordColumn dateColumn(const QString& caption, const Tariffs& tariffs) {
-  return column<tariff::ProfileRow, std::optional<base::DateTime>>(
-      caption, tariffs, &tariff::TariffTables::profiles, &tariff::ProfileRow::startDate,
-      [](const std::optional<base::DateTime>& date) { return date ? toQt(date->format("%d.%m.%Y")) : QString(); },
-      [](const QString& text, std::optional<base::DateTime>& date) {
-        const QDate given = QDate::fromString(text, kDateFormat);
-        if (given.isValid()) date = base::DateTime::fromParts(given.year(), given.month(), given.day());
-        return given.isValid();
-      });
-}
-
-template <typename Record>
-RecordTableModel::Rows editableRows(const Tariffs& tariffs, std::vector<Record> tariff::TariffTables::*list,
-                                    std::function<Record()> fresh) {
-  return {
-      [tariffs, list] { return static_cast<int>((tariffs->tables.*list).size()); },
-      [tariffs, list, fresh](int at) {
-        auto& records = tariffs->tables.*list;
-        records.insert(records.begin() + at, fresh());
-        tariffs->changed = true;
-      },
-      [tariffs, list](int at) {
-        auto& records = tariffs->tables.*list;
-        records.erase(records.begin() + at);
-        tariffs->changed = true;
-      },
-  };
+EditedList<Record> listOf(const Tariffs& tariffs, std::vector<Record> Tables::*member) {
+  return {[tariffs, member]() -> std::vector<Record>& { return tariffs->tables.*member; },
+          [tariffs] { tariffs->touch(); }};
 }
 
 // A number that no record of the list has yet.
@@ -134,161 +34,284 @@ std::int32_t nextNumber(const std::vector<Record>& records, std::int32_t Record:
   return largest + 1;
 }
 
-// What the parties keep of a provider; a provider that is new gets its entry on first use.
-exchange::ProviderDefinition& partyOf(EditedParties& parties, const tariff::ProviderRow& provider) {
-  for (auto& known : parties.providers) {
-    if (known.id == provider.providerId) return known;
-  }
-  parties.providers.push_back({});
-  parties.providers.back().id = provider.providerId;
-  parties.providers.back().name = provider.name;
-  return parties.providers.back();
+std::optional<double> decimal(QString text) {
+  bool valid = false;
+  // A decimal comma is what many keyboards give.
+  const double number = text.replace(',', '.').toDouble(&valid);
+  return valid && number >= 0 ? std::optional<double>(number) : std::nullopt;
+}
+
+RecordColumn amountColumn(const QString& caption, const EditedList<tariff::ChargeRow>& charges,
+                          double tariff::ChargeRow::*member, const Texts& texts) {
+  RecordColumn column = memberColumn<tariff::ChargeRow, double>(
+      caption, charges, member, [](const double& value) { return QString::number(value, 'g', 12); },
+      [](const QString& text, double& value) {
+        const auto given = decimal(text);
+        if (given) value = *given;
+        return given.has_value();
+      });
+  column.rightAligned = true;
+  column.hint = texts("IDS_HINT_AMOUNT");
+  return column;
+}
+
+// Kept in hundredths of a second, shown in seconds.
+RecordColumn unitColumn(const EditedList<tariff::ChargeRow>& charges, const Texts& texts) {
+  RecordColumn column = memberColumn<tariff::ChargeRow, std::int32_t>(
+      texts("IDS_UNIT_SECONDS"), charges, &tariff::ChargeRow::resolution,
+      [](const std::int32_t& value) { return QString::number(value / kHundredths, 'g', 10); },
+      [](const QString& text, std::int32_t& value) {
+        const auto given = decimal(text);
+        if (!given || *given > 1e6) return false;
+        value = qRound(*given * kHundredths);
+        return true;
+      });
+  column.rightAligned = true;
+  column.hint = texts("IDS_HINT_UNIT");
+  return column;
+}
+
+RecordColumn minuteColumn(const QString& caption, const EditedList<tariff::ChargeRow>& charges,
+                          int tariff::ChargeRow::*member, const Texts& texts) {
+  RecordColumn column = memberColumn<tariff::ChargeRow, int>(
+      caption, charges, member, [](const int& minute) { return QTime(minute / 60, minute % 60).toString(kTimeFormat); },
+      [](const QString& text, int& minute) {
+        const QTime time = QTime::fromString(text, "H:mm");
+        if (time.isValid()) minute = time.hour() * 60 + time.minute();
+        return time.isValid();
+      });
+  column.hint = texts("IDS_HINT_MINUTE");
+  return column;
+}
+
+RecordColumn daysColumn(const EditedList<tariff::ChargeRow>& charges, const Texts& texts) {
+  RecordColumn column = memberColumn<tariff::ChargeRow, unsigned>(
+      texts("IDS_DAYS"), charges, &tariff::ChargeRow::days,
+      [&texts](const unsigned& days) { return daysText(days, texts); },
+      [&texts](const QString& text, unsigned& days) {
+        const auto given = daysFromText(text, texts);
+        if (given) days = *given;
+        return given && *given != 0;
+      });
+  column.choices = [&texts](int) {
+    return QStringList{daysText(kWorkdays, texts), daysText(kWeekend, texts), daysText(kAllDays, texts)};
+  };
+  column.typeable = true;
+  column.hint = texts.format("IDS_HINT_DAYS", fromQt(daysText(kWorkdays, texts)), fromQt(daysText(kWeekend, texts)));
+  return column;
+}
+
+RecordColumn dateColumn(const EditedList<tariff::ProfileRow>& profiles, const Texts& texts) {
+  RecordColumn column = memberColumn<tariff::ProfileRow, std::optional<base::DateTime>>(
+      texts("IDS_VALID_FROM"), profiles, &tariff::ProfileRow::startDate,
+      [](const std::optional<base::DateTime>& date) { return date ? toQt(date->format("%d.%m.%Y")) : QString(); },
+      [](const QString& text, std::optional<base::DateTime>& date) {
+        const QDate given = QDate::fromString(text, kDateFormat);
+        if (given.isValid()) date = base::DateTime::fromParts(given.year(), given.month(), given.day());
+        return given.isValid();
+      });
+  column.hint = texts("IDS_HINT_DATE");
+  return column;
+}
+
+// A reference by number, shown and chosen by name.
+template <typename Record>
+RecordColumn referenceColumn(const QString& caption, const EditedList<Record>& records, std::int32_t Record::*member,
+                             std::function<QString(std::int32_t)> name,
+                             std::function<std::optional<std::int32_t>(const QString&)> find,
+                             std::function<QStringList()> names, const QString& hint) {
+  RecordColumn column = memberColumn<Record, std::int32_t>(
+      caption, records, member, [name](const std::int32_t& id) { return name(id); },
+      [find](const QString& text, std::int32_t& id) {
+        const auto found = find(text);
+        if (found) id = *found;
+        return found.has_value();
+      });
+  column.choices = [names](int) { return names(); };
+  column.hint = hint;
+  return column;
+}
+
+template <typename Record>
+RecordColumn providerColumn(const Tariffs& tariffs, const EditedList<Record>& records, std::int32_t Record::*member,
+                            const Texts& texts) {
+  return referenceColumn<Record>(
+      texts("IDS_PROVIDER"), records, member, [tariffs](std::int32_t id) { return tariffs->providerName(id); },
+      [tariffs](const QString& text) { return tariffs->providerOf(text); },
+      [tariffs] { return tariffs->providerNames(); }, texts("IDS_HINT_PROVIDER"));
 }
 
 SettingsPage providersPage(const Tariffs& tariffs, const std::shared_ptr<EditedParties>& parties, const Texts& texts) {
-  const auto providerAt = [tariffs](int row) -> tariff::ProviderRow& {
-    return tariffs->tables.providers[static_cast<std::size_t>(row)];
+  using Provider = tariff::ProviderRow;
+  const auto providers = listOf(tariffs, &Tables::providers);
+  const auto partyAt = [=](int row) -> exchange::ProviderDefinition& {
+    return parties->ownProvider(providers.at(row).providerId);
   };
   RecordColumn local;
   local.caption = texts("IDS_LOCAL_PREFIXES");
-  local.read = [=](int row) { return toQt(partyOf(*parties, providerAt(row)).localPrefixes); };
+  local.hint = texts("IDS_HINT_LOCAL_PREFIXES");
+  local.read = [=](int row) { return toQt(parties->provider(providers.at(row).providerId).localPrefixes); };
   local.write = [=](int row, const QString& text) {
-    partyOf(*parties, providerAt(row)).localPrefixes = fromQt(text);
-    parties->changed = true;
+    partyAt(row).localPrefixes = fromQt(text.trimmed());
     return true;
   };
   RecordColumn free;
   free.caption = texts("IDS_FREE_SECONDS");
-  free.read = [=](int row) { return QString::number(partyOf(*parties, providerAt(row)).freeSeconds); };
+  free.hint = texts("IDS_HINT_FREE_SECONDS");
+  free.rightAligned = true;
+  free.read = [=](int row) { return QString::number(parties->provider(providers.at(row).providerId).freeSeconds); };
   free.write = [=](int row, const QString& text) {
     bool valid = false;
     const int seconds = text.toInt(&valid);
-    if (!valid || seconds < 0) return false;
-    partyOf(*parties, providerAt(row)).freeSeconds = seconds;
-    parties->changed = true;
-    return true;
+    if (valid && seconds >= 0) partyAt(row).freeSeconds = seconds;
+    return valid && seconds >= 0;
   };
-  using Tables = tariff::TariffTables;
-  auto* model = new RecordTableModel(
-      {numberColumn(texts("IDS_NUMBER_ID"), tariffs, &Tables::providers, &tariff::ProviderRow::providerId),
-       textColumn(texts("IDS_PROVIDER"), tariffs, &Tables::providers, &tariff::ProviderRow::name), local, free},
-      editableRows<tariff::ProviderRow>(tariffs, &Tables::providers, [tariffs] {
-        return tariff::ProviderRow{nextNumber(tariffs->tables.providers, &tariff::ProviderRow::providerId), {}};
-      }));
-  return {texts("IDS_PAGE_PROVIDERS"), new RecordTable(model, "providersTable", texts), nullptr, nullptr};
+  auto* model =
+      new RecordTableModel({keyColumn(texts("IDS_NUMBER_ID"), providers, &Provider::providerId, texts("IDS_HINT_KEY")),
+                            textColumn(texts("IDS_PROVIDER"), providers, &Provider::name), local, free},
+                           editableRows<Provider>(providers, [providers] {
+                             return Provider{nextNumber(providers.list(), &Provider::providerId), {}};
+                           }));
+  SettingsPage page =
+      tablePage(texts("IDS_PAGE_PROVIDERS"), model, "providersTable", texts("IDS_HINT_PROVIDERS"), texts);
+  page.reported = true;
+  page.check = [providers, &texts]() -> QString {
+    for (const Provider& provider : providers.list()) {
+      if (provider.name.empty()) return texts.format("IDS_SETTINGS_NAMELESS_PROVIDER", provider.providerId);
+    }
+    return {};
+  };
+  return page;
 }
 
 SettingsPage profilesPage(const Tariffs& tariffs, const Texts& texts) {
-  using Tables = tariff::TariffTables;
   using Profile = tariff::ProfileRow;
+  const auto profiles = listOf(tariffs, &Tables::profiles);
   auto* model =
-      new RecordTableModel({numberColumn(texts("IDS_NUMBER_ID"), tariffs, &Tables::profiles, &Profile::profileId),
-                            textColumn(texts("IDS_PROFILE"), tariffs, &Tables::profiles, &Profile::name),
-                            dateColumn(texts("IDS_VALID_FROM"), tariffs),
-                            numberColumn(texts("IDS_PROVIDER_ID"), tariffs, &Tables::profiles, &Profile::providerId),
-                            numberColumn(texts("IDS_FREE_SECONDS"), tariffs, &Tables::profiles, &Profile::freeMinutes)},
-                           editableRows<Profile>(tariffs, &Tables::profiles, [tariffs] {
+      new RecordTableModel({keyColumn(texts("IDS_NUMBER_ID"), profiles, &Profile::profileId, texts("IDS_HINT_KEY")),
+                            textColumn(texts("IDS_PROFILE"), profiles, &Profile::name),
+                            providerColumn(tariffs, profiles, &Profile::providerId, texts), dateColumn(profiles, texts),
+                            numberColumn(texts("IDS_FREE_SECONDS"), profiles, &Profile::freeMinutes,
+                                         texts("IDS_HINT_PROFILE_FREE_SECONDS"))},
+                           editableRows<Profile>(profiles, [tariffs] {
                              Profile profile;
                              profile.profileId = nextNumber(tariffs->tables.profiles, &Profile::profileId);
                              profile.startDate = base::DateTime::fromParts(2000, 1, 1);
+                             if (!tariffs->tables.providers.empty())
+                               profile.providerId = tariffs->tables.providers.back().providerId;
                              return profile;
                            }));
-  return {texts("IDS_PAGE_PROFILES"), new RecordTable(model, "profilesTable", texts), nullptr, nullptr};
+  SettingsPage page = tablePage(texts("IDS_PAGE_PROFILES"), model, "profilesTable", texts("IDS_HINT_PROFILES"), texts);
+  page.reported = true;
+  return page;
 }
 
 SettingsPage prefixesPage(const Tariffs& tariffs, const Texts& texts) {
-  using Tables = tariff::TariffTables;
   using Prefix = tariff::PrefixRow;
+  const auto prefixes = listOf(tariffs, &Tables::prefixes);
+  RecordColumn area;
+  area.caption = texts("IDS_AREA");
+  area.hint = texts("IDS_HINT_PREFIX_AREA");
+  area.read = [=](int row) { return tariffs->areaOf(prefixes.at(row).prefix); };
   auto* model = new RecordTableModel(
-      {textColumn(texts("IDS_PREFIX"), tariffs, &Tables::prefixes, &Prefix::prefix),
-       numberColumn(texts("IDS_PROVIDER_ID"), tariffs, &Tables::prefixes, &Prefix::providerId),
-       numberColumn(texts("IDS_DESTINATION_ID"), tariffs, &Tables::prefixes, &Prefix::destinationId)},
-      editableRows<Prefix>(tariffs, &Tables::prefixes, [] { return Prefix(); }));
-  return {texts("IDS_PAGE_DESTINATIONS"), new RecordTable(model, "prefixesTable", texts), nullptr, nullptr};
+      {textColumn(texts("IDS_PREFIX"), prefixes, &Prefix::prefix), area,
+       providerColumn(tariffs, prefixes, &Prefix::providerId, texts),
+       numberColumn(texts("IDS_DESTINATION_ID"), prefixes, &Prefix::destinationId, texts("IDS_HINT_DESTINATION"))},
+      editableRows<Prefix>(prefixes, [tariffs] {
+        Prefix prefix;
+        // Mostly one more prefix of the provider that was entered last, to a destination of its own.
+        if (!tariffs->tables.prefixes.empty()) prefix.providerId = tariffs->tables.prefixes.back().providerId;
+        if (!tariffs->hasProvider(prefix.providerId) && !tariffs->tables.providers.empty()) {
+          prefix.providerId = tariffs->tables.providers.back().providerId;
+        }
+        prefix.destinationId = nextNumber(tariffs->tables.prefixes, &Prefix::destinationId);
+        return prefix;
+      }));
+  return tablePage(texts("IDS_PAGE_DESTINATIONS"), model, "prefixesTable", texts("IDS_HINT_DESTINATIONS"), texts);
 }
 
-SettingsPage chargesPage(const Tariffs& tariffs, const Texts& texts) {
-  using Tables = tariff::TariffTables;
+RecordColumn destinationColumn(const Tariffs& tariffs, const EditedList<tariff::ChargeRow>& charges,
+                               const Texts& texts) {
+  RecordColumn column = referenceColumn<tariff::ChargeRow>(
+      texts("IDS_DESTINATION_ID"), charges, &tariff::ChargeRow::destinationId,
+      [tariffs](std::int32_t id) { return tariffs->destinationLabel(id); }, &EditedTariffs::destinationOf,
+      [tariffs] { return tariffs->destinationLabels(); }, texts("IDS_HINT_DESTINATION"));
+  column.typeable = true;
+  return column;
+}
+
+RecordColumn currencyColumn(const EditedList<tariff::ChargeRow>& charges, const QStringList& currencies,
+                            const Texts& texts) {
+  RecordColumn column = memberColumn<tariff::ChargeRow, std::string>(
+      texts("IDS_CURRENCY"), charges, &tariff::ChargeRow::currency, [](const std::string& code) { return toQt(code); },
+      [currencies](const QString& text, std::string& code) {
+        const auto found = std::find_if(currencies.begin(), currencies.end(), [&](const QString& known) {
+          return known.compare(text, Qt::CaseInsensitive) == 0;
+        });
+        if (found != currencies.end()) code = fromQt(*found);
+        return found != currencies.end();
+      });
+  column.choices = [currencies](int) { return currencies; };
+  column.hint = texts.format("IDS_HINT_CHARGE_CURRENCY", fromQt(currencies.join(", ")));
+  return column;
+}
+
+SettingsPage chargesPage(const Tariffs& tariffs, const QStringList& currencies, const Texts& texts) {
   using Charge = tariff::ChargeRow;
+  const auto charges = listOf(tariffs, &Tables::charges);
   auto* model = new RecordTableModel(
-      {numberColumn(texts("IDS_DESTINATION_ID"), tariffs, &Tables::charges, &Charge::destinationId),
-       numberColumn(texts("IDS_PROFILE_ID"), tariffs, &Tables::charges, &Charge::profileId),
-       daysColumn(texts("IDS_DAYS"), tariffs, texts), minuteColumn(texts("IDS_FROM"), tariffs, &Charge::startMinute),
-       minuteColumn(texts("IDS_TO"), tariffs, &Charge::endMinute),
-       amountColumn(texts("IDS_UNIT_PRICE"), tariffs, &Charge::value),
-       numberColumn(texts("IDS_UNIT_HUNDREDTHS"), tariffs, &Tables::charges, &Charge::resolution),
-       numberColumn(texts("IDS_MINIMUM_SECONDS"), tariffs, &Tables::charges, &Charge::minimumSeconds),
-       amountColumn(texts("IDS_FIXED_AMOUNT"), tariffs, &Charge::fixedAmount),
-       textColumn(texts("IDS_CURRENCY"), tariffs, &Tables::charges, &Charge::currency),
-       numberColumn(texts("IDS_MINIMUM_DIGITS"), tariffs, &Tables::charges, &Charge::minimumDigits)},
-      editableRows<Charge>(tariffs, &Tables::charges, [tariffs] {
+      {destinationColumn(tariffs, charges, texts),
+       referenceColumn<Charge>(
+           texts("IDS_PROFILE"), charges, &Charge::profileId,
+           [tariffs](std::int32_t id) { return tariffs->profileLabel(id); },
+           [tariffs](const QString& text) { return tariffs->profileOf(text); },
+           [tariffs] { return tariffs->profileLabels(); }, texts("IDS_HINT_CHARGE_PROFILE")),
+       daysColumn(charges, texts), minuteColumn(texts("IDS_FROM"), charges, &Charge::startMinute, texts),
+       minuteColumn(texts("IDS_TO"), charges, &Charge::endMinute, texts),
+       amountColumn(texts("IDS_UNIT_PRICE"), charges, &Charge::value, texts),
+       currencyColumn(charges, currencies, texts), unitColumn(charges, texts),
+       numberColumn(texts("IDS_MINIMUM_SECONDS"), charges, &Charge::minimumSeconds, texts("IDS_HINT_MINIMUM")),
+       amountColumn(texts("IDS_FIXED_AMOUNT"), charges, &Charge::fixedAmount, texts),
+       numberColumn(texts("IDS_MINIMUM_DIGITS"), charges, &Charge::minimumDigits, texts("IDS_HINT_MINIMUM_DIGITS"))},
+      editableRows<Charge>(charges, [tariffs, currencies] {
         // The next band is mostly like the one before it.
         Charge charge = tariffs->tables.charges.empty() ? Charge() : tariffs->tables.charges.back();
-        if (charge.days == 0) charge.days = 0x7F;
+        if (charge.days == 0) charge.days = kAllDays;
+        if (charge.currency.empty() && !currencies.isEmpty()) charge.currency = fromQt(currencies.front());
+        if (charge.profileId == 0 && !tariffs->tables.profiles.empty()) {
+          charge.profileId = tariffs->tables.profiles.back().profileId;
+        }
         return charge;
       }));
-  const auto check = [tariffs, &texts]() -> QString {
-    for (const Charge& charge : tariffs->tables.charges) {
+  SettingsPage page = tablePage(texts("IDS_PAGE_CHARGES"), model, "chargesTable", texts("IDS_HINT_CHARGES"), texts);
+  page.reported = true;
+  page.check = [charges, &texts]() -> QString {
+    for (const Charge& charge : charges.list()) {
       if (charge.days == 0 || charge.currency.empty() || charge.endMinute < charge.startMinute) {
         return texts.format("IDS_SETTINGS_BAD_BAND", charge.destinationId, charge.profileId);
       }
     }
     return {};
   };
-  return {texts("IDS_PAGE_CHARGES"), new RecordTable(model, "chargesTable", texts), check, nullptr};
+  return page;
 }
 
 SettingsPage areasPage(const Tariffs& tariffs, const Texts& texts) {
-  using Tables = tariff::TariffTables;
   using Area = tariff::AreaRow;
-  auto* model = new RecordTableModel({textColumn(texts("IDS_PREFIX"), tariffs, &Tables::areas, &Area::prefix),
-                                      textColumn(texts("IDS_AREA"), tariffs, &Tables::areas, &Area::name),
-                                      textColumn(texts("IDS_COUNTRY"), tariffs, &Tables::areas, &Area::country)},
-                                     editableRows<Area>(tariffs, &Tables::areas, [] { return Area(); }));
-  return {texts("IDS_AREAS"), new RecordTable(model, "areasTable", texts), nullptr, nullptr};
-}
-
-std::optional<int> dayOf(const QString& word, const Texts& texts) {
-  std::optional<int> found;
-  for (int day = 0; day < 7; ++day) {
-    if (word.isEmpty() || !texts(kDayKeys[static_cast<std::size_t>(day)]).startsWith(word, Qt::CaseInsensitive)) {
-      continue;
-    }
-    if (found) return std::nullopt;
-    found = day;
-  }
-  return found;
+  const auto areas = listOf(tariffs, &Tables::areas);
+  auto* model = new RecordTableModel(
+      {textColumn(texts("IDS_PREFIX"), areas, &Area::prefix), textColumn(texts("IDS_AREA"), areas, &Area::name),
+       textColumn(texts("IDS_COUNTRY"), areas, &Area::country)},
+      editableRows<Area>(areas, [] { return Area(); }));
+  return tablePage(texts("IDS_AREAS"), model, "areasTable", texts("IDS_HINT_AREAS"), texts);
 }
 
 }  // namespace
 
-std::vector<SettingsPage> tariffPages(std::shared_ptr<EditedTariffs> tariffs, std::shared_ptr<EditedParties> parties,
-                                      const Texts& texts) {
+std::vector<SettingsPage> tariffPages(const Tariffs& tariffs, const std::shared_ptr<EditedParties>& parties,
+                                      const QStringList& currencies, const Texts& texts) {
   return {providersPage(tariffs, parties, texts), profilesPage(tariffs, texts), prefixesPage(tariffs, texts),
-          chargesPage(tariffs, texts), areasPage(tariffs, texts)};
-}
-
-QString daysText(unsigned days, const Texts& texts) {
-  QStringList names;
-  // The week of those who set tariffs begins on Monday.
-  for (const int day : {1, 2, 3, 4, 5, 6, 0}) {
-    if ((days >> day & 1U) != 0) names << texts(kDayKeys[static_cast<std::size_t>(day)]).left(kShortDay);
-  }
-  return names.join(", ");
-}
-
-std::optional<unsigned> daysFromText(const QString& text, const Texts& texts) {
-  unsigned days = 0;
-  for (const QString& word : text.split(QRegularExpression("[,; ]+"), Qt::SkipEmptyParts)) {
-    const auto first = dayOf(word.section('-', 0, 0), texts);
-    const auto last = word.contains('-') ? dayOf(word.section('-', 1, 1), texts) : first;
-    if (!first || !last) return std::nullopt;
-    for (int day = *first;; day = (day + 1) % 7) {
-      days |= 1U << day;
-      if (day == *last) break;
-    }
-  }
-  return days;
+          chargesPage(tariffs, currencies, texts), areasPage(tariffs, texts)};
 }
 
 }  // namespace ui

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QWidget>
+
+#include "ui/record_table_model.h"
+#include "ui/texts.h"
+
+namespace ui {
+
+// Tables as CSV files with the captions as first line. Both ask for the file and tell what went wrong.
+
+void exportTable(const RecordTableModel& model, const Texts& texts, QWidget* parent);
+// Columns are matched by their captions, so a file may hold them in another order. Asks whether the records replace
+// those of the table or come behind them; a table of fixed rows takes each by its first column. False when nothing was
+// changed.
+bool importTable(RecordTableModel& model, const Texts& texts, QWidget* parent);
+
+}  // namespace ui
