@@ -10,4 +10,10 @@ class ConversionError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The operator stopped it.
+class ConversionStopped : public ConversionError {
+ public:
+  using ConversionError::ConversionError;
+};
+
 }  // namespace convert

@@ -132,7 +132,7 @@ class Export {
       }
       file.flush(kPiece);
       if (++rows % kProgressStep == 0 && !person_.progressStep(rows)) {
-        throw ConversionError("Stopped. Nothing was left behind.");
+        throw ConversionStopped("Stopped. Nothing was left behind.");
       }
       return true;
     });

@@ -81,7 +81,7 @@ class TableFill {
     for (std::size_t i = 0; i < row.size(); ++i) rows_->set(positions_[i], row[i]);
     rows_->update();
     if (++count_ % kProgressStep == 0 && !person_.progressStep(count_)) {
-      throw ConversionError("Stopped. Nothing was left behind.");
+      throw ConversionStopped("Stopped. Nothing was left behind.");
     }
     if (count_ % kRowsPerTransaction == 0) {
       transaction_->commit();

@@ -133,7 +133,7 @@ void TableWriter::openRows(const std::string& table) {
 void TableWriter::row(const OldRow& row) {
   current().read.add(current().columns, row);
   if (++progress_ % kProgressStep == 0 && !operator_.progressStep(progress_)) {
-    throw ConversionError("Stopped. Nothing was converted.");
+    throw ConversionStopped("Stopped. Nothing was converted.");
   }
   if (skipped_) return;
   if (sorted_) {

@@ -23,6 +23,8 @@ bool addContact(server::CServerDoc& document, const Texts& texts, QWidget* paren
 // User (group) of that name; an empty name makes a new one.
 bool editUser(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& name);
 bool editGroup(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& name);
+// Carries an old database over into a new folder, for use at the next start when the operator wants so.
+bool convertOldDatabase(server::CServerDoc& document, const Texts& texts, QWidget* parent);
 void showAbout(const Texts& texts, QWidget* parent);
 
 enum class ReportUse { Open, Print };

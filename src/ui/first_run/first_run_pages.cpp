@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFormLayout>
+#include <QRegularExpressionValidator>
 #include <QStandardPaths>
 #include <QVBoxLayout>
 #include <QWizard>
@@ -19,6 +20,7 @@ namespace {
 QLabel* explanation(const QString& text) {
   auto* label = new QLabel(text);
   label->setWordWrap(true);
+  label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   return label;
 }
 
@@ -129,12 +131,16 @@ FirstRunPlacePage::FirstRunPlacePage(const Texts& texts)
   setSubTitle(texts("IDS_FIRST_PLACE_TEXT"));
   auto* form = new QFormLayout(this);
   form->addRow(texts("IDS_OPT_COUNTRY_CODE"), country_);
+  form->addRow(QString(), explanation(texts("IDS_HINT_COUNTRY_CODE")));
   form->addRow(texts("IDS_OPT_AREA_CODE"), area_);
+  form->addRow(QString(), explanation(texts("IDS_HINT_AREA_CODE")));
   auto* label = new QLabel(texts("IDS_OPT_MONITOR_FOLDER"));
   label->setBuddy(monitor_);
   form->addRow(label, withBrowseButton(monitor_, texts));
+  form->addRow(QString(), explanation(texts("IDS_HINT_MONITOR_FOLDER")));
   for (QLineEdit* code : {country_, area_}) {
     code->setMaxLength(8);
+    code->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), code));
     code->setMaximumWidth(fontMetrics().averageCharWidth() * 20);
   }
   registerField("country", country_);
@@ -157,6 +163,7 @@ FirstRunPasswordPage::FirstRunPasswordPage(const Texts& texts)
   form->addRow(texts("IDS_PASSWORD"), password_);
   form->addRow(texts("IDS_REPEAT_PASSWORD"), repeated_);
   for (QLineEdit* line : {password_, repeated_}) line->setEchoMode(QLineEdit::Password);
+  form->addRow(QString(), explanation(texts("IDS_FIRST_FINISH_TEXT")));
   registerField("password", password_);
 }
 

@@ -5,6 +5,7 @@
 #include "sample/call_file.h"
 #include "schema/schema.h"
 #include "server/data_folder.h"
+#include "ui/dialogs/conversion.h"
 
 namespace ui {
 
@@ -53,13 +54,8 @@ void open(const FirstRunPlan& plan, server::CServerApp& app) {
 }
 
 convert::ConversionReport convertOld(const FirstRunPlan& plan, server::CServerApp& app) {
-  convert::ConversionOptions options;
-  options.salvage = plan.salvage;
-  auto report = convert::convertFolder(plan.oldFolder, plan.folder, options, app.surroundings().person);
-  const auto main = jet::openDatabase(plan.folder / schema::kMainFile, jet::OpenMode::ReadWrite);
-  if (main->openRecordset("SELECT * FROM Users")->eof()) {
-    server::addFirstUsers(*main, app.surroundings().clock, plan.password);
-  }
+  auto report = convertFolder(
+      {.oldFolder = plan.oldFolder, .newFolder = plan.folder, .salvage = plan.salvage, .password = plan.password}, app);
   storeSettings(plan, app);
   return report;
 }

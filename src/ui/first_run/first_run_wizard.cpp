@@ -1,16 +1,10 @@
 #include "ui/first_run/first_run_wizard.h"
 
-#include <QDialog>
-#include <QDialogButtonBox>
-#include <QFontDatabase>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QVBoxLayout>
+#include <QAbstractButton>
 
 #include "base/version.h"
-#include "convert/converter.h"
-#include "ui/dialogs/form_dialog.h"
-#include "ui/dialogs/messages.h"
+#include "ui/dialogs/conversion.h"
+#include "ui/dialogs/mnemonics.h"
 #include "ui/first_run/first_run_pages.h"
 #include "ui/icons.h"
 
@@ -52,6 +46,7 @@ void FirstRunWizard::buildPages() {
   setPage(FolderPage, new FirstRunFolderPage(texts_, oldFolder_));
   setPage(PlacePage, new FirstRunPlacePage(texts_));
   setPage(PasswordPage, new FirstRunPasswordPage(texts_));
+  for (const int id : pageIds()) assignMnemonics(*page(id));
   setButtonText(QWizard::NextButton, texts_("IDS_NEXT") + " >");
   setButtonText(QWizard::BackButton, "< " + texts_("IDS_BACK"));
   setButtonText(QWizard::CancelButton, texts_("IDS_CANCEL"));
@@ -93,45 +88,12 @@ FirstRunPlan FirstRunWizard::plan() const {
 }
 
 void FirstRunWizard::accept() {
-  if (tryPlan(plan())) QWizard::accept();
-}
-
-bool FirstRunWizard::tryPlan(const FirstRunPlan& plan) {
-  try {
-    const auto report = carryOut(plan, app_);
-    if (report) showReport(*report);
-    return true;
-  } catch (const convert::ConversionError& error) {
-    if (plan.salvage) {
-      warn(this, texts_, toQt(error.what()));
-      return false;
-    }
-    if (ask(this, texts_, toQt(error.what()) + "\n\n" + texts_("IDS_FIRST_SALVAGE")) != Answer::Yes) return false;
-    FirstRunPlan salvaging = plan;
-    salvaging.salvage = true;
-    return tryPlan(salvaging);
-  } catch (const std::exception& error) {
-    warn(this, texts_, toQt(error.what()));
-    return false;
-  }
-}
-
-void FirstRunWizard::showReport(const convert::ConversionReport& report) {
-  QDialog dialog(this);
-  dialog.setObjectName("conversionReport");
-  dialog.setWindowTitle(texts_("IDS_FIRST_REPORT"));
-  auto* page = named(new QPlainTextEdit(toQt(report.text())), "report");
-  page->setReadOnly(true);
-  page->setLineWrapMode(QPlainTextEdit::NoWrap);
-  page->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
-  named(buttons->button(QDialogButtonBox::Ok), "ok")->setText(texts_("IDS_OK"));
-  connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  auto* layout = new QVBoxLayout(&dialog);
-  layout->addWidget(page);
-  layout->addWidget(buttons);
-  dialog.resize(size());
-  dialog.exec();
+  FirstRunPlan chosen = plan();
+  const bool done = tryConversion(this, texts_, chosen.salvage, [&](bool salvage) {
+    chosen.salvage = salvage;
+    return carryOut(chosen, app_);
+  });
+  if (done) QWizard::accept();
 }
 
 }  // namespace ui

@@ -26,8 +26,6 @@ class FirstRunWizard : public QWizard {
   void useLanguage(const QString& code);
   void buildPages();
   [[nodiscard]] FirstRunPlan plan() const;
-  bool tryPlan(const FirstRunPlan& plan);
-  void showReport(const convert::ConversionReport& report);
 
   server::CServerApp& app_;
   Texts texts_;
