@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/mnemonics.h"
 #include "ui/icons.h"
 #include "ui/translate_window.h"
@@ -17,12 +18,12 @@ namespace ui {
 
 namespace {
 
-constexpr int kPictureSize = 48;
+constexpr int kPictureSize = 36;
 
 // Its texts are keys in brackets until the window is translated.
-class FormDialog : public QDialog {
+class PasswordForm : public QDialog {
  public:
-  FormDialog(QWidget* parent, const char* caption) : QDialog(parent) {
+  PasswordForm(QWidget* parent, const char* caption) : QDialog(parent) {
     setWindowTitle(caption);
     setWindowIcon(icon(Icon::Program));
     auto* picture = new QLabel;
@@ -34,15 +35,20 @@ class FormDialog : public QDialog {
     top->addLayout(form_, 1);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setText("<IDS_OK>");
-    buttons->button(QDialogButtonBox::Ok)->setObjectName("ok");
-    buttons->button(QDialogButtonBox::Cancel)->setObjectName("cancel");
-    buttons->button(QDialogButtonBox::Cancel)->setText("<IDS_CANCEL>");
-    layout->addWidget(buttons);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    buttons_ = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    named(buttons_->button(QDialogButtonBox::Ok), "ok")->setText("<IDS_OK>");
+    named(buttons_->button(QDialogButtonBox::Cancel), "cancel")->setText("<IDS_CANCEL>");
+    layout->addWidget(buttons_);
+    connect(buttons_, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
     setMinimumWidth(fontMetrics().averageCharWidth() * 50);
+  }
+
+  // Once the fields are there.
+  void translate(const foundation::LanguageFile& language) {
+    translateWindow(*this, language);
+    assignMnemonics(*this);
+    focusButtonsLast(*buttons_);
   }
 
   QLineEdit* addField(const char* label, const char* name, bool secret) {
@@ -55,19 +61,19 @@ class FormDialog : public QDialog {
 
  private:
   QFormLayout* form_;
+  QDialogButtonBox* buttons_;
 };
 
 }  // namespace
 
 std::optional<security::Credentials> QtLoginPrompt::askLogin(const std::string& proposedName) {
-  FormDialog dialog(parent_, "<IDS_LOGIN>");
+  PasswordForm dialog(parent_, "<IDS_LOGIN>");
   dialog.setObjectName("loginDialog");
   auto* name = dialog.addField("<IDS_USER>", "userName", false);
   auto* password = dialog.addField("<IDS_PASSWORD>", "password", true);
   name->setText(toQt(proposedName));
   if (!proposedName.empty()) password->setFocus();
-  translateWindow(dialog, language_());
-  assignMnemonics(dialog);
+  dialog.translate(language_());
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   security::Credentials given{fromQt(name->text()), fromQt(password->text())};
   config_.WriteConfigString(given.name, "LastUser", "general", foundation::StoreMachine);
@@ -75,13 +81,12 @@ std::optional<security::Credentials> QtLoginPrompt::askLogin(const std::string& 
 }
 
 std::optional<security::PasswordChange> QtLoginPrompt::askPasswordChange(const std::string& userName, bool) {
-  FormDialog dialog(parent_, "<IDS_CHANGE_PASSWORD>");
+  PasswordForm dialog(parent_, "<IDS_CHANGE_PASSWORD>");
   dialog.setObjectName("passwordDialog");
   auto* current = dialog.addField("<IDS_CURRENT_PASSWORD>", "current", true);
   auto* wanted = dialog.addField("<IDS_NEW_PASSWORD>", "wanted", true);
   auto* repeated = dialog.addField("<IDS_REPEAT_PASSWORD>", "repeated", true);
-  translateWindow(dialog, language_());
-  assignMnemonics(dialog);
+  dialog.translate(language_());
   dialog.setWindowTitle(dialog.windowTitle() + " - " + toQt(userName));
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return security::PasswordChange{fromQt(current->text()), fromQt(wanted->text()), fromQt(repeated->text())};

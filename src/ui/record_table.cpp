@@ -19,7 +19,7 @@ namespace {
 // Columns take the width of what stands in this many rows.
 constexpr int kRowsMeasured = 200;
 constexpr int kWidestColumn = 420;  // pixels
-constexpr int kColumnMargin = 14;
+constexpr int kColumnMargin = 8;
 constexpr auto kEditTriggers =
     QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed;
 

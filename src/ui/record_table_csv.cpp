@@ -78,6 +78,7 @@ class Import {
       ++count_.withoutRow;
       return;
     }
+    taken_.insert(row);
     ++count_.records;
     for (std::size_t c = 0; c < columns_.size() && c < static_cast<std::size_t>(cells.size()); ++c) {
       if (columns_[c] < 0 || !model_.column(columns_[c]).write) continue;
@@ -92,7 +93,7 @@ class Import {
   int rowFor(const QStringList& cells) {
     if (model_.canInsert()) return model_.append();
     for (std::size_t c = 0; c < columns_.size() && c < static_cast<std::size_t>(cells.size()); ++c) {
-      if (columns_[c] == 0) return model_.rowFor(cells[static_cast<qsizetype>(c)].trimmed());
+      if (columns_[c] == 0) return model_.rowFor(cells[static_cast<qsizetype>(c)].trimmed(), taken_);
     }
     return -1;
   }
@@ -105,6 +106,7 @@ class Import {
   std::vector<int> columns_;
   const Texts& texts_;
   ImportCount count_;
+  std::set<int> taken_;
 };
 
 void tellResult(const ImportCount& count, const Texts& texts, QWidget* parent) {

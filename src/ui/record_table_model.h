@@ -3,6 +3,7 @@
 #include <QAbstractTableModel>
 #include <QStringList>
 #include <functional>
+#include <set>
 #include <vector>
 
 namespace ui {
@@ -33,7 +34,8 @@ class RecordTableModel : public QAbstractTableModel {
     std::function<void(int at)> insert;  // a new, empty record; empty function: rows are not added
     std::function<void(int at)> remove;  // empty function: rows are not removed
     // Where rows are not added: the row that takes an imported record with that text in the first column, -1 for none.
-    std::function<int(const QString& key)> rowFor;
+    // Rows that took one already are not free any more.
+    std::function<int(const QString& key, const std::set<int>& taken)> rowFor;
   };
 
   RecordTableModel(std::vector<RecordColumn> columns, Rows rows, QObject* parent = nullptr);
@@ -51,7 +53,7 @@ class RecordTableModel : public QAbstractTableModel {
   [[nodiscard]] bool canInsert() const { return static_cast<bool>(rows_.insert); }
   [[nodiscard]] bool canRemove() const { return static_cast<bool>(rows_.remove); }
   [[nodiscard]] bool canImport() const { return canInsert() || rows_.rowFor; }
-  [[nodiscard]] int rowFor(const QString& key) const { return rows_.rowFor(key); }
+  [[nodiscard]] int rowFor(const QString& key, const std::set<int>& taken) const { return rows_.rowFor(key, taken); }
   // Without the right to change: nothing is edited, switches neither.
   void setReadOnly(bool readOnly) { readOnly_ = readOnly; }
 

@@ -6,6 +6,8 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSet>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QTest>
@@ -294,6 +296,36 @@ TEST_F(DialogsTest, SummariesAreOfStatistics) {
   EXPECT_TRUE(desktop.documents.opened.empty());
   ui::makeSummaryPage(document(), texts(), nullptr, hours);
   EXPECT_EQ(desktop.documents.opened, std::vector<std::string>{desktop.path("summary.html")});
+}
+
+// By keyboard: the first field has the focus, Tab leaves the last one for the buttons, and fields have letters of their
+// own.
+TEST_F(DialogsTest, DialogsAreWalkedByKeyboard) {
+  const auto walk = [](const char* first) {
+    return [first](QDialog& dialog) {
+      EXPECT_EQ(dialog.focusWidget()->objectName(), first) << dialog.objectName().toStdString();
+      QSet<QString> letters;
+      for (const auto* label : dialog.findChildren<QLabel*>()) {
+        if (label->buddy() == nullptr) continue;
+        const qsizetype mark = label->text().indexOf('&');
+        if (mark < 0) continue;  // all of its letters stand for others
+        EXPECT_FALSE(letters.contains(label->text().mid(mark + 1, 1).toLower())) << label->text().toStdString();
+        letters.insert(label->text().mid(mark + 1, 1).toLower());
+      }
+      EXPECT_FALSE(letters.isEmpty()) << dialog.objectName().toStdString();
+      EXPECT_TRUE(child<QPushButton>(dialog, "ok").isDefault()) << dialog.objectName().toStdString();
+      dialog.done(QDialog::Rejected);
+    };
+  };
+  Script script({walk("onFilter"), walk("LogFilt_Enabled"), walk("name"), walk("name"), walk("userName"),
+                 walk("periodStart"), walk("oldFolder")});
+  ui::editCallFilter(document(), texts(), nullptr);
+  ui::editLogFilter(document(), texts(), nullptr);
+  ui::searchContacts(document(), texts(), nullptr);
+  ui::addContact(document(), texts(), nullptr);
+  ui::editUser(document(), texts(), nullptr, "");
+  ui::updateStoredCalls(document(), texts(), nullptr);
+  ui::convertOldDatabase(document(), texts(), nullptr);
 }
 
 TEST_F(DialogsTest, AboutTellsTheVersion) {

@@ -11,6 +11,15 @@
 
 namespace ui {
 
+void focusButtonsLast(QDialogButtonBox& buttons) {
+  QWidget& dialog = *buttons.window();
+  // A widget that comes anew comes last.
+  buttons.setParent(nullptr);
+  dialog.layout()->addWidget(&buttons);
+  // Enter is never another button, even while OK cannot be pressed.
+  buttons.button(QDialogButtonBox::Ok)->setDefault(true);
+}
+
 FormDialog::FormDialog(const Texts& texts, const char* captionKey, const char* name, QWidget* parent)
     : QDialog(parent),
       texts_(texts),
@@ -20,8 +29,6 @@ FormDialog::FormDialog(const Texts& texts, const char* captionKey, const char* n
   setWindowTitle(texts(captionKey).remove("..."));
   named(okButton(), "ok")->setText(texts("IDS_OK"));
   named(cancelButton(), "cancel")->setText(texts("IDS_CANCEL"));
-  // Enter is never another button, even while OK cannot be pressed.
-  okButton()->setDefault(true);
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(body_);
   layout->addWidget(buttons_);
@@ -33,11 +40,13 @@ QPushButton* FormDialog::addButton(const char* key, const char* name) {
   return named(buttons_->addButton(texts_(key), QDialogButtonBox::ResetRole), name);
 }
 
-void FormDialog::showEvent(QShowEvent* event) {
-  // Now the dialog is whole.
-  if (!hasMnemonics_) assignMnemonics(*this);
-  hasMnemonics_ = true;
-  QDialog::showEvent(event);
+void FormDialog::setVisible(bool visible) {
+  if (visible && !prepared_) {  // now the dialog is whole
+    assignMnemonics(*this);
+    focusButtonsLast(*buttons_);
+    prepared_ = true;
+  }
+  QDialog::setVisible(visible);
 }
 
 void FormDialog::allowOnlyLooking() {

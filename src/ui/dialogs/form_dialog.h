@@ -18,11 +18,21 @@ Widget* named(Widget* widget, const char* name) {
   return widget;
 }
 
+// Puts the buttons behind everything else of their dialog for Tab, and so gives the first field the focus: dialogs are
+// filled after their buttons are made.
+void focusButtonsLast(QDialogButtonBox& buttons);
+
+// Puts the buttons behind everything else of their dialog for Tab, and so gives the first field the focus: dialogs are
+// filled after their buttons are made.
+void focusButtonsLast(QDialogButtonBox& buttons);
+
 // A dialog with a body and, under it, the buttons "ok" and "cancel". Derived dialogs fill the body in their
 // constructor.
 class FormDialog : public QDialog {
  public:
   FormDialog(const Texts& texts, const char* captionKey, const char* name, QWidget* parent);
+
+  void setVisible(bool visible) override;
 
  protected:
   [[nodiscard]] const Texts& texts() const { return texts_; }
@@ -36,13 +46,12 @@ class FormDialog : public QDialog {
   QLabel* makeHint(const QString& text);
   // For those who lack the right to change: the editors only show, OK cannot be pressed, and a sentence says why.
   void allowOnlyLooking();
-  void showEvent(QShowEvent* event) override;
 
  private:
   const Texts& texts_;
   QVBoxLayout* body_;
   QDialogButtonBox* buttons_;
-  bool hasMnemonics_ = false;
+  bool prepared_ = false;
 };
 
 }  // namespace ui

@@ -114,13 +114,15 @@ RecordColumn trunkProfileColumn(const EditedList<Trunk>& trunks, const Tariffs& 
 }
 
 // The entry of an imported trunk: its own, else a free one from the end, where the numbers are the least likely.
-int rowForTrunk(const EditedList<Trunk>& trunks, const QString& key) {
+int rowForTrunk(const EditedList<Trunk>& trunks, const QString& key, const std::set<int>& taken) {
   const auto& list = trunks.list();
   const std::string number = fromQt(key);
   int free = -1;
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    if (list[i].trunk == number) return static_cast<int>(i);
-    if (!inUse(list[i])) free = static_cast<int>(i);
+  for (int row = 0; row < static_cast<int>(list.size()); ++row) {
+    const Trunk& trunk = trunks.at(row);
+    if (taken.contains(row)) continue;
+    if (trunk.trunk == number) return row;
+    if (!inUse(trunk)) free = row;
   }
   return number.empty() ? -1 : free;
 }
@@ -163,7 +165,7 @@ SettingsPage trunksPage(const Parties& parties, const Tariffs& tariffs, const Te
   const auto trunks = listOf(parties, &EditedParties::Lists::trunks);
   RecordTableModel::Rows rows;
   rows.count = [trunks] { return static_cast<int>(trunks.list().size()); };
-  rows.rowFor = [trunks](const QString& key) { return rowForTrunk(trunks, key); };
+  rows.rowFor = [trunks](const QString& key, const std::set<int>& taken) { return rowForTrunk(trunks, key, taken); };
   auto* model =
       new RecordTableModel({trunkNumberColumn(trunks, texts), textColumn(texts("IDS_LABEL"), trunks, &Trunk::label),
                             trunkProviderColumn(trunks, tariffs, texts), trunkProfileColumn(trunks, tariffs, texts),

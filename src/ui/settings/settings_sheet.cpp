@@ -67,10 +67,11 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
     layout->addWidget(hint);
   }
   layout->addWidget(buttons_);
+  buttons_->button(QDialogButtonBox::Ok)->setDefault(true);
   connect(list_, &QListWidget::currentRowChanged, this, &SettingsSheet::showRow);
   showPage(pages_.front().caption);
   list_->setFocus();
-  resize(fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 38);
+  resize(fontMetrics().averageCharWidth() * 165, fontMetrics().lineSpacing() * 38);
 }
 
 void SettingsSheet::addPages() {
@@ -127,7 +128,6 @@ void SettingsSheet::buildButtons() {
   QPushButton* ok = prepare(QDialogButtonBox::Ok, "IDS_OK", "ok");
   QPushButton* applying = prepare(QDialogButtonBox::Apply, "IDS_APPLY", "apply");
   prepare(QDialogButtonBox::Cancel, "IDS_CANCEL", "cancel");
-  ok->setDefault(true);
   ok->setEnabled(allowed_);
   applying->setEnabled(allowed_);
   auto* report = named(buttons_->addButton(texts_("IDS_SETTINGS_REPORT"), QDialogButtonBox::ResetRole), "report");
