@@ -50,6 +50,7 @@ constexpr Declaration kDeclarations[] = {
     {Command::Summary, Menu::File, "IDS_ACTION_SUMMARY", "", Icon::Statistic, InMenu, ObjectCalls, RightView},
     {Command::Bill, Menu::File, "IDS_ACTION_BILL", "Ctrl+B", Icon::Bill, InMenu | InToolBar | BeforeSeparator,
      ObjectCalls, RightView},
+    {Command::Convert, Menu::File, "IDS_ACTION_CONVERT", "", {}, InMenu, ObjectAdministration, RightChange},
     {Command::Settings, Menu::File, "IDS_ACTION_SETTINGS", "Ctrl+,", Icon::Settings, InMenu | InToolBar,
      ObjectAdministration, RightView},
     {Command::Password, Menu::File, "IDS_ACTION_PASSWORD", "", {}, InMenu | BeforeSeparator, 0, 0},

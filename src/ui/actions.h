@@ -19,6 +19,7 @@ enum class Command {
   Export,
   Summary,
   Bill,
+  Convert,
   Settings,
   Password,
   Quit,

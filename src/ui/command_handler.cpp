@@ -168,6 +168,9 @@ void handleCommand(Command command, const CommandTarget& target) {
       return;
     case Command::Bill:
       return makeBill(document, texts, &frame, filterValue(kKindExtension, target.list.currentText(kKindExtension)));
+    case Command::Convert:
+      convertOldDatabase(document, texts, &frame);
+      return;
     case Command::Settings: {
       SettingsSheet sheet(document, texts, &frame);
       return reloadIf(sheet.exec() == QDialog::Accepted);

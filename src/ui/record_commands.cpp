@@ -4,6 +4,7 @@
 
 #include "security/rights.h"
 #include "ui/dialogs.h"
+#include "ui/dialogs/directory_messages.h"
 
 namespace ui {
 
@@ -43,6 +44,22 @@ void deleteContact(server::CServerDoc& document, std::int32_t id) {
   if (!contact) return;  // another copy was quicker
   const std::string message = document.contactBook().message(document.contactBook().remove(*contact));
   if (!message.empty()) document.app().surroundings().person.messageBox(message);
+}
+
+// The text that says why this user or group must stay; null when it may go.
+const char* reasonToKeep(server::CServerDoc& document, int folder, std::int32_t id) {
+  security::UserDirectory& directory = document.users();
+  if (folder == kFolderUsers) {
+    if (id == document.user().RecordID) return "IDS_DELETE_SELF";
+    auto user = directory.findUser(id);
+    if (!user) return nullptr;
+    user->Groups.clear();
+    return keepsAnAdministrator(directory, *user) ? nullptr : "IDS_LAST_ADMINISTRATOR";
+  }
+  auto group = folder == kFolderGroups ? directory.findGroup(id) : std::nullopt;
+  if (!group) return nullptr;
+  group->ObjectAccess.clear();
+  return keepsAnAdministrator(directory, *group) ? nullptr : "IDS_LAST_ADMINISTRATOR";
 }
 
 }  // namespace
@@ -110,8 +127,8 @@ bool deleteRecord(server::CServerDoc& document, const Texts& texts, const CFolde
   const int folder = list.folderId();
   const std::string name = recordName(document, folder, *id);
   auto& person = document.app().surroundings().person;
-  if (folder == kFolderUsers && *id == document.user().RecordID) {
-    person.messageBox(texts.language().Translate("IDS_DELETE_SELF"));
+  if (const char* reason = reasonToKeep(document, folder, *id)) {
+    person.messageBox(texts.language().Translate(reason));
     return false;
   }
   if (!person.askYesNo(texts.language().TranslateFormat("IDS_CONFIRM_DELETE", name),

@@ -22,6 +22,7 @@ constexpr int kCalls = 100;
 constexpr int kExtensions = 101;
 constexpr int kNumbers = 102;
 constexpr int kUsers = 97;
+constexpr int kGroups = 98;
 constexpr int kKindContactName = 200;
 constexpr int kKindCount = 421;
 constexpr int kKindNumber = 400;
@@ -222,12 +223,17 @@ TEST_F(MainFrameTest, CommandsAreOfferedWhereTheyMakeSense) {
   EXPECT_FALSE(action("IDS_ACTION_HIDE_NUMBER").isEnabled());
 }
 
-TEST_F(MainFrameTest, TheUserOfTheSessionIsNotDeleted) {
+TEST_F(MainFrameTest, TheUserOfTheSessionAndTheLastAdministratorsStay) {
   frame->selectFolder(kUsers);
   list().setCurrentIndex(list().model().index(0, 0));
   action("IDS_ACTION_DELETE").trigger();
   EXPECT_EQ(desktop.value("select count(*) as c from Users"), "1");
   EXPECT_EQ(desktop.person.messages.back(), desktop.app->language().Translate("IDS_DELETE_SELF"));
+  frame->selectFolder(kGroups);
+  list().setCurrentIndex(list().model().index(0, 0));
+  action("IDS_ACTION_DELETE").trigger();
+  EXPECT_EQ(desktop.value("select count(*) as c from Groups"), "1");
+  EXPECT_EQ(desktop.person.messages.back(), desktop.app->language().Translate("IDS_LAST_ADMINISTRATOR"));
 }
 
 TEST_F(MainFrameTest, MovedAndHiddenColumnsAreKeptForTheNextOpening) {
