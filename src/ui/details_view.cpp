@@ -38,6 +38,7 @@ int DetailsView::fieldsInARow() const {
 // Column after column, as a form is read.
 void DetailsView::fill() {
   shownInARow_ = fieldsInARow();
+  if (fields_.empty()) return clear();
   const auto perColumn =
       (fields_.size() + static_cast<std::size_t>(shownInARow_) - 1) / static_cast<std::size_t>(shownInARow_);
   const QString dim = between(palette().color(QPalette::Text), palette().color(QPalette::Base)).name();

@@ -87,6 +87,7 @@ void CMainFrame::buildCentre() {
   lower_->addWidget(chart_);
   details_ = new DetailsView;
   details_->setAccessibleName(texts_("IDS_DETAILS"));
+  details_->setPlaceholderText(texts_("IDS_DETAILS_EMPTY"));
   lower_->addWidget(details_);
   lower_->setSizes({300, 700, 700});
   panes_ = new QSplitter(Qt::Vertical);
@@ -310,9 +311,9 @@ void CMainFrame::reloadFolder() {
 }
 
 void CMainFrame::showTotals() {
-  const platform::Progress progress(document_.app().surroundings().person, fromQt(texts_("IDS_TOTAL")),
-                                    fromQt(texts_("IDS_READING_ROWS")));
   try {
+    const platform::Progress progress(document_.app().surroundings().person, fromQt(texts_("IDS_TOTAL")),
+                                      fromQt(texts_("IDS_READING_ROWS")));
     const folders::CallTotals totals = folders::filteredTotals(document_.folderServices());
     totals_ = toQt(folders::totalCostText(totals, document_.folderServices(), document_.valueFormatter()));
   } catch (const jet::Error& error) {
