@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
   QApplication::setApplicationVersion(base::kProgramVersion);
 
   ui::QtOperator person;
-  ui::QtDocumentHandler documents;
+  ui::QtDocumentHandler documents(person);
   const platform::SystemClock clock;
   const auto storeFile = foundation::MachineStore::defaultFile();
 

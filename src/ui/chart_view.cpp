@@ -112,7 +112,7 @@ void ChartView::paintColumns(QPainter& painter, const QRect& area) const {
     if (metrics.horizontalAdvance(caption) > width) caption = caption.section(':', 0, 0);
     painter.drawText(QRect(left, bottom + kGap, width, line), Qt::AlignHCenter | Qt::AlignTop,
                      metrics.elidedText(caption, Qt::ElideRight, width));
-    if (metrics.horizontalAdvance(bar.valueText) > width + kGap) continue;
+    if (metrics.horizontalAdvance(bar.valueText) > width) continue;
     painter.drawText(QRect(left - kGap, bottom - height - line, width + 2 * kGap, line),
                      Qt::AlignHCenter | Qt::AlignBottom, bar.valueText);
   }

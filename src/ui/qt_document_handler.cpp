@@ -8,12 +8,17 @@
 #include <QTextDocument>
 #include <QTextOption>
 #include <QTextTable>
+#include <QThread>
 #include <QUrl>
 #include <algorithm>
+#include <atomic>
 #include <fstream>
 #include <iterator>
+#include <memory>
 
 #include "base/codepage.h"
+#include "base/version.h"
+#include "platform/progress.h"
 #include "ui/texts.h"
 
 namespace ui {
@@ -65,7 +70,7 @@ Layout layOut(QTextDocument& document, const QSizeF& sheet) {
 
 }  // namespace
 
-void printPage(const QString& html, QPrinter& printer) {
+void printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn) {
   constexpr qreal kUnitsPerInch = 96;  // of the document, as on a screen
   constexpr qreal kFoot = 20;          // room for the number of the sheet
   QTextDocument document;
@@ -81,6 +86,10 @@ void printPage(const QString& html, QPrinter& printer) {
   painter.scale(printer.logicalDpiX() / kUnitsPerInch, printer.logicalDpiY() / kUnitsPerInch);
   const int sheets = document.pageCount();
   for (int sheet = 0; sheet < sheets; ++sheet) {
+    if (!goOn()) {
+      printer.abort();
+      return;
+    }
     if (sheet > 0) printer.newPage();
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette.setColor(QPalette::Text, Qt::black);  // paper is white, whatever the windows look like
@@ -96,6 +105,23 @@ void printPage(const QString& html, QPrinter& printer) {
   }
 }
 
+namespace {
+
+// Laying out a long list takes seconds in one piece, so it is done on a thread of its own.
+void printBesideTheWindow(const QString& html, QPrinter& printer, const std::string& name, platform::Operator& person) {
+  const platform::Progress progress(person, base::kProgramName, name);
+  std::atomic<bool> goOn = true;
+  const std::unique_ptr<QThread> work(
+      QThread::create([&] { printPage(html, printer, [&goOn] { return goOn.load(); }); }));
+  work->start();
+  constexpr unsigned long kLook = 20;  // milliseconds
+  while (!work->wait(kLook)) {
+    if (!person.progressPulse()) goOn = false;
+  }
+}
+
+}  // namespace
+
 bool QtDocumentHandler::open(const std::string& pathOrUrl) {
   const QString text = toQt(pathOrUrl);
   const bool address = text.startsWith("http://") || text.startsWith("https://") || text.startsWith("mailto:");
@@ -108,7 +134,7 @@ bool QtDocumentHandler::print(const std::filesystem::path& document) {
   printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Millimeter);
   QPrintDialog dialog(&printer);
   if (dialog.exec() != QDialog::Accepted) return true;
-  printPage(readPage(document), printer);
+  printBesideTheWindow(readPage(document), printer, document.string(), person_);
   return true;
 }
 

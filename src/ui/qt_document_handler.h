@@ -1,21 +1,30 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 #include "platform/document_handler.h"
+#include "platform/operator.h"
 
 class QPrinter;
 
 namespace ui {
 
-// Prints a page of the reports on numbered sheets, every column of its lists on them, headings repeated.
-void printPage(const QString& html, QPrinter& printer);
+// Prints a page of the reports on numbered sheets, every column of its lists on them, headings repeated. `goOn` is asked
+// before each sheet; its no ends the work there. May run on any thread.
+void printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn);
 
 // Opens documents and addresses with the desktop's programs; prints pages through the window system's print dialog.
 class QtDocumentHandler : public platform::DocumentHandler {
  public:
+  // Printing shows its progress there; `person` must outlive the handler.
+  explicit QtDocumentHandler(platform::Operator& person) : person_(person) {}
+
   bool open(const std::string& pathOrUrl) override;
   bool print(const std::filesystem::path& document) override;
+
+ private:
+  platform::Operator& person_;
 };
 
 }  // namespace ui

@@ -21,7 +21,8 @@ QString list(int columns, int rows) {
          row("<TD align=left nowrap>\n0037322844951&nbsp;</TD>\n").repeated(rows) + "</TABLE></body></html>";
 }
 
-int sheetsOf(const QString& page) {
+int sheetsOf(
+    const QString& page, const std::function<bool()>& goOn = [] { return true; }) {
   const TemporaryFolder folder;
   const std::filesystem::path file = folder / "sheets.pdf";
   {
@@ -31,7 +32,7 @@ int sheetsOf(const QString& page) {
     printer.setPageSize(QPageSize(QPageSize::A4));
     printer.setPageOrientation(QPageLayout::Landscape);
     printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Millimeter);
-    ui::printPage(page, printer);
+    ui::printPage(page, printer, goOn);
   }
   const std::string pdf = readFile(file);
   const std::regex sheet("/Type\\s*/Page\\b(?!s)");
@@ -42,6 +43,12 @@ int sheetsOf(const QString& page) {
 TEST(PrintedPage, AListOfManyColumnsIsMadeSmallerAndNotBroken) {
   EXPECT_EQ(sheetsOf(list(5, 30)), 1);
   EXPECT_LE(sheetsOf(list(21, 100)), 3);
+}
+
+TEST(PrintedPage, AStopEndsThePrintingBeforeTheNextSheet) {
+  int asked = 0;
+  EXPECT_EQ(sheetsOf(list(5, 300), [&asked] { return ++asked < 3; }), 2);
+  EXPECT_EQ(asked, 3);
 }
 
 }  // namespace
