@@ -69,8 +69,9 @@ int main(int argc, char** argv) {
     ui::CMainFrame frame(document, texts, person);
     person.setParent(&frame);
     login.setParent(&frame);
-    frame.start();
+    // Seen at once, however long the first list takes.
     frame.show();
+    frame.start();
     status = QApplication::exec();
   }
   document.OnCloseDocument();
