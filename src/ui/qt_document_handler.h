@@ -10,8 +10,8 @@ class QPrinter;
 
 namespace ui {
 
-// Prints a page of the reports on numbered sheets, every column of its lists on them, headings repeated. `goOn` is asked
-// before each sheet; its no ends the work there. May run on any thread.
+// Prints a page of the reports on numbered sheets, every column of its lists on them, headings repeated. `goOn` is
+// asked before each sheet; its no ends the work there. May run on any thread.
 void printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn);
 
 // Opens documents and addresses with the desktop's programs; prints pages through the window system's print dialog.
