@@ -76,11 +76,6 @@ ColumnLayout FolderView::layout() const {
   return layout;
 }
 
-void FolderView::sort(int sortKey) {
-  folder_.setSortKey(sortKey);
-  folder_.open();
-}
-
 void FolderView::narrow(std::optional<Narrowing> narrowing) {
   folder_.narrow(narrowing ? narrowing->criteria : std::string());
   narrowing_ = std::move(narrowing);

@@ -34,7 +34,7 @@ struct Narrowing {
 };
 
 // An open folder as a list of texts that scrolls: rows are read where they are looked at. Throws jet::Error
-// (filter::FilterError too) from the constructor, sort, refresh and the reading calls.
+// (filter::FilterError too) from the constructor, narrow, refresh and the reading calls.
 class FolderView {
  public:
   // All must outlive the view.
@@ -54,7 +54,6 @@ class FolderView {
   [[nodiscard]] ColumnLayout layout() const;
 
   [[nodiscard]] int sortKey() const { return folder_.sortKey(); }
-  void sort(int sortKey);
   // Leaves only the rows behind a row of a statistic; nothing lifts that.
   void narrow(std::optional<Narrowing> narrowing);
   [[nodiscard]] const std::optional<Narrowing>& narrowing() const { return narrowing_; }
