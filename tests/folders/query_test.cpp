@@ -49,6 +49,27 @@ TEST(FolderQuery, TextsAreExact) {
   }
 }
 
+// A name that would close the text and let every call through, an empty one, and none; each under a user's restriction.
+TEST(FolderQuery, TheCallsBehindARowStayWithinTheUsersRestriction) {
+  FolderOffice office;
+  const jet::Value names[] = {jet::Value("x' or '1'='1"), jet::Value(""), jet::Value()};
+  for (const jet::Value& name : names) {
+    for (const char* extension : {"201", "202"}) office.call({{"Name", name}, {"Extension", extension}});
+  }
+  office.user.SQLSubquery = "Extension='201'";
+  FolderView byName = office.view(110);
+  ASSERT_EQ(byName.rowCount(), 3);
+  for (std::int64_t row = 0; row < 3; ++row) {
+    const auto narrowing = byName.callsBehind(row);
+    ASSERT_TRUE(narrowing);
+    FolderView calls = office.view(100);
+    calls.narrow(narrowing);
+    EXPECT_EQ(calls.rowCount(), 1) << narrowing->criteria;
+    EXPECT_TRUE(calls.folder().BuildQuery().ends_with(" AND (Extension='201' )")) << calls.folder().BuildQuery();
+  }
+  EXPECT_FALSE(byName.callsBehind(3));
+}
+
 TEST(FolderQuery, EveryFolderRunsUnderEverySort) {
   FolderOffice office;
   office.call({{"Extension", "201"}, {"TotalTime", 5}, {"DateTime", *base::DateTime::fromParts(2025, 3, 1, 9)}});
