@@ -12,6 +12,7 @@
 #include "convert/partial_folder.h"
 #include "convert/table_move.h"
 #include "jet/database.h"
+#include "platform/progress.h"
 #include "schema/schema.h"
 
 namespace convert {
@@ -122,8 +123,9 @@ class Export {
     PrivateFile file(folder_ / table.data);
     writer->head(file.text());
     std::int64_t rows = 0;
-    person_.progressBegin(databaseName, name,
-                          database.openSnapshot("SELECT Count(*) AS n FROM [" + name + "]").at(0, 0U).toLong());
+    const platform::Progress progress(
+        person_, databaseName, name,
+        database.openSnapshot("SELECT Count(*) AS n FROM [" + name + "]").at(0, 0U).toLong());
     database.forEachRow(selectOf(name, columns), [&](const OldRow& row) {
       try {
         writer->row(file.text(), row);
@@ -136,7 +138,6 @@ class Export {
       }
       return true;
     });
-    person_.progressEnd();
     file.flush();
     table.rows = rows;
     manifest_.tables.push_back(std::move(table));

@@ -9,6 +9,7 @@
 #include "convert/partial_folder.h"
 #include "convert/table_move.h"
 #include "jet/database.h"
+#include "platform/progress.h"
 #include "schema/schema.h"
 
 namespace convert {
@@ -104,9 +105,8 @@ void fillTable(jet::Database& database, const ExportedTable& table, const fs::pa
   std::ifstream in(source / table.data, std::ios::binary);
   if (!in) fail((source / table.data).string(), "which schema.json names, cannot be read");
   database.createTable(table.definition);
-  person.progressBegin(table.database, table.definition.name, table.rows.value_or(0));
+  const platform::Progress progress(person, table.database, table.definition.name, table.rows.value_or(0));
   TableFill(database, table, person).run(in, format);
-  person.progressEnd();
 }
 
 void makeDatabase(const DatabaseKind& kind, const TableManifest& manifest, const fs::path& source,

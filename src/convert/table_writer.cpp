@@ -103,7 +103,7 @@ void TableWriter::beginTable(const OldTable& table) {
   progress_ = 0;
   declaredRows_ = table.declaredRows;
   open_ = true;
-  operator_.progressBegin(file_, made.name, table.declaredRows);
+  shown_.emplace(operator_, file_, made.name, table.declaredRows);
   if (skipped_) return;
   database_.createTable(made);
   made_.push_back(made.name);
@@ -187,7 +187,7 @@ void TableWriter::endTable() {
     current().lost.push_back(
         base::format("the file declares %d rows, but %d could be read", declaredRows_, current().read.rows));
   }
-  operator_.progressEnd();
+  shown_.reset();
 }
 
 void TableWriter::abandonTable(const std::string& why) {

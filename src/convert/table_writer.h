@@ -1,13 +1,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "convert/conversion_report.h"
 #include "convert/old_table.h"
 #include "jet/database.h"
-#include "platform/operator.h"
+#include "platform/progress.h"
 
 namespace convert {
 
@@ -54,6 +55,7 @@ class TableWriter : public OldFileSink {
   std::size_t sortColumn_ = 0;
   bool sorted_ = false;
   std::vector<OldRow> waiting_;
+  std::optional<platform::Progress> shown_;  // of the open table; a stop or a fault closes it with the writer
 };
 
 }  // namespace convert

@@ -27,7 +27,7 @@ ImportRun::ImportRun(Recorder& recorder, const ImportOptions& options, RecordRea
 ImportResult::Outcome ImportRun::readAll(std::int64_t expected) {
   windowShown_ = expected >= kRecordsForProgressWindow;
   if (!windowShown_) return readBatches();
-  const ProgressWindow window(recorder_.parts(), expected);
+  const platform::Progress window = showUpdate(recorder_.parts(), expected);
   return readBatches();
 }
 

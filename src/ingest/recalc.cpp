@@ -128,7 +128,7 @@ void recalcPeriod(const ExchangeParts& parts, const RecalcOptions& options, Reca
   const auto calls = parts.main.openRecordset(recalcQuery(options));
   const bool empty = calls->bof() && calls->eof();
   if (!empty) calls->moveLast();
-  const ProgressWindow window(parts, empty ? 0 : calls->recordCount() / kRowsPerProgressStep);
+  const platform::Progress window = showUpdate(parts, empty ? 0 : calls->recordCount() / kRowsPerProgressStep);
   if (empty) return;
   calls->moveFirst();
   Recalculation recalculation(parts, options, *calls);

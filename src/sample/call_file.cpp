@@ -2,6 +2,8 @@
 
 #include <fstream>
 
+#include "platform/progress.h"
+
 namespace sample {
 
 bool writeCalls(const std::filesystem::path& file, const CallPlan& plan, bool append, platform::Operator& person) {
@@ -14,13 +16,12 @@ bool writeCalls(const std::filesystem::path& file, const CallPlan& plan, bool ap
   }
   std::ofstream out(partial, std::ios::binary | std::ios::app);
   CallGenerator generator(plan);
-  person.progressBegin("", "Making calls", plan.count);
+  const platform::Progress progress(person, "", "Making calls", plan.count);
   for (std::int64_t i = 0; i < plan.count && out; ++i) {
     const std::string record = generator.next();
     out.write(record.data(), static_cast<std::streamsize>(record.size()));
     person.progressStep(i);
   }
-  person.progressEnd();
   out.close();
   if (!out) return false;
   std::filesystem::rename(partial, file);

@@ -145,7 +145,7 @@ void CMainFrame::buildMenus() {
     try {
       handleCommand(command, {document_, texts_, *this, *list_});
     } catch (const jet::Error& error) {
-      showError(toQt(error.description()));
+      if (!error.canceled()) showError(toQt(error.description()));
     }
   });
 }
@@ -252,14 +252,17 @@ void CMainFrame::folderShown() {
   listPane_->showNarrowing(narrowing ? texts_.format("IDS_NARROWED", narrowing->text) : QString());
   list_->setAccessibleName(toQt(folder->folder().caption()));
   filterPane_->setVisible(folder->folder().definition().condition == folders::ConditionSource::CallFilter);
-  message_.clear();
   totals_.clear();
   showChart();
   showDetails();
   updateStatus();
   const bool allCalls = list_->folderId() == kFolderCalls && !narrowing;
-  if (allCalls && list_->model().totalRows() <= kSummedRows) return showTotals();
-  if (!allCalls && list_->model().totalRows() <= kAddedRows) totals_ = list_->totals();
+  try {
+    if (allCalls && list_->model().totalRows() <= kSummedRows) readTotals();
+    if (!allCalls && list_->model().totalRows() <= kAddedRows) totals_ = list_->totals();
+  } catch (const jet::Error& error) {
+    if (!error.canceled()) say(toQt(error.description()));
+  }
   showMessagePane();
 }
 
@@ -311,16 +314,16 @@ void CMainFrame::reloadFolder() {
 }
 
 void CMainFrame::showTotals() {
-  try {
-    const platform::Progress progress(document_.app().surroundings().person, fromQt(texts_("IDS_TOTAL")),
-                                      fromQt(texts_("IDS_READING_ROWS")));
-    const folders::CallTotals totals = folders::filteredTotals(document_.folderServices());
-    totals_ = toQt(folders::totalCostText(totals, document_.folderServices(), document_.valueFormatter()));
-  } catch (const jet::Error& error) {
-    if (!error.canceled()) return say(toQt(error.description()));
-  }
+  readTotals();
   message_.clear();
   showMessagePane();
+}
+
+void CMainFrame::readTotals() {
+  const platform::Progress progress(document_.app().surroundings().person, fromQt(texts_("IDS_TOTAL")),
+                                    fromQt(texts_("IDS_READING_ROWS")));
+  const folders::CallTotals totals = folders::filteredTotals(document_.folderServices());
+  totals_ = toQt(folders::totalCostText(totals, document_.folderServices(), document_.valueFormatter()));
 }
 
 void CMainFrame::say(const QString& text) {
@@ -347,7 +350,12 @@ void CMainFrame::showFilter() {
 }
 
 void CMainFrame::showDetails() {
-  if (!details_->isHidden()) details_->show(currentDetails(document_, texts_, *list_));
+  if (details_->isHidden()) return;
+  try {
+    details_->show(currentDetails(document_, texts_, *list_));
+  } catch (const jet::Error& error) {
+    say(toQt(error.description()));
+  }
 }
 
 void CMainFrame::showChart() {

@@ -39,9 +39,9 @@ class CMainFrame : public QMainWindow {
   void openFolder(int id);
   // Selects it in the tree, which opens it.
   void selectFolder(int id) { selector_->select(id); }
-  // The list of the calls behind the current row of a statistic; the filter stays as it is.
+  // The list of the calls behind the current row of a statistic; the filter stays as it is. Throws jet::Error.
   void showCallsBehindRow();
-  // The sums of the filtered calls, in the status bar.
+  // The sums of the filtered calls, in the status bar. Throws jet::Error.
   void showTotals();
   [[nodiscard]] CFolderView& list() { return *list_; }
 
@@ -73,6 +73,7 @@ class CMainFrame : public QMainWindow {
   // A message in the status bar; the totals come back after a while.
   void say(const QString& text);
   void showMessagePane();
+  void readTotals();
   void showError(const QString& text);
 
   server::CServerDoc& document_;

@@ -8,9 +8,11 @@
 
 #include <functional>
 
+#include "convert/conversion_error.h"
 #include "convert/converter.h"
 #include "convert/jet_text.h"
 #include "convert/row_stream.h"
+#include "convert/table_writer.h"
 #include "old_files.h"
 #include "support/temporary_folder.h"
 
@@ -62,6 +64,37 @@ class KillAt : public platform::NoOperator {
  private:
   std::string_view table_;
 };
+
+// Stops at the first step; counts the windows that are open.
+class StopAtOnce : public platform::NoOperator {
+ public:
+  void progressBegin(std::string_view, std::string_view, std::int64_t) override { ++open; }
+  bool progressStep(std::int64_t) override { return false; }
+  void progressEnd() override { --open; }
+
+  int open = 0;
+};
+
+// A progress that stayed open would keep the desktop busy for good.
+TEST(HostileConversion, AStopClosesTheProgress) {
+  const TemporaryFolder scratch;
+  StopAtOnce person;
+  {
+    const auto database = jet::createDatabase(scratch / "new.mdb");
+    ConversionReport report;
+    TableWriter writer("tallybook.mdb", {}, *database, person, report);
+    OldTable table;
+    table.definition = {"Extra", {{"Number", jet::Type::Long}}};
+    writer.beginTable(table);
+    EXPECT_EQ(person.open, 1);
+    EXPECT_THROW(
+        {
+          for (std::int64_t i = 0; i < 5000; ++i) writer.row({jet::Value(i)});
+        },
+        ConversionStopped);
+  }
+  EXPECT_EQ(person.open, 0);
+}
 
 TEST(HostileConversion, KilledInTheMiddleTheNextRunStartsClean) {
   const TemporaryFolder scratch;

@@ -6,6 +6,7 @@
 #include "folders/exports.h"
 #include "folders/list_report.h"
 #include "folders/summary_page.h"
+#include "platform/progress.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/report_place.h"
@@ -23,17 +24,14 @@ bool writeUnderProgress(server::CServerDoc& document, const Texts& texts, QWidge
   platform::Operator& person = document.app().surroundings().person;
   bool written = false;
   attempt(parent, texts, [&] {
-    struct Window {
-      platform::Operator& person;
+    const platform::Progress progress(person, texts.language().Translate("IDS_CALLS_REPORT"),
+                                      texts.language().TranslateFormat("IDS_WRITING_FILE", file.string()),
+                                      folder.rowCount());
+    struct Watch {
       folders::FolderView& folder;
-      ~Window() {
-        folder.watchRows({});
-        person.progressEnd();
-      }
+      ~Watch() { folder.watchRows({}); }
     };
-    person.progressBegin(texts.language().Translate("IDS_CALLS_REPORT"),
-                         texts.language().TranslateFormat("IDS_WRITING_FILE", file.string()), folder.rowCount());
-    const Window window{person, folder};
+    const Watch watch{folder};
     folder.watchRows([&person](std::int64_t rows) {
       if (!person.progressStep(rows)) throw Stopped{};
     });
