@@ -1,0 +1,22 @@
+#include <exception>
+#include <iostream>
+
+#include "base/version.h"
+#include "tallymon/commands.h"
+
+int main(int count, char** words) {
+  CLI::App program("Takes the call lines of telephone exchanges and hands them to Tallybook.", "tallymon");
+  program.set_version_flag("--version", base::kProgramVersion);
+  program.require_subcommand(1);
+  int status = 0;
+  tallymon::addTest(program, status);
+  try {
+    program.parse(count, words);
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? 0 : 2;
+  } catch (const std::exception& error) {
+    std::cerr << "tallymon: " << error.what() << '\n';
+    return 1;
+  }
+  return status;
+}
