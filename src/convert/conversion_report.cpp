@@ -73,6 +73,7 @@ void appendTable(std::string& out, const TableReport& table) {
   appendList(out, "column not used by this program, carried over", table.extraColumns);
   appendList(out, "mended", table.repaired);
   appendList(out, "LOST", table.lost);
+  if (table.lostUnlisted > 0) out += base::format("    LOST: and %d more\n", table.lostUnlisted);
 }
 
 }  // namespace
@@ -92,6 +93,14 @@ bool TableTally::operator==(const TableTally& other) const {
   return rows == other.rows && checksum == other.checksum &&
          std::equal(sums.begin(), sums.end(), other.sums.begin(), other.sums.end(),
                     [](const auto& a, const auto& b) { return a.first == b.first && sumsAgree(a.second, b.second); });
+}
+
+void TableReport::lose(std::string what) {
+  if (lost.size() < kLostListed) {
+    lost.push_back(std::move(what));
+  } else {
+    ++lostUnlisted;
+  }
 }
 
 bool ConversionReport::whole() const {

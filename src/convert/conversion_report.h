@@ -31,8 +31,12 @@ struct TableReport {
   bool made = true;                       // false: the new file cannot hold such a table
   std::vector<std::string> extraColumns;  // carried over although this program does not use them
   std::vector<std::string> repaired;      // what was mended and why; nothing is lost by it
-  std::vector<std::string> lost;          // what could not be kept and why
+  std::vector<std::string> lost;          // what could not be kept and why; added to by lose()
+  std::int64_t lostUnlisted = 0;          // as many more
 
+  // A damaged file of millions of rows can lose each of them: the first kLostListed are told, the others counted.
+  void lose(std::string what);
+  static constexpr std::size_t kLostListed = 50;
   [[nodiscard]] bool whole() const { return lost.empty() && read == written; }
 };
 

@@ -153,7 +153,7 @@ void TableWriter::write(const OldRow& row) {
     // Duplicate keys and values that no column can hold come from damage; faults of the disk end everything.
     if (error.number() != 3022 && error.number() != 3421 && error.number() != 3163) throw;
     rows_->cancelUpdate();
-    current().lost.push_back(base::format("row %d: %s", current().read.rows, error.description()));
+    current().lose(base::format("row %d: %s", current().read.rows, error.description()));
   }
   if (++inTransaction_ >= kRowsPerTransaction) {
     transaction_->commit();
@@ -163,11 +163,10 @@ void TableWriter::write(const OldRow& row) {
 }
 
 void TableWriter::problem(const std::string& what) {
-  constexpr std::size_t kListed = 50;
-  if (!open_) {
+  if (open_) {
+    current().lose(what);
+  } else {
     report_.faults.push_back(what);
-  } else if (current().lost.size() < kListed) {
-    current().lost.push_back(what);
   }
 }
 

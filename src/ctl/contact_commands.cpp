@@ -39,8 +39,7 @@ int list(const Invocation& call) {
   Table table({"ID", "Name", "Organization", "Contact", "Relationship", "Web", "Email", "Numbers"});
   for (const Contact& contact : allContacts(call.context.document().contactBook())) {
     table.add({std::int64_t{contact.recordId}, contact.name, contact.organization, contact.contact,
-               contact.tip == 0 ? std::string() : formatter.contactTypeName(contact.tip), contact.web, contact.email,
-               contact.telView});
+               formatter.contactTypeName(contact.tip), contact.web, contact.email, contact.telView});
   }
   call.print(table);
   return 0;

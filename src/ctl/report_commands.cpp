@@ -25,22 +25,47 @@ struct ReportForm {
 };
 constexpr ReportForm kForms[] = {
     {"html", "list.html", folders::writeListReport},
-    {"csv", "list.csv", folders::exportCsv},
+    {"csv", "list.csv", [](FolderView& view, const fs::path& file) { return folders::exportCsv(view, file); }},
     {"xlsx", "list.xlsx", folders::exportXlsx},
 };
+constexpr ReportForm kMarkedCsv = {"csv", "list.csv", [](FolderView& view, const fs::path& file) {
+                                     return folders::exportCsv(view, file, folders::CsvMark::ByteOrder);
+                                   }};
 constexpr ReportForm kSummary = {"html", "summary.html", folders::writeSummaryPage};
 
-// By --format, else by how the name of the file ends, else a page.
-const ReportForm& formOf(const Arguments& arguments) {
-  const auto format = arguments.find("--format");
-  const std::string ending = fs::path(arguments.text("--out")).extension();
-  const ReportForm* form = format ? nullptr : &kForms[0];
-  for (const ReportForm& candidate : kForms) {
-    if (format ? candidate.option == *format : ending == base::format(".%s", candidate.option)) form = &candidate;
+const ReportForm* findForm(std::string_view option) {
+  for (const ReportForm& form : kForms) {
+    if (form.option == option) return &form;
   }
-  if (form == nullptr) throw WrongUsage(base::format("--format takes html, csv or xlsx, not \"%s\".", *format));
-  if (!arguments.has("--summary")) return *form;
-  if (form != &kForms[0]) throw WrongUsage("A summary is a page: leave --format out, or give html.");
+  return nullptr;
+}
+
+// By --format, else by how the name of the file ends, else a page.
+const ReportForm& formByName(const Arguments& arguments) {
+  if (const auto format = arguments.find("--format")) {
+    if (const ReportForm* form = findForm(*format)) return *form;
+    throw WrongUsage(base::format("--format takes html, csv or xlsx, not \"%s\".", *format));
+  }
+  const fs::path out = arguments.text("--out");
+  const std::string ending = out.extension();
+  if (ending.empty() || ending == ".htm" || fs::is_directory(out)) return kForms[0];
+  if (const ReportForm* form = findForm(std::string_view(ending).substr(1))) return *form;
+  throw WrongUsage(base::format("%s: no report ends in \"%s\". Name a file .html, .csv or .xlsx, or give --format.",
+                                out.string(), ending));
+}
+
+const ReportForm& formOf(const Arguments& arguments) {
+  const ReportForm& form = formByName(arguments);
+  const bool page = &form == &kForms[0];
+  if (!page && arguments.has("--print")) {
+    throw WrongUsage(base::format("--print prints pages, not %s: leave the format out, or give html.", form.option));
+  }
+  if (arguments.has("--bom")) {
+    if (form.option != "csv") throw WrongUsage("--bom is for CSV files: give --format csv.");
+    return kMarkedCsv;
+  }
+  if (!arguments.has("--summary")) return form;
+  if (!page) throw WrongUsage("A summary is a page: leave --format out, or give html.");
   return kSummary;
 }
 
@@ -119,6 +144,9 @@ constexpr OptionSpec kReportOptions[] = {
     kFolderColumns,
     kOut,
     {.name = "--format", .help = "html, csv or xlsx (default: as the file is named, else html)", .valueName = "FORMAT"},
+    {.name = "--bom",
+     .takes = Takes::Nothing,
+     .help = "Begin a CSV file with the mark that spreadsheets need for letters"},
     {.name = "--summary", .takes = Takes::Nothing, .help = "A chart with its figures, of statistics"},
     kOpen,
     kPrint,

@@ -80,10 +80,10 @@ std::string summary(const BillTotals& totals, std::int32_t vatPercent, const Fol
                     const ValueFormatter& formatter) {
   const std::string currency = " " + services.currencies.Default().name;
   return tableOpening(services.config) + "</TR>\n" +
-         summaryRow(escapedLabel(services, "IDS_TOTAL_WITHOUT_VAT"), formatter.money(totals.net) + currency) +
-         summaryRow(escapedLabel(services, "IDS_VAT"), formatter.money(totals.vat) + currency,
+         summaryRow(escapedLabel(services, "IDS_TOTAL_WITHOUT_VAT"), formatter.exactMoney(totals.net) + currency) +
+         summaryRow(escapedLabel(services, "IDS_VAT"), formatter.exactMoney(totals.vat) + currency,
                     base::format("%d%%", vatPercent)) +
-         summaryRow(escapedLabel(services, "IDS_TOTAL"), formatter.money(totals.total) + currency) +
+         summaryRow(escapedLabel(services, "IDS_TOTAL"), formatter.exactMoney(totals.total) + currency) +
          summaryRow(escapedLabel(services, "IDS_DURATION"), durationText(totals.duration)) + "</TABLE>\n";
 }
 
@@ -152,7 +152,8 @@ std::string billTables(const BillRequest& request, const FolderServices& service
     return true;
   });
   const std::int32_t vat = services.config.ReadConfigInt("OrganizationTVA", "general", foundation::StoreDatabase, 0);
-  totals.vat = totals.net * vat / 100;
+  totals.net = formatter.rounded(totals.net);
+  totals.vat = formatter.rounded(totals.net * vat / 100);
   totals.total = totals.net + totals.vat;
   return tables + "</TABLE>\n" + summary(totals, vat, services, formatter);
 }

@@ -20,6 +20,7 @@ struct BillRequest {
 // The extension and period that the call filter holds.
 [[nodiscard]] BillRequest billFromFilter(foundation::ConfigManager& config);
 
+// Rounded as they are printed, so that they add up on paper: VAT and total are computed from the rounded net amount.
 struct BillTotals {
   double net = 0;  // default currency, surcharge included, VAT not
   double vat = 0;

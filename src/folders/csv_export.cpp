@@ -16,9 +16,12 @@ bool isPlainNumber(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size() && std::isfinite(value);
 }
 
-// Every digit that matters, no grouping: 12.5, not 12.50.
+// No grouping and no idle zeros: 12.5, not 12.50. The seventh decimal of an amount is noise of its computation.
 std::string plainNumber(double value) {
-  return base::format("%.15g", value);
+  std::string digits = base::format("%.6f", value);
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.ends_with('.')) digits.pop_back();
+  return digits == "-0" ? "0" : digits;
 }
 
 std::string cellText(const FolderView& view, std::size_t column, const CellValue& cell) {
@@ -49,9 +52,10 @@ std::string csvField(std::string_view text) {
   return "\"" + base::replaceAll(std::move(field), "\"", "\"\"") + "\"";
 }
 
-bool exportCsv(FolderView& view, const std::filesystem::path& path) {
+bool exportCsv(FolderView& view, const std::filesystem::path& path, CsvMark mark) {
   const auto file = openReport(path, view.services().person);
   if (!file) return false;
+  if (mark == CsvMark::ByteOrder) file->write("\xEF\xBB\xBF");
   std::string line;
   for (const ViewColumn& column : view.columns()) line += (line.empty() ? "" : ",") + csvField(column.caption);
   file->write(line + "\r\n");

@@ -166,6 +166,13 @@ std::string FolderView::Totals::text(std::size_t column) const {
   return view_.formatter().formatTotal(view_.columns()[column].definition->kind, *sums_[column]);
 }
 
+std::string FolderView::Totals::textWithCurrency(std::size_t column) const {
+  const std::string total = text(column);
+  const std::string currency = view_.services().currencies.Default().name;
+  const bool money = formatOfKind(view_.columns()[column].definition->kind).format == Format::Money;
+  return total.empty() || currency.empty() || !money ? total : total + " " + currency;
+}
+
 std::vector<std::string> FolderView::totals() {
   Totals totals(*this);
   forEachRow([&](std::span<const CellValue> row) {

@@ -57,6 +57,10 @@ class FolderView {
   // Leaves only the rows behind a row of a statistic; nothing lifts that.
   void narrow(std::optional<Narrowing> narrowing);
   [[nodiscard]] const std::optional<Narrowing>& narrowing() const { return narrowing_; }
+  // What the rows are: the folder's caption, and what narrows it ("Calls - Area: București").
+  [[nodiscard]] std::string name() const {
+    return narrowing_ ? folder_.caption() + " - " + narrowing_->text : folder_.caption();
+  }
   // What the calls behind a row of this statistic have in common; nothing beyond the last row.
   [[nodiscard]] std::optional<Narrowing> callsBehind(std::int64_t position);
   // Reads the condition from its source and the rows from the database again.
@@ -94,6 +98,8 @@ class FolderView {
     void add(std::span<const CellValue> row);
     [[nodiscard]] std::optional<double> sum(std::size_t column) const { return sums_[column]; }
     [[nodiscard]] std::string text(std::size_t column) const;  // empty without a total
+    // The same, an amount with the name of the default currency.
+    [[nodiscard]] std::string textWithCurrency(std::size_t column) const;
 
    private:
     const FolderView& view_;

@@ -37,7 +37,7 @@ class ListPage {
   void write() {
     const FolderServices& services = view_.services();
     file_.writePage(kPageHead);
-    file_.writePage(reportHeader(title(), services));
+    file_.writePage(reportHeader(services.texts.Translate("IDS_CALLS_REPORT"), view_.name(), services));
     file_.writePage(opening_);
     const bool overCalls = view_.folder().definition().condition == ConditionSource::CallFilter;
     if (overCalls && services.filter.active()) {
@@ -55,13 +55,6 @@ class ListPage {
   }
 
  private:
-  // The calls behind a row of a statistic say whose they are.
-  std::string title() const {
-    std::string title = view_.services().texts.Translate("IDS_CALLS_REPORT");
-    if (view_.narrowing()) title += " - " + view_.narrowing()->text;
-    return title;
-  }
-
   std::string heading(const ViewColumn& column) {
     std::string caption = column.caption;
     for (const PartyCaption& party : kPartyCaptions) {
@@ -102,7 +95,7 @@ class ListPage {
     file_.write("<TR>\n");
     for (std::size_t i = 0; i < headings_.size(); ++i) {
       // The blank behind the total lines it up with the cells above.
-      headingCell(i, base::format("%s&nbsp;", base::escapeHtml(totals_.text(i))));
+      headingCell(i, base::format("%s&nbsp;", base::escapeHtml(totals_.textWithCurrency(i))));
     }
     file_.write("</TR>\n");
   }

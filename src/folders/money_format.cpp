@@ -29,6 +29,20 @@ std::string grouped(std::int64_t whole, char thousands) {
   return digits;
 }
 
+std::string withDecimals(double amount, std::int32_t count, const Separators& separators) {
+  if (!std::isfinite(amount)) return {};
+  if (amount < 0) return "-" + withDecimals(-amount, count, separators);
+  if (amount > kLargestGrouped) return base::format(base::format("%%.%df", count), amount);
+
+  const double scale = kPowersOfTen[static_cast<std::size_t>(count)];
+  const double rounded = amount + 5 / (scale * 10);
+  const double whole = std::floor(rounded);
+  std::string text = grouped(static_cast<std::int64_t>(whole), separators.thousands);
+  if (separators.decimal.empty() || count == 0) return text;
+  const auto fraction = static_cast<std::int64_t>((rounded - whole) * scale);
+  return text.append(separators.decimal).append(base::format(base::format("%%.%dd", count), fraction));
+}
+
 }  // namespace
 
 const MoneyFormat::Decimals& MoneyFormat::decimals() const {
@@ -44,19 +58,18 @@ const MoneyFormat::Decimals& MoneyFormat::decimals() const {
 }
 
 std::string MoneyFormat::format(double amount, char thousands, std::string_view decimal) const {
-  if (!std::isfinite(amount)) return {};
-  if (amount < 0) return "-" + format(-amount, thousands, decimal);
+  const bool small = std::abs(amount) <= decimals().limit;
+  return withDecimals(amount, small ? decimals().upToLimit : decimals().above,
+                      {.decimal = std::string(decimal), .thousands = thousands});
+}
 
-  const std::int32_t count = amount <= decimals().limit ? decimals().upToLimit : decimals().above;
-  if (amount > kLargestGrouped) return base::format(base::format("%%.%df", count), amount);
+std::string MoneyFormat::formatExact(double amount, char thousands, std::string_view decimal) const {
+  return withDecimals(amount, decimals().upToLimit, {.decimal = std::string(decimal), .thousands = thousands});
+}
 
-  const double scale = kPowersOfTen[static_cast<std::size_t>(count)];
-  const double rounded = amount + 5 / (scale * 10);
-  const double whole = std::floor(rounded);
-  std::string text = grouped(static_cast<std::int64_t>(whole), thousands);
-  if (decimal.empty() || count == 0) return text;
-  const auto fraction = static_cast<std::int64_t>((rounded - whole) * scale);
-  return text.append(decimal).append(base::format(base::format("%%.%dd", count), fraction));
+double MoneyFormat::rounded(double amount) const {
+  const double scale = kPowersOfTen[static_cast<std::size_t>(decimals().upToLimit)];
+  return std::isfinite(amount) ? std::round(amount * scale) / scale : 0;
 }
 
 Separators separatorsOf(const foundation::LanguageFile& texts) {

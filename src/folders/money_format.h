@@ -19,6 +19,10 @@ class MoneyFormat {
   // Rounded half up to the decimals of its size, grouped by thousands; without a decimal separator the fraction is left
   // out. Amounts above 400000000000 are plain digits.
   [[nodiscard]] std::string format(double amount, char thousands, std::string_view decimal) const;
+  // The same with "DisplayDecimals" decimals whatever the size: amounts that must add up as printed.
+  [[nodiscard]] std::string formatExact(double amount, char thousands, std::string_view decimal) const;
+  // The amount as formatExact prints it, half away from zero.
+  [[nodiscard]] double rounded(double amount) const;
 
  private:
   struct Decimals {

@@ -26,15 +26,13 @@ std::string addressLine(const FolderServices& services) {
 
 }  // namespace
 
-std::string reportHeader(std::string_view title, const FolderServices& services) {
-  const security::CurrentUser& user = services.user;
-  const std::string& author = user.Fullname.empty() ? user.Name : user.Fullname;
+std::string reportHeader(std::string_view title, std::string_view name, const FolderServices& services) {
   return base::format(
       "<table width=100%% style='font-size:14.0pt; font-family: Verdana;'><tr><td "
       "align=center><b>%s</b></td></tr></table><table width=100%% style='font-size:8.0pt; font-family: "
       "Verdana;'><tr><td align=left nowrap width=100%%>%s %s<br>%s %s</td><td align=right "
       "nowrap>%s<br>%s</td></tr></table><br>",
-      base::escapeHtml(title), label(services, "IDS_NAME"), base::escapeHtml(author),
+      base::escapeHtml(title), label(services, "IDS_NAME"), base::escapeHtml(name),
       label(services, "IDS_DATE_GENERATED"), services.clock.now().format(kDateTimeFormat), addressLine(services),
       organization(services, "OrganizationCF"));
 }

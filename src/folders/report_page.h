@@ -15,7 +15,8 @@ inline constexpr std::string_view kPageHead =
     "<html><head><meta http-equiv=Content-Type content=\"text/html; charset=windows-1252\"></head><body "
     "style='font-family: Verdana; border-bottom-style: solid; border-bottom-width: thin; border-bottom-color: Black;'>";
 
-[[nodiscard]] std::string reportHeader(std::string_view title, const FolderServices& services);
+// `name` stands behind the label "Name": what the page shows.
+[[nodiscard]] std::string reportHeader(std::string_view title, std::string_view name, const FolderServices& services);
 [[nodiscard]] std::string reportFooter(const FolderServices& services);
 // Opens a table; with a border when "iface_grid" is 1.
 [[nodiscard]] std::string tableOpening(foundation::ConfigManager& config);

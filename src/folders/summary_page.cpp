@@ -27,6 +27,7 @@ constexpr std::string_view kStyle =
     "ul{padding:0}.filter hr{display:none}"
     "font{font-size:inherit}"  // the description of the filter leaves one open
     "svg{width:100%;height:auto;font-size:13px}svg rect{fill:#2f6fb0}svg .label{text-anchor:end}"
+    "p.others{color:#59636e;margin:.3rem 0 0}"
     "table{border-collapse:collapse;width:100%;margin-top:1.5rem;font-variant-numeric:tabular-nums}"
     "th,td{padding:.3rem .6rem;border-bottom:1px solid #d5dae0;text-align:right}"
     "th:first-child,td:first-child{text-align:left}tfoot td{font-weight:600;border-top:2px solid #1b1f24}"
@@ -69,16 +70,13 @@ class Summary {
       return true;
     });
     for (auto& [place, group] : ordered) groups_.push_back(std::move(group));
-    if (otherCount_ > 0) {
-      others_.label = base::format("%s (%d)", translated("IDS_OTHERS"), otherCount_);
-      groups_.push_back(others_);
-    }
+    others_.label = base::format("%s (%d)", translated("IDS_OTHERS"), otherCount_);
   }
 
   [[nodiscard]] std::string chart() const {
     std::vector<Bar> bars;
     for (const Group& group : groups_) bars.push_back({group.label, group.sums[charted_], text(group, charted_)});
-    return barChartSvg(bars, chartTitle());
+    return barChartSvg(bars, chartTitle()) + othersInWords();
   }
 
   [[nodiscard]] std::string chartTitle() const {
@@ -91,11 +89,18 @@ class Summary {
     for (std::size_t i = 0; i < measures_.size(); ++i) page += "<th>" + base::escapeHtml(caption(i)) + "</th>";
     page += "</tr></thead>\n<tbody>\n";
     for (const Group& group : groups_) page += row(group);
+    if (otherCount_ > 0) page += row(others_);
     page += "</tbody>\n<tfoot>" + row({translated("IDS_TOTAL"), totals_}) + "</tfoot>\n</table>\n";
     return page;
   }
 
  private:
+  // Thousands of small groups together would dwarf the largest ones, so they have no bar.
+  [[nodiscard]] std::string othersInWords() const {
+    if (otherCount_ == 0) return {};
+    return "<p class=\"others\">" + base::escapeHtml(others_.label + ": " + text(others_, charted_)) + "</p>\n";
+  }
+
   [[nodiscard]] std::string translated(std::string_view key) const { return view_.formatter().texts().Translate(key); }
   [[nodiscard]] int kindOf(std::size_t measure) const { return view_.columns()[measures_[measure]].definition->kind; }
   [[nodiscard]] const std::string& caption(std::size_t measure) const {

@@ -11,9 +11,9 @@ namespace folders {
 
 // One self-contained HTML page (UTF-8) of a statistic folder: a bar chart with the figures beneath. Hours, days,
 // weekdays and months stand in their natural order; of other groups the twenty largest, and the sum of the rest as
-// "others". Bars show the price, or the number of calls when nothing was charged. False, after the message "Can't
-// open", when the file cannot be made. Throws std::invalid_argument for other folders, jet::Error, and
-// std::system_error when the disk is full.
+// "others" in words and in the table, without a bar. Bars show the price, or the number of calls when nothing was
+// charged. False, after the message "Can't open", when the file cannot be made. Throws std::invalid_argument for other
+// folders, jet::Error, and std::system_error when the disk is full.
 bool writeSummaryPage(FolderView& view, const std::filesystem::path& file);
 
 }  // namespace folders

@@ -57,6 +57,11 @@ class ValueFormatter {
   [[nodiscard]] std::string money(double amount) const {
     return money_.format(amount, separators_.thousands, separators_.decimal);
   }
+  // With the same number of decimals whatever the size, and what it is rounded to.
+  [[nodiscard]] std::string exactMoney(double amount) const {
+    return money_.formatExact(amount, separators_.thousands, separators_.decimal);
+  }
+  [[nodiscard]] double rounded(double amount) const { return money_.rounded(amount); }
 
   [[nodiscard]] std::string weekdayName(std::int64_t number) const;      // 1 Sunday .. 7; "???" for others
   [[nodiscard]] std::string monthName(std::int64_t number) const;        // 1 .. 12; "???" for others

@@ -51,13 +51,15 @@ void makeDatabases(const DataFolderPlan& plan, const DataFolderTools& tools) {
   const auto tariffs = schema::createTariffDatabase(plan.folder / schema::kTariffFile);
   const auto phonebook = schema::createPhonebookDatabase(plan.folder / schema::kPhonebookFile);
   addFirstUsers(*main, tools.clock, plan.password);
-  if (!plan.withSample) return;
   foundation::ChangeTags tags(tools.person);
   tags.LoadTouch(*main);
   tools.config.OpenConfig(*main, tags);
-  sample::fillMain(*main, tools.config);
+  // A bill without its page names neither organisation nor period.
+  tools.config.WriteConfigInt(1, "TemplateHotel", kGeneral, foundation::StoreDatabase);
+  if (plan.withSample) sample::fillMain(*main, tools.config);
   tools.config.CloseConfig();
   tags.CloseTouch();
+  if (!plan.withSample) return;
   sample::fillTariffs(*tariffs);
   sample::fillPhonebook(*phonebook);
 }

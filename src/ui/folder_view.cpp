@@ -306,7 +306,7 @@ QString CFolderView::totalsOf(const std::vector<Rows>& parts, std::int64_t count
   QStringList sums;
   for (std::size_t column = 0; column < open->columns().size(); ++column) {
     if (totals.sum(column).value_or(0) == 0) continue;
-    sums << toQt(open->columns()[column].caption) + " " + toQt(totals.text(column));
+    sums << toQt(open->columns()[column].caption) + " " + toQt(totals.textWithCurrency(column));
   }
   return sums.join("   ");
 }

@@ -96,6 +96,18 @@ TEST(HostileConversion, AStopClosesTheProgress) {
   EXPECT_EQ(person.open, 0);
 }
 
+// The report of a damaged file of millions of rows stays readable, and says how many it does not list.
+TEST(HostileConversion, LostRowsAreListedWithinBounds) {
+  TableReport table;
+  for (int row = 1; row <= 2'000'000; ++row) table.lose("row");
+  table.read.rows = table.written.rows = 0;
+  EXPECT_EQ(table.lost.size(), TableReport::kLostListed);
+  ConversionReport report;
+  report.tables.push_back(table);
+  EXPECT_FALSE(report.whole());
+  EXPECT_NE(report.text().find("LOST: and 1999950 more"), std::string::npos);
+}
+
 TEST(HostileConversion, KilledInTheMiddleTheNextRunStartsClean) {
   const TemporaryFolder scratch;
   makeOldFolder(scratch / "old", "long-extension");

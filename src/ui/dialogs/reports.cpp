@@ -81,7 +81,8 @@ void exportFolder(server::CServerDoc& document, const Texts& texts, QWidget* par
   const bool spreadsheet = QFileInfo(name).suffix().compare("xlsx", Qt::CaseInsensitive) == 0;
   const std::filesystem::path file(fromQt(name));
   writeUnderProgress(document, texts, parent, folder, file, [&] {
-    return spreadsheet ? folders::exportXlsx(folder, file) : folders::exportCsv(folder, file);
+    return spreadsheet ? folders::exportXlsx(folder, file)
+                       : folders::exportCsv(folder, file, folders::CsvMark::ByteOrder);
   });
 }
 
