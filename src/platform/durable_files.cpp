@@ -24,11 +24,14 @@ std::error_code syncPath(const std::filesystem::path& path, int flags) {
 }
 
 std::error_code syncFolderOf(const std::filesystem::path& file) {
-  const std::filesystem::path folder = file.parent_path();
-  return syncPath(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
+  return syncFolder(file.parent_path());
 }
 
 }  // namespace
+
+std::error_code syncFolder(const std::filesystem::path& folder) {
+  return syncPath(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
+}
 
 std::error_code renameDurably(const std::filesystem::path& from, const std::filesystem::path& to) {
   if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0) {

@@ -13,4 +13,7 @@ std::error_code renameDurably(const std::filesystem::path& from, const std::file
 // Deletes a file; a missing one is errc::no_such_file_or_directory.
 std::error_code removeDurably(const std::filesystem::path& file);
 
+// Returns when the names in a folder are on the disk. renameDurably() and removeDurably() do it themselves.
+std::error_code syncFolder(const std::filesystem::path& folder);
+
 }  // namespace platform
