@@ -12,14 +12,14 @@ namespace {
 // A batch is handed over when it has as much, so that catching up with a long journal takes steps that are not lost.
 constexpr std::size_t kFullRecords = 512 * 1024;  // bytes
 constexpr std::uint64_t kFullEntries = 5000;
-constexpr std::size_t kFreshLimit = 20'000;         // entries kept in memory for a conversion that is late
-constexpr std::uint64_t kStateEntries = 100'000;    // enough for every state of a parser at any rate
+constexpr std::size_t kFreshLimit = 20'000;       // entries kept in memory for a conversion that is late
+constexpr std::uint64_t kStateEntries = 100'000;  // enough for every state of a parser at any rate
 constexpr std::int64_t kMillisecondsPerHour = 3'600'000;
-constexpr std::size_t kShownLength = 400;           // characters of an unknown line
+constexpr std::size_t kShownLength = 400;  // characters of an unknown line
 
 std::chrono::sys_seconds secondsOf(std::int64_t milliseconds) {
-  return std::chrono::floor<std::chrono::seconds>(std::chrono::sys_time<std::chrono::milliseconds>(
-      std::chrono::milliseconds(milliseconds)));
+  return std::chrono::floor<std::chrono::seconds>(
+      std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(milliseconds)));
 }
 
 std::string localDay(std::int64_t milliseconds) {
@@ -51,7 +51,7 @@ void Converter::restoreParser() {
   JournalReader reader(journal_, converted > kStateEntries ? converted - kStateEntries : 1);
   while (const auto entry = reader.next()) {
     if (entry->position > converted) return;
-    if (entry->time >= since) parse(*entry);
+    if (entry->time >= since) static_cast<void>(parse(*entry));
   }
 }
 

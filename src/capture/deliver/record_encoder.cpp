@@ -11,7 +11,8 @@ namespace {
 // The number that a text of digits is; nothing for a name or more digits than the record's integer holds.
 std::optional<std::int32_t> digitsOf(const std::string& text) {
   std::int32_t value = 0;
-  const bool digits = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+  const bool digits =
+      !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
   if (!digits) return std::nullopt;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc()) return std::nullopt;

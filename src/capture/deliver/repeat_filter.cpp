@@ -6,7 +6,7 @@
 namespace capture {
 
 namespace {
-constexpr std::size_t kRemembered = 1000;  // lines; old exchanges keep 100 to 500
+constexpr std::size_t kRemembered = 1000;   // lines; old exchanges keep 100 to 500
 constexpr std::int64_t kPatience = 10'000;  // milliseconds to the next line of a run that is sent again
 }  // namespace
 
@@ -29,9 +29,8 @@ RepeatFilter::Result RepeatFilter::line(Line line) {
   }
   held_.push_back(std::move(line));
   if (!matches()) return release();
-  const bool complete =
-      std::equal(held_.rbegin(), held_.rend(), history_.rbegin(),
-                 [](const Line& now, const std::string& before) { return before == now.text; });
+  const bool complete = std::equal(held_.rbegin(), held_.rend(), history_.rbegin(),
+                                   [](const Line& now, const std::string& before) { return before == now.text; });
   if (complete) {
     result.repeated = std::exchange(held_, {});
     afterBreak_ = false;

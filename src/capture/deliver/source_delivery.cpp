@@ -42,7 +42,13 @@ void SourceDelivery::handOver(const Batch& batch) {
     next.pending = file.name();
     next.replaced = joined ? joined->name() : std::string();
   }
-  state_.commit(source_, next, batch.recorded, batch.unknown);
+  try {
+    state_.commit(source_, next, batch.recorded, batch.unknown);
+  } catch (const StateFault&) {
+    // The same entries will come again under another name, perhaps.
+    if (next.pending != committed_.pending) spool_.discard(next.pending);
+    throw;
+  }
   committed_ = std::move(next);
   finished_ = false;
   finish();

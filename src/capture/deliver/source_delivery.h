@@ -8,10 +8,10 @@ namespace capture {
 
 // Hands the batches of one source over as ready files, each exactly once.
 //
-// The order of steps is what makes a kill or a power cut harmless at any moment: the ready file is written whole under a
-// temporary name; the state, which names that file, is committed; the file gets its own name. On a restart a temporary
-// file that the state names is decided and gets its name; any other is deleted and its entries are converted again. Only
-// files with their own names are ever published.
+// The order of steps is what makes a kill or a power cut harmless at any moment: the ready file is written whole under
+// a temporary name; the state, which names that file, is committed; the file gets its own name. On a restart a
+// temporary file that the state names is decided and gets its name; any other is deleted and its entries are converted
+// again. Only files with their own names are ever published.
 class SourceDelivery {
  public:
   SourceDelivery(std::string source, StateStore& state, const Spool& spool);

@@ -152,6 +152,10 @@ void Spool::remove(const std::string& name) const {
   if (error != std::errc::no_such_file_or_directory) check(path(name), error);
 }
 
+void Spool::discard(const std::string& name) const {
+  remove(name + std::string(kTemporaryEnding));
+}
+
 void Spool::removeUndecided(const std::vector<std::string>& decided) const {
   std::error_code error;
   std::vector<std::string> gone;
@@ -196,7 +200,8 @@ bool Spool::occupied() const {
 bool Spool::publish() {
   const auto files = waiting();
   if (files.empty() || occupied()) return false;
-  auto next = std::find_if(files.begin(), files.end(), [&](const ReadyFile& file) { return file.source > lastSource_; });
+  auto next =
+      std::find_if(files.begin(), files.end(), [&](const ReadyFile& file) { return file.source > lastSource_; });
   if (next == files.end()) next = files.begin();
   const std::error_code error = platform::renameDurably(path(next->name()), folder_ / kMonitorFile);
   if (error == std::errc::file_exists) return false;

@@ -46,6 +46,8 @@ class Spool {
   void write(const ReadyFile& file, std::string_view records, const std::optional<ReadyFile>& replaced) const;
   // Gives it its own name, or finds that it has it. False when there is neither: it has gone to Tallybook.
   bool release(const std::string& name) const;
+  // Deletes a file that still has its temporary name.
+  void discard(const std::string& name) const;
   [[nodiscard]] std::string read(const ReadyFile& file) const;
   [[nodiscard]] std::uintmax_t size(const ReadyFile& file) const;  // 0 when it is gone
   void remove(const std::string& name) const;

@@ -34,7 +34,7 @@ CREATE TABLE IF NOT EXISTS replay (file TEXT PRIMARY KEY) WITHOUT ROWID;
 
 using CountField = std::int64_t SourceCounts::*;
 // In the order of the columns.
-constexpr CountField kCounts[] = {&SourceCounts::lines,   &SourceCounts::recordLines, &SourceCounts::parts,
+constexpr CountField kCounts[] = {&SourceCounts::lines,    &SourceCounts::recordLines, &SourceCounts::parts,
                                   &SourceCounts::headings, &SourceCounts::skipped,     &SourceCounts::alarms,
                                   &SourceCounts::unknown,  &SourceCounts::calls,       &SourceCounts::internal,
                                   &SourceCounts::repeats};
@@ -104,7 +104,11 @@ void StateStore::addRecorded(std::string_view source, const std::vector<std::uin
         .bind(first - 1)
         .run();
     if (sqlite3_changes(file_.handle()) == 0) {
-      SqliteStatement(file_, "INSERT OR REPLACE INTO recorded VALUES (?,?,?)").bind(source).bind(first).bind(last).run();
+      SqliteStatement(file_, "INSERT OR REPLACE INTO recorded VALUES (?,?,?)")
+          .bind(source)
+          .bind(first)
+          .bind(last)
+          .run();
     }
     i = end;
   }
