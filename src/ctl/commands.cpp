@@ -27,12 +27,12 @@ constexpr CommandGroup kGroups[] = {
 std::vector<const Command*> allCommands() {
   std::vector<const Command*> all;
   for (const auto commands :
-       {initCommands(),        statusCommands(),    settingCommands(), importCommands(),   folderCommands(),
-        filterCommands(),      reportCommands(),    contactCommands(), priceCommands(),    extensionCommands(),
-        accountCommands(),     trunkCommands(),     clientCommands(),  providerCommands(), currencyCommands(),
-        logCommands(),         logFilterCommands(), sampleCommands(),  serveCommands(),    sendCommands(),
-        maintenanceCommands(), resetCommands(),     userCommands(),    groupCommands(),    passwordCommands(),
-        convertCommands(),     tableMoveCommands()}) {
+       {initCommands(),     statusCommands(),    settingCommands(),     importCommands(),    folderCommands(),
+        filterCommands(),   reportCommands(),    missedCommands(),      trunkLoadCommands(), contactCommands(),
+        priceCommands(),    extensionCommands(), accountCommands(),     trunkCommands(),     clientCommands(),
+        providerCommands(), currencyCommands(),  logCommands(),         logFilterCommands(), sampleCommands(),
+        serveCommands(),    sendCommands(),      maintenanceCommands(), resetCommands(),     userCommands(),
+        groupCommands(),    passwordCommands(),  convertCommands(),     tableMoveCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

@@ -1,25 +1,17 @@
 #include "ctl/folder_json.h"
 
-#include <nlohmann/json.hpp>
 #include <ostream>
+
+#include "ctl/json_text.h"
 
 namespace ctl {
 
-namespace {
-
-// Bytes that are no UTF-8 must not end the command.
-std::string dump(const nlohmann::ordered_json& value) {
-  return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
-
-}  // namespace
-
 FolderJson::FolderJson(std::ostream& out, int id, std::string_view caption) : out_(out) {
-  out_ << "{\"id\": " << id << ", \"caption\": " << dump(caption) << ",\n \"columns\": [";
+  out_ << "{\"id\": " << id << ", \"caption\": " << jsonText(caption) << ",\n \"columns\": [";
 }
 
 void FolderJson::addColumn(int kind, std::string_view caption) {
-  out_ << (columns_++ > 0 ? ", " : "") << dump({{"kind", kind}, {"caption", caption}});
+  out_ << (columns_++ > 0 ? ", " : "") << jsonText({{"kind", kind}, {"caption", caption}});
 }
 
 void FolderJson::beginRows() {
@@ -29,12 +21,12 @@ void FolderJson::beginRows() {
 
 void FolderJson::addRow(const std::vector<std::string>& texts) {
   beginRows();
-  out_ << (rows_++ > 0 ? ",\n  " : "\n  ") << dump(texts);
+  out_ << (rows_++ > 0 ? ",\n  " : "\n  ") << jsonText(texts);
 }
 
 void FolderJson::addTotals(const std::vector<std::string>& texts) {
   beginRows();
-  totals_ = dump(texts);
+  totals_ = jsonText(texts);
 }
 
 void FolderJson::finish() {

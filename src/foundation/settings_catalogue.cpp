@@ -108,6 +108,7 @@ constexpr Setting kSettings[] = {
     {"Calls", "Ignore_short_calls", D, I, "-1"},
     {"Calls", "Seconds_not_charged", D, I, "0"},
     {"Calls", "ExternalPhonebook", D, I, "1"},
+    {"Calls", "WorkingHours", D, S, "Mon-Fri 08:00-18:00"},
     {"Calls", "ExtCount", D, I, "0"},
     {"Calls", "ConturiCount", D, I, "0"},
     {"Calls", "LiniiCount", D, I, "0"},
