@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 
 #include "base/printf.h"
@@ -7,6 +8,7 @@
 #include "folders/bill.h"
 #include "folders/exports.h"
 #include "folders/list_report.h"
+#include "folders/pdf_pages.h"
 #include "folders/report_page.h"
 #include "folders/summary_page.h"
 
@@ -27,46 +29,49 @@ constexpr ReportForm kForms[] = {
     {"html", "list.html", folders::writeListReport},
     {"csv", "list.csv", [](FolderView& view, const fs::path& file) { return folders::exportCsv(view, file); }},
     {"xlsx", "list.xlsx", folders::exportXlsx},
+    {"pdf", "list.pdf", folders::writeListPdf},
 };
 constexpr ReportForm kMarkedCsv = {"csv", "list.csv", [](FolderView& view, const fs::path& file) {
                                      return folders::exportCsv(view, file, folders::CsvMark::ByteOrder);
                                    }};
-constexpr ReportForm kSummary = {"html", "summary.html", folders::writeSummaryPage};
+constexpr ReportForm kSummaries[] = {
+    {"html", "summary.html", folders::writeSummaryPage},
+    {"pdf", "summary.pdf", folders::writeSummaryPdf},
+};
 
-const ReportForm* findForm(std::string_view option) {
-  for (const ReportForm& form : kForms) {
-    if (form.option == option) return &form;
-  }
-  return nullptr;
+// The form of that name; null when there is none.
+const ReportForm* findForm(std::span<const ReportForm> forms, std::string_view option) {
+  const auto found = std::ranges::find(forms, option, &ReportForm::option);
+  return found == forms.end() ? nullptr : &*found;
 }
 
 // By --format, else by how the name of the file ends, else a page.
-const ReportForm& formByName(const Arguments& arguments) {
+std::string formatOf(const Arguments& arguments) {
   if (const auto format = arguments.find("--format")) {
-    if (const ReportForm* form = findForm(*format)) return *form;
-    throw WrongUsage(base::format("--format takes html, csv or xlsx, not \"%s\".", *format));
+    if (findForm(kForms, *format) != nullptr) return *format;
+    throw WrongUsage(base::format("--format takes html, csv, xlsx or pdf, not \"%s\".", *format));
   }
   const fs::path out = arguments.text("--out");
   const std::string ending = out.extension();
-  if (ending.empty() || ending == ".htm" || fs::is_directory(out)) return kForms[0];
-  if (const ReportForm* form = findForm(std::string_view(ending).substr(1))) return *form;
-  throw WrongUsage(base::format("%s: no report ends in \"%s\". Name a file .html, .csv or .xlsx, or give --format.",
-                                out.string(), ending));
+  if (ending.empty() || ending == ".htm" || fs::is_directory(out)) return "html";
+  if (findForm(kForms, std::string_view(ending).substr(1)) != nullptr) return ending.substr(1);
+  throw WrongUsage(base::format(
+      "%s: no report ends in \"%s\". Name a file .html, .csv, .xlsx or .pdf, or give --format.", out.string(), ending));
 }
 
 const ReportForm& formOf(const Arguments& arguments) {
-  const ReportForm& form = formByName(arguments);
-  const bool page = &form == &kForms[0];
-  if (!page && arguments.has("--print")) {
-    throw WrongUsage(base::format("--print prints pages, not %s: leave the format out, or give html.", form.option));
+  const std::string format = formatOf(arguments);
+  const ReportForm* summary = findForm(kSummaries, format);
+  if (summary == nullptr && arguments.has("--print")) {
+    throw WrongUsage(base::format("--print prints pages, not %s: leave the format out, or give html or pdf.", format));
   }
   if (arguments.has("--bom")) {
-    if (form.option != "csv") throw WrongUsage("--bom is for CSV files: give --format csv.");
+    if (format != "csv") throw WrongUsage("--bom is for CSV files: give --format csv.");
     return kMarkedCsv;
   }
-  if (!arguments.has("--summary")) return form;
-  if (!page) throw WrongUsage("A summary is a page: leave --format out, or give html.");
-  return kSummary;
+  if (!arguments.has("--summary")) return *findForm(kForms, format);
+  if (summary == nullptr) throw WrongUsage("A summary is a page: leave --format out, or give html or pdf.");
+  return *summary;
 }
 
 // What --out names, a file or a folder; without it the folder of setting "Path", else the current one.
@@ -126,9 +131,12 @@ int bill(const Invocation& call) {
   const folders::BillRequest request{call.arguments.text("EXT"), *call.arguments.date("--from"),
                                      endOf(call.arguments, "--to")};
   if (request.to < request.from) throw WrongUsage("The period ends before it begins.");
-  const fs::path file = targetOf(call, "list.html");
+  const std::string format = formatOf(call.arguments);
+  if (findForm(kSummaries, format) == nullptr) throw WrongUsage("A bill is a page: give html or pdf.");
+  const fs::path file = targetOf(call, "list." + format);
   server::CServerDoc& document = call.context.document();
-  return finish(call, file, writeBill(request, document.folderServices(), document.valueFormatter(), file));
+  const auto write = format == "pdf" ? folders::writeBillPdf : folders::writeBill;
+  return finish(call, file, write(request, document.folderServices(), document.valueFormatter(), file, nullptr));
 }
 
 constexpr OptionSpec kOut = {.name = "--out",
@@ -138,12 +146,17 @@ constexpr OptionSpec kOpen = {
     .name = "--open", .takes = Takes::Nothing, .help = "Open what was written with the desktop's program for it"};
 constexpr OptionSpec kPrint = {.name = "--print", .takes = Takes::Nothing, .help = "Print what was written"};
 
+constexpr OptionSpec kBillFormat = {
+    .name = "--format", .help = "html or pdf (default: as the file is named, else html)", .valueName = "FORMAT"};
+
 constexpr OptionSpec kReportOptions[] = {
     kFolderId,
     kFolderSort,
     kFolderColumns,
     kOut,
-    {.name = "--format", .help = "html, csv or xlsx (default: as the file is named, else html)", .valueName = "FORMAT"},
+    {.name = "--format",
+     .help = "html, csv, xlsx or pdf (default: as the file is named, else html)",
+     .valueName = "FORMAT"},
     {.name = "--bom",
      .takes = Takes::Nothing,
      .help = "Begin a CSV file with the mark that spreadsheets need for letters"},
@@ -156,6 +169,7 @@ constexpr OptionSpec kBillOptions[] = {
     {.name = "--from", .help = "Begin of the period", .required = true, .valueName = "DATE"},
     {.name = "--to", .help = "End of the period, that day included", .required = true, .valueName = "DATE"},
     kOut,
+    kBillFormat,
     kOpen,
     kPrint,
 };
@@ -167,7 +181,7 @@ constexpr Command kCommands[] = {
      "tallyctl report 101 --out extensions.xlsx",
      kReportOptions, kViewCalls, report},
     {"bill", "Write the bill of an extension; the stored filter stays as it is",
-     "tallyctl bill 204 --from 2026-11-01 --to 2026-11-30 --out bill-204.html", kBillOptions, kViewCalls, bill},
+     "tallyctl bill 204 --from 2026-11-01 --to 2026-11-30 --out bill-204.pdf", kBillOptions, kViewCalls, bill},
 };
 
 }  // namespace

@@ -49,10 +49,6 @@ std::string billQuery(const BillRequest& request, const FolderServices& services
                         services.config);
 }
 
-std::string escapedLabel(const FolderServices& services, std::string_view key) {
-  return base::escapeHtml(services.texts.Translate(key));
-}
-
 std::string billCell(int kind, std::string_view text) {
   const bool right = formatOfKind(kind).alignment == Alignment::Right;
   return base::format(right ? "<TD align=right nowrap>%s&nbsp;</TD>" : "<TD align=left nowrap>%s&nbsp;</TD>",
@@ -61,35 +57,30 @@ std::string billCell(int kind, std::string_view text) {
 
 std::string headingRow(const FolderServices& services) {
   std::string row;
-  for (const BillColumn& column : kColumns) {
-    row += base::format("<TH align=%s nowrap>%s&nbsp;</TH>", alignmentName(formatOfKind(column.kind).alignment),
-                        escapedLabel(services, column.caption));
+  for (const BillHeading& heading : billHeadings(services)) {
+    row += base::format("<TH align=%s nowrap>%s&nbsp;</TH>", alignmentName(heading.alignment),
+                        base::escapeHtml(heading.text));
   }
   return row + "</TR>\n";
 }
 
-// `remark` stands in a cell behind the value.
-std::string summaryRow(const std::string& label, std::string_view value, std::string_view remark = {}) {
-  std::string row =
-      base::format("<TR><TD><b>%s</b></TD>", label) + "<TD align=right>" + base::escapeHtml(value) + "</TD>";
-  if (!remark.empty()) row += base::format("<TD>&nbsp;%s</TD>", remark);
-  return row + "</TR>\n";
-}
-
-std::string summary(const BillTotals& totals, std::int32_t vatPercent, const FolderServices& services,
-                    const ValueFormatter& formatter) {
-  const std::string currency = " " + services.currencies.Default().name;
-  return tableOpening(services.config) + "</TR>\n" +
-         summaryRow(escapedLabel(services, "IDS_TOTAL_WITHOUT_VAT"), formatter.exactMoney(totals.net) + currency) +
-         summaryRow(escapedLabel(services, "IDS_VAT"), formatter.exactMoney(totals.vat) + currency,
-                    base::format("%d%%", vatPercent)) +
-         summaryRow(escapedLabel(services, "IDS_TOTAL"), formatter.exactMoney(totals.total) + currency) +
-         summaryRow(escapedLabel(services, "IDS_DURATION"), durationText(totals.duration)) + "</TABLE>\n";
+std::string summary(const BillTotals& totals, const FolderServices& services, const ValueFormatter& formatter) {
+  std::string table = tableOpening(services.config) + "</TR>\n";
+  for (const BillSum& sum : billSums(totals, services, formatter)) {
+    table += base::format("<TR><TD><b>%s</b></TD>", base::escapeHtml(sum.label)) + "<TD align=right>" +
+             base::escapeHtml(sum.value) + "</TD>";
+    if (!sum.remark.empty()) table += base::format("<TD>&nbsp;%s</TD>", sum.remark);
+    table += "</TR>\n";
+  }
+  return table + "</TABLE>\n";
 }
 
 // Nothing when the database folder has no template that can be read.
 std::optional<std::string> readTemplate(const FolderServices& services) {
-  std::ifstream file(services.main.path().parent_path() / "template.html", std::ios::binary);
+  const std::filesystem::path page = services.main.path().parent_path() / "template.html";
+  std::error_code ignored;  // what cannot be looked at is no file to read
+  if (!std::filesystem::is_regular_file(page, ignored)) return std::nullopt;
+  std::ifstream file(page, std::ios::binary);
   if (!file) return std::nullopt;
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
@@ -136,26 +127,54 @@ BillRequest billFromFilter(foundation::ConfigManager& config) {
           filter::parsePeriod(settings.intervalEnd, "12/31/2002 23:59:59")};
 }
 
-std::string billTables(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
-                       BillTotals& totals) {
-  totals = {};
-  std::string tables = tableOpening(services.config) + headingRow(services);
+std::vector<BillHeading> billHeadings(const FolderServices& services) {
+  std::vector<BillHeading> headings;
+  for (const BillColumn& column : kColumns) {
+    headings.push_back({services.texts.Translate(column.caption), formatOfKind(column.kind).alignment});
+  }
+  return headings;
+}
+
+BillTotals readBill(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
+                    const std::function<void(std::vector<std::string>)>& call) {
+  BillTotals totals;
   services.main.forEachRow(billQuery(request, services), [&](const std::vector<Value>& row) {
-    tables += "<TR>";
+    std::vector<std::string> texts;
     for (std::size_t i = 0; i < kColumns.size(); ++i) {
-      tables += billCell(kColumns[i].kind, formatter.formatCell(kColumns[i].kind, row[i]));
+      texts.push_back(formatter.formatCell(kColumns[i].kind, row[i]));
     }
-    tables += "</TR>\n";
+    call(std::move(texts));
     totals.net += row[kPrice].toDouble();
     totals.duration += row[kDuration].toLong();
     ++totals.calls;
     return true;
   });
-  const std::int32_t vat = services.config.ReadConfigInt("OrganizationTVA", "general", foundation::StoreDatabase, 0);
+  totals.vatPercent = services.config.ReadConfigInt("OrganizationTVA", "general", foundation::StoreDatabase, 0);
   totals.net = formatter.rounded(totals.net);
-  totals.vat = formatter.rounded(totals.net * vat / 100);
+  totals.vat = formatter.rounded(totals.net * totals.vatPercent / 100);
   totals.total = totals.net + totals.vat;
-  return tables + "</TABLE>\n" + summary(totals, vat, services, formatter);
+  return totals;
+}
+
+std::vector<BillSum> billSums(const BillTotals& totals, const FolderServices& services,
+                              const ValueFormatter& formatter) {
+  const std::string currency = " " + services.currencies.Default().name;
+  const auto label = [&](std::string_view key) { return services.texts.Translate(key); };
+  return {{label("IDS_TOTAL_WITHOUT_VAT"), formatter.exactMoney(totals.net) + currency, {}},
+          {label("IDS_VAT"), formatter.exactMoney(totals.vat) + currency, base::format("%d%%", totals.vatPercent)},
+          {label("IDS_TOTAL"), formatter.exactMoney(totals.total) + currency, {}},
+          {label("IDS_DURATION"), durationText(totals.duration), {}}};
+}
+
+std::string billTables(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
+                       BillTotals& totals) {
+  std::string tables = tableOpening(services.config) + headingRow(services);
+  totals = readBill(request, services, formatter, [&](const std::vector<std::string>& texts) {
+    tables += "<TR>";
+    for (std::size_t i = 0; i < kColumns.size(); ++i) tables += billCell(kColumns[i].kind, texts[i]);
+    tables += "</TR>\n";
+  });
+  return tables + "</TABLE>\n" + summary(totals, services, formatter);
 }
 
 bool writeBill(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "base/datetime.h"
 #include "folders/services.h"
@@ -27,7 +29,25 @@ struct BillTotals {
   double total = 0;
   std::int64_t duration = 0;  // seconds
   std::int64_t calls = 0;
+  std::int32_t vatPercent = 0;
 };
+
+struct BillHeading {
+  std::string text;
+  Alignment alignment;
+};
+[[nodiscard]] std::vector<BillHeading> billHeadings(const FolderServices& services);
+// Hands out the texts of each call, one a heading, oldest first. Throws jet::Error.
+BillTotals readBill(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
+                    const std::function<void(std::vector<std::string>)>& call);
+// What stands below the calls, in its order.
+struct BillSum {
+  std::string label;
+  std::string value;
+  std::string remark;  // the rate of the VAT
+};
+[[nodiscard]] std::vector<BillSum> billSums(const BillTotals& totals, const FolderServices& services,
+                                            const ValueFormatter& formatter);
 
 // Writes the bill as an HTML page: with setting "TemplateHotel", the page "template.html" of the database folder with
 // its placeholders filled, %EXT%, %INTERVAL%, %REPORT%, %RESELLER% and the settings %Organization...% by their keys;

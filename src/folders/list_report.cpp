@@ -1,7 +1,5 @@
 #include "folders/list_report.h"
 
-#include <array>
-
 #include "base/printf.h"
 #include "base/text.h"
 #include "filter/description.h"
@@ -12,23 +10,11 @@ namespace folders {
 
 namespace {
 
-// Parties whose columns take the captions that the user gave them: setting "Denumire" of the section.
-struct PartyCaption {
-  int kind;
-  std::string_view section;
-};
-constexpr std::array kPartyCaptions = {
-    PartyCaption{402, "Interior"},
-    PartyCaption{413, "Depart"},
-    PartyCaption{418, "Client"},
-    PartyCaption{419, "Folder"},
-};
-
 class ListPage {
  public:
   ListPage(FolderView& view, ReportFile& file) : view_(view), file_(file), totals_(view) {
     for (const ViewColumn& column : view.columns()) {
-      headings_.push_back(heading(column));
+      headings_.push_back(base::escapeHtml(printedHeading(column, view.services().config)));
       cellOpenings_.push_back(base::format("<TD align=%s nowrap>\n", alignmentName(column.alignment)));
     }
     opening_ = tableOpening(view.services().config);
@@ -55,15 +41,6 @@ class ListPage {
   }
 
  private:
-  std::string heading(const ViewColumn& column) {
-    std::string caption = column.caption;
-    for (const PartyCaption& party : kPartyCaptions) {
-      if (party.kind != column.definition->kind) continue;
-      caption = view_.services().config.ReadConfigString("Denumire", party.section, foundation::StoreMachine, caption);
-    }
-    return base::escapeHtml(caption);
-  }
-
   void headingCell(std::size_t column, std::string_view content) {
     const std::string_view alignment = alignmentName(view_.columns()[column].alignment);
     file_.writePage(base::format("<TH align=%s nowrap>\n%s</TH>\n", alignment, content));

@@ -1,5 +1,7 @@
 #include "folders/report_page.h"
 
+#include <array>
+
 #include "base/path.h"
 #include "base/printf.h"
 #include "base/text.h"
@@ -9,12 +11,8 @@ namespace folders {
 
 namespace {
 
-std::string label(const FolderServices& services, std::string_view key) {
-  return base::escapeHtml(services.texts.Translate(key));
-}
-
 std::string organization(const FolderServices& services, std::string_view key) {
-  return base::escapeHtml(services.config.ReadConfigString(key, "general", foundation::StoreDatabase, ""));
+  return services.config.ReadConfigString(key, "general", foundation::StoreDatabase, "");
 }
 
 // Street and town, whichever are known.
@@ -24,25 +22,63 @@ std::string addressLine(const FolderServices& services) {
   return street.empty() || town.empty() ? street + town : street + ", " + town;
 }
 
+// Parties whose columns take the captions that the user gave them: setting "Denumire" of the section.
+struct PartyCaption {
+  int kind;
+  std::string_view section;
+};
+constexpr std::array kPartyCaptions = {
+    PartyCaption{402, "Interior"},
+    PartyCaption{413, "Depart"},
+    PartyCaption{418, "Client"},
+    PartyCaption{419, "Folder"},
+};
+
 }  // namespace
 
+std::string printedHeading(const ViewColumn& column, foundation::ConfigManager& config) {
+  for (const PartyCaption& party : kPartyCaptions) {
+    if (party.kind != column.definition->kind) continue;
+    return config.ReadConfigString("Denumire", party.section, foundation::StoreMachine, column.caption);
+  }
+  return column.caption;
+}
+
+HeaderTexts headerTexts(std::string_view name, const FolderServices& services) {
+  const foundation::LanguageFile& texts = services.texts;
+  return {.name = base::format("%s %s", texts.Translate("IDS_NAME"), name),
+          .date = base::format("%s %s", texts.Translate("IDS_DATE_GENERATED"),
+                               services.clock.now().format(kDateTimeFormat)),
+          .address = addressLine(services),
+          .fiscalCode = organization(services, "OrganizationCF")};
+}
+
 std::string reportHeader(std::string_view title, std::string_view name, const FolderServices& services) {
+  const HeaderTexts texts = headerTexts(name, services);
   return base::format(
       "<table width=100%% style='font-size:14.0pt; font-family: Verdana;'><tr><td "
       "align=center><b>%s</b></td></tr></table><table width=100%% style='font-size:8.0pt; font-family: "
-      "Verdana;'><tr><td align=left nowrap width=100%%>%s %s<br>%s %s</td><td align=right "
+      "Verdana;'><tr><td align=left nowrap width=100%%>%s<br>%s</td><td align=right "
       "nowrap>%s<br>%s</td></tr></table><br>",
-      base::escapeHtml(title), label(services, "IDS_NAME"), base::escapeHtml(name),
-      label(services, "IDS_DATE_GENERATED"), services.clock.now().format(kDateTimeFormat), addressLine(services),
-      organization(services, "OrganizationCF"));
+      base::escapeHtml(title), base::escapeHtml(texts.name), base::escapeHtml(texts.date),
+      base::escapeHtml(texts.address), base::escapeHtml(texts.fiscalCode));
+}
+
+FooterTexts footerTexts(const FolderServices& services) {
+  const foundation::LanguageFile& texts = services.texts;
+  return {.program = base::format("%s %s", texts.Translate("IDS_GENERATED_BY"), base::kProgramName),
+          .version = base::format("%s %s", texts.Translate("IDS_VERSION"), base::kProgramVersion),
+          .urlLabel = texts.Translate("IDS_URL"),
+          .url = base::kProgramUrl};
 }
 
 std::string reportFooter(const FolderServices& services) {
+  const FooterTexts texts = footerTexts(services);
   return base::format(
-      "<hr><table width=100%% style='font-size:8.0pt; font-family: Verdana;'><tr><td align=left nowrap width=100%%>%s "
-      "%s<br>%s %s</td><td align=right nowrap>%s<br>%s</td></tr></table>",
-      label(services, "IDS_GENERATED_BY"), base::kProgramName, label(services, "IDS_VERSION"), base::kProgramVersion,
-      label(services, "IDS_URL"), base::kProgramUrl);
+      "<hr><table width=100%% style='font-size:8.0pt; font-family: Verdana;'><tr><td align=left nowrap "
+      "width=100%%>%s<br>%s</td><td align=right nowrap>%s<br>%s</td></tr></table>",
+      base::escapeHtml(texts.program), base::escapeHtml(texts.version), base::escapeHtml(texts.urlLabel),
+      base::escapeHtml(texts.url));
 }
 
 std::string tableOpening(foundation::ConfigManager& config) {

@@ -4,10 +4,29 @@
 #include <string>
 #include <string_view>
 
+#include "folders/folder_view.h"
 #include "folders/services.h"
 #include "folders/value_formatter.h"
 
 namespace folders {
+
+// What the head and the foot of a report say, as plain texts.
+struct HeaderTexts {
+  std::string name;        // what the report shows, with its label
+  std::string date;        // when it was made, with its label
+  std::string address;     // of the organisation
+  std::string fiscalCode;  // of the organisation
+};
+[[nodiscard]] HeaderTexts headerTexts(std::string_view name, const FolderServices& services);
+struct FooterTexts {
+  std::string program;
+  std::string version;
+  std::string urlLabel;
+  std::string url;
+};
+[[nodiscard]] FooterTexts footerTexts(const FolderServices& services);
+// The heading of a list's column on paper: the user's own word for extensions, departments, clients and folders.
+[[nodiscard]] std::string printedHeading(const ViewColumn& column, foundation::ConfigManager& config);
 
 // The mark-up that every page shares. Texts are UTF-8; data in them is escaped here.
 

@@ -8,6 +8,8 @@ namespace folders {
 
 // True for folders that a summary can be made of: those that group calls.
 [[nodiscard]] bool canSummarise(const FolderDefinition& definition);
+// Throws std::invalid_argument when the view lists records.
+void requireStatistic(const FolderView& view);
 
 // One self-contained HTML page (UTF-8) of a statistic folder: a bar chart with the figures beneath. Hours, days,
 // weekdays and months stand in their natural order; of other groups the twenty largest, and the sum of the rest as

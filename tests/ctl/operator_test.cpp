@@ -113,7 +113,13 @@ TEST_F(Operators, ReportsAreWrittenWhereTheyAreWanted) {
   succeed("report 106 --out pages/departments.xlsx");
   EXPECT_TRUE(readFile(path("pages/departments.xlsx")).starts_with("PK"));
   EXPECT_EQ(run("report 100 --summary").status, 2);
-  EXPECT_EQ(run("report 100 --format pdf").status, 2);
+  succeed("report 106 --out pages/departments.pdf");
+  succeed("report 106 --summary --out pages/summary.pdf");
+  succeed("bill 211 --from 2026-11-01 --to 2026-11-15 --format pdf --out pages");
+  for (const char* page : {"pages/departments.pdf", "pages/summary.pdf", "pages/list.pdf"}) {
+    EXPECT_TRUE(readFile(path(page)).starts_with("%PDF-")) << page;
+  }
+  EXPECT_EQ(run("bill 211 --from 2026-11-01 --to 2026-11-15 --out bill.xlsx").status, 2);
   EXPECT_EQ(run("report 106 --out pages/departments.doc").status, 2);
   EXPECT_EQ(run("report 106 --format xlsx --print").status, 2);
   succeed("report 106 --bom --out pages/departments.csv");
