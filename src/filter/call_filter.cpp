@@ -34,6 +34,7 @@ std::string CallFilter::conditionOf(const FilterSettings& settings) const {
 }
 
 std::string CallFilter::restricted(const FilterSettings& settings) const {
+  if (!user_.SQLSubquery.empty()) requireOnlyValues(settings, definitions_.extensionIsText, texts_);
   return restrictCondition(settingsCondition(settings, definitions_.extensionIsText), user_.SQLSubquery, texts_);
 }
 
@@ -69,9 +70,10 @@ bool CallFilter::set(const std::vector<std::pair<std::string, std::string>>& val
   return dropStaleNames(config_, before, after) && written;
 }
 
-std::vector<std::string> CallFilter::offered(jet::Database& main, std::string statement) const {
+std::vector<std::string> CallFilter::offered(jet::Database& main, std::string_view statement,
+                                             std::string condition) const {
   std::vector<std::string> values;
-  main.forEachRow(restrictStatement(std::move(statement), user_.SQLSubquery, texts_),
+  main.forEachRow(base::format(statement, restrictCondition(std::move(condition), user_.SQLSubquery, texts_)),
                   [&](const std::vector<jet::Value>& row) {
                     values.push_back(row.front().toText());
                     return true;
@@ -80,17 +82,17 @@ std::vector<std::string> CallFilter::offered(jet::Database& main, std::string st
 }
 
 std::vector<std::string> CallFilter::offeredAreas(jet::Database& main) const {
-  return offered(main, "select distinct(Area) from Calls where Area <> '' and Area <> null order by Area");
+  return offered(main, "select distinct(Area) from Calls where %s order by Area", "Area <> '' and Area <> null");
 }
 
 std::vector<std::string> CallFilter::offeredClients(jet::Database& main) const {
-  return offered(main, "select distinct(owner) from Calls where owner<>'' and owner <> null order by owner");
+  return offered(main, "select distinct(owner) from Calls where %s order by owner", "owner<>'' and owner <> null");
 }
 
 std::vector<std::string> CallFilter::offeredFolders(jet::Database& main, std::string_view client) const {
-  return offered(main, base::format("select distinct(Folder) from Calls where owner='%s' and Folder<>'' and Folder "
-                                    "<> null",
-                                    client));
+  return offered(
+      main, "select distinct(Folder) from Calls where %s",
+      clauseWithValue("owner='%s' and Folder<>'' and Folder <> null", client, user_.SQLSubquery, "Client", texts_));
 }
 
 }  // namespace filter

@@ -24,7 +24,8 @@ class CallFilter {
              const security::CurrentUser& user, const platform::Clock& clock, const foundation::LanguageFile& texts)
       : config_(config), definitions_(definitions), user_(user), clock_(clock), texts_(texts) {}
 
-  // The condition text with the user's restriction, to be looked at: it may not parse. Throws as restrictCondition.
+  // The condition text with the user's restriction, to be looked at: it may not parse. Throws as restrictCondition and
+  // requireOnlyValues.
   [[nodiscard]] std::string condition();
   // The same, to be run. Throws FilterError when it does not parse, too.
   [[nodiscard]] std::string runnableCondition();
@@ -55,7 +56,9 @@ class CallFilter {
 
  private:
   [[nodiscard]] std::string restricted(const FilterSettings& settings) const;
-  [[nodiscard]] std::vector<std::string> offered(jet::Database& main, std::string statement) const;
+  // The first column of a statement with one place for its condition, within the user's restriction.
+  [[nodiscard]] std::vector<std::string> offered(jet::Database& main, std::string_view statement,
+                                                 std::string condition) const;
 
   foundation::ConfigManager& config_;
   const exchange::PartyDefinitions& definitions_;

@@ -1,6 +1,7 @@
 #include "filter/condition.h"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include "base/printf.h"
@@ -69,6 +70,27 @@ void appendCall(std::string& condition, const FilterSettings& settings) {
   if (settings.onMinDuration != 0) condition += base::format(" (TotalTime>=%d) AND", settings.minDuration);
 }
 
+// What the operator knows a key's field by.
+std::string_view labelOf(std::string_view key) {
+  struct Label {
+    std::string_view key;
+    std::string_view text;
+  };
+  constexpr Label kLabels[] = {{"ExtensionStr", "IDS_FILTER_EXTENSION"},
+                               {"Cont", "IDS_FILTER_ACCOUNT"},
+                               {"Department", "IDS_FILTER_DEPARTMENT"},
+                               {"Name", "IDS_FILTER_NAME"},
+                               {"Client", "IDS_FILTER_CLIENT"},
+                               {"Folder", "IDS_FILTER_FILE"},
+                               {"Area", "IDS_FILTER_AREA"},
+                               {"NumberPrefix", "IDS_FILTER_NUMBER"},
+                               {"Number", "IDS_FILTER_NUMBER_EXACT"},
+                               {"Country", "IDS_COUNTRY"},
+                               {"Provider", "IDS_PROVIDER"}};
+  const auto* found = std::ranges::find(kLabels, key, &Label::key);
+  return found == std::end(kLabels) ? key : found->text;
+}
+
 // A parsed condition together with the values of its literals.
 struct Parsed {
   jet::ExpressionPtr tree;
@@ -102,6 +124,30 @@ bool endsInRestriction(const Parsed& condition, const Parsed& restriction) {
   const jet::Expression& top = *condition.tree;
   return top.kind == jet::Expression::Kind::Binary && top.op == jet::Operator::And && top.operands.size() == 2 &&
          sameTree(*top.operands[1], condition.literals, *restriction.tree, restriction.literals);
+}
+
+// What all texts that differ only in the values of their literals have in common; nothing for a text that ends within
+// a literal.
+std::optional<std::string> shapeKey(std::string_view condition) {
+  try {
+    jet::Shape shape;
+    jet::shapeOf(condition, shape);
+    return std::move(shape.key);
+  } catch (const jet::Error&) {
+    return std::nullopt;
+  }
+}
+
+// A harmless value that asks for the same clause: an empty one and a leading "!" of a name change the clause's text.
+std::string plainLike(std::string_view value) {
+  if (value.empty() || value == "!") return std::string(value);
+  return value.front() == '!' ? "!x" : "x";
+}
+
+[[noreturn]] void refuseValue(std::string_view key, const std::string& condition,
+                              const foundation::LanguageFile& texts) {
+  throw FilterError(3075, texts.TranslateFormat("IDS_FILTER_VALUE_REFUSED", texts.Translate(labelOf(key)), key),
+                    condition);
 }
 
 }  // namespace
@@ -143,14 +189,32 @@ std::string restrictCondition(std::string condition, std::string_view restrictio
   return condition;
 }
 
-std::string restrictStatement(std::string statement, std::string_view restriction,
-                              const foundation::LanguageFile& texts) {
-  if (restriction.empty()) return statement;
-  constexpr std::string_view kWhere = " where ";
-  const std::size_t begin = statement.find(kWhere) + kWhere.size();
-  const std::size_t end = std::min(statement.rfind(" order by "), statement.size());
-  return statement.replace(begin, end - begin,
-                           restrictCondition(statement.substr(begin, end - begin), restriction, texts));
+void requireOnlyValues(const FilterSettings& settings, bool extensionIsText, const foundation::LanguageFile& texts) {
+  FilterSettings plain = settings;
+  for (const FilterKey& key : filterKeys()) {
+    if (key.type == KeyType::Text) plain.*key.text = plainLike(settings.*key.text);
+  }
+  const std::string expected = shapeKey(settingsCondition(plain, extensionIsText)).value();
+  for (const FilterKey& key : filterKeys()) {
+    if (key.type != KeyType::Text) continue;
+    FilterSettings one = plain;
+    one.*key.text = settings.*key.text;
+    const std::string condition = settingsCondition(one, extensionIsText);
+    if (shapeKey(condition) != expected) refuseValue(key.key, condition, texts);
+  }
+  // Values that are texts by themselves are texts together, as none reaches out of its quotation marks. The whole is
+  // what runs, so it is looked at all the same.
+  const std::string whole = settingsCondition(settings, extensionIsText);
+  if (shapeKey(whole) != expected) throw FilterError(3075, texts.Translate("IDS_FILTER_AGAINST_RESTRICTION"), whole);
+}
+
+std::string clauseWithValue(std::string_view clause, std::string_view value, std::string_view restriction,
+                            std::string_view key, const foundation::LanguageFile& texts) {
+  std::string filled = base::format(clause, value);
+  if (!restriction.empty() && shapeKey(filled) != shapeKey(base::format(clause, plainLike(value)))) {
+    refuseValue(key, filled, texts);
+  }
+  return filled;
 }
 
 }  // namespace filter

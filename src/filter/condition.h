@@ -29,10 +29,15 @@ void requireReadable(const std::string& condition, const foundation::LanguageFil
 [[nodiscard]] std::string restrictCondition(std::string condition, std::string_view restriction,
                                             const foundation::LanguageFile& texts);
 
-// A select over `Calls` whose condition is narrowed by the restriction; unchanged when there is none. Throws as
-// restrictCondition.
-[[nodiscard]] std::string restrictStatement(std::string statement, std::string_view restriction,
-                                            const foundation::LanguageFile& texts);
+// For a user with a restriction: throws FilterError that names the field when one of the filter's values is more than a
+// text within its clause. The database evaluates the filter's part of the condition on rows outside of the restriction
+// too; a function or an operator in a value could fail on one of them, and its error would tell what that row holds.
+void requireOnlyValues(const FilterSettings& settings, bool extensionIsText, const foundation::LanguageFile& texts);
+
+// A clause with one place for a text ("owner='%s'"), filled with the value as it stands. For a user with a restriction,
+// whom `restriction` names: throws FilterError, as requireOnlyValues does, when the value is more than a text in it.
+[[nodiscard]] std::string clauseWithValue(std::string_view clause, std::string_view value, std::string_view restriction,
+                                          std::string_view key, const foundation::LanguageFile& texts);
 
 // How an empty area is called.
 inline constexpr std::string_view kLocalArea = "Local";
