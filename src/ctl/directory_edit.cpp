@@ -15,6 +15,11 @@ void requireSaved(security::SaveResult result, std::string_view what, std::strin
       throw Failure(base::format("There is a %s %s already.", what, name));
     case SaveResult::Missing:
       throw Failure(base::format("The %s %s was deleted meanwhile.", what, name));
+    case SaveResult::LastAdministrator:
+      throw Failure(
+          base::format("Nothing was changed: without the %s %s nobody could change users and settings any more. Give "
+                       "that right to another user first: tallyctl user set NAME --groups Administrators",
+                       what, name));
     case SaveResult::RestrictionRejected:
       throw Failure(base::format("The restriction does not work; the %s %s was not saved.", what, name));
   }

@@ -105,7 +105,7 @@ int remove(const Invocation& call) {
   if (std::find(own.begin(), own.end(), group.RecordID) != own.end()) {
     throw Failure(base::format("You are in the group %s; let another administrator delete it.", group.Name));
   }
-  call.context.document().users().deleteGroup(group.RecordID);
+  requireSaved(call.context.document().users().deleteGroup(group.RecordID), "group", group.Name);
   return 0;
 }
 

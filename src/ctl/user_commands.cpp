@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "base/printf.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"
@@ -52,13 +54,18 @@ std::string groupNames(security::UserDirectory& directory, const std::string& me
   return text;
 }
 
-std::string membershipOf(security::UserDirectory& directory, std::string_view names) {
-  std::string membership;
+// The membership text edited so that it names these groups and no other.
+std::string membershipOf(security::UserDirectory& directory, std::string membership, std::string_view names) {
+  std::vector<std::int32_t> wanted;
   for (const std::string& name : listWords(names)) {
     const auto group = directory.findGroup(name);
     if (!group) throw Failure(base::format("There is no group %s. See: tallyctl group list", name));
-    membership = security::AddToGroupList(membership, group->RecordID);
+    wanted.push_back(group->RecordID);
   }
+  for (const std::int32_t id : security::groupIds(membership)) {
+    if (std::ranges::find(wanted, id) == wanted.end()) membership = security::RemoveFromGroupList(membership, id);
+  }
+  for (const std::int32_t id : wanted) membership = security::AddToGroupList(membership, id);
   return membership;
 }
 
@@ -83,7 +90,7 @@ void takeOver(const Invocation& call, UserRecord& user) {
   user.Fullname = arguments.text("--fullname", user.Fullname);
   if (const auto flags = arguments.find("--flags")) user.Flags = flagsOf(*flags);
   if (const auto groups = arguments.find("--groups")) {
-    user.Groups = membershipOf(call.context.document().users(), *groups);
+    user.Groups = membershipOf(call.context.document().users(), user.Groups, *groups);
   }
   user.SQLSubquery = arguments.text("--restriction", user.SQLSubquery);
 }
@@ -135,7 +142,7 @@ int remove(const Invocation& call) {
   if (user.RecordID == call.context.document().user().RecordID) {
     throw Failure(base::format("%s is logged in here; let another administrator delete it.", user.Name));
   }
-  call.context.document().users().deleteUser(user.RecordID);
+  requireSaved(call.context.document().users().deleteUser(user.RecordID), "user", user.Name);
   return 0;
 }
 

@@ -100,6 +100,29 @@ void editOrAdd(jet::Recordset& rows, std::int32_t id) {
   }
 }
 
+bool administers(const UserRecord& user, const std::vector<GroupRecord>& groups) {
+  if ((user.Flags & UserDisabled) != 0) return false;
+  const auto memberships = groupIds(user.Groups);
+  constexpr AccessRight kWanted{ObjectAdministration, RightChange};
+  return std::ranges::any_of(groups, [&](const GroupRecord& group) {
+    const auto rights = parseObjectAccess(group.ObjectAccess).rights;
+    return std::ranges::find(memberships, group.RecordID) != memberships.end() &&
+           std::ranges::find(rights, kWanted) != rights.end();
+  });
+}
+
+bool anyAdministers(const std::vector<UserRecord>& users, const std::vector<GroupRecord>& groups) {
+  return std::ranges::any_of(users, [&](const UserRecord& user) { return administers(user, groups); });
+}
+
+// The list with the edited record in place of the stored one.
+template <typename Record>
+std::vector<Record> with(std::vector<Record> records, const Record& edited) {
+  std::erase_if(records, [&](const Record& record) { return record.RecordID == edited.RecordID; });
+  records.push_back(edited);
+  return records;
+}
+
 void setMembership(jet::Recordset& users, const std::string& groups) {
   users.edit();
   users.set("Groups", groups);
@@ -157,15 +180,38 @@ bool UserDirectory::restrictionWorks(const std::string& restriction) {
   }
 }
 
+// Whoever sees a part of the calls only may neither lift a restriction nor have a condition tried on the other calls.
+bool UserDirectory::mayGive(const UserRecord& user) {
+  if (session_.SQLSubquery.empty() || user.SQLSubquery == session_.SQLSubquery) return true;
+  const auto stored = user.RecordID == 0 ? std::nullopt : findUser(user.RecordID);
+  if (stored && stored->SQLSubquery == user.SQLSubquery) return true;
+  person_.messageBox(texts_.TranslateFormat("IDS_RESTRICTED_USER", session_.Name));
+  return false;
+}
+
+bool UserDirectory::keepsAnAdministrator(const UserRecord& edited) {
+  const auto all = users();
+  const auto allGroups = groups();
+  return !anyAdministers(all, allGroups) || anyAdministers(with(all, edited), allGroups);
+}
+
+bool UserDirectory::keepsAnAdministrator(const GroupRecord& edited) {
+  const auto all = users();
+  const auto allGroups = groups();
+  return !anyAdministers(all, allGroups) || anyAdministers(all, with(allGroups, edited));
+}
+
 SaveResult UserDirectory::SaveUser(UserRecord& user, const std::optional<std::string>& newPassword) {
   if (!usableName(user.Name)) return SaveResult::NameUnusable;
-  if (!restrictionWorks(user.SQLSubquery)) return SaveResult::RestrictionRejected;
+  if (!mayGive(user)) return SaveResult::RestrictionRejected;
+  if (session_.SQLSubquery.empty() && !restrictionWorks(user.SQLSubquery)) return SaveResult::RestrictionRejected;
 
   jet::Transaction transaction(database_);
   const bool isNew = user.RecordID == 0;
   const SaveResult place = checkPlace(users(), user);
   if (place == SaveResult::Missing) person_.messageBox(texts_.Translate("IDS_SELECTEDUSERDELETED"));
   if (place != SaveResult::Saved) return place;
+  if (!keepsAnAdministrator(user)) return SaveResult::LastAdministrator;
   if (newPassword) {
     user.passwordDigest = PasswordDigest(*newPassword);
     user.PasswordDate = clock_.now();
@@ -189,14 +235,16 @@ SaveResult UserDirectory::SaveUser(UserRecord& user, const std::optional<std::st
   return SaveResult::Saved;
 }
 
-bool UserDirectory::deleteUser(std::int32_t id) {
+SaveResult UserDirectory::deleteUser(std::int32_t id) {
   jet::Transaction transaction(database_);
   const auto rows = database_.openRecordset("SELECT * FROM Users");
-  if (!goTo(*rows, id)) return false;
+  if (!goTo(*rows, id)) return SaveResult::Missing;
+  // An empty record of that number administers nothing.
+  if (!keepsAnAdministrator(UserRecord{.RecordID = id})) return SaveResult::LastAdministrator;
   rows->remove();
   tags_.Touch("Users");
   transaction.commit();
-  return true;
+  return SaveResult::Saved;
 }
 
 SaveResult UserDirectory::saveGroup(GroupRecord& group) {
@@ -204,6 +252,7 @@ SaveResult UserDirectory::saveGroup(GroupRecord& group) {
   jet::Transaction transaction(database_);
   const SaveResult place = checkPlace(groups(), group);
   if (place != SaveResult::Saved) return place;
+  if (!keepsAnAdministrator(group)) return SaveResult::LastAdministrator;
   const auto rows = database_.openRecordset("SELECT * FROM Groups");
   editOrAdd(*rows, group.RecordID);
   rows->set("Name", group.Name);
@@ -216,10 +265,11 @@ SaveResult UserDirectory::saveGroup(GroupRecord& group) {
   return SaveResult::Saved;
 }
 
-bool UserDirectory::deleteGroup(std::int32_t id) {
+SaveResult UserDirectory::deleteGroup(std::int32_t id) {
   jet::Transaction transaction(database_);
   const auto rows = database_.openRecordset("SELECT * FROM Groups");
-  if (!goTo(*rows, id)) return false;
+  if (!goTo(*rows, id)) return SaveResult::Missing;
+  if (!keepsAnAdministrator(GroupRecord{.RecordID = id})) return SaveResult::LastAdministrator;
   rows->remove();
   const auto users = database_.openRecordset("SELECT * FROM Users");
   for (const UserRecord& member : members(id)) {
@@ -228,7 +278,7 @@ bool UserDirectory::deleteGroup(std::int32_t id) {
   tags_.Touch("Groups");
   tags_.Touch("Users");
   transaction.commit();
-  return true;
+  return SaveResult::Saved;
 }
 
 bool UserDirectory::changeMembership(std::int32_t group, std::int32_t user,
@@ -250,6 +300,13 @@ bool UserDirectory::addMember(std::int32_t group, std::int32_t user) {
 }
 
 bool UserDirectory::removeMember(std::int32_t group, std::int32_t user) {
+  if (auto member = findUser(user)) {
+    member->Groups = RemoveFromGroupList(member->Groups, group);
+    if (!keepsAnAdministrator(*member)) {
+      person_.messageBox(texts_.Translate("IDS_LAST_ADMINISTRATOR"));
+      return false;
+    }
+  }
   const std::string question = texts_.Translate("IDS_CONFIRMDELFROMGROUP");
   return person_.askYesNo(question, platform::Operator::Unattended::No) &&
          changeMembership(group, user, RemoveFromGroupList);

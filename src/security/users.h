@@ -49,16 +49,32 @@ enum class SaveResult {
   NameUnusable,         // empty, or with a quotation mark, which the look-up at login cannot carry
   NameTaken,            // another user (group) has this name, case ignored
   Missing,              // the row was deleted meanwhile; for a user IDS_SELECTEDUSERDELETED was shown
-  RestrictionRejected,  // the trial of `SQLSubquery` failed; the database's error was shown
+  RestrictionRejected,  // the trial of `SQLSubquery` failed, or a restricted user may not give it; the reason was shown
+  LastAdministrator,    // nobody could change users and settings any more
 };
 
 // The users and groups of the main database, for the dialogs and the command line. Every call may throw jet::Error
 // (3027 while the database is read-only).
+//
+// The last user who can administer (enabled, in a group with the right to change the administration) stays: a change
+// after which there is none is refused. Where there is none already, everything goes.
 class UserDirectory {
  public:
-  UserDirectory(jet::Database& database, foundation::ChangeTags& tags, const foundation::LanguageFile& texts,
-                platform::Operator& person, const platform::Clock& clock)
-      : database_(database), tags_(tags), texts_(texts), person_(person), clock_(clock) {}
+  struct Services {
+    jet::Database& database;
+    foundation::ChangeTags& tags;
+    const foundation::LanguageFile& texts;
+    platform::Operator& person;
+    const platform::Clock& clock;
+  };
+  // `session` is the user who makes the changes; all must outlive the object.
+  UserDirectory(const Services& services, const CurrentUser& session)
+      : database_(services.database),
+        tags_(services.tags),
+        texts_(services.texts),
+        person_(services.person),
+        clock_(services.clock),
+        session_(session) {}
 
   [[nodiscard]] std::vector<UserRecord> users();    // by name
   [[nodiscard]] std::vector<GroupRecord> groups();  // by name
@@ -70,16 +86,21 @@ class UserDirectory {
 
   // Writes the user, adding it (RecordID = largest + 1, put into `user`) when it is not stored yet. The digest and its
   // date are written only with a new password. A non-empty `SQLSubquery` is tried first with
-  // "select top 1 * from calls where %s"; one that is too long to be applied at login is saved with a warning.
+  // "select top 1 * from calls where %s"; one that is too long to be applied at login is saved with a warning. A
+  // session with a restriction gives no other one than its own: the trial would be made on calls that it may not see.
   SaveResult SaveUser(UserRecord& user, const std::optional<std::string>& newPassword);
-  bool deleteUser(std::int32_t id);  // false when there is none
+  SaveResult deleteUser(std::int32_t id);  // Saved, Missing (without a message) or LastAdministrator
 
   SaveResult saveGroup(GroupRecord& group);
-  // Deletes the group and takes it out of its members' lists; false when there is none.
-  bool deleteGroup(std::int32_t id);
+  // Deletes the group and takes it out of its members' lists. Answers as deleteUser.
+  SaveResult deleteGroup(std::int32_t id);
+
+  // Whether somebody could still administer with this user (group) as edited; true when nobody can now.
+  [[nodiscard]] bool keepsAnAdministrator(const UserRecord& edited);
+  [[nodiscard]] bool keepsAnAdministrator(const GroupRecord& edited);
 
   // False when the user's row is gone (IDS_SELECTEDUSERDELETED was shown); removal also when the person said no to
-  // IDS_CONFIRMDELFROMGROUP.
+  // IDS_CONFIRMDELFROMGROUP, or when the user is the last who can administer (IDS_LAST_ADMINISTRATOR was shown).
   bool addMember(std::int32_t group, std::int32_t user);
   bool removeMember(std::int32_t group, std::int32_t user);
 
@@ -88,6 +109,7 @@ class UserDirectory {
 
  private:
   bool restrictionWorks(const std::string& restriction);
+  bool mayGive(const UserRecord& user);
   bool changeMembership(std::int32_t group, std::int32_t user, std::string (*change)(std::string_view, std::int32_t));
 
   jet::Database& database_;
@@ -95,6 +117,7 @@ class UserDirectory {
   const foundation::LanguageFile& texts_;
   platform::Operator& person_;
   const platform::Clock& clock_;
+  const CurrentUser& session_;
 };
 
 }  // namespace security

@@ -9,6 +9,7 @@
 #include "base/printf.h"
 #include "base/text.h"
 #include "schema/schema.h"
+#include "security/restriction.h"
 #include "security/rights.h"
 #include "tariff/redenomination.h"
 
@@ -126,7 +127,8 @@ bool CServerDoc::openMainDatabase() {
 
 StartEnd CServerDoc::logIn(const StartDuties& duties) {
   const Surroundings& around = app_.surroundings();
-  users_ = std::make_unique<security::UserDirectory>(*main_, tags_, language_, person_, around.clock);
+  users_ = std::make_unique<security::UserDirectory>(
+      security::UserDirectory::Services{*main_, tags_, language_, person_, around.clock}, user_);
   login_ = std::make_unique<security::LoginManager>(
       security::LoginManager::Services{*main_, config_, language_, log_, person_, around.clock}, user_, around.login);
   if (!login_->Login(duties.autoLogin)) return StartEnd::NobodyLoggedIn;
@@ -256,6 +258,7 @@ void CServerDoc::refresh() {
 }
 
 bool CServerDoc::resetCalls() {
+  security::requireAllCalls(user_, language_);
   if (!person_.askYesNo(language_.Translate("IDS_CONFIRMRESET"), platform::Operator::Unattended::No)) return false;
   jet::Transaction transaction(*main_);
   main_->execute("delete from Calls");
@@ -276,6 +279,7 @@ bool CServerDoc::resetContacts() {
 }
 
 bool CServerDoc::deleteZeroLengthCalls() {
+  security::requireAllCalls(user_, language_);
   if (!person_.askYesNo(language_.Translate("IDS_DELETE_ZERO_LENGTH_CALLS"), platform::Operator::Unattended::No)) {
     return false;
   }
@@ -288,12 +292,14 @@ bool CServerDoc::deleteZeroLengthCalls() {
 }
 
 std::int64_t CServerDoc::purgeOldCalls() {
+  security::requireAllCalls(user_, language_);
   const std::int64_t deleted = ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock);
   if (deleted > 0) tags_.TouchCalls();
   return deleted;
 }
 
 void CServerDoc::hideNumber(std::string_view number) {
+  security::requireAllCalls(user_, language_);
   jet::Transaction transaction(*main_);
   ingest::HideNumber(*main_, number);
   tags_.TouchCalls();
@@ -301,6 +307,7 @@ void CServerDoc::hideNumber(std::string_view number) {
 }
 
 void CServerDoc::showNumber(std::string_view number) {
+  security::requireAllCalls(user_, language_);
   jet::Transaction transaction(*main_);
   ingest::ShowNumber(*main_, number);
   tags_.TouchCalls();
@@ -308,6 +315,7 @@ void CServerDoc::showNumber(std::string_view number) {
 }
 
 ingest::RecalcResult CServerDoc::recalc(const ingest::RecalcOptions& options) {
+  security::requireAllCalls(user_, language_);
   const auto result = ingest::Recalc(exchangeParts(), options);
   tags_.TouchCalls();
   return result;

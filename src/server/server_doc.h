@@ -73,7 +73,8 @@ class CServerDoc {
   // Takes over what other copies changed in definitions and currencies.
   void refresh();
 
-  // The operator's commands. Each asks first; false when the answer was no. Throw jet::Error.
+  // The operator's commands. Each asks first; false when the answer was no. Throw jet::Error, and those that work on
+  // calls security::RestrictedUserError for a user with a restriction.
   bool resetCalls();
   bool resetContacts();
   bool deleteZeroLengthCalls();

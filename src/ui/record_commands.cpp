@@ -54,12 +54,12 @@ const char* reasonToKeep(server::CServerDoc& document, int folder, std::int32_t 
     auto user = directory.findUser(id);
     if (!user) return nullptr;
     user->Groups.clear();
-    return keepsAnAdministrator(directory, *user) ? nullptr : "IDS_LAST_ADMINISTRATOR";
+    return directory.keepsAnAdministrator(*user) ? nullptr : "IDS_LAST_ADMINISTRATOR";
   }
   auto group = folder == kFolderGroups ? directory.findGroup(id) : std::nullopt;
   if (!group) return nullptr;
   group->ObjectAccess.clear();
-  return keepsAnAdministrator(directory, *group) ? nullptr : "IDS_LAST_ADMINISTRATOR";
+  return directory.keepsAnAdministrator(*group) ? nullptr : "IDS_LAST_ADMINISTRATOR";
 }
 
 }  // namespace

@@ -68,7 +68,7 @@ class SecurityFixture : public testing::Test {
     log_.OpenLog(*database_);
   }
 
-  UserDirectory directory() { return {*database_, tags_, texts_, person_, clock_}; }
+  UserDirectory directory() { return {{*database_, tags_, texts_, person_, clock_}, session_}; }
   LoginManager login() { return {{*database_, config_, texts_, log_, person_, clock_}, session_, prompt_}; }
 
   UserRecord addUser(const char* name, const char* password, const char* groups, std::int32_t flags = 0) {

@@ -37,7 +37,7 @@ TEST_F(Users, ANewOneGetsTheNextNumber) {
   EXPECT_EQ(c.RecordID, 3);
   directory().deleteUser(2);
   EXPECT_EQ(addUser("d", "p", "").RecordID, 4);
-  EXPECT_FALSE(directory().deleteUser(2));
+  EXPECT_EQ(directory().deleteUser(2), SaveResult::Missing);
 }
 
 TEST_F(Users, ADigestWithItsTopBitSetFitsTheColumn) {
@@ -91,6 +91,48 @@ TEST_F(Users, ARestrictionIsTriedBeforeItIsSaved) {
   EXPECT_EQ(directory().findUser("ana")->SQLSubquery, "Extension = '201' or Hidden");
 }
 
+// A condition is tried on all calls, so its fault could tell about those that the session's user may not see.
+TEST_F(Users, WhoHasARestrictionGivesNoOther) {
+  session_.SQLSubquery = "Extension = '201'";
+  auto ana = *directory().findUser("ana");
+  ana.Fullname = "Ana Pop";
+  EXPECT_EQ(directory().SaveUser(ana, std::nullopt), SaveResult::Saved);
+  ana.SQLSubquery = "CLng(DialNumber) = 1";
+  EXPECT_EQ(directory().SaveUser(ana, std::nullopt), SaveResult::RestrictionRejected);
+  EXPECT_EQ(person_.messages, Texts{"IDS_RESTRICTED_USER"});
+  UserRecord sees{.Name = "sees"};
+  EXPECT_EQ(directory().SaveUser(sees, "p"), SaveResult::RestrictionRejected);
+  ana.SQLSubquery = session_.SQLSubquery;
+  EXPECT_EQ(directory().SaveUser(ana, std::nullopt), SaveResult::Saved);
+}
+
+TEST_F(Users, TheLastWhoCanAdministerStays) {
+  GroupRecord administrators{.Name = "Administrators", .ObjectAccess = "6;1;6;2"};
+  ASSERT_EQ(directory().saveGroup(administrators), SaveResult::Saved);
+  const auto admin = addUser("admin", "p", ";3;");
+  addUser("off", "p", ";3;", UserDisabled);
+  addUser("reader", "p", ";1;");
+
+  const auto saved = [&](auto change) {
+    UserRecord user = *directory().findUser("admin");
+    change(user);
+    return directory().SaveUser(user, std::nullopt);
+  };
+  EXPECT_EQ(saved([](UserRecord& user) { user.Flags = UserDisabled; }), SaveResult::LastAdministrator);
+  EXPECT_EQ(saved([](UserRecord& user) { user.Groups = ";1;"; }), SaveResult::LastAdministrator);
+  EXPECT_EQ(saved([](UserRecord& user) { user.Fullname = "Administrator"; }), SaveResult::Saved);
+  EXPECT_EQ(directory().deleteUser(admin.RecordID), SaveResult::LastAdministrator);
+  EXPECT_EQ(directory().deleteGroup(administrators.RecordID), SaveResult::LastAdministrator);
+  EXPECT_FALSE(directory().removeMember(administrators.RecordID, admin.RecordID));
+  EXPECT_EQ(person_.messages, Texts{"IDS_LAST_ADMINISTRATOR"});
+  administrators.ObjectAccess = "6;1";
+  EXPECT_EQ(directory().saveGroup(administrators), SaveResult::LastAdministrator);
+  EXPECT_EQ(directory().findUser("admin")->Groups, ";3;");
+
+  addUser("second", "p", ";3;");
+  EXPECT_EQ(directory().deleteUser(admin.RecordID), SaveResult::Saved);
+}
+
 TEST_F(Users, ArePutIntoGroupsAndTakenOut) {
   const auto dan = addUser("dan", "p", ";12;");
   EXPECT_TRUE(directory().members(2).empty());
@@ -111,10 +153,10 @@ TEST_F(Users, ArePutIntoGroupsAndTakenOut) {
 }
 
 TEST_F(Users, LoseTheGroupThatIsDeleted) {
-  EXPECT_TRUE(directory().deleteGroup(1));
+  EXPECT_EQ(directory().deleteGroup(1), SaveResult::Saved);
   EXPECT_EQ(directory().findUser("ana")->Groups, ";");
   EXPECT_EQ(directory().groups().size(), 1U);
-  EXPECT_FALSE(directory().deleteGroup(1));
+  EXPECT_EQ(directory().deleteGroup(1), SaveResult::Missing);
 }
 
 TEST_F(Users, ChangesMoveTheirTag) {

@@ -15,9 +15,4 @@ namespace ui {
 // Says why a user or group was not saved, unless that was said already; true when it was not saved.
 bool explainRefusal(security::SaveResult result, const std::string& name, const Texts& texts, QWidget* parent);
 
-// Whether somebody would still be able to administer the system with this user (group) as edited: a user who is not
-// disabled, in a group with the right to change the administration. True when nobody is now.
-[[nodiscard]] bool keepsAnAdministrator(security::UserDirectory& directory, const security::UserRecord& edited);
-[[nodiscard]] bool keepsAnAdministrator(security::UserDirectory& directory, const security::GroupRecord& edited);
-
 }  // namespace ui

@@ -104,7 +104,6 @@ class GroupSheet : public FormDialog {
     edited.Desc = fromQt(description_->text().trimmed());
     edited.PasswordExpire = validity_->value();
     edited.ObjectAccess = security::formatObjectAccess(withUnknownRights(rights_->granted()));
-    if (!keepsAnAdministrator(directory_, edited)) return warn(this, texts(), texts()("IDS_LAST_ADMINISTRATOR"));
     security::SaveResult result = security::SaveResult::Missing;
     const bool done = attempt(this, texts(), [&] {
       result = directory_.saveGroup(edited);

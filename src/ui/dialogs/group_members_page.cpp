@@ -117,7 +117,7 @@ void GroupMembersPage::removeMembers() {
 bool GroupMembersPage::removeStored(std::int32_t user) {
   if (auto without = directory_.findUser(user)) {
     without->Groups = security::RemoveFromGroupList(without->Groups, group_);
-    if (!keepsAnAdministrator(directory_, *without)) {
+    if (!directory_.keepsAnAdministrator(*without)) {
       warn(this, texts_, texts_("IDS_LAST_ADMINISTRATOR"));
       return false;
     }

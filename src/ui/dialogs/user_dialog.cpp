@@ -109,7 +109,7 @@ class UserEditDlg : public FormDialog {
         base::characterCount(edited.SQLSubquery) >= security::kRestrictionLimit) {
       return texts().format("IDS_RESTRICTION_SHORTEN", security::kRestrictionLimit - 1);
     }
-    return keepsAnAdministrator(directory_, edited) ? QString() : texts()("IDS_LAST_ADMINISTRATOR");
+    return directory_.keepsAnAdministrator(edited) ? QString() : texts()("IDS_LAST_ADMINISTRATOR");
   }
 
   security::UserRecord gather() const {
