@@ -6,6 +6,7 @@
 #include "ctl/access.h"
 #include "ctl/context.h"
 #include "schema/schema.h"
+#include "security/restriction.h"
 
 namespace ctl {
 
@@ -46,6 +47,7 @@ void requireRightToUse(const Invocation& call) {
   const fs::path main = base::systemPath(folder + schema::kMainFile);
   if (!fs::exists(main) || convert::isOldDatabase(main)) return;
   call.context.require(kChangeSettings);
+  security::requireAllCalls(call.context.document().user(), call.context.language());
 }
 
 void finishNewDataFolder(const Invocation& call, const fs::path& folder) {

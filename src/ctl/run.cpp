@@ -8,6 +8,7 @@
 #include "ctl/context.h"
 #include "filter/condition.h"
 #include "jet/error.h"
+#include "security/restriction.h"
 
 namespace ctl {
 
@@ -39,6 +40,8 @@ int run(int count, const char* const* words) {
     return kWrongUsage;
   } catch (const filter::FilterError& error) {
     std::cerr << "tallyctl: " << error.what() << "\nSee: tallyctl filter show, tallyctl filter clear\n";
+  } catch (const security::RestrictedUserError& error) {
+    std::cerr << "tallyctl: " << error.what() << '\n';
   } catch (const jet::Error& error) {
     std::cerr << "tallyctl: database error " << error.number() << ": " << error.description() << '\n';
     if (!error.statement().empty()) base::debugOutput(error.statement());

@@ -6,6 +6,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "filter/condition.h"
 #include "platform/instance_lock.h"
 #include "schema/schema.h"
 
@@ -15,17 +16,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string sizeOf(const fs::path& file) {
+// Of a user with a restriction no number is told that depends on calls outside of it, and so no size of a file.
+bool restricted(Context& context) {
+  return !context.document().user().SQLSubquery.empty();
+}
+
+std::string sizeOf(const fs::path& file, Context& context) {
   std::error_code missing;
   const auto size = fs::file_size(file, missing);
-  return missing ? "missing" : base::format("%d bytes", size);
+  if (missing) return "missing";
+  return restricted(context) ? "present" : base::format("%d bytes", size);
 }
 
 void addFiles(Table& table, Context& context) {
   table.add({"Machine store", context.machineStore().file().string()});
-  const fs::path folder = base::systemPath(context.folder("PathDatabase"));
+  const std::string folder = context.folder("PathDatabase");
   for (const char* name : {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile}) {
-    table.add({name, base::format("%s, %s", (folder / name).string(), sizeOf(folder / name))});
+    const fs::path file = base::systemPath(folder + name);  // as it is opened: the folder's text as it stands
+    table.add({name, base::format("%s, %s", file.string(), sizeOf(file, context))});
   }
   const fs::path lock = context.app().lockFile();
   const bool runs = platform::InstanceLock::isHeld(lock);
@@ -37,21 +45,31 @@ void addFiles(Table& table, Context& context) {
 
 void addMonitor(Table& table, Context& context) {
   const fs::path folder = base::systemPath(context.folder("PathMonitor"));
-  table.add(
-      {"Monitor file", base::format("%s, %s", (folder / "monitor.data").string(), sizeOf(folder / "monitor.data"))});
+  table.add({"Monitor file",
+             base::format("%s, %s", (folder / "monitor.data").string(), sizeOf(folder / "monitor.data", context))});
   std::error_code fault;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, fault)) {
     if (!entry.path().filename().string().starts_with("monitor.data.bk")) continue;
-    table.add({"Unfinished import", base::format("%s, %s", entry.path().string(), sizeOf(entry.path()))});
+    table.add({"Unfinished import", base::format("%s, %s", entry.path().string(), sizeOf(entry.path(), context))});
   }
 }
 
-void addCounts(Table& table, jet::Database& main) {
-  for (const char* name : {"Calls", "Contacts", "FilteredNumbers", "Users", "Log"}) {
-    const jet::Snapshot count = main.openSnapshot(base::format("SELECT Count(*) AS n FROM [%s]", name));
-    table.add({base::format("Rows of %s", name), count.at(0, 0U).toLong()});
+void addCounts(Table& table, Context& context) {
+  jet::Database& main = context.main();
+  const std::string visible =
+      filter::restrictCondition("1=1", context.document().user().SQLSubquery, context.language());
+  const auto count = [&](const char* name, const std::string& condition) {
+    const jet::Snapshot rows =
+        main.openSnapshot(base::format("SELECT Count(*) AS n FROM [%s] WHERE ", name) + condition);
+    table.add({base::format("Rows of %s", name), rows.at(0, 0U).toLong()});
+  };
+  count("Calls", visible);
+  for (const char* name : {"Contacts", "FilteredNumbers", "Users", "Log"}) {
+    // The log has an entry for each call that failed.
+    if (!restricted(context) || std::string_view(name) != "Log") count(name, "1=1");
   }
-  const jet::Snapshot newest = main.openSnapshot("SELECT TOP 1 [DateTime] FROM Calls ORDER BY [DateTime] DESC");
+  const jet::Snapshot newest =
+      main.openSnapshot("SELECT TOP 1 [DateTime] FROM Calls WHERE " + visible + " ORDER BY [DateTime] DESC");
   const auto time = newest.empty() ? std::nullopt : newest.at(0, 0U).toDateTime();
   table.add({"Newest call", time ? time->format("%d.%m.%Y %H:%M:%S") : std::string("none")});
 }
@@ -65,7 +83,7 @@ int status(const Invocation& call) {
   table.add({"User", context.document().user().Name});
   addFiles(table, context);
   addMonitor(table, context);
-  addCounts(table, context.main());
+  addCounts(table, context);
   call.print(table);
   return 0;
 }

@@ -5,6 +5,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/new_data_folder.h"
+#include "security/restriction.h"
 
 namespace ctl {
 
@@ -22,10 +23,7 @@ void print(const Invocation& call, const convert::TableManifest& manifest) {
 
 int exportTables(const Invocation& call) {
   Context& context = call.context;
-  if (!context.document().user().SQLSubquery.empty()) {
-    throw Failure(base::format("%s may see a part of the calls only. Give --user with the name of a user who sees all.",
-                               context.document().user().Name));
-  }
+  security::requireAllCalls(context.document().user(), context.language());
   const fs::path target = call.arguments.text("DIR");
   context.interrupts().begin();
   const auto format = call.global.format == TableFormat::Json ? convert::TextFormat::Json : convert::TextFormat::Csv;

@@ -3,6 +3,7 @@
 #include <QGroupBox>
 #include <QSpinBox>
 
+#include "security/restriction.h"
 #include "security/rights.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/form_dialog.h"
@@ -108,6 +109,7 @@ class RecalcDialog : public FormDialog {
 }  // namespace
 
 bool updateStoredCalls(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
+  security::requireAllCalls(document.user(), document.app().language());
   RecalcDialog dialog(document, texts, parent);
   if (dialog.exec() != QDialog::Accepted) return false;
   const ingest::RecalcResult result = document.recalc(dialog.options());
