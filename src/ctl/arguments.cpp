@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "base/printf.h"
+#include "base/typed_date.h"
 #include "ctl/command.h"
 
 namespace ctl {
@@ -48,8 +49,7 @@ double Arguments::number(std::string_view name, double fallback) const {
 std::optional<base::DateTime> Arguments::date(std::string_view name) const {
   const auto typed = find(name);
   if (!typed) return std::nullopt;
-  auto value = base::DateTime::fromStored(*typed);
-  if (!value) value = base::DateTime::fromStored(*typed + ":00");
+  auto value = base::typedDate(*typed);
   if (!value) {
     throw WrongUsage(
         base::format("%s takes a date such as 2026-03-31 or \"2026-03-31 10:00\", not \"%s\".", name, *typed));

@@ -1,5 +1,6 @@
 #include "base/printf.h"
 #include "base/text.h"
+#include "base/typed_date.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
@@ -56,12 +57,12 @@ int show(const Invocation& call) {
   return 0;
 }
 
-// Month/day/year as it is kept, or year-month-day.
+// Month/day/year, as it is kept.
 std::string dateText(const std::string& typed, std::string_view key) {
-  auto date = base::DateTime::fromStored(typed);
-  if (!date) date = base::DateTime::fromUsText(typed);
-  if (!date || date->dayNumber() == 0) {
-    throw WrongUsage(base::format("%s takes a date such as 3/31/2026 or 2026-03-31, not \"%s\".", key, typed));
+  const auto date = base::typedDate(typed);
+  if (!date) {
+    throw WrongUsage(
+        base::format("%s takes a date such as 31.03.2026, 2026-03-31 or 3/31/2026, not \"%s\".", key, typed));
   }
   return date->format("%m/%d/%Y");
 }

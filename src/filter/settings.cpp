@@ -7,6 +7,7 @@
 
 #include "base/printf.h"
 #include "base/text.h"
+#include "base/typed_date.h"
 
 namespace filter {
 
@@ -80,15 +81,13 @@ std::optional<std::int32_t> parseInteger(std::string_view text) {
 }
 
 std::string parseDate(const FilterKey& key, std::string_view value) {
-  const std::string_view trimmed = base::trim(value);
-  auto parsed = base::DateTime::fromStored(trimmed);
-  if (!parsed) parsed = base::DateTime::fromStored(std::string(trimmed) + ":00");
-  if (!parsed) parsed = base::DateTime::fromUsText(trimmed);
-  if (!parsed || parsed->dayNumber() == 0) {
+  auto parsed = base::typedDate(value);
+  if (!parsed) {
     throw std::invalid_argument(
-        base::format("%s: \"%s\" is not a date; write 2025-01-31 08:30:00 or 1/31/2025 08:30:00", key.key, value));
+        base::format("%s: \"%s\" is not a date; write 31.01.2025 08:30:00, 2025-01-31 08:30:00 or 1/31/2025 08:30:00",
+                     key.key, value));
   }
-  const bool bareDate = trimmed.find(':') == std::string_view::npos;
+  const bool bareDate = value.find(':') == std::string_view::npos;
   if (bareDate && key.text == &F::intervalEnd) parsed = parsed->midnight().plusSeconds(86399);
   return parsed->format(kPeriodFormat);
 }

@@ -93,8 +93,8 @@ bool writeDisplayNames(foundation::ConfigManager& config, const DisplayNames& na
 // Drops the names of values that changed without a dialog, so that the values themselves show.
 bool dropStaleNames(foundation::ConfigManager& config, const FilterSettings& before, const FilterSettings& after);
 
-// Takes a value as somebody typed it. Dates are "YYYY-MM-DD[ HH:MM[:SS]]" or month first, and are stored in
-// kPeriodFormat; a bare date as the end of the period is the whole day.
+// Takes a value as somebody typed it. Dates have the forms of base::typedDate and are stored in kPeriodFormat; a bare
+// date as the end of the period is the whole day.
 // Throws std::invalid_argument that says what is wrong with which key.
 void setValue(FilterSettings& settings, std::string_view key, std::string_view value);
 

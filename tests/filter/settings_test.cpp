@@ -65,6 +65,34 @@ TEST(CallFilter, ClearingLeavesTheSwitchesThatAreNoFields) {
   EXPECT_EQ(office.filter.settings().extension, "201");
 }
 
+TEST(CallFilter, DatesAreTakenAsPeopleWriteThem) {
+  struct {
+    const char* typed;
+    const char* start;
+    const char* end;
+  } const cases[] = {
+      {"31.12.2025", "12/31/2025 00:00:00", "12/31/2025 23:59:59"},
+      {" 1.2.2025 8:05", "02/01/2025 08:05:00", "02/01/2025 08:05:00"},
+      {"2025-12-31", "12/31/2025 00:00:00", "12/31/2025 23:59:59"},
+      {"2025-12-31T08:30:15", "12/31/2025 08:30:15", "12/31/2025 08:30:15"},
+      {"2025-12-31 08:30", "12/31/2025 08:30:00", "12/31/2025 08:30:00"},
+      {"2/1/2025 8:05 pm", "02/01/2025 20:05:00", "02/01/2025 20:05:00"},
+      {"12/31/2025", "12/31/2025 00:00:00", "12/31/2025 23:59:59"},
+  };
+  for (const auto& each : cases) {
+    FilterSettings settings;
+    setValue(settings, "IntervalStart", each.typed);
+    setValue(settings, "IntervalEnd", each.typed);
+    EXPECT_EQ(settings.intervalStart, each.start) << each.typed;
+    EXPECT_EQ(settings.intervalEnd, each.end) << each.typed;
+  }
+  FilterSettings settings;
+  for (const char* wrong :
+       {"31.13.2025", "30.2.2025", "31.12.25", "1.2.2025 25:00", "T", "31.12.2025 x", "12.2025", ""}) {
+    EXPECT_THROW(setValue(settings, "IntervalStart", wrong), std::invalid_argument) << wrong;
+  }
+}
+
 TEST(CallFilter, MonthsAreWholeMonths) {
   CallOffice office;
   const auto period = [&] {
