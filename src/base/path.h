@@ -16,4 +16,11 @@ namespace base {
   return std::filesystem::path(text);
 }
 
+// A documented folder to which a file's name is appended: with its closing separator; an empty one stays empty.
+[[nodiscard]] inline std::string withSeparator(std::string_view folder) {
+  std::string text(folder);
+  if (!text.empty() && text.back() != '/' && text.back() != '\\') text += '/';
+  return text;
+}
+
 }  // namespace base

@@ -65,7 +65,11 @@ Context::Context(const GlobalOptions& options)
     : options_(options),
       operator_(interrupts_),
       prompt_(options.user),
-      app_(storeFile(options), server::programFilesFolder(), {operator_, prompt_, clock_, documents_, {}}) {}
+      app_(storeFile(options), server::programFilesFolder(), {operator_, prompt_, clock_, documents_, {}}) {
+  if (machineStore().usable()) return;
+  throw Failure(
+      base::format("The machine store %s is not a file. Name one with --store FILE.", machineStore().file().string()));
+}
 
 std::string Context::folder(std::string_view key) {
   return config().ReadConfigString(key, kGeneral, StoreMachine, "");

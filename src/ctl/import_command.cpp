@@ -1,3 +1,4 @@
+#include "base/path.h"
 #include "base/printf.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"
@@ -29,10 +30,11 @@ int runImport(const Invocation& call) {
   const ingest::ImportResult result = file ? document.importFile(*file, options) : document.importMonitorFile(options);
   call.out << base::format("imported %d\n", result.imported);
   if (endedEarly(result)) {
-    throw Failure(result.message.empty()
-                      ? base::format("The import was stopped. Finish it with: tallyctl import --file %s",
-                                     file ? *file : context.folder("PathMonitor") + "monitor.data.bk")
-                      : result.message);
+    throw Failure(
+        result.message.empty()
+            ? base::format("The import was stopped. Finish it with: tallyctl import --file %s",
+                           file ? *file : base::withSeparator(context.folder("PathMonitor")) + "monitor.data.bk")
+            : result.message);
   }
   if (!result.message.empty()) context.person().messageBox(result.message);
   return 0;

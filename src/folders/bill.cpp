@@ -1,8 +1,6 @@
 #include "folders/bill.h"
 
 #include <array>
-#include <fstream>
-#include <iterator>
 #include <optional>
 
 #include "base/codepage.h"
@@ -11,6 +9,7 @@
 #include "folders/db_folder.h"
 #include "folders/report_file.h"
 #include "folders/report_page.h"
+#include "platform/regular_file.h"
 
 namespace folders {
 
@@ -42,11 +41,13 @@ std::string billQuery(const BillRequest& request, const FolderServices& services
   settings.onPeriod = 1;
   settings.intervalStart = request.from.format(filter::kPeriodFormat);
   settings.intervalEnd = request.to.format(filter::kPeriodFormat);
+  // Typed for this bill alone: nothing else than an extension is meant by it.
+  filter::requireOnlyValues(settings, services.definitions.extensionIsText, services.texts);
   std::string list;
   for (const BillColumn& column : kColumns) list.append(list.empty() ? "" : ", ").append(column.select);
   return applySurcharge(base::format("SELECT %s FROM [Calls] as toptab WHERE %s ORDER BY DateTime ASC", list,
                                      services.filter.conditionOf(settings)),
-                        services.config);
+                        services.config, services.texts);
 }
 
 std::string billCell(int kind, std::string_view text) {
@@ -77,12 +78,7 @@ std::string summary(const BillTotals& totals, const FolderServices& services, co
 
 // Nothing when the database folder has no template that can be read.
 std::optional<std::string> readTemplate(const FolderServices& services) {
-  const std::filesystem::path page = services.main.path().parent_path() / "template.html";
-  std::error_code ignored;  // what cannot be looked at is no file to read
-  if (!std::filesystem::is_regular_file(page, ignored)) return std::nullopt;
-  std::ifstream file(page, std::ios::binary);
-  if (!file) return std::nullopt;
-  return std::string(std::istreambuf_iterator<char>(file), {});
+  return platform::readRegularFile(services.main.path().parent_path() / "template.html");
 }
 
 // What a placeholder stands for; nothing for other words between percent signs. The template's own bytes stay as they

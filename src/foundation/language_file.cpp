@@ -1,11 +1,10 @@
 #include "foundation/language_file.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 #include "base/codepage.h"
 #include "base/path.h"
+#include "platform/regular_file.h"
 
 namespace foundation {
 
@@ -76,16 +75,14 @@ std::string decodeText(std::string_view bytes, int codepage) {
 }  // namespace
 
 std::filesystem::path languageFileName(std::string_view folder) {
-  return base::systemPath(base::format("%s%s.lng", folder, "Tallybook"));
+  return base::systemPath(base::format("%s%s.lng", base::withSeparator(folder), "Tallybook"));
 }
 
 bool LanguageFile::LoadLanguageFile(const std::filesystem::path& file) {
   parse({});
-  std::ifstream in(file.has_parent_path() ? file : besideProgram(file), std::ios::binary);
-  if (!in) return false;
-  const std::string content{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  if (in.bad()) return false;
-  parse(content);
+  const auto content = platform::readRegularFile(file.has_parent_path() ? file : besideProgram(file));
+  if (!content) return false;
+  parse(*content);
   return true;
 }
 

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "foundation/ini_text.h"
+#include "platform/regular_file.h"
 
 namespace foundation {
 
@@ -34,18 +35,6 @@ class Descriptor {
  private:
   int number_;
 };
-
-std::optional<std::string> readAll(int descriptor) {
-  std::string content;
-  char buffer[16384];
-  for (;;) {
-    const ssize_t got = read(descriptor, buffer, sizeof buffer);
-    if (got == 0) return content;
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return std::nullopt;
-    content.append(buffer, static_cast<std::size_t>(got));
-  }
-}
 
 bool writeAll(int descriptor, std::string_view content) {
   while (!content.empty()) {
@@ -106,7 +95,7 @@ bool replaceFile(const std::filesystem::path& file, std::string_view content) {
 // place, so a lock that was waited for may be on the file before: then the present one is taken.
 Descriptor lockCurrent(const std::filesystem::path& file) {
   for (;;) {
-    Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600));
+    Descriptor descriptor(platform::openRegularFile(file, O_RDONLY | O_CREAT, 0600));
     if (!descriptor.valid() || !lockPatiently(descriptor.number())) return Descriptor(-1);
     struct stat locked {};
     struct stat named {};
@@ -186,10 +175,10 @@ struct MachineStore::Cache {
   void load(const std::filesystem::path& file) {
     trusted = false;
     text = IniText();
-    const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor descriptor(platform::openRegularFile(file, O_RDONLY));
     struct stat status {};
-    if (!descriptor.valid() || fstat(descriptor.number(), &status) != 0 || !S_ISREG(status.st_mode)) return;
-    const auto content = readAll(descriptor.number());
+    if (!descriptor.valid() || fstat(descriptor.number(), &status) != 0) return;
+    const auto content = platform::readToEnd(descriptor.number());
     if (!content) return;
     text = IniText(*content);
     identity = Identity(status);
@@ -210,6 +199,10 @@ std::filesystem::path MachineStore::defaultFile() {
   return configHome() / "quorvane" / "tallybook.ini";
 }
 
+bool MachineStore::usable() const {
+  return !platform::isOtherThanFile(file_);
+}
+
 const IniText& MachineStore::current() const {
   struct stat status {};
   const bool same = cache_->trusted && stat(file_.c_str(), &status) == 0 && cache_->identity == Identity(status);
@@ -223,7 +216,7 @@ bool MachineStore::rewrite(Change change) {
   std::error_code fault;
   if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path(), fault);
   const Descriptor old = lockCurrent(file);
-  const auto content = old.valid() ? readAll(old.number()) : std::nullopt;
+  const auto content = old.valid() ? platform::readToEnd(old.number()) : std::nullopt;
   if (!content) return false;
   IniText text(*content);
   const std::string before = text.text();

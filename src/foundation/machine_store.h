@@ -28,6 +28,8 @@ class MachineStore {
   static std::filesystem::path defaultFile();
 
   [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+  // False while something else than a file has its name (a folder, a FIFO, a device): then nothing is stored in it.
+  [[nodiscard]] bool usable() const;
 
   // Nothing when the value is missing or has another type.
   [[nodiscard]] std::optional<std::string> readString(std::string_view section, std::string_view key) const;

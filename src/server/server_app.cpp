@@ -38,6 +38,11 @@ std::filesystem::path CServerApp::lockFile() const {
 }
 
 CServerApp::Start CServerApp::InitInstance(std::string_view commandLine, OneCopy oneCopy) {
+  if (!store_.usable()) {
+    // No language is loaded yet: which one is asked for stands in the store.
+    surroundings_.person.messageBox(base::format("The machine store %s is not a file.", store_.file().string()));
+    return Start::Failed;
+  }
   const bool versionOnly = commandLine.find(kVersionSwitch) != std::string_view::npos;
   // The switch is no profile.
   const std::string profile =
@@ -66,7 +71,8 @@ void CServerApp::applyProfile(std::string_view name) {
 }
 
 bool CServerApp::loadLanguage() {
-  const std::string folder = config_.ReadConfigString("path", kGeneral, foundation::StoreMachine, "");
+  const std::string folder =
+      base::withSeparator(config_.ReadConfigString("path", kGeneral, foundation::StoreMachine, ""));
   const std::string name = base::format("%s%s.lng", folder, base::kProgramName);
   // A name without a folder stands beside the program; a set folder without the file falls back to that one, since the
   // folder is also where reports go.
