@@ -96,7 +96,7 @@ constexpr Command kCommands[] = {
     {"show", "Show the calls of a hidden number again", "tallyctl show 0264123456", kNumber, kChangeCalls, show},
     {"purge",
      "Delete the calls that are older than the days that setting Sterge keeps",
-     "tallyctl setting set Sterge 365 --section Calls --where database --type int\n"
+     "tallyctl setting set Sterge 365 --section Calls\n"
      "tallyctl purge",
      {},
      kChangeCalls,

@@ -1,5 +1,5 @@
-#include <charconv>
 #include <optional>
+#include <stdexcept>
 
 #include "base/printf.h"
 #include "ctl/access.h"
@@ -11,33 +11,46 @@ namespace ctl {
 
 namespace {
 
+using foundation::Setting;
+using foundation::SettingType;
 using foundation::Store;
 
 struct Address {
   std::string section;
   std::string key;
   Store store;
+  const Setting* known;  // null: nothing is known of it, or it lives in the other store
 };
 
-// Without --where a known setting is looked for where it lives.
+std::string_view storeName(Store store) {
+  return store == foundation::StoreDatabase ? "database" : "machine";
+}
+
+Store storeOf(std::string_view where) {
+  if (where == "database") return foundation::StoreDatabase;
+  if (where == "machine") return foundation::StoreMachine;
+  throw WrongUsage(base::format("--where takes machine or database, not \"%s\".", where));
+}
+
+// Without --where a known setting is looked for where it lives. The database finds a setting by a criterion with its
+// name between quotation marks, so a name holds none.
 Address addressOf(const Arguments& arguments) {
-  Address address{arguments.text("--section", "general"), arguments.text("KEY"), foundation::StoreMachine};
-  const std::string where = arguments.text("--where");
-  if (where.empty()) {
-    const auto known = foundation::storeOf(address.section, address.key);
-    if (!known) {
-      throw WrongUsage(
-          base::format("%s is no known setting of section %s. Say where it is: --where machine or --where "
-                       "database.",
-                       address.key, address.section));
-    }
-    address.store = *known;
-  } else if (where == "database") {
-    address.store = foundation::StoreDatabase;
-  } else if (where != "machine") {
-    throw WrongUsage(base::format("--where takes machine or database, not \"%s\".", where));
+  const std::string section = arguments.text("--section", "general");
+  const std::string key = arguments.text("KEY");
+  if ((section + key).find('"') != std::string::npos) {
+    throw WrongUsage(
+        base::format("The name of a setting or section holds no quotation mark: %s", section + "\\" + key));
   }
-  return address;
+  const Setting* known = foundation::findSetting(section, key);
+  const auto where = arguments.find("--where");
+  if (!where && known == nullptr) {
+    throw WrongUsage(
+        base::format("%s is no known setting of section %s (see tallyctl setting list). Say where it is: --where "
+                     "machine or --where database.",
+                     key, section));
+  }
+  const Store store = where ? storeOf(*where) : known->store;
+  return {section, key, store, known != nullptr && known->store == store ? known : nullptr};
 }
 
 bool isInteger(const Arguments& arguments) {
@@ -55,8 +68,12 @@ void openFor(const Address& address, const Access& access, Context& context) {
 }
 
 std::string notSet(const Address& address) {
-  return base::format("%s is not set in section %s of the %s store.", address.key, address.section,
-                      address.store == foundation::StoreDatabase ? "database" : "machine");
+  std::string text = base::format("%s is not set in section %s of the %s store.", address.key, address.section,
+                                  storeName(address.store));
+  if (address.known != nullptr && !address.known->fallback.empty()) {
+    text += base::format(" The default %s holds.", address.known->fallback);
+  }
+  return text;
 }
 
 std::string cannotWriteStore(Context& context) {
@@ -64,56 +81,167 @@ std::string cannotWriteStore(Context& context) {
                       context.machineStore().file().string());
 }
 
-std::optional<std::string> readMachine(const Address& address, Context& context) {
+// What a store holds under a name: a text, a number, or both side by side.
+struct Stored {
+  std::optional<std::string> text;
+  std::optional<std::int32_t> number;
+
+  [[nodiscard]] bool found() const { return text || number; }
+  [[nodiscard]] std::string shown() const { return text ? *text : std::to_string(*number); }
+};
+
+Stored readMachine(const Address& address, Context& context) {
   const foundation::MachineStore& store = context.machineStore();
-  if (auto text = store.readString(address.section, address.key)) return text;
-  if (const auto number = store.readInt(address.section, address.key)) return std::to_string(*number);
-  return std::nullopt;
+  return {store.readString(address.section, address.key), store.readInt(address.section, address.key)};
 }
 
-std::optional<std::string> readDatabase(const Address& address, Context& context) {
+// A row for a number has no text or an empty one.
+Stored readDatabase(const Address& address, Context& context) {
   const auto rows = context.main().openRecordset("SELECT * FROM Config");
   rows->findFirst(base::format("Path = \"%s\\%s\"", address.section, address.key));
-  if (rows->noMatch()) return std::nullopt;
+  if (rows->noMatch()) return {};
+  Stored stored;
   const jet::Value number = rows->get("Int_Value");
-  const std::string text = rows->get("String_Value").toText();
-  return text.empty() && !number.isNull() ? number.toText() : text;
+  if (!number.isNull()) stored.number = static_cast<std::int32_t>(number.toLong());
+  std::string text = rows->get("String_Value").toText();
+  if (!text.empty() || !stored.number) stored.text = std::move(text);
+  return stored;
+}
+
+Stored read(const Address& address, Context& context) {
+  return address.store == foundation::StoreDatabase ? readDatabase(address, context) : readMachine(address, context);
+}
+
+std::string commandToSet(const Address& address, const std::string& value) {
+  return base::format("tallyctl setting set %s '%s' --section '%s'", address.key, value, address.section);
+}
+
+// The value that is in force; nothing when none is stored. Throws Failure for one of the wrong type, which readers of
+// the setting do not see.
+std::optional<std::string> valueOf(const Address& address, const Stored& stored) {
+  if (!stored.found()) return std::nullopt;
+  if (address.known == nullptr) return stored.shown();
+  const bool integer = address.known->type == SettingType::Integer;
+  if (integer && stored.number) return std::to_string(*stored.number);
+  if (!integer && stored.text) return stored.text;
+  throw Failure(
+      base::format("%s of section %s is stored as a %s (%s), which is not in force: it must be a %s. Mend it "
+                   "with: %s",
+                   address.key, address.section, integer ? "text" : "number", stored.shown(),
+                   integer ? "number" : "text", commandToSet(address, stored.shown())));
 }
 
 int get(const Invocation& call) {
   const Address address = addressOf(call.arguments);
   openFor(address, kViewSettings, call.context);
-  const auto value = address.store == foundation::StoreDatabase ? readDatabase(address, call.context)
-                                                                : readMachine(address, call.context);
+  const auto value = valueOf(address, read(address, call.context));
   if (!value) throw Failure(notSet(address));
   call.out << *value << '\n';
+  if (address.known != nullptr && !value->empty() && *value == address.known->fallback) {
+    call.context.person().messageBox(base::format("%s is the default of %s.", *value, address.key));
+  }
   return 0;
+}
+
+std::string typeText(const Setting& setting) {
+  switch (setting.type) {
+    case SettingType::Integer: {
+      const Setting any{};
+      if (setting.least == any.least && setting.most == any.most) return "number";
+      return base::format("number, %d to %d", setting.least, setting.most);
+    }
+    case SettingType::Binary:
+      return "binary";
+    case SettingType::String:
+      break;
+  }
+  if (setting.form == foundation::SettingForm::Folder) return "folder";
+  return setting.form == foundation::SettingForm::Decimal ? "decimal number" : "text";
+}
+
+std::string listedValue(const Address& address, Context& context) {
+  const Stored stored = read(address, context);
+  if (!stored.found()) return {};
+  if (address.key == "AutoLoginPassword") return "(set)";
+  try {
+    return *valueOf(address, stored);
+  } catch (const Failure&) {
+    return base::format("%s (of the wrong type)", stored.shown());
+  }
+}
+
+int list(const Invocation& call) {
+  Table table({"Section", "Key", "Store", "Type", "Value", "Default"});
+  for (const Setting& setting : foundation::knownSettings()) {
+    // A name with a placeholder stands for many settings.
+    const bool single = setting.key.find("%d") == std::string_view::npos &&
+                        setting.key.find("%s") == std::string_view::npos &&
+                        setting.section.find('%') == std::string_view::npos;
+    const Address address{std::string(setting.section), std::string(setting.key), setting.store, &setting};
+    table.add({address.section, address.key, std::string(storeName(setting.store)), typeText(setting),
+               single && setting.type != SettingType::Binary ? listedValue(address, call.context) : std::string(),
+               std::string(setting.fallback)});
+  }
+  call.print(table);
+  return 0;
+}
+
+// What is to be stored, and whether as a number: the catalogue decides for settings that it knows.
+struct NewValue {
+  std::string text;
+  bool integer;
+};
+
+NewValue newValue(const Address& address, const Arguments& arguments) {
+  const std::string typed = arguments.text("VALUE");
+  const bool asked = isInteger(arguments);
+  if (address.known == nullptr) {
+    if (asked && !foundation::wholeNumber(typed)) {
+      throw WrongUsage(base::format("--type int needs a whole number of 32 bits, not \"%s\".", typed));
+    }
+    return {typed, asked};
+  }
+  const bool integer = address.known->type == SettingType::Integer;
+  if (arguments.has("--type") && asked != integer) {
+    throw WrongUsage(base::format("%s is kept as a %s; leave --type out.", address.key, integer ? "number" : "text"));
+  }
+  try {
+    return {foundation::storableValue(*address.known, typed), integer};
+  } catch (const std::invalid_argument& wrong) {
+    throw WrongUsage(base::format("%s.", wrong.what()));
+  }
+}
+
+void warnOfUnknown(const Address& address, Context& context) {
+  if (address.known != nullptr) return;
+  const Setting* elsewhere = foundation::findSetting(address.section, address.key);
+  context.person().messageBox(
+      elsewhere != nullptr
+          ? base::format("%s is stored, but Tallybook reads it from the %s store.", address.key,
+                         storeName(elsewhere->store))
+          : base::format("%s is stored, but it is no known setting of section %s.", address.key, address.section));
 }
 
 int set(const Invocation& call) {
   const Address address = addressOf(call.arguments);
-  const std::string value = call.arguments.text("VALUE");
-  const bool integer = isInteger(call.arguments);
-  std::int32_t number = 0;
-  if (integer) {
-    const auto [end, fault] = std::from_chars(value.data(), value.data() + value.size(), number);
-    if (fault != std::errc() || end != value.data() + value.size()) {
-      throw WrongUsage(base::format("--type int needs a whole number of 32 bits, not \"%s\".", value));
-    }
-  }
+  const NewValue value = newValue(address, call.arguments);
   openFor(address, kChangeSettings, call.context);
   foundation::ConfigManager& config = call.context.config();
-  const bool written = integer ? config.WriteConfigInt(number, address.key, address.section, address.store)
-                               : config.WriteConfigString(value, address.key, address.section, address.store);
+  const bool written =
+      value.integer
+          ? config.WriteConfigInt(*foundation::wholeNumber(value.text), address.key, address.section, address.store)
+          : config.WriteConfigString(value.text, address.key, address.section, address.store);
   if (!written) throw Failure(cannotWriteStore(call.context));
+  warnOfUnknown(address, call.context);
   return 0;
 }
 
 void removeFromDatabase(const Address& address, Context& context) {
   jet::Transaction transaction(context.main());
-  const std::int64_t removed =
-      context.main().execute(base::format("delete from Config where Path = \"%s\\%s\"", address.section, address.key));
-  if (removed == 0) throw Failure(notSet(address));
+  const auto rows = context.main().openRecordset("SELECT * FROM Config");
+  rows->findFirst(base::format("Path = \"%s\\%s\"", address.section, address.key));
+  if (rows->noMatch()) throw Failure(notSet(address));
+  rows->remove();
   context.document().tags().Touch("Config");
   transaction.commit();
 }
@@ -124,7 +252,7 @@ int remove(const Invocation& call) {
   openFor(address, kChangeSettings, context);
   if (address.store == foundation::StoreDatabase) {
     removeFromDatabase(address, context);
-  } else if (!readMachine(address, context)) {
+  } else if (!readMachine(address, context).found()) {
     throw Failure(notSet(address));
   } else if (!context.machineStore().erase(address.section, address.key)) {
     throw Failure(cannotWriteStore(context));
@@ -142,10 +270,16 @@ constexpr OptionSpec kValued[] = {
     {.name = "VALUE", .help = "New value", .required = true},
     kSection,
     kWhere,
-    {.name = "--type", .help = "string (the default) or int", .valueName = "TYPE"},
+    {.name = "--type", .help = "Of a setting that is not known: string (the default) or int", .valueName = "TYPE"},
 };
 
 constexpr Command kCommands[] = {
+    {"setting list",
+     "List the known settings, their values and defaults",
+     "tallyctl setting list",
+     {},
+     kViewSettings,
+     list},
     {"setting get",
      "Print a setting",
      "tallyctl setting get PathMonitor --section general --where machine",
@@ -154,8 +288,8 @@ constexpr Command kCommands[] = {
      get},
     {"setting set",
      "Change a setting",
-     "tallyctl setting set OrganizationTAXE 19 --where database\n"
-     "tallyctl setting set Sterge 365 --section Calls --where database --type int",
+     "tallyctl setting set OrganizationTAXE 19\n"
+     "tallyctl setting set Sterge 365 --section Calls",
      kValued,
      {},
      set},

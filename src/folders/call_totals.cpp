@@ -9,7 +9,7 @@ CallTotals filteredTotals(const FolderServices& services) {
   const std::string sql = applySurcharge(
       base::format("select sum(Price_Ref) as SUM_Price, sum(TotalTime) as SUM_Duration from Calls where %s",
                    services.filter.runnableCondition()),
-      services.config);
+      services.config, services.texts);
   const jet::Snapshot sums = services.main.openSnapshot(sql);
   if (sums.empty()) return {};
   return {sums.at(0, "SUM_Price").toDouble(), sums.at(0, "SUM_Duration").toLong()};

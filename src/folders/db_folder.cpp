@@ -6,13 +6,15 @@
 #include "base/debug_output.h"
 #include "base/printf.h"
 #include "base/text.h"
+#include "foundation/settings_catalogue.h"
 
 namespace folders {
 
-std::string applySurcharge(std::string sql, foundation::ConfigManager& config) {
+std::string applySurcharge(std::string sql, foundation::ConfigManager& config, const foundation::LanguageFile& texts) {
   constexpr std::string_view kPlaceholder = "%ADD%";
   if (sql.find(kPlaceholder) == std::string::npos) return sql;
   const std::string rate = config.ReadConfigString("OrganizationTAXE", "general", foundation::StoreDatabase, "");
+  if (!foundation::isDecimal(rate)) throw jet::Error(3075, texts.TranslateFormat("IDS_SURCHARGE_UNUSABLE", rate), rate);
   return base::replaceAll(std::move(sql), kPlaceholder, base::format("(%s + 100)/100", rate));
 }
 
@@ -88,7 +90,7 @@ std::string CDbFolder::BuildQuery() const {
   if (isStatistic(definition_)) query += base::format(" group by %s ", definition_.grouping);
   const std::string order = BuildOrderClause();
   if (!order.empty()) query += " " + order;
-  query = applySurcharge(std::move(query), services_.config);
+  query = applySurcharge(std::move(query), services_.config, services_.texts);
   base::debugOutput(query);
   return query;
 }

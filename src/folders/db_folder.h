@@ -27,8 +27,9 @@ struct RowKey {
 };
 
 // The text with every "%ADD%" replaced by "(%s + 100)/100" and setting "OrganizationTAXE" as it stands; a text without
-// it does not read the setting.
-[[nodiscard]] std::string applySurcharge(std::string sql, foundation::ConfigManager& config);
+// it does not read the setting. Throws jet::Error that names the setting when it is no decimal number.
+[[nodiscard]] std::string applySurcharge(std::string sql, foundation::ConfigManager& config,
+                                         const foundation::LanguageFile& texts);
 
 // A folder: a saved query over one table, and its open result.
 class CDbFolder {

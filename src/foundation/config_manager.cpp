@@ -11,6 +11,11 @@ namespace {
 constexpr const char* kPlacementKey = "Window Placement";
 constexpr const char* kPlacementSection = "general";
 
+// Rows of `Config` are found by a criterion with the name between quotation marks.
+bool canName(std::string_view key, std::string_view section) {
+  return key.find('"') == std::string_view::npos && section.find('"') == std::string_view::npos;
+}
+
 }  // namespace
 
 void ConfigManager::OpenConfig(jet::Database& database, ChangeTags& tags) {
@@ -73,7 +78,7 @@ std::string ConfigManager::ReadConfigString(std::string_view key, std::string_vi
     return value;
   }
   lastFound_ = false;
-  if (database_ == nullptr) return std::string(fallback);
+  if (database_ == nullptr || !canName(key, section)) return std::string(fallback);
   refresh();
   const Row& row = findRow(key, section);
   lastFound_ = row.found;
@@ -88,7 +93,7 @@ std::int32_t ConfigManager::ReadConfigInt(std::string_view key, std::string_view
     return value;
   }
   lastFound_ = false;
-  if (database_ == nullptr) return fallback;
+  if (database_ == nullptr || !canName(key, section)) return fallback;
   refresh();
   const Row& row = findRow(key, section);
   lastFound_ = row.found;
@@ -102,7 +107,7 @@ bool ConfigManager::writeMachine(bool done) {
 
 bool ConfigManager::writeDatabase(std::string_view key, std::string_view section, std::string_view field,
                                   const jet::Value& value) {
-  if (database_ == nullptr || database_->readOnly()) return false;
+  if (database_ == nullptr || database_->readOnly() || !canName(key, section)) return false;
   refresh();
   // One transaction, so that two copies that store a new setting do not make two rows of it.
   jet::Transaction transaction(*database_);

@@ -21,7 +21,8 @@ enum Store : int { StoreMachine = 1, StoreDatabase = 2 };
 using WindowPlacement = std::array<unsigned char, 44>;
 
 // The settings store: named values addressed by section and key, in the machine store or in table `Config`.
-// Sections and keys compare without regard to case.
+// Sections and keys compare without regard to case. In the database none holds a quotation mark: such a one is not
+// found there and not written.
 class ConfigManager {
  public:
   explicit ConfigManager(MachineStore& machine) : machine_(machine) {}

@@ -1,7 +1,11 @@
 #include "foundation/settings_catalogue.h"
 
 #include <algorithm>
+#include <charconv>
+#include <stdexcept>
 
+#include "base/path.h"
+#include "base/printf.h"
 #include "base/text.h"
 
 namespace foundation {
@@ -14,15 +18,36 @@ constexpr SettingType I = SettingType::Integer;
 constexpr SettingType S = SettingType::String;
 constexpr SettingType B = SettingType::Binary;
 
+// A text, of a folder or a decimal number.
+constexpr Setting formed(std::string_view section, std::string_view key, Store store, std::string_view fallback,
+                         SettingForm form) {
+  return {section, key, store, S, fallback, form};
+}
+constexpr Setting folder(std::string_view key, std::string_view fallback) {
+  return formed("general", key, M, fallback, SettingForm::Folder);
+}
+constexpr Setting ranged(std::string_view section, std::string_view key, Store store, std::string_view fallback,
+                         std::int32_t least, std::int32_t most) {
+  return {section, key, store, I, fallback, SettingForm::Any, least, most};
+}
+constexpr Setting onOff(std::string_view section, std::string_view key, Store store, std::string_view fallback) {
+  return ranged(section, key, store, fallback, 0, 1);
+}
+
+constexpr std::int32_t kMostDays = 100000;
+constexpr std::int32_t kMostDecimals = 8;
+constexpr std::int32_t kMostSeconds = 86400;
+constexpr std::int32_t kMostEntries = 1000000;
+
 // Names match in this order: the entry with an open section stands last.
 constexpr Setting kSettings[] = {
     // The workstation: folders, language, login.
-    {"general", "PathDatabase", M, S, "---"},
-    {"general", "PathDatabase_%s", M, S, ""},
-    {"general", "Path", M, S, ""},
-    {"general", "Path_%s", M, S, ""},
-    {"general", "PathMonitor", M, S, ""},
-    {"general", "PathMonitor_%s", M, S, ""},
+    folder("PathDatabase", "---"),
+    folder("PathDatabase_%s", ""),
+    folder("Path", ""),
+    folder("Path_%s", ""),
+    folder("PathMonitor", ""),
+    folder("PathMonitor_%s", ""),
     {"general", "Lang", M, S, ""},
     {"general", "Language", M, S, ""},
     {"general", "LastUser", M, S, ""},
@@ -35,14 +60,14 @@ constexpr Setting kSettings[] = {
     {"general", "OutFile", M, S, ""},
     {"general", "LiveSocket", M, S, ""},
     // The desktop.
-    {"general", "iface_Toolbar", M, I, "0"},
-    {"general", "iface_Statusbar", M, I, "0"},
-    {"general", "iface_Grid", M, I, "0"},
-    {"general", "iface_Hover", M, I, "0"},
-    {"general", "iface_Autoselect", M, I, "0"},
-    {"general", "iface_searchmaxresults", M, I, "100"},
+    onOff("general", "iface_Toolbar", M, "0"),
+    onOff("general", "iface_Statusbar", M, "0"),
+    onOff("general", "iface_Grid", M, "0"),
+    onOff("general", "iface_Hover", M, "0"),
+    onOff("general", "iface_Autoselect", M, "0"),
+    ranged("general", "iface_searchmaxresults", M, "100", 1, 100000),
     {"general", "Preview mode", M, I, ""},
-    {"general", "Upper pane %", M, I, "70"},
+    ranged("general", "Upper pane %", M, "70", 0, 100),
     {"general", "Window Placement", M, B, ""},
     {"general", "SelFolder_Type", M, I, ""},
     {"general", "SelFolder_ID", M, I, ""},
@@ -50,23 +75,23 @@ constexpr Setting kSettings[] = {
     {"general", "UrlSupport", M, S, ""},
     {"general", "UrlCheckUpdates", M, S, ""},
     {"general", "UrlCurrency", M, S, ""},
-    {"general", "SearchAreaCode", M, I, "0"},
-    {"general", "ExtendedSearch", M, I, "0"},
-    {"general", "PhonebookSearchMethod", M, I, "0"},
+    onOff("general", "SearchAreaCode", M, "0"),
+    onOff("general", "ExtendedSearch", M, "0"),
+    onOff("general", "PhonebookSearchMethod", M, "0"),
     // The audit log: what the workstation shows of it, and how long everybody keeps it.
-    {"general", "LogFilt_Enabled", M, I, "0"},
-    {"general", "LogFilt_Login", M, I, "0"},
-    {"general", "LogFilt_Security", M, I, "0"},
-    {"general", "LogFilt_Add", M, I, "0"},
-    {"general", "LogFilt_Edit", M, I, "0"},
-    {"general", "LogFilt_Del", M, I, "0"},
-    {"general", "LogFilt_Print", M, I, "0"},
-    {"general", "LogFilt_Folder", M, I, "0"},
-    {"general", "LogFilt_Tranz", M, I, "0"},
-    {"general", "LogFilt_Err", M, I, "0"},
-    {"general", "LogFilt_UserEnabled", M, I, "0"},
+    onOff("general", "LogFilt_Enabled", M, "0"),
+    onOff("general", "LogFilt_Login", M, "0"),
+    onOff("general", "LogFilt_Security", M, "0"),
+    onOff("general", "LogFilt_Add", M, "0"),
+    onOff("general", "LogFilt_Edit", M, "0"),
+    onOff("general", "LogFilt_Del", M, "0"),
+    onOff("general", "LogFilt_Print", M, "0"),
+    onOff("general", "LogFilt_Folder", M, "0"),
+    onOff("general", "LogFilt_Tranz", M, "0"),
+    onOff("general", "LogFilt_Err", M, "0"),
+    onOff("general", "LogFilt_UserEnabled", M, "0"),
     {"general", "LogFilt_User", M, S, ""},
-    {"general", "LogFilt_IntervalEnabled", M, I, "0"},
+    onOff("general", "LogFilt_IntervalEnabled", M, "0"),
     {"general", "LogFilt_IntervalStart", M, S, ""},
     {"general", "LogFilt_IntervalEnd", M, S, ""},
     {"general", "Log_Login", M, I, "0"},
@@ -78,12 +103,12 @@ constexpr Setting kSettings[] = {
     {"general", "Log_Folder", M, I, "0"},
     {"general", "Log_Tranz", M, I, "0"},
     {"general", "Log_Err", M, I, "0"},
-    {"general", "Log_DeleteEnabled", D, I, "0"},
-    {"general", "Log_DeleteAfter", D, I, "0"},
+    onOff("general", "Log_DeleteEnabled", D, "0"),
+    ranged("general", "Log_DeleteAfter", D, "0", 0, kMostDays),
     // The organisation and the database.
     {"general", "DbVersion", D, I, "0"},
-    {"general", "OrganizationTVA", D, I, "0"},
-    {"general", "OrganizationTAXE", D, S, ""},
+    ranged("general", "OrganizationTVA", D, "0", 0, 100),
+    formed("general", "OrganizationTAXE", D, "", SettingForm::Decimal),
     {"general", "OrganizationAddress", D, S, ""},
     {"general", "OrganizationOras", D, S, ""},
     {"general", "OrganizationTel", D, S, ""},
@@ -94,24 +119,24 @@ constexpr Setting kSettings[] = {
     {"general", "OrganizationCont", D, S, ""},
     {"general", "OrganizationBanca", D, S, ""},
     {"general", "OrganizationPrefix", D, S, ""},
-    {"general", "DisplayDecimals", D, I, "2"},
-    {"general", "DisplayDecimalsDefault", D, I, "0"},
-    {"general", "DisplayDecimalsValue", D, I, "100"},
+    ranged("general", "DisplayDecimals", D, "2", 0, kMostDecimals),
+    ranged("general", "DisplayDecimalsDefault", D, "0", 0, kMostDecimals),
+    ranged("general", "DisplayDecimalsValue", D, "100", 0, 1000000000),
     {"general", "LastCurrencyID", D, I, "-1"},
-    {"general", "TemplateHotel", D, I, "0"},
+    onOff("general", "TemplateHotel", D, "0"),
     {"general", "ResellerName", D, S, ""},
-    {"general", "ExternalPhonebook", D, I, "1"},
+    onOff("general", "ExternalPhonebook", D, "1"),
     {"Contacts", "Next RecID", D, I, "-1"},
     // Recording and pricing.
-    {"Calls", "Sterge", D, I, "-1"},
-    {"Calls", "Sursa_departament", D, I, "0"},
-    {"Calls", "Ignore_short_calls", D, I, "-1"},
+    ranged("Calls", "Sterge", D, "-1", -1, kMostDays),
+    onOff("Calls", "Sursa_departament", D, "0"),
+    ranged("Calls", "Ignore_short_calls", D, "-1", -1, kMostSeconds),
     {"Calls", "Seconds_not_charged", D, I, "0"},
-    {"Calls", "ExternalPhonebook", D, I, "1"},
+    onOff("Calls", "ExternalPhonebook", D, "1"),
     {"Calls", "WorkingHours", D, S, "Mon-Fri 08:00-18:00"},
-    {"Calls", "ExtCount", D, I, "0"},
-    {"Calls", "ConturiCount", D, I, "0"},
-    {"Calls", "LiniiCount", D, I, "0"},
+    ranged("Calls", "ExtCount", D, "0", 0, kMostEntries),
+    ranged("Calls", "ConturiCount", D, "0", 0, kMostEntries),
+    ranged("Calls", "LiniiCount", D, "0", 0, kMostEntries),
     {"Tariffs\\Extensions", "ExtDef%d", D, S, "!!!"},
     {"Tariffs\\Accounts", "ConturiDef%d", D, S, "!!!"},
     {"Tariffs\\Trunks", "LiniiDef%d", D, S, "!!!"},
@@ -183,6 +208,46 @@ const Setting* findSetting(std::string_view section, std::string_view key) {
     return matches(setting.section, section) && matches(setting.key, key);
   });
   return found == std::end(kSettings) ? nullptr : found;
+}
+
+std::optional<std::int32_t> wholeNumber(std::string_view text) {
+  std::int32_t number = 0;
+  const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (fault != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+bool isDecimal(std::string_view text) {
+  text = base::trim(text);
+  if (text.empty()) return true;
+  if (text.front() == '-') text.remove_prefix(1);
+  const std::size_t point = text.find('.');
+  const std::string_view whole = text.substr(0, point);
+  if (whole.empty() || !isDigits(whole)) return false;
+  if (point == std::string_view::npos) return true;
+  const std::string_view fraction = text.substr(point + 1);
+  return !fraction.empty() && isDigits(fraction);
+}
+
+std::string storableValue(const Setting& setting, std::string_view typed) {
+  const std::string_view value = base::trim(typed);
+  if (setting.type == SettingType::Binary) {
+    throw std::invalid_argument(base::format("%s is kept by the program and cannot be typed", setting.key));
+  }
+  if (setting.type == SettingType::Integer) {
+    const auto number = wholeNumber(value);
+    if (!number || *number < setting.least || *number > setting.most) {
+      throw std::invalid_argument(base::format("%s takes a whole number from %d to %d, not \"%s\"", setting.key,
+                                               setting.least, setting.most, typed));
+    }
+    return std::to_string(*number);
+  }
+  if (setting.form == SettingForm::Decimal && !isDecimal(value)) {
+    throw std::invalid_argument(
+        base::format("%s takes a number such as 7.5, with a point, not \"%s\"", setting.key, typed));
+  }
+  if (setting.form == SettingForm::Folder && value != "---") return base::withSeparator(value);
+  return std::string(setting.form == SettingForm::Any ? typed : value);
 }
 
 std::optional<Store> storeOf(std::string_view section, std::string_view key) {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "foundation/config_manager.h"
@@ -10,20 +13,42 @@ namespace foundation {
 
 enum class SettingType { Integer, String, Binary };
 
-// A known setting: where it lives, for the command line, the desktop and the documents. Callers of ConfigManager still
-// choose the store themselves; this table is what they choose by.
+// What a text setting holds, where not just any text will do.
+enum class SettingForm {
+  Any,
+  Folder,   // a folder; names of files are appended to it, so whoever writes it adds the closing separator
+  Decimal,  // a decimal number with "." or nothing; it goes into statements as it stands
+};
+
+// A known setting: where it lives and what it holds, for the command line, the desktop and the documents. Callers of
+// ConfigManager still choose the store themselves; this table is what they choose by.
 struct Setting {
   std::string_view section;  // may end in a placeholder, as "Provider_%d"
   std::string_view key;      // may hold one placeholder at its end, as "ExtDef%d" or "PathDatabase_%s"
   Store store;
   SettingType type;
   std::string_view fallback;  // as text; empty where the reader chooses
+  SettingForm form = SettingForm::Any;
+  std::int32_t least = std::numeric_limits<std::int32_t>::min();  // of integers
+  std::int32_t most = std::numeric_limits<std::int32_t>::max();
 };
 
 [[nodiscard]] std::span<const Setting> knownSettings();
 
 // The setting of that name, case ignored and placeholders matched; nullptr when it is not known.
 [[nodiscard]] const Setting* findSetting(std::string_view section, std::string_view key);
+
+// A text as it may be stored in the setting: blanks at its ends are dropped, a folder gets its closing separator, a
+// whole number is written in plain digits. Throws std::invalid_argument, with the reason in English, for what is no
+// number or out of range, and for settings that are no texts or numbers.
+[[nodiscard]] std::string storableValue(const Setting& setting, std::string_view typed);
+
+// The whole number that a text is; nothing for any other text and beyond 32 bits.
+[[nodiscard]] std::optional<std::int32_t> wholeNumber(std::string_view text);
+
+// A text that SettingForm::Decimal allows: an optional minus, digits, and perhaps "." and more digits; blanks around it
+// do no harm. An empty text counts as 0.
+[[nodiscard]] bool isDecimal(std::string_view text);
 
 // Nothing when the setting is not known.
 [[nodiscard]] std::optional<Store> storeOf(std::string_view section, std::string_view key);

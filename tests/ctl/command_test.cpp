@@ -1,6 +1,7 @@
 // The command line as its users meet it: the program is run on a data folder of its own.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -113,6 +114,88 @@ TEST_F(Tallyctl, SettingsAreKeptInTheirStores) {
   succeed("setting delete OrganizationTAXE --section general --where database");
   EXPECT_EQ(run("setting get OrganizationTAXE --section general --where database").status, 1);
   EXPECT_EQ(run("setting set Sterge many --section Calls --where database --type int").status, 2);
+}
+
+// The catalogue knows what a setting holds; a text in the place of a number would be shown, and not read.
+TEST_F(Tallyctl, SettingsAreStoredAsTheirReadersExpectThem) {
+  succeed("init data --empty");
+  succeed("setting set Sterge 365 --section Calls");
+  EXPECT_EQ(succeed("purge"), "deleted 0\n");
+  succeed("setting set iface_Grid 1");
+  EXPECT_NE(contentOf(folder / "machine.ini").find("iface_Grid=int:1"), std::string::npos);
+  for (const char* refused : {"Sterge 365d --section Calls", "Sterge -2 --section Calls", "OrganizationTVA 101",
+                              "OrganizationTVA 9999999999", "OrganizationTAXE 7,5", "OrganizationTAXE abc",
+                              "'Window Placement' x", "Sterge 5 --section Calls --type string",
+                              "'a\"b' c --where database", "a b --section 'x\"y' --where machine", "Odd 5"}) {
+    const Result result = run(std::string("setting set ") + refused);
+    EXPECT_EQ(result.status, 2) << refused << result.err;
+  }
+  EXPECT_EQ(succeed("setting get Sterge --section Calls"), "365\n");
+
+  succeed("setting set --section Calls Sterge -- -1");
+  EXPECT_NE(run("setting get Sterge --section Calls").err.find("-1 is the default of Sterge"), std::string::npos);
+  succeed("setting delete Sterge --section Calls");
+  EXPECT_NE(run("setting get Sterge --section Calls").err.find("The default -1 holds."), std::string::npos);
+  EXPECT_NE(run("setting set Odd 5 --where machine").err.find("no known setting"), std::string::npos);
+  EXPECT_NE(run("setting set Sterge 5 --section Calls --where machine").err.find("reads it from the database store"),
+            std::string::npos);
+  EXPECT_EQ(succeed("setting get Odd --where machine"), "5\n");
+
+  // Stored by hand or by an earlier version.
+  const std::string header = "[general]\n";
+  std::string store = contentOf(folder / "machine.ini");
+  store.insert(store.find(header) + header.size(), "iface_Hover=str:1\n");
+  std::ofstream(folder / "machine.ini") << store;
+  const Result wrong = run("setting get iface_Hover");
+  EXPECT_EQ(wrong.status, 1);
+  EXPECT_NE(wrong.err.find("tallyctl setting set iface_Hover '1' --section 'general'"), std::string::npos) << wrong.err;
+  EXPECT_NE(succeed("setting list").find("1 (of the wrong type)"), std::string::npos);
+
+  // One setting goes, whatever its name holds.
+  EXPECT_EQ(run("setting delete 'x\" or \"1\"=\"1' --where database").status, 2);
+  EXPECT_EQ(succeed("setting get DbVersion"), "1\n");
+}
+
+// Names of files are appended to folders, so whoever writes one closes it, and readers of `Path` do not rely on that.
+TEST_F(Tallyctl, AFolderSettingWorksWithoutItsSeparator) {
+  succeed("init data --empty");
+  const std::string reports = (folder / "data").string();
+  succeed("setting set Path '" + reports + "'");
+  EXPECT_EQ(succeed("setting get Path"), reports + "/\n");
+  const std::string store = contentOf(folder / "machine.ini");
+  std::string open = store;
+  for (const char* key : {"\nPath=str:", "\nPathMonitor=str:"}) {
+    open.erase(open.find('\n', open.find(key) + 1) - 1, 1);
+  }
+  ASSERT_EQ(open.size(), store.size() - 2);
+  std::ofstream(folder / "machine.ini") << open;
+  succeed("folder list");
+  succeed("report 100");
+  EXPECT_TRUE(fs::exists(folder / "data/list.html"));
+  EXPECT_EQ(succeed("import"), "imported 0\n");
+}
+
+// What is no file is said, and never waited for.
+TEST_F(Tallyctl, AnythingButAFileIsRefusedAtOnce) {
+  succeed("init data --sample");
+  const auto refused = [&](const std::string& arguments, const char* message) {
+    const std::string command = "cd '" + folder.string() + "' && timeout 20 '" TALLYBOOK_BINARY_DIR "/tallyctl' " +
+                                arguments + " >out 2>err </dev/null";
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1) << arguments;
+    EXPECT_NE(contentOf(folder / "err").find(message), std::string::npos) << contentOf(folder / "err");
+  };
+  ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
+  for (const char* store : {"fifo", "data", "/dev/zero"}) {
+    for (const char* command : {"status", "setting get Lang", "setting set Lang RO", "init other"}) {
+      refused(std::string("--store ") + store + " " + command, "is not a file");
+    }
+  }
+  ASSERT_EQ(mkfifo((folder / "data/Tallybook.lng").c_str(), 0600), 0);
+  refused("--store machine.ini folder list", "Error loading language file: ");
+  fs::remove(folder / "data/Tallybook.lng");
+  fs::remove(folder / "data/template.html");
+  ASSERT_EQ(mkfifo((folder / "data/template.html").c_str(), 0600), 0);
+  refused("--store machine.ini bill 201 --from 2026-01-01 --to 2026-01-31 --out bill.html", "");
 }
 
 TEST_F(Tallyctl, DefinitionsAreListedSetAndDeleted) {

@@ -88,8 +88,25 @@ TEST(FolderQuery, EveryFolderRunsUnderEverySort) {
 TEST(FolderQuery, WithoutARateTheSurchargeIsStillAQuery) {
   FolderOffice office;
   office.databaseSetting("OrganizationTAXE", "");
-  EXPECT_EQ(applySurcharge("a * %ADD%", office.config), "a * ( + 100)/100");
+  EXPECT_EQ(applySurcharge("a * %ADD%", office.config, office.texts), "a * ( + 100)/100");
   EXPECT_EQ(office.view(100).rowCount(), 0);
+}
+
+// One that is no number would make a statement that fails without saying why.
+TEST(FolderQuery, ARateThatIsNoNumberIsNamed) {
+  FolderOffice office;
+  for (const char* rate : {"7,5", "abc", "1)) --", "."}) {
+    office.databaseSetting("OrganizationTAXE", rate);
+    try {
+      (void)office.view(103).rowCount();
+      ADD_FAILURE() << rate;
+    } catch (const jet::Error& error) {
+      EXPECT_EQ(error.description(), "IDS_SURCHARGE_UNUSABLE") << rate;
+    }
+    EXPECT_EQ(applySurcharge("a", office.config, office.texts), "a");
+  }
+  office.databaseSetting("OrganizationTAXE", " -7.5 ");
+  EXPECT_EQ(office.view(103).rowCount(), 0);
 }
 
 constexpr ColumnDefinition kUpperCase[] = {{1, "IDS_NULL", {"count(*) AS n", nullptr}, "1", ColumnShown}};
