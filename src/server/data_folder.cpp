@@ -4,6 +4,7 @@
 #include <system_error>
 #include <vector>
 
+#include "base/path.h"
 #include "base/printf.h"
 #include "folders/bill_template.h"
 #include "foundation/change_tags.h"
@@ -96,7 +97,7 @@ class HalfMade {
 }  // namespace
 
 std::string folderSetting(const fs::path& folder) {
-  return (folder / "").string();
+  return base::withSeparator(folder.string());
 }
 
 void refuseExistingDatabases(const fs::path& folder) {
@@ -145,7 +146,16 @@ bool useDataFolder(const fs::path& folder, foundation::ConfigManager& config) {
   return config.WriteConfigString(folderSetting(folder), "PathDatabase", kGeneral, StoreMachine) &&
          config.WriteConfigString(folderSetting(folder / kMonitor), "PathMonitor", kGeneral, StoreMachine) &&
          config.WriteConfigString(folderSetting(folder), "Path", kGeneral, StoreMachine) &&
-         config.WriteConfigString(kAdministrator, "LastUser", kGeneral, StoreMachine);
+         config.WriteConfigString(kAdministrator, "LastUser", kGeneral, StoreMachine) && showBarsAtFirst(config);
+}
+
+bool showBarsAtFirst(foundation::ConfigManager& config) {
+  bool written = true;
+  for (const char* key : {"iface_Toolbar", "iface_Statusbar"}) {
+    if (config.machineStore().readInt(kGeneral, key)) continue;
+    written = config.WriteConfigInt(1, key, kGeneral, foundation::StoreMachine) && written;
+  }
+  return written;
 }
 
 }  // namespace server

@@ -45,9 +45,13 @@ void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, co
 // Adds the groups and the administrator to a database without users.
 void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password);
 
-// Points the machine store to a data folder: databases, monitor's folder, reports, the proposed user. False when the
-// store cannot be written.
+// Points the machine store to a data folder: databases, monitor's folder, reports, the proposed user, and the bars of
+// the desktop (showBarsAtFirst). False when the store cannot be written.
 bool useDataFolder(const std::filesystem::path& folder, foundation::ConfigManager& config);
+
+// A machine store that says nothing about the desktop's toolbar and status bar shows them from now on: settings that
+// are not there count as 0, hidden. False when the store cannot be written.
+bool showBarsAtFirst(foundation::ConfigManager& config);
 
 // Settings of folders are appended to as they stand, so they end with their separator.
 [[nodiscard]] std::string folderSetting(const std::filesystem::path& folder);

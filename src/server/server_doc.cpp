@@ -47,7 +47,6 @@ bool CServerDoc::OnNewDocument(const StartDuties& duties) {
 
 StartEnd CServerDoc::start(StartDuties duties) {
   keepsState_ = duties.maintain;
-  makePreviewFile();
   previewMode_ = config_.ReadConfigInt("Preview mode", kGeneral, foundation::StoreMachine, 0);
   upperPane_ = config_.ReadConfigInt("Upper pane %", kGeneral, foundation::StoreMachine, kUpperPanePercent);
   if (const StartEnd end = openAndLogIn(duties); end != StartEnd::Ready) return end;
@@ -80,13 +79,15 @@ StartEnd CServerDoc::openAndLogIn(const StartDuties& duties) {
 }
 
 // A name that nobody else can have taken beforehand.
-void CServerDoc::makePreviewFile() {
+const std::filesystem::path& CServerDoc::previewFile() {
+  if (!previewFile_.empty()) return previewFile_;
   const char* folder = std::getenv("TMP");
   std::string name = (std::filesystem::path(folder != nullptr ? folder : "/tmp") / "tallybookXXXXXX.htm").string();
   const int descriptor = mkstemps(name.data(), 4);
-  if (descriptor < 0) return;
+  if (descriptor < 0) return previewFile_;
   close(descriptor);
   previewFile_ = name;
+  return previewFile_;
 }
 
 // Database, change tags and settings; tried again while the operator can choose another folder.

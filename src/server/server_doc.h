@@ -111,11 +111,11 @@ class CServerDoc {
   // Height of the main window's upper pane in percent; kept at the close.
   [[nodiscard]] int upperPane() const { return upperPane_; }
   void setUpperPane(int percent) { upperPane_ = percent; }
-  // A page that may be written and shown; removed at the close.
-  [[nodiscard]] const std::filesystem::path& previewFile() const { return previewFile_; }
+  // A page that may be written and shown, made when it is first asked for and removed at the close; empty when it
+  // cannot be made.
+  [[nodiscard]] const std::filesystem::path& previewFile();
 
  private:
-  void makePreviewFile();
   bool openMainDatabase();
   StartEnd openSettings();
   StartEnd start(StartDuties duties);

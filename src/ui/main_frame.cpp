@@ -14,6 +14,7 @@
 #include "folders/call_totals.h"
 #include "platform/progress.h"
 #include "security/rights.h"
+#include "server/data_folder.h"
 #include "server/service.h"
 #include "ui/command_handler.h"
 #include "ui/record_commands.h"
@@ -61,6 +62,7 @@ bool inNaturalOrder(int folderId) {
 CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts, const QtOperator& person)
     : document_(document), texts_(texts), person_(person) {
   setObjectName("mainFrame");
+  server::showBarsAtFirst(document.app().config());
   setWindowIcon(icon(Icon::Program));
   const std::string folder = document.databaseFolder().string();
   setWindowTitle(document.DatabaseReadOnly() ? texts.format("IDS_TITLE_READONLY", base::kProgramName, folder)
@@ -133,7 +135,7 @@ void CMainFrame::buildMenus() {
   bar->setMovable(false);
   bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   actions_->fillToolBar(*bar);
-  bar->setVisible(config.ReadConfigInt("iface_Toolbar", kGeneral, foundation::StoreMachine, 1) != 0);
+  bar->setVisible(config.ReadConfigInt("iface_Toolbar", kGeneral, foundation::StoreMachine, 0) != 0);
   // Help that leads nowhere is not offered.
   const auto configured = [&config](const char* key) {
     return !config.ReadConfigString(key, kGeneral, foundation::StoreMachine, "").empty();
@@ -166,7 +168,7 @@ void CMainFrame::buildStatusBar() {
   statusBar()->addPermanentWidget(livePane_);
   statusBar()->addPermanentWidget(countPane_);
   statusBar()->setVisible(
-      document_.app().config().ReadConfigInt("iface_Statusbar", kGeneral, foundation::StoreMachine, 1) != 0);
+      document_.app().config().ReadConfigInt("iface_Statusbar", kGeneral, foundation::StoreMachine, 0) != 0);
 }
 
 void CMainFrame::restorePlacement() {

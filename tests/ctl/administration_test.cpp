@@ -75,6 +75,9 @@ TEST_F(Administration, GroupsGiveTheirMembersRights) {
   run("group add Readers --rights view-calls");
   run("user add ana --groups readers", 0, "TALLYBOOK_NEW_PASSWORD=a");
   run("user add dan --groups Operators --password d");
+  run("user set dan --groups 'Readers,Operators'");
+  run("user set dan --groups Operators");
+  EXPECT_TRUE(contains(run("user list --format csv"), "\n3,dan,,Operators,"));
   struct Case {
     const char* command;
     int ana;  // exit status
@@ -96,6 +99,10 @@ TEST_F(Administration, GroupsGiveTheirMembersRights) {
   run("user delete dan");
   as("dan", "d", "folder show 100", 1);
   run("user delete admin", 1);  // whoever is logged in stays
+  for (const char* lockout : {"user set admin --flags disabled", "user set admin --groups ''",
+                              "user set admin --groups Operators", "group set Administrators --rights view-calls"}) {
+    EXPECT_TRUE(contains(run(lockout, 1), "nobody could change users and settings")) << lockout;
+  }
   run("group delete Readers");
   EXPECT_TRUE(contains(run("user list --format csv"), "\n2,ana,,,disabled,"));
 }
@@ -124,7 +131,10 @@ TEST_F(Administration, AFailedStartSaysWhatToDoNext) {
   run("user set ana --flags disabled");
   EXPECT_TRUE(contains(as("ana", "a", "folder list", 1), "ana is not let in. Let an administrator"));
   const std::string folder = (temporary_ / "data").string();
-  run("setting set PathDatabase '" + folder + "'");
+  std::string store = readFile(temporary_ / "machine.ini");
+  const std::string closed = "PathDatabase=str:" + folder + "/\n";
+  ASSERT_TRUE(contains(store, closed)) << store;
+  writeFile(temporary_ / "machine.ini", store.erase(store.find(closed) + closed.size() - 2, 1));
   EXPECT_TRUE(contains(
       run("folder list", 1),
       "must end with a slash. Mend it with: tallyctl setting set PathDatabase '" + folder + "/' --where machine"));

@@ -107,8 +107,8 @@ constexpr Option kPlace[] = {
 
 constexpr Option kInterface[] = {
     {"IDS_OPT_LANGUAGE", "general", "Lang", M, OptionKind::Language},
-    {"IDS_OPT_TOOLBAR", "general", "iface_Toolbar", M, OptionKind::Switch, 1, 0, 1},
-    {"IDS_OPT_STATUSBAR", "general", "iface_Statusbar", M, OptionKind::Switch, 1, 0, 1},
+    {"IDS_OPT_TOOLBAR", "general", "iface_Toolbar", M, OptionKind::Switch, 0, 0, 1},
+    {"IDS_OPT_STATUSBAR", "general", "iface_Statusbar", M, OptionKind::Switch, 0, 0, 1},
     {"IDS_OPT_GRID", "general", "iface_Grid", M, OptionKind::Switch, 0, 0, 1},
     {"IDS_OPT_HOVER", "general", "iface_Hover", M, OptionKind::Switch, 0, 0, 1},
     {"IDS_OPT_AUTOSELECT", "general", "iface_Autoselect", M, OptionKind::Switch, 0, 0, 1},
