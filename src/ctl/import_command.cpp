@@ -16,6 +16,22 @@ bool endedEarly(const ingest::ImportResult& result) {
          result.outcome == Outcome::Failed;
 }
 
+// What the operator must know beside the count; empty when all is well.
+std::string troubleOf(const ingest::ImportResult& result, const std::string& unfinished) {
+  std::string text = result.message;
+  const auto add = [&text](const std::string& line) { text += (text.empty() ? "" : "\n") + line; };
+  if (endedEarly(result)) {
+    if (result.message.empty()) add("The import was stopped.");
+    add("Finish it with: tallyctl import --file " + unfinished);
+  }
+  if (result.refused > 0) {
+    add(base::format("%d refused, kept in %s", result.refused, result.refusedFile));
+    add("The audit log says which (tallyctl log show). When the cause is mended, give the file to: tallyctl import "
+        "--file");
+  }
+  return text;
+}
+
 int runImport(const Invocation& call) {
   Context& context = call.context;
   context.requireWritable();
@@ -29,14 +45,15 @@ int runImport(const Invocation& call) {
   server::CServerDoc& document = context.document();
   const ingest::ImportResult result = file ? document.importFile(*file, options) : document.importMonitorFile(options);
   call.out << base::format("imported %d\n", result.imported);
-  if (endedEarly(result)) {
-    throw Failure(
-        result.message.empty()
-            ? base::format("The import was stopped. Finish it with: tallyctl import --file %s",
-                           file ? *file : base::withSeparator(context.folder("PathMonitor")) + "monitor.data.bk")
-            : result.message);
+  call.out.flush();  // the count first
+  if (!result.restFile.empty()) {
+    context.person().messageBox(base::format(
+        "What is no whole call record, and all that follows it, was not read; it is kept in %s", result.restFile));
   }
-  if (!result.message.empty()) context.person().messageBox(result.message);
+  const std::string unfinished = file ? *file : context.folder("PathMonitor") + "monitor.data.bk";
+  const std::string trouble = troubleOf(result, unfinished);
+  if (endedEarly(result) || result.refused > 0) throw Failure(trouble);
+  if (!trouble.empty()) context.person().messageBox(trouble);
   return 0;
 }
 

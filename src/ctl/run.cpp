@@ -1,5 +1,6 @@
 #include "ctl/run.h"
 
+#include <csignal>
 #include <iostream>
 
 #include "base/debug_output.h"
@@ -30,6 +31,8 @@ int runCommand(const ParsedLine& line) {
 }  // namespace
 
 int run(int count, const char* const* words) {
+  // A limit on the size of files is met like a full disk: by the write that fails, with its message.
+  std::signal(SIGXFSZ, SIG_IGN);
   const std::vector<const Command*> commands = allCommands();
   const ParsedLine line = parseCommandLine(count, words, commands, commandGroups());
   if (line.command == nullptr) return line.exitStatus;

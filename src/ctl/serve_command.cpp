@@ -9,13 +9,6 @@ namespace ctl {
 
 namespace {
 
-// A reader of the output that went away, or a limit on the size of files, are faults to be met where they occur, not
-// reasons to die with calls in hand.
-void outliveBrokenOutput() {
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);
-}
-
 int serve(const Invocation& call) {
   Context& context = call.context;
   server::CServerDoc& document = context.document();
@@ -30,7 +23,8 @@ int serve(const Invocation& call) {
         call.out.clear();  // a line that nobody takes is no fault of the service
       },
       times);
-  outliveBrokenOutput();
+  // A reader of the output that went away is no reason to die with calls in hand.
+  std::signal(SIGPIPE, SIG_IGN);
   // Asked to end during the start's import.
   if (context.interrupts().requested()) return 0;
   service.run();

@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <csignal>
 #include <filesystem>
 
 #include "base/version.h"
@@ -22,6 +23,8 @@ std::string commandLineOf(const QStringList& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A limit on the size of files is met like a full disk: by the write that fails, with its message.
+  std::signal(SIGXFSZ, SIG_IGN);
   QApplication application(argc, argv);
   QApplication::setApplicationName(base::kProgramName);
   QApplication::setApplicationDisplayName(base::kProgramName);

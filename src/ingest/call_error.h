@@ -1,22 +1,19 @@
 #pragma once
 
+#include "exchange/call_record.h"
 #include "jet/error.h"
 
 namespace ingest {
 
-// True for a fault that lies in the call itself: a text that breaks a statement or does not fit its column. The next
-// call may go well then. Every other fault (disk full, file locked, ...) would meet the next call too.
-[[nodiscard]] inline bool isFaultOfCall(const jet::Error& error) {
-  switch (error.number()) {
-    case 3061:
-    case 3075:
-    case 3085:
-    case 3163:
-    case 3421:
-      return true;
-    default:
-      return false;
-  }
-}
+// A value of a call that its column in table `Calls` cannot hold.
+class UnfitValue : public jet::Error {
+ public:
+  explicit UnfitValue(const jet::Error& error) : jet::Error(error) {}
+};
+
+// True for a fault that the call's own values cause: one that does not fit its column, or a quotation mark in the
+// number, which stands in statements as it is. Any other fault (a missing column, a full disk, a locked file, ...)
+// would meet the next call too.
+[[nodiscard]] bool isFaultOfCall(const jet::Error& error, const exchange::CallRecord& record);
 
 }  // namespace ingest

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "base/text.h"
-#include "jet/error.h"
+#include "ingest/call_error.h"
 
 namespace ingest {
 
@@ -58,6 +58,17 @@ CallRow::~CallRow() {
     calls_.cancelUpdate();
   } catch (const jet::Error&) {
     // The fault that unwinds this row is the one to report; the buffer goes with the next move in any case.
+  }
+}
+
+void CallRow::set(std::size_t CallFields::*field, jet::Value value) {
+  try {
+    calls_.set(fields_.*field, std::move(value));
+  } catch (const jet::Error& error) {
+    constexpr int kNotConverted = 3421;
+    constexpr int kTooLong = 3163;
+    if (error.number() == kNotConverted || error.number() == kTooLong) throw UnfitValue(error);
+    throw;
   }
 }
 

@@ -25,7 +25,8 @@ class CallRow {
   CallRow& operator=(const CallRow&) = delete;
   ~CallRow();
 
-  void set(std::size_t CallFields::*field, jet::Value value) { calls_.set(fields_.*field, std::move(value)); }
+  // UnfitValue when the column cannot hold it.
+  void set(std::size_t CallFields::*field, jet::Value value);
   [[nodiscard]] jet::Value get(std::size_t CallFields::*field) { return calls_.get(fields_.*field); }
   void write();
 

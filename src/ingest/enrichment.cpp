@@ -2,12 +2,27 @@
 
 #include "base/characters.h"
 #include "base/printf.h"
+#include "schema/missing.h"
 
 namespace ingest {
 
 namespace {
 // Shorter ones are internal: nobody's entry in a phonebook.
 constexpr std::size_t kLongestUnnamedNumber = 3;
+
+// The number as a pattern that matches it alone: what the exchange sends may hold the dialect's wildcards.
+std::string withoutWildcards(std::string_view number) {
+  std::string pattern;
+  for (const char c : number) {
+    if (c == '*' || c == '?' || c == '#' || c == '[') {
+      pattern += {'[', c, ']'};
+    } else {
+      pattern += c;
+    }
+  }
+  return pattern;
+}
+
 }  // namespace
 
 void Enrichment::setName(CallRow& row, const exchange::CallRecord& record, const tariff::PricingContext& context) {
@@ -17,12 +32,26 @@ void Enrichment::setName(CallRow& row, const exchange::CallRecord& record, const
 }
 
 std::optional<std::string> Enrichment::nameOf(std::string_view normalisedNumber) {
-  const jet::Snapshot contacts = parts_.main.openSnapshot(
-      base::format("SELECT * FROM %s WHERE %s LIKE \"*%s*\"", "Contacts", "Tel_String", normalisedNumber));
+  const jet::Snapshot contacts = parts_.main.openSnapshot(base::format(
+      "SELECT * FROM %s WHERE %s LIKE \"*%s*\"", "Contacts", "Tel_String", withoutWildcards(normalisedNumber)));
   if (!contacts.empty()) return contacts.at(0, "Contact").toText();
   if (parts_.phonebook == nullptr) return std::nullopt;
   if (parts_.config.ReadConfigInt("ExternalPhonebook", "Calls", foundation::StoreDatabase, 1) == 0) return std::nullopt;
-  return parts_.phonebook->nameOf(normalisedNumber);
+  return nameInPhonebook(normalisedNumber);
+}
+
+// The phonebook is optional: without it calls have no name, and that is all.
+std::optional<std::string> Enrichment::nameInPhonebook(std::string_view normalisedNumber) {
+  try {
+    return parts_.phonebook->nameOf(normalisedNumber);
+  } catch (const jet::Error& error) {
+    if (!phonebookFault_.empty()) return std::nullopt;
+    const std::string missing = schema::missingFromPhonebook(parts_.phonebook->database());
+    phonebookFault_ =
+        base::format("Names are not looked up in the phonebook: %s", missing.empty() ? error.description() : missing);
+    parts_.log.WriteLog(security::LogError, "%s", phonebookFault_);
+    return std::nullopt;
+  }
 }
 
 bool Enrichment::setTariff(CallRow& row, exchange::CallRecord& record, tariff::PricingContext& context,

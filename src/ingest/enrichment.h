@@ -12,6 +12,10 @@ class Enrichment {
  public:
   explicit Enrichment(const ExchangeParts& parts) : parts_(parts) {}
 
+  // From now on a fault of the phonebook is logged again, once.
+  void beginRun() { phonebookFault_.clear(); }
+  [[nodiscard]] const std::string& phonebookFault() const { return phonebookFault_; }
+
   // `Name`, from the contacts or else the phonebook, of a number longer than 3 characters.
   void setName(CallRow& row, const exchange::CallRecord& record, const tariff::PricingContext& context);
   // `Price`, `Currency`, `Price_Ref`, `Area`, `Country`, `Profile`, `Provider`. May shorten the record
@@ -25,8 +29,10 @@ class Enrichment {
 
  private:
   [[nodiscard]] std::optional<std::string> nameOf(std::string_view normalisedNumber);
+  [[nodiscard]] std::optional<std::string> nameInPhonebook(std::string_view normalisedNumber);
 
   ExchangeParts parts_;
+  std::string phonebookFault_;  // of this run; empty while there is none
 };
 
 }  // namespace ingest

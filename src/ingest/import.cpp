@@ -8,6 +8,7 @@
 #include "ingest/import_run.h"
 #include "ingest/record_reader.h"
 #include "platform/durable_files.h"
+#include "schema/missing.h"
 
 namespace ingest {
 
@@ -27,6 +28,11 @@ std::string cannot(const char* verb, const std::filesystem::path& file, const st
   return base::format("cannot %s %s: %s", verb, file.string(), error.message());
 }
 
+bool isRegularFile(const std::filesystem::path& file) {
+  std::error_code ignored;
+  return std::filesystem::is_regular_file(file, ignored);
+}
+
 bool isThere(const std::filesystem::path& file) {
   std::error_code ignored;
   return std::filesystem::exists(file, ignored);
@@ -40,6 +46,18 @@ bool beginsAsRead(const std::filesystem::path& file, const FileProgress& row) {
 }
 
 }  // namespace
+
+void ImportResult::addEarlier(const ImportResult& earlier) {
+  imported += earlier.imported;
+  refused += earlier.refused;
+  const auto join = [](std::string first, const std::string& second) {
+    if (first.empty() || second.empty() || first == second) return first.empty() ? second : first;
+    return first + ", " + second;
+  };
+  refusedFile = join(earlier.refusedFile, refusedFile);
+  restFile = join(earlier.restFile, restFile);
+  if (message.empty()) message = earlier.message;
+}
 
 int ImportResult::result() const {
   switch (outcome) {
@@ -56,7 +74,7 @@ int ImportResult::result() const {
 }
 
 MonitorImport::MonitorImport(Recorder& recorder, ImportOptions options)
-    : recorder_(recorder), options_(std::move(options)), rows_(recorder.parts().main) {
+    : recorder_(recorder), options_(std::move(options)), rows_(recorder.parts().main), kept_(recorder.parts()) {
   options_.recordsPerBatch = std::max<std::int64_t>(options_.recordsPerBatch, 1);
 }
 
@@ -74,18 +92,34 @@ std::optional<MonitorFolder> MonitorImport::monitorFolder() const {
   return MonitorFolder(setting);
 }
 
-// Faults of the database come back as a result: the file is kept, and its position is that of the last commit.
+// Faults before a file is read come back as a result; the file is kept.
 ImportResult MonitorImport::guarded(const std::filesystem::path& file, const std::function<ImportResult()>& work) {
   try {
+    kept_.settle();
     return work();
-  } catch (const jet::Error& error) {
-    ImportResult result = failed(base::format("the import of %s stopped: %s", file.string(), error.description()));
-    try {
-      recorder_.parts().log.WriteLog(security::LogError, "%s", result.message);
-    } catch (const jet::Error&) {
-      // The database takes no entry either; the message has it all.
-    }
+  } catch (const std::runtime_error& error) {
+    ImportResult result = failed(base::format("the import of %s stopped: %s", file.string(), describe(error)));
+    logFault(result.message);
     return result;
+  }
+}
+
+// The fault's own text and, when a database lacks a table or a column, which.
+std::string MonitorImport::describe(const std::exception& fault) const {
+  std::string text = fault.what();
+  if (!text.ends_with('.')) text += '.';
+  if (dynamic_cast<const jet::Error*>(&fault) == nullptr) return text;
+  const ExchangeParts& parts = recorder_.parts();
+  std::string missing = schema::missingFromMain(parts.main);
+  if (missing.empty() && parts.tariffs != nullptr) missing = schema::missingFromTariffs(parts.tariffs->database());
+  return missing.empty() ? text : text + " " + missing;
+}
+
+void MonitorImport::logFault(const std::string& text) {
+  try {
+    recorder_.parts().log.WriteLog(security::LogError, "%s", text);
+  } catch (const jet::Error&) {
+    // The database takes no entry either; the result has it all.
   }
 }
 
@@ -121,6 +155,8 @@ std::optional<ImportResult> MonitorImport::takeOver(const MonitorFolder& folder)
     return folderThere ? nothingToDo() : nothingToDo(cannot("read", folder.source().parent_path(), error));
   }
   if (error) return nothingToDo(cannot("read", folder.source(), error));
+  // Opening a pipe would wait for its other end.
+  if (!isRegularFile(folder.source())) return nothingToDo(folder.source().string() + " is not a file");
   {
     // Before the rename, so that a kill right behind it leaves a backup that is known as interrupted.
     jet::Transaction transaction(recorder_.parts().main);
@@ -147,16 +183,25 @@ ImportResult MonitorImport::importFile(const std::filesystem::path& file) {
   if (!std::filesystem::exists(status)) return failed(cannot("read", path, error));
   if (!std::filesystem::is_regular_file(status)) return failed(path.string() + " is not a file");
   return guarded(path, [&] {
-    const bool isBackup = folder && folder->isBackupName(path);
+    const bool deleted = isDeletedWhenComplete(path);
     FileProgress from = progressOf(path);
     const bool begun = from.bytes > 0;
-    ImportResult result = readFile(std::move(from), path, isBackup);
+    ImportResult result = readFile(std::move(from), path, deleted);
     if (begun && result.outcome == Outcome::Done && result.imported == 0) {
       result.outcome = Outcome::AlreadyComplete;
       result.message = base::format("every record of %s is in the database already", path.string());
     }
     return result;
   });
+}
+
+bool MonitorImport::isDeletedWhenComplete(const std::filesystem::path& file) {
+  const auto folder = monitorFolder();
+  if (folder && folder->isBackupName(file)) return true;
+  // Made by an import, when a row says so: a person's file may have such a name too.
+  const std::vector<FileProgress> rows = rows_.all();
+  return KeptFiles::isRefusedName(file) &&
+         std::any_of(rows.begin(), rows.end(), [&](const auto& row) { return row.file == file; });
 }
 
 // Where to go on: by the file's own row, else by any row whose bytes the file begins with (it was renamed or copied),
@@ -169,7 +214,8 @@ FileProgress MonitorImport::progressOf(const std::filesystem::path& file) {
 
   const FileProgress* best = nullptr;
   for (const FileProgress& row : rows) {
-    const bool further = row.bytes > 0 && (best == nullptr || row.bytes > best->bytes);
+    // The bytes of refused records alone say nothing: the file may be the one that they are kept in.
+    const bool further = row.hasStoredCalls() && (best == nullptr || row.bytes > best->bytes);
     if (further && beginsAsRead(file, row)) best = &row;
   }
   FileProgress result = best != nullptr ? *best : FileProgress{.digest = ReadPosition().digest.text()};
@@ -185,8 +231,9 @@ FileProgress MonitorImport::progressOf(const std::filesystem::path& file) {
 
 ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::path& file, bool deleteWhenComplete) {
   const ExchangeParts& parts = recorder_.parts();
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) {
+  std::ifstream stream;
+  if (isRegularFile(file)) stream.open(file, std::ios::binary);
+  if (!stream.is_open()) {
     const std::string message = base::format("can't open %s", file.string());
     parts.log.WriteLog(security::LogError, "%s", message);
     return {.outcome = deleteWhenComplete ? Outcome::NothingToDo : Outcome::Failed, .message = message};
@@ -196,34 +243,55 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
   RecordReader reader(stream, parts.language.codepage());
   if (!reader.skipTo(from.bytes)) return failed(file.string() + " became shorter while it was read");
 
-  const std::string progressName = from.file;
   ImportRun reading(recorder_, options_, reader, std::move(from));
   ImportResult result;
-  // Also of extended records, which makes the progress an estimate.
-  result.outcome = reading.readAll(error ? 0 : size / static_cast<std::int64_t>(exchange::kNormalRecordSize));
+  try {
+    // Also of extended records, which makes the progress an estimate.
+    result.outcome = reading.readAll(error ? 0 : size / static_cast<std::int64_t>(exchange::kNormalRecordSize));
+    if (result.outcome == Outcome::Failed) result.message = base::format("cannot read %s to its end", file.string());
+    if (result.outcome == Outcome::Done) {
+      finish(reading.progress(), file, !error && reader.position().bytes < size, deleteWhenComplete, result);
+    }
+  } catch (const std::runtime_error& fault) {
+    result.outcome = Outcome::Failed;
+    const std::string reason = describe(fault);
+    result.message = base::format(
+        "the import of %s stopped: %s %d of its records were dealt with before that, the "
+        "others wait in the file.",
+        file.string(), reason, reading.progress().records);
+    logFault(base::format("the import of %s stopped: %s", file.string(), reason));
+  }
   result.imported = reading.recordsRead();
-  if (result.outcome == Outcome::Failed) result.message = base::format("cannot read %s to its end", file.string());
-  if (result.outcome == Outcome::Done && !error && reader.position().bytes < size) {
-    result.message = base::format("%s: from byte %d of %d on there is no whole call record; the rest was not read",
-                                  file.string(), reader.position().bytes, size);
-  }
-  if (result.outcome == Outcome::Done && deleteWhenComplete) {
-    if (const std::string reason = deleteComplete(file, progressName); !reason.empty()) result.message = reason;
-  }
+  result.refused = reading.recordsRefused();
+  if (result.refused > 0) result.refusedFile = reading.progress().refused.file;
+  if (result.message.empty()) result.message = recorder_.phonebookFault();
   return result;
+}
+
+// Behind the last record. What follows it is kept before the file is deleted.
+void MonitorImport::finish(FileProgress progress, const std::filesystem::path& file, bool hasRest,
+                           bool deleteWhenComplete, ImportResult& result) {
+  if (hasRest && deleteWhenComplete) {
+    kept_.keepRest(progress, file);
+    result.restFile = progress.rest.file;
+  } else if (hasRest) {
+    result.message = base::format("%s: from byte %d on there is no whole call record; the rest was not read",
+                                  file.string(), progress.bytes);
+  }
+  if (!deleteWhenComplete) return;
+  if (const std::string reason = deleteComplete(file, progress); !reason.empty()) result.message = reason;
 }
 
 // The order keeps a kill or a power cut between any two steps harmless: see docs/storage.md. The reason when the file
 // is still there; its row tells that nothing of it is left to read.
-std::string MonitorImport::deleteComplete(const std::filesystem::path& file, const std::string& progressName) {
-  try {
-    recorder_.parts().main.makeDurable();
-  } catch (const jet::Error& error) {
-    return error.description();
-  }
+std::string MonitorImport::deleteComplete(const std::filesystem::path& file, const FileProgress& progress) {
+  recorder_.parts().main.makeDurable();
   const std::error_code error = platform::removeDurably(file);
   if (error && error != std::errc::no_such_file_or_directory) return cannot("delete", file, error);
-  if (!isThere(progressName)) rows_.forget(progressName);
+  if (isThere(progress.file)) return {};
+  rows_.forget(progress.file);
+  // Named for a record that could be stored after all.
+  if (progress.refused.bytes == 0 && !progress.refused.file.empty()) rows_.forget(progress.refused.file);
   return {};
 }
 
@@ -236,11 +304,11 @@ ImportResult MonitorImport::resumeStoppedImports() {
     const std::vector<FileProgress> rows = rows_.all();
     const auto row = std::find_if(rows.begin(), rows.end(), [&](const auto& each) { return each.file == backup; });
     if (row == rows.end() || row->stoppedByOperator) continue;
-    const ImportResult one = importFile(backup);
-    total.imported += one.imported;
-    if (!one.message.empty() && one.outcome != Outcome::AlreadyComplete) total.message = one.message;
-    total.outcome = one.outcome;
-    if (one.result() == 0) break;
+    ImportResult one = importFile(backup);
+    if (one.outcome == Outcome::AlreadyComplete) one.message.clear();
+    one.addEarlier(total);
+    total = one;
+    if (total.result() == 0) break;
   }
   return total;
 }

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "ingest/import_progress.h"
+#include "ingest/kept_files.h"
 #include "ingest/monitor_folder.h"
 #include "ingest/recorder.h"
 
@@ -23,8 +24,14 @@ struct ImportResult {
     Failed,             // the database or the file failed; resumeStoppedImports goes on
   };
   Outcome outcome = Outcome::NothingToDo;
-  std::int64_t imported = 0;  // records read by this call
-  std::string message;        // for the operator, empty when there is nothing to say
+  std::int64_t imported = 0;     // records read by this call and dealt with for good, whatever the outcome
+  std::int64_t refused = 0;      // of these, records that could not be stored: they are in refusedFile
+  std::string refusedFile = {};  // for importFile, when the cause is mended; several names are parted by ", "
+  std::string restFile = {};     // what followed the last whole record of a file
+  std::string message = {};      // for the operator, empty when there is nothing else to say
+
+  // Adds what an earlier call of the same run did; outcome and message stay where there is a message.
+  void addEarlier(const ImportResult& earlier);
 
   // The documented result: 0 when the import was stopped before the file's end, else 1.
   [[nodiscard]] int result() const;
@@ -39,7 +46,9 @@ struct ImportOptions {
 };
 
 // Takes over the monitor's file and records its calls. A kill at any moment leaves every record either in the database
-// once or in a file that importFile completes without doubling: see docs/storage.md. Faults come back in the result.
+// once or in a file that importFile completes without doubling: see docs/storage.md. A fault of one call is asked
+// about, and its record kept beside the file when the import goes on; any other fault ends the run and comes back in
+// the result.
 class MonitorImport {
  public:
   explicit MonitorImport(Recorder& recorder, ImportOptions options = {});
@@ -47,8 +56,8 @@ class MonitorImport {
   // One run over "monitor.data" in the folder of setting "PathMonitor". A left-over backup is renamed aside and not
   // read.
   ImportResult run();
-  // Reads a file from its first record that is not yet in the database. A backup of the monitor folder is deleted when
-  // it is complete; any other file stays.
+  // Reads a file from its first record that is not yet in the database. A backup of the monitor folder and a file of
+  // refused records are deleted when they are complete; any other file stays.
   ImportResult importFile(const std::filesystem::path& file);
   // Completes the backups whose import was interrupted, by a kill, shouldStop or a fault; not those that the operator
   // stopped. To be called once before the first run.
@@ -62,12 +71,18 @@ class MonitorImport {
   std::optional<std::string> moveLeftOverAside(const MonitorFolder& folder);
   std::optional<ImportResult> takeOver(const MonitorFolder& folder);
   [[nodiscard]] FileProgress progressOf(const std::filesystem::path& file);
+  [[nodiscard]] bool isDeletedWhenComplete(const std::filesystem::path& file);
   ImportResult readFile(FileProgress from, const std::filesystem::path& file, bool deleteWhenComplete);
-  std::string deleteComplete(const std::filesystem::path& file, const std::string& progressName);
+  void finish(FileProgress progress, const std::filesystem::path& file, bool hasRest, bool deleteWhenComplete,
+              ImportResult& result);
+  std::string deleteComplete(const std::filesystem::path& file, const FileProgress& progress);
+  [[nodiscard]] std::string describe(const std::exception& fault) const;
+  void logFault(const std::string& text);
 
   Recorder& recorder_;
   ImportOptions options_;
   ImportProgress rows_;
+  KeptFiles kept_;
 };
 
 }  // namespace ingest

@@ -9,6 +9,15 @@
 
 namespace ingest {
 
+// A file that an import made to keep what did not become a call.
+struct KeptFile {
+  std::string file = {};     // absolute path; empty: none is in use
+  std::int64_t bytes = 0;    // of its length, what counts; more was appended by an import that was killed
+  std::int64_t earlier = 0;  // bytes in files before this one, which were taken away meanwhile
+
+  bool operator==(const KeptFile&) const = default;
+};
+
 // How far one monitor file was taken into the database.
 struct FileProgress {
   std::string file = {};  // absolute path; see setAside for files that moved
@@ -16,10 +25,15 @@ struct FileProgress {
   std::int64_t bytes = 0;
   std::string digest = {};         // of those bytes (ReadDigest)
   bool stoppedByOperator = false;  // left for importFile, not resumed by itself
+  KeptFile refused = {};           // records that could not be stored
+  KeptFile rest = {};              // what follows the last whole record
+
+  // True when calls were stored: the bytes read are more than the refused ones.
+  [[nodiscard]] bool hasStoredCalls() const { return bytes > refused.bytes + refused.earlier; }
 };
 
-// Table `ImportProgress`, one row a file. Written in the transaction that writes the rows of the calls it counts. All
-// calls throw jet::Error.
+// Tables `ImportProgress`, one row a file, and `ImportKept`, one row a kept file. Written in the transaction that
+// writes the rows of the calls that they count. All calls throw jet::Error.
 class ImportProgress {
  public:
   explicit ImportProgress(jet::Database& main) : main_(main) {}

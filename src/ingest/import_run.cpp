@@ -20,9 +20,12 @@ ImportRun::ImportRun(Recorder& recorder, const ImportOptions& options, RecordRea
       options_(options),
       reader_(reader),
       rows_(recorder.parts().main),
+      kept_(recorder.parts()),
       progress_(std::move(progress)),
       position_(reader.position()),
-      firstRecord_(progress_.records) {}
+      firstRecord_(progress_.records) {
+  recorder_.beginRun();
+}
 
 ImportResult::Outcome ImportRun::readAll(std::int64_t expected) {
   windowShown_ = expected >= kRecordsForProgressWindow;
@@ -44,7 +47,7 @@ ImportResult::Outcome ImportRun::readBatches() {
       case BatchEnd::CallFailed:
         // Asked between two transactions: the question may stand for hours.
         if (!operatorGoesOn()) return Outcome::StoppedByOperator;
-        skipFailedRecord();
+        refuseFailedRecord();
         break;
     }
   }
@@ -89,11 +92,11 @@ bool ImportRun::showProgress(std::int64_t record) {
 
 // False when the call could not be recorded; a fault that the next call would meet too is passed on.
 bool ImportRun::recordOne(exchange::CallRecord& record) {
+  failedNumber_ = record.dialledNumber;
   try {
     return recorder_.AddRecord(record) != Recording::Failed;
   } catch (const jet::Error& error) {
-    if (!isFaultOfCall(error)) throw;
-    recorder_.parts().log.WriteLog(security::LogError, "Exception while adding call (%s)", record.dialledNumber);
+    if (!isFaultOfCall(error, record)) throw;
     return false;
   }
 }
@@ -105,6 +108,7 @@ bool ImportRun::operatorGoesOn() {
     return true;
   }
   jet::Transaction transaction(parts.main);
+  logFailedRecord();
   progress_.stoppedByOperator = true;
   rows_.store(progress_);
   parts.tags.TouchCalls();
@@ -112,14 +116,31 @@ bool ImportRun::operatorGoesOn() {
   return false;
 }
 
-// The reader stands behind it; the next batch stores that.
-void ImportRun::skipFailedRecord() {
-  position_ = reader_.position();
-  progress_ = progressAt(progress_.records + 1, position_);
+// The reader stands behind the record. The entry in the log is committed with the decision, so that a record that is
+// tried again after a kill is not told of twice.
+void ImportRun::refuseFailedRecord() {
+  kept_.refuse(progress_, reader_.recordBytes());
+  const ReadPosition& behind = reader_.position();
+  jet::Transaction transaction(recorder_.parts().main);
+  logFailedRecord();
+  rows_.store(progressAt(progress_.records + 1, behind));
+  transaction.commit();
+  progress_ = progressAt(progress_.records + 1, behind);
+  position_ = behind;
+  ++refused_;
+}
+
+void ImportRun::logFailedRecord() {
+  recorder_.parts().log.WriteLog(security::LogError, "Exception while adding call (%s)", failedNumber_);
 }
 
 FileProgress ImportRun::progressAt(std::int64_t records, const ReadPosition& position) const {
-  return {.file = progress_.file, .records = records, .bytes = position.bytes, .digest = position.digest.text()};
+  FileProgress result = progress_;
+  result.records = records;
+  result.bytes = position.bytes;
+  result.digest = position.digest.text();
+  result.stoppedByOperator = false;
+  return result;
 }
 
 }  // namespace ingest

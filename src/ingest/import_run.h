@@ -5,6 +5,7 @@
 
 #include "ingest/import.h"
 #include "ingest/import_progress.h"
+#include "ingest/kept_files.h"
 #include "ingest/record_reader.h"
 #include "ingest/recorder.h"
 
@@ -17,11 +18,14 @@ class ImportRun {
   ImportRun(Recorder& recorder, const ImportOptions& options, RecordReader& reader, FileProgress progress);
 
   // Shows the progress window when `expected` records are enough for one. Throws jet::Error for a fault of the
-  // database; what was committed before it stands, and the position with it.
+  // database, std::filesystem::filesystem_error when a refused record cannot be kept; what was committed before it
+  // stands, and the position with it.
   ImportResult::Outcome readAll(std::int64_t expected);
 
+  // Of this run, as committed; refused records count as read.
   [[nodiscard]] std::int64_t recordsRead() const { return progress_.records - firstRecord_; }
-  [[nodiscard]] const std::string& file() const { return progress_.file; }
+  [[nodiscard]] std::int64_t recordsRefused() const { return refused_; }
+  [[nodiscard]] const FileProgress& progress() const { return progress_; }
 
  private:
   enum class BatchEnd { Full, EndOfFile, CallFailed, Interrupted };
@@ -32,16 +36,20 @@ class ImportRun {
   bool showProgress(std::int64_t record);
   bool recordOne(exchange::CallRecord& record);
   bool operatorGoesOn();
-  void skipFailedRecord();
+  void refuseFailedRecord();
+  void logFailedRecord();
   [[nodiscard]] FileProgress progressAt(std::int64_t records, const ReadPosition& position) const;
 
   Recorder& recorder_;
   const ImportOptions& options_;
   RecordReader& reader_;
   ImportProgress rows_;
-  FileProgress progress_;  // as committed, and one failed record further after skipFailedRecord
+  KeptFiles kept_;
+  FileProgress progress_;  // as committed
   ReadPosition position_;  // the place in the file that progress_ tells of
   std::int64_t firstRecord_;
+  std::int64_t refused_ = 0;
+  std::string failedNumber_;  // dialled number of the record that could not be stored last
   bool windowShown_ = false;
 };
 

@@ -4,10 +4,21 @@
 
 #include "base/path.h"
 #include "base/printf.h"
+#include "schema/missing.h"
 
 namespace ingest {
 
 Phonebook::Phonebook(std::unique_ptr<jet::Database> database) : database_(std::move(database)) {
+  try {
+    readMap();
+  } catch (const jet::Error& error) {
+    const std::string missing = schema::missingFromPhonebook(*database_);
+    if (missing.empty()) throw;
+    throw jet::Error(error.number(), missing);
+  }
+}
+
+void Phonebook::readMap() {
   const jet::Snapshot map = database_->openSnapshot("SELECT * FROM map");
   for (std::size_t row = 0; row < map.rowCount(); ++row) {
     map_.push_back({map.at(row, "Prefix").toText(), map.at(row, "Table").toText()});

@@ -27,6 +27,8 @@ class Phonebook {
   [[nodiscard]] jet::Database& database() { return *database_; }
 
  private:
+  void readMap();
+
   struct MapRow {
     std::string prefix;
     std::string table;

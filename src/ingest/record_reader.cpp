@@ -47,6 +47,7 @@ bool RecordReader::next(exchange::CallRecord& record) {
   } else {
     return false;
   }
+  recordSize_ = size;
   record = exchange::decodeRecord(buffer_, codepage_);
   position_.bytes += static_cast<std::int64_t>(size);
   position_.digest.add(buffer_.data(), size);

@@ -36,6 +36,8 @@ class RecordReader {
   // Reads the next record. False at the end: fewer bytes than a record, a type that is none, or a read error.
   bool next(exchange::CallRecord& record);
 
+  // The bytes of the record that next() returned last, as they were in the file.
+  [[nodiscard]] std::span<const unsigned char> recordBytes() const { return std::span(buffer_).first(recordSize_); }
   // The place behind the last record that next() returned.
   [[nodiscard]] const ReadPosition& position() const { return position_; }
   // True when the end came from a fault of the device instead of the file's content.
@@ -51,6 +53,7 @@ class RecordReader {
   int codepage_;
   // Not cleared between records: the tail of an extended record stays until it is overwritten.
   exchange::RecordBuffer buffer_{};
+  std::size_t recordSize_ = 0;
   ReadPosition position_;
 };
 

@@ -27,6 +27,11 @@ class Recorder {
   void close();
   [[nodiscard]] bool isOpen() const { return calls_ != nullptr; }
 
+  // A new run of an import: faults of the phonebook are told of once in each.
+  void beginRun() { enrichment_.beginRun(); }
+  // What was wrong with the phonebook in this run; empty while names could be looked up.
+  [[nodiscard]] const std::string& phonebookFault() const { return enrichment_.phonebookFault(); }
+
   // Takes over what other copies changed in the definitions and currencies. Cheap when nothing did; asked before each
   // live call and each batch of an import.
   void refreshDefinitions();

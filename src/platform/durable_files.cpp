@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 
@@ -14,13 +15,39 @@ std::error_code lastError() {
   return {errno, std::generic_category()};
 }
 
+// An open file; closed at the end.
+class Descriptor {
+ public:
+  Descriptor(const std::filesystem::path& file, int flags) : number_(::open(file.c_str(), flags | O_CLOEXEC, 0660)) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) ::close(number_);
+  }
+  [[nodiscard]] bool isOpen() const { return number_ >= 0; }
+  [[nodiscard]] int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+std::error_code writeAll(const Descriptor& file, std::int64_t offset, std::span<const unsigned char> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::pwrite(file.number(), bytes.data(), bytes.size(), offset);
+    if (written < 0 && errno != EINTR) return lastError();
+    if (written <= 0) continue;
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+    offset += written;
+  }
+  return {};
+}
+
+constexpr int kWriteOnly = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+
 std::error_code syncPath(const std::filesystem::path& path, int flags) {
-  const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
-  if (descriptor < 0) return lastError();
-  std::error_code error;
-  if (::fsync(descriptor) != 0) error = lastError();
-  ::close(descriptor);
-  return error;
+  const Descriptor descriptor(path, flags);
+  if (!descriptor.isOpen() || ::fsync(descriptor.number()) != 0) return lastError();
+  return {};
 }
 
 std::error_code syncFolderOf(const std::filesystem::path& file) {
@@ -49,6 +76,35 @@ std::error_code renameDurably(const std::filesystem::path& from, const std::file
 std::error_code removeDurably(const std::filesystem::path& file) {
   if (::unlink(file.c_str()) != 0) return lastError();
   return syncFolderOf(file);
+}
+
+std::error_code writeDurably(const std::filesystem::path& file, std::int64_t offset,
+                             std::span<const unsigned char> bytes) {
+  const Descriptor descriptor(file, kWriteOnly);
+  if (!descriptor.isOpen() || ::ftruncate(descriptor.number(), offset) != 0) return lastError();
+  if (const std::error_code error = writeAll(descriptor, offset, bytes)) return error;
+  if (::fsync(descriptor.number()) != 0) return lastError();
+  return syncFolderOf(file);
+}
+
+std::error_code copyRestDurably(const std::filesystem::path& from, std::int64_t offset,
+                                const std::filesystem::path& to) {
+  const Descriptor source(from, O_RDONLY);
+  if (!source.isOpen()) return lastError();
+  const Descriptor target(to, kWriteOnly);
+  if (!target.isOpen() || ::ftruncate(target.number(), 0) != 0) return lastError();
+  std::array<unsigned char, 64 * 1024> chunk;
+  std::int64_t written = 0;
+  while (true) {
+    const ssize_t size = ::pread(source.number(), chunk.data(), chunk.size(), offset + written);
+    if (size < 0) return lastError();
+    if (size == 0) break;
+    const std::error_code error = writeAll(target, written, {chunk.data(), static_cast<std::size_t>(size)});
+    if (error) return error;
+    written += size;
+  }
+  if (::fsync(target.number()) != 0) return lastError();
+  return syncFolderOf(to);
 }
 
 }  // namespace platform

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <span>
 #include <system_error>
 
 namespace platform {
 
-// Changes of file names that survive a power cut: when a call returns without error, the folder is on the disk.
+// Changes of files that survive a power cut: when a call returns without error, file and folder are on the disk.
 
 // Gives a file a new name in the same folder. Never replaces an existing file (errc::file_exists).
 std::error_code renameDurably(const std::filesystem::path& from, const std::filesystem::path& to);
@@ -15,5 +17,14 @@ std::error_code removeDurably(const std::filesystem::path& file);
 
 // Returns when the names in a folder are on the disk. renameDurably() and removeDurably() do it themselves.
 std::error_code syncFolder(const std::filesystem::path& folder);
+
+// Makes `bytes` the end of the file, from `offset` on; what was there is replaced. Makes the file when there is none.
+// Never writes through a link.
+std::error_code writeDurably(const std::filesystem::path& file, std::int64_t offset,
+                             std::span<const unsigned char> bytes);
+
+// Makes the bytes of `from`, from `offset` to its end, the whole content of `to`, as writeDurably does.
+std::error_code copyRestDurably(const std::filesystem::path& from, std::int64_t offset,
+                                const std::filesystem::path& to);
 
 }  // namespace platform

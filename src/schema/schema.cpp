@@ -104,6 +104,9 @@ std::vector<TableDef> mainTables() {
       {.name = "ImportProgress",
        .fields = {memo("File"), number("Records"), real("Bytes"), text("Digest"), yesNo("StoppedByOperator")},
        .indexes = {}},
+      {.name = "ImportKept",
+       .fields = {memo("File"), text("Kind"), memo("KeptFile"), real("Bytes"), real("Earlier")},
+       .indexes = {}},
   };
 }
 

@@ -8,6 +8,7 @@
 #include "base/path.h"
 #include "base/printf.h"
 #include "base/text.h"
+#include "schema/missing.h"
 #include "schema/schema.h"
 #include "security/restriction.h"
 #include "security/rights.h"
@@ -100,15 +101,16 @@ StartEnd CServerDoc::openSettings() {
       config_.OpenConfig(*main_, tags_);
       return StartEnd::Ready;
     } catch (const jet::Error& error) {
+      const std::string reason = describe(error);
       config_.CloseConfig();
       tags_.CloseTouch();
       main_.reset();
       const auto& choose = app_.surroundings().chooseOtherDatabase;
       if (!choose) {
-        report(error);
+        person_.messageBox(reason);
         return StartEnd::NotOpened;
       }
-      if (!choose(error.description())) return StartEnd::NotOpened;
+      if (!choose(reason)) return StartEnd::NotOpened;
     }
   }
 }
@@ -176,8 +178,11 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
   }
   try {
     phonebook_ = ingest::Phonebook::open(folder);
-  } catch (const jet::Error&) {
-    person_.messageBox(language_.Translate("IDS_SMDR_CANTOPENPBDB"));
+  } catch (const jet::Error& error) {
+    // Without the file there is just no phonebook; what is wrong with one that is there can be mended.
+    constexpr int kFileNotFound = 3024;
+    const std::string text = language_.Translate("IDS_SMDR_CANTOPENPBDB");
+    person_.messageBox(error.number() == kFileNotFound ? text : text + "\n" + error.description());
   }
   try {
     output_ = std::make_unique<ingest::OutputPort>(config_, log_);
@@ -207,9 +212,19 @@ ingest::ExchangeParts CServerDoc::exchangeParts() {
 void CServerDoc::firstImport() {
   if (DatabaseReadOnly()) return;
   const auto result = catchUp();
+  if (const std::string kept = keptText(result); !kept.empty()) person_.messageBox(kept);
   if (result.outcome != ingest::ImportResult::Outcome::Failed) return;
   person_.messageBox(language_.Translate("IDS_SMDR_CANTREADLOG"));
   person_.messageBox(result.message);
+}
+
+std::string CServerDoc::keptText(const ingest::ImportResult& result) const {
+  std::string text;
+  if (result.refused > 0) text = language_.TranslateFormat("IDS_IMPORT_REFUSED", result.refused, result.refusedFile);
+  if (!result.restFile.empty()) {
+    text += (text.empty() ? "" : "\n") + language_.TranslateFormat("IDS_IMPORT_REST", result.restFile);
+  }
+  return text;
 }
 
 void CServerDoc::redenominate() {
@@ -222,8 +237,15 @@ void CServerDoc::redenominate() {
   }
 }
 
+// With what a database lacks, where that is the cause: the error names neither file nor column.
+std::string CServerDoc::describe(const jet::Error& error) const {
+  std::string missing = main_ ? schema::missingFromMain(*main_) : std::string();
+  if (missing.empty() && tariffs_) missing = schema::missingFromTariffs(tariffs_->database());
+  return missing.empty() ? error.description() : error.description() + " " + missing;
+}
+
 void CServerDoc::report(const jet::Error& error) {
-  person_.messageBox(error.description());
+  person_.messageBox(describe(error));
 }
 
 ingest::ImportResult CServerDoc::importMonitorFile(const ingest::ImportOptions& options) {
@@ -245,8 +267,7 @@ ingest::ImportResult CServerDoc::catchUp(const ingest::ImportOptions& options) {
   // A file of which the rest was not read stays where it is, ahead of the monitor's newer one.
   if (resumed.outcome == Outcome::Failed || resumed.outcome == Outcome::Interrupted) return resumed;
   ingest::ImportResult result = importMonitorFile(options);
-  result.imported += resumed.imported;
-  if (result.message.empty()) result.message = resumed.message;
+  result.addEarlier(resumed);
   return result;
 }
 

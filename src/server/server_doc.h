@@ -69,6 +69,8 @@ class CServerDoc {
   ingest::ImportResult resumeStoppedImports(const ingest::ImportOptions& options = {});
   // Both: what was interrupted, by a kill or by a fault, then the monitor's file. Does not throw.
   ingest::ImportResult catchUp(const ingest::ImportOptions& options = {});
+  // For the operator: which files keep what did not become a call, in the language in use; empty when nothing was kept.
+  [[nodiscard]] std::string keptText(const ingest::ImportResult& result) const;
   ingest::ImportResult importFile(const std::filesystem::path& file, const ingest::ImportOptions& options = {});
   // Takes over what other copies changed in definitions and currencies.
   void refresh();
@@ -127,6 +129,7 @@ class CServerDoc {
   void firstImport();
   void redenominate();
   void saveDefinitions();
+  [[nodiscard]] std::string describe(const jet::Error& error) const;
   void report(const jet::Error& error);
   [[nodiscard]] ingest::ExchangeParts exchangeParts();
 

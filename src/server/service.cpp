@@ -147,6 +147,15 @@ void Service::importNow(const ingest::ImportOptions& options) {
     result = {.outcome = ingest::ImportResult::Outcome::Failed, .message = error.what()};
   }
   if (result.imported > 0) say_(base::format("Imported %d calls from the monitor's file.", result.imported));
+  if (result.refused > 0) {
+    say_(base::format(
+        "%d refused, kept in %s. See the audit log; when the cause is mended, stop the service and give the "
+        "file to: tallyctl import --file",
+        result.refused, result.refusedFile));
+  }
+  if (!result.restFile.empty()) {
+    say_(base::format("What could not be read of the monitor's file is kept in %s.", result.restFile));
+  }
   if (result.message.empty()) {
     clear(importFault_);
   } else {

@@ -6,7 +6,16 @@
 namespace tariff {
 
 TariffDatabase::TariffDatabase(std::unique_ptr<jet::Database> database) : database_(std::move(database)) {
-  detectDayEncoding();
+  try {
+    detectDayEncoding();
+  } catch (const jet::Error&) {
+    // Tried again, and then told, by who needs it.
+  }
+}
+
+DayEncoding TariffDatabase::dayEncoding() {
+  if (!dayEncoding_) detectDayEncoding();
+  return *dayEncoding_;
 }
 
 std::unique_ptr<TariffDatabase> TariffDatabase::open(std::string_view folder) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "jet/database.h"
@@ -11,7 +12,8 @@ namespace tariff {
 // The tariff database: providers, prefixes, profiles and charge bands. Opened once, held open while the program runs.
 class TariffDatabase {
  public:
-  // Takes over an open file and looks how its bands encode their days.
+  // Takes over an open file and looks how its bands encode their days. A damaged table of bands is met by the first
+  // call that is priced, so that calls are not taken for calls without a price.
   explicit TariffDatabase(std::unique_ptr<jet::Database> database);
 
   // Opens "tariffs.mdb" in the folder of setting "PathDatabase", given as documented: it ends with its separator.
@@ -19,13 +21,14 @@ class TariffDatabase {
   static std::unique_ptr<TariffDatabase> open(std::string_view folder);
 
   [[nodiscard]] jet::Database& database() { return *database_; }
-  [[nodiscard]] DayEncoding dayEncoding() const { return dayEncoding_; }
+  // Throws jet::Error while the table of bands cannot be read.
+  [[nodiscard]] DayEncoding dayEncoding();
   // Looks again, after the bands were edited: one band with a product switches the whole database.
   void detectDayEncoding();
 
  private:
   std::unique_ptr<jet::Database> database_;
-  DayEncoding dayEncoding_ = DayEncoding::Plain;
+  std::optional<DayEncoding> dayEncoding_;
 };
 
 }  // namespace tariff

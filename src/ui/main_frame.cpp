@@ -295,6 +295,11 @@ void CMainFrame::importCalls() {
   if (result.imported > 0) reloadFolder();
   if (result.outcome == ingest::ImportResult::Outcome::Interrupted) return say(texts_("IDS_STATUS_IMPORT_STOPPED"));
   if (result.imported > 0) say(texts_.format("IDS_STATUS_IMPORTED", result.imported));
+  const std::string kept = document_.keptText(result);
+  if (!kept.empty()) say(toQt(kept));
+  // Who answered to go on is still there, and must know where the calls are.
+  if (result.refused > 0) return person_.messageBox(kept);
+  if (!kept.empty()) return;
   if (!result.message.empty()) say(toQt(result.message));
 }
 

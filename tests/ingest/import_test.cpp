@@ -1,6 +1,7 @@
 #include "ingest/import.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +18,10 @@ class ImportTest : public ::testing::Test {
   ImportResult run(ImportOptions options = {}) { return MonitorImport(copy.recorder, std::move(options)).run(); }
   ImportResult importFile(const std::filesystem::path& file) { return MonitorImport(copy.recorder).importFile(file); }
   bool there(const char* name) { return std::filesystem::exists(files.monitorFile(name)); }
+  static std::string bytesOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
   std::string progressRows() { return copy.value("select count(*) as c from ImportProgress"); }
 
   support::ExchangeFiles files;
@@ -61,14 +66,15 @@ TEST_F(ImportTest, StrangeFilesAreReadAsFarAsTheyMakeSense) {
     std::string bytes;
     int records;
     bool restLost = false;
+    std::size_t wholeBytes = 0;  // of the records before the rest
   };
   const Case cases[] = {
       {"empty", "", 0},
       {"shorter than a record", normal.substr(0, 155), 0, true},
-      {"a record and the start of one", normal + normal.substr(0, 100), 1, true},
-      {"an extended record cut short", normal + extended.substr(0, 219), 1, true},
+      {"a record and the start of one", normal + normal.substr(0, 100), 1, true, 156},
+      {"an extended record cut short", normal + extended.substr(0, 219), 1, true, 156},
       {"an extended record and a normal one", extended + normal, 2},
-      {"a type that is none in the middle", normal + std::string(156, '\0') + normal, 1, true},
+      {"a type that is none in the middle", normal + std::string(156, '\0') + normal, 1, true, 156},
       {"noise", std::string(5000, '\x5a'), 0, true},
       {"a number without its end", noEnd, 1},
       {"an impossible date", impossible, 1},
@@ -82,8 +88,13 @@ TEST_F(ImportTest, StrangeFilesAreReadAsFarAsTheyMakeSense) {
     stored += each.records;
     EXPECT_EQ(copy.callCount(), stored) << each.what;
     EXPECT_FALSE(there("monitor.data.bk")) << each.what;
-    EXPECT_EQ(result.message.find("the rest was not read") != std::string::npos, each.restLost) << each.what;
+    EXPECT_EQ(result.message, "") << each.what;
+    const std::string rest = each.restLost ? each.bytes.substr(each.wholeBytes) : std::string();
+    EXPECT_EQ(result.restFile.empty() ? std::string() : bytesOf(result.restFile), rest) << each.what;
+    EXPECT_EQ(result.restFile.empty(), !each.restLost) << each.what;
+    EXPECT_EQ(copy.logged().find(result.restFile) != std::string::npos, true) << each.what;
   }
+  EXPECT_TRUE(there("monitor.data.bk.rest.1"));
   EXPECT_EQ(progressRows(), "0");
 }
 
@@ -121,7 +132,75 @@ TEST_F(ImportTest, ACallThatBreaksAStatementIsAskedAboutAndLogged) {
   EXPECT_EQ(copy.callCount(), 3);
   EXPECT_EQ(copy.person.questions,
             std::vector<std::string>{"Error adding call to the database. Do you want to continue?"});
-  EXPECT_EQ(copy.logged(), "9 Exception while adding call (1\"2345)\n");
+  EXPECT_EQ(result.refused, 1);
+  const auto refused = files.monitorFile("monitor.data.bk.refused.1");
+  EXPECT_EQ(result.refusedFile, refused.string());
+  EXPECT_EQ(bytesOf(refused), bad);
+  EXPECT_EQ(copy.logged(), "9 Calls that could not be recorded are kept in " + refused.string() +
+                               "\n9 Exception while adding call (1\"2345)\n");
+
+  // Tried again before it is mended, the record goes into a file of the same kind.
+  EXPECT_EQ(importFile(refused).refusedFile, files.monitorFile("monitor.data.bk.refused.2").string());
+  EXPECT_FALSE(std::filesystem::exists(refused));
+  // Mended by hand it becomes a call, once.
+  const auto second = files.monitorFile("monitor.data.bk.refused.2");
+  files.writeMonitorFile(sampleRecords(1, 77), "monitor.data.bk.refused.2");
+  EXPECT_EQ(importFile(second).imported, 1);
+  EXPECT_EQ(copy.callCount(), 4);
+  EXPECT_FALSE(std::filesystem::exists(second));
+  EXPECT_EQ(progressRows(), "0");
+}
+
+// The refused record is all that was read of the backup: the file that keeps it begins like the backup, and must not be
+// taken for a copy of it.
+TEST_F(ImportTest, ARefusedFileIsNotTakenForTheBackupThatItCameFrom) {
+  const std::string bad = exchange::encodeRecord(support::sampleCall("1\"2345"), false, 1252);
+  files.writeMonitorFile(bad + sampleRecords(3));
+  int asked = 0;
+  const ImportResult stopped = run({.shouldStop = [&asked] { return ++asked > 1; }});
+  ASSERT_EQ(stopped.outcome, Outcome::Interrupted);
+  ASSERT_EQ(stopped.refused, 1);
+  const auto elsewhere = files.folder / "moved";
+  std::filesystem::rename(stopped.refusedFile, elsewhere);
+  EXPECT_EQ(importFile(elsewhere).refused, 1);  // read, and refused again
+
+  const ImportResult rest = MonitorImport(copy.recorder).resumeStoppedImports();
+  EXPECT_EQ(rest.imported, 3);
+  EXPECT_EQ(copy.callCount(), 3);
+}
+
+TEST_F(ImportTest, AValueThatDoesNotFitItsColumnIsRefusedAndTakenWhenTheColumnIsWider) {
+  copy.recorder.close();
+  const auto changeColumn = [&](const char* type) {
+    sqlite3* database = nullptr;
+    sqlite3_open((files.folder / schema::kMainFile).c_str(), &database);
+    const std::string sql = std::string("ALTER TABLE Calls DROP COLUMN CD; ALTER TABLE Calls ADD COLUMN CD ") + type;
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    sqlite3_close(database);
+  };
+  changeColumn("VARCHAR(2)");
+  exchange::CallRecord longCode = support::sampleCall();
+  longCode.cd = "ABCDE";
+  files.writeMonitorFile(sampleRecords(2) + exchange::encodeRecord(longCode, true, 1252) + sampleRecords(1));
+  std::string refusedFile;
+  {
+    support::RunningCopy narrow(files);
+    const ImportResult result = MonitorImport(narrow.recorder).run();
+    EXPECT_EQ(result.refused, 1);
+    EXPECT_EQ(narrow.callCount(), 3);
+    refusedFile = result.refusedFile;
+  }
+  changeColumn("VARCHAR(50)");
+  support::RunningCopy wide(files);
+  EXPECT_EQ(MonitorImport(wide.recorder).importFile(refusedFile).imported, 1);
+  EXPECT_EQ(wide.value("select max(CD) as c from Calls"), "ABCDE");
+  EXPECT_EQ(wide.callCount(), 4);
+}
+
+TEST_F(ImportTest, APipeInPlaceOfTheMonitorsFileIsSaid) {
+  ASSERT_EQ(mkfifo(files.monitorFile().c_str(), 0600), 0);
+  EXPECT_NE(run().message.find("is not a file"), std::string::npos);
+  EXPECT_TRUE(there("monitor.data"));
 }
 
 TEST_F(ImportTest, NoKeepsTheBackupForTheOperatorAndWhatWasRecorded) {
@@ -144,7 +223,8 @@ TEST_F(ImportTest, NoKeepsTheBackupForTheOperatorAndWhatWasRecorded) {
   EXPECT_EQ(rest.imported, 2);  // the failed record is tried again
   EXPECT_EQ(copy.callCount(), 4);
   EXPECT_FALSE(there("monitor.data.bk.1"));
-  EXPECT_EQ(progressRows(), "0");
+  EXPECT_EQ(rest.refused, 1);
+  EXPECT_EQ(progressRows(), "1");  // of the refused record
 }
 
 TEST_F(ImportTest, AnInterruptedImportIsResumedWithoutLosingOrDoublingACall) {

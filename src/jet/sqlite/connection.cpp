@@ -1,5 +1,6 @@
 #include "jet/sqlite/connection.h"
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -45,6 +46,13 @@ bool hasPendingLog(const std::filesystem::path& path) {
 
 bool isFull(int systemError) {
   return systemError == ENOSPC || systemError == EDQUOT;
+}
+
+// A write that failed under a limit on the size of files is met like a full disk. The system's own error number is lost
+// by the roll-back before it can be asked for.
+bool isBeyondSizeLimit(int extendedCode) {
+  rlimit limit{};
+  return extendedCode == SQLITE_IOERR_WRITE && getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
 }
 
 }  // namespace
@@ -172,7 +180,8 @@ void Connection::fail(int code, std::string_view statement) {
       throw Error(3260, name + " is locked by another copy of the program. Wait until its work is done and try again.",
                   text);
     case SQLITE_IOERR:
-      if (handle_ == nullptr || !isFull(sqlite3_system_errno(handle_))) {
+      if (handle_ == nullptr ||
+          !(isFull(sqlite3_system_errno(handle_)) || isBeyondSizeLimit(sqlite3_extended_errcode(handle_)))) {
         throw Error(3000, name + ": " + reason, text);
       }
       [[fallthrough]];
