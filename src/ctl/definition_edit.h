@@ -25,13 +25,6 @@ inline void requireCode(std::string_view what, std::string_view code) {
   requirePlain(what, code);
 }
 
-// For texts that statements hold between apostrophes, as they stand.
-inline void requireNoApostrophe(std::string_view what, std::string_view text) {
-  if (text.find('\'') != std::string_view::npos) {
-    throw Failure(base::format("%s may not hold an apostrophe; no call to such a number is stored: %s", what, text));
-  }
-}
-
 // A field of an entry: what was typed for the option, else what it was.
 inline void takeOver(const Arguments& arguments, std::string_view option, std::string& field) {
   if (const auto typed = arguments.find(option)) {

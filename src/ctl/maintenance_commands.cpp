@@ -4,7 +4,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
-#include "ctl/definition_edit.h"
+#include "jet/error.h"
 
 namespace ctl {
 
@@ -13,8 +13,12 @@ namespace {
 int hideOrShow(const Invocation& call, void (server::CServerDoc::*command)(std::string_view)) {
   call.context.requireWritable();
   const std::string number = call.arguments.text("NUMBER");
-  requireNoApostrophe("The number", number);
-  (call.context.document().*command)(number);
+  try {
+    (call.context.document().*command)(number);
+  } catch (const jet::Error& error) {
+    if (!ingest::endsQuotes(number)) throw;
+    throw Failure(error.description());
+  }
   return 0;
 }
 
@@ -65,7 +69,9 @@ int recalc(const Invocation& call) {
   call.context.requireWritable();
   call.context.interrupts().begin();
   const ingest::RecalcResult result = call.context.document().recalc(options);
-  call.out << base::format("changed %d of %d calls\n", result.changed, result.rows);
+  if (result.error.empty() || result.rows > 0) {
+    call.out << base::format("changed %d of %d calls\n", result.changed, result.rows);
+  }
   if (!result.error.empty()) throw Failure(result.error);
   if (result.cancelled) throw Failure("Stopped; the calls before that are changed.");
   return 0;

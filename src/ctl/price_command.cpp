@@ -4,8 +4,8 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
-#include "ctl/definition_edit.h"
 #include "exchange/call_record.h"
+#include "ingest/maintenance.h"
 #include "tariff/price_report.h"
 
 namespace ctl {
@@ -17,7 +17,12 @@ exchange::CallRecord recordOf(const Arguments& arguments) {
   constexpr std::int64_t kMostNumber = std::numeric_limits<std::int32_t>::max();
   exchange::CallRecord record;
   record.dialledNumber = arguments.text("NUMBER");
-  requireNoApostrophe("The number", record.dialledNumber);
+  if (ingest::endsQuotes(record.dialledNumber)) {
+    throw Failure(
+        base::format("The apostrophe in the number %s breaks the statements that the price is found with. Write "
+                     "each apostrophe twice.",
+                     record.dialledNumber));
+  }
   record.trunk = static_cast<std::int32_t>(arguments.integer("--trunk", 0, 0, kMostNumber));
   record.pulses = static_cast<std::int32_t>(arguments.integer("--pulses", 0, 0, kMostNumber));
   record.setDuration(arguments.integer("--duration", 0, 0, kMostSeconds));

@@ -57,6 +57,7 @@ void ImportResult::addEarlier(const ImportResult& earlier) {
   refusedFile = join(earlier.refusedFile, refusedFile);
   restFile = join(earlier.restFile, restFile);
   if (message.empty()) message = earlier.message;
+  if (phonebookFault.empty()) phonebookFault = earlier.phonebookFault;
 }
 
 int ImportResult::result() const {
@@ -264,7 +265,7 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
   result.imported = reading.recordsRead();
   result.refused = reading.recordsRefused();
   if (result.refused > 0) result.refusedFile = reading.progress().refused.file;
-  if (result.message.empty()) result.message = recorder_.phonebookFault();
+  result.phonebookFault = recorder_.phonebookFault();
   return result;
 }
 

@@ -24,11 +24,12 @@ struct ImportResult {
     Failed,             // the database or the file failed; resumeStoppedImports goes on
   };
   Outcome outcome = Outcome::NothingToDo;
-  std::int64_t imported = 0;     // records read by this call and dealt with for good, whatever the outcome
-  std::int64_t refused = 0;      // of these, records that could not be stored: they are in refusedFile
-  std::string refusedFile = {};  // for importFile, when the cause is mended; several names are parted by ", "
-  std::string restFile = {};     // what followed the last whole record of a file
-  std::string message = {};      // for the operator, empty when there is nothing else to say
+  std::int64_t imported = 0;        // records read by this call and dealt with for good, whatever the outcome
+  std::int64_t refused = 0;         // of these, records that could not be stored: they are in refusedFile
+  std::string refusedFile = {};     // for importFile, when the cause is mended; several names are parted by ", "
+  std::string restFile = {};        // what followed the last whole record of a file
+  std::string phonebookFault = {};  // why calls have no name from the phonebook; empty when it could be asked
+  std::string message = {};         // for the operator, empty when there is nothing else to say
 
   // Adds what an earlier call of the same run did; outcome and message stay where there is a message.
   void addEarlier(const ImportResult& earlier);

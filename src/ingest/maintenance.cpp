@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/printf.h"
+#include "base/text.h"
 
 namespace ingest {
 
@@ -13,7 +14,20 @@ std::string notAfter(base::DateTime day) {
   return base::format("DateTime<=#%s#", day.format("%m/%d/%Y"));
 }
 
+void requireWhole(std::string_view number) {
+  constexpr int kSyntaxError = 3075;
+  if (!endsQuotes(number)) return;
+  throw jet::Error(kSyntaxError,
+                   base::format("The apostrophe in the number %s breaks the statements that it would stand "
+                                "in; nothing was changed. Write each apostrophe twice.",
+                                number));
+}
+
 }  // namespace
+
+bool endsQuotes(std::string_view text) {
+  return base::replaceAll(std::string(text), "''", "").find('\'') != std::string::npos;
+}
 
 // Same result as deleting row after row what meets the condition, but a day of calls at a time: a first run over years
 // of calls neither holds the database for its whole length nor doubles the file with its log.
@@ -35,6 +49,7 @@ std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& conf
 }
 
 void HideNumber(jet::Database& main, std::string_view number) {
+  requireWhole(number);
   jet::Transaction transaction(main);
   main.execute(base::format("update calls set hidden=1 where dialnumber='%s'", number));
   main.execute(base::format("insert into FilteredNumbers ([number]) values ('%s')", number));
@@ -42,6 +57,7 @@ void HideNumber(jet::Database& main, std::string_view number) {
 }
 
 void ShowNumber(jet::Database& main, std::string_view number) {
+  requireWhole(number);
   jet::Transaction transaction(main);
   main.execute(base::format("delete from FilteredNumbers where [number] = '%s'", number));
   main.execute(base::format("update calls set hidden=0 where dialnumber='%s'", number));

@@ -14,15 +14,19 @@ namespace ingest {
 // The result is the number of rows deleted. Nothing while the database is read-only. Throws jet::Error.
 std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& config, const platform::Clock& clock);
 
-// Hide or show all calls of a number, stored ones and those to come. The number stands in the statements as it is: an
-// apostrophe in it breaks them (jet::Error), and nothing changes then.
+// True for a text that would end the apostrophes that it stands between in a statement: one of its own is not doubled.
+[[nodiscard]] bool endsQuotes(std::string_view text);
+
+// Hide or show all calls of a number, stored ones and those to come. The number stands in the statements as it is, so
+// that two apostrophes in it are one of the number. One that is not doubled would break the statements or reach other
+// numbers' calls: jet::Error, and nothing changes.
 void HideNumber(jet::Database& main, std::string_view number);
 void ShowNumber(jet::Database& main, std::string_view number);
 
 struct RecalcOptions {
   base::DateTime firstDay;  // times of day do not count
   base::DateTime lastDay;
-  std::string provider = {};  // empty: all
+  std::string provider = {};  // empty: all; stands in the query as it is, an apostrophe has to be doubled
   bool reprice = false;
   bool reconvert = false;
   bool department = false;

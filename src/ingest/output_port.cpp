@@ -1,5 +1,6 @@
 #include "ingest/output_port.h"
 
+#include <chrono>
 #include <cstdio>
 #include <optional>
 #include <utility>
@@ -14,6 +15,8 @@ namespace ingest {
 namespace {
 // Right behind a port name of four characters and its colon; longer names are not supported.
 constexpr std::size_t kParametersAt = 5;
+// For the last lines at the close. A device that is off must not hold it up for longer.
+constexpr std::chrono::seconds kTimeToSend{5};
 }  // namespace
 
 void OutputPort::Open() {
@@ -24,6 +27,7 @@ void OutputPort::Open() {
 }
 
 void OutputPort::Close() {
+  if (writer_) writer_->drain(kTimeToSend);
   writer_.reset();
   outFile_.clear();
 }

@@ -20,7 +20,7 @@ class OutputPort : public CallOutput {
   // go to the file alone then. The device of port COMn is the machine setting "Device_COMn" (section "general"), else
   // "/dev/ttyS" and n - 1.
   void Open();
-  // Waits for the writer thread. Lines that the device did not take are dropped.
+  // Gives the device 5 seconds to send what is queued, then ends the writer thread; what is left is dropped.
   void Close();
 
   [[nodiscard]] bool isOpen() const override { return !outFile_.empty() || writer_ != nullptr; }

@@ -139,6 +139,14 @@ void recalcPeriod(const ExchangeParts& parts, const RecalcOptions& options, Reca
 
 RecalcResult Recalc(const ExchangeParts& parts, const RecalcOptions& options) {
   RecalcResult result;
+  if (endsQuotes(options.provider)) {
+    // It would choose other calls than the provider's.
+    result.error = base::format(
+        "The apostrophe in the provider's name %s breaks the query; nothing was changed. Write "
+        "each apostrophe twice.",
+        options.provider);
+    return result;
+  }
   try {
     recalcPeriod(parts, options, result);
   } catch (const jet::Error& error) {

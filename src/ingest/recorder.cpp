@@ -1,5 +1,6 @@
 #include "ingest/recorder.h"
 
+#include "base/codepage.h"
 #include "base/debug_output.h"
 #include "base/printf.h"
 #include "base/text.h"
@@ -70,9 +71,13 @@ void Recorder::setHidden(CallRow& row, const exchange::CallRecord& record, const
 void Recorder::forward(const exchange::CallRecord& record, const tariff::PricingContext& context, double priceRef) {
   if (parts_.output == nullptr || !parts_.output->isOpen() || record.incoming != 0) return;
   const std::string tax = parts_.config.ReadConfigString("OrganizationTAXE", "general", foundation::StoreDatabase, "");
-  const std::string line =
-      forwardingLine(record, context.price, parts_.currencies.Default().name, priceRef, base::leadingInteger(tax));
-  base::debugOutput(line);
+  // In single bytes, like the record that it came from: the columns of the line are counted so.
+  const int codepage = parts_.language.codepage();
+  exchange::CallRecord sent = record;
+  sent.dialledNumber = base::encode(record.dialledNumber, codepage);
+  const std::string line = forwardingLine(sent, context.price, base::encode(parts_.currencies.Default().name, codepage),
+                                          priceRef, base::leadingInteger(tax));
+  base::debugOutput(base::decode(line, codepage));
   parts_.output->SendLine(line);
 }
 

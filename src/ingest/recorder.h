@@ -54,7 +54,8 @@ class Recorder {
   std::optional<CallFields> fields_;
 };
 
-// The line that tells other devices of an outgoing call. `taxPercent` is added to the last figure.
+// The line that tells other devices of an outgoing call; its texts stand in it byte for byte. `taxPercent` is added to
+// the last figure.
 std::string forwardingLine(const exchange::CallRecord& record, double price, std::string_view referenceCurrency,
                            double priceRef, int taxPercent);
 

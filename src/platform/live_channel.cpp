@@ -1,6 +1,8 @@
 #include "platform/live_channel.h"
 
+#include <poll.h>
 #include <sys/epoll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -21,6 +23,18 @@ namespace {
 constexpr std::size_t kHeaderSize = 8;
 // Larger than any record: a longer message is seen to be too long instead of being cut to a right size.
 constexpr std::size_t kMessageLimit = 1024;
+constexpr std::size_t kMostConnections = 1024;
+// Between two attempts to take in a sender that waits.
+constexpr std::chrono::milliseconds kBetweenTries{500};
+
+// The process's descriptors but for those that its files need.
+std::size_t connectionsAllowed() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return kMostConnections;
+  const auto descriptors = static_cast<std::size_t>(limit.rlim_cur);
+  const std::size_t forFiles = std::clamp<std::size_t>(descriptors / 8, 24, 128);
+  return descriptors <= forFiles ? 1 : std::min(descriptors - forFiles, kMostConnections);
+}
 
 [[noreturn]] void fail(const std::filesystem::path& socket, const std::string& what) {
   throw std::runtime_error("Live channel " + socket.string() + ": " + what);
@@ -53,6 +67,12 @@ void removeStale(const std::filesystem::path& socket, const sockaddr_un& address
   std::filesystem::remove(socket, ignored);
 }
 
+// A message or its end; of the listener: a sender that waits.
+bool isReadable(int descriptor) {
+  pollfd waiting{descriptor, POLLIN, 0};
+  return poll(&waiting, 1, 0) > 0;
+}
+
 void watch(int poll, int descriptor) {
   epoll_event event{};
   event.events = EPOLLIN;
@@ -72,31 +92,47 @@ void putWord(unsigned char* to, std::uint32_t value) {
 
 }  // namespace
 
-LiveChannelServer::LiveChannelServer(std::filesystem::path socket, LiveRecordHandler handler)
-    : path_(std::move(socket)), handler_(std::move(handler)) {
-  const sockaddr_un address = addressOf(path_);
+LiveChannelServer::LiveChannelServer(std::filesystem::path socket, LiveRecordHandler handler,
+                                     std::function<void()> importAsked, std::chrono::milliseconds idleTime)
+    : path_(std::move(socket)),
+      handler_(std::move(handler)),
+      importAsked_(std::move(importAsked)),
+      idleTime_(idleTime),
+      mostConnections_(connectionsAllowed()) {
   std::error_code ignored;
   std::filesystem::create_directories(path_.parent_path(), ignored);
-  removeStale(path_, address);
-  listener_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  poll_ = epoll_create1(EPOLL_CLOEXEC);
-  // Made without rights for others from the start, so that nobody slips in before the mode is set.
-  const mode_t before = umask(0177);
-  const bool bound =
-      listener_ >= 0 && bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  const int reason = errno;
-  umask(before);
-  if (!bound || poll_ < 0 || chmod(path_.c_str(), 0660) != 0 || listen(listener_, 64) != 0) {
+  removeStale(path_, addressOf(path_));
+  listenOn();
+}
+
+void LiveChannelServer::listenOn() {
+  const sockaddr_un address = addressOf(path_);
+  bool bound = false;
+  const auto check = [&](bool done) {
+    if (done) return;
+    const int reason = errno;
     if (listener_ >= 0) close(listener_);
     if (poll_ >= 0) close(poll_);
+    if (bound) unlink(path_.c_str());
     fail(path_, std::string("cannot listen (") + std::strerror(reason) +
                     "). Check the rights on the folder or set LiveSocket to another place.");
-  }
+  };
+  check((listener_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) >= 0);
+  check((poll_ = epoll_create1(EPOLL_CLOEXEC)) >= 0);
+  // Made without rights for others from the start, so that nobody slips in before the mode is set.
+  const mode_t before = umask(0177);
+  bound = bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  const int reason = errno;
+  umask(before);
+  errno = reason;
+  check(bound);
+  check(chmod(path_.c_str(), 0660) == 0);
+  check(listen(listener_, SOMAXCONN) == 0);
   watch(poll_, listener_);
 }
 
 LiveChannelServer::~LiveChannelServer() {
-  for (const int connection : connections_) close(connection);
+  for (const Connection& connection : connections_) close(connection.descriptor);
   close(listener_);
   close(poll_);
   std::error_code ignored;
@@ -114,15 +150,38 @@ void LiveChannelServer::process() {
       serveConnection(descriptor);
     }
   }
+  if (full_ && Clock::now() - lastTried_ >= kBetweenTries) letWaitingIn();
 }
 
 void LiveChannelServer::acceptAll() {
-  for (;;) {
+  while (connections_.size() < mostConnections_) {
     const int connection = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    if (connection < 0) return;
+    if (connection < 0 && (errno == EINTR || errno == ECONNABORTED)) continue;
+    if (connection < 0 && errno == EAGAIN) return;
+    if (connection < 0) break;  // no descriptor left
     watch(poll_, connection);
-    connections_.push_back(connection);
+    connections_.push_back({connection, Clock::now()});
   }
+  if (!isReadable(listener_)) return;
+  full_ = true;
+  lastTried_ = Clock::now();
+  epoll_ctl(poll_, EPOLL_CTL_DEL, listener_, nullptr);
+}
+
+void LiveChannelServer::letWaitingIn() {
+  if (isReadable(listener_)) closeIdle();
+  full_ = false;
+  watch(poll_, listener_);
+  acceptAll();
+}
+
+void LiveChannelServer::closeIdle() {
+  const Clock::time_point oldest = Clock::now() - idleTime_;
+  std::vector<int> idle;
+  for (const Connection& connection : connections_) {
+    if (connection.lastHeard < oldest && !isReadable(connection.descriptor)) idle.push_back(connection.descriptor);
+  }
+  for (const int descriptor : idle) drop(descriptor);
 }
 
 // One message a turn, so that a busy sender does not keep the others waiting.
@@ -130,24 +189,38 @@ void LiveChannelServer::serveConnection(int connection) {
   std::array<unsigned char, kMessageLimit> message{};
   const ssize_t size = recv(connection, message.data(), message.size(), 0);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
-  bool keep = size > 0;
-  if (keep) {
-    const std::int32_t result = handle({message.data(), static_cast<std::size_t>(size)});
-    std::array<unsigned char, 4> answer{};
-    putWord(answer.data(), static_cast<std::uint32_t>(result));
-    keep = ::send(connection, answer.data(), answer.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(answer.size());
+  if (size > 0 && answer(connection, {message.data(), static_cast<std::size_t>(size)})) return;
+  drop(connection);
+  if (full_) letWaitingIn();
+}
+
+// False when the sender is gone.
+bool LiveChannelServer::answer(int connection, std::span<const unsigned char> message) {
+  for (Connection& each : connections_) {
+    if (each.descriptor == connection) each.lastHeard = Clock::now();
   }
-  if (!keep) {
-    close(connection);
-    connections_.erase(std::remove(connections_.begin(), connections_.end(), connection), connections_.end());
-  }
+  std::array<unsigned char, 4> result{};
+  putWord(result.data(), static_cast<std::uint32_t>(handle(message)));
+  return ::send(connection, result.data(), result.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(result.size());
+}
+
+void LiveChannelServer::drop(int connection) {
+  close(connection);
+  std::erase_if(connections_, [connection](const Connection& each) { return each.descriptor == connection; });
 }
 
 std::int32_t LiveChannelServer::handle(std::span<const unsigned char> message) const {
-  if (message.size() < kHeaderSize || wordAt(message, 0) != kLiveRecordTag) return 0;
-  const std::uint32_t size = wordAt(message, 4);
-  if (size != message.size() - kHeaderSize) return 0;
-  return handler_(message.subspan(kHeaderSize));
+  if (message.size() < kHeaderSize || wordAt(message, 4) != message.size() - kHeaderSize) return 0;
+  switch (wordAt(message, 0)) {
+    case kLiveRecordTag:
+      return handler_(message.subspan(kHeaderSize));
+    case kImportRequestTag:
+      if (!importAsked_ || message.size() != kHeaderSize) return 0;
+      importAsked_();
+      return 1;
+    default:
+      return 0;
+  }
 }
 
 LiveChannelClient::LiveChannelClient(const std::filesystem::path& socket) {
@@ -165,10 +238,18 @@ LiveChannelClient::~LiveChannelClient() {
 }
 
 std::int32_t LiveChannelClient::send(std::span<const unsigned char> record) {
-  std::vector<unsigned char> message(kHeaderSize + record.size());
-  putWord(message.data(), kLiveRecordTag);
-  putWord(message.data() + 4, static_cast<std::uint32_t>(record.size()));
-  std::copy(record.begin(), record.end(), message.begin() + kHeaderSize);
+  return exchange(kLiveRecordTag, record);
+}
+
+std::int32_t LiveChannelClient::requestImport() {
+  return exchange(kImportRequestTag, {});
+}
+
+std::int32_t LiveChannelClient::exchange(std::uint32_t tag, std::span<const unsigned char> bytes) {
+  std::vector<unsigned char> message(kHeaderSize + bytes.size());
+  putWord(message.data(), tag);
+  putWord(message.data() + 4, static_cast<std::uint32_t>(bytes.size()));
+  std::copy(bytes.begin(), bytes.end(), message.begin() + kHeaderSize);
   std::array<unsigned char, 4> answer{};
   if (::send(descriptor_, message.data(), message.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(message.size()) ||
       recv(descriptor_, answer.data(), answer.size(), 0) != static_cast<ssize_t>(answer.size())) {

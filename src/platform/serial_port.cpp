@@ -87,7 +87,7 @@ SerialPort& SerialPort::operator=(SerialPort&& other) noexcept {
 SerialPort::~SerialPort() {
   if (descriptor_ < 0) return;
   // Closing waits for the line to take what it holds, half a minute where the device is off: it has had its time.
-  ::tcflush(descriptor_, TCOFLUSH);
+  if (isSending()) ::tcflush(descriptor_, TCOFLUSH);
   ::close(descriptor_);
 }
 
@@ -122,6 +122,14 @@ std::size_t SerialPort::write(std::string_view bytes, std::chrono::milliseconds 
   if (::poll(&ready, 1, static_cast<int>(wait)) <= 0) return 0;
   const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
   return written > 0 ? static_cast<std::size_t>(written) : 0;
+}
+
+bool SerialPort::isSending() const {
+  int waiting = 0;
+  if (::ioctl(descriptor_, TIOCOUTQ, &waiting) == 0 && waiting > 0) return true;
+  // The transmitter's own few bytes, where the device tells of them.
+  unsigned int state = 0;
+  return ::ioctl(descriptor_, TIOCSERGETLSR, &state) == 0 && (state & TIOCSER_TEMT) == 0;
 }
 
 }  // namespace platform

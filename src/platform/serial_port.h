@@ -30,6 +30,9 @@ class SerialPort {
   // result is the number of bytes taken, 0 on an error.
   std::size_t write(std::string_view bytes, std::chrono::milliseconds limit);
 
+  // True while the device holds bytes that it took and did not send yet.
+  [[nodiscard]] bool isSending() const;
+
  private:
   explicit SerialPort(int descriptor) : descriptor_(descriptor) {}
   int descriptor_ = -1;

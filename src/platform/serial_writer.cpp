@@ -29,6 +29,17 @@ bool SerialWriter::queue(std::string_view text) {
   return true;
 }
 
+bool SerialWriter::drain(std::chrono::milliseconds limit) {
+  constexpr std::chrono::milliseconds kBetweenLooks{10};
+  const auto end = std::chrono::steady_clock::now() + limit;
+  std::unique_lock guard(lock_);
+  while (queued_ > 0 || pending_ > 0 || port_.isSending()) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    stopped_.wait_for(guard, kBetweenLooks);
+  }
+  return true;
+}
+
 bool SerialWriter::waitForStop() {
   std::unique_lock guard(lock_);
   return stopped_.wait_for(guard, kRound, [this] { return stop_; });
@@ -43,9 +54,13 @@ void SerialWriter::run() {
       if (queued_ > 0 && queued_ <= kQueueSize - pending.size()) {
         pending.append(queue_.data(), queued_);
         queued_ = 0;
+        pending_ = pending.size();
       }
     }
-    if (!pending.empty()) pending.erase(0, port_.write(pending, kRound));
+    if (pending.empty()) continue;
+    pending.erase(0, port_.write(pending, kRound));
+    const std::lock_guard guard(lock_);
+    pending_ = pending.size();
   }
 }
 

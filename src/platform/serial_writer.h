@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
@@ -25,14 +26,18 @@ class SerialWriter {
   // False, and nothing queued, when the text does not fit in what is left of the queue.
   bool queue(std::string_view text);
 
+  // Waits until the device has sent everything that was queued, `limit` at most; false when it had not by then.
+  bool drain(std::chrono::milliseconds limit);
+
  private:
   void run();
   bool waitForStop();
 
-  SerialPort port_;  // the thread's alone once it runs
+  SerialPort port_;  // written by the thread alone once it runs
   std::mutex lock_;
   std::array<char, kQueueSize> queue_{};
   std::size_t queued_ = 0;
+  std::size_t pending_ = 0;  // bytes that the thread took and did not write yet
   bool stop_ = false;
   std::condition_variable stopped_;
   std::thread thread_;

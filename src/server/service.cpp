@@ -56,18 +56,21 @@ int millisecondsUntil(Clock::time_point when) {
   return left < 0 ? 0 : static_cast<int>(left);
 }
 
-std::unique_ptr<platform::LiveChannelServer> openChannel(CServerDoc& document, platform::LiveRecordHandler handler) {
+std::unique_ptr<platform::LiveChannelServer> openChannel(CServerDoc& document, platform::LiveRecordHandler handler,
+                                                         std::function<void()> importAsked) {
   const std::string configured =
       document.app().config().ReadConfigString("LiveSocket", "general", foundation::StoreMachine, "");
   return std::make_unique<platform::LiveChannelServer>(
-      configured.empty() ? platform::defaultLiveSocket() : base::systemPath(configured), std::move(handler));
+      configured.empty() ? platform::defaultLiveSocket() : base::systemPath(configured), std::move(handler),
+      std::move(importAsked));
 }
 
 }  // namespace
 
-std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document) {
+std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document, std::function<void()> importAsked) {
   return openChannel(
-      document, [&document](std::span<const unsigned char> record) { return document.liveRecorder().record(record); });
+      document, [&document](std::span<const unsigned char> record) { return document.liveRecorder().record(record); },
+      std::move(importAsked));
 }
 
 Service::Service(CServerDoc& document, std::function<void(const std::string&)> say, ServiceTimes times)
@@ -89,8 +92,9 @@ void Service::run() {
     stopped = stopped || eventfd_read(stopEvent_, &count) == 0;
     return signals.take() || stopped;
   };
-  const auto channel =
-      openChannel(document_, [this](std::span<const unsigned char> record) { return takeLiveRecord(record); });
+  const auto channel = openChannel(
+      document_, [this](std::span<const unsigned char> record) { return takeLiveRecord(record); },
+      [this] { importAsked_ = true; });
   say_(base::format("Serving %s; live calls on %s.", document_.database().path().string(), channel->socket().string()));
   const ingest::ImportOptions options{.shouldStop = ended};
   auto nextImport = Clock::now() + times_.import;
@@ -100,11 +104,13 @@ void Service::run() {
         {{channel->descriptor(), POLLIN, 0}, {signals.descriptor(), POLLIN, 0}, {stopEvent_, POLLIN, 0}}};
     poll(wait.data(), wait.size(), millisecondsUntil(std::min(nextImport, nextRefresh)));
     channel->process();
+    sayWhenFull(*channel);
     if (Clock::now() >= nextRefresh) {
       refreshNow();
       nextRefresh = Clock::now() + times_.refresh;
     }
-    if (Clock::now() >= nextImport) {
+    if (importAsked_ || Clock::now() >= nextImport) {
+      importAsked_ = false;
       importNow(options);
       sayLiveCounts();
       nextImport = Clock::now() + times_.import;
@@ -125,6 +131,16 @@ void Service::sayLiveCounts() {
   if (liveRefused_ > 0) say_(base::format("Refused %d live calls: see the audit log.", liveRefused_));
   liveRecorded_ = 0;
   liveRefused_ = 0;
+}
+
+// Once, however often it happens: the journal is not for each sender that comes and goes.
+void Service::sayWhenFull(const platform::LiveChannelServer& channel) {
+  if (!channel.full() || saidFull_) return;
+  saidFull_ = true;
+  say_(
+      base::format("%d senders of live calls are connected, more than that must wait until one leaves. Raise the limit "
+                   "of open files (LimitNOFILE) when they are all needed.",
+                   channel.connections()));
 }
 
 void Service::refreshNow() {
@@ -155,6 +171,10 @@ void Service::importNow(const ingest::ImportOptions& options) {
   }
   if (!result.restFile.empty()) {
     say_(base::format("What could not be read of the monitor's file is kept in %s.", result.restFile));
+  }
+  if (!result.phonebookFault.empty() && result.phonebookFault != saidPhonebookFault_) {
+    say_(result.phonebookFault);
+    saidPhonebookFault_ = result.phonebookFault;
   }
   if (result.message.empty()) {
     clear(importFault_);

@@ -17,7 +17,8 @@ inline constexpr std::chrono::milliseconds kImportInterval{60000};
 inline constexpr std::chrono::milliseconds kRefreshInterval{3000};
 
 // The live channel of a document, at setting `LiveSocket` (machine store, section "general") or its default place.
-std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document);
+// `importAsked` is called when a sender asks for an import of the monitor's file.
+std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document, std::function<void()> importAsked);
 
 struct ServiceTimes {
   std::chrono::milliseconds import = kImportInterval;
@@ -46,6 +47,7 @@ class Service {
   void refreshNow();
   void importNow(const ingest::ImportOptions& options);
   void sayLiveCounts();
+  void sayWhenFull(const platform::LiveChannelServer& channel);
   void note(std::string& fault, const std::string& text);
   void clear(std::string& fault);
   void writeHeldEntries();
@@ -65,6 +67,9 @@ class Service {
   std::vector<HeldEntry> heldEntries_;  // not yet in the audit log
   std::int64_t liveRecorded_ = 0;       // since they were last said
   std::int64_t liveRefused_ = 0;
+  bool importAsked_ = false;  // by a sender, since the last import
+  bool saidFull_ = false;
+  std::string saidPhonebookFault_;
 };
 
 }  // namespace server

@@ -227,7 +227,11 @@ void CMainFrame::start() {
 
 void CMainFrame::openLiveChannel() {
   try {
-    live_ = server::openLiveChannel(document_);
+    // Not at once: the sender still waits for its answer.
+    live_ = server::openLiveChannel(document_, [this] {
+      importAsked_ = true;
+      QTimer::singleShot(0, this, &CMainFrame::importWhenAsked);
+    });
   } catch (const std::exception& error) {
     say(toQt(error.what()));
   }
@@ -300,11 +304,21 @@ void CMainFrame::importCalls() {
   // Who answered to go on is still there, and must know where the calls are.
   if (result.refused > 0) return person_.messageBox(kept);
   if (!kept.empty()) return;
+  if (!result.phonebookFault.empty()) say(toQt(result.phonebookFault));
   if (!result.message.empty()) say(toQt(result.message));
+}
+
+// By a sender on the live channel; while something else runs, the next refresh does it.
+void CMainFrame::importWhenAsked() {
+  if (!importAsked_ || person_.busy()) return;
+  importAsked_ = false;
+  importCalls();
 }
 
 void CMainFrame::refreshFromOtherCopies() {
   if (person_.busy()) return;
+  if (live_) live_->process();
+  importWhenAsked();
   try {
     document_.refresh();
     const folders::FolderView* folder = list_->model().folder();

@@ -61,6 +61,7 @@ class CMainFrame : public QMainWindow {
   void restorePlacement();
   void savePlacement();
   void openLiveChannel();
+  void importWhenAsked();
   void refreshFromOtherCopies();
   void showFilter();
   void showDetails();
@@ -105,6 +106,7 @@ class CMainFrame : public QMainWindow {
   QTimer importTimer_;
   QTimer refreshTimer_;
   std::unique_ptr<platform::LiveChannelServer> live_;
+  bool importAsked_ = false;  // by a sender, since the last import
   std::unique_ptr<QSocketNotifier> liveNotifier_;
 };
 

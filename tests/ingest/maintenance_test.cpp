@@ -50,6 +50,30 @@ TEST_F(MaintenanceTest, RetentionKeepsTodayAndTheDaysBefore) {
   }
 }
 
+TEST_F(MaintenanceTest, AnApostropheIsTakenDoubledAndRefusedAlone) {
+  exchange::CallRecord call = sampleCall("0213'45");
+  call.incoming = 1;  // its price needs no statement with the number
+  add(call);
+  add();
+  HideNumber(*copy.main, "0213''45");
+  EXPECT_EQ(copy.value("select count(*) as n from Calls where hidden <> 0"), "1");
+  EXPECT_EQ(copy.value("select [number] from FilteredNumbers"), "0213'45");
+  for (const char* number : {"0213'45", "x' or '1'='1", "'''"}) {
+    EXPECT_THROW(HideNumber(*copy.main, number), jet::Error) << number;
+    EXPECT_THROW(ShowNumber(*copy.main, number), jet::Error) << number;
+  }
+  EXPECT_EQ(copy.value("select count(*) as n from Calls where hidden <> 0"), "1");
+  ShowNumber(*copy.main, "0213''45");
+  EXPECT_EQ(copy.value("select count(*) as n from Calls where hidden <> 0"), "0");
+
+  RecalcOptions options = march();
+  options.names = true;
+  options.provider = "x' or '1'='1";
+  const RecalcResult result = Recalc(copy.parts, options);
+  EXPECT_EQ(result.rows, 0);
+  EXPECT_NE(result.error.find("apostrophe"), std::string::npos);
+}
+
 TEST_F(MaintenanceTest, RetentionLeavesCallsWithoutADate) {
   exchange::CallRecord call = sampleCall();
   call.month = 13;

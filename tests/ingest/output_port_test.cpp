@@ -45,6 +45,16 @@ TEST_F(OutputPortTest, TheFileTakesOutgoingCallsOnly) {
   EXPECT_NE(outFile(), "");
 }
 
+TEST_F(OutputPortTest, LinesAreInTheCodePageOfTheRecords) {
+  set("OutFile", (files.folder / "out.txt").string());
+  copy.output.Open();
+  exchange::CallRecord call = support::sampleCall("345\u00e9");
+  copy.recorder.AddRecord(call);
+  const std::string line = outFile();
+  EXPECT_EQ(line.substr(0, 31), "345\xe9                           ");
+  EXPECT_EQ(line.size(), forwardingLine(support::sampleCall(), 0, "RON", 0, 0).size());
+}
+
 TEST_F(OutputPortTest, AFileThatCannotBeOpenedIsPassedOver) {
   set("OutFile", (files.folder / "no" / "out.txt").string());
   copy.output.Open();

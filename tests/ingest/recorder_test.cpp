@@ -59,6 +59,8 @@ TEST_F(RecorderTest, CallsAreStoredByTheseRules) {
        "Maria"},
       {"more than digits is not cut to a subscriber", [](auto& call) { call.dialledNumber = "3456789*1"; }, "Name", ""},
       {"an unknown number has no name", [](auto& call) { call.dialledNumber = "7777777"; }, "Name", ""},
+      {"a wildcard in the number finds nobody else", [](auto& call) { call.dialledNumber = "99?9999"; }, "Name", ""},
+      {"nor does a bracket", [](auto& call) { call.dialledNumber = "[9]9999"; }, "Name", ""},
       {"three characters are not looked up", [](auto& call) { call.dialledNumber = "999"; }, "Name", ""},
       {"four are", [](auto& call) { call.dialledNumber = "9999"; }, "Name", "Maria"},
       {"1 h 2 min 3 s is 3723 seconds", [](auto& call) { call.setDuration(3723); }, "TotalTime", "3723"},

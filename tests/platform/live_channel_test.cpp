@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <memory>
 #include <numeric>
 #include <stdexcept>
 #include <thread>
@@ -32,7 +34,8 @@ class ServingThread {
     thread_ = std::thread([this, &server] {
       while (!stop_) {
         pollfd wait{server.descriptor(), POLLIN, 0};
-        if (poll(&wait, 1, 20) > 0) server.process();
+        poll(&wait, 1, 20);
+        server.process();
       }
     });
   }
@@ -111,6 +114,62 @@ TEST(LiveChannel, TakesTheSocketOfADeadServerButNotOfALivingOne) {
     EXPECT_THROW(LiveChannelServer(socket, nullptr), std::runtime_error);
   }
   EXPECT_FALSE(std::filesystem::exists(socket));
+}
+
+TEST(LiveChannel, ARequestToImportIsAnsweredAndPassedOn) {
+  const auto socket = scratchFolder() / "live.sock";
+  std::atomic<int> asked = 0;
+  LiveChannelServer server(
+      socket, [](std::span<const unsigned char>) { return 0; }, [&asked] { ++asked; });
+  const ServingThread serving(server);
+  LiveChannelClient client(socket);
+  EXPECT_EQ(client.requestImport(), 1);
+  EXPECT_EQ(client.send(std::vector<unsigned char>(156)), 0);
+  EXPECT_EQ(client.requestImport(), 1);
+  EXPECT_EQ(asked, 2);
+}
+
+// A server that is made while few descriptors are allowed: 8 senders at most.
+std::unique_ptr<LiveChannelServer> smallServer(const std::filesystem::path& socket,
+                                               std::chrono::milliseconds idleTime) {
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit few{32, before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &few);
+  auto server = std::make_unique<LiveChannelServer>(
+      socket, [](std::span<const unsigned char>) { return 1; }, std::function<void()>(), idleTime);
+  setrlimit(RLIMIT_NOFILE, &before);
+  return server;
+}
+
+TEST(LiveChannel, ASenderThatWaitsIsServedWhenOneLeaves) {
+  const auto socket = scratchFolder() / "live.sock";
+  const auto server = smallServer(socket, LiveChannelServer::kIdleTime);
+  std::vector<std::unique_ptr<LiveChannelClient>> senders;
+  for (int i = 0; i < 8; ++i) senders.push_back(std::make_unique<LiveChannelClient>(socket));
+  server->process();
+  EXPECT_FALSE(server->full());
+  LiveChannelClient late(socket);
+  server->process();
+  EXPECT_TRUE(server->full());
+  EXPECT_EQ(server->connections(), 8u);
+  pollfd wait{server->descriptor(), POLLIN, 0};
+  EXPECT_EQ(poll(&wait, 1, 50), 0) << "the loop would spin";
+
+  const ServingThread serving(*server);
+  senders.pop_back();
+  EXPECT_EQ(late.send(std::vector<unsigned char>(156)), 1);
+  EXPECT_EQ(senders.front()->send(std::vector<unsigned char>(156)), 1);
+}
+
+TEST(LiveChannel, SilentSendersMakeRoomForThoseThatWait) {
+  const auto socket = scratchFolder() / "live.sock";
+  const auto server = smallServer(socket, std::chrono::milliseconds(100));
+  std::vector<std::unique_ptr<LiveChannelClient>> senders;
+  for (int i = 0; i < 9; ++i) senders.push_back(std::make_unique<LiveChannelClient>(socket));
+  const ServingThread serving(*server);
+  EXPECT_EQ(senders.back()->send(std::vector<unsigned char>(156)), 1);
+  EXPECT_THROW(senders.front()->send(std::vector<unsigned char>(156)), std::runtime_error);
 }
 
 TEST(InstanceLock, IsHeldOnceAndFreedByItsHolder) {

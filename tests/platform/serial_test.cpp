@@ -127,6 +127,20 @@ TEST(SerialWriterTest, TakesWhatFillsTheQueueExactlyAndNotAByteMore) {
   EXPECT_TRUE(writer.queue(""));
 }
 
+TEST(SerialWriterTest, WhatWasQueuedIsSentBeforeTheEnd) {
+  SerialLine line;
+  {
+    SerialWriter writer(line.port());
+    ASSERT_TRUE(writer.queue("the last call of the day\r\n"));
+    EXPECT_TRUE(writer.drain(std::chrono::seconds(5)));
+  }
+  EXPECT_EQ(line.read(26), "the last call of the day\r\n");
+  SerialWriter stuck(line.port("baud=110"));
+  while (stuck.queue(std::string(1000, 'x'))) {
+  }
+  EXPECT_FALSE(stuck.drain(std::chrono::milliseconds(300)));
+}
+
 TEST(SerialWriterTest, AReaderThatStoppedDoesNotHoldUpTheClose) {
   SerialLine line;
   const auto begin = std::chrono::steady_clock::now();

@@ -142,8 +142,8 @@ TEST(DamageTest, ADamagedPhonebookIsToldOnceARun) {
   const auto result = copy.document.importMonitorFile();
   EXPECT_EQ(result.outcome, ingest::ImportResult::Outcome::Done);
   EXPECT_EQ(result.refused, 0);
-  EXPECT_NE(result.message.find("phonebook.mdb: the table Bucharest lacks the column Firstname"), std::string::npos)
-      << result.message;
+  const std::string missing = "phonebook.mdb: the table Bucharest lacks the column Firstname";
+  EXPECT_NE(result.phonebookFault.find(missing), std::string::npos) << result.phonebookFault;
   EXPECT_EQ(place.value("select count(*) as n from Log where [Level] = 9"), "1");
   EXPECT_EQ(place.value("select count(*) as n from Calls where Name is null"), std::to_string(kRecords));
 }

@@ -16,7 +16,7 @@ constexpr ServiceTimes kQuick{.import = std::chrono::milliseconds(40), .refresh 
 // The service's loop on a thread of its own; stopped at the end.
 class RunningService {
  public:
-  explicit RunningService(const Installation& place) : place_(place), copy_(place) {
+  explicit RunningService(const Installation& place, ServiceTimes times = kQuick) : place_(place), copy_(place) {
     if (!copy_.start()) throw std::runtime_error("the start failed");
     service_ = std::make_unique<Service>(
         copy_.document,
@@ -24,7 +24,7 @@ class RunningService {
           const std::lock_guard hold(lock_);
           lines_ += line + "\n";
         },
-        kQuick);
+        times);
     thread_ = std::thread([this] { service_->run(); });
     waitFor("Serving");
   }
@@ -85,6 +85,15 @@ TEST(ServiceTest, TakesLiveCallsAndTheMonitorsFile) {
   EXPECT_EQ(place.value("select count(*) as n from Calls"), "14");
   EXPECT_EQ(place.value("select count(*) as n from Log where [Desc] = 'IDS_LOG_LOGOUT'"), "1");
   EXPECT_FALSE(std::filesystem::exists(place.files.folder / "live.sock"));
+}
+
+TEST(ServiceTest, ImportsWhenASenderAsksForIt) {
+  const Installation place;
+  RunningService service(place, {.import = std::chrono::hours(1), .refresh = std::chrono::hours(1)});
+  place.files.writeMonitorFile(support::sampleRecords(4));
+  platform::LiveChannelClient client(place.files.folder / "live.sock");
+  EXPECT_EQ(client.requestImport(), 1);
+  EXPECT_TRUE(service.waitFor("Imported 4 calls"));
 }
 
 TEST(ServiceTest, SaysALostFolderOnceAndCatchesUp) {

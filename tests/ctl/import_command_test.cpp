@@ -1,0 +1,63 @@
+// What an operator is told of calls that an import could not store.
+
+#include <fstream>
+
+#include "exchange/call_record.h"
+#include "support/tallyctl.h"
+
+namespace {
+
+bool contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+class ImportCommand : public ::testing::Test, protected TallyctlRun {
+ protected:
+  void append(const std::string& bytes) const {
+    std::ofstream(path("data/monitor/monitor.data"), std::ios::binary | std::ios::app) << bytes;
+  }
+  bool changeFile(const char* file, const char* sql) const {
+    sqlite3* database = nullptr;
+    sqlite3_open(path(file).c_str(), &database);
+    const bool done = sqlite3_exec(database, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(database);
+    return done;
+  }
+};
+
+TEST_F(ImportCommand, ARefusedCallIsCountedNamedAndTheStatusTellsOfIt) {
+  makeSample(10);
+  succeed("sample-calls 5 --out data/monitor/monitor.data --seed 6");
+  exchange::CallRecord broken;
+  broken.dialledNumber = "02\"1";
+  broken.trunk = 1;
+  append(exchange::encodeRecord(broken, false, 1252) + "torn");
+  const Result result = run("import");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "imported 6\n");
+  EXPECT_TRUE(contains(result.err, "1 refused, kept in " + path("data/monitor/monitor.data.bk.refused.1").string()))
+      << result.err;
+  EXPECT_TRUE(contains(result.err, "monitor.data.bk.rest.1")) << result.err;
+  EXPECT_EQ(stored("select count(*) from Calls")[0][0], "15");
+
+  const Result again = run("import --file data/monitor/monitor.data.bk.refused.1");
+  EXPECT_EQ(again.status, 1);
+  EXPECT_TRUE(contains(again.err, "monitor.data.bk.refused.2")) << again.err;
+  EXPECT_EQ(run("import").out, "imported 0\n");
+}
+
+TEST_F(ImportCommand, AFaultOfADatabaseNamesItAndKeepsTheFile) {
+  makeSample(10);
+  succeed("sample-calls 50 --out data/monitor/monitor.data --seed 6");
+  ASSERT_TRUE(changeFile("data/tariffs.mdb", "alter table charges rename column charge_minimum_digits to zz"));
+  const Result result = run("import");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(contains(result.err, "tariffs.mdb: the table charges lacks the column charge_minimum_digits"))
+      << result.err;
+  EXPECT_TRUE(contains(result.err, "tallyctl import --file ")) << result.err;
+  ASSERT_TRUE(changeFile("data/tariffs.mdb", "alter table charges rename column zz to charge_minimum_digits"));
+  succeed("import --file data/monitor/monitor.data.bk");
+  EXPECT_EQ(stored("select count(*) from Calls")[0][0], "60");
+}
+
+}  // namespace
