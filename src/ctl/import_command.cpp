@@ -51,7 +51,7 @@ int runImport(const Invocation& call) {
         "What is no whole call record, and all that follows it, was not read; it is kept in %s", result.restFile));
   }
   if (!result.phonebookFault.empty()) context.person().messageBox(result.phonebookFault);
-  const std::string unfinished = file ? *file : context.folder("PathMonitor") + "monitor.data.bk";
+  const std::string unfinished = file ? *file : base::withSeparator(context.folder("PathMonitor")) + "monitor.data.bk";
   const std::string trouble = troubleOf(result, unfinished);
   if (endedEarly(result) || result.refused > 0) throw Failure(trouble);
   if (!trouble.empty()) context.person().messageBox(trouble);
