@@ -14,6 +14,7 @@ constexpr CommandGroup kGroups[] = {
     {"trunk", "Trunks (lines) of the exchange, their providers and tariff profiles"},
     {"client", "Clients who own calls by account code"},
     {"provider", "Telephone providers"},
+    {"tariff", "Prices as providers send them"},
     {"currency", "Currencies and their exchange rates"},
     {"log", "The audit log"},
     {"log filter", "Which entries of the audit log are shown"},
@@ -27,12 +28,12 @@ constexpr CommandGroup kGroups[] = {
 std::vector<const Command*> allCommands() {
   std::vector<const Command*> all;
   for (const auto commands :
-       {initCommands(),     statusCommands(),    settingCommands(),     importCommands(),    folderCommands(),
-        filterCommands(),   reportCommands(),    missedCommands(),      trunkLoadCommands(), contactCommands(),
-        priceCommands(),    extensionCommands(), accountCommands(),     trunkCommands(),     clientCommands(),
-        providerCommands(), currencyCommands(),  logCommands(),         logFilterCommands(), sampleCommands(),
-        serveCommands(),    sendCommands(),      maintenanceCommands(), resetCommands(),     userCommands(),
-        groupCommands(),    passwordCommands(),  convertCommands(),     tableMoveCommands()}) {
+       {initCommands(),     statusCommands(),    settingCommands(),  importCommands(),      folderCommands(),
+        filterCommands(),   reportCommands(),    missedCommands(),   trunkLoadCommands(),   contactCommands(),
+        priceCommands(),    extensionCommands(), accountCommands(),  trunkCommands(),       clientCommands(),
+        providerCommands(), tariffCommands(),    currencyCommands(), logCommands(),         logFilterCommands(),
+        sampleCommands(),   serveCommands(),     sendCommands(),     maintenanceCommands(), resetCommands(),
+        userCommands(),     groupCommands(),     passwordCommands(), convertCommands(),     tableMoveCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

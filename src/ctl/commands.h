@@ -17,6 +17,7 @@ std::span<const Command> accountCommands();
 std::span<const Command> trunkCommands();
 std::span<const Command> clientCommands();
 std::span<const Command> providerCommands();
+std::span<const Command> tariffCommands();
 std::span<const Command> currencyCommands();
 std::span<const Command> folderCommands();
 std::span<const Command> filterCommands();

@@ -69,6 +69,16 @@ void putCharge(jet::Recordset& row, const ChargeRow& charge, std::int64_t days) 
 
 }  // namespace
 
+void addCharge(jet::Recordset& charges, const ChargeRow& charge, DayEncoding encoding) {
+  if (encoding == DayEncoding::Product) {
+    putCharge(charges, charge, productOf(charge.days));
+    return;
+  }
+  for (int day = 0; day < static_cast<int>(kPrimes.size()); ++day) {
+    if ((charge.days >> day & 1U) != 0) putCharge(charges, charge, day);
+  }
+}
+
 std::optional<unsigned> daysFromStored(DayEncoding encoding, std::int64_t stored) {
   if (encoding == DayEncoding::Plain) {
     if (stored < 0 || stored > 6) return std::nullopt;

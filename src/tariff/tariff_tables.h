@@ -73,6 +73,9 @@ struct StoredDays {
 };
 [[nodiscard]] StoredDays storedDays(const std::vector<ChargeRow>& charges);
 
+// Adds a band through a recordset over `charges`: one row, or in the plain encoding one a day.
+void addCharge(jet::Recordset& charges, const ChargeRow& charge, DayEncoding encoding);
+
 // Both throw jet::Error. Saving replaces all rows in one transaction.
 [[nodiscard]] TariffTables loadTariffTables(jet::Database& tariffs, DayEncoding encoding);
 void saveTariffTables(jet::Database& tariffs, const TariffTables& tables);
