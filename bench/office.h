@@ -103,6 +103,7 @@ class Office {
   }
 
   void filter(const filter::FilterSettings& settings) { filter_.write(settings); }
+  [[nodiscard]] const folders::FolderServices& services() const { return services_; }
 
   [[nodiscard]] std::unique_ptr<folders::FolderView> open(int folder, int sortKey = 0) {
     return std::make_unique<folders::FolderView>(*folders::findFolder(folder), services_, formatter_, sortKey);

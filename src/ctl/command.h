@@ -29,6 +29,7 @@ class WrongUsage : public std::runtime_error {
 enum class Takes {
   Nothing,  // a switch
   One,
+  Maybe,  // an option that may stand without a value
   Many,  // one or more words, positional only
 };
 

@@ -40,6 +40,7 @@ void addOption(Leaf& leaf, const OptionSpec& spec) {
   }
   holder.option = leaf.app->add_option(name, holder.values, help);
   if (spec.takes == Takes::One) holder.option->expected(1)->allow_extra_args(false);
+  if (spec.takes == Takes::Maybe) holder.option->expected(0, 1);
   if (spec.takes == Takes::One && name.starts_with("--")) holder.option->take_last();
   if (spec.required) holder.option->required();
   holder.option->type_name(spec.valueName.empty() ? "TEXT" : std::string(spec.valueName));

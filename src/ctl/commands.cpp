@@ -8,6 +8,7 @@ constexpr CommandGroup kGroups[] = {
     {"setting", "Settings of this machine and of the database"},
     {"folder", "Lists and statistics over the calls"},
     {"filter", "The filter over calls that lists, totals and reports of this machine go by"},
+    {"alarm", "Budgets and alarms: what is to be told of, and what was"},
     {"contact", "The contacts book"},
     {"extension", "Extensions of the exchange, their users and departments"},
     {"account", "Account codes and their departments"},
@@ -28,12 +29,13 @@ constexpr CommandGroup kGroups[] = {
 std::vector<const Command*> allCommands() {
   std::vector<const Command*> all;
   for (const auto commands :
-       {initCommands(),     statusCommands(),    settingCommands(),  importCommands(),      folderCommands(),
-        filterCommands(),   reportCommands(),    missedCommands(),   trunkLoadCommands(),   contactCommands(),
-        priceCommands(),    extensionCommands(), accountCommands(),  trunkCommands(),       clientCommands(),
-        providerCommands(), tariffCommands(),    currencyCommands(), logCommands(),         logFilterCommands(),
-        sampleCommands(),   serveCommands(),     sendCommands(),     maintenanceCommands(), resetCommands(),
-        userCommands(),     groupCommands(),     passwordCommands(), convertCommands(),     tableMoveCommands()}) {
+       {initCommands(),      statusCommands(),   settingCommands(),   importCommands(),    folderCommands(),
+        filterCommands(),    reportCommands(),   missedCommands(),    trunkLoadCommands(), alarmCommands(),
+        contactCommands(),   priceCommands(),    extensionCommands(), accountCommands(),   trunkCommands(),
+        clientCommands(),    providerCommands(), tariffCommands(),    currencyCommands(),  logCommands(),
+        logFilterCommands(), sampleCommands(),   serveCommands(),     sendCommands(),      maintenanceCommands(),
+        resetCommands(),     privacyCommands(),  userCommands(),      groupCommands(),     passwordCommands(),
+        convertCommands(),   tableMoveCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

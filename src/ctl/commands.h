@@ -24,6 +24,8 @@ std::span<const Command> filterCommands();
 std::span<const Command> reportCommands();
 std::span<const Command> missedCommands();
 std::span<const Command> trunkLoadCommands();
+std::span<const Command> alarmCommands();
+std::span<const Command> privacyCommands();
 std::span<const Command> contactCommands();
 std::span<const Command> logCommands();
 std::span<const Command> logFilterCommands();

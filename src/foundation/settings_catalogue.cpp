@@ -59,6 +59,7 @@ constexpr Setting kSettings[] = {
     {"general", "COMOut", M, S, ""},
     {"general", "OutFile", M, S, ""},
     {"general", "LiveSocket", M, S, ""},
+    {"general", "MailProgram", M, S, "/usr/sbin/sendmail"},
     // The desktop.
     onOff("general", "iface_Toolbar", M, "0"),
     onOff("general", "iface_Statusbar", M, "0"),
@@ -133,6 +134,8 @@ constexpr Setting kSettings[] = {
     ranged("Calls", "Ignore_short_calls", D, "-1", -1, kMostSeconds),
     {"Calls", "Seconds_not_charged", D, I, "0"},
     onOff("Calls", "ExternalPhonebook", D, "1"),
+    {"Calls", "AnonymisedBefore", D, S, ""},
+    {"Calls", "AnonymisedConfirmed", D, S, ""},
     {"Calls", "WorkingHours", D, S, "Mon-Fri 08:00-18:00"},
     ranged("Calls", "ExtCount", D, "0", 0, kMostEntries),
     ranged("Calls", "ConturiCount", D, "0", 0, kMostEntries),

@@ -4,6 +4,7 @@
 #include "foundation/change_tags.h"
 #include "foundation/config_manager.h"
 #include "foundation/language_file.h"
+#include "ingest/call_listener.h"
 #include "ingest/call_output.h"
 #include "ingest/phonebook.h"
 #include "jet/database.h"
@@ -29,6 +30,7 @@ struct ExchangeParts {
   const foundation::LanguageFile& language;
   platform::Operator& person;
   CallOutput* output;  // null: no forwarding lines
+  CallListener* listener = nullptr;
 };
 
 }  // namespace ingest

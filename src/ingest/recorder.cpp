@@ -41,8 +41,16 @@ Recording Recorder::AddRecord(exchange::CallRecord& record) {
   enrichment_.setDepartment(row, record);
   enrichment_.setOwner(row, record);
   setHidden(row, record, filteredNumbers);
+  std::optional<RecordedCall> told;
+  if (start && parts_.listener != nullptr && parts_.listener->listens()) {
+    told = recordedCall(row, record, context, *start, priceRef);
+  }
   row.write();
 
+  if (told) {
+    told->recordId = calls_->lastAddedKey();
+    parts_.listener->recorded(*told);
+  }
   forward(record, context, priceRef);
   return Recording::Recorded;
 }
@@ -62,6 +70,24 @@ void Recorder::setRawFields(CallRow& row, const exchange::CallRecord& record) co
   row.set(&CallFields::Incoming, record.incoming);
   row.set(&CallFields::Ring, record.ring);
   row.set(&CallFields::CD, record.cd);
+}
+
+// The row's texts can be read until it is written.
+RecordedCall Recorder::recordedCall(CallRow& row, const exchange::CallRecord& record,
+                                    const tariff::PricingContext& context, base::DateTime start,
+                                    double priceRef) const {
+  return {.at = start,
+          .number = record.dialledNumber,
+          .extension = row.get(&CallFields::Extension).toText(),
+          .trunk = row.get(&CallFields::Trunk).toText(),
+          .account = record.accountCode,
+          .department = row.get(&CallFields::Department).toText(),
+          .owner = row.get(&CallFields::Owner).toText(),
+          .provider = context.provider,
+          .country = row.get(&CallFields::Country).toText(),
+          .seconds = record.durationInSeconds(),
+          .incoming = record.incoming != 0,
+          .cost = priceRef};
 }
 
 void Recorder::setHidden(CallRow& row, const exchange::CallRecord& record, const jet::Snapshot& filteredNumbers) const {

@@ -45,6 +45,9 @@ class Recorder {
  private:
   void setRawFields(CallRow& row, const exchange::CallRecord& record) const;
   void setHidden(CallRow& row, const exchange::CallRecord& record, const jet::Snapshot& filteredNumbers) const;
+  [[nodiscard]] RecordedCall recordedCall(CallRow& row, const exchange::CallRecord& record,
+                                          const tariff::PricingContext& context, base::DateTime start,
+                                          double priceRef) const;
   void forward(const exchange::CallRecord& record, const tariff::PricingContext& context, double priceRef);
 
   ExchangeParts parts_;

@@ -100,6 +100,19 @@ std::vector<TableDef> mainTables() {
        .fields = {number("RecordID"), text("Name"), text("Organization"), text("Contact"), memo("Note"), number("Tip"),
                   text("Address"), text("Web"), text("Email"), text("Tel_View"), text("Tel_String"), text("Tel")},
        .indexes = {{{"RecordID"}}, {{"Name"}}}},
+      // What is to be told of, and what was.
+      {.name = "AlarmRules",
+       .fields = {autoKey("RuleID"), text("Name"), text("Kind"), text("Subject"), text("SubjectValue"), text("Measure"),
+                  text("Period"), real("LimitValue"), number("Seconds"), number("Minutes"), memo("Prefixes"),
+                  memo("Countries"), yesNo("OutsideHours"), yesNo("Enabled"), memo("Mail"), memo("Command")},
+       .indexes = {}},
+      {.name = "Alarms",
+       .fields = {autoKey("AlarmID"), date("DateTime"), text("RuleName"), text("Subject"), date("PeriodStart"),
+                  number("Step"), real("Amount"), real("LimitValue"), memo("Desc"), number("CallID"), text("AckUser"),
+                  date("AckTime"), number("Sent")},
+       .indexes = {{{"RuleName", "Subject"}}, {{"Sent"}}}},
+      // Numbers and names of calls that were made anonymous, until that is confirmed.
+      {.name = "CallsBefore", .fields = {number("CallID"), text("DialNumber"), text("Name")}, .indexes = {}},
       // How far the reading of each monitor file has come; see docs/storage.md.
       {.name = "ImportProgress",
        .fields = {memo("File"), number("Records"), real("Bytes"), text("Digest"), yesNo("StoppedByOperator")},

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "alarms/mail_text.h"
+#include "alarms/run_command.h"
 #include "base/path.h"
 #include "base/printf.h"
 #include "base/text.h"
@@ -21,6 +23,18 @@ namespace {
 constexpr std::string_view kGeneral = "general";
 constexpr std::int32_t kDatabaseVersion = 1;
 constexpr std::int32_t kUpperPanePercent = 70;
+
+// Mails through the machine's mail program, from the organisation's address.
+alarms::SendMail sendMailer(foundation::ConfigManager& config) {
+  return [&config](const std::string& to, const std::string& subject, const std::string& text) {
+    const std::string program =
+        config.ReadConfigString("MailProgram", kGeneral, foundation::StoreMachine, "/usr/sbin/sendmail");
+    const std::string from = config.ReadConfigString("OrganizationEmail", kGeneral, foundation::StoreDatabase, "");
+    return alarms::runProgram({base::systemPath(program).string(), "-oi", "-t"},
+                              alarms::mailText(from, to, subject, text))
+        .empty();
+  };
+}
 
 }  // namespace
 
@@ -190,6 +204,7 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
     parties_.load(*main_, tariffs_ ? &tariffs_->database() : nullptr);
     prices_ = std::make_unique<tariff::PriceCalculator>(config_, parties_, tariffs_.get(), log_, language_, person_);
     contacts_.Open(*main_);
+    alarms_ = std::make_unique<alarms::AlarmDesk>(alarmServices());
     recorder_ = std::make_unique<ingest::Recorder>(exchangeParts());
     recorder_->open();
     live_ = std::make_unique<ingest::LiveRecorder>(*recorder_);
@@ -205,8 +220,21 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
 }
 
 ingest::ExchangeParts CServerDoc::exchangeParts() {
-  return {*main_, tariffs_.get(), phonebook_.get(), parties_, *prices_,     currencies_, config_,
-          tags_,  log_,           language_,        person_,  output_.get()};
+  return {*main_, tariffs_.get(), phonebook_.get(), parties_, *prices_,      currencies_,  config_,
+          tags_,  log_,           language_,        person_,  output_.get(), alarms_.get()};
+}
+
+alarms::DeskServices CServerDoc::alarmServices() {
+  return {*main_, config_, parties_, currencies_, language_, log_, app_.surroundings().clock};
+}
+
+// An alarm that cannot be told now is told at the next step.
+void CServerDoc::stepAlarms() {
+  try {
+    if (alarms_) alarms_->step(sendMailer(config_));
+  } catch (const jet::Error& error) {
+    log_.WriteLog(security::LogError, "Alarms: %s", error.description());
+  }
 }
 
 void CServerDoc::firstImport() {
@@ -249,7 +277,9 @@ void CServerDoc::report(const jet::Error& error) {
 }
 
 ingest::ImportResult CServerDoc::importMonitorFile(const ingest::ImportOptions& options) {
-  return ingest::MonitorImport(*recorder_, options).run();
+  const ingest::ImportResult result = ingest::MonitorImport(*recorder_, options).run();
+  stepAlarms();
+  return result;
 }
 
 ingest::ImportResult CServerDoc::resumeStoppedImports(const ingest::ImportOptions& options) {
@@ -272,7 +302,9 @@ ingest::ImportResult CServerDoc::catchUp(const ingest::ImportOptions& options) {
 }
 
 ingest::ImportResult CServerDoc::importFile(const std::filesystem::path& file, const ingest::ImportOptions& options) {
-  return ingest::MonitorImport(*recorder_, options).importFile(file);
+  const ingest::ImportResult result = ingest::MonitorImport(*recorder_, options).importFile(file);
+  stepAlarms();
+  return result;
 }
 
 void CServerDoc::refresh() {
@@ -372,6 +404,7 @@ void CServerDoc::OnCloseDocument() {
   folderServices_.reset();
   live_.reset();
   recorder_.reset();
+  alarms_.reset();
   if (output_) output_->Close();
   prices_.reset();
   contacts_.Close();

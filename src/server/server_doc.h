@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "alarms/alarm_desk.h"
 #include "contacts/contacts_manager.h"
 #include "exchange/party_definitions.h"
 #include "filter/call_filter.h"
@@ -103,6 +104,8 @@ class CServerDoc {
   [[nodiscard]] tariff::PriceCalculator& prices() { return *prices_; }
   [[nodiscard]] contacts::ContactsManager& contactBook() { return contacts_; }
   [[nodiscard]] ingest::LiveRecorder& liveRecorder() { return *live_; }
+  // What alarms are judged with.
+  [[nodiscard]] alarms::DeskServices alarmServices();
   [[nodiscard]] filter::CallFilter& callFilter() { return filter_; }
   [[nodiscard]] filter::FilterDescription& filterDescription() { return description_; }
   // What folders and reports work on; only after a successful start.
@@ -128,6 +131,7 @@ class CServerDoc {
   bool loadReferenceData(const StartDuties& duties);
   void firstImport();
   void redenominate();
+  void stepAlarms();
   void saveDefinitions();
   [[nodiscard]] std::string describe(const jet::Error& error) const;
   void report(const jet::Error& error);
@@ -155,6 +159,7 @@ class CServerDoc {
   std::unique_ptr<ingest::Phonebook> phonebook_;
   std::unique_ptr<tariff::PriceCalculator> prices_;
   std::unique_ptr<ingest::OutputPort> output_;
+  std::unique_ptr<alarms::AlarmDesk> alarms_;
   std::unique_ptr<ingest::Recorder> recorder_;
   std::unique_ptr<ingest::LiveRecorder> live_;
 

@@ -9,6 +9,7 @@
 #include <unordered_map>
 
 #include "base/codepage.h"
+#include "base/csv_line.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "tariff/price_list_prefix.h"
@@ -31,25 +32,6 @@ constexpr std::array<std::string_view, kFields> kHeadings = {
     "connect,setup,set-up,fixed,fee,conectare,apelare,initial",
     "increment,interval,billing,step,rounding,taxare,incrementare",
     "currency,valuta,valută,moneda,monedă,curr"};
-
-std::vector<std::string> fieldsOf(std::string_view line, char separator) {
-  std::vector<std::string> fields(1);
-  bool quoted = false;
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    const char c = line[i];
-    if (c == '"' && quoted && i + 1 < line.size() && line[i + 1] == '"') {
-      fields.back() += line[++i];
-    } else if (c == '"') {
-      quoted = !quoted;
-    } else if (c == separator && !quoted) {
-      fields.emplace_back();
-    } else {
-      fields.back() += c;
-    }
-  }
-  for (std::string& field : fields) field = base::trim(field);
-  return fields;
-}
 
 char separatorOf(std::string_view line) {
   for (const char separator : {';', '\t'}) {
@@ -124,7 +106,7 @@ class Reader {
       line = decoded(line);
     }
     if (separator_ == 0 && !base::trim(line).empty()) separator_ = separatorOf(line);
-    fields = fieldsOf(line, separator_);
+    fields = base::csvFields(line, separator_);
     return true;
   }
 

@@ -1,6 +1,7 @@
 // The answers of the command line about many calls, against plain SQL over the stored ones.
 
 #include <algorithm>
+#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "support/tallyctl.h"
@@ -66,6 +67,89 @@ TEST_F(Answers, TrunkLoadInJsonAndInASentence) {
   EXPECT_GT(json("trunk-load --per hour")["busiest"].size(), json("trunk-load")["busiest"].size());
   EXPECT_NE(succeed("trunk-load").find("Erlang: "), std::string::npos);
   EXPECT_EQ(json("trunk-load --trunks 99")["peak_at"], nullptr);
+}
+
+TEST_F(Answers, AlarmsAreRaisedListedTriedAndAcknowledged) {
+  succeed("init data --sample");
+  succeed("alarm set Budget --kind budget --subject extension --measure duration --per month --limit 3600");
+  succeed("alarm set 'Abroad' --kind destination --prefix abroad --outside-hours no");
+  EXPECT_EQ(run("alarm set Wrong --kind nothing --limit 1").status, 2);
+  EXPECT_EQ(run("alarm set Wrong --kind budget").status, 2);
+  succeed("sample-calls 2000 --out data/monitor/monitor.data --seed 5 --until 2026-10-31 --days 31");
+  succeed("import");
+  const auto page = json("alarm list --last 100000");
+  EXPECT_EQ(page["rules"].size(), 2U);
+  const auto over = stored(
+      "select Extension from Calls where Incoming = 0 and [DateTime] >= '2026-10-01' group by 1 having sum(TotalTime) "
+      ">= 3600");
+  std::size_t full = 0;
+  for (const auto& alarm : page["alarms"]) full += alarm["rule"] == "Budget" && alarm["step"] == 100 ? 1 : 0;
+  EXPECT_EQ(full, over.size());
+  EXPECT_GT(full, 0U);
+  // What a rule would have told is what it told.
+  for (const char* rule : {"Budget", "Abroad"}) {
+    std::size_t told = 0;
+    for (const auto& alarm : page["alarms"]) told += alarm["rule"] == rule ? 1 : 0;
+    EXPECT_EQ(json(std::string("alarm try ") + rule + " --month 2026-10")["alarms"].size(), told) << rule;
+  }
+  const std::string id = std::to_string(page["alarms"][0]["id"].get<int>());
+  succeed("alarm acknowledge " + id);
+  EXPECT_EQ(run("alarm acknowledge " + id).status, 1);
+  EXPECT_EQ(json("alarm list --last 1")["alarms"][0]["acknowledged_by"], "admin");
+  // To a file and back.
+  std::ofstream(path("rules.csv")) << succeed("alarm list --format csv");
+  succeed("alarm delete Budget");
+  EXPECT_EQ(run("alarm delete Budget").status, 1);
+  succeed("alarm set --file rules.csv");
+  EXPECT_EQ(json("alarm list")["rules"], page["rules"]);
+  std::ofstream(path("wrong.csv")) << "Name,Colour\nx,red\n";
+  EXPECT_EQ(run("alarm set --file wrong.csv").status, 1);
+}
+
+TEST_F(Answers, APersonIsPrintedAndForgotten) {
+  makeSample(400);
+  const std::string number = stored("select DialNumber from Calls where DialNumber like '07%' limit 1")[0][0];
+  const std::string international = "+40" + number.substr(1);
+  const auto page = json("forget " + international);
+  EXPECT_EQ(page["erased"], false);
+  EXPECT_GE(page["rows"].size(), 1U);
+  const std::string sum = stored("select sum(Price_Ref), count(*) from Calls")[0][0];
+  EXPECT_EQ(run("forget " + international + " --erase").status, 1);
+  succeed("forget " + international + " --erase --yes");
+  EXPECT_TRUE(json("forget " + number)["rows"].empty());
+  EXPECT_EQ(stored("select sum(Price_Ref) from Calls")[0][0], sum);
+  EXPECT_EQ(stored("select 1 from Contacts where Tel_String like '%" + number + "%'").size(), 0U);
+}
+
+TEST_F(Answers, OldCallsAreMadeAnonymousAndGivenBack) {
+  makeSample(300);
+  const auto before = stored("select RecordID, DialNumber, Name, Price_Ref, Area from Calls");
+  succeed("anonymise --older-than 1");
+  EXPECT_NE(stored("select RecordID, DialNumber, Name, Price_Ref, Area from Calls"), before);
+  EXPECT_EQ(stored("select count(*) from Calls where Name <> ''")[0][0], "0");
+  succeed("anonymise --undo");
+  EXPECT_EQ(stored("select RecordID, DialNumber, Name, Price_Ref, Area from Calls"), before);
+  succeed("anonymise --older-than 1");
+  succeed("anonymise --confirm");
+  EXPECT_NE(succeed("anonymise --older-than 1").find("0 calls were"), std::string::npos);
+  EXPECT_NE(succeed("anonymise --undo").find("0 calls are"), std::string::npos);
+  EXPECT_EQ(run("anonymise").status, 2);
+}
+
+TEST_F(Answers, APriceListIsTriedAndTakenOver) {
+  makeSample(50);
+  std::ofstream(path("prices.csv")) << "Code;Name;Price\n0722;Mobile;0,99\n49;Germany;0.01\n";
+  const std::string command = "tariff import prices.csv --provider 1 --profile Standard --from 2030-01-01";
+  const auto plan = json(command + " --dry-run");
+  EXPECT_EQ(plan["dry_run"], true);
+  EXPECT_EQ(plan["rows"], 2);
+  EXPECT_GT(plan["cheaper"], 0);
+  const std::string at = " --trunk 1 --at \"2030-02-01 10:00\" --duration 60";
+  EXPECT_EQ(succeed("price 0722123456" + at).find("0.9900"), std::string::npos);
+  succeed(command);
+  EXPECT_NE(succeed("price 0722123456" + at).find("0.9900"), std::string::npos);
+  EXPECT_EQ(run(command).status, 1);
+  EXPECT_EQ(run("tariff import none.csv --provider 1 --profile Standard --from 2031-01-01").status, 1);
 }
 
 }  // namespace

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "alarms/alarm_list.h"
+#include "exchange/party_definitions.h"
+#include "foundation/change_tags.h"
+#include "platform/clock.h"
+#include "security/audit_log.h"
+#include "tariff/currencies.h"
+
+namespace alarms {
+
+struct DeskServices {
+  jet::Database& main;
+  foundation::ConfigManager& config;
+  const exchange::PartyDefinitions& definitions;
+  const tariff::Currencies& currencies;
+  const foundation::LanguageFile& texts;
+  security::AuditLog& log;
+  const platform::Clock& clock;
+};
+
+// Sends one mail; false when it could not go.
+using SendMail = std::function<bool(const std::string& to, const std::string& subject, const std::string& text)>;
+
+// Judges calls as they are recorded, keeps the alarms in table `Alarms` with an audit entry each, and acts on them:
+// mails and commands leave outside of the recording, at the next step. Alarms of calls that are older than two days
+// (an import of old files) are kept, but nothing is sent.
+class AlarmDesk : public ingest::CallListener, public AlarmSink {
+ public:
+  // All must outlive the desk.
+  explicit AlarmDesk(const DeskServices& services) : services_(services) {}
+
+  [[nodiscard]] bool listens() noexcept override;
+  void recorded(const ingest::RecordedCall& call) noexcept override;
+
+  // To be called every minute, outside of transactions: what time alone brings about, and what alarms ask to be done.
+  // Throws jet::Error.
+  void step(const SendMail& mail);
+
+  void raise(const Alarm& alarm) override;
+  std::optional<std::unordered_map<std::string, Amounts>> sums(Subject subject, base::DateTime from,
+                                                               base::DateTime to) override;
+
+ private:
+  void refresh();
+  void act(const ListedAlarm& alarm, const Rule& rule, const SendMail& mail);
+  void note(std::string_view what) noexcept;
+
+  DeskServices services_;
+  std::unique_ptr<Judge> judge_;
+  std::uint64_t rulesVersion_ = 0;
+  bool loaded_ = false;
+};
+
+// What a rule would have told of the calls of [from, to), had it been there. Throws jet::Error.
+[[nodiscard]] std::vector<ListedAlarm> replay(const DeskServices& services, const Rule& rule, base::DateTime from,
+                                              base::DateTime to);
+
+}  // namespace alarms

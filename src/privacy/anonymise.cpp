@@ -1,0 +1,87 @@
+#include "privacy/anonymise.h"
+
+#include "base/printf.h"
+
+namespace privacy {
+
+namespace {
+
+constexpr std::string_view kSection = "Calls";
+constexpr std::string_view kDone = "AnonymisedBefore";          // the day as it is stored
+constexpr std::string_view kConfirmed = "AnonymisedConfirmed";  // the same, of what cannot be taken back
+constexpr const char* kLiteral = "#%m/%d/%Y#";
+
+std::string cut(const std::string& number) {
+  constexpr std::size_t kCut = Anonymisation::kDigitsCut;
+  return number.size() > kCut ? number.substr(0, number.size() - kCut) : std::string();
+}
+
+}  // namespace
+
+std::optional<base::DateTime> Anonymisation::doneBefore() {
+  return base::DateTime::fromStored(config_.ReadConfigString(kDone, kSection, foundation::StoreDatabase, ""));
+}
+
+void Anonymisation::keepDoneBefore(std::string_view date) {
+  config_.WriteConfigString(date, kDone, kSection, foundation::StoreDatabase);
+}
+
+std::int64_t Anonymisation::waiting() {
+  return main_.openSnapshot("select count(*) from CallsBefore").at(0, 0).toLong();
+}
+
+std::int64_t Anonymisation::apply(base::DateTime before) {
+  jet::Transaction transaction(main_);
+  const auto done = doneBefore();
+  std::string period = base::format("[DateTime] < %s", before.format(kLiteral));
+  if (done) period += base::format(" and [DateTime] >= %s", done->format(kLiteral));
+  const auto kept = main_.openRecordset("SELECT * FROM CallsBefore");
+  const auto calls = main_.openRecordset("SELECT * FROM Calls WHERE " + period);
+  std::int64_t count = 0;
+  for (; !calls->eof(); calls->moveNext(), ++count) {
+    const jet::Value number = calls->get("DialNumber");
+    kept->addNew();
+    kept->set("CallID", calls->get("RecordID"));
+    kept->set("DialNumber", number);
+    kept->set("Name", calls->get("Name"));
+    kept->update();
+    calls->edit();
+    calls->set("DialNumber", cut(number.toText()));
+    calls->set("Name", "");
+    calls->update();
+  }
+  if (!done || *done < before) keepDoneBefore(before.stored());
+  transaction.commit();
+  return count;
+}
+
+std::int64_t Anonymisation::undo() {
+  jet::Transaction transaction(main_);
+  const auto kept = main_.openRecordset("SELECT * FROM CallsBefore");
+  std::int64_t count = 0;
+  for (; !kept->eof(); kept->moveNext()) {
+    const auto call =
+        main_.openRecordset(base::format("SELECT * FROM Calls WHERE RecordID = %d", kept->get("CallID").toLong()));
+    if (call->eof()) continue;  // deleted meanwhile
+    call->edit();
+    call->set("DialNumber", kept->get("DialNumber"));
+    call->set("Name", kept->get("Name"));
+    call->update();
+    ++count;
+  }
+  main_.execute("delete from CallsBefore");
+  keepDoneBefore(config_.ReadConfigString(kConfirmed, kSection, foundation::StoreDatabase, ""));
+  transaction.commit();
+  return count;
+}
+
+std::int64_t Anonymisation::confirm() {
+  jet::Transaction transaction(main_);
+  const std::int64_t count = main_.execute("delete from CallsBefore");
+  config_.WriteConfigString(config_.ReadConfigString(kDone, kSection, foundation::StoreDatabase, ""), kConfirmed,
+                            kSection, foundation::StoreDatabase);
+  transaction.commit();
+  return count;
+}
+
+}  // namespace privacy

@@ -1,0 +1,111 @@
+#include "alarms/alarm_desk.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "alarms/mail_text.h"
+#include "alarms/run_command.h"
+#include "filter/call_office.h"
+
+namespace {
+
+using alarms::Rule;
+
+class Desk : public ::testing::Test, protected CallOffice {
+ protected:
+  Desk() { definitions.countryCode = "40"; }
+
+  void record(alarms::AlarmDesk& desk, const char* extension, double cost) {
+    ingest::RecordedCall told;
+    told.at = clock.now();
+    told.number = "\"; touch broken; \"";
+    told.extension = extension;
+    told.seconds = 60;
+    told.cost = cost;
+    call({{"DateTime", told.at},
+          {"DialNumber", told.number},
+          {"Extension", told.extension},
+          {"TotalTime", told.seconds},
+          {"Incoming", 0},
+          {"Price_Ref", cost}});
+    told.recordId = ++calls_;
+    if (desk.listens()) desk.recorded(told);
+  }
+  std::size_t alarms() { return alarms::listAlarms(*main, 100).size(); }
+
+  alarms::DeskServices services_{*main, config, definitions, currencies, texts, log, clock};
+
+ private:
+  std::int64_t calls_ = 0;
+};
+
+TEST_F(Desk, AnAlarmIsKeptOnceWhateverIsStartedAnew) {
+  auto desk = std::make_unique<alarms::AlarmDesk>(services_);
+  record(*desk, "201", 3);
+  EXPECT_EQ(alarms(), 0U);
+  // A rule counts the calls of its period that were there before it.
+  alarms::saveRule(*main, {.name = "Budget", .subject = alarms::Subject::Extension, .limit = 10});
+  record(*desk, "202", 4);
+  record(*desk, "201", 5);
+  EXPECT_EQ(alarms(), 1U);
+  desk = std::make_unique<alarms::AlarmDesk>(services_);
+  record(*desk, "201", 1);
+  EXPECT_EQ(alarms(), 1U);
+  record(*desk, "201", 2);
+  record(*desk, "201", 2);
+  const auto list = alarms::listAlarms(*main, 100);
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0].step, 100);
+  EXPECT_DOUBLE_EQ(list[0].amount, 11);
+  EXPECT_EQ(list[1].step, 75);
+  EXPECT_TRUE(alarms::acknowledge(*main, list[0].id, "ana", clock.now()));
+  EXPECT_FALSE(alarms::acknowledge(*main, list[0].id, "ana", clock.now()));
+  EXPECT_EQ(alarms::listAlarms(*main, 1)[0].acknowledged, "ana");
+}
+
+TEST_F(Desk, TheCallIsInTheCommandsEnvironmentAndNotInItsText) {
+  const auto file = folder / "seen";
+  alarms::saveRule(*main, {.name = "Dear",
+                          .kind = alarms::Kind::Call,
+                          .limit = 1,
+                          .mail = "a@b.ro",
+                          .command = "printf %s \"$TALLYBOOK_NUMBER $TALLYBOOK_EXTENSION\" > '" + file.string() + "'"});
+  alarms::AlarmDesk desk(services_);
+  record(desk, "201", 2);
+  std::vector<std::string> mails;
+  const alarms::SendMail send = [&](const std::string& to, const std::string&, const std::string&) {
+    mails.push_back(to);
+    return true;
+  };
+  desk.step(send);
+  desk.step(send);
+  std::string seen;
+  std::getline(std::ifstream(file), seen);
+  EXPECT_EQ(seen, "\"; touch broken; \" 201");
+  EXPECT_EQ(mails, std::vector<std::string>{"a@b.ro"});
+  EXPECT_EQ(alarms::runCommand("exit 3", {}), "ended with status 3");
+}
+
+TEST_F(Desk, RulesThatMakeNoSenseAreRefused) {
+  const Rule wrong[] = {{.name = "", .limit = 1},
+                        {.name = "a\"b", .limit = 1},
+                        {.name = "no limit"},
+                        {.name = "of", .of = "201", .limit = 1},
+                        {.name = "mail", .limit = 1, .mail = "a@b\nBcc: c@d"},
+                        {.name = "mail", .limit = 1, .mail = "-oQ/tmp@x"},
+                        {.name = "nowhere", .kind = alarms::Kind::Destination},
+                        {.name = "prefix", .kind = alarms::Kind::Destination, .prefixes = "x"},
+                        {.name = "short", .kind = alarms::Kind::Short, .limit = 3},
+                        {.name = "silence", .kind = alarms::Kind::Silence}};
+  for (const Rule& rule : wrong) EXPECT_THROW(alarms::saveRule(*main, rule), alarms::RuleError) << rule.name;
+  EXPECT_TRUE(alarms::loadRules(*main).empty());
+}
+
+TEST(AlarmMail, ItsSubjectIsOneHeaderInAnyLanguage) {
+  const std::string mail = alarms::mailText("", "a@b.ro", "Buget: țară\nBcc: x@y", "text\n");
+  EXPECT_EQ(mail.find("\nBcc"), std::string::npos);
+  EXPECT_EQ(mail.substr(0, mail.find("MIME")), "To: a@b.ro\nSubject: =?UTF-8?B?QnVnZXQ6IMibYXLEgyBCY2M6IHhAeQ==?=\n");
+}
+
+}  // namespace
