@@ -10,6 +10,9 @@ int main(int count, char** words) {
   program.require_subcommand(1);
   int status = 0;
   tallymon::addTest(program, status);
+  tallymon::addGuess(program, status);
+  tallymon::addFormats(program, status);
+  tallymon::addCheck(program, status);
   try {
     program.parse(count, words);
   } catch (const CLI::ParseError& error) {

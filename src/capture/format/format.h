@@ -30,6 +30,8 @@ class FormatLibrary {
   // The format of that name, or of that file when the name has a slash or ends with ".toml"; with `extends` followed.
   // Throws FormatError.
   [[nodiscard]] std::shared_ptr<const Format> load(std::string_view name) const;
+  // A format from its text, without `extends`. Throws FormatError.
+  [[nodiscard]] static std::shared_ptr<const Format> parse(std::string_view text);
 
  private:
   std::vector<std::filesystem::path> folders_;

@@ -1,5 +1,7 @@
 #include "capture/format/source_settings.h"
 
+#include <charconv>
+
 #include "base/text.h"
 
 namespace capture {
@@ -66,6 +68,17 @@ void SourceSettings::set(std::string_view key, std::string_view value) {
     return;
   }
   throw SettingError("unknown key '" + std::string(key) + "'");
+}
+
+std::chrono::seconds parseWindow(std::string_view text) {
+  int count = 0;
+  const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), count);
+  const std::string_view unit = base::trim(text.substr(static_cast<std::size_t>(end - text.data())));
+  const int seconds = unit == "s" ? 1 : unit == "min" ? 60 : unit == "h" ? 3600 : 0;
+  if (fault != std::errc() || seconds == 0 || count < 0 || count > 86400) {
+    throw SettingError("'" + std::string(text) + "' is no window; it is written like \"90 s\", \"10 min\" or \"1 h\"");
+  }
+  return std::chrono::seconds(std::int64_t{count} * seconds);
 }
 
 }  // namespace capture

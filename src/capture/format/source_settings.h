@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -32,5 +33,8 @@ struct SourceSettings {
   // Sets one key from its text; lists have commas between. Throws SettingError with a text for the operator.
   void set(std::string_view key, std::string_view value);
 };
+
+// "90 s", "10 min" or "1 h". Throws SettingError.
+[[nodiscard]] std::chrono::seconds parseWindow(std::string_view text);
 
 }  // namespace capture
