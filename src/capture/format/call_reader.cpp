@@ -20,6 +20,11 @@ std::string CallReader::joined(const std::vector<FieldIndex>& which, const Field
   return key;
 }
 
+std::string CallReader::timesFault(const Fields& fields) {
+  const auto length = clock_.length(fields);
+  return length.value ? clock_.times(fields, settings_, *length.value).fault : length.fault;
+}
+
 void CallReader::addPiece(const Fields& fields) {
   pieces_[joined(format_->pieces->same, fields)] += format_->pieces->seconds;
 }

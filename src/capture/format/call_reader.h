@@ -23,6 +23,11 @@ class CallReader {
   // `later`: another part of the call came before. The result has a fault and no records when a field cannot be read
   // or the direction cannot be told.
   [[nodiscard]] Result<std::vector<Call>> read(const Fields& fields, bool later);
+  // Why the times of a line cannot be read; empty when they can.
+  [[nodiscard]] std::string timesFault(const Fields& fields);
+  // Notes a piece of a call that goes on; its seconds are added to the line that ends it.
+  void addPiece(const Fields& fields);
+
   // A call whose times are known from elsewhere; `cd` as the marks of the line say.
   [[nodiscard]] Result<std::vector<Call>> read(const Fields& fields, const CallTimes& times, bool later);
 
@@ -40,11 +45,6 @@ class CallReader {
   [[nodiscard]] std::string joined(const std::vector<FieldIndex>& which, const Fields& fields) const;
   void chain(const Fields& fields, const CallClock::Length& length, CallTimes& times);
 
- public:
-  // Notes a piece of a call that goes on; its seconds are added to the line that ends it.
-  void addPiece(const Fields& fields);
-
- private:
   std::shared_ptr<const Format> format_;
   RuleSettings settings_;
   CallClock clock_;

@@ -52,6 +52,7 @@ struct RowRule {
   Outcome outcome = Outcome::Skipped;
   Condition when;
   std::string why;
+  bool timed = false;  // only when the times of the line can be read, else it is unknown
 };
 
 struct DirectionRule {

@@ -223,6 +223,7 @@ void loadRules(TomlTable& root, RuleLoader& rules, Format& format) {
       rule.outcome = rowOutcome(need(row, "is"));
       rule.when = rules.condition(need(row, "when"));
       rule.why = row.needText("why");
+      rule.timed = row.flag("timed", false);
       row.done();
       format.rows.push_back(std::move(rule));
     });

@@ -219,7 +219,9 @@ class Parser::Reader {
     for (const auto& [field, value] : format_->derived) fields[field] = value.of(fields, rules_);
     for (const RowRule& row : format_->rows) {
       if (!row.when.holds(fields, rules_)) continue;
-      end(std::move(result), row.outcome, row.why, out);
+      std::string fault = row.timed ? calls_.timesFault(fields) : std::string();
+      const bool sound = fault.empty();
+      end(std::move(result), sound ? row.outcome : Outcome::Unknown, sound ? row.why : std::move(fault), out);
       return;
     }
     if (!blockFault_.empty()) {
@@ -253,9 +255,9 @@ class Parser::Reader {
 
   // A piece of a long call: its own fields must be readable too.
   void piece(const Fields& fields, LineResult result, Results& out) {
-    const auto length = calls_.clock().length(fields);
-    if (!length.value) {
-      end(std::move(result), Outcome::Unknown, length.fault, out);
+    std::string fault = calls_.timesFault(fields);
+    if (!fault.empty()) {
+      end(std::move(result), Outcome::Unknown, std::move(fault), out);
       return;
     }
     calls_.addPiece(fields);
