@@ -38,6 +38,8 @@ void guess(const std::string& name, const std::vector<std::string>& sets, int& s
   file.stream().read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(file.stream().gcount()));
   const capture::SourceSettings settings = settingsOf(sets);
+  capture::SourceSettings assumed = settings;
+  if (assumed.extensions.empty()) assumed.extensions = "\\d{2,6}";
   const auto arrived = arrivalOrNow("", settings);
   const FormatLibrary library = FormatLibrary::standard();
   std::vector<Guess> guesses;
@@ -46,7 +48,7 @@ void guess(const std::string& name, const std::vector<std::string>& sets, int& s
     Guess made{library.load(format), {}};
     std::istringstream stream(text);
     lines.clear();
-    for (const auto& result : capture::readAll(stream, made.format, settings, arrived, &lines)) {
+    for (const auto& result : capture::readAll(stream, made.format, assumed, arrived, &lines)) {
       made.counts.add(result.outcome);
     }
     if (made.share() > 0) guesses.push_back(std::move(made));
