@@ -20,8 +20,8 @@ namespace soak {
 
 namespace {
 
-std::filesystem::path programBeside() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "tallyctl";
+std::filesystem::path programBeside(const std::string& name) {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
 }
 
 int statusOf(int waited) {
@@ -35,14 +35,12 @@ std::string contentOf(const std::filesystem::path& file) {
 
 }  // namespace
 
-pid_t Tallyctl::start(const std::vector<std::string>& words, const std::filesystem::path& output,
-                      const std::function<void()>& beforehand) const {
+pid_t startProgram(const std::string& name, const std::vector<std::string>& words, const std::filesystem::path& output,
+                   const std::function<void()>& beforehand) {
   // Everything that takes memory is done before the fork: other threads may hold the allocator's lock.
-  const std::string program = programBeside().string();
-  const std::string store = store_.string();
+  const std::string program = programBeside(name).string();
   const std::string file = output.string();
-  std::vector<char*> arguments{const_cast<char*>(program.c_str()), const_cast<char*>("--store"),
-                               const_cast<char*>(store.c_str())};
+  std::vector<char*> arguments{const_cast<char*>(program.c_str())};
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   const pid_t process = fork();
@@ -55,6 +53,13 @@ pid_t Tallyctl::start(const std::vector<std::string>& words, const std::filesyst
   if (beforehand) beforehand();
   execv(program.c_str(), arguments.data());
   _exit(127);
+}
+
+pid_t Tallyctl::start(const std::vector<std::string>& words, const std::filesystem::path& output,
+                      const std::function<void()>& beforehand) const {
+  std::vector<std::string> all{"--store", store_.string()};
+  all.insert(all.end(), words.begin(), words.end());
+  return startProgram("tallyctl", all, output, beforehand);
 }
 
 Outcome Tallyctl::run(const std::vector<std::string>& words, const std::function<void()>& beforehand) const {

@@ -14,6 +14,11 @@ struct Outcome {
   std::string output;  // standard output and standard error
 };
 
+// Starts a program of this program's own folder, its output going behind the end of a file. `beforehand` runs in the
+// new process before the program does.
+pid_t startProgram(const std::string& name, const std::vector<std::string>& words, const std::filesystem::path& output,
+                   const std::function<void()>& beforehand = {});
+
 // `tallyctl` from this program's own folder, on a machine store.
 class Tallyctl {
  public:

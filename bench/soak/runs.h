@@ -24,4 +24,11 @@ bool runFaults();
 // Import, live latency, repricing and retention with so many calls stored.
 bool runSize(std::int64_t calls);
 
+// Kills the capture program again and again while an exchange writes to a file that is rotated and sends over TCP, and
+// the service imports: every line of the file must be stored once, none of the others twice.
+bool runCaptureKills(int rounds);
+
+// From a line on the wire to a stored, priced call, with the service running.
+bool runCaptureLatency(int calls);
+
 }  // namespace soak

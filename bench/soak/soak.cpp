@@ -1,5 +1,5 @@
-// Endurance and faults of `tallyctl serve`, on a fresh sample exchange. Exit status 1 when something was lost, doubled
-// or not said.
+// Endurance and faults of `tallyctl serve` and `tallymon run`, on a fresh sample exchange. Exit status 1 when something
+// was lost, doubled or not said.
 
 #include <CLI/CLI.hpp>
 #include <iostream>
@@ -31,6 +31,15 @@ int main(int count, char** words) {
   CLI::App* size = app.add_subcommand("size", "Import, live latency, repricing and retention of many calls");
   size->add_option("--calls", calls, "Calls stored")->capture_default_str();
   size->callback([&] { good = soak::runSize(calls); });
+
+  CLI::App* capture = app.add_subcommand("capture-kills", "Kill the capture program under load, again and again");
+  capture->add_option("--rounds", rounds, "Kills")->capture_default_str();
+  capture->callback([&] { good = soak::runCaptureKills(rounds); });
+
+  int lines = 500;
+  CLI::App* latency = app.add_subcommand("capture-latency", "From a line on the wire to a stored call");
+  latency->add_option("--calls", lines, "Lines")->capture_default_str();
+  latency->callback([&] { good = soak::runCaptureLatency(lines); });
 
   try {
     app.parse(count, words);

@@ -9,6 +9,7 @@
 #include "filter/condition.h"
 #include "platform/instance_lock.h"
 #include "schema/schema.h"
+#include "server/monitor_status.h"
 
 namespace ctl {
 
@@ -47,6 +48,8 @@ void addMonitor(Table& table, Context& context) {
   const fs::path folder = base::systemPath(context.folder("PathMonitor"));
   table.add({"Monitor file",
              base::format("%s, %s", (folder / "monitor.data").string(), sizeOf(folder / "monitor.data", context))});
+  const std::string capture = server::readMonitorStatus(folder);
+  if (!capture.empty()) table.add({"Monitor", capture});
   std::error_code fault;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, fault)) {
     if (!entry.path().filename().string().starts_with("monitor.data.bk")) continue;

@@ -9,6 +9,12 @@ int main(int count, char** words) {
   program.set_version_flag("--version", base::kProgramVersion);
   program.require_subcommand(1);
   int status = 0;
+  tallymon::addRun(program, status);
+  tallymon::addListen(program, status);
+  tallymon::addReplay(program, status);
+  tallymon::addStatus(program, status);
+  tallymon::addTrunks(program, status);
+  tallymon::addForget(program, status);
   tallymon::addTest(program, status);
   tallymon::addGuess(program, status);
   tallymon::addFormats(program, status);

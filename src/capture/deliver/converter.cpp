@@ -1,7 +1,6 @@
 #include "capture/deliver/converter.h"
 
 #include <algorithm>
-#include <chrono>
 #include <ctime>
 #include <utility>
 
@@ -17,11 +16,6 @@ constexpr std::uint64_t kStateEntries = 100'000;  // enough for every state of a
 constexpr std::int64_t kMillisecondsPerHour = 3'600'000;
 constexpr std::size_t kShownLength = 400;  // characters of an unknown line
 
-std::chrono::sys_seconds secondsOf(std::int64_t milliseconds) {
-  return std::chrono::floor<std::chrono::seconds>(
-      std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(milliseconds)));
-}
-
 std::string localDay(std::int64_t milliseconds) {
   const std::time_t seconds = milliseconds / 1000;
   std::tm local{};
@@ -31,14 +25,10 @@ std::string localDay(std::int64_t milliseconds) {
   return text;
 }
 
-void append(std::vector<LineResult>& to, std::vector<LineResult> more) {
-  std::move(more.begin(), more.end(), std::back_inserter(to));
-}
-
 }  // namespace
 
 Converter::Converter(std::filesystem::path journal, Parser parser, RecordEncoder encoder, SourceState known)
-    : journal_(std::move(journal)), parser_(std::move(parser)), encoder_(std::move(encoder)) {
+    : journal_(std::move(journal)), entries_(std::move(parser)), encoder_(std::move(encoder)) {
   next_ = known.converted + 1;
   batch_.after = std::move(known);
   restoreParser();
@@ -51,7 +41,7 @@ void Converter::restoreParser() {
   JournalReader reader(journal_, converted > kStateEntries ? converted - kStateEntries : 1);
   while (const auto entry = reader.next()) {
     if (entry->position > converted) return;
-    if (entry->time >= since) static_cast<void>(parse(*entry));
+    if (entry->time >= since) static_cast<void>(entries_.read(*entry));
   }
 }
 
@@ -99,40 +89,6 @@ void Converter::handedOver() {
   batch_.after = std::move(state);
 }
 
-std::optional<std::int64_t> Converter::due() const {
-  std::optional<std::int64_t> earliest;
-  if (const auto parser = parser_.due()) earliest = parser->time_since_epoch().count();
-  if (const std::int64_t repeats = repeats_.due(); repeats > 0) {
-    earliest = std::min(earliest.value_or(INT64_MAX), repeats / 1000 + 1);
-  }
-  return earliest;
-}
-
-std::vector<LineResult> Converter::parse(const JournalEntry& entry) {
-  RepeatFilter::Result lines;
-  switch (entry.kind) {
-    case EntryKind::Line:
-      lines = repeats_.line({entry.position, entry.time, entry.bytes});
-      break;
-    case EntryKind::Break:
-      lines = repeats_.breakCame();
-      break;
-    case EntryKind::Tick:
-      if (repeats_.due() > 0 && entry.time >= repeats_.due()) lines = repeats_.release();
-      break;
-  }
-  std::vector<LineResult> results;
-  for (const RepeatFilter::Line& line : lines.repeated) {
-    results.push_back({line.position, Outcome::Skipped, {}, "sent again after a break"});
-    ++batch_.after.counts.repeats;
-  }
-  for (const RepeatFilter::Line& line : lines.passed) {
-    append(results, parser_.line(line.position, line.text, secondsOf(line.time)));
-  }
-  if (entry.kind == EntryKind::Tick) append(results, parser_.tick(secondsOf(entry.time)));
-  return results;
-}
-
 void Converter::take(const JournalEntry& entry, const LineObserver& observe) {
   if (batch_.first == 0) batch_.first = entry.position;
   batch_.last = entry.position;
@@ -143,10 +99,12 @@ void Converter::take(const JournalEntry& entry, const LineObserver& observe) {
     ++state.counts.lines;
     state.lastLine = entry.time;
   }
-  for (const LineResult& result : parse(entry)) {
+  const std::int64_t repeatsBefore = entries_.repeats();
+  for (const LineResult& result : entries_.read(entry)) {
     count(result, entry);
     if (observe) observe(result, entry.time);
   }
+  state.counts.repeats += entries_.repeats() - repeatsBefore;
 }
 
 void Converter::count(const LineResult& result, const JournalEntry& entry) {

@@ -8,10 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "capture/deliver/entry_reader.h"
 #include "capture/deliver/record_encoder.h"
-#include "capture/deliver/repeat_filter.h"
 #include "capture/deliver/state_store.h"
-#include "capture/format/parser.h"
 #include "capture/journal/journal_reader.h"
 
 namespace capture {
@@ -46,20 +45,18 @@ class Converter {
   void handedOver();
 
   // When the parser settles a line that waits for another, seconds since 1970; nothing while none waits.
-  [[nodiscard]] std::optional<std::int64_t> due() const;
+  [[nodiscard]] std::optional<std::int64_t> due() const { return entries_.due(); }
 
  private:
   void restoreParser();
   std::optional<JournalEntry> nextEntry(std::uint64_t end);
-  [[nodiscard]] std::vector<LineResult> parse(const JournalEntry& entry);
   void take(const JournalEntry& entry, const LineObserver& observe);
   void count(const LineResult& result, const JournalEntry& entry);
   void addUnknown(const LineResult& result, const JournalEntry& entry);
 
   std::filesystem::path journal_;
-  Parser parser_;
+  EntryReader entries_;
   RecordEncoder encoder_;
-  RepeatFilter repeats_;
   Batch batch_;
   std::uint64_t next_ = 1;
   std::deque<JournalEntry> fresh_;

@@ -55,6 +55,7 @@ void SourceDelivery::handOver(const Batch& batch) {
 }
 
 void recoverSpool(StateStore& state, const Spool& spool) {
+  const auto lock = spool.lockDecisions();
   const auto replays = state.pendingReplays();
   std::vector<std::string> decided = replays;
   for (const std::string& source : state.sources()) decided.push_back(state.load(source).pending);
@@ -63,6 +64,16 @@ void recoverSpool(StateStore& state, const Spool& spool) {
     spool.release(file);
     state.replayDone(file);
   }
+}
+
+void handOverReplay(StateStore& state, const Spool& spool, const ReadyFile& file, const std::string& records,
+                    const std::vector<std::uint64_t>& recorded) {
+  const auto lock = spool.lockDecisions();
+  if (spool.size(file) > 0) throw SpoolFault("A replay of the same lines waits for Tallybook already: " + file.name());
+  spool.write(file, records, std::nullopt);
+  state.commitReplay(file.source, recorded, file.name());
+  spool.release(file.name());
+  state.replayDone(file.name());
 }
 
 }  // namespace capture

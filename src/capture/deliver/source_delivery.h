@@ -37,4 +37,9 @@ class SourceDelivery {
 // replays get their names.
 void recoverSpool(StateStore& state, const Spool& spool);
 
+// Hands over lines of the past that gave no record before, once, beside a monitor that runs. Throws SpoolFault or
+// StateFault.
+void handOverReplay(StateStore& state, const Spool& spool, const ReadyFile& file, const std::string& records,
+                    const std::vector<std::uint64_t>& recorded);
+
 }  // namespace capture

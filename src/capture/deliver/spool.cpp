@@ -100,12 +100,13 @@ std::optional<ReadyFile> ReadyFile::fromName(std::string_view name) {
   return file;
 }
 
-Spool::Spool(const fs::path& folder) : folder_(folder) {
+Spool::Spool(const fs::path& folder, Role role) : folder_(folder) {
   std::error_code error;
   if (!fs::is_directory(folder_, error)) {
     fail(folder_, "there is no such folder. It is the one of Tallybook's setting PathMonitor (section general).");
   }
   if (::mkdir(ownFolder().c_str(), 0770) != 0 && errno != EEXIST) failWith(ownFolder(), errno);
+  if (role == Role::Guest) return;
   try {
     lock_ = platform::InstanceLock::acquire(ownFolder() / "lock");
   } catch (const std::exception& fault) {
@@ -115,6 +116,14 @@ Spool::Spool(const fs::path& folder) : folder_(folder) {
     fail(folder_, "another tallymon (process " + std::to_string(platform::InstanceLock::holder(ownFolder() / "lock")) +
                       ") delivers into this folder. One a folder; several exchanges are several sources of one.");
   }
+}
+
+platform::InstanceLock Spool::lockDecisions() const {
+  constexpr int kTries = 100;  // of 50 ms each, which acquire() waits
+  for (int i = 0; i < kTries; ++i) {
+    if (auto lock = platform::InstanceLock::acquire(ownFolder() / "replay.lock")) return std::move(*lock);
+  }
+  fail(ownFolder(), "another tallymon has been handing lines over for seconds; try again.");
 }
 
 void Spool::write(const ReadyFile& file, std::string_view records, const std::optional<ReadyFile>& replaced) const {

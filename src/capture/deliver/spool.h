@@ -38,8 +38,13 @@ struct ReadyFile {
 // took away by its own rename is never touched again.
 class Spool {
  public:
-  // Takes the folder's lock: one monitor a folder. Throws SpoolFault.
-  explicit Spool(const std::filesystem::path& folder);
+  // The monitor takes the folder's lock: there is one a folder. A command that only leaves a ready file for it is a
+  // guest. Throws SpoolFault.
+  enum class Role { Monitor, Guest };
+  explicit Spool(const std::filesystem::path& folder, Role role = Role::Monitor);
+
+  // Held while ready files are decided on outside of the monitor, and while it looks what is undecided after a start.
+  [[nodiscard]] platform::InstanceLock lockDecisions() const;
 
   // Writes a ready file under its temporary name; on the disk when it returns. It counts as old as the waiting file
   // that it replaces.

@@ -230,11 +230,10 @@ void StateStore::setTaken(std::string_view source, std::string_view name, std::i
   SqliteStatement(file_, "INSERT OR REPLACE INTO taken VALUES (?,?,?)").bind(source).bind(name).bind(time).run();
 }
 
-void StateStore::clean(std::string_view source, std::int64_t takenBefore, std::uint64_t recordedBefore) {
-  SqliteStatement(file_, "DELETE FROM taken WHERE source = ? AND time < ?").bind(source).bind(takenBefore).run();
+void StateStore::forgetRecorded(std::string_view source, std::uint64_t before) {
   SqliteStatement(file_, "DELETE FROM recorded WHERE source = ? AND last < ?")
       .bind(source)
-      .bind(signedOf(recordedBefore))
+      .bind(signedOf(before))
       .run();
 }
 

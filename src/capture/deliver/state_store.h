@@ -88,8 +88,8 @@ class StateStore {
   // Files of a watched folder that have been taken whole.
   [[nodiscard]] bool isTaken(std::string_view source, std::string_view name) const;
   void setTaken(std::string_view source, std::string_view name, std::int64_t time);
-  // Forgets taken names and recorded positions that can no longer matter.
-  void clean(std::string_view source, std::int64_t takenBefore, std::uint64_t recordedBefore);
+  // Forgets which positions before this one gave records: their entries are gone.
+  void forgetRecorded(std::string_view source, std::uint64_t before);
 
  private:
   std::optional<std::int32_t> knownNumber(NumberKind kind, std::string_view source, std::string_view name) const;

@@ -107,13 +107,19 @@ void Journal::writeAt(std::string_view text, std::uint64_t offset) {
   }
 }
 
-std::uint64_t Journal::append(EntryKind kind, std::int64_t time, std::string_view bytes, std::string_view origin) {
-  startDay(time);
-  const std::string line = encodeEntry({last_ + 1, time, kind, std::string(origin), std::string(bytes)});
-  writeAt(line, size_);
-  size_ += line.size();
-  unsynced_ += line;
-  return ++last_;
+void Journal::append(std::span<JournalEntry> entries) {
+  if (entries.empty()) return;
+  startDay(entries.front().time);
+  std::string lines;
+  std::uint64_t position = last_;
+  for (JournalEntry& entry : entries) {
+    entry.position = ++position;
+    lines += encodeEntry(entry);
+  }
+  writeAt(lines, size_);
+  size_ += lines.size();
+  unsynced_ += lines;
+  last_ = position;
 }
 
 void Journal::sync() {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -27,10 +28,10 @@ class Journal {
   Journal& operator=(const Journal&) = delete;
   ~Journal();
 
-  // Adds an entry and returns its position. It survives the death of this process at once, a power cut after sync().
-  // Throws JournalFault. `time`: milliseconds since 1970. A clock that was set back does not reorder files: the entry
-  // goes behind the last one whatever its day.
-  std::uint64_t append(EntryKind kind, std::int64_t time, std::string_view bytes, std::string_view origin = {});
+  // Adds entries, all or none, and gives them their positions. They survive the death of this process at once, a power
+  // cut after sync(). Throws JournalFault. A clock that was set back does not reorder files: entries go behind the last
+  // one whatever the day of their time.
+  void append(std::span<JournalEntry> entries);
   // Returns when everything appended is on the disk. Throws JournalFault; what was appended is then written again by
   // the next sync(), since the system may have dropped it from its memory.
   void sync();

@@ -171,13 +171,44 @@ std::optional<std::uint64_t> firstPosition(const JournalFile& file) {
   return std::nullopt;
 }
 
-void writeCompressed(const fs::path& file, const std::string& text) {
-  std::string packed(ZSTD_compressBound(text.size()), '\0');
-  const std::size_t size = ZSTD_compress(packed.data(), packed.size(), text.data(), text.size(), ZSTD_CLEVEL_DEFAULT);
-  if (ZSTD_isError(size) != 0) fail(file, std::string("cannot be compressed (") + ZSTD_getErrorName(size) + ")");
-  OpenFile out(file, O_WRONLY | O_CREAT | O_TRUNC, 0640);
-  out.write(packed.data(), size);
-  out.sync();
+struct CompressedWriter::Stream {
+  explicit Stream(const fs::path& file)
+      : path(file), out(file, O_WRONLY | O_CREAT | O_TRUNC, 0640), context(ZSTD_createCCtx()) {}
+  ~Stream() { ZSTD_freeCCtx(context); }
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+
+  void pack(ZSTD_EndDirective end) {
+    ZSTD_inBuffer in{waiting.data(), waiting.size(), 0};
+    std::size_t left = 0;
+    do {
+      ZSTD_outBuffer piece{packed.data(), packed.size(), 0};
+      left = ZSTD_compressStream2(context, &piece, &in, end);
+      if (ZSTD_isError(left) != 0) fail(path, std::string("cannot be compressed (") + ZSTD_getErrorName(left) + ")");
+      out.write(packed.data(), piece.pos);
+    } while (in.pos < in.size || (end == ZSTD_e_end && left > 0));
+    waiting.clear();
+  }
+
+  fs::path path;
+  OpenFile out;
+  ZSTD_CCtx* context;
+  std::string waiting;
+  std::array<char, kPiece> packed{};
+};
+
+CompressedWriter::CompressedWriter(const fs::path& file) : stream_(std::make_unique<Stream>(file)) {}
+CompressedWriter::~CompressedWriter() = default;
+
+void CompressedWriter::add(std::string_view line) {
+  stream_->waiting += line;
+  stream_->waiting += '\n';
+  if (stream_->waiting.size() >= kPiece) stream_->pack(ZSTD_e_continue);
+}
+
+void CompressedWriter::finish() {
+  stream_->pack(ZSTD_e_end);
+  stream_->out.sync();
 }
 
 }  // namespace capture

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace capture {
@@ -34,7 +35,18 @@ class JournalLines {
 // The position of the first entry of a file; nothing when it has none.
 [[nodiscard]] std::optional<std::uint64_t> firstPosition(const JournalFile& file);
 
-// Writes `text` compressed to `file`, durable when it returns. Throws std::runtime_error.
-void writeCompressed(const std::filesystem::path& file, const std::string& text);
+// Writes lines to a compressed file, piece by piece. Throws std::runtime_error.
+class CompressedWriter {
+ public:
+  explicit CompressedWriter(const std::filesystem::path& file);
+  ~CompressedWriter();
+  void add(std::string_view line);  // a line feed follows it
+  // The file is whole and on the disk when it returns.
+  void finish();
+
+ private:
+  struct Stream;
+  std::unique_ptr<Stream> stream_;
+};
 
 }  // namespace capture

@@ -93,31 +93,39 @@ std::size_t forgetInPlace(const JournalFile& file, const std::string& digits) {
   return changed;
 }
 
-void replaceCompressed(const fs::path& file, const std::string& text) {
-  const fs::path temporary = file.string() + ".tmp";
-  writeCompressed(temporary, text);
-  fs::rename(temporary, file);
-}
-
-std::size_t forgetCompressed(const JournalFile& file, const std::string& digits) {
+// Rewrites a file compressed, under a temporary name first; the count of lines changed by `change`.
+template <typename Change>
+std::size_t writeCompressedAs(const JournalFile& file, const fs::path& target, Change change) {
+  const fs::path temporary = target.string() + ".tmp";
   const auto lines = openJournalLines(file);
+  CompressedWriter out(temporary);
   std::size_t changed = 0;
-  std::string text;
   std::string line;
   while (lines->next(line)) {
-    if (blankLine(line, digits)) ++changed;
-    text += line + '\n';
+    if (change(line)) ++changed;
+    out.add(line);
   }
-  if (changed > 0) replaceCompressed(file.path, text);
+  out.finish();
+  fs::rename(temporary, target);
   return changed;
 }
 
-void compress(const JournalFile& file) {
+bool holds(const JournalFile& file, const std::string& digits) {
   const auto lines = openJournalLines(file);
-  std::string text;
   std::string line;
-  while (lines->next(line)) text += line + '\n';
-  replaceCompressed(file.path.string() + ".zst", text);
+  while (lines->next(line)) {
+    if (blankLine(line, digits)) return true;
+  }
+  return false;
+}
+
+std::size_t forgetCompressed(const JournalFile& file, const std::string& digits) {
+  if (!holds(file, digits)) return 0;
+  return writeCompressedAs(file, file.path, [&](std::string& line) { return blankLine(line, digits); });
+}
+
+void compress(const JournalFile& file) {
+  writeCompressedAs(file, file.path.string() + ".zst", [](const std::string&) { return false; });
   fs::remove(file.path);
 }
 

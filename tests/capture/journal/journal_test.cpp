@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <array>
 #include <csignal>
 
 #include "capture/journal/journal_keeping.h"
@@ -28,15 +29,22 @@ std::vector<std::string> linesFrom(const std::filesystem::path& folder, std::uin
 
 using Lines = std::vector<std::string>;
 
+std::uint64_t append(Journal& journal, EntryKind kind, std::int64_t time, const std::string& bytes,
+                     const std::string& origin = {}) {
+  std::array<capture::JournalEntry, 1> entries = {{{0, time, kind, origin, bytes}}};
+  journal.append(entries);
+  return entries[0].position;
+}
+
 TEST(Journal, EveryByteComesBackAndTheFileCanBeSearched) {
   TemporaryFolder folder;
   std::string all;
   for (int c = 0; c < 256; ++c) all += static_cast<char>(c);
   {
     Journal journal(folder / "main");
-    EXPECT_EQ(1U, journal.append(EntryKind::Line, kMorning, all, "inode7:256"));
-    EXPECT_EQ(2U, journal.append(EntryKind::Line, kMorning + 1, ""));
-    EXPECT_EQ(3U, journal.append(EntryKind::Tick, kMorning + 2, ""));
+    EXPECT_EQ(1U, append(journal, EntryKind::Line, kMorning, all, "inode7:256"));
+    EXPECT_EQ(2U, append(journal, EntryKind::Line, kMorning + 1, ""));
+    EXPECT_EQ(3U, append(journal, EntryKind::Tick, kMorning + 2, ""));
     journal.sync();
   }
   JournalReader reader(folder / "main", 1);
@@ -49,7 +57,7 @@ TEST(Journal, EveryByteComesBackAndTheFileCanBeSearched) {
   EXPECT_EQ(EntryKind::Tick, reader.next()->kind);
   EXPECT_FALSE(reader.next());
   Journal journal(folder / "main");
-  journal.append(EntryKind::Line, kMorning, "24.11.2609:17:02  7   214\t0755");
+  append(journal, EntryKind::Line, kMorning, "24.11.2609:17:02  7   214\t0755");
   EXPECT_NE(std::string::npos, readFile(folder / "main/2026-11-24.log")
                                    .find("4 2026-11-24T08:00:00.000Z L - 30 24.11.2609:17:02  7   214\\x090755\n"));
 }
@@ -62,12 +70,12 @@ TEST(Journal, ATornEndIsCutOffAndTheNextLineTakesItsPlace) {
     TemporaryFolder folder;
     {
       Journal journal(folder / "main");
-      journal.append(EntryKind::Line, kMorning, "one");
-      journal.append(EntryKind::Line, kMorning, "two");
+      append(journal, EntryKind::Line, kMorning, "one");
+      append(journal, EntryKind::Line, kMorning, "two");
     }
     std::ofstream(folder / "main/2026-11-24.log", std::ios::app) << torn;
     Journal journal(folder / "main");
-    EXPECT_EQ(3U, journal.append(EntryKind::Line, kMorning, "three"));
+    EXPECT_EQ(3U, append(journal, EntryKind::Line, kMorning, "three"));
     EXPECT_EQ((Lines{"1 one", "2 two", "3 three"}), linesFrom(folder / "main", 1));
   }
 }
@@ -76,12 +84,12 @@ TEST(Journal, AFileADayAndAClockSetBackStaysInTheNewestFile) {
   TemporaryFolder folder;
   {
     Journal journal(folder / "main");
-    journal.append(EntryKind::Line, kMorning, "one");
-    journal.append(EntryKind::Line, kMorning + kDay, "two");
-    journal.append(EntryKind::Line, kMorning - 5 * kDay, "three");
+    append(journal, EntryKind::Line, kMorning, "one");
+    append(journal, EntryKind::Line, kMorning + kDay, "two");
+    append(journal, EntryKind::Line, kMorning - 5 * kDay, "three");
   }
   Journal journal(folder / "main");
-  journal.append(EntryKind::Line, kMorning, "four");
+  append(journal, EntryKind::Line, kMorning, "four");
   EXPECT_EQ(2U, capture::listJournalFiles(folder / "main").size());
   EXPECT_EQ((Lines{"1 one", "2 two", "3 three", "4 four"}), linesFrom(folder / "main", 1));
   EXPECT_EQ((Lines{"3 three", "4 four"}), linesFrom(folder / "main", 3));
@@ -93,7 +101,7 @@ TEST(Journal, OldDaysAreCompressedThenDeletedButNeverBeforeTheyAreDelivered) {
   {
     Journal journal(path);
     for (int day = 0; day < 5; ++day) {
-      journal.append(EntryKind::Line, kMorning + day * kDay, "number 0755550142 day " + std::to_string(day));
+      append(journal, EntryKind::Line, kMorning + day * kDay, "number 0755550142 day " + std::to_string(day));
     }
   }
   const std::int64_t now = kMorning + 4 * kDay;
@@ -111,7 +119,7 @@ TEST(Journal, OldDaysAreCompressedThenDeletedButNeverBeforeTheyAreDelivered) {
   capture::keepJournal(path, {now + 9 * kDay, 90, 4});
   std::filesystem::remove(path / "2026-11-27.log");
   Journal journal(path);
-  EXPECT_EQ(4U, journal.append(EntryKind::Line, kMorning, "again"));
+  EXPECT_EQ(4U, append(journal, EntryKind::Line, kMorning, "again"));
   EXPECT_EQ("4 again", linesFrom(path, 4).front());
 }
 
@@ -129,15 +137,15 @@ TEST(Journal, AShortNumberIsForgottenOnlyAsAWholeNumber) {
 TEST(Journal, AFullDiskRefusesTheLineAndTakesItLater) {
   TemporaryFolder folder;
   Journal journal(folder / "main");
-  journal.append(EntryKind::Line, kMorning, "one");
+  append(journal, EntryKind::Line, kMorning, "one");
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
   std::signal(SIGXFSZ, SIG_IGN);
   const rlimit small{100, before.rlim_max};
   setrlimit(RLIMIT_FSIZE, &small);
-  EXPECT_THROW(journal.append(EntryKind::Line, kMorning, std::string(200, 'x')), capture::JournalFault);
+  EXPECT_THROW(append(journal, EntryKind::Line, kMorning, std::string(200, 'x')), capture::JournalFault);
   setrlimit(RLIMIT_FSIZE, &before);
-  EXPECT_EQ(2U, journal.append(EntryKind::Line, kMorning, "two"));
+  EXPECT_EQ(2U, append(journal, EntryKind::Line, kMorning, "two"));
   journal.sync();
   EXPECT_EQ((Lines{"1 one", "2 two"}), linesFrom(folder / "main", 1));
 }

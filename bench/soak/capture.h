@@ -1,0 +1,56 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "exchange.h"
+
+namespace soak {
+
+// A line as a Hicom 150 E sends it, its call told apart by the pulses.
+std::string hicomLine(std::int32_t number);
+
+// `tallymon run` in front of an exchange: a source that follows the file "calls.log" and one that listens on TCP.
+class CaptureProgram {
+ public:
+  explicit CaptureProgram(const Exchange& exchange);
+  CaptureProgram(const CaptureProgram&) = delete;
+  CaptureProgram& operator=(const CaptureProgram&) = delete;
+  ~CaptureProgram();
+
+  void start();
+  void kill();
+  // SIGTERM; the exit status.
+  int stop();
+  // Waits until every line of the file is handed over and imported.
+  [[nodiscard]] bool waitUntilEmpty(std::chrono::seconds patience) const;
+
+  [[nodiscard]] std::filesystem::path file() const { return exchange_.folder() / "calls.log"; }
+  [[nodiscard]] std::uint16_t port() const { return port_; }
+
+ private:
+  const Exchange& exchange_;
+  std::uint16_t port_ = 0;
+  pid_t process_ = -1;
+};
+
+// Connects to a port of this machine and sends; false when the connection is gone.
+class LineSender {
+ public:
+  explicit LineSender(std::uint16_t port) : port_(port) {}
+  LineSender(const LineSender&) = delete;
+  LineSender& operator=(const LineSender&) = delete;
+  ~LineSender();
+  bool send(const std::string& line);
+
+ private:
+  std::uint16_t port_;
+  int socket_ = -1;
+};
+
+}  // namespace soak

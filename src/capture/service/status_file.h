@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "capture/deliver/spool.h"
+#include "capture/service/capture_source.h"
+#include "capture/watch/alarms.h"
+
+namespace capture {
+
+// The status file beside the ready files, "status.json": what `tallymon status` and Tallybook show. Times are UTC but
+// for "last_call", which is local as in the call's record.
+[[nodiscard]] std::string statusText(const std::vector<std::shared_ptr<CaptureSource>>& sources, const Spool& spool,
+                                     const std::vector<Alarm>& alarms, std::int64_t now);
+
+// Written beside and renamed, so that a reader never sees half of it. A disk that refuses leaves the old one.
+void writeStatusFile(const Spool& spool, const std::string& text);
+
+}  // namespace capture

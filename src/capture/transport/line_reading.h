@@ -1,0 +1,55 @@
+#pragma once
+
+#include <asio/awaitable.hpp>
+#include <asio/buffer.hpp>
+#include <asio/redirect_error.hpp>
+#include <asio/use_awaitable.hpp>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "capture/framing/line_framer.h"
+#include "capture/transport/transport.h"
+
+namespace capture {
+
+// What one connection has sent so far.
+class LineReading {
+ public:
+  explicit LineReading(LineSink& sink) : sink_(sink) {}
+
+  // The lines that the bytes complete.
+  [[nodiscard]] std::vector<TakenLine> feed(std::string_view bytes);
+  // The connection has ended. In good order: what follows the last line end is a line too. Otherwise it is a half that
+  // could pass for a whole one, and is only counted.
+  [[nodiscard]] std::vector<TakenLine> end(bool inGoodOrder);
+  [[nodiscard]] bool hasHalfLine() const { return fed_ > framer_.consumed(); }
+
+ private:
+  void add(std::vector<TakenLine>& lines, std::optional<FramedLine> line);
+
+  LineSink& sink_;
+  LineFramer framer_;
+  std::uint64_t fed_ = 0;
+};
+
+// Reads lines from a stream into the sink until it ends or breaks; returns why. Memory: `buffer` bytes and the line
+// that is not yet complete.
+template <typename Stream>
+asio::awaitable<asio::error_code> readLines(Stream& stream, LineSink& sink, LineReading& reading, std::size_t buffer) {
+  std::string bytes(buffer, '\0');
+  for (;;) {
+    asio::error_code fault;
+    const std::size_t count = co_await stream.async_read_some(asio::buffer(bytes.data(), bytes.size()),
+                                                              asio::redirect_error(asio::use_awaitable, fault));
+    std::vector<TakenLine> lines = reading.feed(std::string_view(bytes.data(), count));
+    if (fault && fault != asio::error::operation_aborted) {
+      for (TakenLine& line : reading.end(fault == asio::error::eof)) lines.push_back(std::move(line));
+    }
+    if (!lines.empty()) co_await sink.take(std::move(lines), Durability::Soon);
+    if (fault) co_return fault;
+  }
+}
+
+}  // namespace capture

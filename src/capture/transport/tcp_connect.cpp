@@ -1,0 +1,52 @@
+#include <asio/connect.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/write.hpp>
+
+#include "capture/transport/kinds.h"
+#include "capture/transport/tcp_client.h"
+
+namespace capture {
+
+namespace {
+
+constexpr std::size_t kBuffer = 16 * 1024;
+
+// The exchange listens; we connect, log in where it wants that, and stay.
+class TcpConnect : public TcpClient {
+ public:
+  TcpConnect(ConnectSettings settings, asio::io_context& context, std::shared_ptr<LineSink> sink)
+      : TcpClient(context, std::move(sink)), settings_(std::move(settings)) {}
+
+ protected:
+  asio::awaitable<void> session() override {
+    co_await connectTo(settings_.host, settings_.port);
+    LineReading reading(sink());
+    std::vector<TakenLine> lines;
+    for (const LoginStep& step : settings_.login) {
+      if (!step.expect.empty()) co_await expect(step.expect);
+      if (!step.send.empty()) co_await send(step.send);
+    }
+    lines = reading.feed(takeUnread());
+    sink().breakCame();
+    established("connected to " + settings_.host + ":" + std::to_string(settings_.port));
+    if (!lines.empty()) co_await sink().take(std::move(lines), Durability::Soon);
+    const asio::error_code end = co_await readLines(socket(), sink(), reading, kBuffer);
+    if (end == asio::error::operation_aborted) co_await takeArrived(socket(), sink(), reading);
+    disconnect();
+    if (!stopping()) {
+      throw ConnectionFault(settings_.host + ": the connection has ended" +
+                            (end == asio::error::eof ? "" : " (" + end.message() + ")"));
+    }
+  }
+
+ private:
+  ConnectSettings settings_;
+};
+
+}  // namespace
+
+TransportPointer makeTcpConnect(const ConnectSettings& settings, asio::io_context& context, SinkPointer sink) {
+  return std::make_shared<TcpConnect>(settings, context, std::move(sink));
+}
+
+}  // namespace capture
