@@ -48,6 +48,7 @@ struct LineResult {
   Outcome outcome = Outcome::Unknown;
   std::vector<Call> records;  // one or two with Outcome::Record, none with the others
   std::string reason;         // why there is no record, for people; empty with Outcome::Record
+  int missing = 0;            // lines before this one that never came, by the exchange's own count of lines
 };
 
 // The record with its texts; extension and trunk get the given integer forms. An internal call is written as an

@@ -86,11 +86,18 @@ struct HeadingRule {
   std::vector<TimeForm> forms;
 };
 
+// The exchange numbers its lines.
+struct SequenceRule {
+  Pattern pattern;        // its group is the number
+  std::int64_t last = 0;  // the number that 0 follows
+};
+
 struct LineRules {
   std::vector<Pattern> skip;
   std::vector<Pattern> part;
   std::vector<std::pair<Pattern, std::string>> alarm;  // with the text for the operator
   std::vector<HeadingRule> headings;
+  std::optional<SequenceRule> sequence;
 };
 
 // Lines of one call.

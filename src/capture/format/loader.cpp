@@ -176,6 +176,14 @@ void loadLines(TomlTable& root, RuleLoader& rules, LineRules& lines) {
       alarm.done();
     });
   }
+  if (const toml::node* sequence = table.find("sequence")) {
+    TomlTable rule(*sequence);
+    lines.sequence = {rules.pattern(rule.needText("pattern"), *sequence), rule.integer("last").value_or(0)};
+    if (lines.sequence->pattern->NumberOfCapturingGroups() != 1)
+      failAt(*sequence, "the pattern needs one group: the number");
+    if (lines.sequence->last < 1) failAt(*sequence, "\"last\" must be the number that 0 follows");
+    rule.done();
+  }
   if (const toml::node* headings = table.find("heading")) {
     eachTable(*headings, [&](const toml::node& item) {
       TomlTable heading(item);

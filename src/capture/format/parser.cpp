@@ -91,6 +91,7 @@ class Parser::Reader {
       return;
     }
     const std::string text = isUtf8(bytes) ? std::string(bytes) : base::decode(bytes, codepage_);
+    result.missing = missingBefore(text);
     if (const auto* block = std::get_if<BlockLayout>(&format_->layout)) {
       blockLine(*block, text, std::move(result), out);
     } else {
@@ -134,6 +135,17 @@ class Parser::Reader {
         call(text, fields, std::move(result), out);
       }
     }
+  }
+
+  // How many numbers lie between the line's and that of the last numbered line.
+  int missingBefore(const std::string& text) {
+    if (!lines_.sequence) return 0;
+    std::int64_t number = 0;
+    if (!re2::RE2::PartialMatch(text, *lines_.sequence->pattern, &number) || number > lines_.sequence->last) return 0;
+    const std::int64_t count = lines_.sequence->last + 1;
+    const std::int64_t missing = sequence_ < 0 ? 0 : (number - sequence_ - 1 + count) % count;
+    sequence_ = number;
+    return static_cast<int>(missing);
   }
 
   // Headings, alarms and lines without a call; true when the line is one.
@@ -346,6 +358,7 @@ class Parser::Reader {
   std::chrono::sys_seconds arrived_{};
   std::vector<std::string> heading_;
   bool inBlock_ = false;
+  std::int64_t sequence_ = -1;  // number of the last numbered line
   Fields block_;
   std::size_t blockText_ = 0;
   std::string blockFault_;

@@ -159,6 +159,11 @@ void CaptureSource::addTickWhenDue() {
   tickFor_.reset();
 }
 
+bool CaptureSource::syncAll() {
+  sync();
+  return false;
+}
+
 bool CaptureSource::work() {
   bool more = false;
   try {

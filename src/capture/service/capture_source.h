@@ -40,6 +40,8 @@ class CaptureSource : public LineSink, public std::enable_shared_from_this<Captu
   // After stop(): nothing is taken from now on, though a transport that hangs may still try.
   void close() { closed_ = true; }
 
+  // Only puts the journal on the disk; false.
+  bool syncAll();
   // Syncs the journal, converts what is new, and makes a ready file of it. True when there is more to do at once.
   bool work();
   // The silence, the journal's old files; every few seconds.

@@ -21,7 +21,7 @@ constexpr std::chrono::seconds kAnswerLimit{60};
 }  // namespace
 
 void ImportPoke::send(std::function<void(int)> done) {
-  if (path_.empty() || onItsWay_) return;
+  if (isBusy()) return;
   onItsWay_ = true;
   asio::co_spawn(context_, talk(), [this, done = std::move(done)](std::exception_ptr fault, int answer) {
     onItsWay_ = false;

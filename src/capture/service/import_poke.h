@@ -17,7 +17,9 @@ class ImportPoke {
   ImportPoke(asio::io_context& context, std::filesystem::path socket)
       : context_(context), path_(std::move(socket)), limit_(context) {}
 
-  // Sends one message, unless one is on its way. `done` is called when the answer is there: 1 imported, 0 not known
+  // There is no server to tell, or it is being told: another message may follow when that one is answered.
+  [[nodiscard]] bool isBusy() const { return path_.empty() || onItsWay_; }
+  // Sends a message, when it is not busy. `done` is called when the answer is there: 1 imported, 0 not known
   // there, -1 nobody answers.
   void send(std::function<void(int answer)> done);
 

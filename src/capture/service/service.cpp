@@ -19,7 +19,7 @@ constexpr int kNotice = 5;
 // Lines that come together go into one file.
 constexpr std::chrono::milliseconds kGather{50};
 // While Tallybook has not taken the file before, what is new joins the one that waits, and that is written anew.
-constexpr std::chrono::milliseconds kGatherWhileWaiting{1000};
+constexpr std::chrono::milliseconds kJoinEvery{1000};
 constexpr int kStatusEvery = 2;       // seconds
 constexpr int kDiskEvery = 10;        // seconds
 constexpr int kJournalsEvery = 3600;  // seconds
@@ -123,6 +123,7 @@ void Service::apply(Site site) {
   sources_ = std::move(kept);
   // A journal has one writer: a changed source begins when its predecessor has ended.
   waitForStops([this, fresh] {
+    if (ending_) return;
     for (const SourceSite& wanted : fresh) {
       try {
         sources_.push_back(makeSource(wanted));
@@ -184,7 +185,7 @@ void Service::finish(End end) {
 void Service::wakeSoon() {
   if (workPlanned_) return;
   workPlanned_ = true;
-  workTimer_.expires_after(spool_.occupied() ? kGatherWhileWaiting : kGather);
+  workTimer_.expires_after(kGather);
   workTimer_.async_wait([this](const asio::error_code&) {
     workPlanned_ = false;
     if (!ending_) work();
@@ -192,11 +193,14 @@ void Service::wakeSoon() {
 }
 
 void Service::work() {
+  const auto now = std::chrono::steady_clock::now();
+  const bool handOver = !spool_.occupied() || now - lastHandOver_ >= kJoinEvery;
+  if (handOver) lastHandOver_ = now;
   bool more = false;
   std::string fault;
   for (const auto& source : sources_) {
     try {
-      more = source->work() || more;
+      more = (handOver ? source->work() : source->syncAll()) || more;
     } catch (const std::exception& error) {
       fault = error.what();
     }
@@ -212,19 +216,16 @@ void Service::work() {
 
 void Service::publish() {
   try {
-    const bool published = spool_.publish();
+    untold_ = spool_.publish() || untold_;
     alarms_.clear("", "publication");
-    if (!published) return;
   } catch (const std::exception& fault) {
     alarms_.raise("", "publication", std::string(fault.what()) + " The calls wait.");
-    return;
   }
+  if (!untold_ || poke_.isBusy()) return;
+  untold_ = false;
   poke_.send([this](int answer) {
     // Imported: the place is free again.
-    if (answer > 0 && !ending_) {
-      workTimer_.cancel();
-      work();
-    }
+    if (answer > 0 && !ending_) work();
   });
 }
 

@@ -63,6 +63,8 @@ class Service {
   std::vector<std::shared_ptr<CaptureSource>> stopping_;
   asio::thread_pool keeping_{1};
   bool workPlanned_ = false;
+  bool untold_ = false;  // a file was published and Tallybook does not know yet
+  std::chrono::steady_clock::time_point lastHandOver_;
   bool ending_ = false;
   End end_ = End::Stop;
   int seconds_ = 0;

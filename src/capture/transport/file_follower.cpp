@@ -27,7 +27,7 @@ class FileFollower : public SessionTransport {
 
  protected:
   asio::awaitable<void> session() override {
-    start();
+    findPlace();
     if (file_) established(settings_.path.string());
     while (!stopping()) {
       if (file_ && !file_->stillHoldsItsPlace()) goOnAt(file_->placeAt(begin_ + framer_.consumed()));
@@ -42,7 +42,7 @@ class FileFollower : public SessionTransport {
 
  private:
   // What has stood since before this session is found by the place of the last line alone.
-  void start() {
+  void findPlace() {
     if (const auto place = FilePlace::fromText(sink().lastOrigin())) {
       goOnAt(*place);
       return;

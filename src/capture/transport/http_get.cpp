@@ -1,6 +1,7 @@
 #include <curl/curl.h>
 
 #include <asio/thread_pool.hpp>
+#include <atomic>
 #include <ctime>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -31,6 +32,11 @@ std::size_t keep(const char* bytes, std::size_t size, std::size_t count, void* t
   return size * count;
 }
 
+// Another value than 0 ends the download.
+int giveUp(void* asked, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+  return static_cast<const std::atomic<bool>*>(asked)->load() ? 1 : 0;
+}
+
 std::string timeText(const std::string& format, std::time_t time) {
   std::tm local{};
   localtime_r(&time, &local);
@@ -45,7 +51,7 @@ void replace(std::string& text, const std::string& from, const std::string& to) 
 }
 
 // The whole answer. Throws ConnectionFault when there is none or its status is an error.
-std::string fetch(const GetSettings& settings, std::time_t from, std::time_t to) {
+std::string fetch(const GetSettings& settings, std::time_t from, std::time_t to, const std::atomic<bool>& stop) {
   const Curl curl(curl_easy_init());
   if (!curl) throw ConnectionFault("no memory for a download");
   const auto escaped = [&](std::time_t time) {
@@ -69,6 +75,9 @@ std::string fetch(const GetSettings& settings, std::time_t from, std::time_t to)
   curl_easy_setopt(curl.get(), CURLOPT_WRITEFUNCTION, &keep);
   curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &body);
   curl_easy_setopt(curl.get(), CURLOPT_ERRORBUFFER, reason);
+  curl_easy_setopt(curl.get(), CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(curl.get(), CURLOPT_XFERINFOFUNCTION, &giveUp);
+  curl_easy_setopt(curl.get(), CURLOPT_XFERINFODATA, const_cast<std::atomic<bool>*>(&stop));
   if (!settings.user.empty()) {
     curl_easy_setopt(curl.get(), CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
     curl_easy_setopt(curl.get(), CURLOPT_USERNAME, settings.user.c_str());
@@ -99,9 +108,8 @@ class HttpGet : public SessionTransport {
     while (!stopping()) {
       const std::time_t to = std::time(nullptr);
       const std::time_t from = reached_ - static_cast<std::time_t>(settings_.overlap);
-      const GetSettings settings = settings_;
       const std::string body =
-          co_await onWorker<std::string>(pool_, [settings, from, to] { return fetch(settings, from, to); });
+          co_await onWorker<std::string>(pool_, [this, from, to] { return fetch(settings_, from, to, stop_); });
       established("fetched");
       co_await take(body, to);
       reached_ = to;
@@ -110,7 +118,7 @@ class HttpGet : public SessionTransport {
     }
   }
 
-  void interrupt() override {}
+  void interrupt() override { stop_ = true; }
 
  private:
   [[nodiscard]] std::int64_t keepSeconds() const { return std::int64_t{settings_.overlap} + 86400; }
@@ -155,6 +163,7 @@ class HttpGet : public SessionTransport {
 
   GetSettings settings_;
   asio::thread_pool pool_;
+  std::atomic<bool> stop_ = false;
   SeenRows seen_;
   std::time_t reached_ = 0;
 };

@@ -12,7 +12,7 @@ namespace capture {
 // One thing that is wrong, or is right again.
 struct Alarm {
   std::string source;      // empty: the program as a whole
-  std::string event;       // silence, unknown, exchange, lost, disk, spool
+  std::string event;       // silence, unknown, gap, exchange, lost, disk, spool ...
   std::string text;        // for people, with what to do
   bool raised = true;      // false: the all-clear
   std::int64_t since = 0;  // milliseconds since 1970

@@ -19,6 +19,12 @@ void SourceWatch::line(const LineResult& result, std::int64_t arrival) {
   lastSign_ = std::max(lastSign_, arrival);
   alarms_.clear(source_, "silence");
   watchUnknown(result);
+  if (result.missing > 0) {
+    lastTrouble_ = nowMilliseconds();
+    alarms_.raise(source_, "gap",
+                  std::to_string(result.missing) +
+                      " lines are missing by the exchange's own count: its buffer was full, or the line is disturbed.");
+  }
   if (result.outcome == Outcome::Alarm) {
     lastTrouble_ = nowMilliseconds();
     alarms_.raise(source_, "exchange", "The exchange reports: " + result.reason);
@@ -50,6 +56,7 @@ void SourceWatch::look(std::int64_t now) {
     lastTrouble_ = 0;
     alarms_.clear(source_, "exchange");
     alarms_.clear(source_, "lost");
+    alarms_.clear(source_, "gap");
   }
 }
 
