@@ -54,6 +54,7 @@ class PdfSheets::Drawing {
     context_.reset(cairo_create(surface_.get()));
     check();
     layout_.reset(pango_cairo_create_layout(context_.get()));
+    placeLettersExactly();
     pango_layout_set_wrap(layout_.get(), PANGO_WRAP_WORD_CHAR);
     font_.reset(pango_font_description_from_string(kFonts));
   }
@@ -121,6 +122,18 @@ class PdfSheets::Drawing {
     if (status != CAIRO_STATUS_SUCCESS) {
       throw std::runtime_error(std::string("The PDF could not be drawn: ") + cairo_status_to_string(status));
     }
+  }
+
+  // Paper has no pixels that letters would have to fit: without this they are placed at whole points, which makes small
+  // ones uneven and wider than their size says.
+  void placeLettersExactly() {
+    PangoContext* context = pango_layout_get_context(layout_.get());
+    cairo_font_options_t* options = cairo_font_options_create();
+    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+    pango_cairo_context_set_font_options(context, options);
+    cairo_font_options_destroy(options);
+    pango_context_set_round_glyph_positions(context, FALSE);
   }
 
   void endSheet() {

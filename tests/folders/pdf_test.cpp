@@ -98,7 +98,8 @@ TEST_F(PdfTest, AFaultLeavesNoHalfOfAFile) {
   EXPECT_FALSE(writeListPdf(view, "/dev/full"));
   FolderView list = office.view(100);
   EXPECT_THROW(writeSummaryPdf(list, file), std::invalid_argument);
-  office.main->execute("drop table Calls");
+  office.user.SQLSubquery = "1=1";
+  office.filter.set({{"OnFilter", "1"}, {"Number", "\""}});
   EXPECT_THROW(writeListPdf(view, file), jet::Error);
   EXPECT_FALSE(fs::exists(file));
 }
