@@ -1,0 +1,121 @@
+#include "folders/month_figures.h"
+
+#include "analysis/missed_calls.h"
+#include "analysis/trunk_verdict.h"
+#include "base/printf.h"
+#include "folders/db_folder.h"
+
+namespace folders {
+
+namespace {
+
+using jet::Value;
+
+constexpr const char* kSums =
+    "count(*) as cnt, Sum(IIf(Incoming <> 0, 1, 0)) as ins, Sum(TotalTime) as secs, Sum(Price_Ref * %ADD%) as amount";
+
+// The filter in force with another period.
+filter::FilterSettings settingsFor(const FolderServices& services, base::DateTime from, base::DateTime next) {
+  filter::FilterSettings settings = services.filter.settings();
+  // What a filter that is off holds plays no part.
+  if (settings.onFilter != 1) settings = filter::FilterSettings{};
+  settings.onFilter = 1;
+  settings.onPeriod = 1;
+  settings.intervalStart = from.format(filter::kPeriodFormat);
+  settings.intervalEnd = next.plusSeconds(-1).format(filter::kPeriodFormat);
+  return settings;
+}
+
+CallSums sumsOf(const std::vector<Value>& row, std::size_t first) {
+  return {row[first].toLong(), row[first + 1].toLong(), row[first + 2].toLong(), row[first + 3].toDouble()};
+}
+
+std::string conditionOf(const FolderServices& services, base::DateTime month) {
+  return services.filter.conditionOf(settingsFor(services, month, monthFrom(month, 1)));
+}
+
+CallSums sumsOfMonth(const FolderServices& services, base::DateTime month) {
+  CallSums sums;
+  services.main.forEachRow(
+      applySurcharge(base::format("SELECT %s FROM Calls WHERE %s", kSums, conditionOf(services, month)),
+                     services.config),
+      [&](const std::vector<Value>& row) {
+        sums = sumsOf(row, 0);
+        return false;
+      });
+  return sums;
+}
+
+// Groups of the month by an expression, in the order of the database.
+template <typename Take>
+void forEachGroup(const FolderServices& services, base::DateTime month, std::string_view by, std::string_view order,
+                  const Take& take) {
+  services.main.forEachRow(
+      applySurcharge(base::format("SELECT %s AS grp, %s FROM Calls WHERE %s group by %s ORDER BY %s", by, kSums,
+                                  conditionOf(services, month), by, order),
+                     services.config),
+      take);
+}
+
+std::vector<MonthGroup> dearest(const FolderServices& services, const ValueFormatter& formatter, base::DateTime month,
+                                std::string_view column, int kind) {
+  std::vector<MonthGroup> groups;
+  forEachGroup(services, month, column, "5 DESC", [&](const std::vector<Value>& row) {
+    const CallSums sums = sumsOf(row, 1);
+    if (sums.price <= 0) return false;
+    std::string label = formatter.formatCell(kind, row[0]);
+    groups.push_back({label.empty() ? "-" : std::move(label), sums});
+    return groups.size() < MonthFigures::kMostGroups;
+  });
+  return groups;
+}
+
+std::vector<MonthGroup> eachDay(const FolderServices& services, base::DateTime month) {
+  const base::DateTime::Parts parts = month.parts();
+  std::vector<MonthGroup> days;
+  for (int day = 1; day <= base::daysInMonth(parts.year, parts.month); ++day) days.push_back({std::to_string(day), {}});
+  forEachGroup(services, month, "Day(DateTime)", "1", [&](const std::vector<Value>& row) {
+    const std::int64_t day = row[0].toLong();
+    if (day >= 1 && day <= static_cast<std::int64_t>(days.size())) {
+      days[static_cast<std::size_t>(day - 1)].sums = sumsOf(row, 1);
+    }
+    return true;
+  });
+  return days;
+}
+
+}  // namespace
+
+base::DateTime monthFrom(base::DateTime day, int months) {
+  const base::DateTime::Parts parts = day.parts();
+  const int count = parts.year * 12 + parts.month - 1 + months;
+  return base::DateTime::fromParts(count / 12, count % 12 + 1, 1).value_or(day);
+}
+
+MonthFigures monthFigures(base::DateTime day, const FolderServices& services, const ValueFormatter& formatter) {
+  MonthFigures figures;
+  figures.first = monthFrom(day, 0);
+  figures.month = sumsOfMonth(services, figures.first);
+  figures.before = sumsOfMonth(services, monthFrom(day, -1));
+  figures.lastYear = sumsOfMonth(services, monthFrom(day, -12));
+  figures.days = eachDay(services, figures.first);
+  constexpr int kExtension = 402;
+  constexpr int kText = 413;
+  figures.extensions = dearest(services, formatter, figures.first, "Extension", kExtension);
+  figures.departments = dearest(services, formatter, figures.first, "Department", kText);
+  figures.destinations = dearest(services, formatter, figures.first, "Area", kText);
+
+  const analysis::CallScope scope =
+      analysis::scopeOf(services.filter, settingsFor(services, figures.first, monthFrom(day, 1)));
+  const analysis::SubscriberNumbers subscribers(services.definitions.countryCode, services.definitions.areaCode);
+  const analysis::MissedCalls missed = analysis::findMissedCalls(services.main, scope, subscribers);
+  figures.missed = static_cast<std::int64_t>(missed.rows.size());
+  figures.calledBack = missed.calledBack;
+  figures.answeredLater = missed.answeredLater;
+  figures.open = missed.open;
+  figures.lines =
+      analysis::trunkVerdict(analysis::trunkLoad(services.main, scope, services.definitions), services.texts);
+  return figures;
+}
+
+}  // namespace folders
