@@ -16,6 +16,8 @@ constexpr CommandGroup kGroups[] = {
     {"client", "Clients who own calls by account code"},
     {"provider", "Telephone providers"},
     {"tariff", "Prices as providers send them"},
+    {"schedule", "Reports that are mailed by themselves"},
+    {"mail", "How this machine sends mail"},
     {"currency", "Currencies and their exchange rates"},
     {"log", "The audit log"},
     {"log filter", "Which entries of the audit log are shown"},
@@ -29,13 +31,13 @@ constexpr CommandGroup kGroups[] = {
 std::vector<const Command*> allCommands() {
   std::vector<const Command*> all;
   for (const auto commands :
-       {initCommands(),      statusCommands(),   settingCommands(),   importCommands(),    folderCommands(),
-        filterCommands(),    reportCommands(),   missedCommands(),    trunkLoadCommands(), alarmCommands(),
-        contactCommands(),   priceCommands(),    extensionCommands(), accountCommands(),   trunkCommands(),
-        clientCommands(),    providerCommands(), tariffCommands(),    currencyCommands(),  logCommands(),
-        logFilterCommands(), sampleCommands(),   serveCommands(),     sendCommands(),      maintenanceCommands(),
-        resetCommands(),     privacyCommands(),  userCommands(),      groupCommands(),     passwordCommands(),
-        convertCommands(),   tableMoveCommands()}) {
+       {initCommands(),      statusCommands(),    settingCommands(),   importCommands(),    folderCommands(),
+        filterCommands(),    reportCommands(),    missedCommands(),    trunkLoadCommands(), alarmCommands(),
+        contactCommands(),   priceCommands(),     extensionCommands(), accountCommands(),   trunkCommands(),
+        clientCommands(),    providerCommands(),  tariffCommands(),    currencyCommands(),  logCommands(),
+        logFilterCommands(), sampleCommands(),    serveCommands(),     sendCommands(),      maintenanceCommands(),
+        resetCommands(),     privacyCommands(),   userCommands(),      groupCommands(),     passwordCommands(),
+        convertCommands(),   tableMoveCommands(), scheduleCommands(),  mailCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

@@ -22,6 +22,8 @@ std::span<const Command> currencyCommands();
 std::span<const Command> folderCommands();
 std::span<const Command> filterCommands();
 std::span<const Command> reportCommands();
+std::span<const Command> scheduleCommands();
+std::span<const Command> mailCommands();
 std::span<const Command> missedCommands();
 std::span<const Command> trunkLoadCommands();
 std::span<const Command> alarmCommands();

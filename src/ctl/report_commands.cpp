@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 
 #include "base/printf.h"
 #include "ctl/access.h"
@@ -8,9 +9,11 @@
 #include "folders/bill.h"
 #include "folders/exports.h"
 #include "folders/list_report.h"
+#include "folders/month_page.h"
 #include "folders/pdf_pages.h"
 #include "folders/report_page.h"
 #include "folders/summary_page.h"
+#include "schedule/report_maker.h"
 
 namespace ctl {
 
@@ -83,23 +86,34 @@ fs::path targetOf(const Invocation& call, std::string_view usualName) {
   return (folder / usualName).lexically_normal();
 }
 
+// How a list or a summary becomes sheets of paper.
+using Sheets = std::function<bool(const fs::path&)>;
+
+// Sheets of our own: a browser takes minutes over a long list.
+bool printSheets(const fs::path& file, const Sheets& sheets, platform::DocumentHandler& documents) {
+  const schedule::WorkFolder folder;
+  const fs::path pdf = folder.path() / file.filename().replace_extension(".pdf");
+  return sheets(pdf) && documents.print(pdf);
+}
+
 // Opens or prints the file, as asked.
-void handOver(const Invocation& call, const fs::path& file) {
+void handOver(const Invocation& call, const fs::path& file, const Sheets& sheets) {
   platform::DocumentHandler& documents = call.context.app().surroundings().documents;
   if (call.arguments.has("--open") && !documents.open(fs::absolute(file).string())) {
     throw Failure(base::format("%s was written, but no program opened it (xdg-open).", file.string()));
   }
-  if (call.arguments.has("--print") && !documents.print(file)) {
+  if (!call.arguments.has("--print")) return;
+  if (!(sheets ? printSheets(file, sheets, documents) : documents.print(file))) {
     throw Failure(base::format("%s was written, but it could not be printed (lp).", file.string()));
   }
 }
 
 // The end of a command that was to write the file; why it was not has been said.
-int finish(const Invocation& call, const fs::path& file, bool written) {
+int finish(const Invocation& call, const fs::path& file, bool written, const Sheets& sheets = {}) {
   if (!written) throw Failure(base::format("%s was not written.", file.string()));
   call.out << file.string() << '\n';
   call.out.flush();
-  handOver(call, file);
+  handOver(call, file, sheets);
   return 0;
 }
 
@@ -117,7 +131,8 @@ int report(const Invocation& call) {
   server::CServerDoc& document = call.context.document();
   FolderView view(definition, document.folderServices(), document.valueFormatter(), sortKeyOf(call, definition));
   chooseColumns(call, view);
-  return finish(call, file, form.write(view, file));
+  const auto print = call.arguments.has("--summary") ? folders::writeSummaryPdf : folders::writeListPdf;
+  return finish(call, file, form.write(view, file), [&](const fs::path& pdf) { return print(view, pdf); });
 }
 
 // The day's last second for a date without a time.
@@ -139,6 +154,27 @@ int bill(const Invocation& call) {
   return finish(call, file, write(request, document.folderServices(), document.valueFormatter(), file, nullptr));
 }
 
+// "2026-11" as its first day; without the option the month before this one, the last that is complete.
+base::DateTime monthOf(const Invocation& call) {
+  const auto typed = call.arguments.find("--month");
+  if (!typed) return folders::monthFrom(call.context.clock().now(), -1);
+  const auto first = base::DateTime::fromStored(*typed + "-01");
+  if (!first || typed->size() != 7) {
+    throw WrongUsage(base::format("--month takes a month such as 2026-11, not \"%s\".", *typed));
+  }
+  return *first;
+}
+
+int month(const Invocation& call) {
+  const base::DateTime day = monthOf(call);
+  const std::string format = formatOf(call.arguments);
+  if (findForm(kSummaries, format) == nullptr) throw WrongUsage("The month's page is html or pdf.");
+  const fs::path file = targetOf(call, "month." + format);
+  server::CServerDoc& document = call.context.document();
+  const auto write = format == "pdf" ? folders::writeMonthPdf : folders::writeMonthPage;
+  return finish(call, file, write(day, document.folderServices(), document.valueFormatter(), file));
+}
+
 constexpr OptionSpec kOut = {.name = "--out",
                              .help = "File or folder to write to (default: the folder of setting Path)",
                              .valueName = "FILE|DIR"};
@@ -146,7 +182,7 @@ constexpr OptionSpec kOpen = {
     .name = "--open", .takes = Takes::Nothing, .help = "Open what was written with the desktop's program for it"};
 constexpr OptionSpec kPrint = {.name = "--print", .takes = Takes::Nothing, .help = "Print what was written"};
 
-constexpr OptionSpec kBillFormat = {
+constexpr OptionSpec kPageFormat = {
     .name = "--format", .help = "html or pdf (default: as the file is named, else html)", .valueName = "FORMAT"};
 
 constexpr OptionSpec kReportOptions[] = {
@@ -169,7 +205,15 @@ constexpr OptionSpec kBillOptions[] = {
     {.name = "--from", .help = "Begin of the period", .required = true, .valueName = "DATE"},
     {.name = "--to", .help = "End of the period, that day included", .required = true, .valueName = "DATE"},
     kOut,
-    kBillFormat,
+    kPageFormat,
+    kOpen,
+    kPrint,
+};
+
+constexpr OptionSpec kMonthOptions[] = {
+    {.name = "--month", .help = "The month (default: the one before this)", .valueName = "YYYY-MM"},
+    kOut,
+    kPageFormat,
     kOpen,
     kPrint,
 };
@@ -182,6 +226,8 @@ constexpr Command kCommands[] = {
      kReportOptions, kViewCalls, report},
     {"bill", "Write the bill of an extension; the stored filter stays as it is",
      "tallyctl bill 204 --from 2026-11-01 --to 2026-11-30 --out bill-204.pdf", kBillOptions, kViewCalls, bill},
+    {"month", "Write the page of a month: its calls beside earlier months, what was dearest, missed calls, lines",
+     "tallyctl month\ntallyctl month --month 2026-11 --out november.pdf", kMonthOptions, kViewCalls, month},
 };
 
 }  // namespace

@@ -120,6 +120,14 @@ std::vector<TableDef> mainTables() {
       {.name = "ImportKept",
        .fields = {memo("File"), text("Kind"), memo("KeptFile"), real("Bytes"), real("Earlier")},
        .indexes = {}},
+      // Reports that are mailed by themselves, and how far each has come.
+      {.name = "Schedules",
+       .fields = {autoKey("RecordID"),   text("Name"),       yesNo("Enabled"), number("Folder"), memo("Filter"),
+                  memo("Columns"),       number("SortKey"),  text("Format"),   text("Period"),   text("Days"),
+                  number("MinuteOfDay"), memo("Recipients"), text("Lang"),     text("UserName"), memo("Note"),
+                  date("NextRun"),       date("RunFor"),     memo("Waiting"),  date("TryAfter"), number("Attempts"),
+                  date("LastSent"),      memo("LastError"),  number("Version")},
+       .indexes = {}},
   };
 }
 

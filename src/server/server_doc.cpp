@@ -153,6 +153,10 @@ StartEnd CServerDoc::logIn(const StartDuties& duties) {
 }
 
 // A database of an earlier version, or one that was converted from an old file, may lack a table.
+schedule::ReportMaker::Parts CServerDoc::reportParts() {
+  return {*main_, language_, parties_, currencies_, log_, *users_, app_.surroundings().clock};
+}
+
 void CServerDoc::addMissingTables() {
   const std::vector<std::string> present = main_->tableNames();
   for (const jet::TableDef& table : schema::mainTables()) {

@@ -20,6 +20,7 @@
 #include "ingest/output_port.h"
 #include "ingest/phonebook.h"
 #include "ingest/recorder.h"
+#include "schedule/report_maker.h"
 #include "security/audit_log.h"
 #include "security/login.h"
 #include "security/users.h"
@@ -111,6 +112,8 @@ class CServerDoc {
   // What folders and reports work on; only after a successful start.
   [[nodiscard]] const folders::FolderServices& folderServices() const { return *folderServices_; }
   [[nodiscard]] const folders::ValueFormatter& valueFormatter() const { return *formatter_; }
+  // What scheduled reports are made from; only after a successful start.
+  [[nodiscard]] schedule::ReportMaker::Parts reportParts();
   [[nodiscard]] bool HasRight(int object, int right);
   [[nodiscard]] std::filesystem::path databaseFolder() const { return main_->path().parent_path(); }
   // Height of the main window's upper pane in percent; kept at the close.

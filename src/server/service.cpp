@@ -74,7 +74,11 @@ std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& documen
 }
 
 Service::Service(CServerDoc& document, std::function<void(const std::string&)> say, ServiceTimes times)
-    : document_(document), say_(std::move(say)), times_(times), stopEvent_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    : document_(document),
+      say_(std::move(say)),
+      reports_(document.reportParts(), document.app().config(), say_),
+      times_(times),
+      stopEvent_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 Service::~Service() {
   close(stopEvent_);
@@ -107,6 +111,7 @@ void Service::run() {
     sayWhenFull(*channel);
     if (Clock::now() >= nextRefresh) {
       refreshNow();
+      sendReports();
       nextRefresh = Clock::now() + times_.refresh;
     }
     if (importAsked_ || Clock::now() >= nextImport) {
@@ -151,6 +156,16 @@ void Service::refreshNow() {
     clear(refreshFault_);
   } catch (const std::exception& error) {
     note(refreshFault_, error.what());
+  }
+}
+
+void Service::sendReports() {
+  if (document_.DatabaseReadOnly()) return;
+  try {
+    reports_.step();
+    clear(reportFault_);
+  } catch (const std::exception& error) {
+    note(reportFault_, error.what());
   }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/live_channel.h"
+#include "schedule/runner.h"
 #include "server/server_doc.h"
 
 namespace server {
@@ -25,9 +26,9 @@ struct ServiceTimes {
   std::chrono::milliseconds refresh = kRefreshInterval;
 };
 
-// The document without a window: imports on a timer, takes live calls, until SIGTERM or SIGINT. Faults of the database,
-// the disk or the monitor's folder do not end it: they are said once, written to the audit log as soon as it takes an
-// entry, and what they held up is made up for by the next run.
+// The document without a window: imports on a timer, takes live calls, sends scheduled reports, until SIGTERM or
+// SIGINT. Faults of the database, the disk or the monitor's folder do not end it: they are said once, written to the
+// audit log as soon as it takes an entry, and what they held up is made up for by the next run.
 class Service {
  public:
   // `say` takes a line for the service's journal: at most one an import while all goes well.
@@ -45,6 +46,7 @@ class Service {
  private:
   std::int32_t takeLiveRecord(std::span<const unsigned char> record);
   void refreshNow();
+  void sendReports();
   void importNow(const ingest::ImportOptions& options);
   void sayLiveCounts();
   void sayWhenFull(const platform::LiveChannelServer& channel);
@@ -59,11 +61,13 @@ class Service {
 
   CServerDoc& document_;
   std::function<void(const std::string&)> say_;
+  schedule::Runner reports_;
   ServiceTimes times_;
   int stopEvent_ = -1;
   // Faults that come back at every try until somebody mends them; empty while all is well.
   std::string importFault_;
   std::string refreshFault_;
+  std::string reportFault_;
   std::vector<HeldEntry> heldEntries_;  // not yet in the audit log
   std::int64_t liveRecorded_ = 0;       // since they were last said
   std::int64_t liveRefused_ = 0;

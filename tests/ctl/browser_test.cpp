@@ -106,12 +106,17 @@ TEST_F(Browser, PagesReachThePrinterAsSheets) {
   const std::string places = ::getenv("PATH");
   ::setenv("PATH", (path("").string() + ":" + places).c_str(), 1);
   succeed("report 100 --columns=401,400,404 --out calls.html --print");
-  EXPECT_EQ(readFile(path("printed")), "-t calls.html\n");
+  EXPECT_EQ(readFile(path("printed")), "-t calls.pdf\n");
+  EXPECT_TRUE(readFile(path("printed.pdf")).starts_with("%PDF-"));
+  succeed("bill 211 --from 2026-11-01 --to 2026-11-30 --out bill.html --print");  // a browser follows its template
+  EXPECT_EQ(readFile(path("printed")), "-t bill.html\n");
   EXPECT_TRUE(readFile(path("printed.pdf")).starts_with("%PDF-"));
   script("chromium", "exit 1\n");
   script("google-chrome", "exit 1\n");
+  succeed("bill 211 --from 2026-11-01 --to 2026-11-30 --out bill.html --print");
+  EXPECT_EQ(readFile(path("printed.pdf")), readFile(path("bill.html")));
   succeed("report 101 --out calls.html --print");
-  EXPECT_EQ(readFile(path("printed.pdf")), readFile(path("calls.html")));
+  EXPECT_TRUE(readFile(path("printed.pdf")).starts_with("%PDF-"));
   ::setenv("PATH", places.c_str(), 1);
 }
 

@@ -1,0 +1,91 @@
+#include "schedule/mail_settings.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "base/printf.h"
+#include "mail/address.h"
+
+namespace schedule {
+
+namespace {
+
+constexpr const char* kSection = "Mail";
+constexpr std::int32_t kSubmissionPort = 587;
+
+struct EncryptionWord {
+  mail::Encryption encryption;
+  std::string_view word;
+};
+constexpr EncryptionWord kWords[] = {
+    {mail::Encryption::None, "none"}, {mail::Encryption::StartTls, "starttls"}, {mail::Encryption::Tls, "tls"}};
+
+struct TextSetting {
+  const char* key;
+  std::string mail::Server::*member;
+};
+constexpr TextSetting kTexts[] = {{"Server", &mail::Server::host},
+                                  {"User", &mail::Server::user},
+                                  {"Password", &mail::Server::password},
+                                  {"Authorities", &mail::Server::authorities}};
+
+// Letters of a host's name or number: whatever else is typed would become another part of an address.
+bool isHost(std::string_view host) {
+  return !host.empty() && host.size() <= 253 && std::ranges::all_of(host, [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' || c == '-' ||
+           c == ':' || c == '[' || c == ']';
+  });
+}
+
+std::string faultOf(const MailSettings& settings) {
+  if (!isHost(settings.server.host)) return base::format("\"%s\" is no mail server's name.", settings.server.host);
+  if (settings.server.port < 1 || settings.server.port > 65535) return "The mail server's port is from 1 to 65535.";
+  if (!mail::isAddress(settings.from)) return base::format("\"%s\" is no mail address to send from.", settings.from);
+  if (settings.server.encryption == mail::Encryption::None && !settings.server.password.empty()) {
+    return "A password is not sent without encryption: give starttls or tls.";
+  }
+  return {};
+}
+
+}  // namespace
+
+std::optional<mail::Encryption> parseEncryption(std::string_view word) {
+  for (const EncryptionWord& known : kWords) {
+    if (known.word == word) return known.encryption;
+  }
+  return std::nullopt;
+}
+
+std::string_view encryptionWord(mail::Encryption encryption) {
+  return std::ranges::find(kWords, encryption, &EncryptionWord::encryption)->word;
+}
+
+MailSettings readMailSettings(foundation::ConfigManager& config) {
+  const auto text = [&](const char* key) {
+    return config.ReadConfigString(key, kSection, foundation::StoreMachine, "");
+  };
+  MailSettings settings;
+  for (const TextSetting& setting : kTexts) settings.server.*setting.member = text(setting.key);
+  settings.server.port = config.ReadConfigInt("Port", kSection, foundation::StoreMachine, kSubmissionPort);
+  settings.server.encryption = parseEncryption(text("Encryption")).value_or(mail::Encryption::StartTls);
+  settings.from = text("From");
+  if (settings.server.host.empty()) {
+    throw mail::MailError("No mail server is set on this machine: see tallyctl mail set --help.");
+  }
+  if (const std::string fault = faultOf(settings); !fault.empty()) throw mail::MailError(fault);
+  return settings;
+}
+
+bool writeMailSettings(foundation::ConfigManager& config, const MailSettings& settings) {
+  if (const std::string fault = faultOf(settings); !fault.empty()) throw std::invalid_argument(fault);
+  const auto write = [&](const char* key, std::string_view value) {
+    return config.WriteConfigString(value, key, kSection, foundation::StoreMachine);
+  };
+  bool written = true;
+  for (const TextSetting& setting : kTexts) written = write(setting.key, settings.server.*setting.member) && written;
+  written = config.WriteConfigInt(settings.server.port, "Port", kSection, foundation::StoreMachine) && written;
+  written = write("Encryption", encryptionWord(settings.server.encryption)) && written;
+  return write("From", settings.from) && written;
+}
+
+}  // namespace schedule

@@ -1,0 +1,146 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "support/tallyctl.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+bool contains(const std::string& text, std::string_view part) {
+  return text.find(part) != std::string::npos;
+}
+
+// Reports that are mailed, through a real mail server.
+class Schedules : public TallyctlRun, public testing::Test {
+ protected:
+  void SetUp() override {
+    if (std::system("/usr/bin/python3 -c 'import aiosmtpd' 2>/dev/null") != 0) GTEST_SKIP() << "no aiosmtpd";
+    fs::create_directory(path("mails"));
+    const std::string folder = path("mails").string();
+    ASSERT_EQ(std::system(("cd '" + folder +
+                           "' && openssl req -x509 -newkey rsa:2048 -nodes -keyout key.pem -out cert.pem -days 2 -subj "
+                           "/CN=localhost -addext subjectAltName=DNS:localhost,IP:127.0.0.1 2>/dev/null")
+                              .c_str()),
+              0);
+    server_ = ::popen(
+        ("/usr/bin/python3 '" TALLYBOOK_SOURCE_DIR "/tests/support/mail_server.py' '" + folder + "'").c_str(), "w");
+    for (int i = 0; i < 200 && !fs::exists(path("mails/port")); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    makeSample(400);
+    ::setenv("TALLYBOOK_MAIL_PASSWORD", "s3cret!", 1);
+    connect("--authorities '" + folder + "/cert.pem'");
+  }
+  void TearDown() override {
+    ::unsetenv("TALLYBOOK_MAIL_PASSWORD");
+    if (server_ != nullptr) ::pclose(server_);
+  }
+  void connect(const std::string& more) {
+    succeed("mail set 127.0.0.1 --port " + readFile(path("mails/port")) +
+            " --from tallybook@office.example --login tally " + more);
+  }
+  std::vector<json> mails() {
+    std::vector<json> all;
+    for (int i = 1; fs::exists(path(("mails/" + std::to_string(i) + ".json").c_str())); ++i) {
+      all.push_back(json::parse(readFile(path(("mails/" + std::to_string(i) + ".json").c_str()))));
+    }
+    return all;
+  }
+  std::string part(int mail, int number) {
+    return readFile(path(("mails/" + std::to_string(mail) + "." + std::to_string(number)).c_str()));
+  }
+
+ private:
+  FILE* server_ = nullptr;
+};
+
+TEST_F(Schedules, AReportComesWithItsFileToEachRecipient) {
+  struct stat machine {};
+  ASSERT_EQ(::stat(path("machine.ini").c_str(), &machine), 0);
+  EXPECT_EQ(machine.st_mode & 0777, 0600U) << "it holds a password";
+  EXPECT_FALSE(contains(succeed("mail show"), "s3cret"));
+  succeed(
+      "schedule set 'Zilnic' --folder 100 --period all --columns 401,400,404 --language RO --to "
+      "ana@office.example,bob@office.example");
+  succeed("schedule run zilnic");
+  const std::vector<json> got = mails();
+  ASSERT_EQ(got.size(), 2U);
+  EXPECT_EQ(got[0]["to"], json::array({"ana@office.example"}));
+  EXPECT_EQ(got[1]["to"], json::array({"bob@office.example"}));
+  EXPECT_EQ(got[0]["from"], "tallybook@office.example");
+  EXPECT_TRUE(got[0]["encrypted"]);
+  EXPECT_EQ(got[0]["subject"], "Apeluri");
+  EXPECT_EQ(got[0]["parts"][1]["type"], "application/pdf");
+  ASSERT_EQ(std::system(("pdftotext '" + path("mails/1.1").string() + "' '" + path("text").string() + "'").c_str()), 0);
+  EXPECT_TRUE(contains(readFile(path("text")), "Raport apeluri"));
+  for (const auto& call : stored("select DialNumber from Calls"))
+    EXPECT_TRUE(contains(readFile(path("text")), call[0])) << call[0];
+}
+
+TEST_F(Schedules, TheRestrictionOfItsUserHolds) {
+  succeed("user add mara --password pw --groups Operators --restriction \"Extension='211'\"");
+  succeed("filter set OnFilter=1 OnExtension=1 ExtensionStr=204");  // this machine's filter is not the report's
+  succeed("schedule set Mara --as csv --period all --columns 402 --as-user mara --to mara@office.example");
+  succeed("schedule run Mara");
+  const std::string list = part(1, 1);
+  const auto calls = stored("select count(*) from Calls where Extension = '211'");
+  EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), std::stol(calls[0][0]) + 1);
+  EXPECT_FALSE(contains(list, "204"));
+  EXPECT_EQ(run("schedule set Other --as-user nobody --to a@b.example").status, 2);
+}
+
+TEST_F(Schedules, WhatDoesNotGoIsToldAndKept) {
+  succeed("schedule set Split --as html --to ana@office.example,refused@office.example");
+  TallyctlRun::Result result = run("schedule run Split");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(contains(result.out, "550")) << result.out;
+  ASSERT_EQ(mails().size(), 1U);
+  EXPECT_EQ(mails()[0]["parts"][0]["type"], "text/html");
+  const json listed = json::parse(succeed("schedule list --json"));
+  EXPECT_TRUE(contains(listed.dump(), "\"refused@office.example\"")) << listed;
+
+  ::setenv("TALLYBOOK_MAIL_PASSWORD", "wrong", 1);
+  connect("--authorities '" + path("mails/cert.pem").string() + "'");
+  result = run("schedule run Split");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_FALSE(contains(result.out + result.err, "wrong"));
+  ::setenv("TALLYBOOK_MAIL_PASSWORD", "s3cret!", 1);
+  connect("");  // the system trusts nobody who signed this certificate
+  EXPECT_EQ(run("schedule run Split").status, 1);
+  EXPECT_EQ(run("mail set 127.0.0.1 --encryption none --from a@b.example --login tally").status, 2);
+  EXPECT_EQ(mails().size(), 1U);
+}
+
+TEST_F(Schedules, TwoServicesOnOneDatabaseSendItOnce) {
+  succeed("schedule set Morning --as xlsx --period all --to ana@office.example");
+  ASSERT_EQ(std::system(("sqlite3 '" + path("data/tallybook.mdb").string() +
+                         "' \"update Schedules set NextRun = '2020-01-01 07:00:00'\"")
+                            .c_str()),
+            0);
+  fs::create_directory(path("second"));
+  fs::copy(path("machine.ini"), path("second/machine.ini"));
+  succeed("setting set LiveSocket '" + path("live").string() + "' --where machine");
+  succeed("--store second/machine.ini setting set LiveSocket '" + path("live2").string() + "' --where machine");
+  const auto serve = [&](const char* store) {
+    return std::thread([this, store] {
+      (void)std::system(("cd '" + path("").string() + "' && timeout 12 '" TALLYBOOK_BINARY_DIR "/tallyctl' --store '" +
+                         path(store).string() + "' serve >>served 2>&1 </dev/null")
+                            .c_str());
+    });
+  };
+  std::thread first = serve("machine.ini");
+  std::thread second = serve("second/machine.ini");
+  first.join();
+  second.join();
+  EXPECT_EQ(mails().size(), 1U) << readFile(path("served"));
+  EXPECT_TRUE(contains(readFile(path("served")), "Report Morning was sent.")) << readFile(path("served"));
+}
+
+}  // namespace
