@@ -41,7 +41,8 @@ class Keeper:
 
 
 def authenticate(server, session, envelope, mechanism, data):
-    return AuthResult(success=data.login == b"tally" and data.password == b"s3cret!")
+    # handled=False leaves the answer, 235 or 535, to the server.
+    return AuthResult(success=data.login == b"tally" and data.password == b"s3cret!", handled=False)
 
 
 context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
