@@ -11,7 +11,7 @@ constexpr std::size_t kMeasuredRows = 300;
 constexpr double kPadding = 3;  // left and right of a text
 constexpr double kRowGap = 2.5;
 constexpr int kMostLines = 3;
-constexpr double kSmallestLetters = 4.5;
+constexpr double kSmallestLetters = 3;  // smaller ones are cut instead
 
 // The widest of the text's words: what cannot be broken at a blank.
 double widestWord(PdfSheets& sheets, const std::string& text, const TextStyle& style) {
