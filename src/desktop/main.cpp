@@ -12,6 +12,7 @@
 #include "ui/main_frame.h"
 #include "ui/qt_document_handler.h"
 #include "ui/qt_operator.h"
+#include "ui/qt_texts.h"
 
 namespace {
 
@@ -48,6 +49,8 @@ int main(int argc, char** argv) {
                              return ui::chooseDatabaseFolder(settings, reason, ui::Texts(app->language()));
                            }});
   person.setLanguage(app->language());
+  ui::QtTexts qtTexts(app->language());
+  QApplication::installTranslator(&qtTexts);
   switch (app->InitInstance(commandLineOf(QApplication::arguments()), server::CServerApp::OneCopy::Enforced)) {
     case server::CServerApp::Start::Ended:
       return 0;

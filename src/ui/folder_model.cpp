@@ -120,6 +120,21 @@ std::string FolderModel::key(int row) const {
   return shown != nullptr ? shown->key : std::string();
 }
 
+int FolderModel::findAtHand(const QString& text, int row, int column) const {
+  std::set<int> matching;
+  for (const auto& [number, page] : pages_) {
+    for (std::size_t i = 0; i < page.size(); ++i) {
+      const int at = rowAt(number * kPageRows + static_cast<std::int64_t>(i));
+      if (at < 0 || static_cast<std::size_t>(column) >= page[i].texts.size()) continue;
+      const QString shown = toQt(page[i].texts[static_cast<std::size_t>(column)]);
+      if (shown.startsWith(text, Qt::CaseInsensitive)) matching.insert(at);
+    }
+  }
+  if (matching.empty()) return -1;
+  const auto after = matching.upper_bound(row);
+  return after != matching.end() ? *after : *matching.begin();
+}
+
 int FolderModel::kindOf(int column) const {
   return folder_->columns()[static_cast<std::size_t>(column)].definition->kind;
 }

@@ -51,6 +51,9 @@ class FolderModel : public QAbstractTableModel {
   [[nodiscard]] QString text(int row, int column) const;
   // Key of the row's record or group; empty when it is not at hand.
   [[nodiscard]] std::string key(int row) const;
+  // The first row after `row`, then from the top, whose text in the column begins with `text`, whatever the case. Only
+  // among the rows at hand: nothing is read. -1 when there is none.
+  [[nodiscard]] int findAtHand(const QString& text, int row, int column) const;
   // Kind of a shown column.
   [[nodiscard]] int kindOf(int column) const;
   // Shown column of that kind; -1 when it is not shown.

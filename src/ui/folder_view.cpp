@@ -141,6 +141,7 @@ bool CFolderView::show(View view, FolderModel::Window window) {
   const platform::Progress progress(document_.app().surroundings().person, view->folder().caption(), progressText());
   try {
     model_->setFolder(std::move(view), window);
+    emptyText_ = reasonForNothing();
     return true;
   } catch (const jet::Error& error) {
     if (!error.canceled()) emit failed(toQt(error.description()));
@@ -383,13 +384,33 @@ void CFolderView::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+void CFolderView::keyboardSearch(const QString& typed) {
+  const bool goesOn = sinceTyped_.isValid() && sinceTyped_.elapsed() < QApplication::keyboardInputInterval();
+  sinceTyped_.start();
+  typed_ = goesOn ? typed_ + typed : typed;
+  const QModelIndex current = currentIndex();
+  // Further letters may still fit the current row.
+  const int from = current.isValid() ? current.row() - (goesOn ? 1 : 0) : -1;
+  const int row = model_->findAtHand(typed_, from, std::max(0, current.column()));
+  if (row >= 0) setCurrentIndex(model_->index(row, std::max(0, current.column())));
+}
+
+QString CFolderView::reasonForNothing() const {
+  const folders::FolderView* open = model_->folder();
+  if (open == nullptr || model_->totalRows() > 0) return {};
+  const folders::FolderDefinition& folder = open->folder().definition();
+  if (folder.condition == folders::ConditionSource::LogFilter) return texts_("IDS_EMPTY_LOG");
+  if (folder.condition != folders::ConditionSource::CallFilter) return texts_("IDS_EMPTY_TABLE");
+  if (document_.callFilter().active()) return texts_("IDS_EMPTY_LIST");
+  return texts_("IDS_EMPTY_CALLS");
+}
+
 void CFolderView::paintEvent(QPaintEvent* event) {
   QTableView::paintEvent(event);
   if (model_->rowCount() > 0) return;
   QPainter painter(viewport());
   painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
-  painter.drawText(viewport()->rect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap,
-                   texts_("IDS_EMPTY_LIST"));
+  painter.drawText(viewport()->rect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
 }
 
 void CFolderView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {

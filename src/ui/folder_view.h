@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QTableView>
 #include <optional>
 
@@ -40,7 +41,11 @@ class CFolderView : public QTableView {
   // Text of the current row in the column of that kind, or of the current cell; empty when there is none.
   [[nodiscard]] QString currentText(int kind) const;
   [[nodiscard]] QString currentText() const;
+  // What stands in place of rows; empty when there are some.
+  [[nodiscard]] const QString& emptyText() const { return emptyText_; }
   void copySelection();
+  // Typed letters look at the rows at hand only: the view's own search would read every row.
+  void keyboardSearch(const QString& typed) override;
   void chooseColumns();
 
  signals:
@@ -78,11 +83,16 @@ class CFolderView : public QTableView {
   void applyLayout();
   void applyInterfaceOptions();
   void showSortIndicator();
+  // Why there is nothing, and what to do.
+  [[nodiscard]] QString reasonForNothing() const;
 
   server::CServerDoc& document_;
   const Texts& texts_;
   FolderModel* model_;
   bool selectsUnderPointer_ = false;
+  QString typed_;
+  QElapsedTimer sinceTyped_;
+  QString emptyText_;  // shown instead of rows
 };
 
 }  // namespace ui

@@ -16,8 +16,10 @@
 #include "security/rights.h"
 #include "server/data_folder.h"
 #include "server/service.h"
+#include "ui/chart_bars.h"
 #include "ui/command_handler.h"
 #include "ui/record_commands.h"
+#include "ui/screen_fit.h"
 
 namespace ui {
 
@@ -53,10 +55,6 @@ void setWord(foundation::WindowPlacement& placement, std::size_t index, std::int
   std::memcpy(placement.data() + index * sizeof word, &word, sizeof word);
 }
 
-bool inNaturalOrder(int folderId) {
-  return folderId >= 113 && folderId <= 116;
-}
-
 }  // namespace
 
 CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts, const QtOperator& person)
@@ -64,9 +62,9 @@ CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts, const Q
   setObjectName("mainFrame");
   server::showBarsAtFirst(document.app().config());
   setWindowIcon(icon(Icon::Program));
-  const std::string folder = document.databaseFolder().string();
-  setWindowTitle(document.DatabaseReadOnly() ? texts.format("IDS_TITLE_READONLY", base::kProgramName, folder)
-                                             : QString("%1 - %2").arg(base::kProgramName, toQt(folder)));
+  // The window system's title goes on with the program's name.
+  const QString folder = toQt(document.databaseFolder().string());
+  setWindowTitle(document.DatabaseReadOnly() ? texts.format("IDS_TITLE_READONLY", fromQt(folder)) : folder);
   actions_ = std::make_unique<Actions>(
       texts, [&document](int object, int right) { return document.HasRight(object, right); }, this);
   buildCentre();
@@ -120,6 +118,7 @@ void CMainFrame::buildCentre() {
   });
   connect(list_, &CFolderView::rowActivated, this, &CMainFrame::drillDown);
   connect(list_, &CFolderView::sorted, this, &CMainFrame::showChart);
+  connect(chart_, &ChartView::barActivated, this, [this](std::int64_t position) { showCallsBehind(position); });
   connect(list_, &CFolderView::contextMenuWanted, this, [this](const QPoint& at) {
     QMenu menu(this);
     actions_->fillContextMenu(menu);
@@ -173,7 +172,7 @@ void CMainFrame::buildStatusBar() {
 
 void CMainFrame::restorePlacement() {
   auto& config = document_.app().config();
-  resize(1180, 760);
+  resize(QSize(1180, 760).boundedTo(availableSize(*this)));
   if (const auto placement = config.ReadWindowPlacement()) {
     const QRect normal(QPoint(wordOf(*placement, kRectangleWord), wordOf(*placement, kRectangleWord + 1)),
                        QPoint(wordOf(*placement, kRectangleWord + 2), wordOf(*placement, kRectangleWord + 3)));
@@ -181,6 +180,7 @@ void CMainFrame::restorePlacement() {
     const bool visible = std::any_of(QApplication::screens().begin(), QApplication::screens().end(),
                                      [&](const QScreen* s) { return s->availableGeometry().intersects(normal); });
     if (visible && normal.width() > 200 && normal.height() > 150) setGeometry(normal);
+    fitToScreen(*this);
     if (wordOf(*placement, kShowCommandWord) == kShowMaximized) setWindowState(Qt::WindowMaximized);
   }
   const int percent = std::clamp(document_.upperPane(), 10, 95);
@@ -247,7 +247,11 @@ void CMainFrame::openFolder(int id) {
   const folders::FolderDefinition* folder =
       id == folders::kContactsList ? &folders::contactsList() : folders::findFolder(id);
   if (folder == nullptr) return;
-  if (list_->openFolder(*folder)) return folderShown();
+  auto watch = startWatch(folder->table);
+  if (list_->openFolder(*folder)) {
+    watch_ = std::move(watch);
+    return folderShown();
+  }
   // Not at once: the tree is still busy selecting what was clicked.
   QTimer::singleShot(0, this, [this] { selector_->mark(list_->folderId()); });
 }
@@ -273,11 +277,18 @@ void CMainFrame::folderShown() {
 }
 
 void CMainFrame::showCallsBehindRow() {
+  if (list_->currentIndex().isValid()) showCallsBehind(list_->model().position(list_->currentIndex().row()));
+}
+
+void CMainFrame::showCallsBehind(std::int64_t position) {
   folders::FolderView* folder = list_->model().folder();
-  if (folder == nullptr || !list_->currentIndex().isValid()) return;
-  const Origin origin{list_->folderId(), list_->model().position(list_->currentIndex().row())};
+  if (folder == nullptr || person_.busy()) return;
+  const Origin origin{list_->folderId(), position};
   const auto narrowing = folder->callsBehind(origin.position);
-  if (!narrowing || !list_->openFolder(*folders::findFolder(kFolderCalls), narrowing)) return;
+  const folders::FolderDefinition& calls = *folders::findFolder(kFolderCalls);
+  auto watch = startWatch(calls.table);
+  if (!narrowing || !list_->openFolder(calls, narrowing)) return;
+  watch_ = std::move(watch);
   origin_ = origin;
   selector_->mark(kFolderCalls);
   folderShown();
@@ -315,21 +326,35 @@ void CMainFrame::importWhenAsked() {
   importCalls();
 }
 
+std::optional<foundation::TableWatch> CMainFrame::startWatch(const std::string& table) {
+  try {
+    return foundation::TableWatch(document_.database(), document_.tags(), table);
+  } catch (const jet::Error& error) {
+    say(toQt(error.description()));
+    return std::nullopt;
+  }
+}
+
 void CMainFrame::refreshFromOtherCopies() {
-  if (person_.busy()) return;
+  // A message about a missing tag lets the timer go on.
+  if (person_.busy() || refreshing_) return;
+  refreshing_ = true;
   if (live_) live_->process();
   importWhenAsked();
   try {
     document_.refresh();
-    const folders::FolderView* folder = list_->model().folder();
-    if (folder != nullptr && document_.tags().IsTouched(folder->folder().definition().table)) reloadFolder();
+    if (watch_ && watch_->changed()) reloadFolder();
   } catch (const jet::Error& error) {
     say(toQt(error.description()));
   }
+  refreshing_ = false;
 }
 
 void CMainFrame::reloadFolder() {
+  const folders::FolderView* folder = list_->model().folder();
+  auto watch = folder != nullptr ? startWatch(folder->folder().definition().table) : std::nullopt;
   const bool shown = list_->reload();
+  if (shown) watch_ = std::move(watch);
   showFilter();
   if (shown) folderShown();
 }
@@ -392,43 +417,15 @@ void CMainFrame::showChart() {
   const QString title = QString("%1: %2").arg(toQt(folder->folder().caption()),
                                               toQt(folder->columns()[static_cast<std::size_t>(valueColumn)].caption));
   try {
-    chart_->setBars(title, readBars(*folder, static_cast<std::size_t>(valueColumn)), texts_("IDS_EMPTY_CHART"),
-                    inNaturalOrder(folder->folder().id()) ? ChartView::Shape::Columns : ChartView::Shape::Lines);
+    platform::Operator& person = document_.app().surroundings().person;
+    const platform::Progress progress(person, folder->folder().caption(), fromQt(texts_("IDS_READING_ROWS")),
+                                      folder->rowCount());
+    chart_->setBars(title, readBars(*folder, static_cast<std::size_t>(valueColumn), kChartRows, person),
+                    texts_("IDS_EMPTY_CHART"),
+                    hasAxis(folder->folder().definition()) ? ChartView::Shape::Columns : ChartView::Shape::Lines);
   } catch (const jet::Error& error) {
     chart_->setBars(title, {}, toQt(error.description()));
   }
-}
-
-// The folder's first rows in its order; those with the largest values where it has none of its own.
-std::vector<ChartView::Bar> CMainFrame::readBars(folders::FolderView& folder, std::size_t value) const {
-  const bool ordered = inNaturalOrder(folder.folder().id()) || folder.sortKey() != 0;
-  const auto caption =
-      static_cast<std::size_t>(std::max(0, list_->model().columnOf(folder.folder().definition().columns[1].kind)));
-  const auto larger = [](const ChartView::Bar& left, const ChartView::Bar& right) { return left.value > right.value; };
-  std::vector<ChartView::Bar> bars;
-  const platform::Progress progress(document_.app().surroundings().person, folder.folder().caption(),
-                                    fromQt(texts_("IDS_READING_ROWS")), folder.rowCount());
-  std::int64_t read = 0;
-  folder.readRows(0, ordered ? static_cast<std::int64_t>(kChartRows) : folder.rowCount(), [&](auto row) {
-    const double size = row[value].first->toDouble();
-    const bool full = bars.size() == kChartRows;
-    if (full && size <= bars.front().value) return document_.app().surroundings().person.progressStep(++read);
-    ChartView::Bar bar{toQt(folder.text(caption, row[caption])), toQt(folder.text(value, row[value])), size};
-    if (bar.caption.isEmpty()) bar.caption = "-";
-    if (ordered) {
-      bars.push_back(std::move(bar));
-      return true;
-    }
-    if (full) {  // the smallest stands in front
-      std::ranges::pop_heap(bars, larger);
-      bars.pop_back();
-    }
-    bars.push_back(std::move(bar));
-    std::ranges::push_heap(bars, larger);
-    return document_.app().surroundings().person.progressStep(++read);
-  });
-  if (!ordered) std::ranges::sort(bars, larger);
-  return bars;
 }
 
 void CMainFrame::drillDown(int) {

@@ -10,7 +10,10 @@
 #include <QTableView>
 #include <QTimer>
 #include <memory>
+#include <optional>
+#include <string>
 
+#include "foundation/table_watch.h"
 #include "platform/live_channel.h"
 #include "server/server_doc.h"
 #include "ui/actions.h"
@@ -41,6 +44,7 @@ class CMainFrame : public QMainWindow {
   void selectFolder(int id) { selector_->select(id); }
   // The list of the calls behind the current row of a statistic; the filter stays as it is. Throws jet::Error.
   void showCallsBehindRow();
+  void showCallsBehind(std::int64_t position);
   // The sums of the filtered calls, in the status bar. Throws jet::Error.
   void showTotals();
   [[nodiscard]] CFolderView& list() { return *list_; }
@@ -50,6 +54,8 @@ class CMainFrame : public QMainWindow {
   // Rows of the shown folder again: after a change of the filter, of calls by this or another copy.
   void reloadFolder();
   void updateStatus();
+  // Shows anew what other copies changed.
+  void refreshFromOtherCopies();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -62,11 +68,11 @@ class CMainFrame : public QMainWindow {
   void savePlacement();
   void openLiveChannel();
   void importWhenAsked();
-  void refreshFromOtherCopies();
+  // To be started before the table's rows are read, so that no change falls between.
+  [[nodiscard]] std::optional<foundation::TableWatch> startWatch(const std::string& table);
   void showFilter();
   void showDetails();
   void showChart();
-  [[nodiscard]] std::vector<ChartView::Bar> readBars(folders::FolderView& folder, std::size_t value) const;
   void drillDown(int row);
   void backToStatistic();
   // What stands around the list follows what the list shows now.
@@ -105,6 +111,8 @@ class CMainFrame : public QMainWindow {
   QTimer selectionTimer_;  // a selection that is still being drawn is not summed
   QTimer importTimer_;
   QTimer refreshTimer_;
+  bool refreshing_ = false;
+  std::optional<foundation::TableWatch> watch_;  // of the shown folder's table
   std::unique_ptr<platform::LiveChannelServer> live_;
   bool importAsked_ = false;  // by a sender, since the last import
   std::unique_ptr<QSocketNotifier> liveNotifier_;

@@ -30,6 +30,7 @@
 #include "ui/first_run/first_run_wizard.h"
 #include "ui/login_dialogs.h"
 #include "ui/main_frame.h"
+#include "ui/qt_texts.h"
 #include "ui/settings/settings_sheet.h"
 
 namespace {
@@ -84,6 +85,7 @@ struct Workstation {
     store.writeString("general", "AutoLoginUser", server::kAdministrator);
     app.InitInstance("", server::CServerApp::OneCopy::Shared);
     person.setLanguage(app.language());
+    QApplication::installTranslator(&qtTexts);
   }
 
   foundation::MachineStore store;
@@ -93,6 +95,7 @@ struct Workstation {
   platform::SystemClock clock;
   ui::QtLoginPrompt login{settings, [this]() -> const foundation::LanguageFile& { return app.language(); }};
   server::CServerApp app{store.file(), TALLYBOOK_BINARY_DIR, server::Surroundings{person, login, clock, documents, {}}};
+  ui::QtTexts qtTexts{app.language()};
 };
 
 void makeSample(const std::filesystem::path& folder, const std::filesystem::path& storeFile) {
@@ -205,10 +208,18 @@ void takeAll(const std::string& folder, const char* language, const QPalette& pa
   std::printf("%s %s: %d pictures\n", language, look, album.taken());
 }
 
+// A screen as offices have them; the platform's own is small.
+void chooseScreen(const std::filesystem::path& file) {
+  std::ofstream(file) << R"({"screens": [{"name": "desk", "x": 0, "y": 0, "width": 1920, "height": 1080,
+    "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})";
+  setenv("QT_QPA_PLATFORM", ("offscreen:configfile=" + file.string()).c_str(), 0);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  const TemporaryFolder folder;
+  chooseScreen(folder / "screen.json");
   setenv("QT_LOGGING_RULES", "qt.qpa.*=false", 0);  // what this platform lacks is known
   // Folders that the windows propose are nobody's own.
   QStandardPaths::setTestModeEnabled(true);
@@ -221,7 +232,6 @@ int main(int argc, char** argv) {
   }
   try {
     std::filesystem::create_directories(argv[1]);
-    const TemporaryFolder folder;
     makeSample(folder / "data", folder / "machine.ini");
     const QPalette light = QApplication::style()->standardPalette();
     for (const char* language : {"EN", "RO"}) {

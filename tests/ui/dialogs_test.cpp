@@ -251,6 +251,27 @@ TEST_F(DialogsTest, TheBillOfAnExtensionIsWrittenAndOpened) {
   EXPECT_NE(text.find("00:02:02"), std::string::npos) << text;  // two calls of 61 seconds
 }
 
+// Typing takes the place of the proposed extension; a bill of nothing is no bill.
+TEST_F(DialogsTest, ABillWithoutCallsSaysWhy) {
+  importCalls(2);
+  Script script({[](QDialog& dialog) {
+                   QLineEdit& extension = *child<QComboBox>(dialog, "extension").lineEdit();
+                   EXPECT_TRUE(QTest::qWaitFor([&] { return extension.hasSelectedText(); }, 2000));
+                   QTest::keyClicks(&extension, "999");
+                   EXPECT_EQ(extension.text(), "999");
+                   click(dialog, "ok");
+                   typeChoice(dialog, "extension", "201");
+                   child<QDateEdit>(dialog, "periodStart").setDate({1999, 1, 1});
+                   child<QDateEdit>(dialog, "periodEnd").setDate({1999, 1, 2});
+                   click(dialog, "ok");
+                   click(dialog, "cancel");
+                 },
+                 messageStep("There is no extension \"999\""),
+                 messageStep("Extension 201 has no calls from 01.01.1999")});
+  ui::makeBill(document(), texts(), nullptr, "201");
+  EXPECT_TRUE(desktop.documents.opened.empty());
+}
+
 TEST_F(DialogsTest, ABillNeedsAnExtensionAndAPeriodInOrder) {
   Script script({[](QDialog& dialog) {
                    click(dialog, "ok");
@@ -413,6 +434,27 @@ TEST_F(ContactsSheetTest, AnotherCopysChangeIsNoticedWhileTheSheetIsOpen) {
                  },
                  messageStep("Another workstation changed this record")});
   EXPECT_FALSE(ui::editContact(document(), texts(), nullptr, recordId));
+}
+
+TEST_F(ContactsSheetTest, WhereTwoEditedTheSameFieldTheOperatorChooses) {
+  for (const char* choice : {"mine", "theirs"}) {
+    byAnother(base::format("update Contacts set Organization='Alfa' where RecordID=%d", recordId));
+    Script script({[this](QDialog& dialog) {
+                     type(dialog, "organization", "Beta");
+                     byAnother(base::format("update Contacts set Organization='Gama' where RecordID=%d", recordId));
+                     click(dialog, "ok");
+                   },
+                   [choice](QDialog& conflict) {
+                     EXPECT_EQ(child<QAbstractButton>(conflict, "mine").text().remove('&'), "Mine: Beta");
+                     EXPECT_EQ(child<QAbstractButton>(conflict, "theirs").text().remove('&'), "The other one: Gama");
+                     click(conflict, choice);
+                     QDialog& sheet = *qobject_cast<QDialog*>(conflict.parentWidget());
+                     QTimer::singleShot(50, &sheet, [&sheet] { click(sheet, "ok"); });
+                     click(conflict, "ok");
+                   }});
+    ui::editContact(document(), texts(), nullptr, recordId);
+    EXPECT_EQ(stored("Organization"), choice == std::string("mine") ? "Beta" : "Gama");
+  }
 }
 
 TEST_F(ContactsSheetTest, AContactDeletedByAnotherCopyCanBeKept) {

@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include "desktop.h"
+#include "ui/chart_view.h"
 #include "ui/command_handler.h"
 #include "ui/login_dialogs.h"
 #include "ui/settings/settings_sheet.h"
@@ -135,6 +136,39 @@ TEST_F(MainFrameTest, TheCallsBehindARowAreThoseThatItCounts) {
     }
     EXPECT_EQ(calls, 3) << folder.id;
   }
+}
+
+TEST_F(MainFrameTest, AnAxisOfTimeHasAPlaceForEveryHourAndABarLeadsToItsCalls) {
+  constexpr int kHours = 116;
+  frame->selectFolder(kHours);
+  auto& chart = child<ui::ChartView>("chart");
+  ASSERT_EQ(chart.bars().size(), 24U);
+  EXPECT_EQ(chart.bars()[3].caption, "03:00 - 03:59");
+  const auto hour = std::ranges::find_if(chart.bars(), [](const auto& bar) { return bar.position == 0; });
+  ASSERT_NE(hour, chart.bars().end());
+  frame->show();
+  chart.setFocus();
+  for (auto bar = chart.bars().begin(); bar <= hour; ++bar) QTest::keyClick(&chart, Qt::Key_Right);
+  QTest::keyClick(&chart, Qt::Key_Return);
+  EXPECT_EQ(list().folderId(), kCalls);
+  EXPECT_EQ(rows(), 3);
+}
+
+TEST_F(MainFrameTest, ALetterGoesToTheNextRowThatBeginsWithIt) {
+  clickHeading(kKindDuration);
+  select(0, kKindNumber);
+  QTest::keyClicks(&list(), "99");
+  EXPECT_EQ(cell(list().currentIndex().row(), kKindNumber), "9999999");
+  QTest::keyClicks(&list(), "3");  // no row begins with 993
+  EXPECT_EQ(cell(list().currentIndex().row(), kKindNumber), "9999999");
+}
+
+TEST_F(MainFrameTest, AnEmptyListSaysWhy) {
+  desktop.document->database().execute("delete from Calls");
+  frame->reloadFolder();
+  EXPECT_TRUE(list().emptyText().startsWith("No calls yet"));
+  action("IDS_ACTION_THIS_MONTH").trigger();
+  EXPECT_TRUE(list().emptyText().contains("filter is on"));
 }
 
 TEST_F(MainFrameTest, TheCallsBehindARowStayNarrowedUntilAllAreAskedFor) {

@@ -1,4 +1,5 @@
 #include <QFormLayout>
+#include <algorithm>
 
 #include "folders/bill.h"
 #include "platform/progress.h"
@@ -14,11 +15,21 @@ namespace ui {
 
 namespace {
 
+// Why a bill would be empty.
+QString nothingToBill(const exchange::PartyDefinitions& parties, const folders::BillRequest& request,
+                      const Texts& texts) {
+  const bool known = std::ranges::any_of(
+      parties.extensions, [&](const auto& extension) { return extension.extension == request.extension; });
+  if (!known) return texts.format("IDS_BILL_UNKNOWN_EXTENSION", request.extension);
+  constexpr std::string_view kShown = "%d.%m.%Y %H:%M";
+  return texts.format("IDS_BILL_NO_CALLS", request.extension, request.from.format(kShown), request.to.format(kShown));
+}
+
 // Whose bill, and for when. The filter's extension and period are proposed.
 class BillDialog : public FormDialog {
  public:
   BillDialog(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& extension)
-      : FormDialog(texts, "IDS_ACTION_BILL", "bill", parent) {
+      : FormDialog(texts, "IDS_ACTION_BILL", "bill", parent), document_(document) {
     const exchange::PartyDefinitions& parties = document.parties();
     extension_ = named(new ChoiceBox([&parties] { return extensionChoices(parties); }, texts), "extension");
     extension_->loadList();
@@ -47,14 +58,28 @@ class BillDialog : public FormDialog {
   void accept() override {
     if (extension_->value().isEmpty()) return warn(this, texts(), texts()("IDS_BILL_NO_EXTENSION"));
     if (!period_->inOrder()) return warn(this, texts(), texts()("IDS_PERIOD_ORDER"));
+    const folders::BillRequest request{fromQt(extension_->value()), period_->start(), period_->end()};
+    folders::BillTotals totals;
+    if (!write(request, totals)) return;
+    if (totals.calls == 0) return warn(this, texts(), nothingToBill(document_.parties(), request, texts()));
     QDialog::accept();
   }
 
-  [[nodiscard]] folders::BillRequest request() const {
-    return {fromQt(extension_->value()), period_->start(), period_->end()};
-  }
+  // What the accepted dialog wrote.
+  [[nodiscard]] std::filesystem::path page() const { return reportFile(document_, "list.html"); }
 
  private:
+  bool write(const folders::BillRequest& request, folders::BillTotals& totals) {
+    bool written = false;
+    attempt(this, texts(), [&] {
+      const platform::Progress progress(document_.app().surroundings().person, fromQt(texts()("IDS_CALLS_REPORT")),
+                                        texts().language().TranslateFormat("IDS_WRITING_FILE", page().string()));
+      written = folders::writeBill(request, document_.folderServices(), document_.valueFormatter(), page(), &totals);
+    });
+    return written;
+  }
+
+  server::CServerDoc& document_;
   ChoiceBox* extension_;
   PeriodEdit* period_;
 };
@@ -63,15 +88,7 @@ class BillDialog : public FormDialog {
 
 void makeBill(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& extension) {
   BillDialog dialog(document, texts, parent, extension);
-  if (dialog.exec() != QDialog::Accepted) return;
-  const std::filesystem::path page = reportFile(document, "list.html");
-  bool written = false;
-  attempt(parent, texts, [&] {
-    const platform::Progress progress(document.app().surroundings().person, fromQt(texts("IDS_CALLS_REPORT")),
-                                      texts.language().TranslateFormat("IDS_WRITING_FILE", page.string()));
-    written = folders::writeBill(dialog.request(), document.folderServices(), document.valueFormatter(), page);
-  });
-  if (written) handOver(document, texts, parent, page, ReportUse::Open);
+  if (dialog.exec() == QDialog::Accepted) handOver(document, texts, parent, dialog.page(), ReportUse::Open);
 }
 
 }  // namespace ui

@@ -1,8 +1,10 @@
 #include "ui/dialogs/choice_box.h"
 
 #include <QCompleter>
+#include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QTimer>
 #include <algorithm>
 
 #include "ui/dialogs/messages.h"
@@ -52,6 +54,12 @@ void ChoiceBox::loadList() {
   for (const Choice& choice : choices_) addItem(choice.shown);
   setCurrentIndex(findText(text));
   setEditText(text);
+}
+
+// Typing takes the place of what was proposed. After the event: a click would set the cursor.
+void ChoiceBox::focusInEvent(QFocusEvent* event) {
+  QComboBox::focusInEvent(event);
+  if (event->reason() != Qt::PopupFocusReason) QTimer::singleShot(0, lineEdit(), &QLineEdit::selectAll);
 }
 
 void ChoiceBox::showPopup() {

@@ -40,6 +40,7 @@ class ChoiceBox : public QComboBox {
   void edited();
 
  protected:
+  void focusInEvent(QFocusEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
 
  private:

@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "security/rights.h"
 #include "ui/dialogs.h"
+#include "ui/dialogs/conflict_dialog.h"
 #include "ui/dialogs/messages.h"
 
 namespace ui {
@@ -64,8 +65,11 @@ void ContactsSheet::Field::setText(const std::string& text) const {
 }
 
 ContactsSheet::ContactsSheet(server::CServerDoc& document, const Texts& texts, std::optional<Contact> contact,
-                             QWidget* parent)
-    : FormDialog(texts, "IDS_CONTACTS", "contactsSheet", parent), document_(document), original_(std::move(contact)) {
+                             std::optional<foundation::TableWatch> watch, QWidget* parent)
+    : FormDialog(texts, "IDS_CONTACTS", "contactsSheet", parent),
+      document_(document),
+      original_(std::move(contact)),
+      table_(std::move(watch)) {
   okButton()->setText(texts("IDS_SAVE"));
   buildForm();
   if (original_) {
@@ -75,9 +79,9 @@ ContactsSheet::ContactsSheet(server::CServerDoc& document, const Texts& texts, s
   }
   show(original_.value_or(Contact()));
   if (!mayChange(document)) allowOnlyLooking();
-  if (original_) {
-    document.tags().IsTouched(contacts::kContactsTable);  // what was read is what the tag stands for
+  if (original_ && table_) {
     connect(&watch_, &QTimer::timeout, this, [this] { lookForChanges(); });
+    watch_.setObjectName("watch");
     watch_.start(kWatchInterval);
   }
 }
@@ -107,7 +111,7 @@ void ContactsSheet::buildForm() {
       qobject_cast<QLineEdit*>(editor)->setPlaceholderText(texts()("IDS_CONTACT_SEVERAL_NUMBERS"));
     }
     form->addRow(texts()(declared.key), named(editor, declared.name));
-    fields_.push_back({editor, declared.member});
+    fields_.push_back({editor, declared.member, texts()(declared.key)});
     if (declared.member == &Contact::contact) {
       tip_ = named(new QComboBox, "relationship");
       for (int i = 0; i < kRelationships; ++i) tip_->addItem(toQt(document_.valueFormatter().contactTypeName(i)));
@@ -179,7 +183,7 @@ void ContactsSheet::accept() {
   watch_.stop();
   if (!original_ || modified()) {
     if (!save()) {
-      if (original_ && isVisible()) watch_.start(kWatchInterval);
+      if (original_ && isVisible()) watch_.start();
       return;
     }
     QDialog::accept();
@@ -195,7 +199,7 @@ void ContactsSheet::reject() {
       case Answer::Yes:
         return accept();
       case Answer::Cancel:
-        if (original_) watch_.start(kWatchInterval);
+        if (original_) watch_.start();
         return;
       case Answer::No:
         break;
@@ -207,7 +211,7 @@ void ContactsSheet::reject() {
 void ContactsSheet::removeContact() {
   watch_.stop();
   if (!confirmLoss(this, texts(), texts().format("IDS_CONTACT_CONFIRM_DELETE", contacts::displayName(*original_)))) {
-    watch_.start(kWatchInterval);
+    watch_.start();
     return;
   }
   attempt(this, texts(), [this] {
@@ -222,7 +226,7 @@ void ContactsSheet::lookForChanges() {
   watch_.stop();
   // The connection may be gone for a moment; saving looks again and reports.
   try {
-    if (document_.tags().IsTouched(contacts::kContactsTable)) {
+    if (table_->changed()) {
       const auto stored = document_.contactBook().find(original_->recordId);
       if (!stored) {
         keepDeleted();
@@ -232,23 +236,56 @@ void ContactsSheet::lookForChanges() {
     }
   } catch (const jet::Error&) {
   }
-  if (original_ && isVisible()) watch_.start(kWatchInterval);
+  if (original_ && isVisible()) watch_.start();
 }
 
+// A field that only one of the two changed has the changed text; where both did, the operator is asked.
 void ContactsSheet::takeOver(const Contact& stored) {
+  QString news = texts()("IDS_LAN_RECORD_CHANGED") + "\n";
+  std::vector<ConflictDialog::Field> conflicts;
   std::vector<std::pair<const Field*, std::string>> kept;
+  std::vector<const Field*> disputed;
+  const auto tell = [&](const QString& label, const QString& before, const QString& now) {
+    news += "\n" + texts().format("IDS_LAN_FIELD_NEWS", fromQt(label), fromQt(before), fromQt(now));
+  };
   for (const Field& field : fields_) {
-    if (field.text() != field.shown) kept.emplace_back(&field, field.text());
+    const std::string mine = field.text();
+    const std::string& theirs = stored.*field.member;
+    const bool changedHere = mine != field.shown;
+    const bool changedThere = theirs != original_.value().*field.member;
+    if (changedHere) kept.emplace_back(&field, mine);
+    if (changedHere && changedThere && theirs != mine) {
+      conflicts.push_back({field.label, toQt(mine), toQt(theirs)});
+      disputed.push_back(&field);
+    } else if (changedThere && theirs != mine) {
+      tell(field.label, toQt(field.shown), toQt(theirs));
+    }
   }
-  const std::optional<int> keptTip =
-      tip_->currentIndex() != shownTip_ ? std::optional<int>(tip_->currentIndex()) : std::nullopt;
+  const int tipBefore = shownTip_;
+  const int tipHere = tip_->currentIndex();
   original_ = stored;
   show(stored);
   for (const auto& [field, text] : kept) field->setText(text);
-  if (keptTip) tip_->setCurrentIndex(*keptTip);
-  QString message = texts()("IDS_LAN_RECORD_CHANGED");
-  if (!kept.empty() || keptTip) message += "\n" + texts()("IDS_CONTACT_EDITS_STAY");
-  inform(this, texts(), message);
+  const bool tipDisputed = tipHere != tipBefore && shownTip_ != tipBefore && shownTip_ != tipHere;
+  if (tipDisputed) conflicts.push_back({texts()("IDS_RELATIONSHIP"), relationship(tipHere), relationship(shownTip_)});
+  if (tipHere == tipBefore && shownTip_ != tipBefore) {
+    tell(texts()("IDS_RELATIONSHIP"), relationship(tipBefore), relationship(shownTip_));
+  }
+  if (tipHere != tipBefore) tip_->setCurrentIndex(tipHere);
+  if (conflicts.empty()) {
+    if (!kept.empty() || tipHere != tipBefore) news += "\n\n" + texts()("IDS_CONTACT_EDITS_STAY");
+    return inform(this, texts(), news);
+  }
+  ConflictDialog dialog(texts(), news, conflicts, this);
+  dialog.exec();
+  for (std::size_t i = 0; i < disputed.size(); ++i) {
+    if (dialog.takesTheirs(i)) disputed[i]->setText(stored.*disputed[i]->member);
+  }
+  if (tipDisputed && dialog.takesTheirs(disputed.size())) tip_->setCurrentIndex(shownTip_);
+}
+
+QString ContactsSheet::relationship(int tip) const {
+  return toQt(document_.valueFormatter().contactTypeName(tip));
 }
 
 bool ContactsSheet::keepDeleted() {
@@ -267,16 +304,17 @@ bool ContactsSheet::keepDeleted() {
 }
 
 bool editContact(server::CServerDoc& document, const Texts& texts, QWidget* parent, std::int32_t recordId) {
+  foundation::TableWatch watch(document.database(), document.tags(), contacts::kContactsTable);
   auto contact = document.contactBook().find(recordId);
   if (!contact) {
     inform(parent, texts, texts("IDS_CANTEDITRECORD"));
     return false;
   }
-  return ContactsSheet(document, texts, std::move(contact), parent).exec() == QDialog::Accepted;
+  return ContactsSheet(document, texts, std::move(contact), watch, parent).exec() == QDialog::Accepted;
 }
 
 bool addContact(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
-  return ContactsSheet(document, texts, std::nullopt, parent).exec() == QDialog::Accepted;
+  return ContactsSheet(document, texts, std::nullopt, std::nullopt, parent).exec() == QDialog::Accepted;
 }
 
 }  // namespace ui

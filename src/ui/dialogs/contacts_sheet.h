@@ -7,18 +7,19 @@
 #include <vector>
 
 #include "contacts/contact.h"
+#include "foundation/table_watch.h"
 #include "server/server_doc.h"
 #include "ui/dialogs/form_dialog.h"
 
 namespace ui {
 
 // The sheet of one contact. While it is open it watches for other copies' changes of the row: fields that were not
-// edited here take the new values, and what was edited stays.
+// edited here take the new values; where both edited a field, the operator chooses.
 class ContactsSheet : public FormDialog {
  public:
-  // Without a contact a new one is made.
+  // Without a contact a new one is made. `watch` was started before the contact was read.
   ContactsSheet(server::CServerDoc& document, const Texts& texts, std::optional<contacts::Contact> contact,
-                QWidget* parent);
+                std::optional<foundation::TableWatch> watch, QWidget* parent);
 
   void accept() override;
   // Asks whether changes are to be saved.
@@ -31,6 +32,7 @@ class ContactsSheet : public FormDialog {
   struct Field {
     QWidget* editor = nullptr;
     std::string Contact::*member = nullptr;
+    QString label = {};
     std::string shown = {};  // its text before any edit
 
     [[nodiscard]] std::string text() const;
@@ -45,6 +47,7 @@ class ContactsSheet : public FormDialog {
   void removeContact();
   void lookForChanges();
   void takeOver(const Contact& stored);
+  [[nodiscard]] QString relationship(int tip) const;
   // The row is gone: true when the operator wants to keep it as a new one, else the sheet closes.
   bool keepDeleted();
 
@@ -54,7 +57,8 @@ class ContactsSheet : public FormDialog {
   QComboBox* tip_ = nullptr;
   QPushButton* delete_ = nullptr;  // null for a new contact
   int shownTip_ = 0;
-  QTimer watch_;
+  std::optional<foundation::TableWatch> table_;
+  QTimer watch_{this};
 };
 
 }  // namespace ui

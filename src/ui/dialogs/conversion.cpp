@@ -1,4 +1,5 @@
 #include "ui/dialogs/conversion.h"
+#include "ui/screen_fit.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -33,6 +34,7 @@ void showReport(QWidget* parent, const Texts& texts, const convert::ConversionRe
   layout->addWidget(page);
   layout->addWidget(buttons);
   dialog.resize(dialog.fontMetrics().averageCharWidth() * 100, dialog.fontMetrics().lineSpacing() * 28);
+  fitToScreen(dialog);
   dialog.exec();
 }
 

@@ -8,6 +8,8 @@
 #include <QTreeWidget>
 
 #include "ui/dialogs/mnemonics.h"
+#include "ui/screen_fit.h"
+#include "ui/scroll_page.h"
 
 namespace ui {
 
@@ -43,10 +45,29 @@ QPushButton* FormDialog::addButton(const char* key, const char* name) {
 void FormDialog::setVisible(bool visible) {
   if (visible && !prepared_) {  // now the dialog is whole
     assignMnemonics(*this);
+    scrollWhatIsTooLarge();
     focusButtonsLast(*buttons_);
     prepared_ = true;
+    if (!testAttribute(Qt::WA_Resized)) adjustSize();
+    fitToScreen(*this);
   }
   QDialog::setVisible(visible);
+}
+
+// The body alone: the buttons stay in sight.
+void FormDialog::scrollWhatIsTooLarge() {
+  layout()->activate();
+  const QSize least = layout()->totalMinimumSize();
+  const QSize available = availableSize(*this);
+  if (least.width() <= available.width() && least.height() <= available.height()) return;
+  auto* outer = static_cast<QVBoxLayout*>(layout());
+  outer->removeItem(body_);
+  body_->setParent(nullptr);
+  auto* holder = new QWidget;
+  holder->setLayout(body_);
+  outer->insertWidget(0, new ScrollPage(holder), 1);
+  setMinimumSize(0, 0);
+  resize(available);
 }
 
 void FormDialog::allowOnlyLooking() {

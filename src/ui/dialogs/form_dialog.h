@@ -22,10 +22,6 @@ Widget* named(Widget* widget, const char* name) {
 // filled after their buttons are made.
 void focusButtonsLast(QDialogButtonBox& buttons);
 
-// Puts the buttons behind everything else of their dialog for Tab, and so gives the first field the focus: dialogs are
-// filled after their buttons are made.
-void focusButtonsLast(QDialogButtonBox& buttons);
-
 // A dialog with a body and, under it, the buttons "ok" and "cancel". Derived dialogs fill the body in their
 // constructor.
 class FormDialog : public QDialog {
@@ -48,6 +44,8 @@ class FormDialog : public QDialog {
   void allowOnlyLooking();
 
  private:
+  void scrollWhatIsTooLarge();
+
   const Texts& texts_;
   QVBoxLayout* body_;
   QDialogButtonBox* buttons_;

@@ -1,4 +1,5 @@
 #include "ui/first_run/first_run_wizard.h"
+#include "ui/screen_fit.h"
 
 #include <QAbstractButton>
 
@@ -25,6 +26,7 @@ FirstRunWizard::FirstRunWizard(server::CServerApp& app, const QString& oldFolder
   });
   buildPages();
   resize(fontMetrics().averageCharWidth() * 100, fontMetrics().lineSpacing() * 26);
+  fitToScreen(*this);
 }
 
 void FirstRunWizard::useLanguage(const QString& code) {

@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QRegularExpressionValidator>
-#include <QScrollArea>
 #include <QSpinBox>
 #include <algorithm>
 #include <filesystem>
@@ -323,13 +322,9 @@ SettingsPage optionPage(const QString& caption, std::span<const Option> options,
     fields->push_back(makeField(option, source));
     addField(*layout, option, source, fields->back());
   }
-  auto* scroll = new QScrollArea;
-  scroll->setWidget(form);
-  scroll->setWidgetResizable(true);
-  scroll->setFrameShape(QFrame::NoFrame);
   SettingsPage page;
   page.caption = caption;
-  page.widget = scroll;
+  page.widget = form;
   page.save = [fields] {
     for (const Field& field : *fields) field.write();
   };

@@ -12,6 +12,8 @@
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/mnemonics.h"
 #include "ui/dialogs/report_place.h"
+#include "ui/screen_fit.h"
+#include "ui/scroll_page.h"
 #include "ui/settings/option_pages.h"
 #include "ui/settings/party_pages.h"
 #include "ui/settings/price_tester.h"
@@ -72,6 +74,7 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
   showPage(pages_.front().caption);
   list_->setFocus();
   resize(fontMetrics().averageCharWidth() * 165, fontMetrics().lineSpacing() * 38);
+  fitToScreen(*this);
 }
 
 void SettingsSheet::addPages() {
@@ -115,7 +118,7 @@ void SettingsSheet::addPage(SettingsPage page) {
     if (page.table != nullptr) page.table->setReadOnly(true);
     if (page.save) page.widget->setEnabled(false);
   }
-  stack_->addWidget(page.widget);
+  stack_->addWidget(new ScrollPage(page.widget));
   pages_.push_back(std::move(page));
 }
 

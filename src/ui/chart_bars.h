@@ -1,0 +1,18 @@
+#pragma once
+
+#include "folders/folder_view.h"
+#include "platform/operator.h"
+#include "ui/chart_view.h"
+
+namespace ui {
+
+// Statistics of hours, days and months: their bars form an axis, which has a place for every value.
+[[nodiscard]] bool hasAxis(const folders::FolderDefinition& folder);
+
+// The bars of a statistic: for an axis all of them in their order, those without calls too; else the folder's first
+// rows in its order, or the rows with the largest values where it has none of its own, at most `most`. `value` is the
+// index of the shown column that is drawn. Empty when `person` stopped it. Throws jet::Error.
+[[nodiscard]] std::vector<ChartView::Bar> readBars(folders::FolderView& folder, std::size_t value, std::size_t most,
+                                                   platform::Operator& person);
+
+}  // namespace ui

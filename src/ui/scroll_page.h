@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QScrollArea>
+
+namespace ui {
+
+// A page that scrolls where it is larger than its window. Unlike a plain scroll area it leaves room for sentences that
+// wrap, which are taller the narrower the page is.
+class ScrollPage : public QScrollArea {
+ public:
+  // Takes the page over; it has a layout.
+  explicit ScrollPage(QWidget* page, QWidget* parent = nullptr);
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+};
+
+}  // namespace ui

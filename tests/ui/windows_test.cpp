@@ -1,0 +1,137 @@
+// What every window keeps to: the screen's size, the program's language.
+
+#include <QAction>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPageSetupDialog>
+#include <QPrintDialog>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QWizard>
+
+#include "desktop.h"
+#include "ui/dialogs.h"
+#include "ui/main_frame.h"
+#include "ui/qt_texts.h"
+#include "ui/settings/settings_sheet.h"
+
+namespace {
+
+using namespace support;
+
+// Passes every text on and keeps those that stay as they are in the source.
+class Listening : public ui::QtTexts {
+ public:
+  using QtTexts::QtTexts;
+  [[nodiscard]] QString translate(const char* context, const char* source, const char* disambiguation,
+                                  int count) const override {
+    QString text = QtTexts::translate(context, source, disambiguation, count);
+    if (text.isEmpty() && !isName(context, source)) missing.insert(std::string(context) + ": " + source);
+    return text;
+  }
+  mutable std::set<std::string> missing;
+
+ private:
+  // Names of paper sizes and keys, layouts such as "4 (2x2)", the designer's own captions.
+  static bool isName(const std::string& context, const std::string& source) {
+    return context == "QPageSize" || context == "QShortcut" || context == "QGuiApplication" || source == "Form" ||
+           source.starts_with("Pica") || source.starts_with("Alt+") ||
+           source.find_first_of("abcdefghijklmnopqrstuvwyz") == std::string::npos;
+  }
+};
+
+TEST(Windows, QtsOwnDialogsAreInTheProgramsLanguage) {
+  Desktop desktop("RO");
+  ASSERT_TRUE(desktop.started);
+  Listening texts(desktop.app->language());
+  QApplication::installTranslator(&texts);
+  const auto look = [](QWidget& window) {
+    window.show();
+    QApplication::processEvents();
+  };
+  for (const auto mode : {QFileDialog::AcceptOpen, QFileDialog::AcceptSave}) {
+    QFileDialog files;
+    files.setOption(QFileDialog::DontUseNativeDialog);
+    files.setAcceptMode(mode);
+    look(files);
+    EXPECT_EQ(child<QAbstractButton>(files, "newFolderButton").toolTip(), "Dosar nou");
+  }
+  QPrinter printer;
+  printer.setOutputFormat(QPrinter::PdfFormat);
+  QPrintDialog print(&printer);
+  look(print);
+  QPageSetupDialog page(&printer);
+  look(page);
+  QPrintPreviewDialog preview(&printer);
+  look(preview);
+  QWizard wizard;
+  wizard.addPage(new QWizardPage);
+  look(wizard);
+  QMessageBox message;
+  message.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+  message.setDetailedText("x");
+  look(message);
+  QLineEdit line("text");
+  const std::unique_ptr<QMenu> menu(line.createStandardContextMenu());
+  EXPECT_TRUE(menu->actions().front()->text().startsWith("An&ulează")) << menu->actions().front()->text().toStdString();
+  QApplication::removeTranslator(&texts);
+  EXPECT_EQ(texts.missing, std::set<std::string>());
+}
+
+class ScreenTest : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(desktop.started); }
+  static void expectFits(QWidget& window) {
+    QApplication::processEvents();
+    const QSize screen = window.screen()->availableSize();
+    EXPECT_LE(window.width(), screen.width()) << window.objectName().toStdString();
+    EXPECT_LE(window.height(), screen.height()) << window.objectName().toStdString();
+  }
+  static Script::Step fits() {
+    return [](QDialog& dialog) {
+      expectFits(dialog);
+      dialog.done(QDialog::Rejected);
+    };
+  }
+
+  Desktop desktop;
+};
+
+// Also run on a screen of 640x400, which is what 1280x800 is at 200%.
+TEST_F(ScreenTest, EveryWindowFits) {
+  const ui::QtOperator person;
+  ui::CMainFrame frame(*desktop.document, *desktop.texts, person);
+  frame.start();
+  frame.show();
+  expectFits(frame);
+  ui::SettingsSheet sheet(*desktop.document, *desktop.texts);
+  sheet.show();
+  expectFits(sheet);
+  for (const ui::SettingsPage& page : sheet.pages()) {
+    sheet.showPage(page.caption);
+    expectFits(sheet);
+    for (QWidget* area = page.widget; area != nullptr; area = area->parentWidget()) {
+      const auto* scroll = qobject_cast<QScrollArea*>(area);
+      EXPECT_EQ(scroll != nullptr ? scroll->verticalScrollBar()->value() : 0, 0) << page.caption.toStdString();
+    }
+  }
+  const auto& texts = *desktop.texts;
+  const Script script(std::vector<Script::Step>(8, fits()));
+  ui::editCallFilter(*desktop.document, texts, nullptr);
+  ui::editLogFilter(*desktop.document, texts, nullptr);
+  ui::editCurrencies(*desktop.document, texts, nullptr);
+  ui::updateStoredCalls(*desktop.document, texts, nullptr);
+  ui::makeBill(*desktop.document, texts, nullptr, "201");
+  ui::searchContacts(*desktop.document, texts, nullptr);
+  ui::addContact(*desktop.document, texts, nullptr);
+  ui::editUser(*desktop.document, texts, nullptr, "");
+  sheet.close();
+  frame.close();
+}
+
+}  // namespace
