@@ -1,13 +1,14 @@
 // The call list and the statistics of very many calls: first screens in every order, jumps and scrolling, counting and
-// finding, with a filter and without, and the memory that all of it takes. Usage: list_bench [CALLS] [FOLDER]
+// finding, with a filter and without, and the memory that all of it takes. Usage: list_bench [CALLS] [FOLDER] [typing]
 //
 // With a folder, the calls made there are kept and used again. A line a measurement: what, milliseconds the first time
-// and at the best of three more.
+// and at the best of three more. "typing" as third word measures the line over the list alone.
 
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 
+#include "folders/quick_search.h"
 #include "office.h"
 
 namespace {
@@ -89,6 +90,20 @@ void openStatistics(Office& office, const bench::Narrowing& narrowing) {
   std::cout << base::format("memory %.0f MiB\n", memory()) << std::flush;
 }
 
+// What a key in the line over the list costs: the condition, the number of rows, the first screen.
+void typeInList(Office& office) {
+  for (const char* typed : {"0", "02", "021", "0213", "a", "an", "ana", "ana 021", "no such row"}) {
+    measure(base::format("list, newest first, typed \"%s\"", typed), [&] {
+      const auto view = office.open(kCallList, -401);
+      std::vector<int> kinds;
+      for (const folders::ViewColumn& column : view->columns()) kinds.push_back(column.definition->kind);
+      view->narrow(folders::Narrowing{
+          folders::quickCriteria(view->folder().definition(), kinds, typed, view->services(), view->formatter()), {}});
+      if (view->rowCount() > 0) view->rows(0, kScreen);
+    });
+  }
+}
+
 }  // namespace
 
 int main(int count, char** words) {
@@ -104,6 +119,11 @@ int main(int count, char** words) {
   const std::filesystem::path file = folder / schema::kMainFile;
   if (!std::filesystem::exists(file)) bench::makeCalls(file, calls);
   std::cout << base::format("%-58s %9s %9s\n", "", "first ms", "again ms");
+  {
+    Office office(folder);
+    typeInList(office);
+  }
+  if (count > 3) return 0;
   for (const bench::Narrowing& narrowing : bench::narrowings()) {
     Office office(folder);
     openLists(office, narrowing);
