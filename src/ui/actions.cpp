@@ -5,21 +5,22 @@
 #include <optional>
 
 #include "security/rights.h"
+#include "ui/dialogs/mnemonics.h"
 
 namespace ui {
 
 namespace {
 
-enum class Menu { File, Calls, Filter, View, Contacts, Tools, Help };
+enum class Menu { File, Edit, View, Calls, Filter, Contacts, Tools, Help };
 
 struct MenuText {
   Menu menu;
   const char* key;
 };
 constexpr MenuText kMenus[] = {
-    {Menu::File, "IDS_MENU_FILE"}, {Menu::Calls, "IDS_MENU_CALLS"},       {Menu::Filter, "IDS_MENU_FILTER"},
-    {Menu::View, "IDS_MENU_VIEW"}, {Menu::Contacts, "IDS_MENU_CONTACTS"}, {Menu::Tools, "IDS_MENU_TOOLS"},
-    {Menu::Help, "IDS_MENU_HELP"},
+    {Menu::File, "IDS_MENU_FILE"},   {Menu::Edit, "IDS_MENU_EDIT"},     {Menu::View, "IDS_MENU_VIEW"},
+    {Menu::Calls, "IDS_MENU_CALLS"}, {Menu::Filter, "IDS_MENU_FILTER"}, {Menu::Contacts, "IDS_MENU_CONTACTS"},
+    {Menu::Tools, "IDS_MENU_TOOLS"}, {Menu::Help, "IDS_MENU_HELP"},
 };
 
 enum Where : unsigned { InMenu = 1, InToolBar = 2, InContextMenu = 4, BeforeSeparator = 8 };
@@ -45,18 +46,36 @@ constexpr Declaration kDeclarations[] = {
      ObjectCalls, RightChange},
     {Command::Report, Menu::File, "IDS_ACTION_REPORT", "Ctrl+R", Icon::Report, InMenu | InToolBar, ObjectCalls,
      RightView},
-    {Command::Print, Menu::File, "IDS_ACTION_PRINT", "Ctrl+P", {}, InMenu, ObjectCalls, RightView},
-    {Command::Export, Menu::File, "IDS_ACTION_EXPORT", "Ctrl+E", {}, InMenu | InContextMenu, ObjectCalls, RightView},
     {Command::Summary, Menu::File, "IDS_ACTION_SUMMARY", "", Icon::Statistic, InMenu, ObjectCalls, RightView},
-    {Command::Bill, Menu::File, "IDS_ACTION_BILL", "Ctrl+B", Icon::Bill, InMenu | InToolBar | BeforeSeparator,
-     ObjectCalls, RightView},
-    {Command::Convert, Menu::File, "IDS_ACTION_CONVERT", "", {}, InMenu, ObjectAdministration, RightChange},
-    {Command::Settings, Menu::File, "IDS_ACTION_SETTINGS", "Ctrl+,", Icon::Settings, InMenu | InToolBar,
-     ObjectAdministration, RightView},
-    {Command::Password, Menu::File, "IDS_ACTION_PASSWORD", "", {}, InMenu | BeforeSeparator, 0, 0},
+    {Command::Bill, Menu::File, "IDS_ACTION_BILL", "Ctrl+B", Icon::Bill, InMenu | InToolBar, ObjectCalls, RightView},
+    {Command::Export,
+     Menu::File,
+     "IDS_ACTION_EXPORT",
+     "Ctrl+E",
+     {},
+     InMenu | InContextMenu | BeforeSeparator,
+     ObjectCalls,
+     RightView},
+    {Command::Preview, Menu::File, "IDS_ACTION_PREVIEW", "Ctrl+Shift+P", {}, InMenu, ObjectCalls, RightView},
+    {Command::SavePdf, Menu::File, "IDS_ACTION_SAVE_PDF", "", {}, InMenu, ObjectCalls, RightView},
+    {Command::Print, Menu::File, "IDS_ACTION_PRINT", "Ctrl+P", {}, InMenu | BeforeSeparator, ObjectCalls, RightView},
     {Command::Quit, Menu::File, "IDS_ACTION_QUIT", "Ctrl+Q", {}, InMenu, 0, 0},
+    {Command::Undo, Menu::Edit, "IDS_ACTION_UNDO", "Ctrl+Z", {}, InMenu | BeforeSeparator, 0, 0},
+    {Command::Copy, Menu::Edit, "IDS_ACTION_COPY", "Ctrl+C", {}, InMenu | InContextMenu, 0, 0},
+    {Command::CopyNumber, Menu::Edit, "IDS_ACTION_COPY_NUMBER", "Ctrl+Alt+C", {}, InMenu | InContextMenu, 0, 0},
+    {Command::CopyHeadings, Menu::Edit, "IDS_ACTION_COPY_HEADINGS", "Ctrl+Shift+C", {}, InMenu, 0, 0},
+    {Command::CopyTable, Menu::Edit, "IDS_ACTION_COPY_TABLE", "", {}, InMenu, 0, 0},
+    {Command::SelectAll, Menu::Edit, "IDS_ACTION_SELECT_ALL", "Ctrl+A", {}, InMenu | BeforeSeparator, 0, 0},
+    {Command::New, Menu::Edit, "IDS_ACTION_NEW", "Ctrl+N", {}, InMenu | InContextMenu, 0, 0},
+    {Command::Edit, Menu::Edit, "IDS_ACTION_EDIT", "Ctrl+Return", {}, InMenu | InContextMenu, 0, 0},
+    {Command::Delete, Menu::Edit, "IDS_ACTION_DELETE", "Del", {}, InMenu | InContextMenu | BeforeSeparator, 0, 0},
+    {Command::Sort, Menu::View, "IDS_ACTION_SORT", "Ctrl+T", {}, InMenu, 0, 0},
+    {Command::Columns, Menu::View, "IDS_ACTION_COLUMNS", "", {}, InMenu | InContextMenu | BeforeSeparator, 0, 0},
+    {Command::Week, Menu::View, "IDS_ACTION_WEEK", "", Icon::Clock, InMenu | BeforeSeparator, ObjectCalls, RightView},
+    {Command::Refresh, Menu::View, "IDS_ACTION_REFRESH", "F5", {}, InMenu, 0, 0},
     {Command::ShowCalls, Menu::Calls, "IDS_ACTION_SHOW_CALLS", "", Icon::Calls, InMenu | InContextMenu, ObjectCalls,
      RightView},
+    {Command::WhyPrice, Menu::Calls, "IDS_ACTION_WHY_PRICE", "", {}, InMenu | InContextMenu, ObjectCalls, RightView},
     {Command::Totals, Menu::Calls, "IDS_ACTION_TOTALS", "F8", {}, InMenu | BeforeSeparator, ObjectCalls, RightView},
     {Command::HideNumber,
      Menu::Calls,
@@ -77,7 +96,8 @@ constexpr Declaration kDeclarations[] = {
     {Command::Recalc, Menu::Calls, "IDS_ACTION_RECALC", "", Icon::Recalc, InMenu, ObjectCalls, RightChange},
     {Command::DeleteZeroLength, Menu::Calls, "IDS_ACTION_DELETE_ZERO", "", {}, InMenu, ObjectCalls, RightChange},
     {Command::ResetCalls, Menu::Calls, "IDS_ACTION_RESET_CALLS", "", {}, InMenu, ObjectAdministration, RightChange},
-    {Command::Filter, Menu::Filter, "IDS_ACTION_FILTER", "Ctrl+F", Icon::Filter, InMenu | InToolBar, ObjectCalls,
+    {Command::QuickFilter, Menu::Filter, "IDS_ACTION_QUICK_FILTER", "Ctrl+F", Icon::Search, InMenu, 0, 0},
+    {Command::Filter, Menu::Filter, "IDS_ACTION_FILTER", "Ctrl+L", Icon::Filter, InMenu | InToolBar, ObjectCalls,
      RightView},
     {Command::FilterOn,
      Menu::Filter,
@@ -106,11 +126,10 @@ constexpr Declaration kDeclarations[] = {
      ObjectCalls,
      RightView},
     {Command::ClearFilter, Menu::Filter, "IDS_ACTION_CLEAR_FILTER", "", {}, InMenu, ObjectCalls, RightView},
-    {Command::Copy, Menu::View, "IDS_ACTION_COPY", "Ctrl+C", {}, InMenu | InContextMenu, 0, 0},
-    {Command::Columns, Menu::View, "IDS_ACTION_COLUMNS", "", {}, InMenu | InContextMenu | BeforeSeparator, 0, 0},
-    {Command::Refresh, Menu::View, "IDS_ACTION_REFRESH", "F5", {}, InMenu, 0, 0},
     {Command::SearchContacts, Menu::Contacts, "IDS_ACTION_SEARCH_CONTACTS", "Ctrl+K", Icon::Search, InMenu | InToolBar,
      ObjectCalls, RightView},
+    {Command::ContactCalls, Menu::Contacts, "IDS_ACTION_CONTACT_CALLS", "", Icon::Calls,
+     InMenu | InContextMenu | BeforeSeparator, ObjectCalls, RightView},
     {Command::NewContact, Menu::Contacts, "IDS_ACTION_NEW_CONTACT", "", Icon::Contacts, InMenu, ObjectCalls,
      RightChange},
     {Command::AddToContacts,
@@ -129,14 +148,30 @@ constexpr Declaration kDeclarations[] = {
      InMenu,
      ObjectAdministration,
      RightChange},
-    {Command::New, Menu::Tools, "IDS_ACTION_NEW", "Ctrl+N", {}, InMenu | InContextMenu, 0, 0},
-    {Command::Edit, Menu::Tools, "IDS_ACTION_EDIT", "Ctrl+Return", {}, InMenu | InContextMenu, 0, 0},
-    {Command::Delete, Menu::Tools, "IDS_ACTION_DELETE", "Del", {}, InMenu | InContextMenu | BeforeSeparator, 0, 0},
-    {Command::Currencies, Menu::Tools, "IDS_ACTION_CURRENCIES", "", {}, InMenu, ObjectAdministration, RightView},
+    {Command::Settings, Menu::Tools, "IDS_ACTION_SETTINGS", "Ctrl+,", Icon::Settings, InMenu | InToolBar,
+     ObjectAdministration, RightView},
+    {Command::Currencies,
+     Menu::Tools,
+     "IDS_ACTION_CURRENCIES",
+     "",
+     {},
+     InMenu | BeforeSeparator,
+     ObjectAdministration,
+     RightView},
     {Command::LogFilter, Menu::Tools, "IDS_ACTION_LOG_FILTER", "", Icon::LogFiltered, InMenu, ObjectAdministration,
      RightView},
-    {Command::ClearLog, Menu::Tools, "IDS_ACTION_CLEAR_LOG", "", {}, InMenu, ObjectAdministration, RightChange},
+    {Command::ClearLog,
+     Menu::Tools,
+     "IDS_ACTION_CLEAR_LOG",
+     "",
+     {},
+     InMenu | BeforeSeparator,
+     ObjectAdministration,
+     RightChange},
+    {Command::Convert, Menu::Tools, "IDS_ACTION_CONVERT", "", {}, InMenu, ObjectAdministration, RightChange},
+    {Command::Password, Menu::Tools, "IDS_ACTION_PASSWORD", "", {}, InMenu, 0, 0},
     {Command::Manual, Menu::Help, "IDS_ACTION_MANUAL", "F1", {}, InMenu, 0, 0},
+    {Command::Keys, Menu::Help, "IDS_ACTION_KEYS", "", {}, InMenu | BeforeSeparator, 0, 0},
     {Command::Support, Menu::Help, "IDS_ACTION_SUPPORT", "", {}, InMenu, 0, 0},
     {Command::Updates, Menu::Help, "IDS_ACTION_UPDATES", "", {}, InMenu | BeforeSeparator, 0, 0},
     {Command::About, Menu::Help, "IDS_ACTION_ABOUT", "", Icon::Program, InMenu, 0, 0},
@@ -169,7 +204,19 @@ void Actions::fillMenuBar(QMenuBar& bar) const {
       shown->addAction(actions_.at(declared.command));
       if ((declared.where & BeforeSeparator) != 0) shown->addSeparator();
     }
+    assignMnemonics(*shown);
   }
+}
+
+std::vector<std::pair<QString, QString>> Actions::keys() const {
+  std::vector<std::pair<QString, QString>> keys;
+  for (const Declaration& declared : kDeclarations) {
+    const QAction* action = actions_.at(declared.command);
+    if (!action->isVisible() || action->shortcut().isEmpty()) continue;
+    keys.emplace_back(texts_(declared.textKey).remove('&').remove("..."),
+                      action->shortcut().toString(QKeySequence::NativeText));
+  }
+  return keys;
 }
 
 void Actions::fillToolBar(QToolBar& bar) const {

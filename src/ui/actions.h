@@ -6,6 +6,8 @@
 #include <functional>
 #include <map>
 #include <set>
+#include <utility>
+#include <vector>
 
 #include "ui/icons.h"
 #include "ui/texts.h"
@@ -15,7 +17,9 @@ namespace ui {
 enum class Command {
   Import,
   Report,
+  Preview,
   Print,
+  SavePdf,
   Export,
   Summary,
   Bill,
@@ -23,6 +27,7 @@ enum class Command {
   Settings,
   Password,
   Quit,
+  QuickFilter,
   Filter,
   FilterOn,
   ClearFilter,
@@ -40,16 +45,26 @@ enum class Command {
   SearchContacts,
   NewContact,
   ResetContacts,
+  Undo,
   New,
   Edit,
   Delete,
   Copy,
+  CopyNumber,
+  CopyHeadings,
+  CopyTable,
+  SelectAll,
+  Sort,
+  ContactCalls,
+  WhyPrice,
   Columns,
   Refresh,
+  Week,
   Currencies,
   LogFilter,
   ClearLog,
   Manual,
+  Keys,
   Support,
   Updates,
   About,
@@ -69,6 +84,8 @@ class Actions : public QObject {
   void fillToolBar(QToolBar& bar) const;
   // Enables what makes sense in the open folder, as far as the session may do it.
   void offer(Command command, bool sensible) const;
+  // The commands that have keys, with their texts: for the list of keys.
+  [[nodiscard]] std::vector<std::pair<QString, QString>> keys() const;
   // What can be done with the row under the pointer.
   void fillContextMenu(QMenu& menu) const;
 

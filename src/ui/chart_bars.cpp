@@ -108,6 +108,20 @@ bool hasAxis(const folders::FolderDefinition& folder) {
   return axisOf(folder.id) != nullptr;
 }
 
+std::vector<std::pair<int, QString>> measuresOf(const folders::FolderView& folder) {
+  using folders::Format;
+  std::vector<std::pair<int, QString>> measures;
+  for (const folders::ViewColumn& column : folder.columns()) {
+    const int kind = column.definition->kind;
+    if (kind == folder.folder().definition().columns[1].kind) continue;
+    const Format format = folders::formatOfKind(kind).format;
+    const bool figure =
+        format == Format::Digits || format == Format::Duration || format == Format::Minutes || format == Format::Money;
+    if (figure) measures.emplace_back(kind, toQt(column.caption));
+  }
+  return measures;
+}
+
 std::vector<ChartView::Bar> readBars(folders::FolderView& folder, std::size_t value, std::size_t most,
                                      platform::Operator& person) {
   BarReader reader(folder, value, person);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <utility>
+#include <vector>
+
 #include "folders/folder_view.h"
 #include "platform/operator.h"
 #include "ui/chart_view.h"
@@ -8,6 +11,9 @@ namespace ui {
 
 // Statistics of hours, days and months: their bars form an axis, which has a place for every value.
 [[nodiscard]] bool hasAxis(const folders::FolderDefinition& folder);
+
+// The shown columns that can be drawn: kind and caption.
+[[nodiscard]] std::vector<std::pair<int, QString>> measuresOf(const folders::FolderView& folder);
 
 // The bars of a statistic: for an axis all of them in their order, those without calls too; else the folder's first
 // rows in its order, or the rows with the largest values where it has none of its own, at most `most`. `value` is the

@@ -78,9 +78,24 @@ void ChartView::setBars(const QString& title, std::vector<Bar> bars, const QStri
   update();
 }
 
+QSize ChartView::minimumSizeHint() const {
+  constexpr QSize kLeast(240, 140);
+  const int lines = std::min(wanted_, static_cast<int>(bars_.size()));
+  const int line = fontMetrics().height() + kGap;
+  return kLeast.expandedTo({0, lines > 0 ? (lines + 1) * line + 2 * kMargin + 2 * kGap : 0});
+}
+
+void ChartView::wantBars(int number) {
+  wanted_ = number;
+  updateGeometry();
+  update();
+}
+
 void ChartView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
+  const std::size_t before = areas_.size();
   areas_ = draw(painter, rect(), palette());
+  if (areas_.size() != before) QMetaObject::invokeMethod(this, &ChartView::drawn, Qt::QueuedConnection);
   if (marked_ < 0 || marked_ >= static_cast<int>(areas_.size())) return;
   painter.setPen(QPen(palette().color(QPalette::Text), 1.5));
   painter.setBrush(Qt::NoBrush);
@@ -112,7 +127,8 @@ std::vector<QRect> ChartView::draw(QPainter& painter, const QRect& page, const Q
 std::vector<QRect> ChartView::drawLines(Canvas& canvas) const {
   const QRect& area = canvas.area;
   const int line = canvas.metrics.height() + kGap;
-  const int shown = std::clamp(area.height() / line, 1, static_cast<int>(bars_.size()));
+  const int most = static_cast<int>(bars_.size());
+  const int shown = wanted_ > 0 ? std::min(wanted_, most) : std::clamp(area.height() / line, 1, most);
   const int step = std::clamp(area.height() / shown, line, std::max(line, kLargestBar + kGap));
   int captionWidth = 0;
   int valueWidth = 0;

@@ -27,13 +27,18 @@ class ChartView : public QWidget {
   [[nodiscard]] const std::vector<Bar>& bars() const { return bars_; }
   [[nodiscard]] Shape shape() const { return shape_; }
   [[nodiscard]] const QString& title() const { return title_; }
-  [[nodiscard]] QSize minimumSizeHint() const override { return {240, 160}; }
+  // Lines that there must be room for, whatever the window's height; 0: as many as fit.
+  void wantBars(int number);
+  // Bars that the window shows.
+  [[nodiscard]] int shownBars() const { return static_cast<int>(areas_.size()); }
+  [[nodiscard]] QSize minimumSizeHint() const override;
 
   // The chart in that rectangle of a picture or page, in the colours of `colours`. The area of each bar that is shown
   // is returned, in the order of the bars.
   std::vector<QRect> draw(QPainter& painter, const QRect& page, const QPalette& colours) const;
 
  signals:
+  void drawn();  // with another number of bars than before
   void barActivated(std::int64_t position);
 
  protected:
@@ -62,6 +67,7 @@ class ChartView : public QWidget {
   Shape shape_ = Shape::Lines;
   std::vector<QRect> areas_;  // of the shown bars, as they were last painted
   int marked_ = -1;
+  int wanted_ = 0;
 };
 
 }  // namespace ui

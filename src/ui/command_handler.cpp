@@ -1,12 +1,17 @@
 #include "ui/command_handler.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QRegularExpression>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "security/audit_log.h"
+#include "ui/contact_calls.h"
 #include "ui/dialogs.h"
+#include "ui/dialogs/messages.h"
+#include "ui/heat_map.h"
 #include "ui/main_frame.h"
 #include "ui/record_commands.h"
 #include "ui/settings/settings_sheet.h"
@@ -82,22 +87,65 @@ bool showsNumbers(const CFolderView& list) {
 void hideOrShow(const CommandTarget& target, bool hide) {
   const QString number = target.list.currentText(kKindNumber);
   if (number.isEmpty()) return;
-  if (hide) {
-    target.document.hideNumber(fromQt(number));
-  } else {
-    target.document.showNumber(fromQt(number));
-  }
+  server::CServerDoc& document = target.document;
+  const auto set = [&document, number = fromQt(number)](bool hidden) {
+    if (hidden) {
+      document.hideNumber(number);
+    } else {
+      document.showNumber(number);
+    }
+  };
+  set(hide);
+  target.frame.undo().push(target.texts.format(hide ? "IDS_UNDO_HIDE" : "IDS_UNDO_SHOW", fromQt(number)),
+                           [set, hide] { set(!hide); });
   target.frame.reloadFolder();
 }
 
+// A contact that has the number is offered first; of a new one that was not completed the operator is asked.
 void addToContacts(const CommandTarget& target) {
   const QString number = target.list.currentText(kKindNumber);
   if (number.isEmpty()) return;
+  server::CServerDoc& document = target.document;
+  if (const auto known = contactWithNumber(document, fromQt(number))) {
+    const QString question = target.texts.format("IDS_CONTACT_HAS_NUMBER", contacts::displayName(*known));
+    const Answer answer = ask(&target.frame, target.texts, question, Choices::YesNoCancel);
+    if (answer == Answer::Yes) editContact(document, target.texts, &target.frame, known->recordId);
+    if (answer != Answer::No) return;
+  }
   const QString name = target.list.currentText(kKindName);
-  target.document.contactBook().AddFromCall(fromQt(name), "", "", fromQt(number), [&target](std::int32_t recordId) {
-    editContact(target.document, target.texts, &target.frame, recordId);
+  document.contactBook().AddFromCall(fromQt(name), "", "", fromQt(number), [&target](std::int32_t recordId) {
+    server::CServerDoc& document = target.document;
+    if (editContact(document, target.texts, &target.frame, recordId)) return true;
+    const auto added = document.contactBook().find(recordId);
+    if (added && ask(&target.frame, target.texts, target.texts("IDS_CONTACT_KEEP_NEW")) != Answer::Yes) {
+      document.contactBook().remove(*added);
+    }
     return true;
   });
+}
+
+void showContactCalls(const CommandTarget& target) {
+  const auto id = currentRecord(target.list);
+  const auto contact = id ? target.document.contactBook().find(static_cast<std::int32_t>(*id)) : std::nullopt;
+  if (contact) target.frame.showCallsOf(*contact);
+}
+
+void undoLast(const CommandTarget& target) {
+  UndoStack& undo = target.frame.undo();
+  if (undo.empty()) return;
+  const QString what = undo.what();
+  undo.undo();
+  target.frame.reloadFolder();
+  target.frame.say(target.texts.format("IDS_UNDO_DONE", fromQt(what)));
+}
+
+constexpr int kKindTelephones = 210;
+
+// The number of the row: a call's or a contact's first one.
+QString numberOf(const CFolderView& list) {
+  if (list.folderId() == folders::kContactsList)
+    return list.currentText(kKindTelephones).section(QRegularExpression("[,;/]"), 0, 0).trimmed();
+  return showsNumbers(list) ? list.currentText(kKindNumber) : QString();
 }
 
 void openConfigured(const CommandTarget& target, const char* key) {
@@ -123,7 +171,8 @@ void offerCommands(const Actions& actions, const CFolderView& list, server::CSer
   const bool row = list.currentIndex().isValid();
   const folders::FolderView* open = list.model().folder();
   const bool statistic = open != nullptr && folders::isStatistic(open->folder().definition());
-  for (const Command command : {Command::Report, Command::Print, Command::Export, Command::Columns}) {
+  for (const Command command :
+       {Command::Report, Command::Preview, Command::Print, Command::SavePdf, Command::Export, Command::Columns}) {
     actions.offer(command, open != nullptr);
   }
   actions.offer(Command::Summary, statistic);
@@ -139,7 +188,12 @@ void offerCommands(const Actions& actions, const CFolderView& list, server::CSer
   actions.offer(Command::New, records.change);
   actions.offer(Command::Edit, row && records.view);
   actions.offer(Command::Delete, row && records.change);
-  actions.offer(Command::Copy, row);
+  for (const Command command : {Command::Copy, Command::CopyHeadings, Command::CopyTable}) actions.offer(command, row);
+  actions.offer(Command::CopyNumber, row && !numberOf(list).isEmpty());
+  actions.offer(Command::SelectAll, open != nullptr);
+  actions.offer(Command::Sort, row);
+  actions.offer(Command::WhyPrice, row && folder == kFolderCalls);
+  actions.offer(Command::ContactCalls, row && folder == folders::kContactsList);
 }
 
 void handleCommand(Command command, const CommandTarget& target) {
@@ -161,7 +215,16 @@ void handleCommand(Command command, const CommandTarget& target) {
       if (folder != nullptr) makeListReport(document, texts, &frame, *folder, ReportUse::Print);
       return;
     case Command::Export:
-      if (folder != nullptr) exportFolder(document, texts, &frame, *folder);
+      if (folder != nullptr) frame.sayFile(exportFolder(document, texts, &frame, *folder));
+      return;
+    case Command::Preview:
+      if (folder != nullptr) previewFolder(document, texts, &frame, *folder);
+      return;
+    case Command::SavePdf:
+      if (folder != nullptr) frame.sayFile(saveFolderAsPdf(document, texts, &frame, *folder));
+      return;
+    case Command::Week:
+      if (const auto cell = showWeek(document, texts, &frame)) frame.showCallsOf(*cell);
       return;
     case Command::Summary:
       if (folder != nullptr) makeSummaryPage(document, texts, &frame, *folder);
@@ -227,9 +290,31 @@ void handleCommand(Command command, const CommandTarget& target) {
     case Command::Edit:
       return reloadIf(editRecord(document, texts, &frame, target.list));
     case Command::Delete:
-      return reloadIf(deleteRecord(document, texts, target.list));
+      return reloadIf(deleteRecords(document, texts, target.list, frame.undo()));
+    case Command::Undo:
+      return undoLast(target);
     case Command::Copy:
-      return target.list.copySelection();
+      return target.list.copySelection(CopyForm::Rows);
+    case Command::CopyHeadings:
+      return target.list.copySelection(CopyForm::WithHeadings);
+    case Command::CopyTable:
+      return target.list.copySelection(CopyForm::Table);
+    case Command::CopyNumber:
+      QApplication::clipboard()->setText(numberOf(target.list));
+      return;
+    case Command::SelectAll:
+      return target.list.selectAll();
+    case Command::Sort:
+      return target.list.sortByCurrentColumn();
+    case Command::ContactCalls:
+      return showContactCalls(target);
+    case Command::WhyPrice:
+      if (const auto call = currentRecord(target.list)) explainPrice(document, texts, &frame, *call);
+      return;
+    case Command::QuickFilter:
+      return frame.focusQuickFilter();
+    case Command::Keys:
+      return showKeys(texts, &frame, frame.actions().keys());
     case Command::Columns:
       return target.list.chooseColumns();
     case Command::Refresh:
@@ -247,7 +332,7 @@ void handleCommand(Command command, const CommandTarget& target) {
     case Command::Updates:
       return openConfigured(target, "UrlCheckUpdates");
     case Command::About:
-      return showAbout(texts, &frame);
+      return showAbout(document, texts, &frame);
   }
 }
 

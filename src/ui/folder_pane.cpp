@@ -15,7 +15,7 @@ constexpr std::int64_t kMargin = 1000;
 }  // namespace
 
 FolderPane::FolderPane(CFolderView* list, const Texts& texts, QWidget* parent)
-    : QWidget(parent), list_(list), whole_(new QScrollBar(Qt::Vertical)) {
+    : QWidget(parent), list_(list), filter_(new FilterBar(texts)), whole_(new QScrollBar(Qt::Vertical)) {
   whole_->setObjectName("wholeFolder");
   buildBar(texts);
   auto* rows = new QHBoxLayout;
@@ -25,9 +25,11 @@ FolderPane::FolderPane(CFolderView* list, const Texts& texts, QWidget* parent)
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
+  layout->addWidget(filter_);
   layout->addWidget(bar_);
-  layout->addLayout(rows);
+  layout->addLayout(rows, 1);
   setFocusProxy(list_);
+  connect(filter_, &FilterBar::listWanted, list_, [this] { list_->setFocus(); });
   connect(&list_->model(), &QAbstractItemModel::modelReset, this, &FolderPane::chooseBar);
   connect(list_->verticalScrollBar(), &QScrollBar::rangeChanged, this, &FolderPane::follow);
   connect(list_->verticalScrollBar(), &QScrollBar::valueChanged, this, &FolderPane::follow);

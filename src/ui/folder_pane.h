@@ -5,6 +5,7 @@
 #include <QScrollBar>
 #include <QWidget>
 
+#include "ui/filter_bar.h"
 #include "ui/folder_view.h"
 
 namespace ui {
@@ -18,6 +19,7 @@ class FolderPane : public QWidget {
   // Takes the list over.
   FolderPane(CFolderView* list, const Texts& texts, QWidget* parent = nullptr);
 
+  [[nodiscard]] FilterBar& filterBar() const { return *filter_; }
   // Says above the list that only the calls behind a row of a statistic are shown; an empty text takes that away.
   void showNarrowing(const QString& text);
 
@@ -35,6 +37,7 @@ class FolderPane : public QWidget {
   void buildBar(const Texts& texts);
 
   CFolderView* list_;
+  FilterBar* filter_;
   QFrame* bar_ = nullptr;
   QLabel* narrowing_ = nullptr;
   QScrollBar* whole_;

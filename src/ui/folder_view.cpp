@@ -4,7 +4,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QMenu>
+#include <QMimeData>
 #include <QPainter>
 #include <QStyledItemDelegate>
 #include <QTimer>
@@ -13,7 +13,9 @@
 #include <utility>
 
 #include "folders/column_layout.h"
+#include "folders/quick_search.h"
 #include "platform/progress.h"
+#include "ui/dialogs/columns_dialog.h"
 
 namespace ui {
 
@@ -25,13 +27,19 @@ constexpr std::int64_t kCopyLimit = 100'000;
 // Milliseconds after which rows that were wanted while other work went on are asked for again.
 constexpr int kRetryInterval = 50;
 
-// The order in which a folder opens. Newest calls first is what the desk asks for.
+// The order in which a folder opens. Newest calls first is what the desk asks for, and the dearest of the numbers.
 int firstSortKey(int folder) {
   constexpr int kDateDescending = -401;
+  constexpr int kCostDescending = -422;
+  constexpr int kLogDescending = -382;
   constexpr int kContact = 201;
   switch (folder) {
+    case 99:
+      return kLogDescending;
     case 100:
       return kDateDescending;
+    case 102:
+      return kCostDescending;
     case folders::kContactsList:
       return kContact;
     default:
@@ -39,19 +47,35 @@ int firstSortKey(int folder) {
   }
 }
 
-// A first width for a column without a kept one, in digits.
-int defaultLetters(folders::Format format) {
+// A first width for a column without a kept one, in digits: of calls, duration and cost are seen in a window of 1280
+// pixels.
+int defaultLetters(int kind, folders::Format format) {
+  constexpr std::pair<int, int> kOfCalls[] = {{400, 15}, {403, 6}, {404, 9}, {405, 9}, {407, 19}, {408, 10}, {411, 14}};
+  for (const auto& [column, letters] : kOfCalls) {
+    if (column == kind) return letters;
+  }
   switch (format) {
     case folders::Format::DateTime:
-      return 20;
+      return 17;
     case folders::Format::Text:
-    case folders::Format::Extension:
       return 22;
+    case folders::Format::Extension:
+      return 18;
     case folders::Format::Hour:
       return 14;
     default:
       return 12;
   }
+}
+
+// The columns of a list that was never arranged: of a contact the telephone comes right after the name.
+folders::ColumnLayout firstLayout(const folders::FolderDefinition& folder) {
+  folders::ColumnLayout layout = folders::defaultLayout(folder.columns, folder.flags);
+  const auto telephone = std::ranges::find(layout.visible, 210);
+  if (folder.id == folders::kContactsList && telephone != layout.visible.end()) {
+    std::rotate(layout.visible.begin() + 1, telephone, telephone + 1);
+  }
+  return layout;
 }
 
 // Keeps a number that ends at the right and a text that begins at the left apart.
@@ -118,8 +142,22 @@ std::string CFolderView::progressText() const {
   return texts_.language().Translate("IDS_READING_ROWS");
 }
 
-CFolderView::View CFolderView::openView(const folders::FolderDefinition& folder, int sortKey,
-                                        const std::optional<folders::Narrowing>& narrowing,
+// Both at once, as one condition of the list itself.
+void CFolderView::narrow(folders::FolderView& view, const Narrowed& by) const {
+  std::vector<int> kinds;
+  for (const folders::ViewColumn& column : view.columns()) kinds.push_back(column.definition->kind);
+  const std::string words =
+      folders::quickCriteria(view.folder().definition(), kinds, fromQt(by.words), view.services(), view.formatter());
+  if (words.empty() && !by.narrowing) return;
+  folders::Narrowing both = by.narrowing.value_or(folders::Narrowing());
+  if (!words.empty()) {
+    both.criteria = both.criteria.empty() ? words : "(" + both.criteria + ") AND " + words;
+    both.text += (both.text.empty() ? "" : "; ") + ('"' + fromQt(by.words) + '"');
+  }
+  view.narrow(both);
+}
+
+CFolderView::View CFolderView::openView(const folders::FolderDefinition& folder, int sortKey, const Narrowed& by,
                                         const folders::ColumnLayout* layout) {
   const platform::Progress progress(document_.app().surroundings().person,
                                     folders::folderCaption(folder, texts_.language()), progressText());
@@ -127,7 +165,7 @@ CFolderView::View CFolderView::openView(const folders::FolderDefinition& folder,
     auto view =
         std::make_unique<folders::FolderView>(folder, document_.folderServices(), document_.valueFormatter(), sortKey);
     if (layout != nullptr) view->setLayout(*layout);
-    if (narrowing) view->narrow(narrowing);
+    narrow(*view, by);
     return view;
   } catch (const jet::Error& error) {
     if (!error.canceled()) emit failed(toQt(error.description()));
@@ -151,18 +189,61 @@ bool CFolderView::show(View view, FolderModel::Window window) {
 
 bool CFolderView::openFolder(const folders::FolderDefinition& folder, std::optional<folders::Narrowing> narrowing) {
   saveLayout();
+  rememberPlace();
+  const auto place = left_.find(folder.id);
+  const bool returns = place != left_.end() && !narrowing;
+  const int sortKey = returns ? place->second.sortKey : firstSortKey(folder.id);
   auto& app = document_.app();
   std::optional<folders::ColumnLayout> layout = folders::keptLayout(app.config(), folder);
   if (layout) {
     layout = folders::usableLayout(*layout, folder.columns, folder.flags, texts_.language(), app.surroundings().person);
+  } else {
+    layout = firstLayout(folder);
   }
-  if (!show(openView(folder, firstSortKey(folder.id), narrowing, layout ? &*layout : nullptr),
-            FolderModel::Window::AtStart)) {
+  if (!show(openView(folder, sortKey, {narrowing, {}}, &*layout), FolderModel::Window::AtStart)) {
     return false;
   }
+  narrowing_ = std::move(narrowing);
+  typedWords_.clear();
+  emptyText_ = reasonForNothing();
   useLayout(model_->folder()->layout());
   applyInterfaceOptions();
   scrollToTop();
+  if (returns) returnToPlace(place->second);
+  return true;
+}
+
+// A list of the calls behind a row, or of those with the typed words, is no place to come back to; its order is.
+void CFolderView::rememberPlace() {
+  const folders::FolderView* open = model_->folder();
+  if (open == nullptr || narrowing_) return;
+  Left& left = left_[folderId()];
+  left = {open->sortKey(), -1, {}};
+  if (!currentIndex().isValid() || !typedWords_.isEmpty()) return;
+  left.position = model_->position(currentIndex().row());
+  left.key = model_->key(currentIndex().row());
+}
+
+// The record that was current, unless it moved.
+void CFolderView::returnToPlace(const Left& left) {
+  const int row = left.position < model_->totalRows() ? model_->rowAt(left.position) : -1;
+  if (row < 0 || left.key.empty() || model_->key(row) != left.key) return;
+  setCurrentIndex(model_->index(row, 0));
+  scrollTo(currentIndex(), QAbstractItemView::PositionAtCenter);
+}
+
+bool CFolderView::find(const QString& typed) {
+  const folders::FolderView* open = model_->folder();
+  if (open == nullptr) return false;
+  const folders::ColumnLayout layout = open->layout();
+  if (!show(openView(open->folder().definition(), open->sortKey(), {narrowing_, typed}, &layout),
+            FolderModel::Window::AtStart)) {
+    return false;
+  }
+  typedWords_ = typed;
+  emptyText_ = reasonForNothing();
+  scrollToTop();
+  if (!typed.isEmpty() && model_->rowCount() > 0) setCurrentIndex(model_->index(0, 0));
   return true;
 }
 
@@ -175,7 +256,7 @@ bool CFolderView::reload() {
   const std::int64_t position = current.isValid() ? model_->position(current.row()) : -1;
   const std::string key = current.isValid() ? model_->key(current.row()) : std::string();
   const folders::ColumnLayout layout = open->layout();
-  if (!show(openView(open->folder().definition(), open->sortKey(), open->narrowing(), &layout),
+  if (!show(openView(open->folder().definition(), open->sortKey(), present(), &layout),
             FolderModel::Window::WhereItWas)) {
     return false;
   }
@@ -212,7 +293,8 @@ void CFolderView::applyInterfaceOptions() {
 void CFolderView::applyLayout() {
   const auto& columns = model_->folder()->columns();
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    const int letters = defaultLetters(folders::formatOfKind(columns[i].definition->kind).format);
+    const int kind = columns[i].definition->kind;
+    const int letters = defaultLetters(kind, folders::formatOfKind(kind).format);
     const int heading = fontMetrics().horizontalAdvance(toQt(columns[i].caption)) + 36;
     const int width = columns[i].width > 0 ? columns[i].width
                                            : std::max(heading, fontMetrics().horizontalAdvance(QString(letters, '0')));
@@ -251,7 +333,7 @@ void CFolderView::sortByColumn(int column) {
   if (open.columns()[static_cast<std::size_t>(column)].definition->sort == nullptr) return;
   const int sortKey = open.sortKey() == kind ? -kind : kind;
   const folders::ColumnLayout layout = open.layout();
-  if (show(openView(open.folder().definition(), sortKey, open.narrowing(), &layout), FolderModel::Window::AtStart)) {
+  if (show(openView(open.folder().definition(), sortKey, present(), &layout), FolderModel::Window::AtStart)) {
     scrollToTop();
     emit sorted();
   }
@@ -329,42 +411,48 @@ QString CFolderView::currentText() const {
   return currentIndex().isValid() ? model_->text(currentIndex().row(), currentIndex().column()) : QString();
 }
 
-void CFolderView::copySelection() {
-  if (selectedCount() > kCopyLimit) return emit failed(texts_.format("IDS_COPY_TOO_MANY", kCopyLimit));
-  QString text;
-  for (const int row : selectedRows()) {
-    QStringList cells;
-    for (int column = 0; column < model_->columnCount(); ++column) {
-      cells << model_->text(row, horizontalHeader()->logicalIndex(column));
-    }
-    text += cells.join('\t') + '\n';
+// The cells of a row as they are shown, from left to right; -1: the headings.
+QStringList CFolderView::cellsOf(int row) const {
+  QStringList cells;
+  for (int place = 0; place < model_->columnCount(); ++place) {
+    const int column = horizontalHeader()->logicalIndex(place);
+    cells << (row < 0 ? model_->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString()
+                      : model_->text(row, column));
   }
-  QApplication::clipboard()->setText(text);
+  return cells;
+}
+
+void CFolderView::copySelection(CopyForm form) {
+  if (selectedCount() > kCopyLimit) return emit failed(texts_.format("IDS_COPY_TOO_MANY", kCopyLimit));
+  std::vector<QStringList> lines;
+  if (form != CopyForm::Rows) lines.push_back(cellsOf(-1));
+  for (const int row : selectedRows()) lines.push_back(cellsOf(row));
+  QString text;
+  QString table = "<table border=\"1\">";
+  for (const QStringList& cells : lines) {
+    text += cells.join('\t') + '\n';
+    table += "<tr>";
+    for (const QString& cell : cells) table += "<td>" + cell.toHtmlEscaped() + "</td>";
+    table += "</tr>";
+  }
+  auto* copied = new QMimeData;
+  copied->setText(text);
+  if (form == CopyForm::Table) copied->setHtml(table + "</table>");
+  QApplication::clipboard()->setMimeData(copied);
 }
 
 void CFolderView::chooseColumns() {
-  folders::FolderView* folder = model_->folder();
-  if (folder == nullptr) return;
-  QMenu menu(this);
-  for (const folders::ColumnDefinition& column : folder->folder().definition().columns) {
-    if ((column.flags & folders::ColumnKey) != 0 || column.flags == 0) continue;
-    QAction* action = menu.addAction(texts_(column.caption));
-    action->setCheckable(true);
-    action->setChecked(model_->columnOf(column.kind) >= 0);
-    action->setData(column.kind);
-  }
-  const QAction* chosen = menu.exec(QCursor::pos());
-  if (chosen == nullptr) return;
-  const int kind = chosen->data().toInt();
-  folders::ColumnLayout layout = shownLayout();
-  auto& visible = layout.visible;
-  if (chosen->isChecked()) {
-    visible.push_back(kind);
-  } else if (visible.size() > 1) {  // a list needs a column
-    visible.erase(std::remove(visible.begin(), visible.end(), kind), visible.end());
-  }
-  useLayout(layout);
+  const folders::FolderView* open = model_->folder();
+  if (open == nullptr) return;
+  const folders::FolderDefinition& folder = open->folder().definition();
+  ColumnsDialog dialog(texts_, folder, shownLayout(), firstLayout(folder), this);
+  if (dialog.exec() != QDialog::Accepted) return;
+  useLayout(dialog.layout());
   saveLayout();
+}
+
+void CFolderView::sortByCurrentColumn() {
+  if (currentIndex().isValid()) sortByColumn(currentIndex().column());
 }
 
 void CFolderView::contextMenuEvent(QContextMenuEvent* event) {
@@ -373,7 +461,7 @@ void CFolderView::contextMenuEvent(QContextMenuEvent* event) {
 
 void CFolderView::keyPressEvent(QKeyEvent* event) {
   if (event->matches(QKeySequence::Copy)) {
-    copySelection();
+    copySelection(CopyForm::Rows);
   } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && currentIndex().isValid()) {
     emit rowActivated(currentIndex().row());
   } else {
@@ -399,6 +487,7 @@ QString CFolderView::reasonForNothing() const {
   const folders::FolderView* open = model_->folder();
   if (open == nullptr || model_->totalRows() > 0) return {};
   const folders::FolderDefinition& folder = open->folder().definition();
+  if (!typedWords_.isEmpty()) return texts_.format("IDS_EMPTY_FOUND", fromQt(typedWords_));
   if (folder.condition == folders::ConditionSource::LogFilter) return texts_("IDS_EMPTY_LOG");
   if (folder.condition != folders::ConditionSource::CallFilter) return texts_("IDS_EMPTY_TABLE");
   if (document_.callFilter().active()) return texts_("IDS_EMPTY_LIST");

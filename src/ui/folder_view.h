@@ -2,13 +2,19 @@
 
 #include <QElapsedTimer>
 #include <QTableView>
+#include <map>
 #include <optional>
+#include <string>
 
 #include "server/server_doc.h"
 #include "ui/folder_model.h"
 #include "ui/texts.h"
 
 namespace ui {
+
+// How rows are put on the clipboard: as lines of fields, with a first line of headings, or as a table too, for those
+// who take one.
+enum class CopyForm { Rows, WithHeadings, Table };
 
 // The record list: a folder's rows, sorted by a click on a heading, its columns chosen and sized by the operator.
 class CFolderView : public QTableView {
@@ -21,7 +27,11 @@ class CFolderView : public QTableView {
   // Identifier of the open folder; 0 when none is open.
   [[nodiscard]] int folderId() const;
   // True when the list holds only the calls behind a row of a statistic.
-  [[nodiscard]] bool narrowed() const { return model_->folder() != nullptr && model_->folder()->narrowing(); }
+  [[nodiscard]] bool narrowed() const { return narrowing_.has_value(); }
+  [[nodiscard]] const std::optional<folders::Narrowing>& narrowing() const { return narrowing_; }
+  // Leaves the rows that hold every typed word; an empty text brings all back. As openFolder.
+  bool find(const QString& typed);
+  [[nodiscard]] const QString& typed() const { return typedWords_; }
 
   // Shows the folder, or the calls behind a row of a statistic. True when it is shown; when the operator stopped it, or
   // after a fault (failed), the folder that was open stays.
@@ -43,7 +53,8 @@ class CFolderView : public QTableView {
   [[nodiscard]] QString currentText() const;
   // What stands in place of rows; empty when there are some.
   [[nodiscard]] const QString& emptyText() const { return emptyText_; }
-  void copySelection();
+  void copySelection(CopyForm form);
+  void sortByCurrentColumn();
   // Typed letters look at the rows at hand only: the view's own search would read every row.
   void keyboardSearch(const QString& typed) override;
   void chooseColumns();
@@ -70,13 +81,30 @@ class CFolderView : public QTableView {
   };
   [[nodiscard]] QString totalsOf(const std::vector<Rows>& parts, std::int64_t count) const;
 
+  // What leaves only some rows: those behind a row of a statistic, those with the typed words.
+  struct Narrowed {
+    std::optional<folders::Narrowing> narrowing;
+    QString words;
+  };
+  void narrow(folders::FolderView& view, const Narrowed& by) const;
+  [[nodiscard]] Narrowed present() const { return {narrowing_, typedWords_}; }
+  // Where the operator left a folder.
+  struct Left {
+    int sortKey = 0;
+    std::int64_t position = -1;
+    std::string key;
+  };
+  void rememberPlace();
+  void returnToPlace(const Left& left);
+
   using View = std::unique_ptr<folders::FolderView>;
   // An opened folder, its rows counted, under progress; null when it was stopped or failed.
-  [[nodiscard]] View openView(const folders::FolderDefinition& folder, int sortKey,
-                              const std::optional<folders::Narrowing>& narrowing, const folders::ColumnLayout* layout);
+  [[nodiscard]] View openView(const folders::FolderDefinition& folder, int sortKey, const Narrowed& by,
+                              const folders::ColumnLayout* layout);
   bool show(View view, FolderModel::Window window);
   void readMissedPage(std::int64_t number);
   void sortByColumn(int column);
+  [[nodiscard]] QStringList cellsOf(int row) const;
   [[nodiscard]] std::string progressText() const;
   [[nodiscard]] folders::ColumnLayout shownLayout() const;
   void useLayout(const folders::ColumnLayout& layout);
@@ -90,6 +118,9 @@ class CFolderView : public QTableView {
   const Texts& texts_;
   FolderModel* model_;
   bool selectsUnderPointer_ = false;
+  std::optional<folders::Narrowing> narrowing_;
+  QString typedWords_;
+  std::map<int, Left> left_;  // by folder
   QString typed_;
   QElapsedTimer sinceTyped_;
   QString emptyText_;  // shown instead of rows

@@ -18,6 +18,8 @@
 #include "server/service.h"
 #include "ui/chart_bars.h"
 #include "ui/command_handler.h"
+#include "ui/contact_calls.h"
+#include "ui/filter_menus.h"
 #include "ui/record_commands.h"
 #include "ui/screen_fit.h"
 
@@ -81,7 +83,7 @@ void CMainFrame::buildCentre() {
   list_->setAccessibleName(texts_("IDS_CALLS"));
   filterPane_ = new CFilterView;
   filterPane_->setAccessibleName(texts_("IDS_ACTION_FILTER"));
-  chart_ = new ChartView;
+  chart_ = new ChartPane(texts_);
   lower_ = new QSplitter(Qt::Horizontal);
   lower_->addWidget(filterPane_);
   lower_->addWidget(chart_);
@@ -105,6 +107,7 @@ void CMainFrame::buildCentre() {
   connect(selector_, &CSelectorView::folderChosenAgain, this, [this](int id) {
     if (list_->narrowed() || list_->folderId() != id) openFolder(id);
   });
+  connectFilterBar();
   connect(listPane_, &FolderPane::backWanted, this, &CMainFrame::backToStatistic);
   connect(listPane_, &FolderPane::allCallsWanted, this, [this] { openFolder(list_->folderId()); });
   connect(list_, &CFolderView::failed, this, &CMainFrame::showError);
@@ -118,7 +121,9 @@ void CMainFrame::buildCentre() {
   });
   connect(list_, &CFolderView::rowActivated, this, &CMainFrame::drillDown);
   connect(list_, &CFolderView::sorted, this, &CMainFrame::showChart);
-  connect(chart_, &ChartView::barActivated, this, [this](std::int64_t position) { showCallsBehind(position); });
+  connect(chart_, &ChartPane::choiceChanged, this, &CMainFrame::showChart);
+  connect(&chart_->chart(), &ChartView::barActivated, this,
+          [this](std::int64_t position) { showCallsBehind(position); });
   connect(list_, &CFolderView::contextMenuWanted, this, [this](const QPoint& at) {
     QMenu menu(this);
     actions_->fillContextMenu(menu);
@@ -126,8 +131,30 @@ void CMainFrame::buildCentre() {
   });
 }
 
+void CMainFrame::connectFilterBar() {
+  FilterBar& bar = listPane_->filterBar();
+  const FilterMenuTarget target{document_, texts_, this, [this] { reloadFolder(); }};
+  QMenu* periods = bar.periods()->menu();
+  QMenu* filters = bar.filters()->menu();
+  connect(periods, &QMenu::aboutToShow, this, [periods, target] { fillPeriodMenu(*periods, target); });
+  connect(filters, &QMenu::aboutToShow, this, [filters, target] { fillSavedFilterMenu(*filters, target); });
+  connect(&bar, &FilterBar::typedChanged, this, &CMainFrame::findTyped);
+  connect(&bar, &FilterBar::partRemoved, this, [this](int part) {
+    if (static_cast<std::size_t>(part) >= parts_.size()) return;
+    document_.callFilter().set(parts_[static_cast<std::size_t>(part)].removal);
+    reloadFolder();
+  });
+}
+
+// What is in the line now, however many keys ago the work began.
+void CMainFrame::findTyped() {
+  if (person_.busy()) return QTimer::singleShot(kSelectionRest, this, [this] { findTyped(); });
+  if (listPane_->filterBar().typed() != list_->typed() && list_->find(listPane_->filterBar().typed())) folderShown();
+}
+
 void CMainFrame::buildMenus() {
   actions_->fillMenuBar(*menuBar());
+  undoText_ = (*actions_)[Command::Undo]->text();
   auto& config = document_.app().config();
   auto* bar = addToolBar("main");
   bar->setObjectName("toolbar");
@@ -159,6 +186,12 @@ void CMainFrame::buildStatusBar() {
   livePane_->setObjectName("livePane");
   countPane_->setObjectName("countPane");
   for (QLabel* pane : {messagePane_, livePane_, countPane_}) pane->setContentsMargins(8, 0, 8, 0);
+  connect(messagePane_, &QLabel::linkActivated, this, [this](const QString& file) {
+    if (!document_.app().surroundings().documents.open(fromQt(file))) {
+      showError(texts_.format("IDS_CANTOPENPAGE", fromQt(file)));
+    }
+  });
+  messagePane_->setTextInteractionFlags(Qt::TextBrowserInteraction);
   for (QTimer* timer : {&messageTimer_, &selectionTimer_}) {
     timer->setSingleShot(true);
     connect(timer, &QTimer::timeout, this, &CMainFrame::showMessagePane);
@@ -250,6 +283,7 @@ void CMainFrame::openFolder(int id) {
   auto watch = startWatch(folder->table);
   if (list_->openFolder(*folder)) {
     watch_ = std::move(watch);
+    listPane_->filterBar().clearTyped();
     return folderShown();
   }
   // Not at once: the tree is still busy selecting what was clicked.
@@ -258,15 +292,17 @@ void CMainFrame::openFolder(int id) {
 
 void CMainFrame::folderShown() {
   const folders::FolderView* folder = list_->model().folder();
-  const auto& narrowing = folder->narrowing();
+  const auto& narrowing = list_->narrowing();
   listPane_->showNarrowing(narrowing ? texts_.format("IDS_NARROWED", narrowing->text) : QString());
   list_->setAccessibleName(toQt(folder->folder().caption()));
-  filterPane_->setVisible(folder->folder().definition().condition == folders::ConditionSource::CallFilter);
+  const bool calls = folder->folder().definition().condition == folders::ConditionSource::CallFilter;
+  filterPane_->setVisible(calls);
+  listPane_->filterBar().showCallFilter(calls);
   totals_.clear();
   showChart();
   showDetails();
   updateStatus();
-  const bool allCalls = list_->folderId() == kFolderCalls && !narrowing;
+  const bool allCalls = list_->folderId() == kFolderCalls && !narrowing && list_->typed().isEmpty();
   try {
     if (allCalls && list_->model().totalRows() <= kSummedRows) readTotals();
     if (!allCalls && list_->model().totalRows() <= kAddedRows) totals_ = list_->totals();
@@ -283,13 +319,37 @@ void CMainFrame::showCallsBehindRow() {
 void CMainFrame::showCallsBehind(std::int64_t position) {
   folders::FolderView* folder = list_->model().folder();
   if (folder == nullptr || person_.busy()) return;
-  const Origin origin{list_->folderId(), position};
-  const auto narrowing = folder->callsBehind(origin.position);
+  if (const auto narrowing = folder->callsBehind(position)) openNarrowed(*narrowing, position);
+}
+
+void CMainFrame::showCallsOf(const contacts::Contact& contact) {
+  const QModelIndex current = list_->currentIndex();
+  openNarrowed(callsOf(contact), current.isValid() ? list_->model().position(current.row()) : 0);
+}
+
+void CMainFrame::showCallsOf(const WeekHour& hour) {
+  constexpr int kKindWeekday = 429;
+  const std::string day = document_.valueFormatter().formatCell(kKindWeekday, jet::Value(hour.weekday));
+  openNarrowed({base::format("Weekday([DateTime]) = %d And Hour([DateTime]) = %d", hour.weekday, hour.hour),
+                texts_.language().TranslateFormat("IDS_WEEK_CELL", day, hour.hour, hour.hour)},
+               0);
+}
+
+void CMainFrame::sayFile(const std::filesystem::path& file) {
+  if (file.empty()) return;
+  const QString path = toQt(file.string());
+  const QString link = QString("<a href=\"%1\">%2</a>").arg(QString(path).toHtmlEscaped(), path.toHtmlEscaped());
+  say(texts_.format("IDS_FILE_WRITTEN", fromQt(link)));
+}
+
+void CMainFrame::openNarrowed(const folders::Narrowing& narrowing, std::int64_t originPosition) {
+  const Origin origin{list_->folderId(), originPosition};
   const folders::FolderDefinition& calls = *folders::findFolder(kFolderCalls);
   auto watch = startWatch(calls.table);
-  if (!narrowing || !list_->openFolder(calls, narrowing)) return;
+  if (!list_->openFolder(calls, narrowing)) return;
   watch_ = std::move(watch);
   origin_ = origin;
+  listPane_->filterBar().clearTyped();
   selector_->mark(kFolderCalls);
   folderShown();
   list_->setFocus();
@@ -393,6 +453,12 @@ void CMainFrame::showMessagePane() {
 void CMainFrame::showFilter() {
   filterPane_->show(document_.filterDescription().pieces());
   (*actions_)[Command::FilterOn]->setChecked(document_.callFilter().active());
+  const filter::FilterSettings settings = document_.callFilter().settings();
+  parts_ = filter::partsOf(settings, filter::readDisplayNames(document_.app().config(), settings), texts_.language(),
+                           document_.app().surroundings().clock.now());
+  QStringList texts;
+  for (const filter::Part& part : parts_) texts << toQt(part.text);
+  listPane_->filterBar().showParts(texts);
 }
 
 void CMainFrame::showDetails() {
@@ -410,21 +476,24 @@ void CMainFrame::showChart() {
   chart_->setVisible(statistic);
   details_->setVisible(!statistic);
   if (!statistic) return;
+  const QString caption = toQt(folder->folder().caption());
+  const auto measures = measuresOf(*folder);
   // The cost; the calls where it is not shown.
-  int valueColumn = list_->model().columnOf(kKindCost);
-  if (valueColumn < 0) valueColumn = list_->model().columnOf(kKindCount);
-  if (valueColumn < 0) return chart_->setBars(toQt(folder->folder().caption()), {}, texts_("IDS_EMPTY_CHART"));
-  const QString title = QString("%1: %2").arg(toQt(folder->folder().caption()),
-                                              toQt(folder->columns()[static_cast<std::size_t>(valueColumn)].caption));
+  const bool charged = std::ranges::any_of(measures, [](const auto& measure) { return measure.first == kKindCost; });
+  chart_->offerMeasures(measures, charged ? kKindCost : kKindCount);
+  const int column = measures.empty() ? -1 : list_->model().columnOf(chart_->measure());
+  if (column < 0) return chart_->show(caption, {}, texts_("IDS_EMPTY_CHART"), ChartView::Shape::Lines, 0);
+  const auto value = static_cast<std::size_t>(column);
+  const QString title = QString("%1: %2").arg(caption, toQt(folder->columns()[value].caption));
+  const auto shape = hasAxis(folder->folder().definition()) ? ChartView::Shape::Columns : ChartView::Shape::Lines;
   try {
     platform::Operator& person = document_.app().surroundings().person;
     const platform::Progress progress(person, folder->folder().caption(), fromQt(texts_("IDS_READING_ROWS")),
                                       folder->rowCount());
-    chart_->setBars(title, readBars(*folder, static_cast<std::size_t>(valueColumn), kChartRows, person),
-                    texts_("IDS_EMPTY_CHART"),
-                    hasAxis(folder->folder().definition()) ? ChartView::Shape::Columns : ChartView::Shape::Lines);
+    chart_->show(title, readBars(*folder, value, kChartRows, person), texts_("IDS_EMPTY_CHART"), shape,
+                 folder->rowCount());
   } catch (const jet::Error& error) {
-    chart_->setBars(title, {}, toQt(error.description()));
+    chart_->show(title, {}, toQt(error.description()), shape, 0);
   }
 }
 
@@ -438,6 +507,9 @@ void CMainFrame::drillDown(int) {
 
 void CMainFrame::updateStatus() {
   offerCommands(*actions_, *list_, document_);
+  QAction* undo = (*actions_)[Command::Undo];
+  undo->setEnabled(!undo_.empty());
+  undo->setText(undo_.empty() ? undoText_ : undoText_ + ": " + undo_.what().replace("&", "&&"));
   countPane_->setText(
       toQt(folders::recordCountText(list_->model().totalRows(), list_->selectedCount(), texts_.language())));
 }

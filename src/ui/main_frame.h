@@ -13,18 +13,21 @@
 #include <optional>
 #include <string>
 
+#include "filter/parts.h"
 #include "foundation/table_watch.h"
 #include "platform/live_channel.h"
 #include "server/server_doc.h"
 #include "ui/actions.h"
-#include "ui/chart_view.h"
+#include "ui/chart_pane.h"
 #include "ui/details_view.h"
 #include "ui/filter_view.h"
 #include "ui/folder_pane.h"
 #include "ui/folder_view.h"
+#include "ui/heat_map.h"
 #include "ui/qt_operator.h"
 #include "ui/selector_view.h"
 #include "ui/texts.h"
+#include "ui/undo_stack.h"
 
 namespace ui {
 
@@ -48,6 +51,17 @@ class CMainFrame : public QMainWindow {
   // The sums of the filtered calls, in the status bar. Throws jet::Error.
   void showTotals();
   [[nodiscard]] CFolderView& list() { return *list_; }
+  [[nodiscard]] UndoStack& undo() { return undo_; }
+  [[nodiscard]] const Actions& actions() const { return *actions_; }
+  // A message in the status bar; the totals come back after a while.
+  void say(const QString& text);
+  // The list of the calls of a contact.
+  void showCallsOf(const contacts::Contact& contact);
+  // Those of a weekday's hour.
+  void showCallsOf(const WeekHour& hour);
+  // In the status bar, where a file is that was written; a click opens it. Nothing for an empty path.
+  void sayFile(const std::filesystem::path& file);
+  void focusQuickFilter() { listPane_->filterBar().focusLine(); }
 
  public slots:
   void importCalls();
@@ -62,12 +76,16 @@ class CMainFrame : public QMainWindow {
 
  private:
   void buildCentre();
+  void connectFilterBar();
+  void findTyped();
   void buildMenus();
   void buildStatusBar();
   void restorePlacement();
   void savePlacement();
   void openLiveChannel();
   void importWhenAsked();
+  // The calls that meet the condition; the origin is where "Back" leads.
+  void openNarrowed(const folders::Narrowing& narrowing, std::int64_t originPosition);
   // To be started before the table's rows are read, so that no change falls between.
   [[nodiscard]] std::optional<foundation::TableWatch> startWatch(const std::string& table);
   void showFilter();
@@ -77,8 +95,6 @@ class CMainFrame : public QMainWindow {
   void backToStatistic();
   // What stands around the list follows what the list shows now.
   void folderShown();
-  // A message in the status bar; the totals come back after a while.
-  void say(const QString& text);
   void showMessagePane();
   void readTotals();
   void showError(const QString& text);
@@ -91,7 +107,7 @@ class CMainFrame : public QMainWindow {
   CFolderView* list_ = nullptr;
   FolderPane* listPane_ = nullptr;
   CFilterView* filterPane_ = nullptr;
-  ChartView* chart_ = nullptr;
+  ChartPane* chart_ = nullptr;
   DetailsView* details_ = nullptr;
   QSplitter* columns_ = nullptr;  // tree | right side
   QSplitter* panes_ = nullptr;    // list / lower panes
@@ -112,6 +128,9 @@ class CMainFrame : public QMainWindow {
   QTimer importTimer_;
   QTimer refreshTimer_;
   bool refreshing_ = false;
+  UndoStack undo_;
+  QString undoText_;                             // of its menu entry
+  std::vector<filter::Part> parts_;              // of the filter that is on, as the bar shows them
   std::optional<foundation::TableWatch> watch_;  // of the shown folder's table
   std::unique_ptr<platform::LiveChannelServer> live_;
   bool importAsked_ = false;  // by a sender, since the last import

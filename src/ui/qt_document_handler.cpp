@@ -25,14 +25,6 @@ namespace ui {
 
 namespace {
 
-// Pages say which of two encodings they are in.
-QString readPage(const std::filesystem::path& document) {
-  std::ifstream in(document, std::ios::binary);
-  const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  const bool utf8 = bytes.substr(0, 1024).find("windows-1252") == std::string::npos;
-  return toQt(utf8 ? bytes : base::decode(bytes, 1252));
-}
-
 // The reports give the left cell of their head the whole width and count on the right one to keep its own, which a text
 // document does not do.
 QString withRoomInHead(QString page) {
@@ -69,6 +61,13 @@ Layout layOut(QTextDocument& document, const QSizeF& sheet) {
 }
 
 }  // namespace
+
+QString readPage(const std::filesystem::path& document) {
+  std::ifstream in(document, std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  const bool utf8 = bytes.substr(0, 1024).find("windows-1252") == std::string::npos;
+  return toQt(utf8 ? bytes : base::decode(bytes, 1252));
+}
 
 void printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn) {
   constexpr qreal kUnitsPerInch = 96;  // of the document, as on a screen

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <filesystem>
 #include <functional>
 
 #include "platform/document_handler.h"
@@ -13,6 +14,9 @@ namespace ui {
 // Prints a page of the reports on numbered sheets, every column of its lists on them, headings repeated. `goOn` is
 // asked before each sheet; its no ends the work there. May run on any thread.
 void printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn);
+
+// A page of the reports, in the encoding that it declares.
+[[nodiscard]] QString readPage(const std::filesystem::path& document);
 
 // Opens documents and addresses with the desktop's programs; prints pages through the window system's print dialog.
 class QtDocumentHandler : public platform::DocumentHandler {

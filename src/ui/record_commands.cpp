@@ -1,7 +1,9 @@
 #include "ui/record_commands.h"
 
+#include <functional>
 #include <optional>
 
+#include "base/printf.h"
 #include "security/rights.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/directory_messages.h"
@@ -13,12 +15,16 @@ namespace {
 constexpr int kFolderUsers = 97;
 constexpr int kFolderGroups = 98;
 
-// Key of the current row's record.
-std::optional<std::int32_t> currentRecord(const CFolderView& list) {
+std::optional<std::int64_t> recordAt(const CFolderView& list, int row) {
   folders::FolderView* folder = list.model().folder();
-  if (folder == nullptr || !list.currentIndex().isValid()) return std::nullopt;
-  const auto key = folder->readKey(list.model().position(list.currentIndex().row()));
-  return key ? std::optional(static_cast<std::int32_t>(key->recordId)) : std::nullopt;
+  const auto key = folder != nullptr ? folder->readKey(list.model().position(row)) : std::nullopt;
+  return key ? std::optional(key->recordId) : std::nullopt;
+}
+
+// Users, groups and contacts have small numbers.
+std::optional<std::int32_t> currentId(const CFolderView& list) {
+  const auto id = currentRecord(list);
+  return id ? std::optional(static_cast<std::int32_t>(*id)) : std::nullopt;
 }
 
 // Empty when the record is gone.
@@ -39,11 +45,52 @@ std::string recordName(server::CServerDoc& document, int folder, std::int32_t id
   }
 }
 
-void deleteContact(server::CServerDoc& document, std::int32_t id) {
+// What brings a deleted record back.
+using BringBack = std::function<void()>;
+
+BringBack deleteContact(server::CServerDoc& document, std::int32_t id) {
   const auto contact = document.contactBook().find(id);
-  if (!contact) return;  // another copy was quicker
-  const std::string message = document.contactBook().message(document.contactBook().remove(*contact));
+  if (!contact) return {};  // another copy was quicker
+  const contacts::SaveResult result = document.contactBook().remove(*contact);
+  const std::string message = document.contactBook().message(result);
   if (!message.empty()) document.app().surroundings().person.messageBox(message);
+  if (result != contacts::SaveResult::Done) return {};
+  return [&document, contact = *contact] { document.contactBook().add(contact); };
+}
+
+// A new row with the old password, under a new number.
+BringBack deleteUser(server::CServerDoc& document, std::int32_t id) {
+  const auto user = document.users().findUser(id);
+  if (!user || !document.users().deleteUser(id)) return {};
+  return [&document, before = *user] {
+    security::UserRecord user = before;
+    user.RecordID = 0;
+    if (document.users().SaveUser(user, std::nullopt) != security::SaveResult::Saved) return;
+    const std::string date =
+        before.PasswordDate ? "#" + before.PasswordDate->format("%m/%d/%Y %H:%M:%S") + "#" : "Null";
+    document.database().execute(base::format("update Users set [Password] = %d, PasswordDate = %s where RecordID = %d",
+                                             static_cast<std::int32_t>(before.passwordDigest), date, user.RecordID));
+  };
+}
+
+// With its members that are still there.
+BringBack deleteGroup(server::CServerDoc& document, std::int32_t id) {
+  const auto group = document.users().findGroup(id);
+  const auto members = document.users().members(id);
+  if (!group || !document.users().deleteGroup(id)) return {};
+  return [&document, before = *group, members] {
+    security::GroupRecord group = before;
+    group.RecordID = 0;
+    if (document.users().saveGroup(group) != security::SaveResult::Saved) return;
+    for (const security::UserRecord& member : members) {
+      if (document.users().findUser(member.RecordID)) document.users().addMember(group.RecordID, member.RecordID);
+    }
+  };
+}
+
+BringBack deleteOne(server::CServerDoc& document, int folder, std::int32_t id) {
+  if (folder == kFolderUsers) return deleteUser(document, id);
+  return folder == kFolderGroups ? deleteGroup(document, id) : deleteContact(document, id);
 }
 
 // The text that says why this user or group must stay; null when it may go.
@@ -94,7 +141,7 @@ bool newRecord(server::CServerDoc& document, const Texts& texts, QWidget* parent
 }
 
 bool editRecord(server::CServerDoc& document, const Texts& texts, QWidget* parent, const CFolderView& list) {
-  const auto id = currentRecord(list);
+  const auto id = currentId(list);
   if (!id) return false;
   const int folder = list.folderId();
   if (folder == folders::kContactsList) return editContact(document, texts, parent, *id);
@@ -112,7 +159,7 @@ DetailsView::Fields currentDetails(server::CServerDoc& document, const Texts& te
                         model.text(list.currentIndex().row(), column));
   }
   // Columns that the list of contacts never shows.
-  const auto id = list.folderId() == folders::kContactsList ? currentRecord(list) : std::nullopt;
+  const auto id = list.folderId() == folders::kContactsList ? currentId(list) : std::nullopt;
   const auto contact = id ? document.contactBook().find(*id) : std::nullopt;
   if (contact) {
     fields.emplace_back(texts("IDS_ADDRESS"), toQt(contact->address));
@@ -121,29 +168,41 @@ DetailsView::Fields currentDetails(server::CServerDoc& document, const Texts& te
   return fields;
 }
 
-bool deleteRecord(server::CServerDoc& document, const Texts& texts, const CFolderView& list) {
-  const auto id = currentRecord(list);
-  if (!id) return false;
+std::optional<std::int64_t> currentRecord(const CFolderView& list) {
+  return list.currentIndex().isValid() ? recordAt(list, list.currentIndex().row()) : std::nullopt;
+}
+
+bool deleteRecords(server::CServerDoc& document, const Texts& texts, const CFolderView& list, UndoStack& undo) {
   const int folder = list.folderId();
-  const std::string name = recordName(document, folder, *id);
+  std::vector<std::int32_t> ids;
+  for (const int row : list.selectedRows()) {
+    if (const auto id = recordAt(list, row)) ids.push_back(static_cast<std::int32_t>(*id));
+  }
+  if (ids.empty()) return false;
+  const std::string what = ids.size() == 1
+                               ? recordName(document, folder, ids.front())
+                               : texts.language().TranslateFormat("IDS_UNDO_RECORDS", static_cast<int>(ids.size()));
   auto& person = document.app().surroundings().person;
-  if (const char* reason = reasonToKeep(document, folder, *id)) {
-    person.messageBox(texts.language().Translate(reason));
-    return false;
+  for (const std::int32_t id : ids) {
+    if (const char* reason = reasonToKeep(document, folder, id)) {
+      person.messageBox(texts.language().Translate(reason));
+      return false;
+    }
   }
-  if (!person.askYesNo(texts.language().TranslateFormat("IDS_CONFIRM_DELETE", name),
-                       platform::Operator::Unattended::No)) {
-    return false;
+  const std::string question =
+      ids.size() == 1 ? texts.language().TranslateFormat("IDS_CONFIRM_DELETE", what)
+                      : texts.language().TranslateFormat("IDS_CONFIRM_DELETE_MANY", static_cast<int>(ids.size()));
+  if (!person.askYesNo(question, platform::Operator::Unattended::No)) return false;
+  std::vector<BringBack> back;
+  for (const std::int32_t id : ids) {
+    // Those that went before may have made this one the last administrator.
+    if (reasonToKeep(document, folder, id) != nullptr) continue;
+    if (BringBack one = deleteOne(document, folder, id)) back.push_back(std::move(one));
   }
-  switch (folder) {
-    case kFolderUsers:
-      document.users().deleteUser(*id);
-      break;
-    case kFolderGroups:
-      document.users().deleteGroup(*id);
-      break;
-    default:
-      deleteContact(document, *id);
+  if (!back.empty()) {
+    undo.push(texts.format("IDS_UNDO_DELETED", what), [back] {
+      for (const BringBack& one : back) one();
+    });
   }
   return true;
 }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <optional>
+
 #include "server/server_doc.h"
 #include "ui/details_view.h"
 #include "ui/folder_view.h"
 #include "ui/texts.h"
+#include "ui/undo_stack.h"
 
 namespace ui {
 
@@ -23,7 +26,9 @@ bool editRecord(server::CServerDoc& document, const Texts& texts, QWidget* paren
 // The current row's record field by field: what the list shows of it, and all of a contact.
 [[nodiscard]] DetailsView::Fields currentDetails(server::CServerDoc& document, const Texts& texts,
                                                  const CFolderView& list);
-// Asks first.
-bool deleteRecord(server::CServerDoc& document, const Texts& texts, const CFolderView& list);
+// The selected records, after a question; `undo` can bring them back.
+bool deleteRecords(server::CServerDoc& document, const Texts& texts, const CFolderView& list, UndoStack& undo);
+// RecordID of the current row; nothing when there is none.
+[[nodiscard]] std::optional<std::int64_t> currentRecord(const CFolderView& list);
 
 }  // namespace ui

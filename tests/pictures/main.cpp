@@ -161,7 +161,7 @@ void takeDialogs(Album& album, Workstation& station, server::CServerDoc& documen
       "group-members", [&] { ui::editGroup(document, texts, nullptr, group); },
       [](QDialog& dialog) { child<QTabWidget>(dialog, "tabs").setCurrentIndex(1); });
   album.takeModal("convert", [&] { ui::convertOldDatabase(document, texts, nullptr); });
-  album.takeModal("about", [&] { ui::showAbout(texts, nullptr); });
+  album.takeModal("about", [&] { ui::showAbout(document, texts, nullptr); });
   album.takeModal("login", [&] { station.login.askLogin(server::kAdministrator); });
   album.takeModal("password", [&] { station.login.askPasswordChange(server::kAdministrator, false); });
   album.takeModal("message", [&] { ui::warn(nullptr, texts, texts("IDS_PERIOD_ORDER")); });

@@ -354,7 +354,7 @@ TEST_F(DialogsTest, AboutTellsTheVersion) {
     EXPECT_TRUE(child<QLabel>(dialog, "version").text().startsWith("Version "));
     click(dialog, "ok");
   }});
-  ui::showAbout(texts(), nullptr);
+  ui::showAbout(document(), texts(), nullptr);
 }
 
 class ContactsSheetTest : public DialogsTest {

@@ -9,7 +9,7 @@
 #include <QSpinBox>
 #include <QTest>
 
-#include "desktop.h"
+#include "frame.h"
 #include "ui/chart_view.h"
 #include "ui/command_handler.h"
 #include "ui/login_dialogs.h"
@@ -18,58 +18,6 @@
 namespace {
 
 using namespace support;
-
-constexpr int kCalls = 100;
-constexpr int kExtensions = 101;
-constexpr int kNumbers = 102;
-constexpr int kUsers = 97;
-constexpr int kGroups = 98;
-constexpr int kKindContactName = 200;
-constexpr int kKindCount = 421;
-constexpr int kKindNumber = 400;
-constexpr int kKindDuration = 404;
-constexpr int kKindDepartment = 413;
-
-std::string callTo(const std::string& number, int seconds) {
-  exchange::CallRecord call = sampleCall(number);
-  call.setDuration(seconds);
-  return exchange::encodeRecord(call, false, 1252);
-}
-
-// The main window over a small exchange.
-class MainFrameTest : public testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_TRUE(desktop.started) << testing::PrintToString(desktop.person.messages);
-    desktop.files.writeMonitorFile(callTo("3456789", 61) + callTo("9999999", 200) + callTo("3456789", 30));
-    frame = std::make_unique<ui::CMainFrame>(*desktop.document, *desktop.texts, operator_);
-    frame->start();
-    frame->importCalls();
-    frame->selectFolder(kCalls);
-  }
-  void TearDown() override {
-    if (frame) frame->close();
-  }
-
-  [[nodiscard]] ui::CFolderView& list() const { return frame->list(); }
-  [[nodiscard]] int rows() const { return list().model().rowCount(); }
-  [[nodiscard]] std::string cell(int row, int kind) const {
-    return ui::fromQt(list().model().text(row, list().model().columnOf(kind)));
-  }
-  void select(int row, int kind) { list().setCurrentIndex(list().model().index(row, list().model().columnOf(kind))); }
-  QAction& action(const char* key) { return child<QAction>(key); }
-  void clickHeading(int kind) { emit list().horizontalHeader()->sectionClicked(list().model().columnOf(kind)); }
-  template <typename Object>
-  Object& child(const char* name) {
-    auto* found = frame->findChild<Object*>(name);
-    if (found == nullptr) throw std::runtime_error(std::string("there is no ") + name);
-    return *found;
-  }
-
-  Desktop desktop;
-  ui::QtOperator operator_;
-  std::unique_ptr<ui::CMainFrame> frame;
-};
 
 TEST_F(MainFrameTest, AnImportShowsItsCallsAndSaysHowMany) {
   EXPECT_EQ(rows(), 3);
@@ -101,7 +49,7 @@ TEST_F(MainFrameTest, FilteringByTheCurrentValueNarrowsTheListUntilTheFilterIsSw
 }
 
 TEST_F(MainFrameTest, AStatisticDrawsItsRowsAndLeadsToTheirCalls) {
-  EXPECT_TRUE(child<ui::ChartView>("chart").isHidden());
+  EXPECT_FALSE(child<ui::ChartView>("chart").isVisibleTo(frame.get()));
   frame->selectFolder(kExtensions);
   ASSERT_EQ(rows(), 1);
   const auto& bars = child<ui::ChartView>("chart").bars();

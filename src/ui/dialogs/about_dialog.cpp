@@ -1,5 +1,10 @@
+#include <sqlite3.h>
+#include <utf8proc.h>
+#include <xlsxwriter.h>
+#include <zlib.h>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -12,7 +17,20 @@
 
 namespace ui {
 
-void showAbout(const Texts& texts, QWidget* parent) {
+namespace {
+
+std::vector<std::pair<QString, QString>> aboutFacts(server::CServerDoc& document, const Texts& texts) {
+  const QStringList libraries = {QString("Qt %1").arg(qVersion()), QString("SQLite %1").arg(sqlite3_libversion()),
+                                 QString("libxlsxwriter %1").arg(lxw_version()),
+                                 QString("utf8proc %1").arg(utf8proc_version()), QString("zlib %1").arg(zlibVersion())};
+  return {{texts("IDS_ABOUT_DATA"), toQt(document.databaseFolder().string())},
+          {texts("IDS_ABOUT_LIBRARIES"), libraries.join(", ")},
+          {QString(), texts("IDS_ABOUT_QT_LICENCE")}};
+}
+
+}  // namespace
+
+void showAbout(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
   constexpr int kIconSize = 64;
   QDialog dialog(parent);
   dialog.setObjectName("about");
@@ -33,6 +51,14 @@ void showAbout(const Texts& texts, QWidget* parent) {
   words->addWidget(new QLabel(texts("IDS_ABOUT_PURPOSE")));
   words->addWidget(named(new QLabel(texts("IDS_VERSION") + " " + base::kProgramVersion), "version"));
   words->addWidget(address);
+  auto* facts = new QFormLayout;
+  for (const auto& [caption, text] : aboutFacts(document, texts)) {
+    auto* label = new QLabel(text);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label->setWordWrap(true);
+    facts->addRow(caption, label);
+  }
+  words->addLayout(facts);
   auto* top = new QHBoxLayout;
   top->setSpacing(16);
   top->addWidget(picture, 0, Qt::AlignTop);

@@ -84,4 +84,12 @@ QSet<QChar> assignMnemonics(QWidget& window, QSet<QChar> taken) {
   return assignment.taken();
 }
 
+void assignMnemonics(QMenu& menu) {
+  Assignment assignment({});
+  for (const QAction* action : menu.actions()) assignment.keep(action->text());
+  for (QAction* action : menu.actions()) {
+    if (!action->isSeparator()) action->setText(assignment.marked(action->text()));
+  }
+}
+
 }  // namespace ui

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMenu>
 #include <QSet>
 #include <QWidget>
 
@@ -9,5 +10,8 @@ namespace ui {
 // one: the texts are translated, and the letters must differ within a window whatever the language. OK and Cancel have
 // their keys already. Letters of `taken` are left to others; the result holds them and those given now.
 QSet<QChar> assignMnemonics(QWidget& window, QSet<QChar> taken = {});
+
+// The same for the entries of a menu.
+void assignMnemonics(QMenu& menu);
 
 }  // namespace ui

@@ -1,0 +1,51 @@
+#include "ui/flow_layout.h"
+
+#include <QWidget>
+#include <algorithm>
+
+namespace ui {
+
+FlowLayout::FlowLayout(QWidget* parent) : QLayout(parent) {
+  setContentsMargins(0, 0, 0, 0);
+  setSpacing(6);
+}
+
+FlowLayout::~FlowLayout() {
+  while (QLayoutItem* item = takeAt(0)) delete item;
+}
+
+QLayoutItem* FlowLayout::takeAt(int index) {
+  return index >= 0 && index < count() ? items_.takeAt(index) : nullptr;
+}
+
+QSize FlowLayout::minimumSize() const {
+  QSize size;
+  for (const QLayoutItem* item : items_) size = size.expandedTo(item->minimumSize());
+  return size;
+}
+
+void FlowLayout::setGeometry(const QRect& area) {
+  QLayout::setGeometry(area);
+  arrange(area, true);
+}
+
+int FlowLayout::arrange(const QRect& area, bool place) const {
+  int x = area.left();
+  int y = area.top();
+  int line = 0;
+  for (QLayoutItem* item : items_) {
+    if (item->isEmpty()) continue;
+    const QSize size = item->sizeHint();
+    if (x > area.left() && x + size.width() > area.right() + 1) {
+      x = area.left();
+      y += line + spacing();
+      line = 0;
+    }
+    if (place) item->setGeometry(QRect(QPoint(x, y), size));
+    x += size.width() + spacing();
+    line = std::max(line, size.height());
+  }
+  return y + line - area.top();
+}
+
+}  // namespace ui

@@ -1,0 +1,129 @@
+// The line over the list, the parts of the filter, periods and saved filters.
+
+#include "ui/filter_bar.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QMenu>
+
+#include "filter/saved_filters.h"
+#include "frame.h"
+
+namespace {
+
+using namespace support;
+
+class FilterBarTest : public MainFrameTest {
+ protected:
+  QLineEdit& line() { return child<QLineEdit>("quickFilter"); }
+  // As typed; the list follows after a moment.
+  void type(const QString& text) {
+    line().clear();
+    QTest::keyClicks(&line(), text);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return list().typed() == text.trimmed(); }, 2000)) << text.toStdString();
+  }
+  QStringList parts() {
+    QStringList texts;
+    for (const auto* part : frame->findChildren<QToolButton*>("filterPart")) {
+      if (part->isVisibleTo(frame.get())) texts << part->text().section("  ", 0, 0);
+    }
+    return texts;
+  }
+  void removeFirstPart() {
+    frame->findChildren<QToolButton*>("filterPart").constFirst()->click();
+    QApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+  QAction& entry(const char* button, const QString& text) {
+    QMenu& menu = *child<QToolButton>(button).menu();
+    emit menu.aboutToShow();
+    for (QAction* action : menu.actions()) {
+      if (action->objectName() == text || action->text() == text) return *action;
+    }
+    throw std::runtime_error("there is no entry " + text.toStdString());
+  }
+};
+
+TEST_F(FilterBarTest, WordsAreFoundInAnyShownColumn) {
+  const struct {
+    const char* typed;
+    int rows;
+  } cases[] = {
+      {"5678", 2},            // a part of the number
+      {"999", 1},             //
+      {"3456789 desk", 2},    // the extension's description, whatever the case
+      {"3456789 nobody", 0},  // every word counts
+      {"34*9", 0},            // no wildcard
+      {"o'neil", 0},          // no end of a literal
+      {"\"", 0},              //
+      {"", 3},
+  };
+  for (const auto& sample : cases) {
+    type(sample.typed);
+    EXPECT_EQ(rows(), sample.rows) << sample.typed;
+  }
+  type("9999999");
+  EXPECT_EQ(list().currentIndex().row(), 0);  // the first hit is the current row
+  QTest::keyClick(&line(), Qt::Key_Escape);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return rows() == 3; }, 2000));
+}
+
+TEST_F(FilterBarTest, TheFilterAndTheUsersRestrictionHoldWhateverIsTyped) {
+  desktop.document->user().SQLSubquery = "DialNumber = '3456789'";
+  frame->reloadFolder();
+  ASSERT_EQ(rows(), 2);
+  for (const char* typed : {"999", "9) or (1=1", "x' or '1'='1"}) {
+    type(typed);
+    EXPECT_EQ(rows(), 0) << typed;
+  }
+  type("");
+  desktop.document->callFilter().set({{"OnFilter", "1"}, {"OnMinDuration", "1"}, {"MinDuration", "60"}});
+  frame->reloadFolder();
+  type("345");
+  EXPECT_EQ(rows(), 1);
+}
+
+TEST_F(FilterBarTest, WhatWasTypedBelongsToOneFolder) {
+  type("999");
+  frame->selectFolder(kExtensions);
+  EXPECT_TRUE(line().text().isEmpty());
+  type("desk");
+  EXPECT_EQ(rows(), 1);
+  frame->selectFolder(kCalls);
+  EXPECT_EQ(rows(), 3);
+}
+
+TEST_F(FilterBarTest, EveryPartOfTheFilterIsTakenOutByItself) {
+  EXPECT_EQ(parts(), QStringList());
+  entry("periods", "IDS_PERIOD_TODAY").trigger();
+  desktop.document->callFilter().set({{"NumberPrefix", "99"}, {"OnDepartment", "1"}, {"Department", "Sales"}});
+  frame->reloadFolder();
+  EXPECT_EQ(parts(), QStringList({"Today", "Department: Sales", "Number: 99..."}));
+  removeFirstPart();
+  EXPECT_EQ(parts(), QStringList({"Department: Sales", "Number: 99..."}));
+  EXPECT_EQ(rows(), 1);
+  removeFirstPart();
+  removeFirstPart();
+  EXPECT_EQ(parts(), QStringList());
+  EXPECT_EQ(rows(), 3);
+}
+
+TEST_F(FilterBarTest, AFilterIsKeptUnderANameAndUsedAgain) {
+  desktop.document->callFilter().set({{"OnFilter", "1"}, {"Number", "9999999"}});
+  frame->reloadFolder();
+  {
+    const Script script({[](QDialog& dialog) {
+      support::child<QLineEdit>(dialog, "filterName").setText("The nines");
+      support::child<QCheckBox>(dialog, "filterShared").setChecked(true);
+      click(dialog, "ok");
+    }});
+    entry("savedFilters", "IDS_FILTER_SAVE_AS").trigger();
+  }
+  action("IDS_ACTION_CLEAR_FILTER").trigger();
+  ASSERT_EQ(rows(), 3);
+  entry("savedFilters", "The nines  (shared)").trigger();
+  EXPECT_EQ(rows(), 1);
+  EXPECT_EQ(parts(), QStringList({"Number: 9999999"}));
+}
+
+}  // namespace

@@ -1,0 +1,172 @@
+// What is done with rows: copied, deleted and brought back, explained, followed to a contact.
+
+#include <QClipboard>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPlainTextEdit>
+
+#include "frame.h"
+
+namespace {
+
+using namespace support;
+
+class ListCommands : public MainFrameTest {
+ protected:
+  std::int32_t addContact(const char* name, const char* number) {
+    contacts::Contact contact;
+    contact.name = contact.contact = name;
+    contact.telView = contact.tel = number;
+    contact.telString = desktop.document->contactBook().searchedNumbers(number);
+    return desktop.document->contactBook().add(contact);
+  }
+  void emptyContacts() { desktop.document->database().execute("delete from Contacts"); }
+};
+
+TEST_F(ListCommands, RowsAreCopiedInSeveralForms) {
+  clickHeading(kKindDuration);
+  select(2, kKindNumber);
+  const QClipboard& clipboard = *QApplication::clipboard();
+  action("IDS_ACTION_COPY_NUMBER").trigger();
+  EXPECT_EQ(clipboard.text(), "9999999");
+  action("IDS_ACTION_COPY").trigger();
+  EXPECT_EQ(clipboard.text().count('\n'), 1);
+  action("IDS_ACTION_COPY_HEADINGS").trigger();
+  EXPECT_TRUE(clipboard.text().startsWith("Number\t")) << clipboard.text().toStdString();
+  action("IDS_ACTION_COPY_TABLE").trigger();
+  EXPECT_TRUE(clipboard.mimeData()->html().contains("<td>9999999</td>"));
+}
+
+TEST_F(ListCommands, DeletedRecordsComeBackUntilTheProgramCloses) {
+  emptyContacts();
+  addContact("Ana", "0213456789");
+  addContact("Ion", "0219999999");
+  frame->selectFolder(folders::kContactsList);
+  list().selectAll();
+  action("IDS_ACTION_DELETE").trigger();
+  EXPECT_EQ(rows(), 0);
+  EXPECT_EQ(desktop.person.questions.back(), desktop.app->language().TranslateFormat("IDS_CONFIRM_DELETE_MANY", 2));
+  EXPECT_TRUE(action("IDS_ACTION_UNDO").text().contains("2 records"));
+  action("IDS_ACTION_UNDO").trigger();
+  EXPECT_EQ(rows(), 2);
+  EXPECT_FALSE(action("IDS_ACTION_UNDO").isEnabled());
+}
+
+TEST_F(ListCommands, AUserComesBackWithPasswordAndGroups) {
+  security::UserRecord user;
+  user.Name = "maria";
+  user.Groups = ";1;";
+  ASSERT_EQ(desktop.document->users().SaveUser(user, "secret"), security::SaveResult::Saved);
+  frame->selectFolder(kUsers);
+  for (int row = 0; row < rows(); ++row) {
+    if (list().model().text(row, 0) == "maria") list().selectRow(row);
+  }
+  action("IDS_ACTION_DELETE").trigger();
+  ASSERT_FALSE(desktop.document->users().findUser("maria"));
+  action("IDS_ACTION_UNDO").trigger();
+  const auto back = desktop.document->users().findUser("maria");
+  ASSERT_TRUE(back);
+  EXPECT_EQ(back->passwordDigest, security::PasswordDigest("secret"));
+  EXPECT_EQ(back->Groups, ";1;");
+}
+
+TEST_F(ListCommands, AHiddenNumberIsShownAgainByUndo) {
+  select(0, kKindNumber);
+  action("IDS_ACTION_HIDE_NUMBER").trigger();
+  EXPECT_NE(desktop.value("select count(*) as c from Calls where Hidden"), "0");
+  action("IDS_ACTION_UNDO").trigger();
+  EXPECT_EQ(desktop.value("select count(*) as c from Calls where Hidden"), "0");
+}
+
+TEST_F(ListCommands, TheCallsOfAContactAreThoseOfItsNumbers) {
+  emptyContacts();
+  addContact("Ana", "021 999 9999");
+  frame->selectFolder(folders::kContactsList);
+  list().selectRow(0);
+  action("IDS_ACTION_CONTACT_CALLS").trigger();
+  EXPECT_EQ(list().folderId(), kCalls);
+  EXPECT_EQ(rows(), 1);
+  EXPECT_EQ(cell(0, kKindNumber), "9999999");
+}
+
+TEST_F(ListCommands, AContactThatHasTheNumberIsOffered) {
+  emptyContacts();
+  addContact("Ana", "021 999 9999");
+  clickHeading(kKindDuration);
+  select(2, kKindNumber);
+  {
+    const Script script({[](QDialog& question) {
+                           EXPECT_TRUE(question.property("text").toString().contains("Ana"));
+                           click(question, "yes");
+                         },
+                         [](QDialog& sheet) {
+                           EXPECT_EQ(support::child<QLineEdit>(sheet, "name").text(), "Ana");
+                           click(sheet, "cancel");
+                         }});
+    action("IDS_ACTION_ADD_CONTACT").trigger();
+  }
+  EXPECT_EQ(desktop.value("select count(*) as c from Contacts"), "1");
+  const Script script({[](QDialog& question) { click(question, "no"); }, [](QDialog& sheet) { click(sheet, "cancel"); },
+                       [](QDialog& question) { click(question, "no"); }});
+  action("IDS_ACTION_ADD_CONTACT").trigger();
+  EXPECT_EQ(desktop.value("select count(*) as c from Contacts"), "1");
+}
+
+TEST_F(ListCommands, ThePriceOfACallIsExplained) {
+  select(0, kKindNumber);
+  const Script script({[](QDialog& dialog) {
+    const QString steps = support::child<QPlainTextEdit>(dialog, "steps").toPlainText();
+    EXPECT_TRUE(steps.startsWith("Stored with the call")) << steps.toStdString();
+    EXPECT_TRUE(steps.contains("Telco")) << steps.toStdString();
+    click(dialog, "ok");
+  }});
+  action("IDS_ACTION_WHY_PRICE").trigger();
+}
+
+TEST_F(ListCommands, ColumnsAreChosenAndOrderedInADialog) {
+  {
+    const Script script({[](QDialog& dialog) {
+      auto& columns = support::child<QListWidget>(dialog, "columnList");
+      columns.item(0)->setCheckState(Qt::Unchecked);
+      columns.setCurrentRow(2);
+      click(dialog, "up");
+      click(dialog, "ok");
+    }});
+    action("IDS_ACTION_COLUMNS").trigger();
+  }
+  EXPECT_EQ(list().model().columnOf(kKindNumber), -1);
+  EXPECT_EQ(list().model().kindOf(0), 411);  // the third one moved before the second
+}
+
+TEST_F(ListCommands, OrderAndCurrentRowAreThereOnReturn) {
+  clickHeading(kKindDuration);
+  select(2, kKindNumber);
+  frame->selectFolder(kExtensions);
+  frame->selectFolder(kCalls);
+  EXPECT_EQ(cell(0, kKindDuration), "00:00:30");
+  EXPECT_EQ(list().currentIndex().row(), 2);
+}
+
+// In both languages, with letters of their own within each menu.
+TEST(Menus, EveryEntryHasALetter) {
+  for (const char* language : {"EN", "RO"}) {
+    Desktop desktop(language);
+    ASSERT_TRUE(desktop.started);
+    const ui::QtOperator person;
+    ui::CMainFrame frame(*desktop.document, *desktop.texts, person);
+    for (const QAction* top : frame.menuBar()->actions()) {
+      QStringList letters;
+      for (const QAction* action : top->menu()->actions()) {
+        if (action->isSeparator()) continue;
+        const qsizetype mark = action->text().indexOf('&');
+        ASSERT_GE(mark, 0) << action->text().toStdString();
+        letters << action->text().mid(mark + 1, 1).toLower();
+      }
+      EXPECT_EQ(letters.removeDuplicates(), 0) << language << ' ' << top->text().toStdString();
+    }
+    frame.close();
+  }
+}
+
+}  // namespace
