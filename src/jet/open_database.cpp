@@ -4,13 +4,23 @@
 #include <cerrno>
 
 #include "jet/database.h"
+#include "jet/engine/engine.h"
 #include "jet/error.h"
-#include "jet/sqlite/sqlite_database.h"
+#include "jet/sqlite/sqlite_driver.h"
 
 namespace jet {
 
+namespace {
+
+// The one place that chooses the driver.
+std::unique_ptr<Database> open(const std::filesystem::path& path, OpenMode mode, bool create) {
+  return std::make_unique<engine::Engine>(std::make_unique<sqlite::SqliteDriver>(path, mode, create), path);
+}
+
+}  // namespace
+
 std::unique_ptr<Database> openDatabase(const std::filesystem::path& path, OpenMode mode, std::string_view) {
-  return std::make_unique<sqlite::SqliteDatabase>(path, mode, false);
+  return open(path, mode, false);
 }
 
 OpenedDatabase openWritableOrReadOnly(const std::filesystem::path& path) {
@@ -34,7 +44,7 @@ std::unique_ptr<Database> createDatabase(const std::filesystem::path& path) {
     throw Error(3051, path.string() + " cannot be made. Check that its folder exists and the rights to it.");
   }
   ::close(file);
-  return std::make_unique<sqlite::SqliteDatabase>(path, OpenMode::ReadWrite, true);
+  return open(path, OpenMode::ReadWrite, true);
 }
 
 }  // namespace jet

@@ -1,8 +1,8 @@
 #include "jet/snapshot.h"
 
 #include "base/text.h"
+#include "jet/engine/memory/snapshot_search.h"
 #include "jet/error.h"
-#include "jet/memory/snapshot_search.h"
 
 namespace jet {
 
@@ -15,10 +15,10 @@ std::size_t Snapshot::column(std::string_view name) const {
   throw Error(3265, "Item not found in this collection. (" + std::string(name) + ")");
 }
 
-std::optional<std::size_t> Snapshot::findFirst(std::string_view criteria) const {
+std::optional<std::size_t> Snapshot::find(std::string_view criteria, std::size_t from) const {
   if (!table_) return std::nullopt;
   if (!table_->search) table_->search = std::make_shared<memory::SnapshotSearch>(*table_);
-  return table_->search->findFirst(criteria);
+  return table_->search->find(criteria, from);
 }
 
 }  // namespace jet

@@ -12,9 +12,12 @@
 
 namespace jet {
 
-namespace memory {
-class SnapshotSearch;
-}
+// Finds rows of a finished select by criteria, as Snapshot::find() promises.
+class RowSearch {
+ public:
+  virtual ~RowSearch() = default;
+  virtual std::optional<std::size_t> find(std::string_view criteria, std::size_t from) = 0;
+};
 
 // Shared between the results of one select.
 using ColumnNames = std::shared_ptr<const std::vector<std::string>>;
@@ -24,8 +27,8 @@ struct ResultTable {
   ColumnNames columns;
   std::vector<Value> cells;
   std::size_t rows = 0;
-  // What findFirst() keeps from search to search. Made by the first one, on the thread of the Database.
-  mutable std::shared_ptr<memory::SnapshotSearch> search = nullptr;
+  // What find() keeps from search to search. Made by the first one, on the thread of the Database.
+  mutable std::shared_ptr<RowSearch> search = nullptr;
 };
 
 // A finished select whose rows are held in memory. Cheap to copy.
@@ -46,8 +49,10 @@ class Snapshot {
 
   // The first row that meets the criteria (as Recordset::findFirst takes them); nothing when there is none. Repeated
   // searches by `column = value` on snapshots that share their rows find the row by an index.
-  // Errors: 3075 syntax, 3061 unknown column, 3421 for a comparison of two columns of unlike types.
-  [[nodiscard]] std::optional<std::size_t> findFirst(std::string_view criteria) const;
+  // Errors: 3075 syntax, 3061 unknown column, 3421 for a value that cannot be converted.
+  [[nodiscard]] std::optional<std::size_t> findFirst(std::string_view criteria) const { return find(criteria, 0); }
+  // The same among the rows from `from` on.
+  [[nodiscard]] std::optional<std::size_t> find(std::string_view criteria, std::size_t from) const;
 
  private:
   std::shared_ptr<const ResultTable> table_;

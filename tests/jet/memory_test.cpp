@@ -1,6 +1,6 @@
 #include "base/printf.h"
+#include "jet/engine/memory/contains_index.h"
 #include "jet/error.h"
-#include "jet/memory/contains_index.h"
 #include "sqlite_fixture.h"
 
 namespace jet::test {

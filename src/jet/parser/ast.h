@@ -11,7 +11,7 @@
 
 namespace jet {
 
-// The tree of one statement. It is all that the parser and the executors (SQLite driver, answers from memory) share.
+// The tree of one statement, as it is written. jet/bind/ makes of it what executors see.
 
 enum class Operator {
   // unary

@@ -68,15 +68,6 @@ TableDefPtr Catalog::find(std::string_view table) {
   return loaded;
 }
 
-TableDefPtr Catalog::get(std::string_view table, std::string_view statement) {
-  TableDefPtr found = find(table);
-  if (!found) {
-    throw Error(3078, "The database cannot find the input table or query '" + std::string(table) + "'.",
-                std::string(statement));
-  }
-  return found;
-}
-
 std::vector<std::string> Catalog::names() {
   const StatementHandle statement = connection_.prepare(
       "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY rowid");

@@ -20,8 +20,6 @@ class Catalog {
   explicit Catalog(Connection& connection) : connection_(connection) {}
 
   TableDefPtr find(std::string_view table);  // null when there is none
-  // Error 3078 with `statement` when there is none.
-  TableDefPtr get(std::string_view table, std::string_view statement);
   std::vector<std::string> names();
 
   // Moves when definitions may have changed; whatever was built from them is then out of date.

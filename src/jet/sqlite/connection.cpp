@@ -206,6 +206,11 @@ void Connection::fail(int code, std::string_view statement) {
   }
 }
 
+void bindText(sqlite3_stmt* statement, int parameter, std::string_view text, bool lent) {
+  sqlite3_bind_text64(statement, parameter, text.data() == nullptr ? "" : text.data(), text.size(),
+                      lent ? SQLITE_STATIC : SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
 void bindValue(sqlite3_stmt* statement, int parameter, const Value& value, bool lent) {
   switch (value.type()) {
     case Type::Null:
@@ -225,41 +230,11 @@ void bindValue(sqlite3_stmt* statement, int parameter, const Value& value, bool 
       }
       break;
     case Type::Text:
-      sqlite3_bind_text64(statement, parameter, value.text().data(), value.text().size(),
-                          lent ? SQLITE_STATIC : SQLITE_TRANSIENT, SQLITE_UTF8);
+      bindText(statement, parameter, value.text(), lent);
       break;
-    case Type::DateTime: {
-      const std::string stored = value.dateTime().stored();
-      sqlite3_bind_text64(statement, parameter, stored.data(), stored.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    case Type::DateTime:
+      bindText(statement, parameter, value.dateTime().stored(), false);
       break;
-    }
-  }
-}
-
-Value readColumn(sqlite3_stmt* statement, int column, Type type) {
-  switch (sqlite3_column_type(statement, column)) {
-    case SQLITE_NULL:
-      return {};
-    case SQLITE_INTEGER: {
-      const std::int64_t number = sqlite3_column_int64(statement, column);
-      if (type == Type::Boolean) return Value(number != 0);
-      if (type == Type::Double) return Value(static_cast<double>(number));
-      return Value(number);
-    }
-    case SQLITE_FLOAT: {
-      const double number = sqlite3_column_double(statement, column);
-      if (type == Type::Boolean) return Value(number != 0);
-      return Value(number);
-    }
-    default: {
-      const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-      const std::string_view text(data != nullptr ? data : "",
-                                  static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
-      if (type == Type::DateTime) {
-        if (const auto date = base::DateTime::fromStored(text)) return Value(*date);
-      }
-      return Value(text);
-    }
   }
 }
 

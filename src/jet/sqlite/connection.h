@@ -61,9 +61,7 @@ class Connection {
 // Binds a value in its stored form: Yes/No as 0/1, dates as "YYYY-MM-DD HH:MM:SS"; numbers that are not finite as Null.
 // With `lent`, the text must stay until the statement was reset.
 void bindValue(sqlite3_stmt* statement, int parameter, const Value& value, bool lent = false);
-
-// A result column as the type that the emitter found for it. A text in a date column that is no date stays a text.
-Value readColumn(sqlite3_stmt* statement, int column, Type type);
+void bindText(sqlite3_stmt* statement, int parameter, std::string_view text, bool lent);
 
 // The name as a quoted identifier.
 std::string quotedName(std::string_view name);

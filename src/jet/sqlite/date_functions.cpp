@@ -75,6 +75,10 @@ void callSerial(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (const auto date = valueOf(arguments[0], 'd').toDateTime()) giveResult(context, Value(date->serial()));
 }
 
+void callDateOrNull(sqlite3_context* context, int, sqlite3_value** arguments) {
+  if (const auto date = valueOf(arguments[0], 'd').toDateTime()) giveResult(context, Value(*date));
+}
+
 void callFromSerial(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (sqlite3_value_type(arguments[0]) == SQLITE_NULL) return;
   if (const auto date = base::DateTime::fromSerial(sqlite3_value_double(arguments[0]))) {
@@ -93,6 +97,7 @@ void registerDateFunctions(Connection& connection) {
   defineScalar(connection, "jet_stored_minute", 1, &callPart<DatePart::Minute>);
   defineScalar(connection, "jet_stored_second", 1, &callPart<DatePart::Second>);
   defineScalar(connection, "jet_serial", 1, &callSerial);
+  defineScalar(connection, "jet_date_or_null", 1, &callDateOrNull);
   defineScalar(connection, "jet_fromserial", 1, &callFromSerial);
 }
 

@@ -2,327 +2,339 @@
 
 #include "base/text.h"
 #include "jet/date_part.h"
-#include "jet/error.h"
-#include "jet/operators.h"
+#include "jet/function_types.h"
+#include "jet/sqlite/connection.h"
 #include "jet/sqlite/expression_types.h"
 
 namespace jet::sqlite {
 
 namespace {
 
-using Kind = Expression::Kind;
+using bind::Aggregate;
+using bind::BoundExpression;
+using engine::SiteClass;
+using Kind = BoundExpression::Kind;
 
-bool isLiteral(const Expression& expression) {
-  return expression.kind == Kind::Literal && !expression.isNullLiteral;
+const char* sqlOperator(Operator op) {
+  switch (op) {
+    case Operator::Equal:
+      return " = ";
+    case Operator::NotEqual:
+      return " <> ";
+    case Operator::Less:
+      return " < ";
+    case Operator::LessOrEqual:
+      return " <= ";
+    case Operator::Greater:
+      return " > ";
+    default:
+      return " >= ";
+  }
+}
+
+// Whether SQLite has a whole number for it whatever the values are.
+bool isSurelyWhole(const BoundExpression& expression) {
+  if (expression.type != Type::Long) return false;
+  const bool divided = expression.kind == Kind::Arithmetic &&
+                       (expression.op == Operator::IntegerDivide || expression.op == Operator::Modulo);
+  return expression.isColumn() || expression.isLiteral() || divided ||
+         (expression.kind == Kind::Call && functionType(expression.function->name) == Type::Long);
+}
+
+// What may give a number that is not finite.
+bool mayOverflow(const BoundExpression& expression) {
+  return expression.kind == Kind::Arithmetic && expression.type == Type::Double && expression.op != Operator::Power;
 }
 
 }  // namespace
 
 std::string ExpressionEmitter::parameter(Binding binding) {
-  plan_.bindings.push_back(std::move(binding));
+  plan_.bindings.push_back(binding);
   return "?" + std::to_string(plan_.bindings.size());
 }
 
-std::string ExpressionEmitter::extra(std::size_t index) {
-  Binding binding;
-  binding.kind = Binding::Kind::Extra;
-  binding.index = index;
-  return parameter(binding);
+std::string ExpressionEmitter::column(std::size_t table, std::size_t field) const {
+  return qualifiers_[table] + quotedName(statement_.tables[table].def->fields[field].name);
 }
 
-std::string ExpressionEmitter::literal(const Expression& expression, Convert convert, Type type, bool ordering) {
-  Binding binding;
-  binding.source = source_;
-  binding.index = expression.parameter;
-  binding.convert = convert;
-  binding.type = type;
-  binding.ordering = ordering;
-  return parameter(binding);
+std::string ExpressionEmitter::folded(const BoundExpression& expression) {
+  std::string sql = emit(expression);
+  if (expression.type != Type::Text || expression.isColumn()) return sql;
+  return "(" + sql + ") COLLATE NOCASE";
 }
 
-std::string ExpressionEmitter::folded(const Piece& piece) {
-  return piece.type == Type::Text && !piece.foldsCase ? "(" + piece.sql + ") COLLATE NOCASE" : piece.sql;
-}
-
-Piece ExpressionEmitter::emit(const Expression& expression) {
-  Piece piece = emitKind(expression);
-  types_[&expression] = piece.type;
-  return piece;
-}
-
-Piece ExpressionEmitter::emitKind(const Expression& expression) {
+std::string ExpressionEmitter::emit(const BoundExpression& expression) {
   switch (expression.kind) {
+    case Kind::Null:
+      return "NULL";
     case Kind::Literal:
-      return plainLiteral(expression);
+      return parameter({Binding::Kind::Literal, expression.index});
     case Kind::Column:
-      return column(expression);
-    case Kind::Star:
-      return {"*", Type::Null, false};
-    case Kind::Unary:
-      return unary(expression);
-    case Kind::Binary:
-      return binary(expression);
-    case Kind::Between:
-      return between(expression);
+      return column(expression.table, expression.index);
+    case Kind::Negate:
+      return "(-" + operand(expression, 0) + ")";
+    case Kind::Not:
+      return "(NOT " + operand(expression, 0) + ")";
+    case Kind::IsNull:
+      return "(" + operand(expression, 0) + " IS NULL)";
+    case Kind::IsNotNull:
+      return "(" + operand(expression, 0) + " IS NOT NULL)";
+    case Kind::Arithmetic:
+      return arithmetic(expression);
+    case Kind::DateShift: {
+      const std::string left = factor(expression.operands[0]);
+      return "jet_fromserial(" + left + (expression.op == Operator::Add ? " + " : " - ") +
+             factor(expression.operands[1]) + ")";
+    }
+    case Kind::Join: {
+      const std::string left = operand(expression, 0);
+      return "(" + left + " || " + operand(expression, 1) + ")";
+    }
+    case Kind::Concatenate: {
+      const std::string left = textOrEmpty(expression.operands[0]);
+      return "(" + left + " || " + textOrEmpty(expression.operands[1]) + ")";
+    }
+    case Kind::Compare:
+      return compare(expression);
+    case Kind::CompareTruth: {
+      const std::string left = truth(expression.operands[0]);
+      return "(" + left + sqlOperator(expression.op) + truth(expression.operands[1]) + ")";
+    }
     case Kind::In:
       return in(expression);
-    case Kind::Function:
-      return function(expression);
+    case Kind::Like:
+      return like(expression);
+    case Kind::LikeOwnPrefix:
+      return ownPrefixes(expression);
+    case Kind::Logic:
+      return logic(expression);
+    case Kind::Choice: {
+      const std::string test = operand(expression, 0);
+      const std::string yes = operand(expression, 1);
+      return "(CASE WHEN " + test + " THEN " + yes + " ELSE " + operand(expression, 2) + " END)";
+    }
+    case Kind::Call:
+      return call(expression);
+    case Kind::CallAggregate:
+      return aggregate(expression);
+    case Kind::ToNumber:
+      return toNumber(expression);
+    case Kind::NumberOrNull:
+      return "jet_number_or_null(" + operand(expression, 0) + ")";
+    case Kind::ToText:
+      return toText(expression);
+    case Kind::DateOrNull:
+      return "jet_date_or_null(" + operand(expression, 0) + ")";
+    case Kind::ToTruth:
+      return "(" + toNumber(expression) + " <> 0)";
+    case Kind::ToColumn:
+      return toColumn(expression);
   }
   return {};
 }
 
-Piece ExpressionEmitter::plainLiteral(const Expression& expression) {
-  if (expression.isNullLiteral) return {"NULL", Type::Null, false};
-  return {literal(expression, Convert::AsIs), expression.literalType, false};
+// A number that is not finite passes through sums and products, so that one test around them is enough.
+std::string ExpressionEmitter::arithmetic(const BoundExpression& expression) {
+  const std::string sql = rawArithmetic(expression);
+  return mayOverflow(expression) ? "jet_finite" + sql : sql;
 }
 
-Piece ExpressionEmitter::column(const Expression& expression) {
-  const ResolvedColumn found = scope_->find(expression.table, expression.name);
-  if (found.field == nullptr) {
-    throw Error(3061, "Too few parameters. Expected 1.", std::string(statement_));
-  }
-  const bool foldsCase = found.field->type == Type::Text && !found.table->isResult;
-  return {found.sql(), found.field->type, foldsCase};
+std::string ExpressionEmitter::factor(const BoundExpression& expression) {
+  return mayOverflow(expression) ? rawArithmetic(expression) : emit(expression);
 }
 
-// Type without output: what emitting added is taken back. Types are kept, else a long chain of operators would be
-// emitted again for every level.
-Type ExpressionEmitter::typeOf(const Expression& expression) {
-  if (expression.kind == Kind::Literal) return expression.isNullLiteral ? Type::Null : expression.literalType;
-  if (const auto known = types_.find(&expression); known != types_.end()) return known->second;
-  const std::size_t before = plan_.bindings.size();
-  const Type type = emit(expression).type;
-  plan_.bindings.resize(before);
-  return type;
-}
-
-std::string ExpressionEmitter::condition(const Expression& expression) {
-  const Piece piece = emit(expression);
-  return piece.type == Type::Text ? "jet_number(" + piece.sql + ") <> 0" : piece.sql;
-}
-
-std::string ExpressionEmitter::number(const Expression& expression) {
-  if (isLiteral(expression)) return literal(expression, Convert::ToNumber);
-  const Piece piece = emit(expression);
-  switch (piece.type) {
-    case Type::Boolean:
-      return "(-" + piece.sql + ")";
-    case Type::DateTime:
-      return "jet_serial(" + piece.sql + ")";
-    case Type::Text:
-      return "jet_number(" + piece.sql + ")";
-    default:
-      return piece.sql;
-  }
-}
-
-std::string ExpressionEmitter::text(const Expression& expression) {
-  if (isLiteral(expression)) return literal(expression, Convert::ToText);
-  const Piece piece = emit(expression);
-  switch (piece.type) {
-    case Type::Text:
-      return piece.sql;
-    case Type::Long:
-      return "CAST(" + piece.sql + " AS TEXT)";
-    default:
-      return std::string("jet_text('") + typeLetter(piece.type) + "', " + piece.sql + ")";
-  }
-}
-
-std::string ExpressionEmitter::textOrEmpty(const Expression& expression) {
-  if (isLiteral(expression)) return literal(expression, Convert::ToText);
-  return "ifnull(" + text(expression) + ", '')";
-}
-
-Piece ExpressionEmitter::unary(const Expression& expression) {
-  const Expression& operand = *expression.operands[0];
+std::string ExpressionEmitter::rawArithmetic(const BoundExpression& expression) {
   switch (expression.op) {
-    case Operator::Not:
-      return {"(NOT " + condition(operand) + ")", Type::Boolean, false};
-    case Operator::IsNull:
-      return {"(" + emit(operand).sql + " IS NULL)", Type::Boolean, false};
-    case Operator::IsNotNull:
-      return {"(" + emit(operand).sql + " IS NOT NULL)", Type::Boolean, false};
+    case Operator::IntegerDivide:
+    case Operator::Modulo:
+      return wholeNumbers(expression);
+    case Operator::Power: {
+      const std::string base = operand(expression, 0);
+      return "jet_power(" + base + ", " + operand(expression, 1) + ")";
+    }
+    case Operator::Divide: {
+      const std::string dividend = factor(expression.operands[0]);
+      return "(" + dividend + " / " + divisor(expression.operands[1]) + ")";
+    }
     default: {
-      const Type type = typeOf(operand);
-      return {"(-" + number(operand) + ")", type == Type::Long ? Type::Long : Type::Double, false};
+      const char* op = expression.op == Operator::Add ? " + " : expression.op == Operator::Subtract ? " - " : " * ";
+      const std::string left = factor(expression.operands[0]);
+      return "(" + left + op + factor(expression.operands[1]) + ")";
     }
   }
 }
 
-Piece ExpressionEmitter::binary(const Expression& expression) {
-  const Expression& left = *expression.operands[0];
-  const Expression& right = *expression.operands[1];
-  switch (expression.op) {
-    case Operator::And:
-      return {"(" + condition(left) + " AND " + condition(right) + ")", Type::Boolean, false};
-    case Operator::Or:
-      return {"(" + condition(left) + " OR " + condition(right) + ")", Type::Boolean, false};
-    case Operator::Xor:
-      return {"(((" + condition(left) + ") <> 0) <> ((" + condition(right) + ") <> 0))", Type::Boolean, false};
-    case Operator::Eqv:
-      return {"(((" + condition(left) + ") <> 0) = ((" + condition(right) + ") <> 0))", Type::Boolean, false};
-    case Operator::Imp:
-      return {"(NOT (" + condition(left) + ") OR (" + condition(right) + "))", Type::Boolean, false};
-    case Operator::Like:
-    case Operator::NotLike:
-      return like(expression);
-    case Operator::Equal:
-    case Operator::NotEqual:
-    case Operator::Less:
-    case Operator::LessOrEqual:
-    case Operator::Greater:
-    case Operator::GreaterOrEqual:
-      return comparison(left, right, expression.op);
-    case Operator::Concatenate:
-      return {"(" + textOrEmpty(left) + " || " + textOrEmpty(right) + ")", Type::Text, false};
-    default:
-      return arithmetic(expression);
-  }
+// Two whole numbers would be divided to a whole one.
+std::string ExpressionEmitter::divisor(const BoundExpression& expression) {
+  const std::string sql = emit(expression);
+  const bool isReal = expression.type == Type::Double && (expression.isColumn() || expression.isLiteral());
+  return isReal ? sql : "CAST(" + sql + " AS REAL)";
 }
 
-Piece ExpressionEmitter::arithmetic(const Expression& expression) {
-  const Expression& left = *expression.operands[0];
-  const Expression& right = *expression.operands[1];
-  switch (expression.op) {
-    case Operator::Add:
-      return add(expression);
-    case Operator::Subtract:
-      if (typeOf(left) == Type::DateTime && typeOf(right) != Type::DateTime) return dateShift(expression);
-      break;
-    case Operator::Divide:
-      return divide(expression);
-    case Operator::IntegerDivide:
-    case Operator::Modulo:
-      return wholeNumbers(expression);
-    case Operator::Power:
-      return {"jet_power(" + number(left) + ", " + number(right) + ")", Type::Double, false};
-    default:
-      break;
-  }
-  const bool whole = typeOf(left) == Type::Long && typeOf(right) == Type::Long;
-  const char* op = expression.op == Operator::Multiply ? " * " : " - ";
-  return {"(" + number(left) + op + number(right) + ")", whole ? Type::Long : Type::Double, false};
-}
-
-// `+` joins when a side is a text and the other is no number.
-Piece ExpressionEmitter::add(const Expression& expression) {
-  const Expression& left = *expression.operands[0];
-  const Expression& right = *expression.operands[1];
-  const Type leftType = typeOf(left);
-  const Type rightType = typeOf(right);
-  if ((leftType == Type::Text && !isNumeric(rightType)) || (rightType == Type::Text && !isNumeric(leftType))) {
-    if (leftType == Type::Null || rightType == Type::Null) return {"NULL", Type::Text, false};
-    return {"(" + text(left) + " || " + text(right) + ")", Type::Text, false};
-  }
-  if (leftType == Type::DateTime || rightType == Type::DateTime) return dateShift(expression);
-  const bool whole = leftType == Type::Long && rightType == Type::Long;
-  return {"(" + number(left) + " + " + number(right) + ")", whole ? Type::Long : Type::Double, false};
-}
-
-Piece ExpressionEmitter::dateShift(const Expression& expression) {
-  const char* op = expression.op == Operator::Add ? " + " : " - ";
-  return {"jet_fromserial(" + number(*expression.operands[0]) + op + number(*expression.operands[1]) + ")",
-          Type::DateTime, false};
-}
-
-Piece ExpressionEmitter::divide(const Expression& expression) {
-  const Expression& left = *expression.operands[0];
-  const Expression& right = *expression.operands[1];
-  std::string divisor;
-  if (isLiteral(right)) {
-    divisor = literal(right, Convert::ToDouble);
-  } else {
-    divisor = number(right);
-    if (typeOf(right) != Type::Double) divisor = "CAST(" + divisor + " AS REAL)";
-  }
-  return {"(" + number(left) + " / " + divisor + ")", Type::Double, false};
-}
-
-Piece ExpressionEmitter::wholeNumbers(const Expression& expression) {
-  const Expression& left = *expression.operands[0];
-  const Expression& right = *expression.operands[1];
+std::string ExpressionEmitter::wholeNumbers(const BoundExpression& expression) {
   const bool modulo = expression.op == Operator::Modulo;
-  if (typeOf(left) == Type::Long && typeOf(right) == Type::Long) {
-    return {"(" + number(left) + (modulo ? " % " : " / ") + number(right) + ")", Type::Long, false};
-  }
-  return {(modulo ? "jet_modulo(" : "jet_divide(") + number(left) + ", " + number(right) + ")", Type::Long, false};
+  const bool whole = isSurelyWhole(expression.operands[0]) && isSurelyWhole(expression.operands[1]);
+  const std::string left = operand(expression, 0);
+  const std::string right = operand(expression, 1);
+  if (whole) return "(" + left + (modulo ? " % " : " / ") + right + ")";
+  return (modulo ? "jet_modulo(" : "jet_divide(") + left + ", " + right + ")";
 }
 
-std::string ExpressionEmitter::stored(const Expression& expression, const FieldDef& field) {
-  if (isLiteral(expression)) {
-    Binding binding;
-    binding.source = source_;
-    binding.index = expression.parameter;
-    binding.convert = Convert::Store;
-    binding.field = field;
-    return parameter(binding);
-  }
-  const Piece piece = emit(expression);
-  const bool fits = piece.type == Type::Null || (piece.type == field.type && field.type != Type::Text) ||
-                    (field.type == Type::Double && isNumeric(piece.type) && piece.type != Type::Boolean) ||
-                    (field.type == Type::Text && piece.type == Type::Text && field.size == 0);
-  if (fits) return piece.sql;
-  return std::string("jet_store('") + typeLetter(piece.type) + "', " + piece.sql + ", " +
-         std::to_string(static_cast<int>(field.type)) + ", " + std::to_string(field.size) + ", '" +
-         base::replaceAll(field.name, "'", "''") + "')";
+std::string ExpressionEmitter::textOrEmpty(const BoundExpression& expression) {
+  const std::string sql = emit(expression);
+  return expression.isLiteral() ? sql : "ifnull(" + sql + ", '')";
 }
 
-Piece ExpressionEmitter::function(const Expression& expression) {
-  const std::string& name = expression.name;
-  if (isAggregate(name)) return aggregate(expression);
-  if (name == "iif" && expression.operands.size() == 3) return iif(expression);
-  if (name == "isnull" && expression.operands.size() == 1) {
-    return {"(" + emit(*expression.operands[0]).sql + " IS NULL)", Type::Boolean, false};
+// A condition as 0, 1 or Null.
+std::string ExpressionEmitter::truth(const BoundExpression& expression) {
+  const std::string sql = emit(expression);
+  return expression.isLiteral() ? sql : "(" + sql + " <> 0)";
+}
+
+// Whether folding A-Z alone tells the texts of a comparison apart as it should: those of its site are ASCII.
+bool ExpressionEmitter::isPlain(const BoundExpression& expression) const {
+  return expression.site != BoundExpression::kNoSite && sites_[expression.site].kind == SiteClass::Plain;
+}
+
+std::string ExpressionEmitter::compare(const BoundExpression& expression) {
+  const BoundExpression& first = expression.operands[0];
+  const BoundExpression& second = expression.operands[1];
+  const bool texts = first.type == Type::Text || second.type == Type::Text;
+  const std::string left = texts ? folded(first) : emit(first);
+  return "(" + left + sqlOperator(expression.op) + emit(second) + ")";
+}
+
+std::string ExpressionEmitter::in(const BoundExpression& expression) {
+  std::string sql = "(" + folded(expression.operands[0]) + " IN (";
+  for (std::size_t i = 1; i < expression.operands.size(); ++i) sql += (i == 1 ? "" : ", ") + operand(expression, i);
+  return sql + "))";
+}
+
+std::string ExpressionEmitter::like(const BoundExpression& expression) {
+  const std::size_t site = expression.site;
+  const bool ofColumn = expression.operands[0].isColumn();
+  const SiteClass kind = site == BoundExpression::kNoSite ? SiteClass::General : sites_[site].kind;
+  const std::string text = operand(expression, 0);
+  const auto sitePart = [&](Binding::Kind part) { return parameter({part, 0, site}); };
+  if (kind == SiteClass::Equal) {
+    return "(" + (ofColumn ? text : "(" + text + ") COLLATE NOCASE") + " = " + sitePart(Binding::Kind::SiteText) + ")";
   }
-  if (expression.operands.size() == 1 && typeOf(*expression.operands[0]) == Type::DateTime) {
-    if (Piece piece = datePart(expression); !piece.sql.empty()) return piece;
+  // SQLite's own LIKE folds A-Z; the text between the wildcards holds no other letters.
+  if (kind == SiteClass::Contained) return "(" + text + " LIKE " + sitePart(Binding::Kind::Contained) + " ESCAPE '\\')";
+  // Null stays Null, as for any other pattern.
+  if (kind == SiteClass::Anything && ofColumn) return "(" + text + " = " + text + ")";
+  if (kind == SiteClass::Prefix && ofColumn) {
+    return "(" + text + " >= " + sitePart(Binding::Kind::SiteText) + " AND " + text + " < " +
+           sitePart(Binding::Kind::PrefixEnd) + ")";
   }
-  std::string letters;
-  std::string arguments;
-  Type first = Type::Null;
-  for (const ExpressionPtr& operand : expression.operands) {
-    const Piece piece = emit(*operand);
-    if (letters.empty()) first = piece.type;
-    letters += typeLetter(piece.type);
-    arguments += ", " + piece.sql;
+  return "jet_like(" + text + ", " + operand(expression, 1) + ")";
+}
+
+std::string ExpressionEmitter::ownPrefixes(const BoundExpression& expression) {
+  const engine::SiteValue& site = sites_[expression.site];
+  if (site.kind != SiteClass::OwnPrefixes) {
+    const std::string text = operand(expression, 0);
+    const std::string column = operand(expression, 1);
+    return "jet_like(" + text + ", (" + column + " || " + operand(expression, 2) + "))";
   }
-  const Type type = functionType(name);
-  return {"jet_" + name + "('" + letters + "'" + arguments + ")", type == Type::Null ? first : type, false};
+  std::string sql = "(" + operand(expression, 1) + " IN (";
+  for (std::size_t i = 0; i < site.prefixes.size(); ++i) {
+    sql += (i == 0 ? "" : ", ") + parameter({Binding::Kind::OwnPrefix, i, expression.site});
+  }
+  return sql + "))";
+}
+
+std::string ExpressionEmitter::logic(const BoundExpression& expression) {
+  switch (expression.op) {
+    case Operator::And: {
+      const std::string left = operand(expression, 0);
+      return "(" + left + " AND " + operand(expression, 1) + ")";
+    }
+    case Operator::Or: {
+      const std::string left = operand(expression, 0);
+      return "(" + left + " OR " + operand(expression, 1) + ")";
+    }
+    case Operator::Imp: {
+      const std::string left = operand(expression, 0);
+      return "(NOT (" + left + ") OR (" + operand(expression, 1) + "))";
+    }
+    default: {
+      const std::string left = truth(expression.operands[0]);
+      return "(" + left + (expression.op == Operator::Xor ? " <> " : " = ") + truth(expression.operands[1]) + ")";
+    }
+  }
 }
 
 // A part of a date column is read from the stored text by a function of its own: it runs for every row of a statistic.
-Piece ExpressionEmitter::datePart(const Expression& expression) {
-  if (!datePartCalled(expression.name)) return {};
-  return {"jet_stored_" + expression.name + "(" + emit(*expression.operands[0]).sql + ")", Type::Long, false};
-}
-
-Piece ExpressionEmitter::iif(const Expression& expression) {
-  const std::string test = condition(*expression.operands[0]);
-  const Piece yes = emit(*expression.operands[1]);
-  const Piece no = emit(*expression.operands[2]);
-  Type type = yes.type == Type::Null ? no.type : yes.type;
-  if (type == Type::Long && no.type == Type::Double) type = Type::Double;
-  return {"(CASE WHEN " + test + " THEN " + yes.sql + " ELSE " + no.sql + " END)", type, false};
-}
-
-Piece ExpressionEmitter::aggregate(const Expression& expression) {
-  const std::string& name = expression.name;
-  const Expression& operand = *expression.operands[0];
-  if (name == "count") return {"count(" + emit(operand).sql + ")", Type::Long, false};
-  if (name == "sum" || name == "avg") {
-    const Type type = typeOf(operand);
-    const bool whole = name == "sum" && (type == Type::Long || type == Type::Boolean);
-    return {name + "(" + number(operand) + ")", whole ? Type::Long : Type::Double, false};
+std::string ExpressionEmitter::call(const BoundExpression& expression) {
+  const std::string name(expression.function->name);
+  if (expression.operands.size() == 1 && expression.operands[0].type == Type::DateTime && datePartCalled(name)) {
+    return "jet_stored_" + name + "(" + operand(expression, 0) + ")";
   }
-  if (name == "stdev" || name == "var") return {"jet_" + name + "(" + number(operand) + ")", Type::Double, false};
-  const Piece piece = emit(operand);
-  if (name == "min" || name == "max") return {name + "(" + folded(piece) + ")", piece.type, false};
+  std::string letters;
+  std::string arguments;
+  for (const BoundExpression& argument : expression.operands) {
+    letters += typeLetter(argument.type);
+    arguments += ", " + emit(argument);
+  }
+  return "jet_" + name + "('" + letters + "'" + arguments + ")";
+}
+
+std::string ExpressionEmitter::aggregate(const BoundExpression& expression) {
+  const auto over = [&](const char* function) { return std::string(function) + "(" + operand(expression, 0) + ")"; };
+  const auto finite = [&](std::string sql) {
+    return expression.type == Type::Double ? "jet_finite(" + sql + ")" : sql;
+  };
+  switch (expression.aggregate) {
+    case Aggregate::CountRows:
+      return "count(*)";
+    case Aggregate::Count:
+      return over("count");
+    case Aggregate::Sum:
+      return finite(over("sum"));
+    case Aggregate::Average:
+      return finite(over("avg"));
+    case Aggregate::StDev:
+      return over("jet_stdev");
+    case Aggregate::Var:
+      return over("jet_var");
+    case Aggregate::Min:
+      return "min(" + folded(expression.operands[0]) + ")";
+    case Aggregate::Max:
+      return "max(" + folded(expression.operands[0]) + ")";
+    default:
+      break;
+  }
   // The key makes First independent of the order in which the rows are read; a join has none.
-  const bool single = scope_->tables().size() == 1 && !scope_->tables().front().isResult;
-  const std::string key = single ? scope_->tables().front().qualifier + "rowid" : "NULL";
-  return {"jet_" + name + "(" + piece.sql + ", " + key + ")", piece.type, false};
+  const char* name = expression.aggregate == Aggregate::First ? "jet_first(" : "jet_last(";
+  const std::string key = statement_.readsOneTable() ? qualifiers_.front() + "rowid" : "NULL";
+  return name + operand(expression, 0) + ", " + key + ")";
+}
+
+std::string ExpressionEmitter::toNumber(const BoundExpression& expression) {
+  const std::string sql = operand(expression, 0);
+  switch (expression.operands[0].type) {
+    case Type::Boolean:
+      return "(-" + sql + ")";
+    case Type::DateTime:
+      return "jet_serial(" + sql + ")";
+    default:
+      return "jet_number(" + sql + ")";
+  }
+}
+
+std::string ExpressionEmitter::toText(const BoundExpression& expression) {
+  const std::string sql = operand(expression, 0);
+  const Type type = expression.operands[0].type;
+  if (type == Type::Long) return "CAST(" + sql + " AS TEXT)";
+  return std::string("jet_text('") + typeLetter(type) + "', " + sql + ")";
+}
+
+std::string ExpressionEmitter::toColumn(const BoundExpression& expression) {
+  const FieldDef& field = *expression.field;
+  return std::string("jet_store('") + typeLetter(expression.operands[0].type) + "', " + operand(expression, 0) + ", " +
+         std::to_string(static_cast<int>(field.type)) + ", " + std::to_string(field.size) + ", '" +
+         base::replaceAll(field.name, "'", "''") + "')";
 }
 
 }  // namespace jet::sqlite

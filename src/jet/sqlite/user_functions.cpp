@@ -4,7 +4,7 @@
 #include <string>
 
 #include "jet/operators.h"
-#include "jet/sqlite/store_value.h"
+#include "jet/store_value.h"
 
 namespace jet::sqlite {
 
@@ -164,28 +164,16 @@ void callStore(sqlite3_context* context, int, sqlite3_value** arguments) {
   });
 }
 
-bool anyNull(int count, sqlite3_value** arguments) {
-  for (int i = 0; i < count; ++i) {
-    if (sqlite3_value_type(arguments[i]) == SQLITE_NULL) return true;
+// A number that is not finite is Null.
+void callFinite(sqlite3_context* context, int, sqlite3_value** arguments) {
+  if (sqlite3_value_type(arguments[0]) != SQLITE_FLOAT || std::isfinite(sqlite3_value_double(arguments[0]))) {
+    sqlite3_result_value(context, arguments[0]);
   }
-  return false;
 }
 
-void callPower(sqlite3_context* context, int count, sqlite3_value** arguments) {
-  if (anyNull(count, arguments)) return;
-  giveResult(context, Value(std::pow(sqlite3_value_double(arguments[0]), sqlite3_value_double(arguments[1]))));
-}
-
-// Integer division and its remainder round both operands first.
-template <bool remainder>
-void callWhole(sqlite3_context* context, int count, sqlite3_value** arguments) {
-  if (anyNull(count, arguments)) return;
-  const double left = std::nearbyint(sqlite3_value_double(arguments[0]));
-  const double right = std::nearbyint(sqlite3_value_double(arguments[1]));
-  if (right == 0 || std::abs(left) > 9.0e15 || std::abs(right) > 9.0e15) return;
-  const auto whole = static_cast<std::int64_t>(left);
-  const auto divisor = static_cast<std::int64_t>(right);
-  sqlite3_result_int64(context, remainder ? whole % divisor : whole / divisor);
+template <Value (*Operation)(const Value&, const Value&)>
+void callOperation(sqlite3_context* context, int, sqlite3_value** arguments) {
+  guarded(context, [&] { giveResult(context, Operation(valueOf(arguments[0], 'v'), valueOf(arguments[1], 'v'))); });
 }
 
 }  // namespace
@@ -200,9 +188,10 @@ void registerFunctions(Connection& connection) {
   defineScalar(connection, "jet_number", 1, &callNumber);
   defineScalar(connection, "jet_number_or_null", 1, &callNumberOrNull);
   defineScalar(connection, "jet_store", 5, &callStore);
-  defineScalar(connection, "jet_power", 2, &callPower);
-  defineScalar(connection, "jet_divide", 2, &callWhole<false>);
-  defineScalar(connection, "jet_modulo", 2, &callWhole<true>);
+  defineScalar(connection, "jet_finite", 1, &callFinite);
+  defineScalar(connection, "jet_power", 2, &callOperation<power>);
+  defineScalar(connection, "jet_divide", 2, &callOperation<integerDivide>);
+  defineScalar(connection, "jet_modulo", 2, &callOperation<modulo>);
   registerDateFunctions(connection);
   registerAggregates(connection);
 }

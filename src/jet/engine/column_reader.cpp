@@ -1,0 +1,95 @@
+#include "jet/engine/column_reader.h"
+
+#include "jet/engine/columns/row_filter.h"
+#include "jet/engine/engine.h"
+
+namespace jet::engine {
+
+namespace {
+
+bool addCell(const Cell& cell, columns::Column& column) {
+  switch (cell.kind) {
+    case Cell::Kind::Null:
+      return column.addNull();
+    case Cell::Kind::Integer:
+      return column.addInteger(cell.integer);
+    case Cell::Kind::Real:
+      return column.addReal(cell.real);
+    case Cell::Kind::Text:
+      return column.addText(cell.text);
+    default:
+      return false;
+  }
+}
+
+bool addRow(const Query& query, std::span<columns::Column* const> columns, columns::ColumnSource::Read& read) {
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (addCell(query.cell(i), *columns[i])) continue;
+    read.refused = i;
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::int64_t ColumnReader::rowLimit(const TableDef& table) {
+  return engine_.driver().rowLimit(table);
+}
+
+bool ColumnReader::readsInOrder(const TableDef& table, std::size_t field) {
+  return engine_.driver().readsInOrder(table, field);
+}
+
+columns::ColumnSource::Changes ColumnReader::changes(std::string_view table) {
+  Versions& versions = engine_.versions();
+  const Versions::Own& own = versions.own(table);
+  return {own.changes + versions.everything(), own.rewrites + versions.everything()};
+}
+
+// The look for other copies' changes also fixes the moment that the rest of the view sees.
+void ColumnReader::beginView() {
+  engine_.driver().beginView();
+  engine_.versions().refresh();
+}
+
+void ColumnReader::endView() noexcept {
+  engine_.driver().endView();
+}
+
+columns::ColumnSource::Extent ColumnReader::extent(const TableDef& table) {
+  const engine::Extent extent = engine_.driver().extent(table);
+  return {extent.rows, extent.firstKey, extent.lastKey};
+}
+
+columns::ColumnSource::Read ColumnReader::readColumns(const TableDef& table, std::span<const std::size_t> fields,
+                                                      std::span<columns::Column* const> columns, std::int64_t behind,
+                                                      std::int64_t last, columns::KeyRuns& keys) {
+  const auto scan = engine_.driver().scan(table, fields, {behind, last});
+  Read read;
+  while (scan->step()) {
+    if (!addRow(*scan, columns, read)) break;
+    keys.add(scan->key());
+  }
+  return read;
+}
+
+columns::ColumnSource::Read ColumnReader::readSelected(
+    const ShapedText& text, std::span<columns::Column* const> columns,
+    const std::function<void(std::span<const std::int64_t> keys)>& block) {
+  Execution select = engine_.statements().open(Role::Operands, text);
+  std::vector<std::int64_t> keys;
+  Read read;
+  while (select.step()) {
+    if (!addRow(select.query(), columns, read)) return read;
+    keys.push_back(select.key());
+    if (keys.size() < columns::kBlockRows) continue;
+    block(keys);
+    keys.clear();
+  }
+  if (!keys.empty()) block(keys);
+  read.work = select.query().work();
+  return read;
+}
+
+}  // namespace jet::engine

@@ -1,0 +1,32 @@
+#include "jet/engine/columns/date_part_reader.h"
+
+#include "jet/engine/columns/column.h"
+
+namespace jet::columns {
+
+std::int32_t DatePartReader::read(std::int32_t seconds) {
+  constexpr std::int32_t kSecondsOfDay = 86'400;
+  std::int32_t day = seconds / kSecondsOfDay;
+  std::int32_t second = seconds % kSecondsOfDay;
+  if (second < 0) {
+    --day;
+    second += kSecondsOfDay;
+  }
+  switch (part_) {
+    case DatePart::Hour:
+      return second / 3600;
+    case DatePart::Minute:
+      return second / 60 % 60;
+    case DatePart::Second:
+      return second % 60;
+    default:
+      break;
+  }
+  if (day != day_) {
+    day_ = day;
+    ofDay_ = partOf(base::DateTime(Column::kFirstDate + std::int64_t{day} * kSecondsOfDay), part_);
+  }
+  return ofDay_;
+}
+
+}  // namespace jet::columns

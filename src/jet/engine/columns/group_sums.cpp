@@ -1,0 +1,246 @@
+#include "jet/engine/columns/group_sums.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+
+namespace jet::columns {
+
+namespace {
+
+using Grouping = StatisticPlan::Grouping;
+using Item = StatisticPlan::Item;
+
+constexpr std::int64_t kNoRow = std::numeric_limits<std::int64_t>::max();
+
+double worked(Operator op, double left, double right) {
+  switch (op) {
+    case Operator::Multiply:
+      return left * right;
+    case Operator::Divide:
+      return left / right;
+    case Operator::Add:
+      return left + right;
+    default:
+      return left - right;
+  }
+}
+
+Value textOf(const TextDictionary& texts, std::int32_t code) {
+  return code == 0 ? Value() : Value(texts.text(static_cast<std::uint32_t>(code)));
+}
+
+}  // namespace
+
+GroupSums::GroupSums(const StatisticPlan& plan, StatisticPlan::Constants constants,
+                     std::span<const Column* const> columns)
+    : plan_(plan),
+      constants_(std::move(constants)),
+      columns_(columns),
+      part_(plan.grouping().part),
+      result_(std::make_shared<StatisticRows>()),
+      keys_(kBlockRows),
+      groups_(kBlockRows),
+      integers_(kBlockRows),
+      reals_(kBlockRows) {
+  result_->names_ = plan.names();
+  result_->items_ = plan.items();
+  result_->grouping_ = plan.grouping().kind;
+  if (plan.grouping().kind == Grouping::Kind::Text) result_->keyTexts_ = columns[plan.grouping().field]->texts();
+  for (const std::size_t field : plan.firsts()) result_->firstTexts_.push_back(columns[field]->texts());
+  result_->firsts_.resize(plan.firsts().size());
+  shareSums();
+  if (plan.grouping().kind == Grouping::Kind::All) newGroup(PackedIntegers::kNone);
+}
+
+void GroupSums::shareSums() {
+  const std::vector<Operand>& operands = plan_.operands();
+  result_->sums_.resize(operands.size());
+  for (std::size_t i = 0; i < operands.size(); ++i) {
+    const auto equal = [&](const Operand& other) {
+      return other.field == operands[i].field &&
+             std::ranges::equal(other.steps, operands[i].steps, [this](const auto& left, const auto& right) {
+               return left.op == right.op && constants_[left.constant] == constants_[right.constant];
+             });
+    };
+    const auto first = std::find_if(operands.begin(), operands.end(), equal);
+    result_->sumOf_.push_back(static_cast<std::size_t>(first - operands.begin()));
+    result_->whole_.push_back(columns_[operands[i].field]->type() == Type::Long);
+  }
+}
+
+std::uint32_t GroupSums::newGroup(std::int32_t key) {
+  result_->groups_.push_back({kNoRow, key, 0});
+  for (auto& sums : result_->sums_) sums.emplace_back();
+  for (auto& first : result_->firsts_) first.push_back(0);
+  return static_cast<std::uint32_t>(result_->groups_.size() - 1);
+}
+
+std::uint32_t GroupSums::groupOf(std::int32_t key) {
+  const auto [place, added] = groupOfNumber_.try_emplace(key, 0);
+  if (added) place->second = newGroup(key);
+  return place->second;
+}
+
+void GroupSums::add(std::size_t from, std::size_t count, std::span<const std::uint32_t> rows,
+                    std::span<const std::int64_t> keys) {
+  if (rows.empty()) return;
+  findGroups(from, count, rows);
+  noteRows(from, count, rows, keys);
+  for (std::size_t operand = 0; operand < plan_.operands().size(); ++operand) {
+    if (result_->sumOf_[operand] != operand) continue;
+    if (result_->whole_[operand]) {
+      addWhole(operand, from, count, rows);
+    } else {
+      addReal(operand, from, rows);
+    }
+  }
+}
+
+// Fills groups_, a group a row.
+void GroupSums::findGroups(std::size_t from, std::size_t count, std::span<const std::uint32_t> rows) {
+  const Grouping& grouping = plan_.grouping();
+  if (grouping.kind == Grouping::Kind::All) {
+    std::fill_n(groups_.begin(), rows.size(), 0U);
+    return;
+  }
+  const Column& column = *columns_[grouping.field];
+  column.integers(from, count, keys_.data());
+  if (grouping.kind == Grouping::Kind::Text) {
+    const TextDictionary& texts = *column.texts();
+    if (groupOfCode_.size() <= texts.size()) groupOfCode_.resize(texts.size() + 1);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      const std::int32_t code = keys_[rows[i]];
+      const std::uint32_t shared = code == 0 ? 0 : texts.groupOf(static_cast<std::uint32_t>(code));
+      std::uint32_t& group = groupOfCode_[shared];
+      if (group == 0) group = newGroup(code) + 1;
+      groups_[i] = group - 1;
+    }
+    return;
+  }
+  std::int32_t last = 0;
+  std::uint32_t group = std::numeric_limits<std::uint32_t>::max();
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    std::int32_t& key = keys_[rows[i]];
+    if (grouping.kind == Grouping::Kind::Part && key != PackedIntegers::kNone) key = part_.read(key);
+    if (key != last || group == std::numeric_limits<std::uint32_t>::max()) group = groupOf(key);
+    last = key;
+    groups_[i] = group;
+  }
+}
+
+// What a group shows besides sums comes from its row with the lowest key.
+void GroupSums::noteRows(std::size_t from, std::size_t count, std::span<const std::uint32_t> rows,
+                         std::span<const std::int64_t> keys) {
+  std::vector<StatisticRows::Group>& groups = result_->groups_;
+  std::vector<std::uint32_t> leading;  // places in `rows`
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    StatisticRows::Group& group = groups[groups_[i]];
+    ++group.rows;
+    const std::int64_t row = keys.empty() ? static_cast<std::int64_t>(from + rows[i]) : keys[rows[i]];
+    if (row >= group.firstRow) continue;
+    group.firstRow = row;
+    group.key = keys_[rows[i]];
+    leading.push_back(static_cast<std::uint32_t>(i));
+  }
+  if (leading.empty()) return;
+  for (std::size_t first = 0; first < plan_.firsts().size(); ++first) {
+    columns_[plan_.firsts()[first]]->integers(from, count, integers_.data());
+    // A later one has the lower key.
+    for (const std::uint32_t i : leading) result_->firsts_[first][groups_[i]] = integers_[rows[i]];
+  }
+}
+
+void GroupSums::addWhole(std::size_t operand, std::size_t from, std::size_t count,
+                         std::span<const std::uint32_t> rows) {
+  columns_[plan_.operands()[operand].field]->integers(from, count, integers_.data());
+  std::vector<StatisticRows::Sum>& sums = result_->sums_[operand];
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const std::int32_t value = integers_[rows[i]];
+    if (value == PackedIntegers::kNone) continue;
+    StatisticRows::Sum& sum = sums[groups_[i]];
+    sum.whole += value;
+    ++sum.values;
+  }
+}
+
+void GroupSums::addReal(std::size_t operand, std::size_t from, std::span<const std::uint32_t> rows) {
+  const Operand& read = plan_.operands()[operand];
+  const double* const cells = columns_[read.field]->reals(from);
+  for (std::size_t i = 0; i < rows.size(); ++i) reals_[i] = cells[rows[i]];
+  for (const Operand::Step& step : read.steps) {
+    const double constant = constants_[step.constant];
+    for (std::size_t i = 0; i < rows.size(); ++i) reals_[i] = worked(step.op, reals_[i], constant);
+  }
+  std::vector<StatisticRows::Sum>& sums = result_->sums_[operand];
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (reals_[i] != reals_[i]) continue;  // Null
+    StatisticRows::Sum& sum = sums[groups_[i]];
+    sum.real += reals_[i];
+    ++sum.values;
+  }
+}
+
+std::shared_ptr<const StatisticRows> GroupSums::finish() {
+  result_->sort(plan_.order());
+  return result_;
+}
+
+Value StatisticRows::keyOf(std::size_t group) const {
+  const std::int32_t key = groups_[group].key;
+  if (grouping_ == Grouping::Kind::Text) return textOf(*keyTexts_, key);
+  return key == PackedIntegers::kNone ? Value() : Value(static_cast<std::int64_t>(key));
+}
+
+Value StatisticRows::cell(const Item& item, std::size_t group) const {
+  switch (item.kind) {
+    case Item::Kind::Key:
+      return keyOf(group);
+    case Item::Kind::Rows:
+      return Value(groups_[group].rows);
+    case Item::Kind::First:
+      return textOf(*firstTexts_[item.index], firsts_[item.index][group]);
+    default:
+      break;
+  }
+  const Sum& sum = sums_[sumOf_[item.index]][group];
+  if (item.kind == Item::Kind::Count) return Value(sum.values);
+  if (sum.values == 0) return {};
+  const bool whole = whole_[item.index];
+  if (item.kind == Item::Kind::Sum) return whole ? Value(sum.whole) : Value(sum.real);
+  return Value((whole ? static_cast<double>(sum.whole) : sum.real) / static_cast<double>(sum.values));
+}
+
+void StatisticRows::append(std::size_t row, std::vector<Value>& cells) const {
+  for (const Item& item : items_) cells.push_back(cell(item, order_[row]));
+}
+
+std::shared_ptr<const ResultTable> StatisticRows::table() const {
+  auto table = std::make_shared<ResultTable>();
+  table->columns = names_;
+  table->rows = count();
+  table->cells.reserve(count() * items_.size());
+  for (std::size_t row = 0; row < count(); ++row) append(row, table->cells);
+  return table;
+}
+
+// The database hands groups out in the order of their keys, downwards if the only term of the order is, and keeps that
+// order among rows that are equal otherwise.
+void StatisticRows::sort(const std::vector<StatisticPlan::Order>& order) {
+  order_.resize(groups_.size());
+  std::iota(order_.begin(), order_.end(), 0U);
+  sortBy({Item::Kind::Key, 0}, order.size() == 1 && order.front().descending);
+  for (auto term = order.rbegin(); term != order.rend(); ++term) sortBy(items_[term->item], term->descending);
+}
+
+void StatisticRows::sortBy(const Item& item, bool descending) {
+  std::vector<Value> values;
+  values.reserve(groups_.size());
+  for (std::size_t group = 0; group < groups_.size(); ++group) values.push_back(cell(item, group));
+  std::stable_sort(order_.begin(), order_.end(), [&](std::uint32_t left, std::uint32_t right) {
+    const int found = memory::sortOrder(values[left], values[right]);
+    return descending ? found > 0 : found < 0;
+  });
+}
+
+}  // namespace jet::columns

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "base/text.h"
+#include "jet/engine/columns/column_store.h"
+#include "jet/engine/columns/group_sums.h"
+#include "jet/engine/columns/key_order.h"
+#include "jet/engine/columns/statistic_plan.h"
+#include "jet/engine/shaped_text.h"
+
+namespace jet::columns {
+
+using BoundQueryPtr = std::shared_ptr<const bind::BoundQuery>;
+
+// Answers selects that count, sum and average the rows of one table by groups. The first ones read the rows that the
+// database finds and add them up by hashing, where SQLite would sort them; when that was done about as often as reading
+// the table once is worth, the columns are held in memory. The answer is the one that the database would give now; sums
+// of fractions may differ from it in their last digit, as its own do with the order in which it reads.
+class Statistics {
+ public:
+  // The source must outlive this.
+  explicit Statistics(ColumnSource& source) : source_(source) {}
+
+  // Null: the database must answer. `query` is the text, bound.
+  std::shared_ptr<const StatisticRows> answer(const engine::ShapedText& text, const BoundQueryPtr& query);
+  // The number of rows of a select without groups; nothing when the database must count.
+  std::optional<std::int64_t> count(const engine::ShapedText& text, const BoundQueryPtr& query);
+  // The keys of such a select in its order; null when the database must find them. So it must for small tables, and for
+  // a list that it has an index for: that costs no memory.
+  std::shared_ptr<const KeyOrder> order(const engine::ShapedText& text, const BoundQueryPtr& query);
+
+ private:
+  struct Known {
+    BoundQueryPtr query;
+    std::unique_ptr<StatisticPlan> plan;  // null: not one for here
+  };
+  using Maker = std::unique_ptr<StatisticPlan> (*)(BoundQueryPtr);
+  using Plans = std::unordered_map<std::string, Known, base::TextHash, std::equal_to<>>;
+
+  // A select without groups and what it needs.
+  struct List {
+    StatisticPlan* plan;
+    ColumnStore* store;
+    std::vector<std::size_t> fields;
+    bool eager;  // worth reading the table for at once
+  };
+
+  std::optional<List> listOf(const engine::ShapedText& text, const BoundQueryPtr& query);
+  [[nodiscard]] bool beginFilter(StatisticPlan& plan, std::span<const Column* const> columns);
+  StatisticPlan* planOf(Plans& plans, const engine::ShapedText& text, const BoundQueryPtr& query, Maker make);
+  ColumnStore& storeOf(const TableDef& definition);
+  std::shared_ptr<const StatisticRows> fromColumns(StatisticPlan& plan, const StatisticPlan::Constants& constants,
+                                                   const ColumnStore& store);
+  std::shared_ptr<const StatisticRows> fromDatabase(const engine::ShapedText& text, const StatisticPlan& plan,
+                                                    const StatisticPlan::Constants& constants, ColumnStore& store);
+
+  ColumnSource& source_;
+  Plans statistics_;  // by shape
+  Plans lists_;
+  std::unordered_map<std::string, ColumnStore, base::TextHash, std::equal_to<>> stores_;  // by table
+  memory::Evaluator evaluator_;
+};
+
+}  // namespace jet::columns

@@ -1,0 +1,146 @@
+#include "jet/engine/windows.h"
+
+#include <algorithm>
+
+namespace jet::engine {
+
+namespace {
+
+// Of pages seen, one row in this many is kept as a place to start from.
+constexpr std::int64_t kAnchorSpacing = 1000;
+
+}  // namespace
+
+KeyedWindow::KeyedWindow(Engine& engine, ShapedText text)
+    : engine_(engine),
+      text_(std::move(text)),
+      bound_(engine_.statements().bound(text_)),
+      orderItems_(bound_->statement.orderBy.size()) {
+  for (const bind::BoundItem& item : bound_->statement.items) columns_.push_back(item.name);
+}
+
+void KeyedWindow::refresh() {
+  engine_.versions().refresh();
+  bound_ = engine_.statements().bound(text_);
+  count_.reset();
+  order_.reset();
+  anchors_.clear();
+}
+
+std::int64_t KeyedWindow::rowCount() {
+  if (!count_ && order_ && *order_) count_ = (*order_)->count();
+  if (!count_) count_ = engine_.statistics().count(text_, bound_);
+  if (!count_) {
+    Execution count = engine_.statements().open(Role::Count, text_);
+    count.step();
+    count_ = count.key();
+  }
+  return *count_;
+}
+
+std::vector<std::int64_t> KeyedWindow::run(Role role, std::initializer_list<std::int64_t> extras) {
+  std::vector<std::int64_t> keys;
+  Execution page = engine_.statements().open(role, text_, nullptr, extras);
+  while (page.step()) keys.push_back(page.key());
+  return keys;
+}
+
+const columns::KeyOrder* KeyedWindow::order() {
+  if (!order_) order_ = engine_.statistics().order(text_, bound_);
+  return order_->get();
+}
+
+std::vector<std::int64_t> KeyedWindow::keys(std::int64_t first, std::int64_t count) {
+  // The first screen in the order of keys needs none: it need not wait for the number of calls.
+  const bool known = order_ && *order_;
+  if (first == 0 && orderItems_ == 0 && !known) return fetchKeys(first, count);
+  if (order() == nullptr) return fetchKeys(first, count);
+  std::vector<std::int64_t> keys;
+  const std::int64_t end = first + std::min(order()->count() - first, count);
+  for (std::int64_t position = first; position < end; ++position) keys.push_back(order()->key(position));
+  return keys;
+}
+
+// Skipping costs time for each row skipped, so a page is reached from the nearest known place: the start, the end, or a
+// row seen before. The first page is read without counting any.
+std::vector<std::int64_t> KeyedWindow::fetchKeys(std::int64_t first, std::int64_t count) {
+  if (first == 0) return run(Role::KeysPage, {count, 0});
+  const std::int64_t total = rowCount();
+  count = std::min(count, total - first);
+  if (count <= 0) return {};
+  if (auto found = keysByAnchor(first, count)) return *found;
+  const std::int64_t behind = total - first - count;
+  std::vector<std::int64_t> keys =
+      behind < first ? run(Role::KeysPageBack, {count, behind}) : run(Role::KeysPage, {count, first});
+  if (behind < first) std::reverse(keys.begin(), keys.end());
+  return keys;
+}
+
+// Nothing when no anchor is nearer than both ends, or when rows before or behind it are missing by now.
+std::optional<std::vector<std::int64_t>> KeyedWindow::keysByAnchor(std::int64_t first, std::int64_t count) {
+  if (orderItems_ > 1) return std::nullopt;
+  const Anchor* best = nullptr;
+  std::int64_t distance = std::min(first, rowCount() - first - count);
+  const auto consider = [&](const Anchor& anchor) {
+    const std::int64_t skip = anchor.position <= first ? first - anchor.position : anchor.position - first - count;
+    if (skip < 0 || skip >= distance) return;
+    distance = skip;
+    best = &anchor;
+  };
+  auto behind = anchors_.upper_bound(first / kAnchorSpacing);
+  for (int i = 0; i < 2 && behind != anchors_.end(); ++i, ++behind) consider(behind->second);
+  auto before = anchors_.upper_bound(first / kAnchorSpacing);
+  for (int i = 0; i < 2 && before != anchors_.begin(); ++i) consider((--before)->second);
+  if (best == nullptr) return std::nullopt;
+  const bool back = best->position > first;
+  std::vector<std::int64_t> keys = run(back ? Role::KeysBefore : Role::KeysFrom, {best->key, count, distance});
+  if (static_cast<std::int64_t>(keys.size()) != count) return std::nullopt;
+  if (back) std::reverse(keys.begin(), keys.end());
+  return keys;
+}
+
+void KeyedWindow::keepAnchor(std::int64_t position, std::int64_t key) {
+  anchors_.insert_or_assign(position / kAnchorSpacing, Anchor{position, key});
+}
+
+Snapshot KeyedWindow::rows(std::int64_t first, std::int64_t count) {
+  auto table = std::make_shared<ResultTable>();
+  table->columns = std::make_shared<const std::vector<std::string>>(columns_);
+  if (first >= 0 && count > 0) {
+    const std::vector<std::int64_t> page = keys(first, count);
+    if (!page.empty()) keepAnchor(first, page.front());
+    for (const std::int64_t key : page) {
+      Execution read = engine_.statements().open(Role::Read, text_, nullptr, {key});
+      const bool exists = read.step();
+      // A row deleted since keeps its place, empty, until the next refresh.
+      for (std::size_t i = 0; i < columns_.size(); ++i) {
+        table->cells.push_back(exists && i < read.width() ? read.value(i) : Value());
+      }
+      ++table->rows;
+    }
+  }
+  return Snapshot(std::move(table));
+}
+
+std::optional<std::int64_t> KeyedWindow::find(std::string_view criteria) {
+  const ShapedText shaped(criteria);
+  std::int64_t key = 0;
+  {
+    Execution find = engine_.statements().open(Role::FindFirst, text_, &shaped);
+    if (!find.step()) return std::nullopt;
+    key = find.key();
+  }
+  if (const columns::KeyOrder* const known = order()) return known->positionOf(key);
+  if (orderItems_ == 0) {
+    Execution before = engine_.statements().open(Role::CountBefore, text_, nullptr, {key});
+    before.step();
+    return before.key();
+  }
+  Execution keys = engine_.statements().open(Role::OrderedKeys, text_);
+  for (std::int64_t position = 0; keys.step(); ++position) {
+    if (keys.key() == key) return position;
+  }
+  return std::nullopt;
+}
+
+}  // namespace jet::engine

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "jet/engine/memory/row_source.h"
+#include "jet/snapshot.h"
+
+namespace jet::memory {
+
+// Results by the exact text of their select, valid while the version of their table stands. The least recently used
+// ones give way.
+class ResultCache {
+ public:
+  explicit ResultCache(std::size_t mostBytes) : mostBytes_(mostBytes) {}
+
+  // Null when there is none that is still valid.
+  std::shared_ptr<const ResultTable> find(std::string_view sql);
+  // Not kept when it alone would fill half of the cache.
+  void keep(std::string_view sql, const VersionCounters& counters, std::shared_ptr<const ResultTable> result);
+
+ private:
+  struct Entry {
+    std::string sql;
+    VersionCounters counters;
+    std::uint64_t version;
+    std::shared_ptr<const ResultTable> result;
+    std::size_t bytes;
+  };
+  using Entries = std::list<Entry>;
+
+  void drop(Entries::iterator entry);
+
+  std::size_t mostBytes_;
+  std::size_t bytes_ = 0;
+  Entries entries_;  // most recently used first
+  std::unordered_map<std::string_view, Entries::iterator> byText_;
+};
+
+}  // namespace jet::memory

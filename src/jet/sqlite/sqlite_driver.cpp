@@ -1,0 +1,164 @@
+#include "jet/sqlite/sqlite_driver.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "jet/sqlite/sqlite_query.h"
+#include "jet/sqlite/statement_emitter.h"
+#include "jet/sqlite/user_functions.h"
+
+namespace jet::sqlite {
+
+namespace {
+
+std::string fieldList(const TableDef& table, std::span<const std::size_t> fields) {
+  std::string list;
+  for (const std::size_t field : fields) list += (list.empty() ? "" : ", ") + quotedName(table.fields[field].name);
+  return list;
+}
+
+std::string levelName(int level) {
+  return "level" + std::to_string(level);
+}
+
+}  // namespace
+
+SqliteDriver::SqliteDriver(const std::filesystem::path& path, OpenMode mode, bool create)
+    : connection_(path, mode, create),
+      catalog_(connection_),
+      dataVersion_(connection_.prepare("PRAGMA data_version")),
+      schemaVersion_(connection_.prepare("PRAGMA schema_version")) {
+  registerFunctions(connection_);
+  lastData_ = read(dataVersion_.get());
+  lastSchema_ = read(schemaVersion_.get());
+}
+
+void SqliteDriver::createTable(const TableDef& table) {
+  for (const std::string& statement : createStatements(table)) connection_.run(statement.c_str());
+  catalog_.invalidate();
+}
+
+std::unique_ptr<engine::Query> SqliteDriver::prepare(const engine::QueryRequest& request) {
+  const bool keyed = request.role != engine::Role::Run && request.role != engine::Role::Among;
+  const bool alters = request.query->statement.kind == Statement::Kind::AlterAddColumn;
+  return std::make_unique<SqliteQuery>(connection_, emitQuery(request), keyed ? 1 : 0, request.text,
+                                       alters ? &catalog_ : nullptr);
+}
+
+std::unique_ptr<engine::Query> SqliteDriver::scan(const TableDef& table, std::span<const std::size_t> fields,
+                                                  engine::KeyRange range) {
+  const std::string list = fieldList(table, fields);
+  Plan plan;
+  plan.sql = "SELECT rowid" + (list.empty() ? list : ", " + list) + " FROM " + quotedName(table.name) +
+             " NOT INDEXED WHERE rowid > ?1 AND rowid <= ?2 ORDER BY rowid";
+  auto query = std::make_unique<SqliteQuery>(connection_, std::move(plan), 1, std::string_view());
+  query->bindExtras(range.behind, range.last);
+  return query;
+}
+
+std::unique_ptr<engine::RowChange> SqliteDriver::prepareInsert(const TableDef& table,
+                                                               std::span<const std::size_t> fields) {
+  std::string values;
+  for (std::size_t i = 0; i < fields.size(); ++i) values += i == 0 ? "?" : ", ?";
+  const std::string into = "INSERT INTO " + quotedName(table.name);
+  const std::string sql =
+      fields.empty() ? into + " DEFAULT VALUES" : into + " (" + fieldList(table, fields) + ") VALUES (" + values + ")";
+  return std::make_unique<SqliteRowChange>(connection_, SqliteRowChange::Kind::Insert, sql);
+}
+
+std::unique_ptr<engine::RowChange> SqliteDriver::prepareUpdate(const TableDef& table,
+                                                               std::span<const std::size_t> fields) {
+  std::string list;
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    list += (i == 0 ? "" : ", ") + quotedName(table.fields[fields[i]].name) + " = ?" + std::to_string(i + 2);
+  }
+  return std::make_unique<SqliteRowChange>(connection_, SqliteRowChange::Kind::Update,
+                                           "UPDATE " + quotedName(table.name) + " SET " + list + " WHERE rowid = ?1");
+}
+
+std::unique_ptr<engine::RowChange> SqliteDriver::prepareRemove(const TableDef& table) {
+  return std::make_unique<SqliteRowChange>(connection_, SqliteRowChange::Kind::Remove,
+                                           "DELETE FROM " + quotedName(table.name) + " WHERE rowid = ?1");
+}
+
+std::int64_t SqliteDriver::rowLimit(const TableDef& table) {
+  const std::string sql = "SELECT max(rowid) FROM " + quotedName(table.name);
+  const StatementHandle statement = connection_.prepare(sql);
+  connection_.step(statement.get(), sql);
+  return sqlite3_column_int64(statement.get(), 0);
+}
+
+engine::Extent SqliteDriver::extent(const TableDef& table) {
+  const std::string name = quotedName(table.name);
+  const std::string sql = "SELECT (SELECT count(*) FROM " + name + "), (SELECT min(rowid) FROM " + name +
+                          "), (SELECT max(rowid) FROM " + name + ")";
+  const StatementHandle statement = connection_.prepare(sql);
+  connection_.step(statement.get(), sql);
+  const auto number = [&](int column) { return sqlite3_column_int64(statement.get(), column); };
+  return {number(0), number(1), number(2)};
+}
+
+bool SqliteDriver::readsInOrder(const TableDef& table, std::size_t field) {
+  return std::ranges::any_of(table.indexes, [&](const IndexDef& index) {
+    return base::equalFoldAscii(index.fields.front(), table.fields[field].name);
+  });
+}
+
+void SqliteDriver::attempt(const std::string& sql) noexcept {
+  sqlite3_exec(connection_.handle(), sql.c_str(), nullptr, nullptr, nullptr);
+}
+
+bool SqliteDriver::inTransaction() const {
+  return sqlite3_get_autocommit(connection_.handle()) == 0;
+}
+
+void SqliteDriver::rollback() noexcept {
+  if (inTransaction()) attempt("ROLLBACK");
+  catalog_.invalidate();
+}
+
+void SqliteDriver::savepoint(int level) {
+  connection_.run(("SAVEPOINT " + levelName(level)).c_str());
+}
+
+void SqliteDriver::release(int level) {
+  connection_.run(("RELEASE " + levelName(level)).c_str());
+}
+
+void SqliteDriver::rollbackTo(int level) noexcept {
+  attempt("ROLLBACK TO " + levelName(level) + "; RELEASE " + levelName(level));
+  catalog_.invalidate();
+}
+
+std::int64_t SqliteDriver::read(sqlite3_stmt* pragma) {
+  connection_.step(pragma, "version");
+  const std::int64_t version = sqlite3_column_int64(pragma, 0);
+  sqlite3_reset(pragma);
+  return version;
+}
+
+// SQLite tells that another connection committed something, not what.
+void SqliteDriver::lookForChanges(engine::ChangeListener& listener) {
+  const std::int64_t data = read(dataVersion_.get());
+  if (data == lastData_) return;
+  lastData_ = data;
+  listener.everythingChanged();
+  const std::int64_t schema = read(schemaVersion_.get());
+  if (schema == lastSchema_) return;
+  lastSchema_ = schema;
+  catalog_.invalidate();
+  listener.definitionsChanged();
+}
+
+void SqliteDriver::watch(std::function<bool()> watcher) {
+  // Steps of the engine; 50,000 take about a millisecond.
+  constexpr int kSteps = 50'000;
+  watcher_ = std::move(watcher);
+  sqlite3_progress_handler(connection_.handle(), watcher_ ? kSteps : 0, &SqliteDriver::callWatcher, this);
+}
+
+int SqliteDriver::callWatcher(void* self) {
+  return static_cast<SqliteDriver*>(self)->watcher_() ? 0 : 1;
+}
+
+}  // namespace jet::sqlite
