@@ -43,6 +43,9 @@ class Database {
   virtual TableDef tableDef(std::string_view table) = 0;  // 3078 when there is none
   virtual std::vector<std::string> tableNames() = 0;
   virtual void createTable(const TableDef& table) = 0;
+  // Adds what the stored form of a table of an earlier version lacks now. Can be interrupted at any moment, and costs
+  // little when nothing is missing.
+  virtual void upgradeTable(std::string_view table) = 0;
 
   // A number that moves whenever the rows of the table may have changed, by this or another copy. Cheap.
   virtual std::uint64_t tableVersion(std::string_view table) = 0;
@@ -69,6 +72,11 @@ class Database {
 };
 
 // Changes between construction and commit() become visible and durable together; left without commit, they are undone.
+// Exclusive among writers: construction waits for the others (Error 3260 after ten seconds), and until the end nobody
+// else changes anything. So a number that is read and written back within one transaction is given out once, and rows
+// that are all deleted and written anew cannot get mixed with another copy's. Whatever reads and then writes relies on
+// this, and on nothing else: change tags, settings, "Next RecID", "LastCurrencyID", numbers of users and groups, trunks
+// taken, definitions and currencies that are rewritten whole.
 class Transaction {
  public:
   explicit Transaction(Database& database) : database_(&database) { database.begin(); }

@@ -1,50 +1,18 @@
-#include <utf8proc.h>
-
-#include <algorithm>
 #include <string>
 
+#include "jet/letters.h"
 #include "jet/operators.h"
 
 namespace jet {
 
 namespace {
 
-char32_t foldAsciiLetter(char32_t c) {
-  return c >= U'A' && c <= U'Z' ? c + 32 : c;
-}
-
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 // A text of ASCII alone, folded as it is read.
 struct AsciiText {
   std::string_view text;
   [[nodiscard]] std::size_t size() const { return text.size(); }
-  char32_t operator[](std::size_t i) const { return foldAsciiLetter(static_cast<unsigned char>(text[i])); }
+  char32_t operator[](std::size_t i) const { return foldedLetter(static_cast<unsigned char>(text[i])); }
 };
-
-// Folded code points. Bytes that are no UTF-8 get numbers of their own behind the last code point.
-std::u32string foldedCharacters(std::string_view text) {
-  constexpr char32_t kBehindUnicode = 0x110000;
-  std::u32string characters;
-  characters.reserve(text.size());
-  const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
-  auto left = static_cast<utf8proc_ssize_t>(text.size());
-  while (left > 0) {
-    utf8proc_int32_t codepoint = 0;
-    utf8proc_ssize_t used = utf8proc_iterate(bytes, left, &codepoint);
-    if (used > 0) {
-      characters += static_cast<char32_t>(utf8proc_tolower(codepoint));
-    } else {
-      characters += kBehindUnicode + *bytes;
-      used = 1;
-    }
-    bytes += used;
-    left -= used;
-  }
-  return characters;
-}
 
 // Matches one pattern against one text; both are folded and indexed by character.
 template <typename Characters>
@@ -142,8 +110,8 @@ bool like(std::string_view text, std::string_view pattern) {
     const AsciiText asciiPattern{pattern};
     return Matcher<AsciiText>(asciiText, asciiPattern).matches();
   }
-  const std::u32string foldedText = foldedCharacters(text);
-  const std::u32string foldedPattern = foldedCharacters(pattern);
+  const std::u32string foldedText = foldedLetters(text);
+  const std::u32string foldedPattern = foldedLetters(pattern);
   return Matcher<std::u32string>(foldedText, foldedPattern).matches();
 }
 

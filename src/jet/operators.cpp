@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "jet/error.h"
+#include "jet/letters.h"
 
 namespace jet {
 
@@ -17,20 +18,6 @@ namespace {
 
 int sign(double difference) {
   return difference < 0 ? -1 : difference > 0 ? 1 : 0;
-}
-
-unsigned char foldByte(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte + 32) : byte;
-}
-
-int compareTexts(std::string_view left, std::string_view right) {
-  const std::size_t common = std::min(left.size(), right.size());
-  for (std::size_t i = 0; i < common; ++i) {
-    const int difference = foldByte(left[i]) - foldByte(right[i]);
-    if (difference != 0) return difference < 0 ? -1 : 1;
-  }
-  return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
 }
 
 std::optional<int> compareNumbers(const Value& left, const Value& right) {
@@ -197,7 +184,7 @@ Operator mirrored(Operator op) {
 
 std::optional<int> compare(const Value& left, const Value& right) {
   if (anyNull(left, right)) return std::nullopt;
-  if (both(left, right, Type::Text)) return compareTexts(left.text(), right.text());
+  if (both(left, right, Type::Text)) return compareLetters(left.text(), right.text());
   if (either(left, right, Type::Boolean)) return compareTruth(left, right);
   if (either(left, right, Type::DateTime) && (both(left, right, Type::DateTime) || either(left, right, Type::Text))) {
     return compareDates(left, right);

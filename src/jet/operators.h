@@ -13,7 +13,7 @@ namespace jet {
 // user functions, by the database itself: one meaning for both.
 
 // <0, 0, >0; nothing when a side is Null or the two cannot be compared (a text that is no number beside a number).
-// Texts compare under A-Z folding, the files' collation; numbers, dates and booleans by value (booleans by truth
+// Texts compare by their letters (jet/letters.h); numbers, dates and booleans by value (booleans by truth
 // against numbers; True, -1, stands before False, 0).
 std::optional<int> compare(const Value& left, const Value& right);
 

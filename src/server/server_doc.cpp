@@ -152,17 +152,22 @@ StartEnd CServerDoc::logIn(const StartDuties& duties) {
   return login_->CheckAccount() ? StartEnd::Ready : StartEnd::AccountRefused;
 }
 
-// A database of an earlier version, or one that was converted from an old file, may lack a table.
 schedule::ReportMaker::Parts CServerDoc::reportParts() {
   return {*main_, language_, parties_, currencies_, log_, *users_, app_.surroundings().clock};
 }
 
+// A database of an earlier version, or one that was converted from an old file, may lack a table or what an order of
+// its rows needs.
 void CServerDoc::addMissingTables() {
   const std::vector<std::string> present = main_->tableNames();
   for (const jet::TableDef& table : schema::mainTables()) {
     const bool known = std::any_of(present.begin(), present.end(),
                                    [&](const std::string& name) { return base::equalFoldAscii(name, table.name); });
-    if (!known) main_->createTable(table);
+    if (known) {
+      main_->upgradeTable(table.name);
+    } else {
+      main_->createTable(table);
+    }
   }
 }
 

@@ -17,8 +17,9 @@
 namespace jet::engine {
 
 // The hidden number of a row: the auto-increment column where the table has one, else one that the driver keeps beside
-// the columns. It never changes while the row exists. "The order of the table" is that of ascending keys: the order of
-// a select without ORDER BY, of rows that are equal under an ORDER BY, and of what First() and Last() mean by first.
+// the columns. It never changes while the row exists. "The order of the table" is that of ascending keys: that of the
+// roles that give keys, of rows that are equal under their ORDER BY, and of what First() and Last() mean by first. A
+// select that is run without ORDER BY may give its rows in any order.
 using RowKey = std::int64_t;
 
 // What a query over a bound select is for. "Keys" give key() only, "rows" key() and the items.
@@ -155,6 +156,9 @@ class Driver {
   virtual bind::TableDefPtr definition(std::string_view table) = 0;
   virtual std::vector<std::string> tableNames() = 0;
   virtual void createTable(const TableDef& table) = 0;
+  // Adds what the stored form of a table of an earlier version lacks now, whole or not at all; nothing when it is
+  // there.
+  virtual void upgradeTable(const TableDef& table) = 0;
   // Moves when definitions may have changed: whatever was bound to them is then out of date.
   [[nodiscard]] virtual std::uint64_t generation() const = 0;
 

@@ -158,6 +158,11 @@ void Engine::createTable(const TableDef& table) {
   versions_.noteChange(table.name);
 }
 
+void Engine::upgradeTable(std::string_view table) {
+  requireWritable({});
+  driver_->upgradeTable(tableDef(table));
+}
+
 void Engine::begin() {
   if (depth_ == 0) {
     driver_->begin();

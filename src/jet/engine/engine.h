@@ -36,6 +36,7 @@ class Engine final : public Database {
   TableDef tableDef(std::string_view table) override;
   std::vector<std::string> tableNames() override { return driver_->tableNames(); }
   void createTable(const TableDef& table) override;
+  void upgradeTable(std::string_view table) override;
   std::uint64_t tableVersion(std::string_view table) override { return versions_.of(table); }
   void makeDurable() override { driver_->makeDurable(); }
   void watch(std::function<bool()> watcher) override;

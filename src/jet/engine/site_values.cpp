@@ -17,14 +17,15 @@ std::size_t characterEnd(std::string_view text, std::size_t start) {
   return end;
 }
 
-}  // namespace
-
-bool isAscii(std::string_view text) {
+// A zero byte ends a text for SQLite's folding; DEL is the last character that a prefix can end with.
+bool isPlain(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c > 0 && c < 0x7F; });
 }
 
+}  // namespace
+
 SiteValue classifyPattern(const Value& pattern) {
-  if (pattern.type() != Type::Text || !isAscii(pattern.text())) return {};
+  if (pattern.type() != Type::Text || !isPlain(pattern.text())) return {};
   std::string_view text = pattern.text();
   if (!text.empty() && text.find_first_not_of('*') == std::string_view::npos) return {SiteClass::Anything, {}, {}};
   const bool open = text.starts_with('*');
@@ -36,7 +37,7 @@ SiteValue classifyPattern(const Value& pattern) {
 }
 
 SiteValue classifyOwnPrefixes(const Value& text, const std::vector<std::string>& wildcardPrefixes) {
-  if (text.type() != Type::Text || !isAscii(text.text())) return {};
+  if (text.type() != Type::Text || !isPlain(text.text())) return {};
   SiteValue value{SiteClass::OwnPrefixes, {}, {""}};
   for (std::size_t end = 0; end < text.text().size();) {
     end = characterEnd(text.text(), end);

@@ -16,6 +16,4 @@ SiteValue classifyPattern(const Value& pattern);
 // wildcards, and those of `wildcardPrefixes` that match. General when there are too many, or letters beyond ASCII.
 SiteValue classifyOwnPrefixes(const Value& text, const std::vector<std::string>& wildcardPrefixes);
 
-[[nodiscard]] bool isAscii(std::string_view text);
-
 }  // namespace jet::engine

@@ -5,6 +5,7 @@
 
 #include "jet/bind/statement_binder.h"
 #include "jet/engine/site_values.h"
+#include "jet/letters.h"
 
 namespace jet::engine {
 

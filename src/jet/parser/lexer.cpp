@@ -82,6 +82,14 @@ Token Lexer::next() {
   return token;
 }
 
+std::optional<Token> Lexer::literalAt(std::string_view sql, std::size_t position) {
+  Lexer lexer(sql);
+  lexer.position_ = position;
+  if (position == sql.size() || classOf(sql[position]) == Blank) return std::nullopt;
+  const Token token = lexer.next();
+  return token.isLiteral() ? std::optional(token) : std::nullopt;
+}
+
 Token Lexer::finish(TokenKind kind, std::size_t end) {
   Token token;
   token.kind = kind;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "jet/value.h"
@@ -46,6 +47,9 @@ class Lexer {
  public:
   explicit Lexer(std::string_view sql);  // Error 3075 for a text that is too long
   Token next();
+  // The literal that begins at a place where a token begins; nothing when it is none. A whole number is a literal,
+  // though in some places it would belong to the shape.
+  static std::optional<Token> literalAt(std::string_view sql, std::size_t position);
 
  private:
   Token word();

@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "jet/error.h"
+#include "jet/sqlite/plain_columns.h"
 
 namespace jet::sqlite {
 
@@ -104,7 +105,7 @@ TableDefPtr Catalog::load(std::string_view table) {
   }
 
   const StatementHandle indexes =
-      connection_.prepare("SELECT name, \"unique\" FROM pragma_index_list(?1) ORDER BY seq DESC");
+      connection_.prepare("SELECT name, \"unique\" FROM pragma_index_list(?1) WHERE NOT partial ORDER BY seq DESC");
   bindValue(indexes.get(), 1, Value(def->name));
   while (connection_.step(indexes.get(), "indexes")) {
     def->indexes.push_back(
@@ -154,6 +155,7 @@ std::vector<std::string> createStatements(const TableDef& table) {
     statements.push_back(std::string("CREATE ") + (index.unique ? "UNIQUE " : "") + "INDEX " + quotedName(name) +
                          " ON " + quotedName(table.name) + " (" + columns + ")");
   }
+  for (std::string& letters : lettersIndexStatements(table)) statements.push_back(std::move(letters));
   return statements;
 }
 

@@ -121,9 +121,40 @@ void Connection::makeDurable() {
   }
 }
 
+// The index of the log begins with a head that every commit rewrites, numbered and with a checksum; it lies in memory
+// that all processes share. A head that is just being written differs from the last one as well. Where the file is read
+// without a log there is no such memory, and asking for it would make one.
+bool Connection::mayHaveMoved() {
+  // What a running statement sees stays as it is: the head must be looked at again after it.
+  if (!hasLog_ || sqlite3_txn_state(handle_, "main") != SQLITE_TXN_NONE) return true;
+  constexpr int kRegion = 32 * 1024;
+  sqlite3_file* file = nullptr;
+  if (sqlite3_file_control(handle_, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || file == nullptr)
+    return true;
+  const sqlite3_io_methods* const methods = file->pMethods;
+  if (methods == nullptr || methods->iVersion < 2 || methods->xShmMap == nullptr) return true;
+  void volatile* region = nullptr;
+  if (methods->xShmMap(file, 0, kRegion, 0, &region) != SQLITE_OK || region == nullptr) return true;
+  const auto* const head = static_cast<const volatile unsigned char*>(region);
+  bool moved = false;
+  for (std::size_t i = 0; i < kIndexHead; ++i) {
+    const unsigned char byte = head[i];
+    moved = moved || byte != indexHead_[i];
+    indexHead_[i] = byte;
+  }
+  return moved;
+}
+
+// False on a file system that does not allow for a log.
+bool Connection::startLog() {
+  const StatementHandle mode = prepare("PRAGMA journal_mode=WAL");
+  return step(mode.get(), "journal_mode") &&
+         std::string_view(reinterpret_cast<const char*>(sqlite3_column_text(mode.get(), 0))) == "wal";
+}
+
 void Connection::configure() {
   if (!readOnly_) {
-    run("PRAGMA journal_mode=WAL");
+    hasLog_ = startLog();
     run("PRAGMA synchronous=NORMAL");
   }
   run("PRAGMA cache_size=-12288");

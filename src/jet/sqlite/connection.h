@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -36,6 +37,9 @@ class Connection {
   void run(const char* sql);
   // Through the driver's own file handles, for the reason that failToOpen() tells.
   void makeDurable();
+  // Whether a connection, this one or another, may have committed something since the last call that said so. Looks at
+  // memory that all connections share, without a lock.
+  [[nodiscard]] bool mayHaveMoved();
   // True with a row, false at the end. `statement` is the text that an Error keeps.
   bool step(sqlite3_stmt* prepared, std::string_view statement);
 
@@ -47,15 +51,19 @@ class Connection {
  private:
   void open(OpenMode mode, bool create);
   void configure();
+  [[nodiscard]] bool startLog();
   [[noreturn]] void failToOpen(int code);
   [[nodiscard]] bool tryOpen(const std::string& name, int flags);
   static int waitForLock(void* self, int tries);
 
   std::filesystem::path path_;
   bool readOnly_;
+  bool hasLog_ = false;  // written ahead; known of connections that write
   sqlite3* handle_ = nullptr;
   std::optional<Error> functionError_;
   std::int64_t waitStarted_ = 0;  // steady milliseconds
+  static constexpr std::size_t kIndexHead = 48;
+  std::array<unsigned char, kIndexHead> indexHead_{};  // as last seen
 };
 
 // Binds a value in its stored form: Yes/No as 0/1, dates as "YYYY-MM-DD HH:MM:SS"; numbers that are not finite as Null.

@@ -58,9 +58,16 @@ std::string ExpressionEmitter::column(std::size_t table, std::size_t field) cons
 }
 
 std::string ExpressionEmitter::folded(const BoundExpression& expression) {
-  std::string sql = emit(expression);
-  if (expression.type != Type::Text || expression.isColumn()) return sql;
-  return "(" + sql + ") COLLATE NOCASE";
+  const std::string sql = emit(expression);
+  return expression.type == Type::Text ? "(" + sql + ") COLLATE jet" : sql;
+}
+
+std::string ExpressionEmitter::ordered(const BoundExpression& expression) {
+  if (expression.type != Type::Text || !expression.isColumn()) return folded(expression);
+  const bind::TableDefPtr& table = statement_.tables[expression.table].def;
+  if (!plainColumns_.isPlain(*table, expression.index)) return folded(expression);
+  plan_.plainColumns.push_back({table, expression.index});
+  return emit(expression);
 }
 
 std::string ExpressionEmitter::emit(const BoundExpression& expression) {
@@ -196,16 +203,24 @@ bool ExpressionEmitter::isPlain(const BoundExpression& expression) const {
   return expression.site != BoundExpression::kNoSite && sites_[expression.site].kind == SiteClass::Plain;
 }
 
+// A column folds A-Z by its declaration; an index in that folding may serve.
+std::string ExpressionEmitter::side(const BoundExpression& expression, bool plain) {
+  if (!plain) return folded(expression);
+  const std::string sql = emit(expression);
+  return expression.isColumn() ? sql : "(" + sql + ") COLLATE NOCASE";
+}
+
 std::string ExpressionEmitter::compare(const BoundExpression& expression) {
   const BoundExpression& first = expression.operands[0];
   const BoundExpression& second = expression.operands[1];
   const bool texts = first.type == Type::Text || second.type == Type::Text;
-  const std::string left = texts ? folded(first) : emit(first);
+  const std::string left = texts ? side(first, isPlain(expression)) : emit(first);
   return "(" + left + sqlOperator(expression.op) + emit(second) + ")";
 }
 
 std::string ExpressionEmitter::in(const BoundExpression& expression) {
-  std::string sql = "(" + folded(expression.operands[0]) + " IN (";
+  const BoundExpression& value = expression.operands[0];
+  std::string sql = "(" + (value.type == Type::Text ? side(value, isPlain(expression)) : emit(value)) + " IN (";
   for (std::size_t i = 1; i < expression.operands.size(); ++i) sql += (i == 1 ? "" : ", ") + operand(expression, i);
   return sql + "))";
 }
@@ -217,7 +232,7 @@ std::string ExpressionEmitter::like(const BoundExpression& expression) {
   const std::string text = operand(expression, 0);
   const auto sitePart = [&](Binding::Kind part) { return parameter({part, 0, site}); };
   if (kind == SiteClass::Equal) {
-    return "(" + (ofColumn ? text : "(" + text + ") COLLATE NOCASE") + " = " + sitePart(Binding::Kind::SiteText) + ")";
+    return "(" + side(expression.operands[0], true) + " = " + sitePart(Binding::Kind::SiteText) + ")";
   }
   // SQLite's own LIKE folds A-Z; the text between the wildcards holds no other letters.
   if (kind == SiteClass::Contained) return "(" + text + " LIKE " + sitePart(Binding::Kind::Contained) + " ESCAPE '\\')";

@@ -6,6 +6,7 @@
 
 #include "jet/bind/bound_query.h"
 #include "jet/engine/driver.h"
+#include "jet/sqlite/plain_columns.h"
 #include "jet/sqlite/plan.h"
 
 namespace jet::sqlite {
@@ -16,12 +17,18 @@ class ExpressionEmitter {
  public:
   // `qualifiers`, one a table, stand before its columns: a quoted alias with its dot, or nothing.
   ExpressionEmitter(Plan& plan, const bind::BoundStatement& statement, std::span<const engine::SiteValue> sites,
-                    std::vector<std::string> qualifiers)
-      : plan_(plan), statement_(statement), sites_(sites), qualifiers_(std::move(qualifiers)) {}
+                    std::vector<std::string> qualifiers, PlainColumns& plainColumns)
+      : plan_(plan),
+        statement_(statement),
+        sites_(sites),
+        qualifiers_(std::move(qualifiers)),
+        plainColumns_(plainColumns) {}
 
   std::string emit(const bind::BoundExpression& expression);
-  // Where texts are put in order, grouped or told apart.
+  // Where texts are grouped or told apart.
   std::string folded(const bind::BoundExpression& expression);
+  // Where rows are put in order: an index serves if it can.
+  std::string ordered(const bind::BoundExpression& expression);
   // A parameter that the caller fills in.
   std::string extra(std::size_t index) { return parameter({Binding::Kind::Extra, index}); }
   [[nodiscard]] std::string column(std::size_t table, std::size_t field) const;
@@ -40,6 +47,7 @@ class ExpressionEmitter {
   std::string wholeNumbers(const bind::BoundExpression& expression);
   std::string textOrEmpty(const bind::BoundExpression& expression);
   std::string truth(const bind::BoundExpression& expression);
+  std::string side(const bind::BoundExpression& expression, bool plain);
   std::string compare(const bind::BoundExpression& expression);
   std::string in(const bind::BoundExpression& expression);
   std::string like(const bind::BoundExpression& expression);
@@ -56,6 +64,7 @@ class ExpressionEmitter {
   const bind::BoundStatement& statement_;
   std::span<const engine::SiteValue> sites_;
   std::vector<std::string> qualifiers_;
+  PlainColumns& plainColumns_;
 };
 
 }  // namespace jet::sqlite

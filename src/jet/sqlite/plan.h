@@ -2,8 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "jet/table_def.h"
 
 namespace jet::sqlite {
 
@@ -15,10 +18,17 @@ struct Binding {
   std::size_t site = 0;
 };
 
+struct PlainColumn {
+  std::shared_ptr<const TableDef> table;
+  std::size_t field = 0;
+};
+
 // A bound query as SQLite's.
 struct Plan {
   std::string sql;
   std::vector<Binding> bindings;  // parameter ?1 first
+  // Columns whose texts were all of ASCII when this was made: an index in SQLite's own folding serves their order.
+  std::vector<PlainColumn> plainColumns;
 };
 
 }  // namespace jet::sqlite

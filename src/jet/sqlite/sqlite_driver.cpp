@@ -26,6 +26,7 @@ std::string levelName(int level) {
 SqliteDriver::SqliteDriver(const std::filesystem::path& path, OpenMode mode, bool create)
     : connection_(path, mode, create),
       catalog_(connection_),
+      plainColumns_(connection_),
       dataVersion_(connection_.prepare("PRAGMA data_version")),
       schemaVersion_(connection_.prepare("PRAGMA schema_version")) {
   registerFunctions(connection_);
@@ -38,11 +39,16 @@ void SqliteDriver::createTable(const TableDef& table) {
   catalog_.invalidate();
 }
 
+void SqliteDriver::upgradeTable(const TableDef& table) {
+  for (const std::string& statement : lettersIndexStatements(table)) connection_.run(statement.c_str());
+  plainColumns_.forget();
+}
+
 std::unique_ptr<engine::Query> SqliteDriver::prepare(const engine::QueryRequest& request) {
   const bool keyed = request.role != engine::Role::Run && request.role != engine::Role::Among;
   const bool alters = request.query->statement.kind == Statement::Kind::AlterAddColumn;
-  return std::make_unique<SqliteQuery>(connection_, emitQuery(request), keyed ? 1 : 0, request.text,
-                                       alters ? &catalog_ : nullptr);
+  return std::make_unique<SqliteQuery>(connection_, plainColumns_, emitQuery(request, plainColumns_), keyed ? 1 : 0,
+                                       request.text, alters ? &catalog_ : nullptr);
 }
 
 std::unique_ptr<engine::Query> SqliteDriver::scan(const TableDef& table, std::span<const std::size_t> fields,
@@ -51,7 +57,7 @@ std::unique_ptr<engine::Query> SqliteDriver::scan(const TableDef& table, std::sp
   Plan plan;
   plan.sql = "SELECT rowid" + (list.empty() ? list : ", " + list) + " FROM " + quotedName(table.name) +
              " NOT INDEXED WHERE rowid > ?1 AND rowid <= ?2 ORDER BY rowid";
-  auto query = std::make_unique<SqliteQuery>(connection_, std::move(plan), 1, std::string_view());
+  auto query = std::make_unique<SqliteQuery>(connection_, plainColumns_, std::move(plan), 1, std::string_view());
   query->bindExtras(range.behind, range.last);
   return query;
 }
@@ -99,6 +105,7 @@ engine::Extent SqliteDriver::extent(const TableDef& table) {
 }
 
 bool SqliteDriver::readsInOrder(const TableDef& table, std::size_t field) {
+  if (table.fields[field].type == Type::Text) return plainColumns_.isPlain(table, field);
   return std::ranges::any_of(table.indexes, [&](const IndexDef& index) {
     return base::equalFoldAscii(index.fields.front(), table.fields[field].name);
   });
@@ -114,6 +121,7 @@ bool SqliteDriver::inTransaction() const {
 
 void SqliteDriver::rollback() noexcept {
   if (inTransaction()) attempt("ROLLBACK");
+  plainColumns_.forget();
   catalog_.invalidate();
 }
 
@@ -127,6 +135,7 @@ void SqliteDriver::release(int level) {
 
 void SqliteDriver::rollbackTo(int level) noexcept {
   attempt("ROLLBACK TO " + levelName(level) + "; RELEASE " + levelName(level));
+  plainColumns_.forget();
   catalog_.invalidate();
 }
 
@@ -139,9 +148,11 @@ std::int64_t SqliteDriver::read(sqlite3_stmt* pragma) {
 
 // SQLite tells that another connection committed something, not what.
 void SqliteDriver::lookForChanges(engine::ChangeListener& listener) {
+  if (!connection_.mayHaveMoved()) return;
   const std::int64_t data = read(dataVersion_.get());
   if (data == lastData_) return;
   lastData_ = data;
+  plainColumns_.forget();
   listener.everythingChanged();
   const std::int64_t schema = read(schemaVersion_.get());
   if (schema == lastSchema_) return;

@@ -5,6 +5,7 @@
 #include "jet/engine/driver.h"
 #include "jet/sqlite/catalog.h"
 #include "jet/sqlite/connection.h"
+#include "jet/sqlite/plain_columns.h"
 
 namespace jet::sqlite {
 
@@ -18,6 +19,7 @@ class SqliteDriver final : public engine::Driver {
   bind::TableDefPtr definition(std::string_view table) override { return catalog_.find(table); }
   std::vector<std::string> tableNames() override { return catalog_.names(); }
   void createTable(const TableDef& table) override;
+  void upgradeTable(const TableDef& table) override;
   [[nodiscard]] std::uint64_t generation() const override { return catalog_.generation(); }
 
   std::unique_ptr<engine::Query> prepare(const engine::QueryRequest& request) override;
@@ -53,6 +55,7 @@ class SqliteDriver final : public engine::Driver {
 
   Connection connection_;
   Catalog catalog_;
+  PlainColumns plainColumns_;
   std::function<bool()> watcher_;
   StatementHandle dataVersion_;
   StatementHandle schemaVersion_;

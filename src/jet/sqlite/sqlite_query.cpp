@@ -1,5 +1,7 @@
 #include "jet/sqlite/sqlite_query.h"
 
+#include <algorithm>
+
 namespace jet::sqlite {
 
 namespace {
@@ -29,8 +31,10 @@ std::string containedPattern(const std::string& text) {
 
 }  // namespace
 
-SqliteQuery::SqliteQuery(Connection& connection, Plan plan, int keyColumns, std::string_view text, Catalog* catalog)
+SqliteQuery::SqliteQuery(Connection& connection, PlainColumns& plainColumns, Plan plan, int keyColumns,
+                         std::string_view text, Catalog* catalog)
     : connection_(connection),
+      plainColumns_(plainColumns),
       plan_(std::move(plan)),
       keyColumns_(keyColumns),
       text_(text),
@@ -107,6 +111,12 @@ Cell SqliteQuery::cell(std::size_t item) const {
 
 std::int64_t SqliteQuery::work() const {
   return sqlite3_stmt_status(statement_.get(), SQLITE_STMTSTATUS_VM_STEP, 0) / kStepsOfRow;
+}
+
+bool SqliteQuery::usable() {
+  return std::ranges::all_of(plan_.plainColumns, [this](const PlainColumn& column) {
+    return plainColumns_.isPlain(*column.table, column.field);
+  });
 }
 
 void SqliteQuery::reset() noexcept {

@@ -6,6 +6,7 @@
 #include "jet/engine/driver.h"
 #include "jet/sqlite/catalog.h"
 #include "jet/sqlite/connection.h"
+#include "jet/sqlite/plain_columns.h"
 #include "jet/sqlite/plan.h"
 
 namespace jet::sqlite {
@@ -14,7 +15,8 @@ class SqliteQuery final : public engine::Query {
  public:
   // `keyColumns` stand before the items: 0 or 1. `catalog` is told of a definition that the query changes; null for
   // other queries.
-  SqliteQuery(Connection& connection, Plan plan, int keyColumns, std::string_view text, Catalog* catalog = nullptr);
+  SqliteQuery(Connection& connection, PlainColumns& plainColumns, Plan plan, int keyColumns, std::string_view text,
+              Catalog* catalog = nullptr);
 
   void bind(const engine::Arguments& arguments) override;
   // For scans, whose plan has no bindings.
@@ -25,10 +27,11 @@ class SqliteQuery final : public engine::Query {
   [[nodiscard]] std::int64_t changed() const override { return changed_; }
   [[nodiscard]] std::int64_t work() const override;
   void reset() noexcept override;
-  [[nodiscard]] bool usable() override { return true; }
+  [[nodiscard]] bool usable() override;
 
  private:
   Connection& connection_;
+  PlainColumns& plainColumns_;
   Plan plan_;
   int keyColumns_;
   std::string text_;

@@ -74,11 +74,11 @@ std::vector<std::string> qualifiersOf(const bind::BoundStatement& statement) {
 
 class StatementEmitter {
  public:
-  explicit StatementEmitter(const engine::QueryRequest& request)
+  StatementEmitter(const engine::QueryRequest& request, PlainColumns& plainColumns)
       : request_(request),
         query_(*request.query),
         statement_(query_.statement),
-        emitter_(plan_, statement_, request.sites, qualifiersOf(statement_)) {}
+        emitter_(plan_, statement_, request.sites, qualifiersOf(statement_), plainColumns) {}
 
   Plan emit() {
     if (request_.role == Role::Run || request_.role == Role::Among) {
@@ -197,8 +197,8 @@ class StatementEmitter {
 
   // Positions stay positions: a repeated aggregate would be worked out twice.
   std::string orderTerm(const bind::BoundOrder& item) {
-    if (!item.item) return emitter_.folded(item.expression);
-    return std::to_string(*item.item + 1) + (item.expression.type == Type::Text ? " COLLATE NOCASE" : "");
+    if (!item.item || item.expression.isColumn()) return emitter_.ordered(item.expression);
+    return std::to_string(*item.item + 1) + (item.expression.type == Type::Text ? " COLLATE jet" : "");
   }
 
   // Rows that are equal in the select's order follow in key order, in the direction of the last item, so that an index
@@ -213,7 +213,7 @@ class StatementEmitter {
     for (std::size_t i = 0; select && i < statement_.orderBy.size(); ++i) {
       const bind::BoundOrder& item = statement_.orderBy[i];
       descending = item.descending != back;
-      sql += emitter_.folded(item.expression) + (descending ? " DESC, " : ", ");
+      sql += emitter_.ordered(item.expression) + (descending ? " DESC, " : ", ");
     }
     return sql + key() + (descending ? " DESC" : "");
   }
@@ -223,7 +223,7 @@ class StatementEmitter {
   std::string anchorCondition(bool back) {
     if (statement_.orderBy.empty()) return key() + (back ? " < " : " >= ") + emitter_.extra(0);
     const bind::BoundOrder& item = statement_.orderBy.front();
-    const auto pair = [&] { return emitter_.folded(item.expression) + ", " + key(); };
+    const auto pair = [&] { return emitter_.ordered(item.expression) + ", " + key(); };
     const char* forward = item.descending ? " <= " : " >= ";
     const char* backward = item.descending ? " > " : " < ";
     std::string sql = "(" + pair() + ")" + (back ? backward : forward) + "(SELECT ";
@@ -266,8 +266,8 @@ class StatementEmitter {
 
 }  // namespace
 
-Plan emitQuery(const engine::QueryRequest& request) {
-  return StatementEmitter(request).emit();
+Plan emitQuery(const engine::QueryRequest& request, PlainColumns& plainColumns) {
+  return StatementEmitter(request, plainColumns).emit();
 }
 
 }  // namespace jet::sqlite

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <string>
 
+#include "jet/letters.h"
 #include "jet/operators.h"
 #include "jet/store_value.h"
 
@@ -176,9 +177,19 @@ void callOperation(sqlite3_context* context, int, sqlite3_value** arguments) {
   guarded(context, [&] { giveResult(context, Operation(valueOf(arguments[0], 'v'), valueOf(arguments[1], 'v'))); });
 }
 
+int compareTexts(void*, int leftSize, const void* left, int rightSize, const void* right) {
+  return compareLetters({static_cast<const char*>(left), static_cast<std::size_t>(leftSize)},
+                        {static_cast<const char*>(right), static_cast<std::size_t>(rightSize)});
+}
+
 }  // namespace
 
 void registerFunctions(Connection& connection) {
+  if (const int code =
+          sqlite3_create_collation_v2(connection.handle(), "jet", SQLITE_UTF8, nullptr, &compareTexts, nullptr);
+      code != SQLITE_OK) {
+    connection.fail(code, "jet");
+  }
   for (const Function& function : functions()) {
     const std::string name = "jet_" + std::string(function.name);
     defineScalar(connection, name.c_str(), -1, &callListed, function.deterministic, &function);

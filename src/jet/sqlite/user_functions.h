@@ -4,7 +4,8 @@
 
 namespace jet::sqlite {
 
-// Makes the dialect's functions known to a connection. Statements use them; the schema never does.
+// Makes the dialect's functions and its collation "jet" known to a connection. Statements use them; the schema never
+// does.
 void registerFunctions(Connection& connection);
 void registerDateFunctions(Connection& connection);
 void registerAggregates(Connection& connection);

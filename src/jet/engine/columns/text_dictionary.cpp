@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "base/text.h"
+#include "jet/letters.h"
 
 namespace jet::columns {
 
@@ -12,8 +12,9 @@ namespace {
 constexpr std::size_t kMostTexts = std::size_t{1} << 20U;
 constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
 
-// Equal for texts that are equal under A-Z folding: bit 5 of every byte counts as set.
-std::uint32_t foldedHash(std::string_view text) {
+// Equal for texts of ASCII that are equal under A-Z folding: bit 5 of every byte counts as set. `bits` gathers the bits
+// of all bytes.
+std::uint32_t plainHash(std::string_view text, std::uint64_t& bits) {
   constexpr std::uint64_t kFold = 0x2020202020202020ULL;
   constexpr std::uint64_t kMix = 0x9FB21C651E98DF25ULL;
   std::uint64_t state = text.size() * kMix;
@@ -21,11 +22,20 @@ std::uint32_t foldedHash(std::string_view text) {
     std::uint64_t word = 0;
     const std::size_t bytes = text.size() < sizeof word ? text.size() : sizeof word;
     std::memcpy(&word, text.data(), bytes);
+    bits |= word;
     state = (state ^ (word | kFold)) * kMix;
     state ^= state >> 32U;
     text.remove_prefix(bytes);
   }
   return static_cast<std::uint32_t>(state);
+}
+
+// Equal for texts that are equal by their letters.
+std::uint32_t foldedHash(std::string_view text) {
+  constexpr std::uint64_t kBeyondAscii = 0x8080808080808080ULL;
+  std::uint64_t bits = 0;
+  const std::uint32_t hash = plainHash(text, bits);
+  return (bits & kBeyondAscii) == 0 ? hash : plainHash(foldedText(text), bits);
 }
 
 }  // namespace
@@ -40,7 +50,7 @@ std::uint32_t TextDictionary::codeOf(std::string_view text) {
     if (slot.hash != hash) continue;
     const std::string_view known = this->text(slot.code);
     if (known == text) return slot.code;
-    if (group == 0 && base::equalFoldAscii(known, text)) group = groupOf(slot.code);
+    if (group == 0 && equalLetters(known, text)) group = groupOf(slot.code);
   }
   return add(text, hash, group, place);
 }

@@ -18,7 +18,7 @@ class TextDictionary {
     const std::uint32_t start = starts_[code - 1];
     return {texts_.data() + start, starts_[code] - start};
   }
-  // The number of the first text that equals this one under A-Z folding, by which the database groups.
+  // The number of the first text that equals this one by its letters, by which the database groups.
   [[nodiscard]] std::uint32_t groupOf(std::uint32_t code) const { return groups_[code - 1]; }
 
   [[nodiscard]] std::size_t size() const { return groups_.size(); }

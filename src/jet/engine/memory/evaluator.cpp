@@ -117,6 +117,11 @@ void Evaluator::begin(const bind::BoundQuery& query, std::span<const Value> lite
   bind::convertAll(query.literals, literals, {}, literals_);
 }
 
+void Evaluator::beginConverted(const bind::BoundQuery& query, std::span<const Value> literals) {
+  if (results_.size() < query.resultCount) results_.resize(query.resultCount);
+  literals_.assign(literals.begin(), literals.end());
+}
+
 const Value& Evaluator::value(const BoundExpression& expression) {
   switch (expression.kind) {
     case Kind::Null:

@@ -25,6 +25,8 @@ class Evaluator {
  public:
   // `literals` are those of the text that runs. Error 3421 for one that cannot be converted.
   void begin(const bind::BoundQuery& query, std::span<const Value> literals);
+  // The same with literals that were converted already.
+  void beginConverted(const bind::BoundQuery& query, std::span<const Value> literals);
   void setRow(const Value* cells) { row_ = cells; }
 
   Truth test(const bind::BoundExpression& expression);

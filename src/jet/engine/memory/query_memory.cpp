@@ -11,7 +11,6 @@ namespace jet::memory {
 namespace {
 
 constexpr std::size_t kResultBytes = std::size_t{8} << 20U;
-constexpr std::size_t kMostShapes = 256;
 // Fewer rows are read through.
 constexpr std::size_t kIndexedRows = 64;
 // Unpacking more rows than this at once takes memory that the database would not need.
@@ -54,15 +53,18 @@ bool QueryMemory::beginPlan(const SelectPlan& plan) {
 }
 
 QueryMemory::CachedSelect& QueryMemory::selectOf(std::string_view sql) {
-  shapeOf(sql, shape_);
-  if (const auto found = byShape_.find(shape_.key); found != byShape_.end()) return found->second;
-  if (byShape_.size() >= kMostShapes) byShape_.clear();
+  const std::size_t number = shapes_.shapeOf(sql, shape_);
+  if (generation_ != shapes_.generation()) selects_.clear();
+  generation_ = shapes_.generation();
+  if (selects_.size() <= number) selects_.resize(number + 1);
+  if (selects_[number]) return *selects_[number];
   const auto query = source_.bind(sql);
-  CachedSelect select;
-  select.table = tableOf(query->statement);
-  select.plannedFor = query->statement.tables.front().def;
-  if (select.table != nullptr) select.plan = SelectPlan::make(query);
-  return byShape_.emplace(shape_.key, std::move(select)).first->second;
+  auto select = std::make_unique<CachedSelect>();
+  select->table = tableOf(query->statement);
+  select->plannedFor = query->statement.tables.front().def;
+  if (select->table != nullptr) select->plan = SelectPlan::make(query);
+  selects_[number] = std::move(select);
+  return *selects_[number];
 }
 
 TableMemory* QueryMemory::tableOf(const bind::BoundStatement& statement) {

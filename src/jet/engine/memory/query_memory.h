@@ -12,7 +12,7 @@
 #include "jet/engine/memory/row_source.h"
 #include "jet/engine/memory/select_plan.h"
 #include "jet/engine/memory/table_memory.h"
-#include "jet/parser/parser.h"
+#include "jet/parser/shape_memory.h"
 
 namespace jet::memory {
 
@@ -49,7 +49,9 @@ class QueryMemory {
 
   RowSource& source_;
   ResultCache results_;
-  std::unordered_map<std::string, CachedSelect, base::TextHash, std::equal_to<>> byShape_;
+  ShapeMemory shapes_;
+  std::size_t generation_ = 0;                          // of shapes_
+  std::vector<std::unique_ptr<CachedSelect>> selects_;  // by number of the shape
   std::unordered_map<std::string, std::unique_ptr<TableMemory>, base::TextHash, std::equal_to<>> tables_;  // folded
   // Used again from select to select.
   Shape shape_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "jet/letters.h"
+
 namespace jet::memory {
 
 namespace {
@@ -34,6 +36,14 @@ std::uint64_t KeyHash::finished() const {
   return mixed ^ (mixed >> 32U);
 }
 
+void KeyHash::addText(std::string_view text) {
+  if (isAscii(text)) {
+    for (const char c : text) addByte(c);
+  } else {
+    for (const char c : foldedText(text)) addByte(c);
+  }
+}
+
 bool KeyHash::add(const Value& value) {
   switch (value.type()) {
     case Type::Null:
@@ -55,8 +65,8 @@ bool KeyHash::add(const Value& value) {
       addWord(static_cast<std::uint64_t>(value.dateTime().secondsSinceDayZero()));
       return true;
     case Type::Text:
-      for (const char c : value.text()) addByte(c);
-      addWord(value.text().size());  // the end of the text, so that "ab" + "c" is not "a" + "bc"
+      addText(value.text());
+      addWord(0);  // the end of the text, so that "ab" + "c" is not "a" + "bc"
       return true;
   }
   return false;

@@ -19,7 +19,7 @@ struct RowSet {
   [[nodiscard]] const Value* row(std::size_t index) const { return cells + index * width; }
 };
 
-// The hash under which rows are found, taken cell by cell; texts under A-Z folding, byte by byte, so that the hashes of
+// The hash under which rows are found, taken cell by cell; texts by their letters, byte by byte, so that the hashes of
 // all beginnings of a text come out of one pass over it.
 class KeyHash {
  public:
@@ -30,6 +30,7 @@ class KeyHash {
 
  private:
   void addWord(std::uint64_t word);
+  void addText(std::string_view text);
   std::uint64_t state_ = 0x9E3779B97F4A7C15ULL;
 };
 

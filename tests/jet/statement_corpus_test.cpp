@@ -1,0 +1,163 @@
+// The statements of cases/*.txt, on every path.
+
+#include <algorithm>
+
+#include "jet/engine/engine.h"
+#include "jet/sqlite/sqlite_driver.h"
+#include "sqlite_fixture.h"
+#include "statement_corpus.h"
+
+namespace jet::test {
+
+namespace {
+
+struct Answer {
+  std::vector<std::string> rows;   // as the cases show them
+  std::vector<std::string> types;  // of the cells, a letter each
+  int error = 0;
+  bool operator==(const Answer&) const = default;
+};
+
+void add(Answer& answer, const std::vector<Value>& cells) {
+  std::string row;
+  std::string types;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    row += (i == 0 ? "" : "|") + (cells[i].isNull() ? std::string("NULL") : cells[i].toText());
+    types += static_cast<char>('0' + static_cast<int>(cells[i].type()));
+  }
+  answer.rows.push_back(std::move(row));
+  answer.types.push_back(std::move(types));
+}
+
+void add(Answer& answer, const Snapshot& snapshot) {
+  for (std::size_t row = 0; row < snapshot.rowCount(); ++row) {
+    std::vector<Value> cells;
+    for (std::size_t i = 0; i < snapshot.columns().size(); ++i) cells.push_back(snapshot.at(row, i));
+    add(answer, cells);
+  }
+}
+
+template <typename Fill>
+Answer answered(Fill fill) {
+  Answer answer;
+  try {
+    fill(answer);
+  } catch (const Error& error) {
+    answer = {};
+    answer.error = error.number();
+  }
+  return answer;
+}
+
+class CorpusTest : public SqliteTest, public ::testing::WithParamInterface<std::string> {
+ protected:
+  CorpusTest() : engine_(std::make_unique<sqlite::SqliteDriver>(file_, OpenMode::ReadWrite, false), file_) {
+    database_.reset();
+  }
+
+  // By the driver alone.
+  Answer byFile(const std::string& sql) {
+    return answered([&](Answer& answer) {
+      const engine::ShapedText text(sql);
+      engine::Execution execution = engine_.statements().open(engine::Role::Run, text);
+      std::vector<Value> cells(execution.width());
+      while (execution.step()) {
+        for (std::size_t i = 0; i < cells.size(); ++i) cells[i] = execution.value(i);
+        add(answer, cells);
+      }
+    });
+  }
+
+  Answer bySnapshot(const std::string& sql) {
+    return answered([&](Answer& answer) { add(answer, engine_.openSnapshot(sql)); });
+  }
+
+  // In pages of two, the last one first.
+  Answer byWindow(const std::string& sql) {
+    return answered([&](Answer& answer) {
+      const auto window = engine_.openWindow(sql);
+      std::vector<Answer> pages;
+      for (std::int64_t first = (window->rowCount() + 1) / 2 * 2 - 2; first >= 0; first -= 2) {
+        pages.emplace_back();
+        add(pages.back(), window->rows(first, 2));
+      }
+      for (auto page = pages.rbegin(); page != pages.rend(); ++page) {
+        answer.rows.insert(answer.rows.end(), page->rows.begin(), page->rows.end());
+        answer.types.insert(answer.types.end(), page->types.begin(), page->types.end());
+      }
+    });
+  }
+
+  // By hashing rows that the driver reads, and from columns when they have been asked for often enough; nothing when
+  // the select is no statistic.
+  std::optional<Answer> byColumns(const std::string& sql) {
+    bool statistic = false;
+    Answer answer = answered([&](Answer& filled) {
+      for (int i = 0; i < 5; ++i) {
+        const auto rows = engine_.statistic(engine::ShapedText(sql));
+        if (!rows) continue;
+        statistic = true;
+        Answer again;
+        for (std::size_t row = 0; row < rows->count(); ++row) {
+          std::vector<Value> cells;
+          rows->append(row, cells);
+          add(again, cells);
+        }
+        EXPECT_TRUE(i == 0 || filled == Answer{} || again == filled) << sql;
+        filled = std::move(again);
+      }
+    });
+    if (!statistic) return std::nullopt;
+    ++statistics_;
+    return answer;
+  }
+
+  void run(const CorpusStep& step) {
+    if (step.kind == CorpusStep::Kind::Table) return engine_.createTable(step.table);
+    if (step.kind == CorpusStep::Kind::Change) {
+      const Answer answer = answered([&](Answer&) { engine_.execute(step.statement); });
+      EXPECT_EQ(answer.error, step.error) << step.statement;
+      return;
+    }
+    const Answer file = byFile(step.statement);
+    EXPECT_EQ(file.error, step.error) << step.statement;
+    EXPECT_EQ(file.rows, step.rows) << step.statement;
+    EXPECT_EQ(bySnapshot(step.statement), file) << step.statement << " from memory";
+    EXPECT_EQ(byWindow(step.statement), file) << step.statement << " as a window";
+    if (const auto columns = byColumns(step.statement)) {
+      EXPECT_EQ(*columns, file) << step.statement << " from columns";
+    }
+  }
+
+  engine::Engine engine_;
+  int statistics_ = 0;
+};
+
+TEST_P(CorpusTest, EveryPathGivesTheRows) {
+  for (const CorpusStep& step : readCorpus(std::string(TALLYBOOK_SOURCE_DIR "/tests/jet/cases/") + GetParam())) {
+    SCOPED_TRACE(GetParam() + ":" + std::to_string(step.line));
+    run(step);
+  }
+  if (GetParam() == "groups.txt") {
+    EXPECT_GE(statistics_, 5) << "columns answer statistics";
+  }
+}
+
+std::vector<std::string> caseFiles() {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(TALLYBOOK_SOURCE_DIR "/tests/jet/cases")) {
+    if (entry.path().extension() == ".txt") names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string caseName(const ::testing::TestParamInfo<std::string>& info) {
+  return info.param.substr(0, info.param.find('.'));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, CorpusTest, ::testing::ValuesIn(caseFiles()), caseName);
+
+}  // namespace
+
+}  // namespace jet::test
