@@ -12,24 +12,13 @@
 #include "convert/partial_folder.h"
 #include "convert/table_writer.h"
 #include "jet/database.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 
 namespace convert {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-struct FileKind {
-  const char* name;
-  std::vector<jet::TableDef> (*tables)();
-  bool required;
-};
-constexpr std::array<FileKind, 3> kFiles = {{
-    {schema::kMainFile, schema::mainTables, true},
-    {schema::kTariffFile, schema::tariffTables, false},
-    {schema::kPhonebookFile, schema::phonebookTables, false},
-}};
 
 std::optional<fs::path> findFile(const fs::path& folder, std::string_view name) {
   for (const auto& entry : fs::directory_iterator(folder)) {
@@ -59,7 +48,7 @@ void checkReadable(const fs::path& file) {
 // Reads one old file into the new one of the same name, table after table.
 class FileConversion {
  public:
-  FileConversion(const FileKind& kind, const fs::path& newFile, const ConversionOptions& options,
+  FileConversion(const schema::DatabaseKind& kind, const fs::path& newFile, const ConversionOptions& options,
                  platform::Operator& person, ConversionReport& report)
       : kind_(kind),
         newFile_(newFile),
@@ -109,7 +98,7 @@ class FileConversion {
                         });
   }
 
-  const FileKind& kind_;
+  const schema::DatabaseKind& kind_;
   fs::path newFile_;
   const ConversionOptions& options_;
   ConversionReport& report_;
@@ -151,11 +140,12 @@ ConversionReport convertFolder(const fs::path& oldFolder, const fs::path& newFol
   if (!fs::is_directory(oldFolder, error)) {
     throw ConversionError(base::format("%s is not a folder that can be read.", oldFolder.string()));
   }
-  std::array<std::optional<fs::path>, kFiles.size()> found;
-  for (std::size_t i = 0; i < kFiles.size(); ++i) {
-    found[i] = findFile(oldFolder, kFiles[i].name);
-    if (!found[i] && kFiles[i].required) {
-      throw ConversionError(base::format("There is no %s in %s.", kFiles[i].name, oldFolder.string()));
+  const auto kinds = schema::databaseKinds();
+  std::vector<std::optional<fs::path>> found(kinds.size());
+  for (std::size_t i = 0; i < kinds.size(); ++i) {
+    found[i] = findFile(oldFolder, kinds[i].name);
+    if (!found[i] && kinds[i].required) {
+      throw ConversionError(base::format("There is no %s in %s.", kinds[i].name, oldFolder.string()));
     }
     if (found[i]) {
       refuseWhenOpen(oldFolder, *found[i]);
@@ -166,12 +156,12 @@ ConversionReport convertFolder(const fs::path& oldFolder, const fs::path& newFol
   PartialFolder partial(newFolder);
   ConversionReport report;
   try {
-    for (std::size_t i = 0; i < kFiles.size(); ++i) {
-      FileConversion conversion(kFiles[i], partial.path() / kFiles[i].name, options, person, report);
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+      FileConversion conversion(kinds[i], partial.path() / kinds[i].name, options, person, report);
       if (found[i]) {
         conversion.read(*found[i]);
       } else {
-        report.notes.push_back(base::format("There was no %s; an empty one was made.", kFiles[i].name));
+        report.notes.push_back(base::format("There was no %s; an empty one was made.", kinds[i].name));
       }
       conversion.finish();
     }

@@ -13,7 +13,7 @@
 #include "convert/table_move.h"
 #include "jet/database.h"
 #include "platform/progress.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 
 namespace convert {
 
@@ -156,9 +156,9 @@ TableManifest exportTables(const fs::path& dataFolder, const fs::path& target, T
   try {
     fs::permissions(partial.path(), fs::perms::owner_all);
     Export work(partial.path(), format, person);
-    for (const char* name : {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile}) {
-      const bool required = std::string_view(name) == schema::kMainFile;
-      if (required || fs::exists(dataFolder / name)) work.addDatabase(dataFolder / name);
+    const auto place = schema::DatabasePlace::ofFolder(dataFolder);
+    for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
+      if (kind.required || place.exists(kind.which)) work.addDatabase(place.file(kind.which));
     }
     TableManifest manifest = work.finish();
     partial.publish();

@@ -10,7 +10,7 @@
 #include "convert/table_move.h"
 #include "jet/database.h"
 #include "platform/progress.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 
 namespace convert {
 
@@ -20,17 +20,6 @@ namespace {
 
 constexpr std::int64_t kRowsPerTransaction = 20000;
 constexpr std::int64_t kProgressStep = 1000;
-
-struct DatabaseKind {
-  const char* name;
-  std::vector<jet::TableDef> (*tables)();
-  std::unique_ptr<jet::Database> (*create)(const fs::path& file);
-};
-constexpr DatabaseKind kDatabases[] = {
-    {schema::kMainFile, schema::mainTables, schema::createMainDatabase},
-    {schema::kTariffFile, schema::tariffTables, schema::createTariffDatabase},
-    {schema::kPhonebookFile, schema::phonebookTables, schema::createPhonebookDatabase},
-};
 
 [[noreturn]] void fail(const std::string& file, const std::string& what) {
   throw ConversionError(base::format("%s, %s. Nothing was left behind.", file, what));
@@ -109,15 +98,14 @@ void fillTable(jet::Database& database, const ExportedTable& table, const fs::pa
   TableFill(database, table, person).run(in, format);
 }
 
-void makeDatabase(const DatabaseKind& kind, const TableManifest& manifest, const fs::path& source,
-                  const fs::path& folder, platform::Operator& person) {
-  const fs::path file = folder / kind.name;
+void makeDatabase(const schema::DatabaseKind& kind, const TableManifest& manifest, const fs::path& source,
+                  const schema::DatabasePlace& place, platform::Operator& person) {
   const auto ofThis = [&](const ExportedTable& table) { return table.database == kind.name; };
   if (std::none_of(manifest.tables.begin(), manifest.tables.end(), ofThis)) {
-    kind.create(file);
+    static_cast<void>(place.create(kind.which));
     return;
   }
-  const auto database = jet::createDatabase(file);
+  const auto database = place.createEmpty(kind.which);
   for (const ExportedTable& table : manifest.tables) {
     if (ofThis(table)) fillTable(*database, table, source, manifest.format, person);
   }
@@ -144,7 +132,9 @@ TableManifest importTables(const fs::path& source, const fs::path& newFolder, pl
   TableManifest manifest = readManifest(source);
   PartialFolder partial(newFolder);
   try {
-    for (const DatabaseKind& kind : kDatabases) makeDatabase(kind, manifest, source, partial.path(), person);
+    const auto place = schema::DatabasePlace::ofFolder(partial.path());
+    for (const schema::DatabaseKind& kind : schema::databaseKinds())
+      makeDatabase(kind, manifest, source, place, person);
     partial.publish();
   } catch (const jet::Error& fault) {
     throw ConversionError(

@@ -6,7 +6,7 @@
 
 #include "base/printf.h"
 #include "convert/conversion_error.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 
 namespace convert {
 
@@ -64,9 +64,7 @@ Json tableJson(const ExportedTable& table) {
 }
 
 void requireKnownDatabase(const std::string& name) {
-  for (const char* known : {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile}) {
-    if (name == known) return;
-  }
+  if (schema::kindCalled(name) != nullptr) return;
   throw ConversionError(base::format("%s: \"%s\" is none of the three databases.", kManifestFile, name));
 }
 

@@ -53,7 +53,7 @@ bool nameable(const jet::TableDef& table) {
   const auto usable = [](const std::string& name) {
     return !name.empty() && name.find_first_of(std::string_view("[]\0", 3)) == std::string::npos;
   };
-  if (!usable(table.name) || base::foldAscii(table.name).starts_with("sqlite_")) return false;
+  if (!usable(table.name) || jet::isReservedTableName(table.name)) return false;
   return !table.fields.empty() && std::all_of(table.fields.begin(), table.fields.end(), [&](const auto& field) {
     return usable(field.name) && table.find(field.name) == &field;
   });

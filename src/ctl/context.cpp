@@ -1,11 +1,10 @@
 #include "ctl/context.h"
 
-#include "base/path.h"
 #include "base/printf.h"
 #include "convert/converter.h"
 #include "ctl/access.h"
 #include "platform/instance_lock.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "security/users.h"
 #include "server/program_files.h"
 
@@ -31,7 +30,7 @@ server::StartDuties dutiesOf(Duty duty, const GlobalOptions& options) {
 
 // What helps when the databases were not opened; the reason was said.
 std::string databaseHelp(const std::string& folder) {
-  if (convert::isOldDatabase(base::systemPath(folder + schema::kMainFile))) {
+  if (convert::isOldDatabase(schema::DatabasePlace::ofSetting(folder).file(schema::Which::Main))) {
     return base::format("The databases in %s are old ones. Carry them over with: tallyctl convert '%s' NEWDIR --use",
                         folder, folder);
   }

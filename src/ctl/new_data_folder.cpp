@@ -1,11 +1,10 @@
 #include "ctl/new_data_folder.h"
 
-#include "base/path.h"
 #include "base/printf.h"
 #include "convert/converter.h"
 #include "ctl/access.h"
 #include "ctl/context.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "security/restriction.h"
 
 namespace ctl {
@@ -44,7 +43,7 @@ void requireRightToUse(const Invocation& call) {
   if (!call.arguments.has("--use")) return;
   const std::string folder = call.context.folder("PathDatabase");
   if (folder.empty() || folder == "---") return;
-  const fs::path main = base::systemPath(folder + schema::kMainFile);
+  const fs::path main = schema::DatabasePlace::ofSetting(folder).file(schema::Which::Main);
   if (!fs::exists(main) || convert::isOldDatabase(main)) return;
   call.context.require(kChangeSettings);
   security::requireAllCalls(call.context.document().user(), call.context.language());

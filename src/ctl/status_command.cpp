@@ -8,7 +8,7 @@
 #include "ctl/context.h"
 #include "filter/condition.h"
 #include "platform/instance_lock.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "server/monitor_status.h"
 
 namespace ctl {
@@ -31,10 +31,9 @@ std::string sizeOf(const fs::path& file, Context& context) {
 
 void addFiles(Table& table, Context& context) {
   table.add({"Machine store", context.machineStore().file().string()});
-  const std::string folder = context.folder("PathDatabase");
-  for (const char* name : {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile}) {
-    const fs::path file = base::systemPath(folder + name);  // as it is opened: the folder's text as it stands
-    table.add({name, base::format("%s, %s", file.string(), sizeOf(file, context))});
+  const auto place = schema::DatabasePlace::ofSetting(context.folder("PathDatabase"));
+  for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
+    table.add({kind.name, base::format("%s, %s", place.describe(kind.which), sizeOf(place.file(kind.which), context))});
   }
   const fs::path lock = context.app().lockFile();
   const bool runs = platform::InstanceLock::isHeld(lock);

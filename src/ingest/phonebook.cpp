@@ -2,8 +2,8 @@
 
 #include <charconv>
 
-#include "base/path.h"
 #include "base/printf.h"
+#include "schema/database_place.h"
 #include "schema/missing.h"
 
 namespace ingest {
@@ -27,8 +27,8 @@ void Phonebook::readMap() {
 }
 
 std::unique_ptr<Phonebook> Phonebook::open(std::string_view folder) {
-  const auto file = base::systemPath(base::format("%s%s", folder, "phonebook.mdb"));
-  return std::make_unique<Phonebook>(jet::openDatabase(file, jet::OpenMode::ReadOnly, ";pwd=vortexia"));
+  const auto place = schema::DatabasePlace::ofSetting(folder);
+  return std::make_unique<Phonebook>(place.open(schema::Which::Phonebook, jet::OpenMode::ReadOnly));
 }
 
 std::optional<std::string> Phonebook::nameOf(std::string_view normalisedNumber) {

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include "base/text.h"
 #include "jet/database.h"
 #include "jet/engine/engine.h"
 #include "jet/error.h"
@@ -33,6 +34,10 @@ OpenedDatabase openWritableOrReadOnly(const std::filesystem::path& path) {
     if (error.number() == kMissing || error.number() == kForeign) throw;
     return {openDatabase(path, OpenMode::ReadOnly), error.description()};
   }
+}
+
+bool isReservedTableName(std::string_view name) {
+  return base::foldAscii(name).starts_with("sqlite_");
 }
 
 std::unique_ptr<Database> createDatabase(const std::filesystem::path& path) {

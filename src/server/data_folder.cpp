@@ -10,7 +10,7 @@
 #include "foundation/change_tags.h"
 #include "sample/sample_exchange.h"
 #include "sample/tariff_plan.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "security/users.h"
 
 namespace server {
@@ -22,7 +22,6 @@ namespace fs = std::filesystem;
 constexpr const char* kGeneral = "general";
 constexpr const char* kTemplate = "template.html";
 constexpr const char* kMonitor = "monitor";
-constexpr const char* kFiles[] = {schema::kMainFile, schema::kTariffFile, schema::kPhonebookFile};
 
 // What cannot even be looked at stands in nobody's way: making the folder fails then, and says why.
 bool stands(const fs::path& file) {
@@ -48,9 +47,10 @@ void addGroup(jet::Database& main, int id, std::string_view name, std::string_vi
 }
 
 void makeDatabases(const DataFolderPlan& plan, const DataFolderTools& tools) {
-  const auto main = schema::createMainDatabase(plan.folder / schema::kMainFile);
-  const auto tariffs = schema::createTariffDatabase(plan.folder / schema::kTariffFile);
-  const auto phonebook = schema::createPhonebookDatabase(plan.folder / schema::kPhonebookFile);
+  const auto place = schema::DatabasePlace::ofFolder(plan.folder);
+  const auto main = place.create(schema::Which::Main);
+  const auto tariffs = place.create(schema::Which::Tariffs);
+  const auto phonebook = place.create(schema::Which::Phonebook);
   addFirstUsers(*main, tools.clock, plan.password);
   foundation::ChangeTags tags(tools.person);
   tags.LoadTouch(*main);
@@ -77,11 +77,10 @@ class HalfMade {
   HalfMade& operator=(const HalfMade&) = delete;
   ~HalfMade() {
     if (finished_) return;
-    std::error_code ignored;  // what cannot be removed is named by the next attempt
-    for (const char* file : kFiles) {
-      for (const char* part : {"", "-wal", "-shm", "-journal"})
-        fs::remove(folder_ / (std::string(file) + part), ignored);
-    }
+    // What cannot be removed is named by the next attempt.
+    const auto place = schema::DatabasePlace::ofFolder(folder_);
+    for (const schema::DatabaseKind& kind : schema::databaseKinds()) place.remove(kind.which);
+    std::error_code ignored;
     for (const std::string& name : newNames_) fs::remove(folder_ / name, ignored);
     if (folderIsNew_) fs::remove_all(folder_, ignored);
   }
@@ -101,10 +100,11 @@ std::string folderSetting(const fs::path& folder) {
 }
 
 void refuseExistingDatabases(const fs::path& folder) {
-  for (const char* file : kFiles) {
-    if (stands(folder / file)) {
+  const auto place = schema::DatabasePlace::ofFolder(folder);
+  for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
+    if (place.exists(kind.which)) {
       throw DataFolderError(
-          base::format("%s exists already and is left as it is. Give another folder.", (folder / file).string()));
+          base::format("%s exists already and is left as it is. Give another folder.", place.describe(kind.which)));
     }
   }
 }

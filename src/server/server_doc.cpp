@@ -10,6 +10,7 @@
 #include "base/path.h"
 #include "base/printf.h"
 #include "base/text.h"
+#include "schema/database_place.h"
 #include "schema/missing.h"
 #include "schema/schema.h"
 #include "security/restriction.h"
@@ -135,8 +136,7 @@ bool CServerDoc::openMainDatabase() {
     person_.messageBox(language_.Translate("IDS_CANTREADREGISTRY"));
     return false;
   }
-  const auto file = base::systemPath(folder + schema::kMainFile);
-  auto opened = jet::openWritableOrReadOnly(file);
+  auto opened = schema::DatabasePlace::ofSetting(folder).openWritableOrReadOnly(schema::Which::Main);
   main_ = std::move(opened.database);
   readOnlyReason_ = std::move(opened.readOnlyReason);
   return true;

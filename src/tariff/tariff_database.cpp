@@ -1,7 +1,6 @@
 #include "tariff/tariff_database.h"
 
-#include "base/path.h"
-#include "base/printf.h"
+#include "schema/database_place.h"
 
 namespace tariff {
 
@@ -19,8 +18,8 @@ DayEncoding TariffDatabase::dayEncoding() {
 }
 
 std::unique_ptr<TariffDatabase> TariffDatabase::open(std::string_view folder) {
-  const auto file = base::systemPath(base::format("%s%s", folder, "tariffs.mdb"));
-  return std::make_unique<TariffDatabase>(jet::openWritableOrReadOnly(file).database);
+  auto opened = schema::DatabasePlace::ofSetting(folder).openWritableOrReadOnly(schema::Which::Tariffs);
+  return std::make_unique<TariffDatabase>(std::move(opened.database));
 }
 
 void TariffDatabase::detectDayEncoding() {

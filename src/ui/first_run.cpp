@@ -7,7 +7,7 @@
 #include "base/path.h"
 #include "base/version.h"
 #include "convert/converter.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "server/data_folder.h"
 #include "ui/first_run/first_run_wizard.h"
 
@@ -16,7 +16,8 @@ namespace ui {
 bool firstRun(server::CServerApp& app) {
   const std::string folder = app.config().ReadConfigString("PathDatabase", "general", foundation::StoreMachine, "---");
   const bool configured = !folder.empty() && folder != "---";
-  const bool old = configured && convert::isOldDatabase(base::systemPath(folder + schema::kMainFile));
+  const bool old =
+      configured && convert::isOldDatabase(schema::DatabasePlace::ofSetting(folder).file(schema::Which::Main));
   if (configured && !old) return true;
   QString oldFolder;
   if (old) oldFolder = toQt((base::systemPath(folder) / "").parent_path().string());

@@ -141,9 +141,9 @@ struct Extent {
   RowKey lastKey = 0;
 };
 
-// One connection to a database: all that the engine needs of SQLite, PostgreSQL or another. What is above it is the
-// engine's: the dialect, recordsets, windows, answers from memory, which statement is prepared and for how long. Used
-// by one thread at a time. Errors are jet::Error with the numbers of error.h.
+// One connection to a database: all that the engine needs of one. What is above it is the engine's: the dialect,
+// recordsets, windows, answers from memory, which query is prepared and for how long. Used by one thread at a time.
+// Errors are jet::Error with the numbers of error.h.
 class Driver {
  public:
   virtual ~Driver() = default;

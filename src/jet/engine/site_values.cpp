@@ -10,14 +10,7 @@ namespace {
 
 constexpr std::size_t kMaxPrefixes = 64;
 
-// The text behind `count` whole characters of UTF-8.
-std::size_t characterEnd(std::string_view text, std::size_t start) {
-  std::size_t end = start + 1;
-  while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) ++end;
-  return end;
-}
-
-// A zero byte ends a text for SQLite's folding; DEL is the last character that a prefix can end with.
+// A zero byte may end a text for a database's folding; a prefix that ends with DEL has no end among texts of ASCII.
 bool isPlain(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c > 0 && c < 0x7F; });
 }
@@ -39,8 +32,7 @@ SiteValue classifyPattern(const Value& pattern) {
 SiteValue classifyOwnPrefixes(const Value& text, const std::vector<std::string>& wildcardPrefixes) {
   if (text.type() != Type::Text || !isPlain(text.text())) return {};
   SiteValue value{SiteClass::OwnPrefixes, {}, {""}};
-  for (std::size_t end = 0; end < text.text().size();) {
-    end = characterEnd(text.text(), end);
+  for (std::size_t end = 1; end <= text.text().size(); ++end) {
     std::string prefix = text.text().substr(0, end);
     if (hasWildcard(prefix)) break;
     value.prefixes.push_back(std::move(prefix));

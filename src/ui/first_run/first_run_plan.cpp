@@ -3,7 +3,7 @@
 #include "base/printf.h"
 #include "convert/converter.h"
 #include "sample/call_file.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "server/data_folder.h"
 #include "ui/dialogs/conversion.h"
 
@@ -45,11 +45,12 @@ void make(const FirstRunPlan& plan, server::CServerApp& app) {
 }
 
 void open(const FirstRunPlan& plan, server::CServerApp& app) {
-  const auto file = plan.folder / schema::kMainFile;
+  const auto place = schema::DatabasePlace::ofFolder(plan.folder);
+  const auto file = place.file(schema::Which::Main);
   if (convert::isOldDatabase(file)) {
     throw server::DataFolderError(app.language().TranslateFormat("IDS_FIRST_IS_OLD", file.string()));
   }
-  jet::openDatabase(file, jet::OpenMode::ReadOnly);
+  static_cast<void>(place.open(schema::Which::Main, jet::OpenMode::ReadOnly));
   storeSettings(plan, app);
 }
 

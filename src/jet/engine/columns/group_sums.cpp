@@ -1,6 +1,7 @@
 #include "jet/engine/columns/group_sums.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <numeric>
 
@@ -24,6 +25,10 @@ double worked(Operator op, double left, double right) {
     default:
       return left - right;
   }
+}
+
+Value finite(double number) {
+  return std::isfinite(number) ? Value(number) : Value();
 }
 
 Value textOf(const TextDictionary& texts, std::int32_t code) {
@@ -174,7 +179,7 @@ void GroupSums::addReal(std::size_t operand, std::size_t from, std::span<const s
   }
   std::vector<StatisticRows::Sum>& sums = result_->sums_[operand];
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    if (reals_[i] != reals_[i]) continue;  // Null
+    if (!std::isfinite(reals_[i])) continue;  // Null, or a product too large, which is Null as well
     StatisticRows::Sum& sum = sums[groups_[i]];
     sum.real += reals_[i];
     ++sum.values;
@@ -207,8 +212,8 @@ Value StatisticRows::cell(const Item& item, std::size_t group) const {
   if (item.kind == Item::Kind::Count) return Value(sum.values);
   if (sum.values == 0) return {};
   const bool whole = whole_[item.index];
-  if (item.kind == Item::Kind::Sum) return whole ? Value(sum.whole) : Value(sum.real);
-  return Value((whole ? static_cast<double>(sum.whole) : sum.real) / static_cast<double>(sum.values));
+  if (item.kind == Item::Kind::Sum) return whole ? Value(sum.whole) : finite(sum.real);
+  return finite((whole ? static_cast<double>(sum.whole) : sum.real) / static_cast<double>(sum.values));
 }
 
 void StatisticRows::append(std::size_t row, std::vector<Value>& cells) const {

@@ -19,7 +19,7 @@ namespace jet::columns {
 using BoundQueryPtr = std::shared_ptr<const bind::BoundQuery>;
 
 // Answers selects that count, sum and average the rows of one table by groups. The first ones read the rows that the
-// database finds and add them up by hashing, where SQLite would sort them; when that was done about as often as reading
+// database finds and add them up by hashing, where a database sorts them; when that was done about as often as reading
 // the table once is worth, the columns are held in memory. The answer is the one that the database would give now; sums
 // of fractions may differ from it in their last digit, as its own do with the order in which it reads.
 class Statistics {
