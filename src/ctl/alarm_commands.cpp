@@ -272,7 +272,7 @@ int tryRule(const Invocation& call) {
   const base::DateTime from = monthOf(call);
   const std::vector<ListedAlarm> alarms =
       alarms::replay(call.context.document().alarmServices(), *alarms::findRule(rules, name), from,
-                    alarms::endOf(alarms::Period::Month, from));
+                     alarms::endOf(alarms::Period::Month, from));
   if (call.global.format == TableFormat::Json) {
     call.out << jsonText({{"month", from.stored().substr(0, 7)}, {"alarms", jsonOf(alarms)}}) << '\n';
     return 0;

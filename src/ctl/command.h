@@ -30,7 +30,7 @@ enum class Takes {
   Nothing,  // a switch
   One,
   Maybe,  // an option that may stand without a value
-  Many,  // one or more words, positional only
+  Many,   // one or more words, positional only
 };
 
 // An option ("--limit") or, without dashes, a positional argument ("NUMBER").

@@ -24,8 +24,8 @@ struct Options {
 };
 
 std::string callText(const capture::Call& call) {
-  std::string text = base::format("%-8s %s  %4d s", capture::toText(call.direction), call.start.stored(),
-                                  call.durationSeconds);
+  std::string text =
+      base::format("%-8s %s  %4d s", capture::toText(call.direction), call.start.stored(), call.durationSeconds);
   const auto add = [&](const char* name, const std::string& value) {
     if (!value.empty()) text += base::format("  %s %s", name, value);
   };
@@ -52,10 +52,10 @@ void printText(const std::vector<capture::LineResult>& results, const std::vecto
     std::cout << number << base::format("%-8s %s", capture::toText(result.outcome), result.reason) << '\n';
     std::cout << "        " << visibleText(lines[result.position - 1]) << '\n';
   }
-  std::cout << base::format(
-                   "%u lines: %u with records, %u parts, %u headings, %u skipped, %u alarms, %u unknown",
-                   counts.lines, counts.of(Outcome::Record), counts.of(Outcome::Part), counts.of(Outcome::Heading),
-                   counts.of(Outcome::Skipped), counts.of(Outcome::Alarm), counts.of(Outcome::Unknown))
+  std::cout << base::format("%u lines: %u with records, %u parts, %u headings, %u skipped, %u alarms, %u unknown",
+                            counts.lines, counts.of(Outcome::Record), counts.of(Outcome::Part),
+                            counts.of(Outcome::Heading), counts.of(Outcome::Skipped), counts.of(Outcome::Alarm),
+                            counts.of(Outcome::Unknown))
             << '\n';
 }
 

@@ -50,7 +50,7 @@ struct PriceListOptions {
   // are prefix, name, price, connection, increment and currency.
   std::map<std::string, std::string> columns = {};
   std::string currency = {};  // of rows without one
-  int firstSeconds = 1;  // of rows without an increment
+  int firstSeconds = 1;       // of rows without an increment
   int nextSeconds = 1;
   int codepage = 1252;  // of a file that is no UTF-8
 };

@@ -66,11 +66,12 @@ TEST_F(Desk, AnAlarmIsKeptOnceWhateverIsStartedAnew) {
 
 TEST_F(Desk, TheCallIsInTheCommandsEnvironmentAndNotInItsText) {
   const auto file = folder / "seen";
-  alarms::saveRule(*main, {.name = "Dear",
-                          .kind = alarms::Kind::Call,
-                          .limit = 1,
-                          .mail = "a@b.ro",
-                          .command = "printf %s \"$TALLYBOOK_NUMBER $TALLYBOOK_EXTENSION\" > '" + file.string() + "'"});
+  alarms::saveRule(*main,
+                   {.name = "Dear",
+                    .kind = alarms::Kind::Call,
+                    .limit = 1,
+                    .mail = "a@b.ro",
+                    .command = "printf %s \"$TALLYBOOK_NUMBER $TALLYBOOK_EXTENSION\" > '" + file.string() + "'"});
   alarms::AlarmDesk desk(services_);
   record(desk, "201", 2);
   std::vector<std::string> mails;

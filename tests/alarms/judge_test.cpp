@@ -26,7 +26,7 @@ struct Listener : alarms::AlarmSink {
     told.push_back({alarm.subject, alarm.step, alarm.at, alarm.amount});
   }
   std::optional<std::unordered_map<std::string, alarms::Amounts>> sums(Subject, base::DateTime,
-                                                                      base::DateTime) override {
+                                                                       base::DateTime) override {
     return std::nullopt;
   }
   std::vector<Told> told;
@@ -151,8 +151,8 @@ TEST_F(JudgeTest, DestinationsAtNight) {
 
 TEST_F(JudgeTest, LongCallsShortCallsAndCallsAtOnce) {
   alarms::Judge one = judge({{.name = "long", .kind = Kind::Call, .measure = Measure::Duration, .limit = 3600},
-                            {.name = "short", .kind = Kind::Short, .limit = 3, .seconds = 5, .minutes = 10},
-                            {.name = "at once", .kind = Kind::Parallel, .limit = 2}});
+                             {.name = "short", .kind = Kind::Short, .limit = 3, .seconds = 5, .minutes = 10},
+                             {.name = "at once", .kind = Kind::Parallel, .limit = 2}});
   one.judge(call("2025-03-03 09:00:00", "0722", 3600));
   one.judge(call("2025-03-03 09:00:00", "0722", 4));
   one.judge(call("2025-03-03 09:06:00", "0722", 4));
