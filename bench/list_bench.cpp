@@ -99,7 +99,7 @@ void typeInList(Office& office) {
       for (const folders::ViewColumn& column : view->columns()) kinds.push_back(column.definition->kind);
       view->narrow(folders::Narrowing{
           folders::quickCriteria(view->folder().definition(), kinds, typed, view->services(), view->formatter()), {}});
-      if (view->rowCount() > 0) view->rows(0, kScreen);
+      if (view->rowCount() > 0 && view->rows(0, kScreen).empty()) throw std::runtime_error("there are no rows");
     });
   }
 }

@@ -87,7 +87,9 @@ class Search {
 
   // Empty when the column cannot hold the word.
   [[nodiscard]] std::string testOf(const ColumnDefinition& column, std::string_view word) const {
-    const std::string field = isStatistic(folder_) ? folder_.grouping : column.selects[0];
+    // Some fields are named like words of the SQL dialect.
+    const std::string field =
+        isStatistic(folder_) ? std::string(folder_.grouping) : "[" + std::string(column.selects[0]) + "]";
     switch (const Format format = formatOfKind(column.kind).format) {
       case Format::Text:
       case Format::Nothing:

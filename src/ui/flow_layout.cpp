@@ -21,7 +21,8 @@ QLayoutItem* FlowLayout::takeAt(int index) {
 QSize FlowLayout::minimumSize() const {
   QSize size;
   for (const QLayoutItem* item : items_) size = size.expandedTo(item->minimumSize());
-  return size;
+  const QMargins margins = contentsMargins();
+  return size + QSize(margins.left() + margins.right(), margins.top() + margins.bottom());
 }
 
 void FlowLayout::setGeometry(const QRect& area) {
@@ -30,14 +31,15 @@ void FlowLayout::setGeometry(const QRect& area) {
 }
 
 int FlowLayout::arrange(const QRect& area, bool place) const {
-  int x = area.left();
-  int y = area.top();
+  const QRect inner = area.marginsRemoved(contentsMargins());
+  int x = inner.left();
+  int y = inner.top();
   int line = 0;
   for (QLayoutItem* item : items_) {
     if (item->isEmpty()) continue;
     const QSize size = item->sizeHint();
-    if (x > area.left() && x + size.width() > area.right() + 1) {
-      x = area.left();
+    if (x > inner.left() && x + size.width() > inner.right() + 1) {
+      x = inner.left();
       y += line + spacing();
       line = 0;
     }
@@ -45,7 +47,7 @@ int FlowLayout::arrange(const QRect& area, bool place) const {
     x += size.width() + spacing();
     line = std::max(line, size.height());
   }
-  return y + line - area.top();
+  return y + line - area.top() + contentsMargins().bottom();
 }
 
 }  // namespace ui
