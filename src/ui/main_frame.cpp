@@ -373,7 +373,7 @@ void CMainFrame::importCalls() {
   const std::string kept = document_.keptText(result);
   if (!kept.empty()) say(toQt(kept));
   // Who answered to go on is still there, and must know where the calls are.
-  if (result.refused > 0) return person_.messageBox(kept);
+  if (result.refused > 0) return document_.app().surroundings().person.messageBox(kept);
   if (!kept.empty()) return;
   if (!result.phonebookFault.empty()) say(toQt(result.phonebookFault));
   if (!result.message.empty()) say(toQt(result.message));
