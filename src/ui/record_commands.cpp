@@ -58,14 +58,20 @@ BringBack deleteContact(server::CServerDoc& document, std::int32_t id) {
   return [&document, contact = *contact] { document.contactBook().add(contact); };
 }
 
+// Somebody took the name meanwhile, or the restriction does not work any more.
+void refuse(server::CServerDoc& document, const std::string& name) {
+  document.app().surroundings().person.messageBox(document.app().language().TranslateFormat("IDS_UNDO_REFUSED", name));
+}
+
 // A new row with the old password, under a new number.
 BringBack deleteUser(server::CServerDoc& document, std::int32_t id) {
   const auto user = document.users().findUser(id);
-  if (!user || !document.users().deleteUser(id)) return {};
+  if (!user || document.users().deleteUser(id) != security::SaveResult::Saved) return {};
   return [&document, before = *user] {
     security::UserRecord user = before;
     user.RecordID = 0;
-    if (document.users().SaveUser(user, std::nullopt) != security::SaveResult::Saved) return;
+    if (document.users().SaveUser(user, std::nullopt) != security::SaveResult::Saved)
+      return refuse(document, before.Name);
     const std::string date =
         before.PasswordDate ? "#" + before.PasswordDate->format("%m/%d/%Y %H:%M:%S") + "#" : "Null";
     document.database().execute(base::format("update Users set [Password] = %d, PasswordDate = %s where RecordID = %d",
@@ -77,11 +83,11 @@ BringBack deleteUser(server::CServerDoc& document, std::int32_t id) {
 BringBack deleteGroup(server::CServerDoc& document, std::int32_t id) {
   const auto group = document.users().findGroup(id);
   const auto members = document.users().members(id);
-  if (!group || !document.users().deleteGroup(id)) return {};
+  if (!group || document.users().deleteGroup(id) != security::SaveResult::Saved) return {};
   return [&document, before = *group, members] {
     security::GroupRecord group = before;
     group.RecordID = 0;
-    if (document.users().saveGroup(group) != security::SaveResult::Saved) return;
+    if (document.users().saveGroup(group) != security::SaveResult::Saved) return refuse(document, before.Name);
     for (const security::UserRecord& member : members) {
       if (document.users().findUser(member.RecordID)) document.users().addMember(group.RecordID, member.RecordID);
     }
