@@ -31,7 +31,10 @@ void CallGroups::add(const std::string& key, LineResult line, std::chrono::sys_s
   }
   const bool answered = line.records.front().durationSeconds > 0;
   if (answered) {
-    if (group->waiting) out.push_back(part(std::move(*std::exchange(group->waiting, {})), "another phone answered"));
+    if (group->waiting) {
+      out.push_back(part(*std::move(group->waiting), "another phone answered"));
+      group->waiting.reset();
+    }
     group->answered = true;
     out.push_back(std::move(line));
   } else if (group->answered) {
@@ -56,7 +59,10 @@ std::optional<std::chrono::sys_seconds> CallGroups::due() const {
 void CallGroups::settleFirst(std::vector<LineResult>& out) {
   if (Group* group = groups_.find(deadlines_.front().key)) {
     group->settled = true;
-    if (group->waiting) out.push_back(std::move(*std::exchange(group->waiting, {})));
+    if (group->waiting) {
+      out.push_back(*std::move(group->waiting));
+      group->waiting.reset();
+    }
   }
   deadlines_.pop_front();
 }
