@@ -38,7 +38,7 @@ CallSums sumsOfMonth(const FolderServices& services, base::DateTime month) {
   CallSums sums;
   services.main.forEachRow(
       applySurcharge(base::format("SELECT %s FROM Calls WHERE %s", kSums, conditionOf(services, month)),
-                     services.config),
+                     services.config, services.texts),
       [&](const std::vector<Value>& row) {
         sums = sumsOf(row, 0);
         return false;
@@ -53,7 +53,7 @@ void forEachGroup(const FolderServices& services, base::DateTime month, std::str
   services.main.forEachRow(
       applySurcharge(base::format("SELECT %s AS grp, %s FROM Calls WHERE %s group by %s ORDER BY %s", by, kSums,
                                   conditionOf(services, month), by, order),
-                     services.config),
+                     services.config, services.texts),
       take);
 }
 
