@@ -13,10 +13,10 @@ struct CorpusStep {
   enum class Kind { Table, Change, Select };
   Kind kind = Kind::Select;
   int line = 0;
-  TableDef table;
-  std::string statement;
-  std::vector<std::string> rows;  // as shown
-  int error = 0;                  // 0: none is expected
+  TableDef table = {};
+  std::string statement = {};
+  std::vector<std::string> rows = {};  // as shown
+  int error = 0;                       // 0: none is expected
 };
 
 // Throws std::runtime_error that names the line of what it does not understand.
