@@ -152,9 +152,10 @@ TEST_F(SharedSettings, AReadOnlyDatabaseRefusesWritesQuietly) {
   EXPECT_EQ(copy.database->openSnapshot("select [Value] from Touch where Tag = 'Config'").at(0, 0).toLong(), 0);
 }
 
-TEST_F(SharedSettings, AQuotationMarkInAKeyIsTheDatabasesFault) {
+TEST_F(SharedSettings, AQuotationMarkInAKeyNamesNoSetting) {
   Copy copy(folder_, "a.ini");
-  EXPECT_THROW(copy.number("a\"b"), jet::Error);
+  EXPECT_EQ(copy.number("x\" or \"1\"=\"1"), -7);
+  EXPECT_FALSE(copy.config.WriteConfigInt(9, "x\" or \"1\"=\"1", "general", StoreDatabase));
   EXPECT_EQ(copy.number("DbVersion"), 1);
 }
 

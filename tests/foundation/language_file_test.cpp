@@ -184,6 +184,7 @@ TEST_F(BuiltLanguageFile, HasEveryKeyInBothLanguages) {
 
 TEST_F(BuiltLanguageFile, PlaceholdersAgreeBetweenLanguages) {
   for (const auto& [key, text] : texts_["EN"]) {
+    if (key.starts_with("IDS_QT_")) continue;  // placeholders of the window library: %1
     EXPECT_EQ(base::placeholders(text), base::placeholders(texts_["RO"][key])) << key;
   }
   EXPECT_EQ(base::placeholders(texts_["EN"]["IDS_NO_TARIF_RULE"]).size(), 2U);
