@@ -282,6 +282,10 @@ class Parser::Reader {
     for (const FieldIndex field : pair.ends) ends.push_back(fields[field]);
     const std::string key = Dialogs::key(fields[pair.key], std::move(ends));
     if (pair.answer.holds(fields, rules_)) {
+      if (!calls_.clock().instant(fields[pair.time])) {
+        end(std::move(result), Outcome::Unknown, "the time of the call's answer cannot be read", out);
+        return;
+      }
       dialogs_.answered(key, fields);
       end(std::move(result), Outcome::Part, "the call's end gives its record", out);
     } else if (!pair.end.holds(fields, rules_)) {
