@@ -15,6 +15,12 @@ namespace {
 
 constexpr std::size_t kVisible = 200;
 
+// Keys of a source that change what becomes of a call and not how a line is read. They are taken, so that a source's
+// keys can be tried as they stand.
+bool isOfDelivery(std::string_view key) {
+  return key == "id" || key == "format" || key == "internal" || key == "extension_prefix" || key == "quiet";
+}
+
 std::size_t records(const std::vector<std::string>& lines, const std::shared_ptr<const capture::Format>& format,
                     const capture::SourceSettings& settings, std::chrono::sys_seconds arrived) {
   std::stringstream text;
@@ -45,7 +51,8 @@ capture::SourceSettings settingsOf(const std::vector<std::string>& texts) {
   for (const std::string& text : texts) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos) throw capture::SettingError("--set takes KEY=VALUE, not '" + text + "'");
-    settings.set(std::string_view(text).substr(0, equals), std::string_view(text).substr(equals + 1));
+    const std::string_view key = std::string_view(text).substr(0, equals);
+    if (!isOfDelivery(key)) settings.set(key, std::string_view(text).substr(equals + 1));
   }
   return settings;
 }
