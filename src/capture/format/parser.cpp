@@ -315,10 +315,20 @@ class Parser::Reader {
     deliver(calls_.read(whole, times, false), {}, std::move(result), out);
   }
 
+  // What the parts of one call have in common; empty when the line does not tell it.
+  [[nodiscard]] std::string partsKey(const Fields& fields) const {
+    std::string key;
+    bool told = false;
+    for (const FieldIndex field : format_->parts.key) {
+      key += fields[field] + '\n';
+      told = told || !fields[field].empty();
+    }
+    return told ? key : std::string();
+  }
+
   void plain(const Fields& fields, LineResult result, Results& out) {
     const std::string group = format_->group.key ? fields[*format_->group.key] : std::string();
-    std::string call;
-    for (const FieldIndex field : format_->parts.key) call += fields[field] + '\n';
+    const std::string call = partsKey(fields);
     const bool later = group.empty() ? !call.empty() && parts_.find(call) != nullptr : groups_.answeredBefore(group);
     const bool merged = merges_ && !(group.empty() && call.empty());
     auto calls = calls_.read(fields, later && !merged);
