@@ -88,7 +88,8 @@ class RunnerTest : public testing::Test {
   Schedule stored() { return *table.find("daily"); }
 
   FolderOffice office;
-  security::UserDirectory users{*office.main, office.tags, office.texts, office.person, office.clock};
+  security::CurrentUser session;
+  security::UserDirectory users{{*office.main, office.tags, office.texts, office.person, office.clock}, session};
   ScheduleTable table{*office.main};
   ReportMaker::Parts parts{*office.main, office.texts, office.definitions, office.currencies,
                            office.log,   users,        office.clock};

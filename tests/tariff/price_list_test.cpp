@@ -76,7 +76,11 @@ TEST(PriceList, WhatIsWrongInARowIsToldAndTheOthersAreRead) {
   for (const char* wrong : {"", "\n\n", "PK\3\4", "hello\n", "prefix;name\n40;x\n"}) {
     EXPECT_THROW(read(wrong), tariff::PriceListError) << wrong;
   }
-  EXPECT_THROW(read(std::string("4\0000\0;\0", 8)), tariff::PriceListError);
+  EXPECT_THROW(read(std::string("4\0"
+                                "0\0"
+                                ";\0",
+                                6)),
+               tariff::PriceListError);
 }
 
 }  // namespace
