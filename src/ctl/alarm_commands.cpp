@@ -12,6 +12,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/json_text.h"
+#include "security/restriction.h"
 
 namespace ctl {
 
@@ -147,7 +148,13 @@ Table alarmTable(const std::vector<ListedAlarm>& alarms) {
   return table;
 }
 
+// Alarms tell about all calls.
+void requireAllCalls(Context& context) {
+  security::requireAllCalls(context.document().user(), context.language());
+}
+
 int list(const Invocation& call) {
+  requireAllCalls(call.context);
   jet::Database& main = call.context.main();
   const std::vector<Rule> rules = alarms::loadRules(main);
   if (call.global.format == TableFormat::Csv) {
@@ -267,6 +274,7 @@ base::DateTime monthOf(const Invocation& call) {
 }
 
 int tryRule(const Invocation& call) {
+  requireAllCalls(call.context);
   const std::string name = requireRule(call);
   const std::vector<Rule> rules = alarms::loadRules(call.context.main());
   const base::DateTime from = monthOf(call);
@@ -288,6 +296,7 @@ int tryRule(const Invocation& call) {
 
 int acknowledge(const Invocation& call) {
   Context& context = call.context;
+  requireAllCalls(context);
   context.requireWritable();
   const std::int64_t id = call.arguments.integer("ID", 0, 1, std::numeric_limits<std::int64_t>::max());
   if (!alarms::acknowledge(context.main(), id, context.document().user().Name, context.clock().now())) {

@@ -8,19 +8,13 @@
 #include "privacy/anonymise.h"
 #include "privacy/person_data.h"
 #include "schema/schema.h"
+#include "security/restriction.h"
 
 namespace ctl {
 
 namespace {
 
 using privacy::StoredItem;
-
-// These work on all calls, whoever asks.
-void requireAllCalls(Context& context) {
-  if (context.document().user().SQLSubquery.empty()) return;
-  throw Failure(base::format("%s may see some of the calls only; this takes a user who may see all.",
-                             context.document().user().Name));
-}
 
 void printItems(const Invocation& call, const std::vector<StoredItem>& items, bool erased) {
   if (call.global.format == TableFormat::Json) {
@@ -50,7 +44,7 @@ std::unique_ptr<jet::Database> openPhonebook(Context& context) {
 
 int forget(const Invocation& call) {
   Context& context = call.context;
-  requireAllCalls(context);
+  security::requireAllCalls(context.document().user(), context.language());
   const exchange::PartyDefinitions& parties = context.parties();
   const analysis::SubscriberNumbers numbers(parties.countryCode, parties.areaCode);
   const auto phonebook = openPhonebook(context);
@@ -78,7 +72,7 @@ int forget(const Invocation& call) {
 
 int anonymise(const Invocation& call) {
   Context& context = call.context;
-  requireAllCalls(context);
+  security::requireAllCalls(context.document().user(), context.language());
   context.requireWritable();
   privacy::Anonymisation work(context.main(), context.config());
   const auto days = call.arguments.find("--older-than");

@@ -8,6 +8,7 @@
 #include "ctl/definition_edit.h"
 #include "ctl/json_text.h"
 #include "ctl/tariff_trial.h"
+#include "security/restriction.h"
 #include "tariff/price_list_import.h"
 
 namespace ctl {
@@ -178,6 +179,8 @@ int importList(const Invocation& call) {
   tariff::TariffDatabase* tariffs = context.document().tariffs();
   if (tariffs == nullptr) throw Failure("There is no tariff database to import into.");
   const bool dryRun = call.arguments.has("--dry-run");
+  // The trial prices the calls of a month.
+  if (dryRun) security::requireAllCalls(context.document().user(), context.language());
   if (!dryRun && tariffs->database().readOnly())
     throw Failure("The tariff database is open read-only; nothing was changed.");
   const tariff::PriceList list = readList(call);

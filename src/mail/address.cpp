@@ -50,7 +50,7 @@ std::vector<std::string> parseAddresses(std::string_view list) {
     throw std::invalid_argument("A mail address holds a line end or another control character.");
   }
   std::vector<std::string> addresses;
-  for (const std::string& one : base::split(list, ",; ", true)) {
+  for (const std::string& one : base::split(list, ",; ")) {
     if (!isAddress(one)) {
       throw std::invalid_argument(base::format("\"%s\" is no mail address such as name@example.com.", one));
     }

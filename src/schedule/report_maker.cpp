@@ -52,7 +52,7 @@ const Form& formOf(const Schedule& schedule) {
 
 filter::FilterSettings filterOf(const Schedule& schedule, base::DateTime due) {
   filter::FilterSettings settings;
-  for (const std::string& line : base::split(schedule.filter, "\n", true)) {
+  for (const std::string& line : base::split(schedule.filter, "\n")) {
     const std::size_t sign = line.find('=');
     if (sign == std::string::npos) refuse(base::format("Write the filter as KEY=VALUE, not \"%s\".", line));
     filter::setValue(settings, line.substr(0, sign), line.substr(sign + 1));
@@ -87,7 +87,7 @@ const folders::ColumnDefinition& columnOf(const folders::FolderDefinition& folde
 
 std::vector<int> columnsOf(const Schedule& schedule, const folders::FolderDefinition& folder) {
   std::vector<int> kinds;
-  for (const std::string& kind : base::split(schedule.columns, ", ", true)) {
+  for (const std::string& kind : base::split(schedule.columns, ", ")) {
     kinds.push_back(columnOf(folder, kind).kind);
   }
   if (schedule.sortKey != 0 && columnOf(folder, std::to_string(std::abs(schedule.sortKey))).sort == nullptr) {

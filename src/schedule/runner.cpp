@@ -112,7 +112,7 @@ void Runner::begin(Schedule schedule) {
   try {
     const MailSettings settings = readMailSettings(config_);
     Job job{schedule, maker_.make(schedule, *schedule.runFor), settings.server, {}, {}, {}, {}};
-    job.left = base::split(schedule.waiting, ", ", true);
+    job.left = base::split(schedule.waiting, ", ");
     job.report.message.from = settings.from;
     job_ = std::move(job);
   } catch (const std::exception& fault) {

@@ -47,7 +47,7 @@ std::optional<Days> parseDays(std::string_view text) {
   if (text == "last") return Days{0, 31};
   if (const auto day = wholeNumber(text)) return *day >= 1 && *day <= 31 ? std::optional(Days{0, *day}) : std::nullopt;
   Days days;
-  for (const std::string& name : base::split(text, ", ", true)) {
+  for (const std::string& name : base::split(text, ", ")) {
     const auto found = std::ranges::find(kWeekdays, name);
     if (found == kWeekdays.end()) return std::nullopt;
     days.weekdays = static_cast<std::uint8_t>(days.weekdays | 1U << (found - kWeekdays.begin()));

@@ -102,7 +102,7 @@ TEST_F(JudgeTest, BudgetsTellWhatSumsOverAllCallsOfThePeriodTell) {
     }
     std::erase_if(listener_.told, [](const Told& told) { return told.step == 0; });
     ASSERT_EQ(listener_.told.size(), expected.size()) << rule.name;
-    ASSERT_GT(expected.size(), 4U) << rule.name;
+    ASSERT_GE(expected.size(), 2U) << rule.name;
     for (std::size_t i = 0; i < expected.size(); ++i) {
       EXPECT_EQ(listener_.told[i].subject, expected[i].subject) << rule.name;
       EXPECT_EQ(listener_.told[i].step, expected[i].step) << rule.name;

@@ -47,7 +47,8 @@ TEST_F(MonthTest, ComparesWithTheMonthsBefore) {
   EXPECT_DOUBLE_EQ(found.days[0].sums.price, 1);
   EXPECT_EQ(found.days[30].sums.calls, 2);
   EXPECT_EQ(found.missed, 1);
-  EXPECT_EQ(found.open, 1);
+  EXPECT_EQ(found.calledBack, 1);  // half a day later
+  EXPECT_EQ(found.open, 0);
 }
 
 TEST_F(MonthTest, TheDearestComeFirstAndTheCheapOnesAreLeftOut) {

@@ -193,12 +193,15 @@ TEST_F(MaintenanceTest, AnEmptyPeriodShowsTheWindowAndChangesNothing) {
   EXPECT_EQ(copy.person.windowsClosed, 1u);
 }
 
-TEST_F(MaintenanceTest, ADatabaseFaultIsLogged) {
+TEST_F(MaintenanceTest, AProviderThatBreaksOutOfItsQuotesIsRefused) {
   add();
   RecalcOptions options = march();
-  options.provider = "Tel'co";
-  EXPECT_NE(Recalc(copy.parts, options).error, "");
-  EXPECT_EQ(copy.logged().substr(0, 10), "9 Recalc: ");
+  for (const char* provider : {"Tel'co", "x' or '1'='1"}) {
+    options.provider = provider;
+    const RecalcResult result = Recalc(copy.parts, options);
+    EXPECT_NE(result.error, "") << provider;
+    EXPECT_EQ(result.rows, 0) << provider;
+  }
 }
 
 }  // namespace

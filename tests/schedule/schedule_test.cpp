@@ -72,8 +72,12 @@ class RunnerTest : public testing::Test {
     office.main->execute("insert into Groups (RecordID, Name, ObjectAccess) values (1, 'Readers', '9;1')");
     office.main->execute("insert into Users (RecordID, Name, Groups, Flags) values (1, 'ana', ';1;', 0)");
     // Nothing listens there: every mail fails at once.
-    writeMailSettings(office.config,
-                      {{.host = "127.0.0.1", .port = 1, .encryption = mail::Encryption::None}, "t@x.example"});
+    MailSettings settings;
+    settings.server.host = "127.0.0.1";
+    settings.server.port = 1;
+    settings.server.encryption = mail::Encryption::None;
+    settings.from = "t@x.example";
+    writeMailSettings(office.config, settings);
     daily.name = "Daily";
     daily.recipients = "a@x.example, b@x.example";
     daily.user = "ana";
