@@ -34,10 +34,15 @@ class LineReading {
   std::uint64_t fed_ = 0;
 };
 
+// What the end of a stream tells of a line that has no end yet. A peer that closes has sent it whole; a serial device
+// reports the same end when it is pulled out in the middle of a line.
+enum class StreamEnd { CompletesLine, CutsLine };
+
 // Reads lines from a stream into the sink until it ends or breaks; returns why. Memory: `buffer` bytes and the line
 // that is not yet complete.
 template <typename Stream>
-asio::awaitable<asio::error_code> readLines(Stream& stream, LineSink& sink, LineReading& reading, std::size_t buffer) {
+asio::awaitable<asio::error_code> readLines(Stream& stream, LineSink& sink, LineReading& reading, std::size_t buffer,
+                                            StreamEnd streamEnd = StreamEnd::CompletesLine) {
   std::string bytes(buffer, '\0');
   for (;;) {
     asio::error_code fault;
@@ -45,7 +50,8 @@ asio::awaitable<asio::error_code> readLines(Stream& stream, LineSink& sink, Line
                                                               asio::redirect_error(asio::use_awaitable, fault));
     std::vector<TakenLine> lines = reading.feed(std::string_view(bytes.data(), count));
     if (fault && fault != asio::error::operation_aborted) {
-      for (TakenLine& line : reading.end(fault == asio::error::eof)) lines.push_back(std::move(line));
+      const bool inGoodOrder = fault == asio::error::eof && streamEnd == StreamEnd::CompletesLine;
+      for (TakenLine& line : reading.end(inGoodOrder)) lines.push_back(std::move(line));
     }
     if (!lines.empty()) co_await sink.take(std::move(lines), Durability::Soon);
     if (fault) co_return fault;

@@ -51,7 +51,7 @@ class SerialTransport : public SessionTransport {
     established(settings_.device.string());
     LineReading reading(sink());
     reading_ = &reading;
-    const asio::error_code end = co_await readLines(port_, sink(), reading, kBuffer);
+    const asio::error_code end = co_await readLines(port_, sink(), reading, kBuffer, StreamEnd::CutsLine);
     reading_ = nullptr;
     countOverruns();
     asio::error_code ignored;
