@@ -44,7 +44,7 @@ TEST(Service, HandsEveryCallOverOnceAndSaysWhatItDid) {
 TEST(Service, AKillBeforeEveryStepLosesAndDoublesNothing) {
   const std::string shim = TALLYBOOK_KILL_AFTER;
   if (shim.empty()) GTEST_SKIP() << "not under the sanitizers";
-  constexpr int kStride = 7;  // the long form of this is in bench/soak
+  constexpr int kStride = 11;  // the long form of this is in bench/soak
   int at = 1;
   for (bool killed = true; killed; at += kStride) {
     RunningMonitor run;

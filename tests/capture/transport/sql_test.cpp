@@ -54,14 +54,14 @@ class MariaDb : public PrivateServer {
     if (geteuid() == 0) shell("chown -R mysql " + (folder_ / ".").string());
     shell("mariadb-install-db --no-defaults --auth-root-authentication-method=normal --datadir=" + data + user);
     shell("mariadbd --no-defaults --skip-networking --datadir=" + data + " --socket=" + socket() +
-          " --pid-file=" + (folder_ / "pid").string() + user + " &");
+          " --pid-file=" + (folder_ / "pid").string() + user + " >/dev/null 2>&1 &");
     waitFor([this] { return execute("CREATE DATABASE IF NOT EXISTS cdrs"); });
   }
   ~MariaDb() override {
     std::ifstream in(folder_ / "pid");
     pid_t process = 0;
     if (in >> process) {
-      ::kill(process, SIGTERM);
+      ::kill(process, SIGKILL);  // the folder goes with it
       waitFor([&] { return ::kill(process, 0) != 0; });
     }
   }
@@ -134,7 +134,6 @@ void takesEveryRowOnce(const PrivateServer& server, SqlSettings settings) {
     EXPECT_TRUE(run.untilLines(2)) << sink->state;
     ASSERT_TRUE(insert("2026-11-24 08:01:00", 7000, "long"));
     EXPECT_TRUE(run.untilLines(3)) << sink->state;
-    run.rest(std::chrono::milliseconds(1500));
   }
   ASSERT_TRUE(insert("2026-11-24 10:00:00", 60, "c.1"));
   TransportRun again(settings, sink);
