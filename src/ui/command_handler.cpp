@@ -169,6 +169,7 @@ void clearLog(const CommandTarget& target) {
 void offerCommands(const Actions& actions, const CFolderView& list, server::CServerDoc& document) {
   const int folder = list.folderId();
   const bool row = list.currentIndex().isValid();
+  const bool rows = row || list.selectedCount() > 0;
   const folders::FolderView* open = list.model().folder();
   const bool statistic = open != nullptr && folders::isStatistic(open->folder().definition());
   for (const Command command :
@@ -187,8 +188,8 @@ void offerCommands(const Actions& actions, const CFolderView& list, server::CSer
   const RecordRights records = recordRights(folder, document);
   actions.offer(Command::New, records.change);
   actions.offer(Command::Edit, row && records.view);
-  actions.offer(Command::Delete, row && records.change);
-  for (const Command command : {Command::Copy, Command::CopyHeadings, Command::CopyTable}) actions.offer(command, row);
+  actions.offer(Command::Delete, rows && records.change);
+  for (const Command command : {Command::Copy, Command::CopyHeadings, Command::CopyTable}) actions.offer(command, rows);
   actions.offer(Command::CopyNumber, row && !numberOf(list).isEmpty());
   actions.offer(Command::SelectAll, open != nullptr);
   actions.offer(Command::Sort, row);

@@ -96,6 +96,7 @@ TEST_F(MainFrameTest, AnAxisOfTimeHasAPlaceForEveryHourAndABarLeadsToItsCalls) {
   ASSERT_NE(hour, chart.bars().end());
   frame->show();
   chart.setFocus();
+  chart.grab();  // bars have their places when they were drawn
   for (auto bar = chart.bars().begin(); bar <= hour; ++bar) QTest::keyClick(&chart, Qt::Key_Right);
   QTest::keyClick(&chart, Qt::Key_Return);
   EXPECT_EQ(list().folderId(), kCalls);

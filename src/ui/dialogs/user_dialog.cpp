@@ -89,6 +89,7 @@ class UserEditDlg : public FormDialog {
 
   void addGroups(QFormLayout& form) {
     groups_ = named(new QListWidget, "groups");
+    groups_->setAccessibleName(texts()("IDS_FOLDER_GROUPS"));
     const std::vector<std::int32_t> member = security::groupIds(user_.Groups);
     for (const security::GroupRecord& group : directory_.groups()) {
       auto* item = new QListWidgetItem(toQt(group.Name), groups_);
