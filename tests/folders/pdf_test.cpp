@@ -101,7 +101,12 @@ TEST_F(PdfTest, AFaultLeavesNoHalfOfAFile) {
   EXPECT_THROW(writeSummaryPdf(list, file), std::invalid_argument);
   office.user.SQLSubquery = "1=1";
   office.filter.set({{"OnFilter", "1"}, {"NumberPrefix", "\""}});
-  EXPECT_THROW(writeListPdf(view, file), jet::Error);
+  EXPECT_THROW(
+      {
+        FolderView refused = office.view(100);
+        writeListPdf(refused, file);
+      },
+      jet::Error);
   EXPECT_FALSE(fs::exists(file));
 }
 
