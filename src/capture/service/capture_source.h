@@ -38,7 +38,10 @@ class CaptureSource : public LineSink, public std::enable_shared_from_this<Captu
   void stop();
   [[nodiscard]] bool isStopped() const { return transport_.use_count() <= 1; }
   // After stop(): nothing is taken from now on, though a transport that hangs may still try.
-  void close() { closed_ = true; }
+  void close() {
+    closed_ = true;
+    transport_.reset();  // it holds this object as its sink
+  }
 
   // Only puts the journal on the disk; false.
   bool syncAll();
