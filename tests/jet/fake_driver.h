@@ -28,6 +28,7 @@ class FoundRows : public engine::Query {
 
   void bind(const engine::Arguments& arguments) override {
     arguments_ = arguments;
+    extras_.assign(arguments.extras.begin(), arguments.extras.end());
     begun_ = false;
   }
   bool step() override {
@@ -62,6 +63,7 @@ class FoundRows : public engine::Query {
   virtual void find() = 0;
 
   engine::Arguments arguments_;
+  std::vector<std::int64_t> extras_;
   std::vector<Row> rows_;
   std::int64_t changed_ = 0;
 
@@ -96,7 +98,7 @@ class FakeQuery final : public FoundRows {
 
  private:
   FakeTable& table() { return tables_.at(base::foldAscii(statement_.table().name)); }
-  RowKey extra(std::size_t index) const { return arguments_.extras[index]; }
+  RowKey extra(std::size_t index) const { return extras_[index]; }
   bool isRole(std::initializer_list<Role> roles) const { return std::ranges::find(roles, role_) != roles.end(); }
 
   void find() override {
@@ -171,7 +173,7 @@ class FakeQuery final : public FoundRows {
     const auto plan = memory::SelectPlan::make({std::shared_ptr<void>(), &query_});
     std::vector<Value> cells;
     for (const auto& [key, row] : table().rows) {
-      const bool among = role_ == Role::Run || std::ranges::find(arguments_.extras, key) != arguments_.extras.end();
+      const bool among = role_ == Role::Run || std::ranges::find(extras_, key) != extras_.end();
       if (among) cells.insert(cells.end(), row.begin(), row.end());
     }
     const std::size_t fields = statement_.table().fields.size();

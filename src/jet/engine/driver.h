@@ -72,7 +72,8 @@ struct QueryRequest {
   std::string_view text = {};               // of the statement, for errors
 };
 
-// Values of one run. They must stay until the query is bound again or reset.
+// Values of one run. Literals and sites must stay until the query is bound again or reset; extras only during bind(),
+// which copies what it needs of them.
 struct Arguments {
   std::span<const Value> literals;       // one for each of BoundQuery::literals, converted
   std::span<const SiteValue> sites;      // of the classes that the query was prepared for
