@@ -92,7 +92,7 @@ std::string runCommand(const std::string& command, const Environment& values) {
 }
 
 std::string runProgram(const std::vector<std::string>& words, const std::string& input) {
-  // Through a file without a name: a program that reads slowly, or not at all, holds nobody up.
+  // Through a file without a name: a program that reads slowly, or not at all, delays no one.
   char name[] = "/tmp/tallybook-mail-XXXXXX";
   const int file = mkostemp(name, O_CLOEXEC);
   if (file < 0) return base::format("could not be run: %s", std::strerror(errno));

@@ -17,7 +17,7 @@ struct CallScope {
 [[nodiscard]] CallScope activeScope(filter::CallFilter& filter);
 [[nodiscard]] CallScope scopeOf(const filter::CallFilter& filter, const filter::FilterSettings& settings);
 
-// "select FIELDS from Calls where (CRITERIA) AND CONDITION": the condition stands last, so that a user's restriction at
+// "select FIELDS from Calls where (CRITERIA) AND CONDITION": the condition comes last, so that a user's restriction at
 // its end stays the last part of the whole.
 [[nodiscard]] std::string selectCalls(std::string_view fields, std::string_view criteria, std::string_view condition);
 
