@@ -11,7 +11,6 @@ namespace alarms {
 
 namespace {
 
-constexpr const char* kLiteral = "#%m/%d/%Y %H:%M:%S#";
 constexpr std::int64_t kNewsSeconds = 2 * 86'400;
 constexpr const char* kCallFields =
     "RecordID, [DateTime], DialNumber, Extension, Trunk, AccountCode, Department, Owner, Provider, Country, TotalTime, "
@@ -152,8 +151,8 @@ std::optional<std::unordered_map<std::string, Amounts>> AlarmDesk::sums(Subject 
                                                                         base::DateTime to) {
   std::unordered_map<std::string, Amounts> result;
   const char* column = columnOf(subject);
-  const std::string period =
-      base::format("Incoming = 0 and [DateTime] >= %s and [DateTime] < %s", from.format(kLiteral), to.format(kLiteral));
+  const std::string period = base::format("Incoming = 0 and [DateTime] >= %s and [DateTime] < %s",
+                                          from.format(jet::kDateTimeLiteral), to.format(jet::kDateTimeLiteral));
   const std::string sql =
       column == nullptr
           ? base::format("select sum(Price_Ref), sum(TotalTime), count(*) from Calls where %s", period)
@@ -224,7 +223,7 @@ std::vector<ListedAlarm> replay(const DeskServices& services, const Rule& rule, 
   };
   services.main.forEachRow(
       base::format("select %s from Calls where [DateTime] >= %s and [DateTime] < %s order by [DateTime], RecordID",
-                   kCallFields, from.format(kLiteral), to.format(kLiteral)),
+                   kCallFields, from.format(jet::kDateTimeLiteral), to.format(jet::kDateTimeLiteral)),
       [&](const std::vector<jet::Value>& row) {
         const auto call = callOf(row);
         if (!call) return true;

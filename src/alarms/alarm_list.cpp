@@ -7,7 +7,6 @@ namespace alarms {
 namespace {
 
 constexpr const char* kDateFormat = "%d.%m.%Y %H:%M:%S";
-constexpr const char* kLiteral = "#%m/%d/%Y %H:%M:%S#";
 
 std::string amountText(const Rule& rule, double amount, std::string_view currency) {
   const auto seconds = static_cast<std::int64_t>(amount);
@@ -80,8 +79,8 @@ std::string alarmText(const Alarm& alarm, std::string_view currency, const found
 bool addAlarm(jet::Database& main, const Alarm& alarm, const std::string& text) {
   const auto rows = main.openRecordset("SELECT * FROM Alarms");
   rows->findFirst(base::format("RuleName = %s and Subject = %s and PeriodStart = %s and Step = %d",
-                               literal(alarm.rule->name), literal(alarm.subject), alarm.period.format(kLiteral),
-                               alarm.step));
+                               literal(alarm.rule->name), literal(alarm.subject),
+                               alarm.period.format(jet::kDateTimeLiteral), alarm.step));
   if (!rows->noMatch()) return false;
   rows->addNew();
   rows->set("DateTime", alarm.at);

@@ -125,9 +125,9 @@ class Search {
   }
 
   [[nodiscard]] std::string answeredCriteria() const {
-    constexpr std::string_view kLiteral = "#%m/%d/%Y %H:%M:%S#";
-    return base::format("TotalTime > 0 and [DateTime] >= %s and [DateTime] <= %s", first_->format(kLiteral),
-                        last_->plusSeconds(window()).format(kLiteral));
+    return base::format("TotalTime > 0 and [DateTime] >= %s and [DateTime] <= %s",
+                        first_->format(jet::kDateTimeLiteral),
+                        last_->plusSeconds(window()).format(jet::kDateTimeLiteral));
   }
 
   [[nodiscard]] std::int64_t window() const { return options_.withinHours * kSecondsAnHour; }

@@ -122,7 +122,7 @@ void finishHours(TrunkLoad& load) {
 }
 
 // 2 before 10.
-bool isBefore(const TrunkUse& left, const TrunkUse& right) {
+bool isTrunkBefore(const TrunkUse& left, const TrunkUse& right) {
   return std::tuple(left.trunk.size(), left.trunk) < std::tuple(right.trunk.size(), right.trunk);
 }
 
@@ -139,7 +139,7 @@ TrunkLoad trunkLoad(jet::Database& main, const CallScope& scope, const exchange:
     together.ends.insert(together.ends.end(), own.ends.begin(), own.ends.end());
     own = {};
   }
-  std::ranges::sort(load.trunks, isBefore);
+  std::ranges::sort(load.trunks, isTrunkBefore);
   Sweep sweep(load, load.singleLines() ? static_cast<int>(load.trunks.size()) : 0);
   sweepLines(together.starts, together.ends,
              [&](base::DateTime from, base::DateTime to, int running) { sweep.step(from, to, running); });

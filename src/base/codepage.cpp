@@ -7,6 +7,8 @@
 #include <memory>
 #include <type_traits>
 
+#include "base/text.h"
+
 namespace base {
 
 namespace {
@@ -50,10 +52,6 @@ std::size_t frontSequence(std::string_view text, utf8proc_int32_t& codepoint) {
   if (used > 0) return static_cast<std::size_t>(used);
   codepoint = -1;
   return 1;
-}
-
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 template <typename Missing>

@@ -14,11 +14,11 @@ char foldLetter(char letter) {
   return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
 }
 
+}  // namespace
+
 bool isAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
-
-}  // namespace
 
 std::string_view trim(std::string_view text) {
   constexpr std::string_view blanks = " \t\r\n";

@@ -12,6 +12,7 @@ namespace base {
 [[nodiscard]] std::string_view trim(std::string_view text);  // blanks, tabs and line ends off both ends
 
 // A-Z only: keys, identifiers, keywords.
+[[nodiscard]] bool isAscii(std::string_view text);
 [[nodiscard]] std::string foldAscii(std::string_view text);
 [[nodiscard]] bool equalFoldAscii(std::string_view left, std::string_view right);
 

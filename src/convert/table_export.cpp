@@ -21,8 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::int64_t kProgressStep = 1000;
-
 // A new file that only its owner can read.
 class PrivateFile {
  public:

@@ -18,9 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::int64_t kRowsPerTransaction = 20000;
-constexpr std::int64_t kProgressStep = 1000;
-
 [[noreturn]] void fail(const std::string& file, const std::string& what) {
   throw ConversionError(base::format("%s, %s. Nothing was left behind.", file, what));
 }

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 
 #include "convert/table_manifest.h"
 #include "platform/operator.h"
 
 namespace convert {
+
+// Rows between two reports of progress, and rows stored in one transaction.
+inline constexpr std::int64_t kProgressStep = 1000;
+inline constexpr std::int64_t kRowsPerTransaction = 20000;
 
 // Writes every table of the databases in a data folder, those that this program does not know too, as text: one file a
 // table and kManifestFile beside them. The files hold password digests and are private to their owner. The tables of

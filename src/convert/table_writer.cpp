@@ -6,14 +6,13 @@
 #include "base/printf.h"
 #include "base/text.h"
 #include "convert/conversion_error.h"
+#include "convert/table_move.h"
 
 namespace convert {
 
 namespace {
 
 // Large enough to write fast, small enough that a table of millions of calls does not grow the log file without end.
-constexpr std::int64_t kRowsPerTransaction = 20000;
-constexpr std::int64_t kProgressStep = 1000;
 
 // Tables whose rows this program expects in the order of a key that is no auto-number.
 constexpr std::pair<const char*, const char*> kKeys[] = {

@@ -16,7 +16,7 @@
 
 namespace ctl {
 
-namespace {
+namespace alarm_commands {
 
 using alarms::ListedAlarm;
 using alarms::Rule;
@@ -359,10 +359,10 @@ constexpr Command kCommands[] = {
      acknowledge},
 };
 
-}  // namespace
+}  // namespace alarm_commands
 
 std::span<const Command> alarmCommands() {
-  return kCommands;
+  return alarm_commands::kCommands;
 }
 
 }  // namespace ctl

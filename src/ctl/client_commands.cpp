@@ -4,7 +4,7 @@
 
 namespace ctl {
 
-namespace {
+namespace client_commands {
 
 using exchange::ClientDefinition;
 
@@ -55,10 +55,10 @@ constexpr Command kCommands[] = {
     {"client delete", "Delete a client", "tallyctl client delete \"41??\"", kAccount, kChangeSettings, remove},
 };
 
-}  // namespace
+}  // namespace client_commands
 
 std::span<const Command> clientCommands() {
-  return kCommands;
+  return client_commands::kCommands;
 }
 
 }  // namespace ctl

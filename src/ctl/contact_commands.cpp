@@ -19,7 +19,7 @@
 
 namespace ctl {
 
-namespace {
+namespace contact_commands {
 
 namespace fs = std::filesystem;
 using contacts::Contact;
@@ -249,10 +249,10 @@ constexpr Command kCommands[] = {
      kChangeCalls, importCards},
 };
 
-}  // namespace
+}  // namespace contact_commands
 
 std::span<const Command> contactCommands() {
-  return kCommands;
+  return contact_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -6,7 +6,7 @@
 
 namespace ctl {
 
-namespace {
+namespace convert_command {
 
 namespace fs = std::filesystem;
 
@@ -46,10 +46,10 @@ constexpr Command kCommands[] = {
      convertOld},
 };
 
-}  // namespace
+}  // namespace convert_command
 
 std::span<const Command> convertCommands() {
-  return kCommands;
+  return convert_command::kCommands;
 }
 
 }  // namespace ctl

@@ -6,7 +6,7 @@
 
 namespace ctl {
 
-namespace {
+namespace currency_commands {
 
 using tariff::Currencies;
 using tariff::CURRENCYDESC;
@@ -106,10 +106,10 @@ constexpr Command kCommands[] = {
     {"currency delete", "Delete a currency", "tallyctl currency delete USD", kName, kChangeSettings, remove},
 };
 
-}  // namespace
+}  // namespace currency_commands
 
 std::span<const Command> currencyCommands() {
-  return kCommands;
+  return currency_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -4,7 +4,7 @@
 
 namespace ctl {
 
-namespace {
+namespace extension_commands {
 
 // Extensions and accounts have the same fields under other names.
 
@@ -97,13 +97,13 @@ constexpr Command kAccountCommands[] = {
      deleteAccount},
 };
 
-}  // namespace
+}  // namespace extension_commands
 
 std::span<const Command> extensionCommands() {
-  return kExtensionCommands;
+  return extension_commands::kExtensionCommands;
 }
 std::span<const Command> accountCommands() {
-  return kAccountCommands;
+  return extension_commands::kAccountCommands;
 }
 
 }  // namespace ctl

@@ -8,7 +8,7 @@
 
 namespace ctl {
 
-namespace {
+namespace filter_commands {
 
 filter::CallFilter& filterOf(const Invocation& call) {
   return call.context.document().callFilter();
@@ -133,10 +133,10 @@ constexpr Command kCommands[] = {
      "tallyctl filter describe\ntallyctl filter describe --format html", kDescribeOptions, kViewCalls, describe},
 };
 
-}  // namespace
+}  // namespace filter_commands
 
 std::span<const Command> filterCommands() {
-  return kCommands;
+  return filter_commands::kCommands;
 }
 
 }  // namespace ctl

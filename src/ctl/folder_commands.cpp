@@ -9,7 +9,7 @@
 
 namespace ctl {
 
-namespace {
+namespace folder_commands {
 
 using folders::CellValue;
 using folders::FolderDefinition;
@@ -137,10 +137,10 @@ constexpr Command kCommands[] = {
      sql},
 };
 
-}  // namespace
+}  // namespace folder_commands
 
 std::span<const Command> folderCommands() {
-  return kCommands;
+  return folder_commands::kCommands;
 }
 
 }  // namespace ctl

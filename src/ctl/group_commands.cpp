@@ -10,7 +10,7 @@
 
 namespace ctl {
 
-namespace {
+namespace group_commands {
 
 using security::GroupRecord;
 
@@ -134,10 +134,10 @@ constexpr Command kCommands[] = {
      remove},
 };
 
-}  // namespace
+}  // namespace group_commands
 
 std::span<const Command> groupCommands() {
-  return kCommands;
+  return group_commands::kCommands;
 }
 
 }  // namespace ctl

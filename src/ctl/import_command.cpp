@@ -7,7 +7,7 @@
 
 namespace ctl {
 
-namespace {
+namespace import_command {
 
 using Outcome = ingest::ImportResult::Outcome;
 
@@ -71,10 +71,10 @@ constexpr Command kCommands[] = {
      kOptions, kImportCalls, runImport},
 };
 
-}  // namespace
+}  // namespace import_command
 
 std::span<const Command> importCommands() {
-  return kCommands;
+  return import_command::kCommands;
 }
 
 }  // namespace ctl

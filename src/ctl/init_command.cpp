@@ -10,7 +10,7 @@
 
 namespace ctl {
 
-namespace {
+namespace init_command {
 
 namespace fs = std::filesystem;
 
@@ -89,10 +89,10 @@ constexpr Command kCommands[] = {
      init},
 };
 
-}  // namespace
+}  // namespace init_command
 
 std::span<const Command> initCommands() {
-  return kCommands;
+  return init_command::kCommands;
 }
 
 }  // namespace ctl

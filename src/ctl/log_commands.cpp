@@ -7,7 +7,7 @@
 
 namespace ctl {
 
-namespace {
+namespace log_commands {
 
 int show(const Invocation& call) {
   std::int64_t left = call.arguments.integer("--limit", 100, 1, std::numeric_limits<std::int32_t>::max());
@@ -42,10 +42,10 @@ constexpr Command kCommands[] = {
     {"log clear", "Empty the audit log", "tallyctl log clear", {}, kChangeSettings, clear},
 };
 
-}  // namespace
+}  // namespace log_commands
 
 std::span<const Command> logCommands() {
-  return kCommands;
+  return log_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -7,7 +7,7 @@
 
 namespace ctl {
 
-namespace {
+namespace log_filter_commands {
 
 using foundation::StoreMachine;
 
@@ -152,10 +152,10 @@ constexpr Command kCommands[] = {
      condition},
 };
 
-}  // namespace
+}  // namespace log_filter_commands
 
 std::span<const Command> logFilterCommands() {
-  return kCommands;
+  return log_filter_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -11,7 +11,7 @@
 
 namespace ctl {
 
-namespace {
+namespace mail_commands {
 
 using schedule::MailSettings;
 
@@ -109,10 +109,10 @@ constexpr Command kCommands[] = {
      kChangeSettings, test},
 };
 
-}  // namespace
+}  // namespace mail_commands
 
 std::span<const Command> mailCommands() {
-  return kCommands;
+  return mail_commands::kCommands;
 }
 
 }  // namespace ctl

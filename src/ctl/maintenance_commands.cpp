@@ -8,7 +8,7 @@
 
 namespace ctl {
 
-namespace {
+namespace maintenance_commands {
 
 int hideOrShow(const Invocation& call, void (server::CServerDoc::*command)(std::string_view)) {
   call.context.requireWritable();
@@ -113,10 +113,10 @@ constexpr Command kCommands[] = {
      kRecalc, kChangeCalls, recalc},
 };
 
-}  // namespace
+}  // namespace maintenance_commands
 
 std::span<const Command> maintenanceCommands() {
-  return kCommands;
+  return maintenance_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -9,7 +9,7 @@
 
 namespace ctl {
 
-namespace {
+namespace missed_command {
 
 using analysis::AnswerGroup;
 using analysis::MissedCall;
@@ -133,10 +133,10 @@ constexpr Command kCommands[] = {
      kOptions, kViewCalls, missed},
 };
 
-}  // namespace
+}  // namespace missed_command
 
 std::span<const Command> missedCommands() {
-  return kCommands;
+  return missed_command::kCommands;
 }
 
 }  // namespace ctl

@@ -5,7 +5,7 @@
 
 namespace ctl {
 
-namespace {
+namespace password_command {
 
 int passwd(const Invocation& call) {
   Context& context = call.context;
@@ -41,10 +41,10 @@ constexpr Command kCommands[] = {
      passwd},
 };
 
-}  // namespace
+}  // namespace password_command
 
 std::span<const Command> passwordCommands() {
-  return kCommands;
+  return password_command::kCommands;
 }
 
 }  // namespace ctl

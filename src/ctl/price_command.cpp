@@ -10,7 +10,7 @@
 
 namespace ctl {
 
-namespace {
+namespace price_command {
 
 exchange::CallRecord recordOf(const Arguments& arguments) {
   constexpr std::int64_t kMostSeconds = 366 * 86400;
@@ -58,10 +58,10 @@ constexpr Command kCommands[] = {
      kOptions, kViewCalls, price},
 };
 
-}  // namespace
+}  // namespace price_command
 
 std::span<const Command> priceCommands() {
-  return kCommands;
+  return price_command::kCommands;
 }
 
 }  // namespace ctl

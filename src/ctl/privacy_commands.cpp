@@ -12,7 +12,7 @@
 
 namespace ctl {
 
-namespace {
+namespace privacy_commands {
 
 using privacy::StoredItem;
 
@@ -130,10 +130,10 @@ constexpr Command kCommands[] = {
      "tallyctl anonymise --older-than 180\ntallyctl anonymise --confirm", kAnonymise, kChangeSettings, anonymise},
 };
 
-}  // namespace
+}  // namespace privacy_commands
 
 std::span<const Command> privacyCommands() {
-  return kCommands;
+  return privacy_commands::kCommands;
 }
 
 }  // namespace ctl

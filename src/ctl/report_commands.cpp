@@ -17,7 +17,7 @@
 
 namespace ctl {
 
-namespace {
+namespace report_commands {
 
 namespace fs = std::filesystem;
 using folders::FolderView;
@@ -230,10 +230,10 @@ constexpr Command kCommands[] = {
      "tallyctl month\ntallyctl month --month 2026-11 --out november.pdf", kMonthOptions, kViewCalls, month},
 };
 
-}  // namespace
+}  // namespace report_commands
 
 std::span<const Command> reportCommands() {
-  return kCommands;
+  return report_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -4,7 +4,7 @@
 
 namespace ctl {
 
-namespace {
+namespace reset_commands {
 
 int reset(const Invocation& call, bool (server::CServerDoc::*command)()) {
   Context& context = call.context;
@@ -39,10 +39,10 @@ constexpr Command kCommands[] = {
      kChangeCalls, zeroLength},
 };
 
-}  // namespace
+}  // namespace reset_commands
 
 std::span<const Command> resetCommands() {
-  return kCommands;
+  return reset_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -8,7 +8,7 @@
 
 namespace ctl {
 
-namespace {
+namespace sample_command {
 
 constexpr const char* kDefaultLastDay = "2026-11-20";  // a Friday; fixed, so that a seed names one file for ever
 
@@ -47,10 +47,10 @@ constexpr Command kCommands[] = {
      sampleCalls},
 };
 
-}  // namespace
+}  // namespace sample_command
 
 std::span<const Command> sampleCommands() {
-  return kCommands;
+  return sample_command::kCommands;
 }
 
 }  // namespace ctl

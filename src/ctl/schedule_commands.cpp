@@ -11,7 +11,7 @@
 
 namespace ctl {
 
-namespace {
+namespace schedule_commands {
 
 using schedule::Schedule;
 using schedule::ScheduleTable;
@@ -166,10 +166,10 @@ constexpr Command kCommands[] = {
     {"schedule run", "Make and send a report now", "tallyctl schedule run Yesterday", kNamed, kChangeSettings, run},
 };
 
-}  // namespace
+}  // namespace schedule_commands
 
 std::span<const Command> scheduleCommands() {
-  return kCommands;
+  return schedule_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -12,7 +12,7 @@
 
 namespace ctl {
 
-namespace {
+namespace send_command {
 
 using Clock = std::chrono::steady_clock;
 
@@ -94,10 +94,10 @@ constexpr Command kCommands[] = {
      send},
 };
 
-}  // namespace
+}  // namespace send_command
 
 std::span<const Command> sendCommands() {
-  return kCommands;
+  return send_command::kCommands;
 }
 
 }  // namespace ctl

@@ -7,7 +7,7 @@
 
 namespace ctl {
 
-namespace {
+namespace serve_command {
 
 int serve(const Invocation& call) {
   Context& context = call.context;
@@ -44,10 +44,10 @@ constexpr Command kCommands[] = {
      kOptions, kServeCalls, serve},
 };
 
-}  // namespace
+}  // namespace serve_command
 
 std::span<const Command> serveCommands() {
-  return kCommands;
+  return serve_command::kCommands;
 }
 
 }  // namespace ctl

@@ -9,7 +9,7 @@
 
 namespace ctl {
 
-namespace {
+namespace setting_commands {
 
 using foundation::Setting;
 using foundation::SettingType;
@@ -301,10 +301,10 @@ constexpr Command kCommands[] = {
      remove},
 };
 
-}  // namespace
+}  // namespace setting_commands
 
 std::span<const Command> settingCommands() {
-  return kCommands;
+  return setting_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -13,7 +13,7 @@
 
 namespace ctl {
 
-namespace {
+namespace status_command {
 
 namespace fs = std::filesystem;
 
@@ -99,10 +99,10 @@ constexpr Command kCommands[] = {
      status},
 };
 
-}  // namespace
+}  // namespace status_command
 
 std::span<const Command> statusCommands() {
-  return kCommands;
+  return status_command::kCommands;
 }
 
 }  // namespace ctl

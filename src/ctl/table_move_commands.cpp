@@ -9,7 +9,7 @@
 
 namespace ctl {
 
-namespace {
+namespace table_move_commands {
 
 namespace fs = std::filesystem;
 
@@ -66,10 +66,10 @@ constexpr Command kCommands[] = {
      importTables},
 };
 
-}  // namespace
+}  // namespace table_move_commands
 
 std::span<const Command> tableMoveCommands() {
-  return kCommands;
+  return table_move_commands::kCommands;
 }
 
 }  // namespace ctl

@@ -13,7 +13,7 @@
 
 namespace ctl {
 
-namespace {
+namespace tariff_commands {
 
 using tariff::PriceChange;
 using tariff::PriceChangeKind;
@@ -229,10 +229,10 @@ constexpr Command kCommands[] = {
      kOptions, kChangeSettings, importList},
 };
 
-}  // namespace
+}  // namespace tariff_commands
 
 std::span<const Command> tariffCommands() {
-  return kCommands;
+  return tariff_commands::kCommands;
 }
 
 }  // namespace ctl

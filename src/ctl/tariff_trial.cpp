@@ -6,8 +6,6 @@ namespace ctl {
 
 namespace {
 
-constexpr std::string_view kLiteral = "#%m/%d/%Y#";
-
 base::DateTime monthBefore(base::DateTime now) {
   const base::DateTime::Parts parts = now.plusDays(-now.parts().day).parts();
   return *base::DateTime::fromParts(parts.year, parts.month, 1);
@@ -19,9 +17,9 @@ void moveStart(jet::Database& tariffs, std::int32_t profileId, std::int32_t prov
   tariffs.execute(
       base::format("delete from profiles where provider_id = %d and profile_name = '%s' and profile_id <> %d and "
                    "profile_start_date >= %s",
-                   providerId, profile, profileId, from.format(kLiteral)));
+                   providerId, profile, profileId, from.format(jet::kDateLiteral)));
   tariffs.execute(base::format("update profiles set profile_start_date = %s where profile_id = %d",
-                               from.format(kLiteral), profileId));
+                               from.format(jet::kDateLiteral), profileId));
 }
 
 exchange::CallRecord recordOf(const std::vector<jet::Value>& row) {
@@ -59,7 +57,7 @@ TariffTrial tryOnLastMonth(Context& context, tariff::PriceListImport& plan,
     context.main().forEachRow(
         base::format("select [DateTime], DialNumber, Trunk, TotalTime, Pulses, Price_Ref from Calls where Incoming = 0 "
                      "and [DateTime] >= %s and [DateTime] < %s and Provider = '%s' and Profile = '%s'",
-                     trial.from.format(kLiteral), end.format(kLiteral), provider.name, profile),
+                     trial.from.format(jet::kDateLiteral), end.format(jet::kDateLiteral), provider.name, profile),
         [&](const std::vector<jet::Value>& row) {
           addCall(context, row, trial);
           return true;

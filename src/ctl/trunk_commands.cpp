@@ -7,7 +7,7 @@
 
 namespace ctl {
 
-namespace {
+namespace trunk_commands {
 
 using exchange::tagTRUNKINFO;
 
@@ -206,13 +206,13 @@ constexpr Command kProviderCommands[] = {
      kChangeSettings, deleteProvider},
 };
 
-}  // namespace
+}  // namespace trunk_commands
 
 std::span<const Command> trunkCommands() {
-  return kTrunkCommands;
+  return trunk_commands::kTrunkCommands;
 }
 std::span<const Command> providerCommands() {
-  return kProviderCommands;
+  return trunk_commands::kProviderCommands;
 }
 
 }  // namespace ctl

@@ -11,7 +11,7 @@
 
 namespace ctl {
 
-namespace {
+namespace trunk_load_command {
 
 using analysis::HourLoad;
 using analysis::TrunkLoad;
@@ -121,10 +121,10 @@ constexpr Command kCommands[] = {
      kOptions, kViewCalls, trunkLoad},
 };
 
-}  // namespace
+}  // namespace trunk_load_command
 
 std::span<const Command> trunkLoadCommands() {
-  return kCommands;
+  return trunk_load_command::kCommands;
 }
 
 }  // namespace ctl

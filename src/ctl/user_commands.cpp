@@ -11,7 +11,7 @@
 
 namespace ctl {
 
-namespace {
+namespace user_commands {
 
 using security::UserRecord;
 
@@ -172,10 +172,10 @@ constexpr Command kCommands[] = {
     {"user delete", "Delete a user", "tallyctl user delete ana", kDelete, kChangeSettings, remove},
 };
 
-}  // namespace
+}  // namespace user_commands
 
 std::span<const Command> userCommands() {
-  return kCommands;
+  return user_commands::kCommands;
 }
 
 }  // namespace ctl

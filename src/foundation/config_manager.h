@@ -17,6 +17,9 @@ namespace foundation {
 // Where a setting lives. Any other number is taken as the database store.
 enum Store : int { StoreMachine = 1, StoreDatabase = 2 };
 
+// The section of most settings.
+inline constexpr const char* kGeneral = "general";
+
 // The main frame's placement as it is kept: 44 bytes, opaque here.
 using WindowPlacement = std::array<unsigned char, 44>;
 

@@ -12,8 +12,8 @@ namespace ingest {
 
 namespace {
 
-constexpr const char* kRefused = ".refused";
-constexpr const char* kRest = ".rest";
+constexpr const char* kRefusedEnding = ".refused";
+constexpr const char* kRestEnding = ".rest";
 
 void check(const std::error_code& error, const char* what, const std::string& file) {
   if (error) throw std::filesystem::filesystem_error(what, file, error);
@@ -26,8 +26,8 @@ std::string withoutRefused(const std::string& file) {
   const bool number = std::all_of(file.begin() + static_cast<std::ptrdiff_t>(dot) + 1, file.end(),
                                   [](unsigned char c) { return std::isdigit(c) != 0; });
   const std::string name = file.substr(0, dot);
-  if (!number || !name.ends_with(kRefused)) return file;
-  return name.substr(0, name.size() - std::string_view(kRefused).size());
+  if (!number || !name.ends_with(kRefusedEnding)) return file;
+  return name.substr(0, name.size() - std::string_view(kRefusedEnding).size());
 }
 
 }  // namespace
@@ -93,7 +93,7 @@ void KeptFiles::name(FileProgress& progress, KeptFile FileProgress::*kept, const
 
 void KeptFiles::refuse(FileProgress& progress, std::span<const unsigned char> record) {
   if (progress.refused.file.empty()) {
-    name(progress, &FileProgress::refused, kRefused, "Calls that could not be recorded are kept in %s");
+    name(progress, &FileProgress::refused, kRefusedEnding, "Calls that could not be recorded are kept in %s");
   }
   const KeptFile& refused = progress.refused;
   check(platform::writeDurably(refused.file, refused.bytes, record), "cannot write", refused.file);
@@ -102,7 +102,7 @@ void KeptFiles::refuse(FileProgress& progress, std::span<const unsigned char> re
 
 void KeptFiles::keepRest(FileProgress& progress, const std::filesystem::path& file) {
   if (progress.rest.file.empty()) {
-    name(progress, &FileProgress::rest, kRest, "What could not be read of the monitor's file is kept in %s");
+    name(progress, &FileProgress::rest, kRestEnding, "What could not be read of the monitor's file is kept in %s");
   }
   check(platform::copyRestDurably(file, progress.bytes, progress.rest.file), "cannot write", progress.rest.file);
 }

@@ -13,6 +13,10 @@ namespace jet {
 // The types of a value and of a column. Text and Memo differ only in a column's definition.
 enum class Type { Null, Boolean, Long, Double, Text, DateTime };
 
+// A moment and a day as literals of the dialect (forms of base::DateTime::format).
+inline constexpr const char* kDateTimeLiteral = "#%m/%d/%Y %H:%M:%S#";
+inline constexpr const char* kDateLiteral = "#%m/%d/%Y#";
+
 // One value of a field or an expression. Long columns hold 32 bits; counts and sums may be longer, so 64 are kept.
 class Value {
  public:

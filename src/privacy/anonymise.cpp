@@ -9,7 +9,6 @@ namespace {
 constexpr std::string_view kSection = "Calls";
 constexpr std::string_view kDone = "AnonymisedBefore";          // the day as it is stored
 constexpr std::string_view kConfirmed = "AnonymisedConfirmed";  // the same, of what cannot be taken back
-constexpr const char* kLiteral = "#%m/%d/%Y#";
 
 std::string cut(const std::string& number) {
   constexpr std::size_t kCut = Anonymisation::kDigitsCut;
@@ -33,8 +32,8 @@ std::int64_t Anonymisation::waiting() {
 std::int64_t Anonymisation::apply(base::DateTime before) {
   jet::Transaction transaction(main_);
   const auto done = doneBefore();
-  std::string period = base::format("[DateTime] < %s", before.format(kLiteral));
-  if (done) period += base::format(" and [DateTime] >= %s", done->format(kLiteral));
+  std::string period = base::format("[DateTime] < %s", before.format(jet::kDateLiteral));
+  if (done) period += base::format(" and [DateTime] >= %s", done->format(jet::kDateLiteral));
   const auto kept = main_.openRecordset("SELECT * FROM CallsBefore");
   const auto calls = main_.openRecordset("SELECT * FROM Calls WHERE " + period);
   std::int64_t count = 0;

@@ -14,7 +14,7 @@ struct TextColumn {
   const char* name;
   std::string Schedule::*member;
 };
-constexpr TextColumn kTexts[] = {
+constexpr TextColumn kTextColumns[] = {
     {"Name", &Schedule::name},     {"Filter", &Schedule::filter},         {"Columns", &Schedule::columns},
     {"Format", &Schedule::format}, {"Period", &Schedule::period},         {"Days", &Schedule::days},
     {"Lang", &Schedule::language}, {"Recipients", &Schedule::recipients}, {"UserName", &Schedule::user},
@@ -46,7 +46,7 @@ Schedule readRow(jet::Recordset& row) {
   schedule.enabled = row.get("Enabled").toBool();
   schedule.version = static_cast<std::int32_t>(row.get("Version").toLong());
   schedule.nextRun = row.get("NextRun").toDateTime().value_or(base::DateTime());
-  for (const TextColumn& column : kTexts) schedule.*column.member = row.get(column.name).toText();
+  for (const TextColumn& column : kTextColumns) schedule.*column.member = row.get(column.name).toText();
   for (const NumberColumn& column : kNumbers) {
     schedule.*column.member = static_cast<std::int32_t>(row.get(column.name).toLong());
   }
@@ -57,7 +57,7 @@ Schedule readRow(jet::Recordset& row) {
 void setRow(jet::Recordset& row, const Schedule& schedule) {
   row.set("Enabled", schedule.enabled);
   row.set("NextRun", schedule.nextRun);
-  for (const TextColumn& column : kTexts) row.set(column.name, schedule.*column.member);
+  for (const TextColumn& column : kTextColumns) row.set(column.name, schedule.*column.member);
   for (const NumberColumn& column : kNumbers) row.set(column.name, schedule.*column.member);
   for (const DateColumn& column : kDates) {
     const auto& date = schedule.*column.member;

@@ -10,8 +10,6 @@ namespace security {
 
 namespace {
 
-constexpr const char* kSection = "general";
-
 // A text of an entry, as many characters as the documented buffer of 256 holds.
 constexpr std::size_t kMaxText = 255;
 
@@ -52,7 +50,7 @@ FilterDate splitDate(std::string text) {
 std::string levelCondition(foundation::ConfigManager& config) {
   std::string condition;
   for (const Category& category : kCategories) {
-    if (config.ReadConfigInt(category.showKey, kSection, foundation::StoreMachine, 0) == 0) continue;
+    if (config.ReadConfigInt(category.showKey, foundation::kGeneral, foundation::StoreMachine, 0) == 0) continue;
     if (!condition.empty()) condition += " OR ";
     condition += base::format(" Level = %d ", static_cast<int>(category.level));
   }
@@ -86,7 +84,7 @@ void AuditLog::CloseLog() {
 void AuditLog::LoadLogLevels() {
   for (const Category& category : kCategories) {
     logLevelEnabled_[static_cast<std::size_t>(category.level) - 1] =
-        config_.ReadConfigInt(category.recordKey, kSection, foundation::StoreMachine, 0);
+        config_.ReadConfigInt(category.recordKey, foundation::kGeneral, foundation::StoreMachine, 0);
   }
 }
 
@@ -103,20 +101,20 @@ bool AuditLog::writeEntry(int level, std::string text) {
 
 std::string AuditLog::BuildLogFilter() {
   const auto number = [this](const char* key) {
-    return config_.ReadConfigInt(key, kSection, foundation::StoreMachine, 0);
+    return config_.ReadConfigInt(key, foundation::kGeneral, foundation::StoreMachine, 0);
   };
   // A date that was never chosen is today's: an empty one would make a condition that is none.
   const auto date = [this](const char* key) {
     const std::string today = clock_.now().format("%m/%d/%Y");
-    return splitDate(config_.ReadConfigString(key, kSection, foundation::StoreMachine, today));
+    return splitDate(config_.ReadConfigString(key, foundation::kGeneral, foundation::StoreMachine, today));
   };
 
   if (number("LogFilt_Enabled") == 0) return "1=1";
   std::string condition = levelCondition(config_);
   if (number("LogFilt_UserEnabled") != 0) {
     if (!condition.empty()) condition += " AND ";
-    condition += base::format(" UserName = \"%s\" ",
-                              config_.ReadConfigString("LogFilt_User", kSection, foundation::StoreMachine, ""));
+    condition += base::format(" UserName = \"%s\" ", config_.ReadConfigString("LogFilt_User", foundation::kGeneral,
+                                                                              foundation::StoreMachine, ""));
   }
   if (number("LogFilt_IntervalEnabled") != 0) {
     if (!condition.empty()) condition += " AND ";
@@ -128,7 +126,7 @@ std::string AuditLog::BuildLogFilter() {
 bool AuditLog::PurgeOldLogEntries() {
   if (database_ == nullptr || database_->readOnly()) return true;
   const auto number = [this](const char* key) {
-    return config_.ReadConfigInt(key, kSection, foundation::StoreDatabase, 0);
+    return config_.ReadConfigInt(key, foundation::kGeneral, foundation::StoreDatabase, 0);
   };
   const std::int32_t days = std::min(number("Log_DeleteAfter"), kLongestRetention);
   if (days <= 0 || number("Log_DeleteEnabled") == 0) return false;

@@ -11,7 +11,6 @@ namespace security {
 
 namespace {
 
-constexpr const char* kSection = "general";
 constexpr int kTries = 3;
 constexpr std::int64_t kSecondsOfDay = 86400;
 
@@ -22,11 +21,11 @@ std::uint32_t storedDigest(jet::Recordset& users) {
 }  // namespace
 
 std::string LoginManager::setting(const char* key) {
-  return services_.config.ReadConfigString(key, kSection, foundation::StoreMachine, "");
+  return services_.config.ReadConfigString(key, foundation::kGeneral, foundation::StoreMachine, "");
 }
 
 void LoginManager::keepSetting(const char* key, const std::string& value) {
-  services_.config.WriteConfigString(value, key, kSection, foundation::StoreMachine);
+  services_.config.WriteConfigString(value, key, foundation::kGeneral, foundation::StoreMachine);
 }
 
 void LoginManager::show(const char* key) {

@@ -19,7 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kGeneral = "general";
 constexpr const char* kTemplate = "template.html";
 constexpr const char* kMonitor = "monitor";
 
@@ -56,7 +55,7 @@ void makeDatabases(const DataFolderPlan& plan, const DataFolderTools& tools) {
   tags.LoadTouch(*main);
   tools.config.OpenConfig(*main, tags);
   // A bill without its page names neither organisation nor period.
-  tools.config.WriteConfigInt(1, "TemplateHotel", kGeneral, foundation::StoreDatabase);
+  tools.config.WriteConfigInt(1, "TemplateHotel", foundation::kGeneral, foundation::StoreDatabase);
   if (plan.withSample) sample::fillMain(*main, tools.config);
   tools.config.CloseConfig();
   tags.CloseTouch();
@@ -143,17 +142,19 @@ void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std:
 
 bool useDataFolder(const fs::path& folder, foundation::ConfigManager& config) {
   using foundation::StoreMachine;
-  return config.WriteConfigString(folderSetting(folder), "PathDatabase", kGeneral, StoreMachine) &&
-         config.WriteConfigString(folderSetting(folder / kMonitor), "PathMonitor", kGeneral, StoreMachine) &&
-         config.WriteConfigString(folderSetting(folder), "Path", kGeneral, StoreMachine) &&
-         config.WriteConfigString(kAdministrator, "LastUser", kGeneral, StoreMachine) && showBarsAtFirst(config);
+  return config.WriteConfigString(folderSetting(folder), "PathDatabase", foundation::kGeneral, StoreMachine) &&
+         config.WriteConfigString(folderSetting(folder / kMonitor), "PathMonitor", foundation::kGeneral,
+                                  StoreMachine) &&
+         config.WriteConfigString(folderSetting(folder), "Path", foundation::kGeneral, StoreMachine) &&
+         config.WriteConfigString(kAdministrator, "LastUser", foundation::kGeneral, StoreMachine) &&
+         showBarsAtFirst(config);
 }
 
 bool showBarsAtFirst(foundation::ConfigManager& config) {
   bool written = true;
   for (const char* key : {"iface_Toolbar", "iface_Statusbar"}) {
-    if (config.machineStore().readInt(kGeneral, key)) continue;
-    written = config.WriteConfigInt(1, key, kGeneral, foundation::StoreMachine) && written;
+    if (config.machineStore().readInt(foundation::kGeneral, key)) continue;
+    written = config.WriteConfigInt(1, key, foundation::kGeneral, foundation::StoreMachine) && written;
   }
   return written;
 }

@@ -11,7 +11,6 @@ namespace server {
 
 namespace {
 
-constexpr std::string_view kGeneral = "general";
 constexpr std::string_view kVersionSwitch = "/v";
 
 std::string_view withoutQuotes(std::string_view text) {
@@ -59,20 +58,21 @@ CServerApp::Start CServerApp::InitInstance(std::string_view commandLine, OneCopy
 
 void CServerApp::applyProfile(std::string_view name) {
   const auto ofProfile = [&](std::string_view key) {
-    return config_.ReadConfigString(base::format("%s_%s", key, name), kGeneral, foundation::StoreMachine, "");
+    return config_.ReadConfigString(base::format("%s_%s", key, name), foundation::kGeneral, foundation::StoreMachine,
+                                    "");
   };
   if (ofProfile("PathDatabase").empty()) {
     surroundings_.person.messageBox(base::format("Profile %s does not exist!", name));
     return;
   }
   for (const char* key : {"PathDatabase", "Path", "PathMonitor"}) {
-    config_.WriteConfigString(ofProfile(key), key, kGeneral, foundation::StoreMachine);
+    config_.WriteConfigString(ofProfile(key), key, foundation::kGeneral, foundation::StoreMachine);
   }
 }
 
 bool CServerApp::loadLanguage() {
   const std::string folder =
-      base::withSeparator(config_.ReadConfigString("path", kGeneral, foundation::StoreMachine, ""));
+      base::withSeparator(config_.ReadConfigString("path", foundation::kGeneral, foundation::StoreMachine, ""));
   const std::string name = base::format("%s%s.lng", folder, base::kProgramName);
   // A name without a folder stands beside the program; a set folder without the file falls back to that one, since the
   // folder is also where reports go.
@@ -82,12 +82,13 @@ bool CServerApp::loadLanguage() {
     surroundings_.person.messageBox(base::format("Error loading language file: %s", name));
     return false;
   }
-  const std::string chosen = config_.ReadConfigString("Lang", kGeneral, foundation::StoreMachine, "");
-  language_.CheckCodepage(
-      chosen.empty() ? config_.ReadConfigString("Language", kGeneral, foundation::StoreMachine, "") : chosen,
-      surroundings_.person);
+  const std::string chosen = config_.ReadConfigString("Lang", foundation::kGeneral, foundation::StoreMachine, "");
+  language_.CheckCodepage(chosen.empty()
+                              ? config_.ReadConfigString("Language", foundation::kGeneral, foundation::StoreMachine, "")
+                              : chosen,
+                          surroundings_.person);
   if (language_.NativeLanguage() != chosen) {
-    config_.WriteConfigString(language_.NativeLanguage(), "Lang", kGeneral, foundation::StoreMachine);
+    config_.WriteConfigString(language_.NativeLanguage(), "Lang", foundation::kGeneral, foundation::StoreMachine);
   }
   return true;
 }
@@ -104,7 +105,7 @@ bool CServerApp::takeLock() {
 }
 
 void CServerApp::changeLanguage(std::string_view code) {
-  config_.WriteConfigString(code, "Lang", kGeneral, foundation::StoreMachine);
+  config_.WriteConfigString(code, "Lang", foundation::kGeneral, foundation::StoreMachine);
   surroundings_.person.messageBox(language_.Translate("IDS_RESTART_APPLY_LANGUAGE"));
 }
 

@@ -21,7 +21,6 @@ namespace server {
 
 namespace {
 
-constexpr std::string_view kGeneral = "general";
 constexpr std::int32_t kDatabaseVersion = 1;
 constexpr std::int32_t kUpperPanePercent = 70;
 
@@ -29,8 +28,9 @@ constexpr std::int32_t kUpperPanePercent = 70;
 alarms::SendMail sendMailer(foundation::ConfigManager& config) {
   return [&config](const std::string& to, const std::string& subject, const std::string& text) {
     const std::string program =
-        config.ReadConfigString("MailProgram", kGeneral, foundation::StoreMachine, "/usr/sbin/sendmail");
-    const std::string from = config.ReadConfigString("OrganizationEmail", kGeneral, foundation::StoreDatabase, "");
+        config.ReadConfigString("MailProgram", foundation::kGeneral, foundation::StoreMachine, "/usr/sbin/sendmail");
+    const std::string from =
+        config.ReadConfigString("OrganizationEmail", foundation::kGeneral, foundation::StoreDatabase, "");
     return alarms::runProgram({base::systemPath(program).string(), "-oi", "-t"},
                               alarms::mailText(from, to, subject, text))
         .empty();
@@ -63,8 +63,8 @@ bool CServerDoc::OnNewDocument(const StartDuties& duties) {
 
 StartEnd CServerDoc::start(StartDuties duties) {
   keepsState_ = duties.maintain;
-  previewMode_ = config_.ReadConfigInt("Preview mode", kGeneral, foundation::StoreMachine, 0);
-  upperPane_ = config_.ReadConfigInt("Upper pane %", kGeneral, foundation::StoreMachine, kUpperPanePercent);
+  previewMode_ = config_.ReadConfigInt("Preview mode", foundation::kGeneral, foundation::StoreMachine, 0);
+  upperPane_ = config_.ReadConfigInt("Upper pane %", foundation::kGeneral, foundation::StoreMachine, kUpperPanePercent);
   if (const StartEnd end = openAndLogIn(duties); end != StartEnd::Ready) return end;
   if (!HasRight(security::ObjectCalls, security::RightChange)) {
     duties.maintain = duties.firstImport = duties.outputPort = false;
@@ -131,7 +131,8 @@ StartEnd CServerDoc::openSettings() {
 }
 
 bool CServerDoc::openMainDatabase() {
-  const std::string folder = config_.ReadConfigString("PathDatabase", kGeneral, foundation::StoreMachine, "---");
+  const std::string folder =
+      config_.ReadConfigString("PathDatabase", foundation::kGeneral, foundation::StoreMachine, "---");
   if (folder == "---") {
     person_.messageBox(language_.Translate("IDS_CANTREADREGISTRY"));
     return false;
@@ -175,7 +176,7 @@ void CServerDoc::upgradeSchema() {
   if (DatabaseReadOnly()) return;
   try {
     addMissingTables();
-    std::int32_t version = config_.ReadConfigInt("DbVersion", kGeneral, foundation::StoreDatabase, 0);
+    std::int32_t version = config_.ReadConfigInt("DbVersion", foundation::kGeneral, foundation::StoreDatabase, 0);
     if (version >= kDatabaseVersion) return;
     jet::Transaction transaction(*main_);
     try {
@@ -184,7 +185,7 @@ void CServerDoc::upgradeSchema() {
     } catch (const jet::Error& error) {
       report(error);
     }
-    config_.WriteConfigInt(version, "DbVersion", kGeneral, foundation::StoreDatabase);
+    config_.WriteConfigInt(version, "DbVersion", foundation::kGeneral, foundation::StoreDatabase);
     transaction.commit();
   } catch (const jet::Error& error) {
     report(error);
@@ -192,7 +193,8 @@ void CServerDoc::upgradeSchema() {
 }
 
 bool CServerDoc::loadReferenceData(const StartDuties& duties) {
-  const std::string folder = config_.ReadConfigString("PathDatabase", kGeneral, foundation::StoreMachine, "---");
+  const std::string folder =
+      config_.ReadConfigString("PathDatabase", foundation::kGeneral, foundation::StoreMachine, "---");
   try {
     // Without tariffs every price is 0, and each call says so in the log.
     tariffs_ = tariff::TariffDatabase::open(folder);
@@ -400,8 +402,8 @@ void CServerDoc::OnCloseDocument() {
   if (main_ == nullptr) return;
   try {
     if (keepsState_) {
-      config_.WriteConfigInt(previewMode_, "Preview mode", kGeneral, foundation::StoreMachine);
-      config_.WriteConfigInt(upperPane_, "Upper pane %", kGeneral, foundation::StoreMachine);
+      config_.WriteConfigInt(previewMode_, "Preview mode", foundation::kGeneral, foundation::StoreMachine);
+      config_.WriteConfigInt(upperPane_, "Upper pane %", foundation::kGeneral, foundation::StoreMachine);
     }
     if (user_.UserLoggedIn) log_.WriteLog(security::LogLogin, language_.Translate("IDS_LOG_LOGOUT"), user_.Name);
     saveDefinitions();

@@ -8,7 +8,6 @@ namespace tariff {
 
 namespace {
 
-constexpr std::string_view kInternational = "00";
 constexpr std::string_view kServiceMarks = "*#";
 
 bool isServiceMark(std::string_view number, std::size_t position) {

@@ -5,6 +5,9 @@
 
 namespace tariff {
 
+// What a number in international form begins with.
+inline constexpr std::string_view kInternational = "00";
+
 // The number without a leading service code: one that begins with "*" or "#" and ends at the next of them, at position
 // 1 to 4. A later end does not count: such a number stays whole.
 [[nodiscard]] std::string_view skipServiceCode(std::string_view number);

@@ -12,7 +12,6 @@ namespace tariff {
 
 namespace {
 
-constexpr std::string_view kInternational = "00";
 constexpr unsigned kEveryDay = 0x7F;
 constexpr int kSecondsAMinute = 60;
 constexpr int kHundredths = 100;  // of a second, the unit of resolutions

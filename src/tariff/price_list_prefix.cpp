@@ -5,13 +5,13 @@
 
 #include "base/printf.h"
 #include "base/text.h"
+#include "tariff/dialled_number.h"
 #include "tariff/price_list.h"
 
 namespace tariff {
 
 namespace {
 
-constexpr std::string_view kInternational = "00";
 constexpr std::size_t kLongestPrefix = 18;  // digits; so many fit a 64-bit number
 constexpr std::uint64_t kMostOfRange = 10'000;
 

@@ -24,14 +24,14 @@ constexpr std::array<StepText, 7> kDays = {{{"IDS_SUNDAY", "Sunday"},
 
 constexpr StepText kCall = {"IDS_PRICE_CALL", "Call to \"%s\" on trunk %d, start %s."};
 constexpr StepText kIgnoredUpTo = {"IDS_PRICE_IGNORED_UP_TO", "Calls up to %d s are ignored."};
-constexpr StepText kNoTrunk = {
+constexpr StepText kTrunkMissing = {
     "IDS_PRICE_NO_TRUNK",
     "Trunk %d has no provider yet: recording the first call on it will give it one, which may set another price."};
 constexpr StepText kTrunk = {"IDS_PRICE_TRUNK", "Trunk %d: %s, provider id %d, profile %s%s%s."};
 constexpr StepText kByPulses = {"IDS_PRICE_BY_PULSES", "priced by pulses"};
 constexpr StepText kIgnoresZero = {"IDS_PRICE_IGNORES_ZERO", "ignores calls without pulses"};
 constexpr StepText kUnnamed = {"IDS_PRICE_UNNAMED", "(unnamed)"};
-constexpr StepText kNoProvider = {"IDS_PRICE_NO_PROVIDER", "Provider %d: not defined."};
+constexpr StepText kProviderMissing = {"IDS_PRICE_NO_PROVIDER", "Provider %d: not defined."};
 constexpr StepText kProvider = {"IDS_PRICE_PROVIDER", "Provider %d: %s, %d free seconds, local prefixes \"%s\"."};
 constexpr StepText kNormalised = {"IDS_PRICE_NORMALISED", "International form: %s"};
 constexpr StepText kProfile = {"IDS_PRICE_PROFILE", "Profile %d: %s, in force since %s, %d free seconds."};
@@ -41,8 +41,8 @@ constexpr StepText kLeavesRecord = {"IDS_PRICE_LEAVES_RECORD", "the free seconds
 constexpr StepText kLocal = {"IDS_PRICE_LOCAL", "A local call."};
 constexpr StepText kNotLocal = {"IDS_PRICE_NOT_LOCAL", "Not a local call."};
 constexpr StepText kDialled = {"IDS_PRICE_DIALLED", "Destination %d: prefix \"%s\" of the number as dialled."};
-constexpr StepText kInternational = {"IDS_PRICE_INTERNATIONAL",
-                                     "Destination %d: prefix \"%s\" of the number in international form."};
+constexpr StepText kInternationalDestination = {"IDS_PRICE_INTERNATIONAL",
+                                                "Destination %d: prefix \"%s\" of the number in international form."};
 constexpr StepText kCatchAll = {"IDS_PRICE_CATCH_ALL",
                                 "Destination %d: the provider's local destination, without prefix."};
 constexpr StepText kPulses = {"IDS_PRICE_PULSES", "Pulses: %d x %.4f = %.4f"};
@@ -145,14 +145,14 @@ void Report::addHead(const PriceTrace& trace, const exchange::CallRecord& record
 
 void Report::addTrunk(const PriceTrace::Trunk& trunk) {
   const exchange::tagTRUNKINFO& definition = trunk.definition;
-  if (!trunk.defined || definition.providerId <= 0) return add(kNoTrunk, trunk.number);
+  if (!trunk.defined || definition.providerId <= 0) return add(kTrunkMissing, trunk.number);
   add(kTrunk, trunk.number, orUnnamed(definition.label), definition.providerId, orUnnamed(definition.profile),
       remark(definition.pulses != 0, ", ", kByPulses), remark(definition.ignoreZeroPulses != 0, ", ", kIgnoresZero));
 }
 
 void Report::addProvider(const PriceTrace::Provider& provider) {
   if (provider.id <= 0) return;  // said with the trunk
-  if (!provider.defined) return add(kNoProvider, provider.id);
+  if (!provider.defined) return add(kProviderMissing, provider.id);
   add(kProvider, provider.id, orUnnamed(provider.definition.name), provider.definition.freeSeconds,
       provider.definition.localPrefixes);
 }
@@ -172,7 +172,7 @@ void Report::addDestination(const PriceTrace::Destination& destination) {
     case PriceTrace::Match::Dialled:
       return add(kDialled, destination.id, destination.prefix);
     case PriceTrace::Match::Normalised:
-      return add(kInternational, destination.id, destination.prefix);
+      return add(kInternationalDestination, destination.id, destination.prefix);
     case PriceTrace::Match::LocalCatchAll:
       return add(kCatchAll, destination.id);
   }

@@ -19,7 +19,7 @@ namespace {
 constexpr int kDays = 7;
 constexpr int kHours = 24;
 constexpr int kHourFolder = 116;
-constexpr int kKindCount = 421;
+constexpr int kNumberOfCalls = 421;
 constexpr int kKindHour = 431;
 constexpr int kKindWeekday = 429;
 constexpr int kPadding = 4;
@@ -45,7 +45,7 @@ QColor readableOn(const QColor& ground) {
 void readDay(server::CServerDoc& document, int weekday, std::array<std::int64_t, 24>& counts) {
   folders::FolderView view(*folders::findFolder(kHourFolder), document.folderServices(), document.valueFormatter());
   view.narrow(folders::Narrowing{base::format("Weekday([DateTime]) = %d", weekday), {}});
-  view.setLayout({{kKindHour, kKindCount}, {}});
+  view.setLayout({{kKindHour, kNumberOfCalls}, {}});
   view.readRows(0, kHours, [&](auto row) {
     const std::int64_t hour = row[0].first->toLong(-1);
     if (hour >= 0 && hour < kHours) counts[static_cast<std::size_t>(hour)] = row[1].first->toLong();

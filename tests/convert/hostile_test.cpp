@@ -17,6 +17,9 @@
 #include "support/temporary_folder.h"
 
 namespace convert {
+
+using namespace support;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -16,6 +16,9 @@
 #include "support/temporary_folder.h"
 
 namespace convert {
+
+using namespace support;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -8,6 +8,8 @@
 
 namespace {
 
+using namespace support;
+
 class Answers : public ::testing::Test, protected TallyctlRun {
  protected:
   nlohmann::json json(const std::string& command) { return nlohmann::json::parse(succeed(command + " --json")); }

@@ -6,6 +6,8 @@
 
 namespace {
 
+using namespace support;
+
 // The document that the browser made of a page; tags in lower case, attributes in quotes, text as UTF-8.
 class Document {
  public:

@@ -7,9 +7,7 @@
 
 namespace {
 
-bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
+using namespace support;
 
 class ImportCommand : public ::testing::Test, protected TallyctlRun {
  protected:

@@ -11,6 +11,8 @@
 
 namespace {
 
+using namespace support;
+
 namespace fs = std::filesystem;
 
 class Moving : public ::testing::Test {
@@ -38,10 +40,6 @@ class Moving : public ::testing::Test {
   TemporaryFolder temporary_;
   fs::path folder_ = temporary_ / "work";
 };
-
-bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
 
 TEST_F(Moving, AConvertedInstallationWorks) {
   struct Case {

@@ -6,11 +6,9 @@
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace support;
 
-bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
+namespace fs = std::filesystem;
 
 std::string hours(long seconds) {
   char text[32];

@@ -21,6 +21,8 @@
 
 namespace {
 
+using namespace support;
+
 namespace fs = std::filesystem;
 
 constexpr const char* kRestriction = "Department='Vânzări'";

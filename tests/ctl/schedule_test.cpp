@@ -11,12 +11,10 @@
 
 namespace {
 
+using namespace support;
+
 namespace fs = std::filesystem;
 using nlohmann::json;
-
-bool contains(const std::string& text, std::string_view part) {
-  return text.find(part) != std::string::npos;
-}
 
 // Reports that are mailed, through a real mail server.
 class Schedules : public TallyctlRun, public testing::Test {

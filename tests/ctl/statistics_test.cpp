@@ -8,6 +8,8 @@
 
 namespace {
 
+using namespace support;
+
 using Row = std::vector<std::string>;
 using Rows = std::vector<Row>;
 

@@ -43,7 +43,7 @@ class CallOffice {
     config.WriteConfigInt(value, key, "general", foundation::StoreDatabase);
   }
 
-  TemporaryFolder folder;
+  support::TemporaryFolder folder;
   ScriptedOperator person;
   FixedClock clock{*base::DateTime::fromParts(2025, 3, 31, 14, 5, 9)};
   std::unique_ptr<jet::Database> main = schema::createMainDatabase(folder / schema::kMainFile);

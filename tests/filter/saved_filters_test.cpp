@@ -7,6 +7,9 @@
 #include "support/temporary_folder.h"
 
 namespace filter {
+
+using namespace support;
+
 namespace {
 
 using base::DateTime;

@@ -6,6 +6,8 @@
 namespace folders {
 namespace {
 
+using namespace support;
+
 base::DateTime day(int year, int month, int number, int hour = 12) {
   return *base::DateTime::fromParts(year, month, number, hour);
 }

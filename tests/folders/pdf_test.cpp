@@ -9,6 +9,8 @@
 namespace folders {
 namespace {
 
+using namespace support;
+
 namespace fs = std::filesystem;
 
 // What a tool of another maker finds in the file.
@@ -22,7 +24,7 @@ std::string outputOf(const std::string& command) {
   return text;
 }
 
-std::size_t count(const std::string& text, std::string_view part) {
+std::size_t occurrences(const std::string& text, std::string_view part) {
   std::size_t found = 0;
   for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++found;
   return found;
@@ -48,14 +50,14 @@ TEST_F(PdfTest, AListHasEveryRowAndItsHeadingsOnEverySheet) {
   view.setLayout({{400, 407, 404, 408}, {}});
   ASSERT_TRUE(writeListPdf(view, file));
   const std::string text = textOf();
-  for (int i = 0; i < 1000; ++i) EXPECT_EQ(count(text, std::to_string(700000 + i)), 1u) << i;
-  EXPECT_EQ(count(text, "Ștefan Țuțea"), 1000u);
-  EXPECT_EQ(count(text, "500 RON"), 1u);
+  for (int i = 0; i < 1000; ++i) EXPECT_EQ(occurrences(text, std::to_string(700000 + i)), 1u) << i;
+  EXPECT_EQ(occurrences(text, "Ștefan Țuțea"), 1000u);
+  EXPECT_EQ(occurrences(text, "500 RON"), 1u);
   const std::string about = info();
   EXPECT_NE(about.find("IDS_CALLS_REPORT - IDS_FOLDER_CALLS"), std::string::npos) << about;
   const std::size_t sheets = std::stoul(about.substr(about.find("Pages:") + 6));
   EXPECT_GT(sheets, 10u);
-  EXPECT_EQ(count(text, "IDS_DURATION"), sheets);
+  EXPECT_EQ(occurrences(text, "IDS_DURATION"), sheets);
 }
 
 // All columns of the call list at once: letters grow smaller, but dates and amounts are never broken or cut.
@@ -74,9 +76,9 @@ TEST_F(PdfTest, AWideListKeepsItsDatesAndAmountsWhole) {
   const std::string text = textOf();
   for (const char* whole :
        {"0097149385880", "01.11.2026", "09:20:02", "123,457 RON", "IDS_INCOMING", "Contabilitate"}) {
-    EXPECT_EQ(count(text, whole), 1u) << whole << text;
+    EXPECT_EQ(occurrences(text, whole), 1u) << whole << text;
   }
-  EXPECT_EQ(count(text, "02:05"), 2u);  // in its row and in the totals
+  EXPECT_EQ(occurrences(text, "02:05"), 2u);  // in its row and in the totals
 }
 
 TEST_F(PdfTest, ABillAddsUpOnPaper) {

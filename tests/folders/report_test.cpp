@@ -15,6 +15,8 @@
 namespace folders {
 namespace {
 
+using namespace support;
+
 namespace fs = std::filesystem;
 
 std::size_t count(const std::string& text, std::string_view part) {

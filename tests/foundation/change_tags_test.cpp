@@ -9,6 +9,9 @@
 #include "support/temporary_folder.h"
 
 namespace foundation {
+
+using namespace support;
+
 namespace {
 
 // Two copies of the program on one database file.

@@ -8,6 +8,9 @@
 #include "support/temporary_folder.h"
 
 namespace foundation {
+
+using namespace support;
+
 namespace {
 
 class MachineSettings : public testing::Test {

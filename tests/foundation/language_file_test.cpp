@@ -11,6 +11,9 @@
 #include "support/temporary_folder.h"
 
 namespace foundation {
+
+using namespace support;
+
 namespace {
 
 LanguageFile parsed(const std::string& content) {

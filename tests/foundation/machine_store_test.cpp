@@ -10,6 +10,9 @@
 #include "support/temporary_folder.h"
 
 namespace foundation {
+
+using namespace support;
+
 namespace {
 
 TEST(MachineStore, KeepsTypesApart) {

@@ -2,15 +2,10 @@
 
 #include "jet/error.h"
 #include "jet/operators.h"
+#include "jet/values.h"
 
 namespace jet {
 namespace {
-
-const Value null;
-
-base::DateTime date(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
-  return *base::DateTime::fromParts(year, month, day, hour, minute, second);
-}
 
 // A Wednesday, in the first quarter.
 const base::DateTime kMoment = date(2025, 3, 5, 14, 30, 59);

@@ -5,13 +5,13 @@
 namespace jet {
 namespace {
 
-struct Case {
+struct LikeCase {
   std::string_view text;
   std::string_view pattern;
 };
 
 TEST(Like, Matches) {
-  const Case cases[] = {
+  const LikeCase cases[] = {
       {"", ""},
       {"", "*"},
       {"", "**"},
@@ -57,7 +57,7 @@ TEST(Like, Matches) {
 }
 
 TEST(Like, DoesNotMatch) {
-  const Case cases[] = {
+  const LikeCase cases[] = {
       {"", "?"},         {"a", ""},      {"abc", "ab"},   {"0213456", "022*"}, {"axc", "a#c"},
       {"a٣c", "a#c"},  // a digit of another script
       {"100x", "100%"},  {"axb", "a_b"}, {"m", "[!a-z]"}, {"b", "[a-]"},       {"ab", "a[*]b"},

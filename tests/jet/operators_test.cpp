@@ -5,15 +5,10 @@
 #include <limits>
 
 #include "jet/error.h"
+#include "jet/values.h"
 
 namespace jet {
 namespace {
-
-const Value null;
-
-base::DateTime date(int year, int month, int day, int hour = 0, int minute = 0) {
-  return *base::DateTime::fromParts(year, month, day, hour, minute);
-}
 
 TEST(Operators, Compare) {
   struct Case {

@@ -32,13 +32,13 @@ std::string conditionFault(std::string_view condition) {
   return faultOf([condition] { return conditionText(condition); });
 }
 
-struct Case {
+struct ParserCase {
   std::string_view text;
   std::string_view tree;
 };
 
 TEST(Parser, ReadsTheStatementsOfTheSystem) {
-  const Case cases[] = {
+  const ParserCase cases[] = {
       {"SELECT * FROM Log ORDER BY DateTime DESC;", "select * from Log order DateTime desc"},
       {"select [number] & ' ' as n from FilteredNumbers", "select (& number ?0:text)=n from FilteredNumbers"},
       {"select distinct(profile_name) from profiles where provider_id = 3",
@@ -93,7 +93,7 @@ TEST(Parser, ReadsTheStatementsOfTheSystem) {
 }
 
 TEST(Parser, ReadsConditions) {
-  const Case cases[] = {
+  const ParserCase cases[] = {
       {"Path = \"general\\DbVersion\"", "(= Path ?0:text)"},
       {"Groups LIKE \"*;5;*\"", "(like Groups ?0:text)"},
       {"(Name LIKE \"*a*\" OR Organization LIKE \"*a*\") AND Tel_String LIKE \"*1*\"",
@@ -120,7 +120,7 @@ TEST(Parser, ReadsConditions) {
 }
 
 TEST(Parser, NamesThePlaceOfAFault) {
-  const Case cases[] = {
+  const ParserCase cases[] = {
       {"select * from Calls where a b",
        "3075 Syntax error (missing operator) in query expression 'select * from Calls where a b' at character 29."},
       {"select '\xC8\x98' from T where",

@@ -6,6 +6,9 @@
 #include "support/temporary_folder.h"
 
 namespace jet {
+
+using namespace support;
+
 namespace {
 
 // A process that opens the file when it is told to, adds a row and leaves. Forked before this one opens the file: a

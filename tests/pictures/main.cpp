@@ -35,6 +35,8 @@
 
 namespace {
 
+using namespace support;
+
 using pictures::Album;
 
 constexpr std::int64_t kCalls = 3000;

@@ -96,7 +96,7 @@ class SecurityFixture : public testing::Test {
     return all;
   }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   ScriptedOperator person_;
   FixedClock clock_{*base::DateTime::fromParts(2025, 3, 10, 12, 0, 0)};
   foundation::MachineStore machine_{folder_ / "store.ini"};

@@ -11,6 +11,8 @@
 
 #include "support/temporary_folder.h"
 
+namespace support {
+
 // The program as its users meet it: run without a terminal in a folder of its own, with that folder's machine store.
 class TallyctlRun {
  public:
@@ -65,3 +67,5 @@ class TallyctlRun {
  private:
   TemporaryFolder folder_;
 };
+
+}  // namespace support

@@ -5,9 +5,9 @@
 namespace tariff {
 namespace {
 
-constexpr unsigned kMonday = 1U << 1;
-constexpr unsigned kTuesday = 1U << 2;
-constexpr unsigned kSunday = 1U << 0;
+constexpr unsigned kMondayBit = 1U << 1;
+constexpr unsigned kTuesdayBit = 1U << 2;
+constexpr unsigned kSundayBit = 1U << 0;
 constexpr unsigned kWorkDays = 0b0111110;
 
 std::vector<ChargeRow> bands(std::initializer_list<unsigned> days) {
@@ -22,11 +22,11 @@ std::vector<ChargeRow> bands(std::initializer_list<unsigned> days) {
 using Rows = std::vector<std::vector<std::int64_t>>;
 
 TEST(StoredDays, UseProductsOnlyWhereThePriceCalculationRecognisesThem) {
-  const auto week = storedDays(bands({kWorkDays, kSunday}));
+  const auto week = storedDays(bands({kWorkDays, kSundayBit}));
   EXPECT_EQ(week.encoding, DayEncoding::Product);
   EXPECT_EQ(week.ofBand, (Rows{{2310}, {17}}));
   // Monday and Tuesday make 6, which a database without a larger product would read as Saturday.
-  const auto two = storedDays(bands({kMonday | kTuesday, kSunday}));
+  const auto two = storedDays(bands({kMondayBit | kTuesdayBit, kSundayBit}));
   EXPECT_EQ(two.encoding, DayEncoding::Plain);
   EXPECT_EQ(two.ofBand, (Rows{{1, 2}, {0}}));
 }

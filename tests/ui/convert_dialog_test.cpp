@@ -24,13 +24,6 @@ class ConvertDialogTest : public testing::Test {
   Desktop desktop;
 };
 
-Script::Step acknowledge(const char* text) {
-  return [text](QDialog& dialog) {
-    EXPECT_TRUE(dialog.property("text").toString().contains(text)) << dialog.property("text").toString().toStdString();
-    click(dialog, "ok");
-  };
-}
-
 TEST_F(ConvertDialogTest, AnOldDatabaseIsConvertedBesideTheOpenOneAndUsedFromTheNextStart) {
   const std::string monitor = desktop.setting("general", "PathMonitor");
   const Script script({[this](QDialog& dialog) {

@@ -149,4 +149,12 @@ class Script {
   std::set<QDialog*> seen_;
 };
 
+// A message that holds the text: read and closed.
+inline Script::Step acknowledge(const char* text) {
+  return [text](QDialog& dialog) {
+    EXPECT_TRUE(dialog.property("text").toString().contains(text)) << dialog.property("text").toString().toStdString();
+    click(dialog, "ok");
+  };
+}
+
 }  // namespace support

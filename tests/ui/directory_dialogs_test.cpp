@@ -27,13 +27,6 @@ class DirectoryDialogsTest : public testing::Test {
 void enter(QDialog& dialog, const char* name, const char* text) {
   child<QLineEdit>(dialog, name).setText(text);
 }
-Script::Step acknowledge(const char* text) {
-  return [text](QDialog& dialog) {
-    EXPECT_TRUE(dialog.property("text").toString().contains(text)) << dialog.property("text").toString().toStdString();
-    click(dialog, "ok");
-  };
-}
-
 // A click that opens a further window: the script goes on meanwhile.
 void clickLater(QDialog& dialog, const char* name) {
   QTimer::singleShot(0, &dialog, [&dialog, name] { click(dialog, name); });

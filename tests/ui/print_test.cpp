@@ -12,6 +12,8 @@
 
 namespace {
 
+using namespace support;
+
 // A list of calls as the reports write it.
 QString list(int columns, int rows) {
   const auto row = [columns](const QString& cell) { return "<TR>\n" + cell.repeated(columns) + "</TR>\n"; };

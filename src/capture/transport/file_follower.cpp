@@ -12,8 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::milliseconds kLook{200};
-constexpr std::size_t kPiece = 256 * 1024;
+constexpr std::chrono::milliseconds kFollowPause{200};
+constexpr std::size_t kFollowPiece = 256 * 1024;
 // After a rotation by rename the program may write to the old file for a while; the new one must be there and the old
 // one silent for that many looks.
 constexpr int kQuietLooks = 10;
@@ -34,7 +34,7 @@ class FileFollower : public SessionTransport {
       const bool more = co_await takePiece();
       if (more) continue;
       if (!file_ || isRotated()) co_await changeFile();
-      co_await pause(kLook);
+      co_await pause(kFollowPause);
     }
   }
 
@@ -112,7 +112,7 @@ class FileFollower : public SessionTransport {
   // Takes what has been appended, up to a piece. True when there may be more.
   asio::awaitable<bool> takePiece() {
     if (!file_) co_return false;
-    std::string bytes = file_->read(kPiece);
+    std::string bytes = file_->read(kFollowPiece);
     if (bytes.empty()) co_return false;
     quietLooks_ = 0;
     // The line before ended with CR and its LF came later.

@@ -15,8 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::milliseconds kLook{1000};
-constexpr std::size_t kPiece = 256 * 1024;
+constexpr std::chrono::milliseconds kWatchPause{1000};
+constexpr std::size_t kWatchPiece = 256 * 1024;
 
 // A file's name as an origin can hold it: no blanks, no colon.
 std::string nameForOrigin(const std::string& name) {
@@ -45,7 +45,7 @@ class FolderWatcher : public SessionTransport {
       for (const std::string& name : wholeFiles()) {
         if (!stopping()) co_await takeFile(name);
       }
-      co_await pause(kLook);
+      co_await pause(kWatchPause);
       if (!fs::is_directory(settings_.path, fault)) throw ConnectionFault(settings_.path.string() + ": it is gone");
     }
   }
@@ -90,7 +90,7 @@ class FolderWatcher : public SessionTransport {
     const std::uint64_t begin = takenOf(own);
     file->seek(begin);
     LineFramer framer;
-    for (std::string bytes = file->read(kPiece); !bytes.empty(); bytes = file->read(kPiece)) {
+    for (std::string bytes = file->read(kWatchPiece); !bytes.empty(); bytes = file->read(kWatchPiece)) {
       framer.feed(bytes);
       std::vector<TakenLine> lines;
       while (auto line = framer.next()) {

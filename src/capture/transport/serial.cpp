@@ -13,7 +13,7 @@ namespace capture {
 
 namespace {
 
-constexpr std::size_t kBuffer = 16 * 1024;
+constexpr std::size_t kSerialBuffer = 16 * 1024;
 constexpr std::chrono::milliseconds kLineEndPatience{500};  // to the end of a line that is being sent when we stop
 
 using Option = asio::serial_port_base;
@@ -51,7 +51,7 @@ class SerialTransport : public SessionTransport {
     established(settings_.device.string());
     LineReading reading(sink());
     reading_ = &reading;
-    const asio::error_code end = co_await readLines(port_, sink(), reading, kBuffer, StreamEnd::CutsLine);
+    const asio::error_code end = co_await readLines(port_, sink(), reading, kSerialBuffer, StreamEnd::CutsLine);
     reading_ = nullptr;
     countOverruns();
     asio::error_code ignored;

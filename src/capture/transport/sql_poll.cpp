@@ -11,7 +11,7 @@ namespace capture {
 
 namespace {
 
-constexpr std::size_t kPiece = 500;  // rows a step
+constexpr std::size_t kRowsAStep = 500;  // rows a step
 constexpr std::int64_t kMillisecondsPerSecond = 1000;
 
 // Asks an exchange's database for new rows. A row appears when its call ends but is found by when it began, so every
@@ -66,9 +66,9 @@ class SqlPoll : public SessionTransport {
 
   asio::awaitable<void> take(std::vector<SqlRow> rows) {
     const std::int64_t now = std::time(nullptr) * kMillisecondsPerSecond;
-    for (std::size_t begin = 0; begin < rows.size() && !stopping(); begin += kPiece) {
+    for (std::size_t begin = 0; begin < rows.size() && !stopping(); begin += kRowsAStep) {
       std::vector<TakenLine> lines;
-      for (std::size_t i = begin; i < std::min(rows.size(), begin + kPiece); ++i) {
+      for (std::size_t i = begin; i < std::min(rows.size(), begin + kRowsAStep); ++i) {
         newest_ = std::max(*newest_, rows[i].time);
         const std::string origin = originOf(rows[i]);
         seen_.add(origin, now);

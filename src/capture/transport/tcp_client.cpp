@@ -14,7 +14,7 @@ using asio::ip::tcp;
 constexpr std::chrono::seconds kConnectLimit{10};
 constexpr std::chrono::seconds kAnswerLimit{30};
 constexpr std::size_t kLongestAnswer = 64 * 1024;
-constexpr std::size_t kPiece = 4096;
+constexpr std::size_t kClientPiece = 4096;
 
 }  // namespace
 
@@ -70,7 +70,7 @@ asio::awaitable<void> TcpClient::connectTo(const std::string& host, std::uint16_
 
 asio::awaitable<std::string> TcpClient::readUntil(std::string end, std::chrono::seconds limit) {
   startLimit(limit);
-  std::string bytes(kPiece, '\0');
+  std::string bytes(kClientPiece, '\0');
   for (;;) {
     const std::size_t place = unread_.find(end);
     if (place != std::string::npos) {

@@ -13,7 +13,7 @@ namespace {
 
 using asio::ip::tcp;
 
-constexpr std::size_t kBuffer = 4 * 1024;  // a connection; there may be a thousand
+constexpr std::size_t kListenBuffer = 4 * 1024;  // a connection; there may be a thousand
 constexpr std::chrono::milliseconds kOutOfHandles{200};
 
 // The exchange connects to us.
@@ -83,7 +83,7 @@ class TcpListen : public SessionTransport {
 
   asio::awaitable<void> read(std::list<tcp::socket>::iterator socket) {
     LineReading reading(sink());
-    asio::error_code end = co_await readLines(*socket, sink(), reading, kBuffer);
+    asio::error_code end = co_await readLines(*socket, sink(), reading, kListenBuffer);
     if (end == asio::error::operation_aborted) co_await takeArrived(*socket, sink(), reading);
     connections_.erase(socket);
     if (connections_.empty() && !stopping()) listening();

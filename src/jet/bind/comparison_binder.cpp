@@ -9,10 +9,6 @@ namespace jet::bind {
 
 namespace {
 
-bool isLiteral(const Expression& expression) {
-  return expression.kind == Expression::Kind::Literal && !expression.isNullLiteral;
-}
-
 bool isEquality(Operator op) {
   return op == Operator::Equal || op == Operator::NotEqual;
 }
@@ -27,9 +23,9 @@ BoundExpression ExpressionBinder::comparedLiteral(const Expression& expression, 
 }
 
 BoundExpression ExpressionBinder::comparison(const Expression& left, const Expression& right, Operator op) {
-  if (isLiteral(left) && !isLiteral(right)) return comparison(right, left, mirrored(op));
+  if (left.isParameter() && !right.isParameter()) return comparison(right, left, mirrored(op));
   BoundExpression bound = bind(left);
-  if (isLiteral(right)) return withLiteral(std::move(bound), right, op);
+  if (right.isParameter()) return withLiteral(std::move(bound), right, op);
   return compareTyped(std::move(bound), bind(right), op);
 }
 
@@ -85,10 +81,10 @@ BoundExpression ExpressionBinder::between(const Expression& expression) {
 // One list where all its members are literals that become of the value's type; else an Or of comparisons.
 BoundExpression ExpressionBinder::in(const Expression& expression) {
   const Expression& value = *expression.operands[0];
-  bool list = !isLiteral(value);
+  bool list = !value.isParameter();
   bool truths = false;
   for (std::size_t i = 1; i < expression.operands.size(); ++i) {
-    list = list && isLiteral(*expression.operands[i]);
+    list = list && expression.operands[i]->isParameter();
     truths = truths || expression.operands[i]->literalType == Type::Boolean;
   }
   std::vector<BoundExpression> operands;

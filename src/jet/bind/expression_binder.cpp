@@ -10,10 +10,6 @@ namespace jet::bind {
 
 namespace {
 
-bool isLiteral(const Expression& expression) {
-  return expression.kind == Expression::Kind::Literal && !expression.isNullLiteral;
-}
-
 struct NamedAggregate {
   std::string_view name;
   Aggregate aggregate;
@@ -144,7 +140,7 @@ BoundExpression ExpressionBinder::condition(const Expression& expression) {
 }
 
 BoundExpression ExpressionBinder::stored(const Expression& expression, const FieldDef& field) {
-  if (isLiteral(expression)) {
+  if (expression.isParameter()) {
     BoundExpression bound = literal(expression, Convert::Store, field.type);
     query_.literals.back().field = field;
     return bound;
@@ -162,7 +158,7 @@ BoundExpression ExpressionBinder::stored(const Expression& expression, const Fie
 }
 
 ExpressionBinder::Side ExpressionBinder::side(const Expression& expression) {
-  if (isLiteral(expression)) return {&expression, {}, expression.literalType};
+  if (expression.isParameter()) return {&expression, {}, expression.literalType};
   BoundExpression bound = bind(expression);
   const Type type = bound.type;
   return {nullptr, std::move(bound), type};

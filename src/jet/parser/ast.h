@@ -69,6 +69,8 @@ struct Expression {
   std::string table;              // qualifier of a column or star ("toptab", "Clients"); empty when bare
   std::string name;               // column name as written, or function name in lower case
   std::vector<ExpressionPtr> operands;
+
+  [[nodiscard]] bool isParameter() const { return kind == Kind::Literal && !isNullLiteral; }
 };
 
 struct SelectItem {

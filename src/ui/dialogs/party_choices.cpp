@@ -6,7 +6,7 @@ namespace ui {
 
 namespace {
 
-using Choices = std::vector<ChoiceBox::Choice>;
+using ChoiceList = std::vector<ChoiceBox::Choice>;
 
 // Values in the order of their insertion or sorted, each once.
 class DistinctChoices {
@@ -16,15 +16,15 @@ class DistinctChoices {
     const QString shown = description.empty() ? toQt(value) : QString("%1 (%2)").arg(toQt(value), toQt(description));
     choices_.push_back({shown, toQt(value)});
   }
-  [[nodiscard]] Choices take() { return std::move(choices_); }
+  [[nodiscard]] ChoiceList take() { return std::move(choices_); }
 
  private:
-  Choices choices_;
+  ChoiceList choices_;
   std::set<std::string> seen_;
 };
 
-Choices sorted(const std::set<std::string>& values) {
-  Choices choices;
+ChoiceList sorted(const std::set<std::string>& values) {
+  ChoiceList choices;
   for (const std::string& value : values) {
     if (!value.empty()) choices.push_back({toQt(value), toQt(value)});
   }
@@ -33,26 +33,26 @@ Choices sorted(const std::set<std::string>& values) {
 
 }  // namespace
 
-Choices extensionChoices(const exchange::PartyDefinitions& parties) {
+ChoiceList extensionChoices(const exchange::PartyDefinitions& parties) {
   DistinctChoices choices;
   for (const auto& extension : parties.extensions) choices.add(extension.extension, extension.description);
   return choices.take();
 }
 
-Choices accountChoices(const exchange::PartyDefinitions& parties) {
+ChoiceList accountChoices(const exchange::PartyDefinitions& parties) {
   DistinctChoices choices;
   for (const auto& account : parties.accounts) choices.add(account.account, account.description);
   return choices.take();
 }
 
-Choices departmentChoices(const exchange::PartyDefinitions& parties) {
+ChoiceList departmentChoices(const exchange::PartyDefinitions& parties) {
   std::set<std::string> values;
   for (const auto& extension : parties.extensions) values.insert(extension.department);
   for (const auto& account : parties.accounts) values.insert(account.department);
   return sorted(values);
 }
 
-Choices trunkChoices(const exchange::PartyDefinitions& parties) {
+ChoiceList trunkChoices(const exchange::PartyDefinitions& parties) {
   DistinctChoices choices;
   for (const auto& trunk : parties.trunks) {
     if (trunk.providerId > 0) choices.add(trunk.trunk, trunk.label == "-" ? std::string() : trunk.label);
@@ -60,20 +60,20 @@ Choices trunkChoices(const exchange::PartyDefinitions& parties) {
   return choices.take();
 }
 
-Choices countryChoices(const exchange::PartyDefinitions& parties) {
+ChoiceList countryChoices(const exchange::PartyDefinitions& parties) {
   std::set<std::string> values;
   for (const auto& prefix : parties.prefixes) values.insert(prefix.country);
   return sorted(values);
 }
 
-Choices providerChoices(const exchange::PartyDefinitions& parties) {
+ChoiceList providerChoices(const exchange::PartyDefinitions& parties) {
   DistinctChoices choices;
   for (const auto& provider : parties.providers) choices.add(provider.name, "");
   return choices.take();
 }
 
-Choices plainChoices(const std::vector<std::string>& values) {
-  Choices choices;
+ChoiceList plainChoices(const std::vector<std::string>& values) {
+  ChoiceList choices;
   for (const std::string& value : values) choices.push_back({toQt(value), toQt(value)});
   return choices;
 }

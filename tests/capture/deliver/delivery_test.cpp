@@ -6,6 +6,8 @@
 
 namespace {
 
+using namespace support;
+
 namespace fs = std::filesystem;
 using capture::Batch;
 using capture::ReadyFile;

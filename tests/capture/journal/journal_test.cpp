@@ -12,6 +12,8 @@
 
 namespace {
 
+using namespace support;
+
 using capture::EntryKind;
 using capture::Journal;
 using capture::JournalReader;

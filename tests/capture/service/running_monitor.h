@@ -19,6 +19,8 @@
 #include "exchange/call_record.h"
 #include "support/temporary_folder.h"
 
+namespace support {
+
 // The program as its users run it, with a folder for Tallybook, whose part the test plays.
 class RunningMonitor {
  public:
@@ -137,3 +139,5 @@ class RunningMonitor {
  private:
   pid_t process_ = -1;
 };
+
+}  // namespace support

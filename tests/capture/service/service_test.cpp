@@ -6,6 +6,8 @@
 
 namespace {
 
+using namespace support;
+
 namespace fs = std::filesystem;
 
 std::string numbersUpTo(int last) {

@@ -11,6 +11,8 @@
 
 namespace {
 
+using namespace support;
+
 namespace fs = std::filesystem;
 using namespace capture;
 
