@@ -3,11 +3,9 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMessageBox>
-#include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
 #include <algorithm>
-#include <cstring>
 
 #include "base/printf.h"
 #include "base/version.h"
@@ -21,7 +19,7 @@
 #include "ui/contact_calls.h"
 #include "ui/filter_menus.h"
 #include "ui/record_commands.h"
-#include "ui/screen_fit.h"
+#include "ui/window_placement.h"
 
 namespace ui {
 
@@ -33,29 +31,12 @@ constexpr int kFolderCalls = 100;
 constexpr std::int64_t kSummedRows = 500'000;
 // Rows of other lists up to which they are added up.
 constexpr std::int64_t kAddedRows = 5000;
-// Milliseconds: how long a message stays, and how long a selection has to rest before it is summed.
-constexpr int kMessageTime = 10'000;
-constexpr int kSelectionRest = 150;
+// Milliseconds until words that were typed during other work are looked for.
+constexpr int kRetry = 150;
 // The chart has this many bars at most; beyond them they are too many to read.
 constexpr std::size_t kChartRows = 400;
 constexpr int kKindCount = 421;
 constexpr int kKindCost = 422;
-
-// The placement record: length, flags, show command, then the corners of the normal window, in 32-bit words.
-constexpr std::size_t kShowCommandWord = 2;
-constexpr std::size_t kRectangleWord = 7;
-constexpr std::int32_t kShowMaximized = 3;
-constexpr std::int32_t kShowNormal = 1;
-
-std::int32_t wordOf(const foundation::WindowPlacement& placement, std::size_t index) {
-  std::int32_t word = 0;
-  std::memcpy(&word, placement.data() + index * sizeof word, sizeof word);
-  return word;
-}
-
-void setWord(foundation::WindowPlacement& placement, std::size_t index, std::int32_t word) {
-  std::memcpy(placement.data() + index * sizeof word, &word, sizeof word);
-}
 
 }  // namespace
 
@@ -72,7 +53,7 @@ CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts, const Q
   buildCentre();
   buildMenus();
   buildStatusBar();
-  restorePlacement();
+  restorePanes();
 }
 
 CMainFrame::~CMainFrame() = default;
@@ -113,7 +94,7 @@ void CMainFrame::buildCentre() {
   connect(list_, &CFolderView::failed, this, &CMainFrame::showError);
   connect(list_, &CFolderView::rowsSelected, this, [this] {
     updateStatus();
-    selectionTimer_.start(kSelectionRest);
+    status_->refreshSoon();
   });
   connect(list_, &CFolderView::currentCellChanged, this, [this] {
     offerCommands(*actions_, *list_, document_);
@@ -148,7 +129,7 @@ void CMainFrame::connectFilterBar() {
 
 // What is in the line now, however many keys ago the work began.
 void CMainFrame::findTyped() {
-  if (person_.busy()) return QTimer::singleShot(kSelectionRest, this, [this] { findTyped(); });
+  if (person_.busy()) return QTimer::singleShot(kRetry, this, [this] { findTyped(); });
   if (listPane_->filterBar().typed() != list_->typed() && list_->find(listPane_->filterBar().typed())) folderShown();
 }
 
@@ -179,58 +160,25 @@ void CMainFrame::buildMenus() {
 }
 
 void CMainFrame::buildStatusBar() {
-  messagePane_ = new QLabel;
-  livePane_ = new QLabel;
-  countPane_ = new QLabel;
-  messagePane_->setObjectName("messagePane");
-  livePane_->setObjectName("livePane");
-  countPane_->setObjectName("countPane");
-  for (QLabel* pane : {messagePane_, livePane_, countPane_}) pane->setContentsMargins(8, 0, 8, 0);
-  connect(messagePane_, &QLabel::linkActivated, this, [this](const QString& file) {
-    if (!document_.app().surroundings().documents.open(fromQt(file))) {
-      showError(texts_.format("IDS_CANTOPENPAGE", fromQt(file)));
+  status_ = new StatusPanes(*statusBar(), texts_, [this] { return shownTotals(); });
+  connect(status_, &StatusPanes::openWanted, this, [this](const QString& path) {
+    if (!document_.app().surroundings().documents.open(fromQt(path))) {
+      showError(texts_.format("IDS_CANTOPENPAGE", fromQt(path)));
     }
   });
-  messagePane_->setTextInteractionFlags(Qt::TextBrowserInteraction);
-  for (QTimer* timer : {&messageTimer_, &selectionTimer_}) {
-    timer->setSingleShot(true);
-    connect(timer, &QTimer::timeout, this, &CMainFrame::showMessagePane);
-  }
-  statusBar()->addWidget(messagePane_, 1);
-  statusBar()->addPermanentWidget(livePane_);
-  statusBar()->addPermanentWidget(countPane_);
   statusBar()->setVisible(
       document_.app().config().ReadConfigInt("iface_Statusbar", kGeneral, foundation::StoreMachine, 0) != 0);
 }
 
-void CMainFrame::restorePlacement() {
-  auto& config = document_.app().config();
-  resize(QSize(1180, 760).boundedTo(availableSize(*this)));
-  if (const auto placement = config.ReadWindowPlacement()) {
-    const QRect normal(QPoint(wordOf(*placement, kRectangleWord), wordOf(*placement, kRectangleWord + 1)),
-                       QPoint(wordOf(*placement, kRectangleWord + 2), wordOf(*placement, kRectangleWord + 3)));
-    // A screen may have gone since.
-    const bool visible = std::any_of(QApplication::screens().begin(), QApplication::screens().end(),
-                                     [&](const QScreen* s) { return s->availableGeometry().intersects(normal); });
-    if (visible && normal.width() > 200 && normal.height() > 150) setGeometry(normal);
-    fitToScreen(*this);
-    if (wordOf(*placement, kShowCommandWord) == kShowMaximized) setWindowState(Qt::WindowMaximized);
-  }
+void CMainFrame::restorePanes() {
+  restorePlacement(*this, document_.app().config());
   const int percent = std::clamp(document_.upperPane(), 10, 95);
   panes_->setSizes({percent * 10, (100 - percent) * 10});
 }
 
-void CMainFrame::savePlacement() {
-  foundation::WindowPlacement placement{};
-  const QRect normal = normalGeometry();
-  setWord(placement, 0, static_cast<std::int32_t>(placement.size()));
-  setWord(placement, kShowCommandWord, isMaximized() ? kShowMaximized : kShowNormal);
-  setWord(placement, kRectangleWord, normal.left());
-  setWord(placement, kRectangleWord + 1, normal.top());
-  setWord(placement, kRectangleWord + 2, normal.right());
-  setWord(placement, kRectangleWord + 3, normal.bottom());
+void CMainFrame::keepPanes() {
   auto& config = document_.app().config();
-  config.WriteWindowPlacement(placement);
+  keepPlacement(*this, config);
   const QList<int> sizes = panes_->sizes();
   if (sizes[0] + sizes[1] > 0) document_.setUpperPane(sizes[0] * 100 / (sizes[0] + sizes[1]));
   config.WriteConfigInt(0, "SelFolder_Type", kGeneral, foundation::StoreMachine);
@@ -268,7 +216,7 @@ void CMainFrame::openLiveChannel() {
   } catch (const std::exception& error) {
     say(toQt(error.what()));
   }
-  livePane_->setText(texts_(live_ ? "IDS_STATUS_LIVE" : "IDS_STATUS_NO_LIVE"));
+  status_->showLive(texts_(live_ ? "IDS_STATUS_LIVE" : "IDS_STATUS_NO_LIVE"));
   if (!live_) return;
   liveNotifier_ = std::make_unique<QSocketNotifier>(live_->descriptor(), QSocketNotifier::Read);
   connect(liveNotifier_.get(), &QSocketNotifier::activated, this, [this] {
@@ -309,7 +257,7 @@ void CMainFrame::folderShown() {
   } catch (const jet::Error& error) {
     if (!error.canceled()) say(toQt(error.description()));
   }
-  showMessagePane();
+  status_->refresh();
 }
 
 void CMainFrame::showCallsBehindRow() {
@@ -333,13 +281,6 @@ void CMainFrame::showCallsOf(const WeekHour& hour) {
   openNarrowed({base::format("Weekday([DateTime]) = %d And Hour([DateTime]) = %d", hour.weekday, hour.hour),
                 texts_.language().TranslateFormat("IDS_WEEK_CELL", day, hour.hour, hour.hour)},
                0);
-}
-
-void CMainFrame::sayFile(const std::filesystem::path& file) {
-  if (file.empty()) return;
-  const QString path = toQt(file.string());
-  const QString link = QString("<a href=\"%1\">%2</a>").arg(QString(path).toHtmlEscaped(), path.toHtmlEscaped());
-  say(texts_.format("IDS_FILE_WRITTEN", fromQt(link)));
 }
 
 void CMainFrame::openNarrowed(const folders::Narrowing& narrowing, std::int64_t originPosition) {
@@ -421,8 +362,7 @@ void CMainFrame::reloadFolder() {
 
 void CMainFrame::showTotals() {
   readTotals();
-  message_.clear();
-  showMessagePane();
+  status_->forgetMessage();
 }
 
 void CMainFrame::readTotals() {
@@ -433,21 +373,22 @@ void CMainFrame::readTotals() {
 }
 
 void CMainFrame::say(const QString& text) {
-  message_ = text;
-  messageTimer_.start(kMessageTime);
-  messagePane_->setText(text);
+  status_->say(text);
 }
 
-void CMainFrame::showMessagePane() {
-  if (person_.busy()) return selectionTimer_.start(kSelectionRest);
-  if (messageTimer_.isActive() && !message_.isEmpty()) return;
+// The sums of the selection, else of the list.
+QString CMainFrame::shownTotals() {
+  if (person_.busy()) {
+    status_->refreshSoon();
+    return {};
+  }
   QString selected;
   try {
     selected = list_->selectionTotals();
   } catch (const jet::Error& error) {
     if (!error.canceled()) selected = toQt(error.description());
   }
-  messagePane_->setText(selected.isEmpty() ? totals_ : selected);
+  return selected.isEmpty() ? totals_ : selected;
 }
 
 void CMainFrame::showFilter() {
@@ -510,7 +451,7 @@ void CMainFrame::updateStatus() {
   QAction* undo = (*actions_)[Command::Undo];
   undo->setEnabled(!undo_.empty());
   undo->setText(undo_.empty() ? undoText_ : undoText_ + ": " + undo_.what().replace("&", "&&"));
-  countPane_->setText(
+  status_->showCount(
       toQt(folders::recordCountText(list_->model().totalRows(), list_->selectedCount(), texts_.language())));
 }
 
@@ -526,7 +467,7 @@ void CMainFrame::closeEvent(QCloseEvent* event) {
   liveNotifier_.reset();
   live_.reset();
   list_->saveLayout();
-  savePlacement();
+  keepPanes();
   // The folder's result closes before its database does.
   list_->closeFolder();
   event->accept();

@@ -26,6 +26,7 @@
 #include "ui/heat_map.h"
 #include "ui/qt_operator.h"
 #include "ui/selector_view.h"
+#include "ui/status_panes.h"
 #include "ui/texts.h"
 #include "ui/undo_stack.h"
 
@@ -59,8 +60,8 @@ class CMainFrame : public QMainWindow {
   void showCallsOf(const contacts::Contact& contact);
   // Those of a weekday's hour.
   void showCallsOf(const WeekHour& hour);
-  // In the status bar, where a file is that was written; a click opens it. Nothing for an empty path.
-  void sayFile(const std::filesystem::path& file);
+  // Where a file is that was written; nothing for an empty path.
+  void sayFile(const std::filesystem::path& file) { status_->sayFile(file); }
   void focusQuickFilter() { listPane_->filterBar().focusLine(); }
 
  public slots:
@@ -80,8 +81,8 @@ class CMainFrame : public QMainWindow {
   void findTyped();
   void buildMenus();
   void buildStatusBar();
-  void restorePlacement();
-  void savePlacement();
+  void restorePanes();
+  void keepPanes();
   void openLiveChannel();
   void importWhenAsked();
   // The calls that meet the condition; the origin is where "Back" leads.
@@ -95,7 +96,7 @@ class CMainFrame : public QMainWindow {
   void backToStatistic();
   // What stands around the list follows what the list shows now.
   void folderShown();
-  void showMessagePane();
+  [[nodiscard]] QString shownTotals();
   void readTotals();
   void showError(const QString& text);
 
@@ -112,19 +113,14 @@ class CMainFrame : public QMainWindow {
   QSplitter* columns_ = nullptr;  // tree | right side
   QSplitter* panes_ = nullptr;    // list / lower panes
   QSplitter* lower_ = nullptr;    // filter | chart or details
-  QLabel* messagePane_ = nullptr;
-  QLabel* livePane_ = nullptr;
-  QLabel* countPane_ = nullptr;  // the third pane: record counts
+  StatusPanes* status_ = nullptr;
   // Where the calls behind a row were asked for.
   struct Origin {
     int folder = 0;
     std::int64_t position = 0;
   };
   Origin origin_;
-  QString message_;
   QString totals_;  // of what is shown; empty: not worked out
-  QTimer messageTimer_;
-  QTimer selectionTimer_;  // a selection that is still being drawn is not summed
   QTimer importTimer_;
   QTimer refreshTimer_;
   bool refreshing_ = false;

@@ -1,0 +1,70 @@
+#include "ui/status_panes.h"
+
+#include "ui/dialogs/form_dialog.h"
+
+namespace ui {
+
+namespace {
+
+// Milliseconds: how long a message stays, and how long a selection has to rest before it is summed.
+constexpr int kMessageTime = 10'000;
+constexpr int kFileTime = 60'000;
+constexpr int kSelectionRest = 150;
+
+QString link(const std::filesystem::path& target, const QString& text) {
+  return QString("<a href=\"%1\">%2</a>").arg(toQt(target.string()).toHtmlEscaped(), text.toHtmlEscaped());
+}
+
+}  // namespace
+
+StatusPanes::StatusPanes(QStatusBar& bar, const Texts& texts, std::function<QString()> totals)
+    : QObject(&bar),
+      texts_(texts),
+      totals_(std::move(totals)),
+      message_(named(new QLabel, "messagePane")),
+      live_(named(new QLabel, "livePane")),
+      count_(named(new QLabel, "countPane")) {
+  for (QLabel* pane : {message_, live_, count_}) pane->setContentsMargins(8, 0, 8, 0);
+  message_->setTextInteractionFlags(Qt::TextBrowserInteraction);
+  connect(message_, &QLabel::linkActivated, this, &StatusPanes::openWanted);
+  for (QTimer* timer : {&messageTimer_, &restTimer_}) {
+    timer->setSingleShot(true);
+    connect(timer, &QTimer::timeout, this, &StatusPanes::refresh);
+  }
+  bar.addWidget(message_, 1);
+  bar.addPermanentWidget(live_);
+  bar.addPermanentWidget(count_);
+}
+
+void StatusPanes::say(const QString& text) {
+  sayFor(text, kMessageTime);
+}
+
+void StatusPanes::sayFile(const std::filesystem::path& file) {
+  if (file.empty()) return;
+  const QString where = link(file, toQt(file.string()));
+  const QString folder = link(file.parent_path(), texts_("IDS_OPEN_FOLDER"));
+  sayFor(texts_.format("IDS_FILE_WRITTEN", fromQt(where)) + "&nbsp;&nbsp;&nbsp;" + folder, kFileTime);
+}
+
+void StatusPanes::sayFor(const QString& text, int milliseconds) {
+  said_ = text;
+  messageTimer_.start(milliseconds);
+  message_->setText(text);
+}
+
+void StatusPanes::forgetMessage() {
+  said_.clear();
+  refresh();
+}
+
+void StatusPanes::refresh() {
+  if (messageTimer_.isActive() && !said_.isEmpty()) return;
+  message_->setText(totals_());
+}
+
+void StatusPanes::refreshSoon() {
+  restTimer_.start(kSelectionRest);
+}
+
+}  // namespace ui
