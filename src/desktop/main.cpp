@@ -32,13 +32,13 @@ int main(int argc, char** argv) {
   QApplication::setApplicationVersion(base::kProgramVersion);
 
   ui::QtOperator person;
-  ui::QtDocumentHandler documents(person);
   const platform::SystemClock clock;
   const auto storeFile = foundation::MachineStore::defaultFile();
 
   // The login prompt needs the application's settings and texts, which need the prompt among their surroundings.
   foundation::MachineStore store(storeFile);
   foundation::ConfigManager settings(store);
+  ui::QtDocumentHandler documents(person, settings);
   foundation::LanguageFile noTexts;
   std::unique_ptr<server::CServerApp> app;
   ui::QtLoginPrompt login(
@@ -62,7 +62,9 @@ int main(int argc, char** argv) {
   }
   const ui::Texts texts(app->language());
   try {
-    if (!ui::firstRun(*app)) return 0;
+    std::optional<security::Credentials> chosen;
+    if (!ui::firstRun(*app, chosen)) return 0;
+    if (chosen) login.answerOnce(*chosen);
   } catch (const std::exception& error) {
     person.messageBox(error.what());
     return 1;

@@ -50,7 +50,7 @@ void makeDatabases(const DataFolderPlan& plan, const DataFolderTools& tools) {
   const auto main = place.create(schema::Which::Main);
   const auto tariffs = place.create(schema::Which::Tariffs);
   const auto phonebook = place.create(schema::Which::Phonebook);
-  addFirstUsers(*main, tools.clock, plan.password);
+  addFirstUsers(*main, tools.clock, plan.password, plan.passwordIsDue);
   foundation::ChangeTags tags(tools.person);
   tags.LoadTouch(*main);
   tools.config.OpenConfig(*main, tags);
@@ -123,7 +123,7 @@ void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, co
   halfMade.finish();
 }
 
-void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password) {
+void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password, bool passwordIsDue) {
   constexpr int kAdministrators = 1;
   addGroup(main, kAdministrators, "Administrators", "All rights", "6;1;6;2;9;1;9;2");
   addGroup(main, 2, "Operators", "The calls, without users and settings", "9;1;9;2");
@@ -135,7 +135,7 @@ void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std:
   // The column is signed, the digest is not: the 32 bits count.
   rows->set("Password", static_cast<std::int32_t>(security::PasswordDigest(password)));
   rows->set("PasswordDate", clock.now());
-  rows->set("Flags", password.empty() ? security::UserMustChangePassword : 0);
+  rows->set("Flags", password.empty() && passwordIsDue ? security::UserMustChangePassword : 0);
   rows->set("Groups", base::format(";%d;", kAdministrators));
   rows->update();
 }

@@ -23,8 +23,10 @@ class DataFolderError : public std::runtime_error {
 
 struct DataFolderPlan {
   std::filesystem::path folder;  // absolute
-  std::string password;          // of the administrator; empty: none, to be changed at the next login
+  std::string password;          // of the administrator; empty: none
   bool withSample = false;       // filled with the sample exchange
+  // An empty password is to be changed at the next login; else it stays until somebody sets one.
+  bool passwordIsDue = true;
 };
 
 // What an operator needs around it too: the machine store whose `config` gets the codes of the sample.
@@ -42,8 +44,9 @@ void refuseExistingDatabases(const std::filesystem::path& folder);
 // or jet::Error.
 void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, const std::function<void()>& finish);
 
-// Adds the groups and the administrator to a database without users.
-void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password);
+// Adds the groups and the administrator to a database without users. `passwordIsDue` as in DataFolderPlan.
+void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password,
+                   bool passwordIsDue = true);
 
 // Points the machine store to a data folder: databases, monitor's folder, reports, the proposed user, and the bars of
 // the desktop (showBarsAtFirst). False when the store cannot be written.

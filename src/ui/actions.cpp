@@ -23,7 +23,7 @@ constexpr MenuText kMenus[] = {
     {Menu::Tools, "IDS_MENU_TOOLS"}, {Menu::Help, "IDS_MENU_HELP"},
 };
 
-enum Where : unsigned { InMenu = 1, InToolBar = 2, InContextMenu = 4, BeforeSeparator = 8 };
+enum Where : unsigned { InEmptyList = 0, InMenu = 1, InToolBar = 2, InContextMenu = 4, BeforeSeparator = 8 };
 
 struct Declaration {
   Command command;
@@ -42,8 +42,25 @@ using security::RightChange;
 using security::RightView;
 
 constexpr Declaration kDeclarations[] = {
-    {Command::Import, Menu::File, "IDS_ACTION_IMPORT", "F9", Icon::Import, InMenu | InToolBar | BeforeSeparator,
-     ObjectCalls, RightChange},
+    {Command::Import, Menu::File, "IDS_ACTION_IMPORT", "F9", Icon::Import, InMenu | InToolBar, ObjectCalls,
+     RightChange},
+    {Command::ImportFile,
+     Menu::File,
+     "IDS_ACTION_IMPORT_FILE",
+     "",
+     {},
+     InMenu | BeforeSeparator,
+     ObjectCalls,
+     RightChange},
+    {Command::MonitorFolder,
+     Menu::Tools,
+     "IDS_ACTION_MONITOR_FOLDER",
+     "",
+     {},
+     InEmptyList,
+     ObjectAdministration,
+     RightChange},
+    {Command::Connect, Menu::Tools, "IDS_ACTION_CONNECT", "", {}, InEmptyList, ObjectAdministration, RightChange},
     {Command::Report, Menu::File, "IDS_ACTION_REPORT", "Ctrl+R", Icon::Report, InMenu | InToolBar, ObjectCalls,
      RightView},
     {Command::Summary, Menu::File, "IDS_ACTION_SUMMARY", "", Icon::Statistic, InMenu, ObjectCalls, RightView},
@@ -58,6 +75,7 @@ constexpr Declaration kDeclarations[] = {
      RightView},
     {Command::Preview, Menu::File, "IDS_ACTION_PREVIEW", "Ctrl+Shift+P", {}, InMenu, ObjectCalls, RightView},
     {Command::SavePdf, Menu::File, "IDS_ACTION_SAVE_PDF", "", {}, InMenu, ObjectCalls, RightView},
+    {Command::PageSetup, Menu::File, "IDS_ACTION_PAGE_SETUP", "", {}, InMenu, 0, 0},
     {Command::Print, Menu::File, "IDS_ACTION_PRINT", "Ctrl+P", {}, InMenu | BeforeSeparator, ObjectCalls, RightView},
     {Command::Quit, Menu::File, "IDS_ACTION_QUIT", "Ctrl+Q", {}, InMenu, 0, 0},
     {Command::Undo, Menu::Edit, "IDS_ACTION_UNDO", "Ctrl+Z", {}, InMenu | BeforeSeparator, 0, 0},

@@ -16,9 +16,13 @@ namespace ui {
 
 enum class Command {
   Import,
+  ImportFile,
+  MonitorFolder,
+  Connect,
   Report,
   Preview,
   Print,
+  PageSetup,
   SavePdf,
   Export,
   Summary,

@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPrintDialog>
@@ -12,8 +11,10 @@
 #include <fstream>
 
 #include "folders/bar_chart.h"
+#include "ui/dialogs/file_question.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
+#include "ui/page_setup.h"
 
 namespace ui {
 
@@ -31,9 +32,10 @@ QPalette paper() {
 
 }  // namespace
 
-ChartPane::ChartPane(const Texts& texts, QWidget* parent)
+ChartPane::ChartPane(const Texts& texts, foundation::ConfigManager& config, QWidget* parent)
     : QWidget(parent),
       texts_(texts),
+      config_(config),
       measures_(named(new QComboBox, "chartMeasure")),
       numbers_(named(new QComboBox, "chartNumber")),
       shown_(named(new QLabel, "chartShown")),
@@ -132,16 +134,10 @@ void ChartPane::copyPicture() {
 }
 
 void ChartPane::savePicture() {
-  QFileDialog dialog(this, texts_("IDS_CHART_SAVE").remove("..."));
-  dialog.setObjectName("saveChart");
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setNameFilters({"PNG (*.png)", "SVG (*.svg)"});
-  dialog.setDefaultSuffix("png");
-  dialog.selectFile(QString(chart_->title()).replace('/', '-').replace(": ", " - "));
-  connect(&dialog, &QFileDialog::filterSelected, &dialog,
-          [&dialog](const QString& kind) { dialog.setDefaultSuffix(kind.startsWith("SVG") ? "svg" : "png"); });
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
-  const QString name = dialog.selectedFiles().constFirst();
+  const QString name = toQt(
+      askFile(config_, texts_, this, {"saveChart", "IDS_CHART_SAVE", {"PNG (*.png)", "SVG (*.svg)"}, chart_->title()})
+          .string());
+  if (name.isEmpty()) return;
   bool written = false;
   if (name.endsWith(".svg", Qt::CaseInsensitive)) {
     std::vector<folders::Bar> bars;
@@ -154,15 +150,17 @@ void ChartPane::savePicture() {
   } else {
     written = picture().save(name, "PNG");
   }
-  if (!written) warn(this, texts_, texts_.format("IDS_CANTWRITEFILE", fromQt(name)));
+  if (!written) return warn(this, texts_, texts_.format("IDS_CANTWRITEFILE", fromQt(name)));
+  emit saved(name);
 }
 
 void ChartPane::print() {
   QPrinter printer(QPrinter::HighResolution);
-  printer.setPageOrientation(QPageLayout::Landscape);
+  usePageSetup(printer, config_);
   printer.setDocName(chart_->title());
   QPrintDialog dialog(&printer, this);
   if (dialog.exec() != QDialog::Accepted) return;
+  keepPageSetup(printer, config_);
   QPainter painter(&printer);
   const QSizeF sheet = printer.pageRect(QPrinter::DevicePixel).size();
   const qreal scale = sheet.width() / kPicture.width();

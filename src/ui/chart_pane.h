@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/config_manager.h"
 #include "ui/chart_view.h"
 #include "ui/texts.h"
 
@@ -17,7 +18,8 @@ class ChartPane : public QWidget {
   Q_OBJECT
 
  public:
-  explicit ChartPane(const Texts& texts, QWidget* parent = nullptr);
+  // `config` keeps the folder that pictures are saved in and the page set-up.
+  ChartPane(const Texts& texts, foundation::ConfigManager& config, QWidget* parent = nullptr);
 
   // The figures that can be drawn, by the kinds of their columns. The figure chosen before stays chosen where it is
   // among them, else `standard` is.
@@ -32,6 +34,7 @@ class ChartPane : public QWidget {
 
  signals:
   void choiceChanged();
+  void saved(const QString& file);
 
  private:
   void buildMenu();
@@ -42,6 +45,7 @@ class ChartPane : public QWidget {
   void tellHowMany();
 
   const Texts& texts_;
+  foundation::ConfigManager& config_;
   QComboBox* measures_;
   QComboBox* numbers_;
   QLabel* shown_;

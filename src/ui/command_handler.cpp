@@ -2,17 +2,20 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QFileDialog>
 #include <QRegularExpression>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "base/path.h"
 #include "security/audit_log.h"
 #include "ui/contact_calls.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/messages.h"
 #include "ui/heat_map.h"
 #include "ui/main_frame.h"
+#include "ui/page_setup.h"
 #include "ui/record_commands.h"
 #include "ui/settings/settings_sheet.h"
 
@@ -25,6 +28,8 @@ constexpr int kKindName = 407;
 constexpr int kKindExtension = 402;
 constexpr int kFolderCalls = 100;
 constexpr int kFolderTop = 102;
+// The settings page that connects an exchange.
+constexpr const char* kExchangePage = "IDS_PAGE_TRUNKS";
 
 // The filter settings that a column's value narrows by: the switch key (null: none) and the value's key.
 struct FilterColumn {
@@ -154,6 +159,22 @@ void openConfigured(const CommandTarget& target, const char* key) {
   if (!address.empty()) target.document.app().surroundings().documents.open(address);
 }
 
+// Opens on the page of that caption; null: on the first one.
+void editSettings(const CommandTarget& target, const char* pageKey) {
+  SettingsSheet sheet(target.document, target.texts, &target.frame);
+  if (pageKey != nullptr) sheet.showPage(target.texts(pageKey));
+  if (sheet.exec() == QDialog::Accepted) target.frame.reloadFolder();
+}
+
+void importChosenFile(const CommandTarget& target) {
+  const std::string folder =
+      target.document.app().config().ReadConfigString("PathMonitor", "general", foundation::StoreMachine, "");
+  const QString file =
+      QFileDialog::getOpenFileName(&target.frame, target.texts("IDS_ACTION_IMPORT_FILE").remove("..."),
+                                   toQt(base::systemPath(folder).string()), target.texts("IDS_IMPORT_FILE_KINDS"));
+  if (!file.isEmpty()) target.frame.importCallsOf(fromQt(file));
+}
+
 void clearLog(const CommandTarget& target) {
   auto& person = target.document.app().surroundings().person;
   if (!person.askYesNo(target.texts.language().Translate("IDS_CONFIRM_CLEAR_LOG"),
@@ -209,11 +230,19 @@ void handleCommand(Command command, const CommandTarget& target) {
   switch (command) {
     case Command::Import:
       return frame.importCalls();
+    case Command::ImportFile:
+      return importChosenFile(target);
+    case Command::MonitorFolder:
+      return editSettings(target, "IDS_PAGE_PLACE");
+    case Command::Connect:
+      return editSettings(target, kExchangePage);
+    case Command::PageSetup:
+      return editPageSetup(&frame, document.app().config());
     case Command::Report:
-      if (folder != nullptr) makeListReport(document, texts, &frame, *folder, ReportUse::Open);
+      if (folder != nullptr) frame.sayFile(makeListReport(document, texts, &frame, *folder, ReportUse::Open));
       return;
     case Command::Print:
-      if (folder != nullptr) makeListReport(document, texts, &frame, *folder, ReportUse::Print);
+      if (folder != nullptr) frame.sayFile(makeListReport(document, texts, &frame, *folder, ReportUse::Print));
       return;
     case Command::Export:
       if (folder != nullptr) frame.sayFile(exportFolder(document, texts, &frame, *folder));
@@ -228,17 +257,16 @@ void handleCommand(Command command, const CommandTarget& target) {
       if (const auto cell = showWeek(document, texts, &frame)) frame.showCallsOf(*cell);
       return;
     case Command::Summary:
-      if (folder != nullptr) makeSummaryPage(document, texts, &frame, *folder);
+      if (folder != nullptr) frame.sayFile(makeSummaryPage(document, texts, &frame, *folder));
       return;
     case Command::Bill:
-      return makeBill(document, texts, &frame, filterValue(kKindExtension, target.list.currentText(kKindExtension)));
+      return frame.sayFile(
+          makeBill(document, texts, &frame, filterValue(kKindExtension, target.list.currentText(kKindExtension))));
     case Command::Convert:
       convertOldDatabase(document, texts, &frame);
       return;
-    case Command::Settings: {
-      SettingsSheet sheet(document, texts, &frame);
-      return reloadIf(sheet.exec() == QDialog::Accepted);
-    }
+    case Command::Settings:
+      return editSettings(target, nullptr);
     case Command::Password:
       document.login().ChangePassword(false);
       return;

@@ -18,8 +18,9 @@ bool editLogFilter(server::CServerDoc& document, const Texts& texts, QWidget* pa
 bool editCurrencies(server::CServerDoc& document, const Texts& texts, QWidget* parent);
 // The database-update dialog: repricing and the like over a period.
 bool updateStoredCalls(server::CServerDoc& document, const Texts& texts, QWidget* parent);
-// The bill of an extension; `extension` is proposed, may be empty.
-void makeBill(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& extension);
+// The bill of an extension; `extension` is proposed, may be empty. The page that was written; empty when none was.
+std::filesystem::path makeBill(server::CServerDoc& document, const Texts& texts, QWidget* parent,
+                               const QString& extension);
 void searchContacts(server::CServerDoc& document, const Texts& texts, QWidget* parent);
 bool editContact(server::CServerDoc& document, const Texts& texts, QWidget* parent, std::int32_t recordId);
 bool addContact(server::CServerDoc& document, const Texts& texts, QWidget* parent);
@@ -35,11 +36,13 @@ void showKeys(const Texts& texts, QWidget* parent, const std::vector<std::pair<Q
 void explainPrice(server::CServerDoc& document, const Texts& texts, QWidget* parent, std::int64_t call);
 
 enum class ReportUse { Open, Print };
-// The list report of an open folder, in the folder of setting "Path" or the user's documents.
-void makeListReport(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder,
-                    ReportUse use);
-// The page with a statistic folder's chart.
-void makeSummaryPage(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder);
+// The list report of an open folder, in the folder of setting "Path" or the user's documents: the page that was
+// written, empty when none was.
+std::filesystem::path makeListReport(server::CServerDoc& document, const Texts& texts, QWidget* parent,
+                                     folders::FolderView& folder, ReportUse use);
+// The page with a statistic folder's chart, likewise.
+std::filesystem::path makeSummaryPage(server::CServerDoc& document, const Texts& texts, QWidget* parent,
+                                      folders::FolderView& folder);
 // How the list will look on paper, from where it can be printed.
 void previewFolder(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder);
 // These ask for a file name, PDF, CSV or XLSX, and propose one of what is shown and the filter's period. The file that

@@ -13,7 +13,7 @@
 
 namespace ui {
 
-bool firstRun(server::CServerApp& app) {
+bool firstRun(server::CServerApp& app, std::optional<security::Credentials>& chosen) {
   const std::string folder = app.config().ReadConfigString("PathDatabase", "general", foundation::StoreMachine, "---");
   const bool configured = !folder.empty() && folder != "---";
   const bool old =
@@ -22,7 +22,10 @@ bool firstRun(server::CServerApp& app) {
   QString oldFolder;
   if (old) oldFolder = toQt((base::systemPath(folder) / "").parent_path().string());
   FirstRunWizard wizard(app, oldFolder);
-  return wizard.exec() == QDialog::Accepted;
+  if (wizard.exec() != QDialog::Accepted) return false;
+  const FirstRunPlan plan = wizard.plan();
+  if (plan.task == FirstRunPlan::Task::Make) chosen = security::Credentials{server::kAdministrator, plan.password};
+  return true;
 }
 
 bool chooseDatabaseFolder(foundation::ConfigManager& config, const std::string& reason, const Texts& texts) {

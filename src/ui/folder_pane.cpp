@@ -15,7 +15,11 @@ constexpr std::int64_t kMargin = 1000;
 }  // namespace
 
 FolderPane::FolderPane(CFolderView* list, const Texts& texts, QWidget* parent)
-    : QWidget(parent), list_(list), filter_(new FilterBar(texts)), whole_(new QScrollBar(Qt::Vertical)) {
+    : QWidget(parent),
+      list_(list),
+      filter_(new FilterBar(texts)),
+      whole_(new QScrollBar(Qt::Vertical)),
+      guide_(new EmptyGuide(list->viewport(), list)) {
   whole_->setObjectName("wholeFolder");
   buildBar(texts);
   auto* rows = new QHBoxLayout;

@@ -5,6 +5,7 @@
 #include <QScrollBar>
 #include <QWidget>
 
+#include "ui/empty_guide.h"
 #include "ui/filter_bar.h"
 #include "ui/folder_view.h"
 
@@ -19,6 +20,7 @@ class FolderPane : public QWidget {
   // Takes the list over.
   FolderPane(CFolderView* list, const Texts& texts, QWidget* parent = nullptr);
 
+  [[nodiscard]] EmptyGuide& guide() const { return *guide_; }
   [[nodiscard]] FilterBar& filterBar() const { return *filter_; }
   // Says above the list that only the calls behind a row of a statistic are shown; an empty text takes that away.
   void showNarrowing(const QString& text);
@@ -41,6 +43,7 @@ class FolderPane : public QWidget {
   QFrame* bar_ = nullptr;
   QLabel* narrowing_ = nullptr;
   QScrollBar* whole_;
+  EmptyGuide* guide_;
   bool following_ = false;
 };
 

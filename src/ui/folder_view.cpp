@@ -15,6 +15,7 @@
 #include "folders/column_layout.h"
 #include "folders/quick_search.h"
 #include "platform/progress.h"
+#include "security/rights.h"
 #include "ui/dialogs/columns_dialog.h"
 
 namespace ui {
@@ -179,7 +180,6 @@ bool CFolderView::show(View view, FolderModel::Window window) {
   const platform::Progress progress(document_.app().surroundings().person, view->folder().caption(), progressText());
   try {
     model_->setFolder(std::move(view), window);
-    emptyText_ = reasonForNothing();
     return true;
   } catch (const jet::Error& error) {
     if (!error.canceled()) emit failed(toQt(error.description()));
@@ -205,7 +205,6 @@ bool CFolderView::openFolder(const folders::FolderDefinition& folder, std::optio
   }
   narrowing_ = std::move(narrowing);
   typedWords_.clear();
-  emptyText_ = reasonForNothing();
   useLayout(model_->folder()->layout());
   applyInterfaceOptions();
   scrollToTop();
@@ -241,7 +240,6 @@ bool CFolderView::find(const QString& typed) {
     return false;
   }
   typedWords_ = typed;
-  emptyText_ = reasonForNothing();
   scrollToTop();
   if (!typed.isEmpty() && model_->rowCount() > 0) setCurrentIndex(model_->index(0, 0));
   return true;
@@ -483,23 +481,35 @@ void CFolderView::keyboardSearch(const QString& typed) {
   if (row >= 0) setCurrentIndex(model_->index(row, std::max(0, current.column())));
 }
 
-QString CFolderView::reasonForNothing() const {
+CFolderView::Nothing CFolderView::nothing() const {
   const folders::FolderView* open = model_->folder();
-  if (open == nullptr || model_->totalRows() > 0) return {};
+  if (open == nullptr || model_->totalRows() > 0) return Nothing::HasRows;
   const folders::FolderDefinition& folder = open->folder().definition();
-  if (!typedWords_.isEmpty()) return texts_.format("IDS_EMPTY_FOUND", fromQt(typedWords_));
-  if (folder.condition == folders::ConditionSource::LogFilter) return texts_("IDS_EMPTY_LOG");
-  if (folder.condition != folders::ConditionSource::CallFilter) return texts_("IDS_EMPTY_TABLE");
-  if (document_.callFilter().active()) return texts_("IDS_EMPTY_LIST");
-  return texts_("IDS_EMPTY_CALLS");
+  if (!typedWords_.isEmpty()) return Nothing::NotFound;
+  if (folder.id == folders::kContactsList) return Nothing::NoContacts;
+  if (folder.condition != folders::ConditionSource::CallFilter) return Nothing::NoEntries;
+  return document_.callFilter().active() || narrowing_ ? Nothing::Filtered : Nothing::NoCalls;
 }
 
-void CFolderView::paintEvent(QPaintEvent* event) {
-  QTableView::paintEvent(event);
-  if (model_->rowCount() > 0) return;
-  QPainter painter(viewport());
-  painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
-  painter.drawText(viewport()->rect().adjusted(20, 20, -20, -20), Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
+QString CFolderView::emptyText() const {
+  switch (nothing()) {
+    case Nothing::HasRows:
+      return {};
+    case Nothing::NotFound:
+      return texts_.format("IDS_EMPTY_FOUND", fromQt(typedWords_));
+    case Nothing::Filtered:
+      return texts_(narrowing_ ? "IDS_EMPTY_NO_CALLS" : "IDS_EMPTY_LIST");
+    case Nothing::NoCalls: {
+      const bool mayLead = document_.HasRight(security::ObjectAdministration, security::RightChange);
+      return texts_(mayLead ? "IDS_EMPTY_CALLS" : "IDS_EMPTY_NO_CALLS");
+    }
+    case Nothing::NoContacts:
+      return texts_("IDS_EMPTY_CONTACTS");
+    case Nothing::NoEntries:
+      break;
+  }
+  const bool log = model_->folder()->folder().definition().condition == folders::ConditionSource::LogFilter;
+  return texts_(log ? "IDS_EMPTY_LOG" : "IDS_EMPTY_TABLE");
 }
 
 void CFolderView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {

@@ -51,8 +51,10 @@ class CFolderView : public QTableView {
   // Text of the current row in the column of that kind, or of the current cell; empty when there is none.
   [[nodiscard]] QString currentText(int kind) const;
   [[nodiscard]] QString currentText() const;
-  // What stands in place of rows; empty when there are some.
-  [[nodiscard]] const QString& emptyText() const { return emptyText_; }
+  // Why there are no rows, for what can be done about it, and in words; empty words when there are some.
+  enum class Nothing { HasRows, NotFound, Filtered, NoCalls, NoContacts, NoEntries };
+  [[nodiscard]] Nothing nothing() const;
+  [[nodiscard]] QString emptyText() const;
   void copySelection(CopyForm form);
   void sortByCurrentColumn();
   // Typed letters look at the rows at hand only: the view's own search would read every row.
@@ -70,7 +72,6 @@ class CFolderView : public QTableView {
  protected:
   void contextMenuEvent(QContextMenuEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
-  void paintEvent(QPaintEvent* event) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
@@ -111,8 +112,6 @@ class CFolderView : public QTableView {
   void applyLayout();
   void applyInterfaceOptions();
   void showSortIndicator();
-  // Why there is nothing, and what to do.
-  [[nodiscard]] QString reasonForNothing() const;
 
   server::CServerDoc& document_;
   const Texts& texts_;
@@ -123,7 +122,6 @@ class CFolderView : public QTableView {
   std::map<int, Left> left_;  // by folder
   QString typed_;
   QElapsedTimer sinceTyped_;
-  QString emptyText_;  // shown instead of rows
 };
 
 }  // namespace ui

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/mnemonics.h"
@@ -67,6 +68,7 @@ class PasswordForm : public QDialog {
 }  // namespace
 
 std::optional<security::Credentials> QtLoginPrompt::askLogin(const std::string& proposedName) {
+  if (known_) return std::exchange(known_, std::nullopt);
   PasswordForm dialog(parent_, "<IDS_LOGIN>");
   dialog.setObjectName("loginDialog");
   auto* name = dialog.addField("<IDS_USER>", "userName", false);

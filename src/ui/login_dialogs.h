@@ -4,6 +4,8 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "foundation/config_manager.h"
 #include "security/login.h"
@@ -20,6 +22,8 @@ class QtLoginPrompt : public security::LoginPrompt {
       : config_(config), language_(std::move(language)) {}
 
   void setParent(QWidget* parent) { parent_ = parent; }
+  // The next login is this one; nothing is asked.
+  void answerOnce(security::Credentials known) { known_ = std::move(known); }
   std::optional<security::Credentials> askLogin(const std::string& proposedName) override;
   std::optional<security::PasswordChange> askPasswordChange(const std::string& userName, bool forced) override;
 
@@ -27,6 +31,7 @@ class QtLoginPrompt : public security::LoginPrompt {
   foundation::ConfigManager& config_;
   Language language_;
   QPointer<QWidget> parent_;
+  std::optional<security::Credentials> known_;
 };
 
 }  // namespace ui

@@ -64,7 +64,7 @@ void CMainFrame::buildCentre() {
   list_->setAccessibleName(texts_("IDS_CALLS"));
   filterPane_ = new CFilterView;
   filterPane_->setAccessibleName(texts_("IDS_ACTION_FILTER"));
-  chart_ = new ChartPane(texts_);
+  chart_ = new ChartPane(texts_, document_.app().config());
   lower_ = new QSplitter(Qt::Horizontal);
   lower_->addWidget(filterPane_);
   lower_->addWidget(chart_);
@@ -103,6 +103,7 @@ void CMainFrame::buildCentre() {
   connect(list_, &CFolderView::rowActivated, this, &CMainFrame::drillDown);
   connect(list_, &CFolderView::sorted, this, &CMainFrame::showChart);
   connect(chart_, &ChartPane::choiceChanged, this, &CMainFrame::showChart);
+  connect(chart_, &ChartPane::saved, this, [this](const QString& file) { sayFile(fromQt(file)); });
   connect(&chart_->chart(), &ChartView::barActivated, this,
           [this](std::int64_t position) { showCallsBehind(position); });
   connect(list_, &CFolderView::contextMenuWanted, this, [this](const QPoint& at) {
@@ -246,6 +247,7 @@ void CMainFrame::folderShown() {
   const bool calls = folder->folder().definition().condition == folders::ConditionSource::CallFilter;
   filterPane_->setVisible(calls);
   listPane_->filterBar().showCallFilter(calls);
+  guideWhenEmpty();
   totals_.clear();
   showChart();
   showDetails();
@@ -258,6 +260,27 @@ void CMainFrame::folderShown() {
     if (!error.canceled()) say(toQt(error.description()));
   }
   status_->refresh();
+}
+
+// What leads on where there are no rows.
+void CMainFrame::guideWhenEmpty() {
+  std::vector<Command> ways;
+  switch (list_->nothing()) {
+    case CFolderView::Nothing::NoCalls:
+      ways = {Command::MonitorFolder, Command::Connect, Command::ImportFile};
+      break;
+    case CFolderView::Nothing::Filtered:
+      if (!list_->narrowed()) ways = {Command::ClearFilter};
+      break;
+    case CFolderView::Nothing::NoContacts:
+      ways = {Command::NewContact};
+      break;
+    default:
+      break;
+  }
+  std::vector<QAction*> actions;
+  for (const Command way : ways) actions.push_back((*actions_)[way]);
+  listPane_->guide().guide(list_->emptyText(), actions);
 }
 
 void CMainFrame::showCallsBehindRow() {
@@ -305,9 +328,22 @@ void CMainFrame::backToStatistic() {
 }
 
 void CMainFrame::importCalls() {
-  if (person_.busy()) return;
   // What was stopped goes on first: nothing of a file is left behind.
-  const auto result = document_.catchUp();
+  if (!person_.busy()) tellImport(document_.catchUp());
+}
+
+void CMainFrame::importCallsOf(const std::filesystem::path& file) {
+  if (person_.busy()) return;
+  const auto result = document_.importFile(file);
+  tellImport(result);
+  if (result.outcome == ingest::ImportResult::Outcome::AlreadyComplete) {
+    say(texts_.format("IDS_IMPORT_COMPLETE", file.string()));
+  } else if (result.imported == 0 && result.message.empty()) {
+    say(texts_.format("IDS_IMPORT_NONE", file.string()));
+  }
+}
+
+void CMainFrame::tellImport(const ingest::ImportResult& result) {
   if (result.imported > 0) reloadFolder();
   if (result.outcome == ingest::ImportResult::Outcome::Interrupted) return say(texts_("IDS_STATUS_IMPORT_STOPPED"));
   if (result.imported > 0) say(texts_.format("IDS_STATUS_IMPORTED", result.imported));

@@ -66,6 +66,8 @@ class CMainFrame : public QMainWindow {
 
  public slots:
   void importCalls();
+  // Those of a file of the monitor that are not recorded yet.
+  void importCallsOf(const std::filesystem::path& file);
   // Rows of the shown folder again: after a change of the filter, of calls by this or another copy.
   void reloadFolder();
   void updateStatus();
@@ -96,6 +98,8 @@ class CMainFrame : public QMainWindow {
   void backToStatistic();
   // What stands around the list follows what the list shows now.
   void folderShown();
+  void guideWhenEmpty();
+  void tellImport(const ingest::ImportResult& result);
   [[nodiscard]] QString shownTotals();
   void readTotals();
   void showError(const QString& text);

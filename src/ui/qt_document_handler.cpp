@@ -19,6 +19,7 @@
 #include "base/codepage.h"
 #include "base/version.h"
 #include "platform/progress.h"
+#include "ui/page_setup.h"
 #include "ui/texts.h"
 
 namespace ui {
@@ -129,10 +130,10 @@ bool QtDocumentHandler::open(const std::string& pathOrUrl) {
 
 bool QtDocumentHandler::print(const std::filesystem::path& document) {
   QPrinter printer(QPrinter::HighResolution);
-  printer.setPageOrientation(QPageLayout::Landscape);
-  printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Millimeter);
+  usePageSetup(printer, config_);
   QPrintDialog dialog(&printer);
   if (dialog.exec() != QDialog::Accepted) return true;
+  keepPageSetup(printer, config_);
   printBesideTheWindow(readPage(document), printer, document.string(), person_);
   return true;
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "foundation/config_manager.h"
 #include "platform/document_handler.h"
 #include "platform/operator.h"
 
@@ -21,14 +22,15 @@ void printPage(const QString& html, QPrinter& printer, const std::function<bool(
 // Opens documents and addresses with the desktop's programs; prints pages through the window system's print dialog.
 class QtDocumentHandler : public platform::DocumentHandler {
  public:
-  // Printing shows its progress there; `person` must outlive the handler.
-  explicit QtDocumentHandler(platform::Operator& person) : person_(person) {}
+  // Printing shows its progress by `person` and uses the kept page set-up; both must outlive the handler.
+  QtDocumentHandler(platform::Operator& person, foundation::ConfigManager& config) : person_(person), config_(config) {}
 
   bool open(const std::string& pathOrUrl) override;
   bool print(const std::filesystem::path& document) override;
 
  private:
   platform::Operator& person_;
+  foundation::ConfigManager& config_;
 };
 
 }  // namespace ui

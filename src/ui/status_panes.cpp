@@ -11,7 +11,7 @@ constexpr int kMessageTime = 10'000;
 constexpr int kFileTime = 60'000;
 constexpr int kSelectionRest = 150;
 
-QString link(const std::filesystem::path& target, const QString& text) {
+QString linkTo(const std::filesystem::path& target, const QString& text) {
   return QString("<a href=\"%1\">%2</a>").arg(toQt(target.string()).toHtmlEscaped(), text.toHtmlEscaped());
 }
 
@@ -42,8 +42,8 @@ void StatusPanes::say(const QString& text) {
 
 void StatusPanes::sayFile(const std::filesystem::path& file) {
   if (file.empty()) return;
-  const QString where = link(file, toQt(file.string()));
-  const QString folder = link(file.parent_path(), texts_("IDS_OPEN_FOLDER"));
+  const QString where = linkTo(file, toQt(file.string()));
+  const QString folder = linkTo(file.parent_path(), texts_("IDS_OPEN_FOLDER"));
   sayFor(texts_.format("IDS_FILE_WRITTEN", fromQt(where)) + "&nbsp;&nbsp;&nbsp;" + folder, kFileTime);
 }
 

@@ -25,6 +25,7 @@ class FirstRunTest : public testing::Test {
   }
   std::string path(const char* name) const { return (folder / name).string(); }
 
+  std::optional<security::Credentials> chosen;  // in the wizard, for the login that follows
   TemporaryFolder folder;
   ScriptedOperator person;
   NobodyLogsIn login;
@@ -57,7 +58,7 @@ TEST_F(FirstRunTest, MakesADataFolderWithTheSampleInTheChosenLanguage) {
     enter(dialog, "repeated", "secret");
     dialog.accept();
   }});
-  EXPECT_TRUE(ui::firstRun(app));
+  EXPECT_TRUE(ui::firstRun(app, chosen));
   EXPECT_EQ(setting("PathDatabase"), path("data") + "/");
   EXPECT_EQ(setting("PathMonitor"), path("data") + "/monitor/");
   EXPECT_EQ(setting("CountryCode"), "40");
@@ -67,7 +68,7 @@ TEST_F(FirstRunTest, MakesADataFolderWithTheSampleInTheChosenLanguage) {
   EXPECT_EQ(main->openSnapshot("select Password as p from Users").at(0, 0).toLong(),
             static_cast<std::int32_t>(security::PasswordDigest("secret")));
   // Next time there is nothing to ask.
-  EXPECT_TRUE(ui::firstRun(app));
+  EXPECT_TRUE(ui::firstRun(app, chosen));
 }
 
 TEST_F(FirstRunTest, AFolderWithoutADatabaseCannotBeOpened) {
@@ -87,7 +88,7 @@ TEST_F(FirstRunTest, AFolderWithoutADatabaseCannotBeOpened) {
                            wizard->reject();
                          });
                        }});
-  EXPECT_FALSE(ui::firstRun(app));
+  EXPECT_FALSE(ui::firstRun(app, chosen));
   EXPECT_EQ(setting("PathDatabase"), "not stored");
 }
 
@@ -106,7 +107,7 @@ TEST_F(FirstRunTest, AnOldDatabaseInTheConfiguredFolderIsConvertedBesideIt) {
                          QTimer::singleShot(0, &dialog, [&dialog] { dialog.accept(); });
                        },
                        [](QDialog& report) { click(report, "ok"); }});
-  EXPECT_TRUE(ui::firstRun(app));
+  EXPECT_TRUE(ui::firstRun(app, chosen));
   EXPECT_EQ(setting("PathDatabase"), old.string() + "-new/");
   EXPECT_TRUE(std::filesystem::exists(old / "tallybook.mdb"));
 }

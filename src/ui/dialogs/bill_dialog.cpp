@@ -86,9 +86,12 @@ class BillDialog : public FormDialog {
 
 }  // namespace
 
-void makeBill(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& extension) {
+std::filesystem::path makeBill(server::CServerDoc& document, const Texts& texts, QWidget* parent,
+                               const QString& extension) {
   BillDialog dialog(document, texts, parent, extension);
-  if (dialog.exec() == QDialog::Accepted) handOver(document, texts, parent, dialog.page(), ReportUse::Open);
+  if (dialog.exec() != QDialog::Accepted) return {};
+  handOver(document, texts, parent, dialog.page(), ReportUse::Open);
+  return dialog.page();
 }
 
 }  // namespace ui

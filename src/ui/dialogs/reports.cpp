@@ -1,8 +1,6 @@
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
-#include <QStandardPaths>
 #include <functional>
 
 #include "filter/periods.h"
@@ -12,8 +10,10 @@
 #include "folders/summary_page.h"
 #include "platform/progress.h"
 #include "ui/dialogs.h"
+#include "ui/dialogs/file_question.h"
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/report_place.h"
+#include "ui/page_setup.h"
 #include "ui/qt_document_handler.h"
 #include "ui/screen_fit.h"
 
@@ -52,12 +52,6 @@ bool writeUnderProgress(server::CServerDoc& document, const Texts& texts, QWidge
 // Rows up to which a preview is laid out while one waits.
 constexpr std::int64_t kPreviewRows = 20'000;
 
-void onLandscape(QPrinter& printer, const QString& title) {
-  printer.setPageOrientation(QPageLayout::Landscape);
-  printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Millimeter);
-  printer.setDocName(title);
-}
-
 // The filter's period as a file is called by it: "2026-10", "2026", "2026-10-05", "2026-10-05 - 2026-10-20"; empty
 // without one.
 QString periodName(server::CServerDoc& document, const folders::FolderView& folder) {
@@ -79,57 +73,32 @@ QString shownTitle(server::CServerDoc& document, const folders::FolderView& fold
   return period.isEmpty() ? caption : caption + ' ' + period;
 }
 
-struct FileQuestion {
-  const char* name;  // of the dialog
-  const char* captionKey;
-  QStringList kinds;  // "PDF (*.pdf)"
-  const char* suffix;
-};
-
-// Asks in the folder that was used last. Empty when the operator chose none.
-std::filesystem::path askFile(server::CServerDoc& document, const Texts& texts, QWidget* parent,
-                              const folders::FolderView& folder, const FileQuestion& question) {
-  constexpr const char* kLastFolder = "LastExportFolder";
-  auto& config = document.app().config();
-  const QString last = toQt(config.ReadConfigString(kLastFolder, "general", foundation::StoreMachine, ""));
-  QFileDialog dialog(
-      parent, texts(question.captionKey).remove("..."),
-      QFileInfo(last).isDir() ? last : QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-  dialog.setObjectName(question.name);
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setNameFilters(question.kinds);
-  dialog.setDefaultSuffix(question.suffix);
-  dialog.selectFile(shownTitle(document, folder).replace('/', '-'));
-  // The suffix follows the kind that was chosen, unless the name has one.
-  QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, [&dialog](const QString& kind) {
-    dialog.setDefaultSuffix(kind.section("*.", 1).section(')', 0, 0));
-  });
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
-  const QString name = dialog.selectedFiles().constFirst();
-  config.WriteConfigString(fromQt(QFileInfo(name).absolutePath()), kLastFolder, "general", foundation::StoreMachine);
-  return std::filesystem::path(fromQt(name));
-}
-
 }  // namespace
 
-void makeListReport(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder,
-                    ReportUse use) {
+std::filesystem::path makeListReport(server::CServerDoc& document, const Texts& texts, QWidget* parent,
+                                     folders::FolderView& folder, ReportUse use) {
   const std::filesystem::path page = reportFile(document, "list.html");
-  if (writeUnderProgress(document, texts, parent, folder, page,
-                         [&] { return folders::writeListReport(folder, page); })) {
-    handOver(document, texts, parent, page, use);
+  if (!writeUnderProgress(document, texts, parent, folder, page,
+                          [&] { return folders::writeListReport(folder, page); })) {
+    return {};
   }
+  handOver(document, texts, parent, page, use);
+  return page;
 }
 
-void makeSummaryPage(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder) {
+std::filesystem::path makeSummaryPage(server::CServerDoc& document, const Texts& texts, QWidget* parent,
+                                      folders::FolderView& folder) {
   if (!folders::canSummarise(folder.folder().definition())) {
-    return inform(parent, texts, texts("IDS_SUMMARY_WHICH"));
+    inform(parent, texts, texts("IDS_SUMMARY_WHICH"));
+    return {};
   }
   const std::filesystem::path page = reportFile(document, "summary.html");
-  if (writeUnderProgress(document, texts, parent, folder, page,
-                         [&] { return folders::writeSummaryPage(folder, page); })) {
-    handOver(document, texts, parent, page, ReportUse::Open);
+  if (!writeUnderProgress(document, texts, parent, folder, page,
+                          [&] { return folders::writeSummaryPage(folder, page); })) {
+    return {};
   }
+  handOver(document, texts, parent, page, ReportUse::Open);
+  return page;
 }
 
 void previewFolder(server::CServerDoc& document, const Texts& texts, QWidget* parent, folders::FolderView& folder) {
@@ -143,19 +112,22 @@ void previewFolder(server::CServerDoc& document, const Texts& texts, QWidget* pa
   }
   const QString html = readPage(page);
   QPrinter printer(QPrinter::HighResolution);
-  onLandscape(printer, shownTitle(document, folder));
+  printer.setDocName(shownTitle(document, folder));
+  usePageSetup(printer, document.app().config());
   QPrintPreviewDialog dialog(&printer, parent);
   dialog.setObjectName("preview");
   dialog.resize(QSize(1000, 700).boundedTo(availableSize(dialog)));
   QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog,
                    [&html](QPrinter* paper) { printPage(html, *paper, [] { return true; }); });
   dialog.exec();
+  keepPageSetup(printer, document.app().config());
 }
 
 std::filesystem::path saveFolderAsPdf(server::CServerDoc& document, const Texts& texts, QWidget* parent,
                                       folders::FolderView& folder) {
   const std::filesystem::path file =
-      askFile(document, texts, parent, folder, {"savePdf", "IDS_ACTION_SAVE_PDF", {"PDF (*.pdf)"}, "pdf"});
+      askFile(document.app().config(), texts, parent,
+              {"savePdf", "IDS_ACTION_SAVE_PDF", {"PDF (*.pdf)"}, shownTitle(document, folder)});
   if (file.empty()) return {};
   // A statistic with its chart, as the summary page has it.
   const bool summary = folders::canSummarise(folder.folder().definition());
@@ -167,8 +139,9 @@ std::filesystem::path saveFolderAsPdf(server::CServerDoc& document, const Texts&
 
 std::filesystem::path exportFolder(server::CServerDoc& document, const Texts& texts, QWidget* parent,
                                    folders::FolderView& folder) {
-  const std::filesystem::path file = askFile(document, texts, parent, folder,
-                                             {"export", "IDS_ACTION_EXPORT", {"CSV (*.csv)", "XLSX (*.xlsx)"}, "csv"});
+  const std::filesystem::path file =
+      askFile(document.app().config(), texts, parent,
+              {"export", "IDS_ACTION_EXPORT", {"XLSX (*.xlsx)", "CSV (*.csv)"}, shownTitle(document, folder)});
   if (file.empty()) return {};
   const bool spreadsheet = QFileInfo(toQt(file.string())).suffix().compare("xlsx", Qt::CaseInsensitive) == 0;
   const bool written = writeUnderProgress(document, texts, parent, folder, file, [&] {

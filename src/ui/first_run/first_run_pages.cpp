@@ -152,7 +152,9 @@ void FirstRunPlacePage::initializePage() {
   // The sample's numbers are those of its own town.
   if (country_->text().isEmpty()) country_->setText(toQt(sample::kCountryCode));
   if (area_->text().isEmpty() && field("sample").toBool()) area_->setText(toQt(sample::kAreaCode));
-  monitor_->setText(field("folder").toString() + "/monitor");
+  const QString monitor = field("folder").toString() + "/monitor";
+  // A folder that is opened may have its monitor elsewhere.
+  if (!field("open").toBool() || QFile::exists(monitor)) monitor_->setText(monitor);
 }
 
 FirstRunPasswordPage::FirstRunPasswordPage(const Texts& texts)
@@ -163,8 +165,15 @@ FirstRunPasswordPage::FirstRunPasswordPage(const Texts& texts)
   form->addRow(texts("IDS_PASSWORD"), password_);
   form->addRow(texts("IDS_REPEAT_PASSWORD"), repeated_);
   for (QLineEdit* line : {password_, repeated_}) line->setEchoMode(QLineEdit::Password);
-  form->addRow(QString(), explanation(texts("IDS_FIRST_FINISH_TEXT")));
+  finish_ = explanation({});
+  form->addRow(QString(), finish_);
   registerField("password", password_);
+}
+
+void FirstRunPasswordPage::initializePage() {
+  QString text = texts_("IDS_FIRST_FINISH_TEXT");
+  if (field("sample").toBool()) text += ' ' + texts_("IDS_FIRST_FINISH_SAMPLE");
+  finish_->setText(text);
 }
 
 bool FirstRunPasswordPage::validatePage() {

@@ -69,12 +69,14 @@ class FirstRunPlacePage : public QWizardPage {
 class FirstRunPasswordPage : public QWizardPage {
  public:
   explicit FirstRunPasswordPage(const Texts& texts);
+  void initializePage() override;
   bool validatePage() override;
 
  private:
   const Texts& texts_;
   QLineEdit* password_;
   QLineEdit* repeated_;
+  QLabel* finish_;
 };
 
 }  // namespace ui

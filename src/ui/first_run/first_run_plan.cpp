@@ -33,15 +33,19 @@ void storeSettings(const FirstRunPlan& plan, server::CServerApp& app) {
 
 void make(const FirstRunPlan& plan, server::CServerApp& app) {
   const server::Surroundings& around = app.surroundings();
-  server::makeDataFolder({plan.folder, plan.password, plan.withSample}, {app.config(), around.person, around.clock},
-                         [&] { storeSettings(plan, app); });
+  server::makeDataFolder({plan.folder, plan.password, plan.withSample, false},
+                         {app.config(), around.person, around.clock}, [&] { storeSettings(plan, app); });
   if (!plan.withSample) return;
   // Imported at the start that follows. Without them the sample is only emptier.
   sample::CallPlan calls;
   calls.count = kSampleCalls;
   calls.days = kSampleDays;
   calls.lastDay = around.clock.now();
-  sample::writeCalls(plan.folder / "monitor" / "monitor.data", calls, false, around.person);
+  const auto monitor = plan.monitorFolder.empty() ? plan.folder / "monitor" : std::filesystem::path(plan.monitorFolder);
+  // A file that a capture program left holds real calls.
+  if (exists(monitor / "monitor.data")) return;
+  create_directories(monitor);
+  sample::writeCalls(monitor / "monitor.data", calls, false, around.person);
 }
 
 void open(const FirstRunPlan& plan, server::CServerApp& app) {

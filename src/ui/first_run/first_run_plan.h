@@ -20,7 +20,7 @@ struct FirstRunPlan {
   std::string countryCode;
   std::string areaCode;
   std::string monitorFolder;  // empty: the folder "monitor" in the data folder
-  std::string password;       // of the administrator of a new folder
+  std::string password;       // of the administrator of a new folder; may be empty
   bool salvage = false;       // convert what can be read when something cannot
 };
 

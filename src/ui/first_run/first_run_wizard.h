@@ -21,11 +21,12 @@ class FirstRunWizard : public QWizard {
   void accept() override;
 
   [[nodiscard]] FirstRunPlan::Task task() const;
+  // What was chosen.
+  [[nodiscard]] FirstRunPlan plan() const;
 
  private:
   void useLanguage(const QString& code);
   void buildPages();
-  [[nodiscard]] FirstRunPlan plan() const;
 
   server::CServerApp& app_;
   Texts texts_;

@@ -1,0 +1,54 @@
+#include "ui/empty_guide.h"
+
+#include <QEvent>
+
+#include "ui/dialogs/form_dialog.h"
+
+namespace ui {
+
+namespace {
+
+constexpr int kTextLetters = 70;
+
+}  // namespace
+
+EmptyGuide::EmptyGuide(QWidget* area, QWidget* list)
+    : QWidget(list), area_(area), text_(named(new QLabel, "emptyText")), layout_(new QVBoxLayout(this)) {
+  setObjectName("emptyGuide");
+  text_->setWordWrap(true);
+  text_->setAlignment(Qt::AlignCenter);
+  text_->setTextFormat(Qt::PlainText);
+  text_->setMinimumWidth(fontMetrics().averageCharWidth() * kTextLetters);
+  layout_->addStretch();
+  layout_->addWidget(text_, 0, Qt::AlignHCenter);
+  layout_->addStretch();
+  area_->installEventFilter(this);
+  hide();
+}
+
+void EmptyGuide::guide(const QString& text, const std::vector<QAction*>& ways) {
+  for (QPushButton* button : buttons_) button->deleteLater();
+  buttons_.clear();
+  text_->setText(text);
+  for (QAction* way : ways) {
+    if (!way->isVisible() || !way->isEnabled()) continue;
+    auto* button = new QPushButton(way->icon(), QString(way->text()).remove('&'), this);
+    button->setObjectName(way->objectName());
+    button->setToolTip(way->toolTip());
+    connect(button, &QPushButton::clicked, way, &QAction::trigger, Qt::QueuedConnection);
+    layout_->insertWidget(layout_->count() - 1, button, 0, Qt::AlignHCenter);
+    buttons_.push_back(button);
+  }
+  setGeometry(area_->geometry());
+  setVisible(!text.isEmpty());
+  raise();
+}
+
+bool EmptyGuide::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == area_ && (event->type() == QEvent::Resize || event->type() == QEvent::Move)) {
+    setGeometry(area_->geometry());
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+}  // namespace ui

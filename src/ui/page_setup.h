@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QPrinter>
+#include <QWidget>
+
+#include "foundation/config_manager.h"
+
+namespace ui {
+
+// The sheet that pages of this workstation are printed on: A4 landscape with margins of 10 mm until the operator
+// chooses another one, which is kept in the machine store.
+void usePageSetup(QPrinter& printer, foundation::ConfigManager& config);
+void keepPageSetup(const QPrinter& printer, foundation::ConfigManager& config);
+// The window system's dialog for it.
+void editPageSetup(QWidget* parent, foundation::ConfigManager& config);
+
+}  // namespace ui
