@@ -167,8 +167,8 @@ void editSettings(const CommandTarget& target, const char* pageKey) {
 }
 
 void importChosenFile(const CommandTarget& target) {
-  const std::string folder =
-      target.document.app().config().ReadConfigString("PathMonitor", "general", foundation::StoreMachine, "");
+  const std::string folder = target.document.app().config().ReadConfigString("PathMonitor", foundation::kGeneral,
+                                                                             foundation::StoreMachine, "");
   const QString file =
       QFileDialog::getOpenFileName(&target.frame, target.texts("IDS_ACTION_IMPORT_FILE").remove("..."),
                                    toQt(base::systemPath(folder).string()), target.texts("IDS_IMPORT_FILE_KINDS"));

@@ -27,8 +27,9 @@ QPageSize sizeOfKey(const QString& key) {
 }  // namespace
 
 void usePageSetup(QPrinter& printer, foundation::ConfigManager& config) {
-  const QStringList kept = toQt(config.ReadConfigString(kPageSetupKey, "general", foundation::StoreMachine, ""))
-                               .split(';', Qt::KeepEmptyParts);
+  const QStringList kept =
+      toQt(config.ReadConfigString(kPageSetupKey, foundation::kGeneral, foundation::StoreMachine, ""))
+          .split(';', Qt::KeepEmptyParts);
   const auto margin = [&](int part) {
     bool number = false;
     const qreal millimetres = kept.size() == kSetupParts ? kept[part].toDouble(&number) : 0;
@@ -47,7 +48,7 @@ void keepPageSetup(const QPrinter& printer, foundation::ConfigManager& config) {
   for (const qreal side : {margins.left(), margins.top(), margins.right(), margins.bottom()}) {
     parts << QString::number(side, 'f', 1);
   }
-  config.WriteConfigString(fromQt(parts.join(';')), kPageSetupKey, "general", foundation::StoreMachine);
+  config.WriteConfigString(fromQt(parts.join(';')), kPageSetupKey, foundation::kGeneral, foundation::StoreMachine);
 }
 
 void editPageSetup(QWidget* parent, foundation::ConfigManager& config) {

@@ -26,7 +26,7 @@ QString fileName(QString title) {
 
 std::filesystem::path askFile(foundation::ConfigManager& config, const Texts& texts, QWidget* parent,
                               const FileQuestion& question) {
-  const QString last = toQt(config.ReadConfigString(kLastFolder, "general", foundation::StoreMachine, ""));
+  const QString last = toQt(config.ReadConfigString(kLastFolder, foundation::kGeneral, foundation::StoreMachine, ""));
   QFileDialog dialog(
       parent, texts(question.captionKey).remove("...").remove('&'),
       QFileInfo(last).isDir() ? last : QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
@@ -46,7 +46,8 @@ std::filesystem::path askFile(foundation::ConfigManager& config, const Texts& te
   });
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
   const QString name = dialog.selectedFiles().constFirst();
-  config.WriteConfigString(fromQt(QFileInfo(name).absolutePath()), kLastFolder, "general", foundation::StoreMachine);
+  config.WriteConfigString(fromQt(QFileInfo(name).absolutePath()), kLastFolder, foundation::kGeneral,
+                           foundation::StoreMachine);
   return std::filesystem::path(fromQt(name));
 }
 
