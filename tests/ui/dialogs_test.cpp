@@ -15,6 +15,7 @@
 
 #include "desktop.h"
 #include "folders/catalogue.h"
+#include "security/restriction.h"
 #include "security/rights.h"
 #include "ui/dialogs.h"
 
@@ -162,6 +163,12 @@ TEST_F(DialogsTest, AFilterThatWouldLiftTheUsersRestrictionIsRefused) {
                  clickStep("ok")});
   EXPECT_FALSE(ui::editCallFilter(document(), texts(), nullptr));
   EXPECT_EQ(desktop.setting("Calls", "Client"), "not stored");
+}
+
+TEST_F(DialogsTest, WorkOnAllCallsIsRefusedToWhoSeesAPart) {
+  document().user().SQLSubquery = "Department='Sales'";
+  EXPECT_THROW(ui::updateStoredCalls(document(), texts(), nullptr), security::RestrictedUserError);
+  EXPECT_THROW(ui::convertOldDatabase(document(), texts(), nullptr), security::RestrictedUserError);
 }
 
 TEST_F(DialogsTest, TheLogFilterDialogWritesTheFilterOfTheLog) {

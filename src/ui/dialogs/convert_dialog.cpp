@@ -2,6 +2,7 @@
 #include <QFormLayout>
 #include <QLineEdit>
 
+#include "security/restriction.h"
 #include "server/data_folder.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/conversion.h"
@@ -91,6 +92,7 @@ class ConvertDialog : public FormDialog {
 }  // namespace
 
 bool convertOldDatabase(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
+  security::requireAllCalls(document.user(), document.app().language());
   return ConvertDialog(document.app(), texts, parent).exec() == QDialog::Accepted;
 }
 
