@@ -7,6 +7,7 @@
 #include "ctl/directory_edit.h"
 #include "ctl/list_words.h"
 #include "ctl/terminal_prompt.h"
+#include "filter/restriction_choice.h"
 #include "security/rights.h"
 
 namespace ctl {
@@ -84,6 +85,83 @@ int list(const Invocation& call) {
   return 0;
 }
 
+// An option that chooses what a user sees, and the names that there are.
+struct AllowOption {
+  std::string_view name;
+  std::vector<std::string> filter::RestrictionChoice::*chosen;
+  std::vector<std::string> (*known)(const exchange::PartyDefinitions&);
+};
+
+template <typename Definitions, typename Member>
+std::vector<std::string> namesIn(const Definitions& definitions, Member member) {
+  std::vector<std::string> names;
+  for (const auto& each : definitions) {
+    if (!(each.*member).empty()) names.push_back(each.*member);
+  }
+  return names;
+}
+
+std::vector<std::string> departmentsOf(const exchange::PartyDefinitions& parties) {
+  std::vector<std::string> names = namesIn(parties.extensions, &exchange::tagEXTINFO::department);
+  for (const std::string& name : namesIn(parties.accounts, &exchange::tagCONTINFO::department)) names.push_back(name);
+  return names;
+}
+
+constexpr AllowOption kAllowOptions[] = {
+    {"--allow-departments", &filter::RestrictionChoice::departments, departmentsOf},
+    {"--allow-extensions", &filter::RestrictionChoice::extensions,
+     [](const exchange::PartyDefinitions& parties) {
+       return namesIn(parties.extensions, &exchange::tagEXTINFO::extension);
+     }},
+    {"--allow-clients", &filter::RestrictionChoice::clients,
+     [](const exchange::PartyDefinitions& parties) {
+       return namesIn(parties.clients, &exchange::ClientDefinition::name);
+     }},
+    {"--allow-trunks", &filter::RestrictionChoice::trunks,
+     [](const exchange::PartyDefinitions& parties) { return namesIn(parties.trunks, &exchange::tagTRUNKINFO::trunk); }},
+};
+
+// The names typed for one option; a name that holds a comma can be given by itself. Who is defined later may be
+// allowed before.
+std::vector<std::string> allowedNames(const Invocation& call, const AllowOption& option, const std::string& typed) {
+  const std::vector<std::string> known = option.known(call.context.parties());
+  const auto isKnown = [&](const std::string& name) { return std::ranges::find(known, name) != known.end(); };
+  if (isKnown(typed)) return {typed};
+  std::vector<std::string> names = listWords(typed);
+  std::string unknown;
+  for (const std::string& name : names) {
+    if (!isKnown(name)) unknown += (unknown.empty() ? "" : ", ") + name;
+  }
+  if (!unknown.empty()) call.out << base::format("Note: not defined yet, for %s: %s\n", option.name, unknown);
+  return names;
+}
+
+// The restriction after the options that choose; the lists that were not typed stay.
+std::string chosenRestriction(const Invocation& call, const UserRecord& user) {
+  std::optional<filter::RestrictionChoice> choice = filter::choiceOf(user.SQLSubquery);
+  bool chosen = false;
+  for (const AllowOption& option : kAllowOptions) {
+    const auto typed = call.arguments.find(option.name);
+    if (!typed) continue;
+    if (call.arguments.has("--restriction")) {
+      throw WrongUsage(base::format("%s makes the restriction: leave out --restriction.", option.name));
+    }
+    if (!choice) {
+      throw Failure(
+          base::format("The restriction of %s is a condition that was typed (%s). Take it away first: "
+                       "tallyctl user set %s --restriction \"\"",
+                       user.Name, user.SQLSubquery, user.Name));
+    }
+    chosen = true;
+    (*choice).*option.chosen = allowedNames(call, option, *typed);
+  }
+  if (!chosen) return call.arguments.text("--restriction", user.SQLSubquery);
+  const exchange::PartyDefinitions& parties = call.context.parties();
+  const std::string limit = filter::limitText(*choice, parties, call.context.language());
+  if (!limit.empty()) throw Failure(limit + " Nothing was saved.");
+  return filter::restrictionFor(*choice, parties.extensionIsText);
+}
+
 // What was typed goes into the record; the rest stays.
 void takeOver(const Invocation& call, UserRecord& user) {
   const Arguments& arguments = call.arguments;
@@ -92,7 +170,7 @@ void takeOver(const Invocation& call, UserRecord& user) {
   if (const auto groups = arguments.find("--groups")) {
     user.Groups = membershipOf(call.context.document().users(), user.Groups, *groups);
   }
-  user.SQLSubquery = arguments.text("--restriction", user.SQLSubquery);
+  user.SQLSubquery = chosenRestriction(call, user);
 }
 
 std::optional<std::string> askNewPassword(const std::string& name) {
@@ -156,9 +234,24 @@ constexpr OptionSpec kGroups = {.name = "--groups", .help = "Names of all its gr
 constexpr OptionSpec kRestriction = {.name = "--restriction",
                                      .help = "Condition on the calls it may see, below 128 characters; empty: all",
                                      .valueName = "CONDITION"};
-constexpr OptionSpec kAdd[] = {kName, kFullname, kPassword, kFlags, kGroups, kRestriction};
-constexpr OptionSpec kSet[] = {
-    kName, {.name = "--name", .help = "New name"}, kFullname, kPassword, kFlags, kGroups, kRestriction};
+constexpr OptionSpec kDepartments = {
+    .name = "--allow-departments",
+    .help = "Departments whose calls it may see, with commas; each --allow option adds to the others, none takes away",
+    .valueName = "D,D"};
+constexpr OptionSpec kExtensions = {
+    .name = "--allow-extensions", .help = "Extensions whose calls it may see, or none", .valueName = "E,E"};
+constexpr OptionSpec kClients = {
+    .name = "--allow-clients", .help = "Clients whose calls it may see, or none", .valueName = "C,C"};
+constexpr OptionSpec kTrunks = {
+    .name = "--allow-trunks", .help = "Trunks whose calls it may see, or none", .valueName = "T,T"};
+constexpr OptionSpec kAdd[] = {kName,        kFullname,    kPassword,   kFlags,   kGroups,
+                               kRestriction, kDepartments, kExtensions, kClients, kTrunks};
+constexpr OptionSpec kSet[] = {kName,        {.name = "--name", .help = "New name"},
+                               kFullname,    kPassword,
+                               kFlags,       kGroups,
+                               kRestriction, kDepartments,
+                               kExtensions,  kClients,
+                               kTrunks};
 constexpr OptionSpec kDelete[] = {kName};
 
 constexpr Command kCommands[] = {
@@ -166,7 +259,8 @@ constexpr Command kCommands[] = {
     {"user add", "Add a user; the password comes from TALLYBOOK_NEW_PASSWORD or a prompt",
      "tallyctl user add ana --fullname \"Ana Turcan\" --groups Operators", kAdd, kChangeSettings, add},
     {"user set", "Change a user",
-     "tallyctl user set ana --restriction \"Extension = '201'\"\n"
+     "tallyctl user set ana --allow-departments Sales,Service --allow-extensions 201\n"
+     "tallyctl user set ana --restriction \"TotalTime > 60\"\n"
      "tallyctl user set ana --flags disabled",
      kSet, kChangeSettings, set},
     {"user delete", "Delete a user", "tallyctl user delete ana", kDelete, kChangeSettings, remove},

@@ -189,6 +189,14 @@ bool UserDirectory::mayGive(const UserRecord& user) {
   return false;
 }
 
+bool UserDirectory::mayBeTooLong(const UserRecord& user) {
+  if (base::characterCount(user.SQLSubquery) < kRestrictionLimit) return true;
+  const auto stored = user.RecordID == 0 ? std::nullopt : findUser(user.RecordID);
+  if (stored && stored->SQLSubquery == user.SQLSubquery) return true;
+  const std::string question = texts_.TranslateFormat("IDS_RESTRICTION_TOO_LONG", user.Name, kRestrictionLimit - 1);
+  return person_.askYesNo(question, platform::Operator::Unattended::Yes);
+}
+
 bool UserDirectory::keepsAnAdministrator(const UserRecord& edited) {
   const auto all = users();
   const auto allGroups = groups();
@@ -205,6 +213,7 @@ SaveResult UserDirectory::SaveUser(UserRecord& user, const std::optional<std::st
   if (!usableName(user.Name)) return SaveResult::NameUnusable;
   if (!mayGive(user)) return SaveResult::RestrictionRejected;
   if (session_.SQLSubquery.empty() && !restrictionWorks(user.SQLSubquery)) return SaveResult::RestrictionRejected;
+  if (!mayBeTooLong(user)) return SaveResult::RestrictionRejected;
 
   jet::Transaction transaction(database_);
   const bool isNew = user.RecordID == 0;
@@ -228,10 +237,6 @@ SaveResult UserDirectory::SaveUser(UserRecord& user, const std::optional<std::st
   rows->update();
   tags_.Touch("Users");
   transaction.commit();
-
-  if (base::characterCount(user.SQLSubquery) >= kRestrictionLimit) {
-    person_.messageBox(texts_.TranslateFormat("IDS_RESTRICTION_TOO_LONG", user.Name, kRestrictionLimit - 1));
-  }
   return SaveResult::Saved;
 }
 

@@ -49,7 +49,7 @@ enum class SaveResult {
   NameUnusable,         // empty, or with a quotation mark, which the look-up at login cannot carry
   NameTaken,            // another user (group) has this name, case ignored
   Missing,              // the row was deleted meanwhile; for a user IDS_SELECTEDUSERDELETED was shown
-  RestrictionRejected,  // the trial of `SQLSubquery` failed, or a restricted user may not give it; the reason was shown
+  RestrictionRejected,  // the trial of `SQLSubquery` failed, or a restricted user may not give it, which was shown; or it is too long
   LastAdministrator,    // nobody could change users and settings any more
 };
 
@@ -86,7 +86,7 @@ class UserDirectory {
 
   // Writes the user, adding it (RecordID = largest + 1, put into `user`) when it is not stored yet. The digest and its
   // date are written only with a new password. A non-empty `SQLSubquery` is tried first with
-  // "select top 1 * from calls where %s"; one that is too long to be applied at login is saved with a warning. A
+  // "select top 1 * from calls where %s"; a new one that is too long to be applied at login is asked about. A
   // session with a restriction gives no other one than its own: the trial would be made on calls that it may not see.
   SaveResult SaveUser(UserRecord& user, const std::optional<std::string>& newPassword);
   SaveResult deleteUser(std::int32_t id);  // Saved, Missing (without a message) or LastAdministrator
@@ -110,6 +110,7 @@ class UserDirectory {
  private:
   bool restrictionWorks(const std::string& restriction);
   bool mayGive(const UserRecord& user);
+  bool mayBeTooLong(const UserRecord& user);
   bool changeMembership(std::int32_t group, std::int32_t user, std::string (*change)(std::string_view, std::int32_t));
 
   jet::Database& database_;

@@ -105,7 +105,12 @@ TEST_F(Login, TakesARestrictionOnlyUnder128Characters) {
     ASSERT_TRUE(logIn("ana", "one"));
     EXPECT_EQ(session_.SQLSubquery.size(), length < 128 ? length : 0);
   }
-  EXPECT_EQ(person_.messages, Texts{"IDS_RESTRICTION_TOO_LONG"});
+  EXPECT_EQ(person_.questions, Texts{"IDS_RESTRICTION_TOO_LONG"});
+  auto user = *directory().findUser("ana");
+  user.SQLSubquery += " or Hidden";
+  person_.answer = false;
+  session_.SQLSubquery.clear();
+  EXPECT_EQ(directory().SaveUser(user, std::nullopt), SaveResult::RestrictionRejected);
 }
 
 TEST_F(Account, ChecksInOrder) {
