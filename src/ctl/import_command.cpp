@@ -53,7 +53,8 @@ int runImport(const Invocation& call) {
   if (!result.phonebookFault.empty()) context.person().messageBox(result.phonebookFault);
   const std::string unfinished = file ? *file : base::withSeparator(context.folder("PathMonitor")) + "monitor.data.bk";
   const std::string trouble = troubleOf(result, unfinished);
-  if (endedEarly(result) || result.refused > 0) throw Failure(trouble);
+  const bool unread = result.outcome == Outcome::NothingToDo && !result.message.empty();
+  if (endedEarly(result) || unread || result.refused > 0) throw Failure(trouble);
   if (!trouble.empty()) context.person().messageBox(trouble);
   return 0;
 }

@@ -193,6 +193,8 @@ TEST_F(Tallyctl, AnythingButAFileIsRefusedAtOnce) {
   ASSERT_EQ(mkfifo((folder / "data/Tallybook.lng").c_str(), 0600), 0);
   refused("--store machine.ini folder list", "Error loading language file: ");
   fs::remove(folder / "data/Tallybook.lng");
+  ASSERT_EQ(mkfifo((folder / "data/monitor/monitor.data").c_str(), 0600), 0);
+  refused("--store machine.ini import", "monitor.data is not a file");
   fs::remove(folder / "data/template.html");
   ASSERT_EQ(mkfifo((folder / "data/template.html").c_str(), 0600), 0);
   refused("--store machine.ini bill 201 --from 2026-01-01 --to 2026-01-31 --out bill.html", "");
