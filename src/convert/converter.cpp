@@ -48,13 +48,13 @@ void checkReadable(const fs::path& file) {
 // Reads one old file into the new one of the same name, table after table.
 class FileConversion {
  public:
-  FileConversion(const schema::DatabaseKind& kind, const fs::path& newFile, const ConversionOptions& options,
+  FileConversion(const schema::DatabaseKind& kind, const schema::DatabasePlace& place, const ConversionOptions& options,
                  platform::Operator& person, ConversionReport& report)
       : kind_(kind),
-        newFile_(newFile),
+        place_(place),
         options_(options),
         report_(report),
-        database_(jet::createDatabase(newFile)),
+        database_(place.createEmpty(kind.which)),
         writer_(kind.name, kind.tables(), *database_, person, report) {}
 
   void read(const fs::path& oldFile) {
@@ -77,7 +77,7 @@ class FileConversion {
   void finish() {
     writer_.makeMissingTables();
     database_.reset();
-    const auto written = jet::openDatabase(newFile_, jet::OpenMode::ReadOnly);
+    const auto written = place_.open(kind_.which, jet::OpenMode::ReadOnly);
     for (TableReport& table : report_.tables) {
       if (table.file == kind_.name && table.made) tallyWritten(*written, table);
     }
@@ -99,7 +99,7 @@ class FileConversion {
   }
 
   const schema::DatabaseKind& kind_;
-  fs::path newFile_;
+  const schema::DatabasePlace& place_;
   const ConversionOptions& options_;
   ConversionReport& report_;
   std::unique_ptr<jet::Database> database_;
@@ -107,12 +107,12 @@ class FileConversion {
 };
 
 // A bill's page that was adapted to the office stays in use.
-void carryTemplateOver(const fs::path& oldFolder, const fs::path& newFolder, ConversionReport& report) {
-  constexpr const char* kTemplate = "template.html";
-  const auto page = findFile(oldFolder, kTemplate);
+void carryTemplateOver(const fs::path& oldFolder, const schema::DatabasePlace& place, ConversionReport& report) {
+  const std::string name = place.billPage().filename().string();
+  const auto page = findFile(oldFolder, name);
   if (!page) return;
-  fs::copy_file(*page, newFolder / kTemplate);
-  report.notes.push_back(base::format("%s, the page of a bill, was copied.", kTemplate));
+  fs::copy_file(*page, place.billPage());
+  report.notes.push_back(base::format("%s, the page of a bill, was copied.", name));
 }
 
 void writeReport(const ConversionReport& report, const fs::path& file) {
@@ -156,8 +156,9 @@ ConversionReport convertFolder(const fs::path& oldFolder, const fs::path& newFol
   PartialFolder partial(newFolder);
   ConversionReport report;
   try {
+    const auto place = schema::DatabasePlace::ofFolder(partial.path());
     for (std::size_t i = 0; i < kinds.size(); ++i) {
-      FileConversion conversion(kinds[i], partial.path() / kinds[i].name, options, person, report);
+      FileConversion conversion(kinds[i], place, options, person, report);
       if (found[i]) {
         conversion.read(*found[i]);
       } else {
@@ -165,7 +166,7 @@ ConversionReport convertFolder(const fs::path& oldFolder, const fs::path& newFol
       }
       conversion.finish();
     }
-    carryTemplateOver(oldFolder, partial.path(), report);
+    carryTemplateOver(oldFolder, place, report);
     writeReport(report, partial.path() / kReportFile);
     partial.publish();
   } catch (const jet::Error& fault) {

@@ -92,11 +92,11 @@ class Export {
     manifest_.format = format;
   }
 
-  void addDatabase(const fs::path& file) {
-    const auto database = jet::openDatabase(file, jet::OpenMode::ReadOnly);
+  void addDatabase(const schema::DatabasePlace& place, const schema::DatabaseKind& kind) {
+    const auto database = place.open(kind.which, jet::OpenMode::ReadOnly);
     const auto names = database->tableNames();
     const auto all = [&] {
-      for (const std::string& name : names) addTable(*database, file.filename().string(), name);
+      for (const std::string& name : names) addTable(*database, kind.name, name);
     };
     if (std::find(names.begin(), names.end(), "Touch") != names.end()) {
       atOneMoment(*database, "Touch", all);
@@ -148,15 +148,14 @@ class Export {
 
 }  // namespace
 
-TableManifest exportTables(const fs::path& dataFolder, const fs::path& target, TextFormat format,
+TableManifest exportTables(const schema::DatabasePlace& place, const fs::path& target, TextFormat format,
                            platform::Operator& person) {
   PartialFolder partial(target);
   try {
     fs::permissions(partial.path(), fs::perms::owner_all);
     Export work(partial.path(), format, person);
-    const auto place = schema::DatabasePlace::ofFolder(dataFolder);
     for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
-      if (kind.required || place.exists(kind.which)) work.addDatabase(place.file(kind.which));
+      if (kind.required || place.exists(kind.which)) work.addDatabase(place, kind);
     }
     TableManifest manifest = work.finish();
     partial.publish();

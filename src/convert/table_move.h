@@ -5,6 +5,7 @@
 
 #include "convert/table_manifest.h"
 #include "platform/operator.h"
+#include "schema/database_place.h"
 
 namespace convert {
 
@@ -12,12 +13,12 @@ namespace convert {
 inline constexpr std::int64_t kProgressStep = 1000;
 inline constexpr std::int64_t kRowsPerTransaction = 20000;
 
-// Writes every table of the databases in a data folder, those that this program does not know too, as text: one file a
+// Writes every table of the databases at a place, those that this program does not know too, as text: one file a
 // table and kManifestFile beside them. The files hold password digests and are private to their owner. The tables of
 // the main database are those of one moment, whatever other copies write meanwhile. The target must not exist or be
 // empty; it appears when it is whole. Memory does not depend on the number of rows. Throws ConversionError.
-TableManifest exportTables(const std::filesystem::path& dataFolder, const std::filesystem::path& target,
-                           TextFormat format, platform::Operator& person);
+TableManifest exportTables(const schema::DatabasePlace& place, const std::filesystem::path& target, TextFormat format,
+                           platform::Operator& person);
 
 // Makes the databases anew from such a folder: equal tables with equal rows. What this program needs and the folder
 // does not name is made empty. The new folder must not exist or be empty; it appears when it is whole. Throws

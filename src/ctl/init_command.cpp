@@ -5,7 +5,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/terminal_prompt.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "server/data_folder.h"
 
 namespace ctl {
@@ -60,11 +60,11 @@ int init(const Invocation& call) {
                          {call.context.config(), call.context.person(), call.context.clock()},
                          [&] { writeMachineStore(call.context, target, password); });
 
-  call.out << "Made in " << target.string() << ":\n"
-           << "  " << schema::kMainFile << "    calls, settings, users\n"
-           << "  " << schema::kTariffFile << "      providers, prefixes, charge bands\n"
-           << "  " << schema::kPhonebookFile << "    the phonebook\n"
-           << "  template.html    the page of a bill\n"
+  call.out << "Made in " << target.string() << ":\n";
+  for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
+    call.out << base::format("  %-16s %s\n", kind.name, kind.holds);
+  }
+  call.out << "  template.html    the page of a bill\n"
            << "  monitor/         where the monitor leaves monitor.data\n"
            << (withSample ? "Filled with the sample exchange.\n" : "")
            << "Machine store: " << call.context.machineStore().file().string() << '\n'

@@ -43,8 +43,8 @@ void requireRightToUse(const Invocation& call) {
   if (!call.arguments.has("--use")) return;
   const std::string folder = call.context.folder("PathDatabase");
   if (folder.empty() || folder == "---") return;
-  const fs::path main = schema::DatabasePlace::ofSetting(folder).file(schema::Which::Main);
-  if (!fs::exists(main) || convert::isOldDatabase(main)) return;
+  const auto place = schema::DatabasePlace::ofSetting(folder);
+  if (!place.exists(schema::Which::Main) || convert::isOldDatabase(place.file(schema::Which::Main))) return;
   call.context.require(kChangeSettings);
   security::requireAllCalls(call.context.document().user(), call.context.language());
 }

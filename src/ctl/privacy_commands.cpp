@@ -1,13 +1,12 @@
 #include <ostream>
 
-#include "base/path.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/json_text.h"
 #include "privacy/anonymise.h"
 #include "privacy/person_data.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "security/restriction.h"
 
 namespace ctl {
@@ -35,8 +34,8 @@ void printItems(const Invocation& call, const std::vector<StoredItem>& items, bo
 // Writable where entries are to be taken out of it.
 std::unique_ptr<jet::Database> openPhonebook(Context& context) {
   try {
-    return jet::openWritableOrReadOnly(base::systemPath(context.folder("PathDatabase") + schema::kPhonebookFile))
-        .database;
+    const auto place = schema::DatabasePlace::ofSetting(context.folder("PathDatabase"));
+    return place.openWritableOrReadOnly(schema::Which::Phonebook).database;
   } catch (const jet::Error&) {
     return nullptr;  // there need not be one
   }

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <optional>
 
 #include "base/path.h"
 #include "base/printf.h"
@@ -22,18 +23,23 @@ bool restricted(Context& context) {
   return !context.document().user().SQLSubquery.empty();
 }
 
+std::string sizeText(std::optional<std::uintmax_t> bytes, Context& context) {
+  if (!bytes) return "missing";
+  return restricted(context) ? "present" : base::format("%d bytes", *bytes);
+}
+
 std::string sizeOf(const fs::path& file, Context& context) {
   std::error_code missing;
-  const auto size = fs::file_size(file, missing);
-  if (missing) return "missing";
-  return restricted(context) ? "present" : base::format("%d bytes", size);
+  const auto bytes = fs::file_size(file, missing);
+  return sizeText(missing ? std::nullopt : std::optional(bytes), context);
 }
 
 void addFiles(Table& table, Context& context) {
   table.add({"Machine store", context.machineStore().file().string()});
   const auto place = schema::DatabasePlace::ofSetting(context.folder("PathDatabase"));
   for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
-    table.add({kind.name, base::format("%s, %s", place.describe(kind.which), sizeOf(place.file(kind.which), context))});
+    table.add(
+        {kind.name, base::format("%s, %s", place.describe(kind.which), sizeText(place.size(kind.which), context))});
   }
   const fs::path lock = context.app().lockFile();
   const bool runs = platform::InstanceLock::isHeld(lock);

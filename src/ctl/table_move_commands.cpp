@@ -1,10 +1,10 @@
-#include "base/path.h"
 #include "base/printf.h"
 #include "convert/table_move.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/new_data_folder.h"
+#include "schema/database_place.h"
 #include "security/restriction.h"
 
 namespace ctl {
@@ -27,8 +27,8 @@ int exportTables(const Invocation& call) {
   const fs::path target = call.arguments.text("DIR");
   context.interrupts().begin();
   const auto format = call.global.format == TableFormat::Json ? convert::TextFormat::Json : convert::TextFormat::Csv;
-  print(call,
-        convert::exportTables(base::systemPath(context.folder("PathDatabase")), target, format, context.person()));
+  print(call, convert::exportTables(schema::DatabasePlace::ofSetting(context.folder("PathDatabase")), target, format,
+                                    context.person()));
   call.out << base::format("Written to %s. The files hold password digests: keep them private.\n", target.string());
   return 0;
 }

@@ -10,6 +10,7 @@
 #include "folders/report_file.h"
 #include "folders/report_page.h"
 #include "platform/regular_file.h"
+#include "schema/database_place.h"
 
 namespace folders {
 
@@ -78,7 +79,7 @@ std::string summary(const BillTotals& totals, const FolderServices& services, co
 
 // Nothing when the database folder has no template that can be read.
 std::optional<std::string> readTemplate(const FolderServices& services) {
-  return platform::readRegularFile(services.main.path().parent_path() / "template.html");
+  return platform::readRegularFile(schema::DatabasePlace::ofFolder(services.main.path().parent_path()).billPage());
 }
 
 // What a placeholder stands for; nothing for other words between percent signs. The template's own bytes stay as they

@@ -13,9 +13,9 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr DatabaseKind kKinds[] = {
-    {Which::Main, kMainFile, mainTables, createMainDatabase, true},
-    {Which::Tariffs, kTariffFile, tariffTables, createTariffDatabase, false},
-    {Which::Phonebook, kPhonebookFile, phonebookTables, createPhonebookDatabase, false},
+    {Which::Main, kMainFile, mainTables, fillMainDatabase, "calls, settings, users", true},
+    {Which::Tariffs, kTariffFile, tariffTables, fillTariffDatabase, "providers, prefixes, charge bands", false},
+    {Which::Phonebook, kPhonebookFile, phonebookTables, fillPhonebookDatabase, "the phonebook", false},
 };
 
 }  // namespace
@@ -51,8 +51,20 @@ bool DatabasePlace::exists(Which which) const {
   return fs::exists(file(which), ignored);
 }
 
+std::optional<std::uintmax_t> DatabasePlace::size(Which which) const {
+  std::error_code missing;
+  const auto bytes = fs::file_size(file(which), missing);
+  return missing ? std::nullopt : std::optional(bytes);
+}
+
+fs::path DatabasePlace::billPage() const {
+  return prefix_ + "template.html";
+}
+
 std::unique_ptr<jet::Database> DatabasePlace::create(Which which) const {
-  return kindOf(which).create(file(which));
+  auto database = createEmpty(which);
+  kindOf(which).fill(*database);
+  return database;
 }
 
 std::unique_ptr<jet::Database> DatabasePlace::createEmpty(Which which) const {
@@ -72,6 +84,11 @@ void DatabasePlace::remove(Which which) const noexcept {
     std::error_code ignored;
     fs::remove(file(which).string() + part, ignored);
   }
+}
+
+NewDatabases::~NewDatabases() {
+  if (published_) return;
+  for (const DatabaseKind& kind : kKinds) place_.remove(kind.which);
 }
 
 }  // namespace schema

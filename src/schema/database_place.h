@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,15 +21,17 @@ struct DatabaseKind {
   Which which;
   const char* name;  // of its file in a data folder, and in lists and manifests
   std::vector<jet::TableDef> (*tables)();
-  std::unique_ptr<jet::Database> (*create)(const std::filesystem::path& file);  // with the rows that must exist
-  bool required;                                                                // the others may be missing
+  void (*fill)(jet::Database& database);  // an empty one, with its tables and the rows that must exist
+  const char* holds;                      // in a word or two, for lists
+  bool required;                          // the others may be missing
 };
 
 std::span<const DatabaseKind> databaseKinds();  // Main, Tariffs, Phonebook
 const DatabaseKind& kindOf(Which which);
 const DatabaseKind* kindCalled(std::string_view name);  // null when it is none of the three
 
-// Where the three databases are: today files in one folder. Errors are those of jet/database.h.
+// Where the three databases are: today files in one folder. Nothing but this joins a folder and a database's name, so
+// that they can be somewhere else one day. Errors are those of jet/database.h.
 class DatabasePlace {
  public:
   static DatabasePlace ofFolder(const std::filesystem::path& folder);
@@ -35,6 +39,8 @@ class DatabasePlace {
   static DatabasePlace ofSetting(std::string_view setting);
 
   [[nodiscard]] bool exists(Which which) const;
+  // Bytes; nothing when it is missing.
+  [[nodiscard]] std::optional<std::uintmax_t> size(Which which) const;
   // For messages to a person.
   [[nodiscard]] std::string describe(Which which) const { return file(which).string(); }
   // With tables and the rows that must exist; refuses (3204) when it exists.
@@ -46,13 +52,32 @@ class DatabasePlace {
   // Of one that was not finished and that nobody has open; what cannot be removed stays.
   void remove(Which which) const noexcept;
 
-  // Of a database in a folder.
+  // Of a database in a folder, where an old one may be as well.
   [[nodiscard]] std::filesystem::path file(Which which) const;
+  // The page "template.html" of a bill, beside the databases.
+  [[nodiscard]] std::filesystem::path billPage() const;
 
  private:
   explicit DatabasePlace(std::string prefix) : prefix_(std::move(prefix)) {}
 
   std::string prefix_;  // before the files' names
+};
+
+// Databases that are being made at a place that has none: they are taken away again unless all of it was finished.
+class NewDatabases {
+ public:
+  explicit NewDatabases(DatabasePlace place) : place_(std::move(place)) {}
+  NewDatabases(const NewDatabases&) = delete;
+  NewDatabases& operator=(const NewDatabases&) = delete;
+  // What cannot be removed stays, and is named by the next attempt.
+  ~NewDatabases();
+
+  [[nodiscard]] const DatabasePlace& place() const { return place_; }
+  void publish() { published_ = true; }
+
+ private:
+  DatabasePlace place_;
+  bool published_ = false;
 };
 
 }  // namespace schema

@@ -65,11 +65,15 @@ TableDef calls() {
       .indexes = {{{"DateTime"}}, {{"Price_Ref"}}, {{"DialNumber"}}}};
 }
 
-std::unique_ptr<jet::Database> create(const std::filesystem::path& file, const std::vector<TableDef>& tables) {
-  auto database = jet::createDatabase(file);
-  jet::Transaction transaction(*database);
-  for (const TableDef& table : tables) database->createTable(table);
+void addTables(jet::Database& database, const std::vector<TableDef>& tables) {
+  jet::Transaction transaction(database);
+  for (const TableDef& table : tables) database.createTable(table);
   transaction.commit();
+}
+
+std::unique_ptr<jet::Database> create(const std::filesystem::path& file, void (*fill)(jet::Database&)) {
+  auto database = jet::createDatabase(file);
+  fill(*database);
   return database;
 }
 
@@ -163,28 +167,39 @@ TableDef phonebookTable(const std::string& name) {
           .indexes = {{{"Tel"}}}};
 }
 
-std::unique_ptr<jet::Database> createMainDatabase(const std::filesystem::path& file) {
-  auto database = create(file, mainTables());
-  jet::Transaction transaction(*database);
+void fillMainDatabase(jet::Database& database) {
+  jet::Transaction transaction(database);
+  addTables(database, mainTables());
   for (const char* tag : {"Config", "Contacts", "Calls", "Users", "Groups", "Log"}) {
-    database->execute("insert into Touch (Tag, [Value]) values ('" + std::string(tag) + "', 0)");
+    database.execute("insert into Touch (Tag, [Value]) values ('" + std::string(tag) + "', 0)");
   }
-  database->execute("insert into Config (Path, Int_Value) values ('general\\DbVersion', 1)");
-  database->execute("insert into Config (Path, Int_Value) values ('general\\LastCurrencyID', 2)");
-  database->execute("insert into Config (Path, Int_Value) values ('Contacts\\Next RecID', 1)");
-  database->execute(
+  database.execute("insert into Config (Path, Int_Value) values ('general\\DbVersion', 1)");
+  database.execute("insert into Config (Path, Int_Value) values ('general\\LastCurrencyID', 2)");
+  database.execute("insert into Config (Path, Int_Value) values ('Contacts\\Next RecID', 1)");
+  database.execute(
       "insert into Currency (CurrencyID, Name, Ratio, DateModify, [Default], Reverse) "
       "values (1, 'RON', 1, Date(), 1, 0)");
   transaction.commit();
-  return database;
+}
+
+void fillTariffDatabase(jet::Database& database) {
+  addTables(database, tariffTables());
+}
+
+void fillPhonebookDatabase(jet::Database& database) {
+  addTables(database, phonebookTables());
+}
+
+std::unique_ptr<jet::Database> createMainDatabase(const std::filesystem::path& file) {
+  return create(file, fillMainDatabase);
 }
 
 std::unique_ptr<jet::Database> createTariffDatabase(const std::filesystem::path& file) {
-  return create(file, tariffTables());
+  return create(file, fillTariffDatabase);
 }
 
 std::unique_ptr<jet::Database> createPhonebookDatabase(const std::filesystem::path& file) {
-  return create(file, phonebookTables());
+  return create(file, fillPhonebookDatabase);
 }
 
 }  // namespace schema

@@ -15,8 +15,13 @@ std::vector<jet::TableDef> tariffTables();     // tariffs.mdb
 std::vector<jet::TableDef> phonebookTables();  // phonebook.mdb: only `map`; each mapped table is phonebookTable()
 jet::TableDef phonebookTable(const std::string& name);
 
-// Make the files with their tables and the rows that must exist: change tags, DbVersion 1, the default currency, the
-// counters. Error 3204 when the file exists.
+// Give an empty database its tables and the rows that must exist (change tags, DbVersion 1, the default currency, the
+// counters), whole or not at all.
+void fillMainDatabase(jet::Database& database);
+void fillTariffDatabase(jet::Database& database);
+void fillPhonebookDatabase(jet::Database& database);
+
+// The same of a new file. Error 3204 when the file exists.
 std::unique_ptr<jet::Database> createMainDatabase(const std::filesystem::path& file);
 std::unique_ptr<jet::Database> createTariffDatabase(const std::filesystem::path& file);
 std::unique_ptr<jet::Database> createPhonebookDatabase(const std::filesystem::path& file);

@@ -19,7 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kTemplate = "template.html";
 constexpr const char* kMonitor = "monitor";
 
 // What cannot even be looked at stands in nobody's way: making the folder fails then, and says why.
@@ -29,8 +28,8 @@ bool stands(const fs::path& file) {
 }
 
 // The bill's page stands beside the databases, where it can be adapted.
-void writeBillTemplate(const fs::path& folder) {
-  const fs::path file = folder / kTemplate;
+void writeBillTemplate(const schema::DatabasePlace& place) {
+  const fs::path file = place.billPage();
   if (stands(file)) return;
   std::ofstream out(file, std::ios::binary);
   out << folders::defaultBillTemplate();
@@ -45,8 +44,7 @@ void addGroup(jet::Database& main, int id, std::string_view name, std::string_vi
       name, description, access));
 }
 
-void makeDatabases(const DataFolderPlan& plan, const DataFolderTools& tools) {
-  const auto place = schema::DatabasePlace::ofFolder(plan.folder);
+void makeDatabases(const schema::DatabasePlace& place, const DataFolderPlan& plan, const DataFolderTools& tools) {
   const auto main = place.create(schema::Which::Main);
   const auto tariffs = place.create(schema::Which::Tariffs);
   const auto phonebook = place.create(schema::Which::Phonebook);
@@ -67,9 +65,10 @@ void makeDatabases(const DataFolderPlan& plan, const DataFolderTools& tools) {
 // What was made goes again when it cannot be finished.
 class HalfMade {
  public:
-  explicit HalfMade(fs::path folder) : folder_(std::move(folder)), folderIsNew_(!stands(folder_)) {
-    for (const char* name : {kTemplate, kMonitor}) {
-      if (!stands(folder_ / name)) newNames_.emplace_back(name);
+  explicit HalfMade(const fs::path& folder)
+      : folder_(folder), folderIsNew_(!stands(folder)), databases_(schema::DatabasePlace::ofFolder(folder)) {
+    for (const fs::path& beside : {place().billPage(), folder / kMonitor}) {
+      if (!stands(beside)) newFiles_.push_back(beside);
     }
   }
   HalfMade(const HalfMade&) = delete;
@@ -77,18 +76,21 @@ class HalfMade {
   ~HalfMade() {
     if (finished_) return;
     // What cannot be removed is named by the next attempt.
-    const auto place = schema::DatabasePlace::ofFolder(folder_);
-    for (const schema::DatabaseKind& kind : schema::databaseKinds()) place.remove(kind.which);
     std::error_code ignored;
-    for (const std::string& name : newNames_) fs::remove(folder_ / name, ignored);
+    for (const fs::path& file : newFiles_) fs::remove(file, ignored);
     if (folderIsNew_) fs::remove_all(folder_, ignored);
   }
-  void finish() { finished_ = true; }
+  [[nodiscard]] const schema::DatabasePlace& place() const { return databases_.place(); }
+  void finish() {
+    databases_.publish();
+    finished_ = true;
+  }
 
  private:
   fs::path folder_;
   bool folderIsNew_;
-  std::vector<std::string> newNames_;  // of what is no database
+  schema::NewDatabases databases_;
+  std::vector<fs::path> newFiles_;  // beside the databases
   bool finished_ = false;
 };
 
@@ -117,8 +119,8 @@ void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, co
     throw DataFolderError(base::format("The folder %s cannot be made (%s). Choose another one, or check the rights.",
                                        plan.folder.string(), fault.message()));
   }
-  writeBillTemplate(plan.folder);
-  makeDatabases(plan, tools);
+  writeBillTemplate(halfMade.place());
+  makeDatabases(halfMade.place(), plan, tools);
   finish();
   halfMade.finish();
 }

@@ -71,7 +71,7 @@ TEST(TableMove, ConvertedDatabasesComeBackEqual) {
       platform::NoOperator nobody;
       makeOldFolder(scratch / "old", main);
       convertFolder(scratch / "old", scratch / "new", {}, nobody);
-      exportTables(scratch / "new", scratch / "tables", format, nobody);
+      exportTables(schema::DatabasePlace::ofFolder(scratch / "new"), scratch / "tables", format, nobody);
       importTables(scratch / "tables", scratch / "again", nobody);
       expectSameFolder(scratch / "new", scratch / "again");
       for (const auto& entry : fs::directory_iterator(scratch / "tables")) {
@@ -120,7 +120,7 @@ TEST(TableMove, KeepsNullEmptyTextAndTheBitsOfNumbers) {
     const TemporaryFolder scratch;
     platform::NoOperator nobody;
     makeOddTable(scratch / "data");
-    exportTables(scratch / "data", scratch / "tables", format, nobody);
+    exportTables(schema::DatabasePlace::ofFolder(scratch / "data"), scratch / "tables", format, nobody);
     importTables(scratch / "tables", scratch / "again", nobody);
     expectSameDatabase(scratch / "data" / schema::kMainFile, scratch / "again" / schema::kMainFile);
     const auto again = jet::openDatabase(scratch / "again" / schema::kMainFile, jet::OpenMode::ReadOnly);

@@ -9,7 +9,7 @@
 #include <QVBoxLayout>
 
 #include "convert/converter.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "server/data_folder.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
@@ -45,7 +45,7 @@ convert::ConversionReport convertFolder(const ConversionTask& task, server::CSer
   options.salvage = task.salvage;
   options.codepage = task.codepage;
   auto report = convert::convertFolder(task.oldFolder, task.newFolder, options, app.surroundings().person);
-  const auto main = jet::openDatabase(task.newFolder / schema::kMainFile, jet::OpenMode::ReadWrite);
+  const auto main = schema::DatabasePlace::ofFolder(task.newFolder).open(schema::Which::Main, jet::OpenMode::ReadWrite);
   if (main->openRecordset("SELECT * FROM Users")->eof()) {
     server::addFirstUsers(*main, app.surroundings().clock, task.password);
   }

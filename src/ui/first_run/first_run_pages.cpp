@@ -8,7 +8,7 @@
 #include <QWizard>
 
 #include "sample/company.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "ui/dialogs/folder_line.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
@@ -110,7 +110,7 @@ void FirstRunFolderPage::initializePage() {
 bool FirstRunFolderPage::validatePage() {
   folder_->setText(wholePath(folder_->text()));
   oldFolder_->setText(wholePath(oldFolder_->text()));
-  const bool has = QFile::exists(folder_->text() + '/' + schema::kMainFile);
+  const bool has = schema::DatabasePlace::ofFolder(fromQt(folder_->text())).exists(schema::Which::Main);
   QString fault;
   if (folder_->text().isEmpty() || (field("convert").toBool() && oldFolder_->text().isEmpty())) {
     fault = texts_("IDS_FIRST_NO_FOLDER");

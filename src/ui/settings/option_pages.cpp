@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "base/path.h"
-#include "schema/schema.h"
+#include "schema/database_place.h"
 #include "ui/dialogs/folder_line.h"
 
 namespace ui {
@@ -253,7 +253,7 @@ Field folderField(const Option& option, const Source& source) {
     const auto place = base::systemPath(fromQt(folder));
     std::error_code fault;
     if (!std::filesystem::is_directory(place, fault)) return texts.format("IDS_SETTINGS_NO_FOLDER", fromQt(folder));
-    if (ofDatabase && !std::filesystem::exists(place / schema::kMainFile, fault)) {
+    if (ofDatabase && !schema::DatabasePlace::ofFolder(place).exists(schema::Which::Main)) {
       return texts.format("IDS_FIRST_NO_DATABASE", fromQt(folder));
     }
     return {};
