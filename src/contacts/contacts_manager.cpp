@@ -54,13 +54,9 @@ std::optional<Contact> ContactsManager::find(std::int32_t recordId) {
 }
 
 std::int32_t ContactsManager::NextRecordNumber() {
-  // The counter is shared by all copies: read and written in one piece.
-  jet::Transaction transaction(*database_);
-  const std::int32_t next = config_.ReadConfigInt("Next RecID", "Contacts", foundation::StoreDatabase, -1);
-  if (next == -1) operator_.messageBox(language_.Translate("IDS_CANTGETNEXTRECID"));
-  config_.WriteConfigInt(next == -1 ? 1 : next + 1, "Next RecID", "Contacts", foundation::StoreDatabase);
-  transaction.commit();
-  return next == -1 ? 0 : next;
+  const auto taken = config_.takeNumber("Next RecID", "Contacts");
+  if (!taken) operator_.messageBox(language_.Translate("IDS_CANTGETNEXTRECID"));
+  return taken.value_or(0);
 }
 
 std::int32_t ContactsManager::AddFromCall(std::string_view first, std::string_view second, std::string_view address,
@@ -85,8 +81,8 @@ std::int32_t ContactsManager::AddFromCall(std::string_view first, std::string_vi
 }
 
 std::int32_t ContactsManager::add(Contact contact) {
+  contact.recordId = NextRecordNumber();  // before the transaction: the operator may be told something
   jet::Transaction transaction(*database_);
-  contact.recordId = NextRecordNumber();
   recordset_->addNew();
   writeFields(*recordset_, contact);
   updateOrReport(*recordset_);

@@ -21,17 +21,19 @@ int set(const Invocation& call) {
   // It may be empty: the client of all calls without an account code.
   const std::string account = call.arguments.text("ACCOUNT");
   requirePlain("The account", account);
-  ClientDefinition& client = findOrAdd(call.context.parties().clients, &ClientDefinition::account, account);
+  DefinitionEdit edit(call.context);
+  ClientDefinition& client = findOrAdd(edit.lists().clients, &ClientDefinition::account, account);
   takeOver(call.arguments, "--name", client.name);
   takeOver(call.arguments, "--folder", client.folder);
   if (client.name.empty()) throw WrongUsage("A new client needs a name: give --name.");
-  saveDefinitions(call.context);
+  edit.save();
   return 0;
 }
 
 int remove(const Invocation& call) {
-  removeEntries(call.context.parties().clients, &ClientDefinition::account, call.arguments.text("ACCOUNT"), "client");
-  saveDefinitions(call.context);
+  DefinitionEdit edit(call.context);
+  removeEntries(edit.lists().clients, &ClientDefinition::account, call.arguments.text("ACCOUNT"), "client");
+  edit.save();
   return 0;
 }
 

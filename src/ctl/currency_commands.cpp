@@ -3,6 +3,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "foundation/definition_change.h"
 
 namespace ctl {
 
@@ -45,6 +46,7 @@ int set(const Invocation& call) {
   if (!(rate > 0)) throw WrongUsage("--rate takes a number above 0.");
   call.context.requireWritable();
   Currencies& currencies = call.context.currencies();
+  foundation::DefinitionChange change(currencies, call.context.main());
   CURRENCYDESC& currency = findOrAdd(currencies, call.arguments.text("NAME"));
   if (currency.isDefault && rate != 1) {
     throw Failure(
@@ -55,7 +57,7 @@ int set(const Invocation& call) {
   currency.ratio = rate;
   currency.reverse = call.arguments.has("--reverse");
   currency.dateModify = call.context.clock().now();
-  currencies.save(call.context.main());
+  change.save();
   return 0;
 }
 
@@ -63,12 +65,13 @@ int set(const Invocation& call) {
 int setDefault(const Invocation& call) {
   call.context.requireWritable();
   Currencies& currencies = call.context.currencies();
+  foundation::DefinitionChange change(currencies, call.context.main());
   const std::size_t chosen = indexOf(currencies, call.arguments.text("NAME"));
   for (std::size_t i = 0; i < currencies.entries.size(); ++i) currencies.entries[i].isDefault = i == chosen;
   CURRENCYDESC& currency = currencies.entries[chosen];
   currency.ratio = 1;
   currency.reverse = false;
-  currencies.save(call.context.main());
+  change.save();
   if (currencies.entries.size() > 1) {
     call.context.person().messageBox(
         base::format("Set the rates of the other currencies against %s now, and recalculate the stored calls "
@@ -81,12 +84,13 @@ int setDefault(const Invocation& call) {
 int remove(const Invocation& call) {
   call.context.requireWritable();
   Currencies& currencies = call.context.currencies();
+  foundation::DefinitionChange change(currencies, call.context.main());
   const std::size_t chosen = indexOf(currencies, call.arguments.text("NAME"));
   if (currencies.entries[chosen].isDefault) {
     throw Failure("The default currency cannot be deleted. Make another one the default first.");
   }
   currencies.entries.erase(currencies.entries.begin() + static_cast<std::ptrdiff_t>(chosen));
-  currencies.save(call.context.main());
+  change.save();
   return 0;
 }
 

@@ -6,6 +6,7 @@
 
 #include "base/printf.h"
 #include "ctl/context.h"
+#include "foundation/definition_change.h"
 
 namespace ctl {
 
@@ -52,10 +53,22 @@ void removeEntries(std::vector<Entry>& entries, std::string Entry::*field, const
   }
 }
 
-// Stores all definitions; throws Failure while the database can only be read.
-inline void saveDefinitions(Context& context) {
-  context.requireWritable();
-  context.parties().save(context.main());
-}
+// The definitions as they are stored now, for a command to change and save. Throws Failure while the database can only
+// be read.
+class DefinitionEdit : public foundation::DefinitionChange<exchange::PartyDefinitions> {
+ public:
+  explicit DefinitionEdit(Context& context)
+      : DefinitionChange(writable(context).parties(), context.main(), tariffsOf(context)) {}
+
+ private:
+  static Context& writable(Context& context) {
+    context.requireWritable();
+    return context;
+  }
+  static jet::Database* tariffsOf(Context& context) {
+    tariff::TariffDatabase* const tariffs = context.document().tariffs();
+    return tariffs == nullptr ? nullptr : &tariffs->database();
+  }
+};
 
 }  // namespace ctl

@@ -24,15 +24,18 @@ int listEntries(const Invocation& call, const std::vector<Entry>& entries, std::
   return 0;
 }
 
+// `list` is that of the definitions.
 template <typename Entry>
-int setEntry(const Invocation& call, std::vector<Entry>& entries, std::string Entry::*code, const char* argument) {
+int setEntry(const Invocation& call, std::vector<Entry> exchange::PartyDefinitions::*list, std::string Entry::*code,
+             const char* argument) {
   const std::string typed = call.arguments.text(argument);
   requireCode("The code", typed);
-  Entry& entry = findOrAdd(entries, code, typed);
+  DefinitionEdit edit(call.context);
+  Entry& entry = findOrAdd(edit.lists().*list, code, typed);
   takeOver(call.arguments, "--description", entry.description);
   takeOver(call.arguments, "--department", entry.department);
   requireDescription(entry.description, entry.department);
-  saveDefinitions(call.context);
+  edit.save();
   return 0;
 }
 
@@ -41,13 +44,14 @@ int listExtensions(const Invocation& call) {
 }
 
 int setExtension(const Invocation& call) {
-  return setEntry(call, call.context.parties().extensions, &exchange::tagEXTINFO::extension, "EXTENSION");
+  return setEntry(call, &exchange::PartyDefinitions::extensions, &exchange::tagEXTINFO::extension, "EXTENSION");
 }
 
 int deleteExtension(const Invocation& call) {
-  removeEntries(call.context.parties().extensions, &exchange::tagEXTINFO::extension, call.arguments.text("EXTENSION"),
+  DefinitionEdit edit(call.context);
+  removeEntries(edit.lists().extensions, &exchange::tagEXTINFO::extension, call.arguments.text("EXTENSION"),
                 "extension");
-  saveDefinitions(call.context);
+  edit.save();
   return 0;
 }
 
@@ -56,13 +60,13 @@ int listAccounts(const Invocation& call) {
 }
 
 int setAccount(const Invocation& call) {
-  return setEntry(call, call.context.parties().accounts, &exchange::tagCONTINFO::account, "ACCOUNT");
+  return setEntry(call, &exchange::PartyDefinitions::accounts, &exchange::tagCONTINFO::account, "ACCOUNT");
 }
 
 int deleteAccount(const Invocation& call) {
-  removeEntries(call.context.parties().accounts, &exchange::tagCONTINFO::account, call.arguments.text("ACCOUNT"),
-                "account");
-  saveDefinitions(call.context);
+  DefinitionEdit edit(call.context);
+  removeEntries(edit.lists().accounts, &exchange::tagCONTINFO::account, call.arguments.text("ACCOUNT"), "account");
+  edit.save();
   return 0;
 }
 

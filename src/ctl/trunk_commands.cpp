@@ -79,7 +79,8 @@ void warnOfUnpricedCalls(Context& context, const tagTRUNKINFO& entry) {
 
 int setTrunk(const Invocation& call) {
   const Arguments& arguments = call.arguments;
-  tagTRUNKINFO& entry = entryFor(call.context.parties().trunks, arguments.text("TRUNK"));
+  DefinitionEdit edit(call.context);
+  tagTRUNKINFO& entry = entryFor(edit.lists().trunks, arguments.text("TRUNK"));
   takeOver(arguments, "--label", entry.label);
   takeOver(arguments, "--profile", entry.profile);
   entry.providerId = static_cast<std::int32_t>(arguments.integer("--provider", entry.providerId, 1, kMostId));
@@ -90,22 +91,23 @@ int setTrunk(const Invocation& call) {
   if (call.context.parties().findProvider(entry.providerId) == nullptr) {
     throw Failure(base::format("There is no provider %d. See tallyctl provider list.", entry.providerId));
   }
-  saveDefinitions(call.context);
+  edit.save();
   warnOfUnpricedCalls(call.context, entry);
   return 0;
 }
 
 int deleteTrunk(const Invocation& call) {
   const std::string number = call.arguments.text("TRUNK");
+  DefinitionEdit edit(call.context);
   bool found = false;
-  for (tagTRUNKINFO& entry : call.context.parties().trunks) {
+  for (tagTRUNKINFO& entry : edit.lists().trunks) {
     if (entry.trunk != number || isFree(entry)) continue;
     // Entries keep their places; a free one takes the next new trunk.
     entry = tagTRUNKINFO{.label = "-", .trunk = "", .providerId = -1, .profile = {}};
     found = true;
   }
   if (!found) throw Failure(base::format("There is no trunk %s.", number));
-  saveDefinitions(call.context);
+  edit.save();
   return 0;
 }
 

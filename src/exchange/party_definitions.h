@@ -79,7 +79,7 @@ class PartyDefinitions {
   void load(jet::Database& main, jet::Database* tariffs);
   // Writes extensions, accounts, trunks, clients and the providers' settings back in one transaction; nothing while
   // the database is read-only. Throws jet::Error (a client's name with an apostrophe breaks its statement); what is
-  // stored is unchanged then.
+  // stored is unchanged then. Where other copies may have the database open, part of a foundation::DefinitionChange.
   void save(jet::Database& main);
 
   // True when the tables behind the definitions may have changed since they were loaded or saved here, by another
@@ -87,6 +87,8 @@ class PartyDefinitions {
   bool changed(jet::Database& main, jet::Database* tariffs);
   // Loads again what changed; true when anything was. Edits that were not saved are lost.
   bool reloadIfChanged(jet::Database& main, jet::Database* tariffs);
+  // What is held counts as out of date.
+  void forget() noexcept { partiesVersion_ = 0; }
 
   void reindex();
 

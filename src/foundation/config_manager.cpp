@@ -140,6 +140,15 @@ bool ConfigManager::WriteConfigInt(std::int32_t value, std::string_view key, std
   return writeMachine(machine_.writeInt(section, key, value));
 }
 
+std::optional<std::int32_t> ConfigManager::takeNumber(std::string_view key, std::string_view section) {
+  if (database_ == nullptr) return std::nullopt;
+  jet::Transaction transaction(*database_);
+  const std::int32_t next = ReadConfigInt(key, section, StoreDatabase, -1);
+  WriteConfigInt(next == -1 ? 1 : next + 1, key, section, StoreDatabase);
+  transaction.commit();
+  return next == -1 ? std::nullopt : std::optional(next);
+}
+
 bool ConfigManager::WriteWindowPlacement(const WindowPlacement& placement) {
   return machine_.writeBinary(kPlacementSection, kPlacementKey, {placement.begin(), placement.end()});
 }

@@ -44,6 +44,10 @@ class ConfigManager {
   bool WriteConfigString(std::optional<std::string_view> value, std::string_view key, std::string_view section,
                          int store);
   bool WriteConfigInt(std::int32_t value, std::string_view key, std::string_view section, int store);
+  // Hands out the number that a setting of the database store counts, and counts it on: to one copy only, since both
+  // are one transaction. Nothing when the setting is missing or -1; the number is then 0, and 1 is stored. Throws
+  // jet::Error.
+  std::optional<std::int32_t> takeNumber(std::string_view key, std::string_view section);
   [[nodiscard]] bool LastFound() const { return lastFound_; }
 
   // True while the main database could be opened read-only only.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/printf.h"
+#include "foundation/definition_change.h"
 
 namespace ingest {
 
@@ -29,27 +30,44 @@ bool TrunkCheck::fillContext(const exchange::CallRecord& record, tariff::Pricing
   return accepted;
 }
 
+// Looked for before anything is changed: with all entries taken, every call of an unknown trunk comes here.
 bool TrunkCheck::assignFreeEntry(std::int32_t trunk) {
-  if (parts_.tariffs == nullptr) return false;
+  if (parts_.tariffs == nullptr || freeEntry() == nullptr || !firstProfile()) return false;
+  jet::Database& tariffs = parts_.tariffs->database();
+  foundation::DefinitionChange change(parts_.parties, parts_.main, &tariffs);
+  if (change.reloaded() && isAssigned(trunk)) return true;
+  exchange::tagTRUNKINFO* const entry = freeEntry();
+  const auto profile = firstProfile();
+  if (entry == nullptr || !profile) return false;
+  entry->providerId = profile->provider;
+  entry->profile = profile->name;
+  entry->trunk = std::to_string(trunk);
+  entry->pulses = 0;
+  entry->ignoreZeroPulses = 0;
+  change.save();
+  return true;
+}
+
+bool TrunkCheck::isAssigned(std::int32_t trunk) const {
+  const std::string number = std::to_string(trunk);
+  return std::ranges::any_of(parts_.parties.trunks,
+                             [&](const auto& entry) { return entry.providerId > 0 && entry.trunk == number; });
+}
+
+exchange::tagTRUNKINFO* TrunkCheck::freeEntry() const {
   auto& trunks = parts_.parties.trunks;
-  const auto free = std::find_if(trunks.begin(), trunks.end(), [](const exchange::tagTRUNKINFO& entry) {
-    return entry.providerId == -1 || entry.providerId == 0;
-  });
-  if (free == trunks.end()) return false;
+  const auto free = std::ranges::find_if(
+      trunks, [](const exchange::tagTRUNKINFO& entry) { return entry.providerId == -1 || entry.providerId == 0; });
+  return free == trunks.end() ? nullptr : &*free;
+}
+
+std::optional<TrunkCheck::Profile> TrunkCheck::firstProfile() const {
   for (const exchange::ProviderDefinition& provider : parts_.parties.providers) {
     const jet::Snapshot profiles = parts_.tariffs->database().openSnapshot(
         base::format("select profile_name from profiles where provider_id = %d", provider.id));
-    if (profiles.empty()) continue;
-    free->providerId = provider.id;
-    free->profile = profiles.at(0, 0).toText();
-    free->trunk = std::to_string(trunk);
-    free->pulses = 0;
-    free->ignoreZeroPulses = 0;
-    parts_.parties.reindex();
-    parts_.parties.save(parts_.main);
-    return true;
+    if (!profiles.empty()) return Profile{provider.id, profiles.at(0, 0).toText()};
   }
-  return false;
+  return std::nullopt;
 }
 
 void TrunkCheck::reportNoEntryLeft(std::int32_t trunk) {

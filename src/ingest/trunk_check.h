@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <string>
+
 #include "exchange/call_record.h"
 #include "ingest/exchange_parts.h"
 #include "tariff/price.h"
@@ -19,6 +23,14 @@ class TrunkCheck {
  private:
   bool fillContext(const exchange::CallRecord& record, tariff::PricingContext& context);
   bool assignFreeEntry(std::int32_t trunk);
+  [[nodiscard]] bool isAssigned(std::int32_t trunk) const;
+  [[nodiscard]] exchange::tagTRUNKINFO* freeEntry() const;  // null when there is none
+  // Of the first provider that has one.
+  struct Profile {
+    std::int32_t provider = 0;
+    std::string name;
+  };
+  [[nodiscard]] std::optional<Profile> firstProfile() const;
   void reportNoEntryLeft(std::int32_t trunk);
 
   ExchangeParts parts_;

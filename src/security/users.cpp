@@ -288,16 +288,24 @@ SaveResult UserDirectory::deleteGroup(std::int32_t id) {
 
 bool UserDirectory::changeMembership(std::int32_t group, std::int32_t user,
                                      std::string (*change)(std::string_view, std::int32_t)) {
+  const SaveResult result = storeMembership(group, user, change);
+  if (result == SaveResult::Missing) person_.messageBox(texts_.Translate("IDS_SELECTEDUSERDELETED"));
+  if (result == SaveResult::LastAdministrator) person_.messageBox(texts_.Translate("IDS_LAST_ADMINISTRATOR"));
+  return result == SaveResult::Saved;
+}
+
+SaveResult UserDirectory::storeMembership(std::int32_t group, std::int32_t user,
+                                          std::string (*change)(std::string_view, std::int32_t)) {
   jet::Transaction transaction(database_);
   const auto users = database_.openRecordset("SELECT * FROM Users");
-  if (!goTo(*users, user)) {
-    person_.messageBox(texts_.Translate("IDS_SELECTEDUSERDELETED"));
-    return false;
-  }
-  setMembership(*users, change(users->get("Groups").toText(), group));
+  auto member = findUser(user);
+  if (!member || !goTo(*users, user)) return SaveResult::Missing;
+  member->Groups = change(member->Groups, group);
+  if (!keepsAnAdministrator(*member)) return SaveResult::LastAdministrator;
+  setMembership(*users, member->Groups);
   tags_.Touch("Users");
   transaction.commit();
-  return true;
+  return SaveResult::Saved;
 }
 
 bool UserDirectory::addMember(std::int32_t group, std::int32_t user) {

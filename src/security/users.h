@@ -112,6 +112,8 @@ class UserDirectory {
   bool mayGive(const UserRecord& user);
   bool mayBeTooLong(const UserRecord& user);
   bool changeMembership(std::int32_t group, std::int32_t user, std::string (*change)(std::string_view, std::int32_t));
+  SaveResult storeMembership(std::int32_t group, std::int32_t user,
+                             std::string (*change)(std::string_view, std::int32_t));
 
   jet::Database& database_;
   foundation::ChangeTags& tags_;

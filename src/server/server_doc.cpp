@@ -176,9 +176,13 @@ void CServerDoc::upgradeSchema() {
   if (DatabaseReadOnly()) return;
   try {
     addMissingTables();
-    std::int32_t version = config_.ReadConfigInt("DbVersion", foundation::kGeneral, foundation::StoreDatabase, 0);
-    if (version >= kDatabaseVersion) return;
+    const auto stored = [this] {
+      return config_.ReadConfigInt("DbVersion", foundation::kGeneral, foundation::StoreDatabase, 0);
+    };
+    if (stored() >= kDatabaseVersion) return;
     jet::Transaction transaction(*main_);
+    std::int32_t version = stored();  // another copy may have been faster
+    if (version >= kDatabaseVersion) return;
     try {
       main_->execute("ALTER table calls ADD COLUMN Folder TEXT");
       version = kDatabaseVersion;

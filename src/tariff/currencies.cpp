@@ -8,8 +8,6 @@
 
 namespace tariff {
 
-using foundation::StoreDatabase;
-
 namespace {
 
 constexpr const char* kTable = "Currency";
@@ -68,16 +66,9 @@ bool Currencies::reloadIfChanged(jet::Database& main) {
 }
 
 std::int32_t Currencies::NextId() {
-  constexpr const char* kKey = "LastCurrencyID";
-  std::int32_t stored = config_.ReadConfigInt(kKey, "general", StoreDatabase, -1);
-  if (stored == -1) {
-    operator_.messageBox(language_.Translate("IDS_CANTGETNEXTRECID"));
-    stored = 1;
-  } else {
-    ++stored;
-  }
-  config_.WriteConfigInt(stored, kKey, "general", StoreDatabase);
-  return stored - 1;
+  const auto taken = config_.takeNumber("LastCurrencyID", foundation::kGeneral);
+  if (!taken) operator_.messageBox(language_.Translate("IDS_CANTGETNEXTRECID"));
+  return taken.value_or(0);
 }
 
 const CURRENCYDESC& Currencies::Default() const {

@@ -21,6 +21,8 @@ struct CURRENCYDESC {
   std::optional<base::DateTime> dateModify;  // of the rate; nothing when the stored value is no date
   bool isDefault = false;
   bool reverse = false;  // false: amount * ratio is in the default currency; true: amount / ratio
+
+  bool operator==(const CURRENCYDESC&) const = default;
 };
 
 // The currencies and their rates against the default currency: table `Currency`, held whole in memory in table order.
@@ -29,11 +31,14 @@ class Currencies {
   Currencies(foundation::ConfigManager& config, const foundation::LanguageFile& language, platform::Operator& person)
       : config_(config), language_(language), operator_(person) {}
 
-  // Both throw jet::Error. Saving replaces the table's rows in one transaction.
+  // Both throw jet::Error. Saving replaces the table's rows in one transaction: where other copies may have the
+  // database open, part of a foundation::DefinitionChange.
   void load(jet::Database& main);
   void save(jet::Database& main);
   // Loads again when another copy may have changed the table; true when it did. Cheap when nothing changed.
   bool reloadIfChanged(jet::Database& main);
+  // What is held counts as out of date.
+  void forget() noexcept { loadedVersion_ = 0; }
 
   // Hands out the next currency id and counts setting "LastCurrencyID" on. Without that setting the operator is told.
   std::int32_t NextId();

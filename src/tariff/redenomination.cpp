@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "foundation/definition_change.h"
+
 namespace tariff {
 
 namespace {
@@ -58,22 +60,25 @@ void convertCharges(jet::Database& tariffs) {
 bool redenominate(jet::Database& main, jet::Database* tariffs, Currencies& currencies,
                   foundation::ConfigManager& config, const platform::Clock& clock, platform::Operator& person) {
   if (!applies(currencies, config)) return false;
-  const int old = currencies.findByName(kOldCode);
-  const std::vector<CURRENCYDESC> before = currencies.entries;
+  std::vector<CURRENCYDESC> before = currencies.entries;
+  bool oldKnown = false;
   try {
-    jet::Transaction transaction(main);
+    foundation::DefinitionChange change(currencies, main);
+    if (!applies(currencies, config)) return false;  // another copy was faster
+    before = currencies.entries;
+    const int old = currencies.findByName(kOldCode);
+    oldKnown = old >= 0;
     addNewLeu(currencies, old, clock.now().midnight());
-    currencies.save(main);
-    convertCalls(main, old >= 0);
+    convertCalls(main, oldKnown);
     // The tariffs become durable first: done twice, their conversion finds nothing more to convert; the calls' is
     // held off by the row of RON, which is committed with them.
     if (tariffs != nullptr) convertCharges(*tariffs);
-    transaction.commit();
+    change.save();
   } catch (...) {
     currencies.entries = before;
     throw;
   }
-  if (old >= 0) person.messageBox(kDone);
+  if (oldKnown) person.messageBox(kDone);
   return true;
 }
 

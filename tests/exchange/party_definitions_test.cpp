@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/printf.h"
+#include "foundation/definition_change.h"
 #include "support/test_office.h"
 
 namespace exchange {
@@ -186,21 +187,51 @@ TEST_F(PartyDefinitionsTest, WithoutTariffsTheReferencesAreEmpty) {
   EXPECT_EQ(parties.findPrefix("0040"), nullptr);
 }
 
+// The definitions as another copy of the program holds them.
+struct OtherCopy {
+  explicit OtherCopy(support::TestOffice& office)
+      : main(jet::openDatabase(office.main->path(), jet::OpenMode::ReadWrite)),
+        tags(office.person),
+        config(office.machine) {
+    tags.LoadTouch(*main);
+    config.OpenConfig(*main, tags);
+    parties.load(*main, office.tariffs.get());
+  }
+
+  std::unique_ptr<jet::Database> main;
+  foundation::ChangeTags tags;
+  foundation::ConfigManager config;
+  PartyDefinitions parties{config};
+};
+
+TEST_F(PartyDefinitionsTest, AChangeIsMadeOnWhatAnotherCopyWrote) {
+  PartyDefinitions parties = load();
+  OtherCopy other(office);
+  other.parties.extensions = {{"201", "Anna", "Sales"}};
+  other.parties.save(*other.main);
+  {
+    foundation::DefinitionChange change(parties, *office.main, office.tariffs.get());
+    EXPECT_TRUE(change.reloaded());
+    parties.extensions.push_back({"202", "Dan", "Stores"});
+    change.save();
+  }
+  EXPECT_EQ(load().extensions.size(), 2U);
+
+  foundation::DefinitionChange(parties, *office.main, office.tariffs.get()).lists().extensions.clear();
+  EXPECT_EQ(load().extensions.size(), 2U);
+  EXPECT_TRUE(parties.reloadIfChanged(*office.main, office.tariffs.get()));
+  EXPECT_EQ(parties.extensions.size(), 2U) << "what was not saved is still held";
+}
+
 TEST_F(PartyDefinitionsTest, AnotherCopysChangesAreNoticed) {
   PartyDefinitions parties = load();
   parties.extensions = {{"201", "Anna", "Sales"}};
   parties.save(*office.main);
   EXPECT_FALSE(parties.changed(*office.main, office.tariffs.get()));
 
-  const auto other = jet::openDatabase(office.main->path(), jet::OpenMode::ReadWrite);
-  foundation::ChangeTags otherTags(office.person);
-  foundation::ConfigManager otherConfig(office.machine);
-  otherTags.LoadTouch(*other);
-  otherConfig.OpenConfig(*other, otherTags);
-  PartyDefinitions otherParties(otherConfig);
-  otherParties.load(*other, office.tariffs.get());
-  otherParties.extensions[0].department = "Stores";
-  otherParties.save(*other);
+  OtherCopy other(office);
+  other.parties.extensions[0].department = "Stores";
+  other.parties.save(*other.main);
 
   EXPECT_TRUE(parties.reloadIfChanged(*office.main, office.tariffs.get()));
   EXPECT_EQ(parties.departmentOfExtension("201"), "Stores");

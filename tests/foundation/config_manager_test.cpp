@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+#include <thread>
+
 #include "jet/error.h"
 #include "schema/schema.h"
 #include "support/scripted_operator.h"
@@ -153,6 +156,36 @@ TEST_F(SharedSettings, AReadOnlyDatabaseRefusesWritesQuietly) {
   EXPECT_EQ(copy.number("DbVersion"), 1);
   EXPECT_TRUE(copy.config.WriteConfigInt(9, "Preview mode", "general", StoreMachine));
   EXPECT_EQ(copy.database->openSnapshot("select [Value] from Touch where Tag = 'Config'").at(0, 0).toLong(), 0);
+}
+
+TEST_F(SharedSettings, TwoCopiesThatTakeNumbersAtTheSameTimeGetEachOnce) {
+  constexpr int kEach = 20;
+  Copy first(folder_, "a.ini");
+  Copy second(folder_, "b.ini");
+  const std::int32_t before = first.config.ReadConfigInt("LastCurrencyID", "general", StoreDatabase, -1);
+  std::vector<std::int32_t> taken[2];
+  const auto take = [](Copy& copy, std::vector<std::int32_t>& numbers) {
+    for (int i = 0; i < kEach; ++i) {
+      numbers.push_back(copy.config.takeNumber("LastCurrencyID", "general").value_or(-1));
+      copy.tags.Touch("Calls");
+    }
+  };
+  std::thread other(take, std::ref(second), std::ref(taken[1]));
+  take(first, taken[0]);
+  other.join();
+
+  std::set<std::int32_t> all(taken[0].begin(), taken[0].end());
+  all.insert(taken[1].begin(), taken[1].end());
+  EXPECT_EQ(all.size(), 2U * kEach);
+  EXPECT_EQ(*all.rbegin(), before + 2 * kEach - 1);
+  EXPECT_EQ(first.database->openSnapshot("select [Value] from Touch where Tag = 'Calls'").at(0, 0).toLong(), 2 * kEach);
+}
+
+TEST_F(SharedSettings, ANumberThatNobodyCountedBeginsAtOne) {
+  Copy copy(folder_, "a.ini");
+  EXPECT_EQ(copy.config.takeNumber("Tickets", "general"), std::nullopt);
+  EXPECT_EQ(copy.config.takeNumber("Tickets", "general"), 1);
+  EXPECT_EQ(copy.number("Tickets"), 2);
 }
 
 TEST_F(SharedSettings, AQuotationMarkInAKeyNamesNoSetting) {

@@ -131,6 +131,20 @@ TEST_F(RecorderTest, ANewTrunkTakesTheFirstFreeEntryAndIsSaved) {
   EXPECT_EQ(lastRow("Profile, Provider, Price"), "Normal|Telco|0.2");
 }
 
+TEST_F(RecorderTest, TwoCopiesThatMeetNewTrunksTakeAnEntryForEach) {
+  support::RunningCopy other(files);
+  exchange::CallRecord call = sampleCall();
+  call.trunk = 77;
+  ASSERT_EQ(add(call), Recording::Recorded);
+  for (const int trunk : {78, 77}) {
+    call.trunk = trunk;
+    ASSERT_EQ(other.recorder.AddRecord(call), Recording::Recorded);
+  }
+  EXPECT_EQ(other.parties.trunks[1].trunk, "77");
+  EXPECT_EQ(other.parties.trunks[2].trunk, "78");
+  EXPECT_NE(other.parties.trunks[3].trunk, "77");
+}
+
 TEST_F(RecorderTest, WithoutAFreeEntryTheCallIsSkippedAndReported) {
   for (auto& trunk : copy.parties.trunks) trunk.providerId = 1;
   copy.parties.save(*copy.main);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/definition_change.h"
 #include "support/test_office.h"
 #include "tariff/redenomination.h"
 #include "tariff/tariff_database.h"
@@ -90,6 +91,16 @@ TEST_F(CurrenciesTest, AnotherCopysRatesAreNoticed) {
   EXPECT_TRUE(currencies.reloadIfChanged(*office.main));
   EXPECT_EQ(currencies.entries[0].ratio, 2);
   EXPECT_FALSE(currencies.reloadIfChanged(*office.main));
+}
+
+TEST_F(CurrenciesTest, AChangeIsMadeOnTheRatesThatAnotherCopyWrote) {
+  currencies.load(*office.main);
+  const auto other = jet::openDatabase(office.main->path(), jet::OpenMode::ReadWrite);
+  other->execute("update Currency set Ratio = 2");
+  foundation::DefinitionChange change(currencies, *office.main);
+  currencies.entries.push_back({.name = "HUF", .id = 9, .ratio = 80, .dateModify = std::nullopt});
+  change.save();
+  EXPECT_EQ(other->openSnapshot("select sum(Ratio) as r from Currency").at(0, 0).toDouble(), 82);
 }
 
 struct RedenominationTest : CurrenciesTest {

@@ -207,6 +207,27 @@ TEST_F(DialogsTest, CurrenciesAreEditedAsACopy) {
   EXPECT_EQ(desktop.value("select CurrencyID from Currency where Name='HUF'"), "7");
 }
 
+TEST_F(DialogsTest, CurrenciesThatAnotherCopyChangedAreNotOverwrittenUnasked) {
+  const auto editRate = [this](const char* another) {
+    return [this, another](QDialog& dialog) {
+      const auto copy = jet::openDatabase(document().database().path(), jet::OpenMode::ReadWrite);
+      copy->execute(std::string("update Currency set Ratio = ") + another + " where Name = 'EUR'");
+      child<QTableWidget>(dialog, "list").setCurrentCell(1, 0);
+      child<QDoubleSpinBox>(dialog, "rate").setValue(4);
+      click(dialog, "ok");
+      if (dialog.isVisible()) click(dialog, "cancel");
+    };
+  };
+  {
+    Script script({editRate("6"), messageStep("Another workstation", "no"), messageStep("not saved yet", "yes")});
+    EXPECT_FALSE(ui::editCurrencies(document(), texts(), nullptr));
+    EXPECT_EQ(document().currencies().rate("EUR"), 6);
+  }
+  Script script({editRate("7"), messageStep("Another workstation", "yes")});
+  EXPECT_TRUE(ui::editCurrencies(document(), texts(), nullptr));
+  EXPECT_EQ(desktop.value("select Ratio from Currency where Name='EUR'"), "4");
+}
+
 TEST_F(DialogsTest, ACurrencyWithoutACodeIsNotSaved) {
   Script script({[](QDialog& dialog) {
                    click(dialog, "add");

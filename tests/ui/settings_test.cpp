@@ -116,6 +116,25 @@ TEST_F(SettingsTest, ATrunkThatWasMetMeanwhileStays) {
   EXPECT_EQ(stored().trunks[9].label, "met");
 }
 
+TEST_F(SettingsTest, AnExtensionOfAnotherCopyStays) {
+  const std::string code = stored().extensions.front().extension;
+  ASSERT_TRUE(set("extensionsTable", 0, 1, "Front desk"));
+  {
+    const auto main = jet::openDatabase(desktop.document->database().path(), jet::OpenMode::ReadWrite);
+    foundation::ChangeTags tags(desktop.person);
+    tags.LoadTouch(*main);
+    foundation::ConfigManager config(desktop.app->config().machineStore());
+    config.OpenConfig(*main, tags);
+    exchange::PartyDefinitions other(config);
+    other.load(*main, nullptr);
+    other.extensions.push_back({"999", "Porter", ""});
+    other.save(*main);
+  }
+  sheet->accept();
+  EXPECT_EQ(stored().descriptionOfExtension("999"), "Porter");
+  EXPECT_EQ(stored().descriptionOfExtension(code), "Front desk");
+}
+
 TEST_F(SettingsTest, ATrunkNumberStandsOnce) {
   ASSERT_EQ(get("trunksTable", 0, 0), "5");
   // The free entry of that number takes the number that is given up.

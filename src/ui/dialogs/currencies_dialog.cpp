@@ -7,6 +7,7 @@
 
 #include "base/printf.h"
 #include "base/text.h"
+#include "foundation/definition_change.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/directory_messages.h"
 #include "ui/dialogs/messages.h"
@@ -29,6 +30,7 @@ CurrenciesDialog::CurrenciesDialog(server::CServerDoc& document, const Texts& te
     : FormDialog(texts, "IDS_ACTION_CURRENCIES", "currencies", parent),
       document_(document),
       entries_(document.currencies().entries),
+      stored_(entries_),
       allowed_(mayChangeAdministration(document)) {
   QStringList captions;
   for (const char* key : kColumns) captions << texts(key);
@@ -220,20 +222,34 @@ void CurrenciesDialog::accept() {
       !confirmLoss(this, texts(), texts().format("IDS_CURRENCY_NO_RATE", rateless->name))) {
     return;
   }
+  Saving saving = save();
+  while (saving == Saving::ChangedByOther) {
+    // Asked between two changes: nobody waits for the answer.
+    if (!confirmLoss(this, texts(), texts()("IDS_CURRENCY_CHANGED"))) return;
+    stored_ = document_.currencies().entries;
+    saving = save();
+  }
+  if (saving == Saving::Done) QDialog::accept();
+}
+
+CurrenciesDialog::Saving CurrenciesDialog::save() {
   tariff::Currencies& currencies = document_.currencies();
-  const auto before = currencies.entries;
+  std::vector<CURRENCYDESC> before = currencies.entries;
+  bool changedByOther = false;
   const bool saved = attempt(this, texts(), [&] {
-    for (CURRENCYDESC& entry : entries_) {
+    foundation::DefinitionChange change(currencies, document_.database());
+    before = currencies.entries;
+    changedByOther = before != stored_;
+    if (changedByOther) return;
+    currencies.entries = entries_;
+    for (CURRENCYDESC& entry : currencies.entries) {
       if (entry.id == 0) entry.id = currencies.NextId();
     }
-    currencies.entries = entries_;
-    currencies.save(document_.database());
+    change.save();
   });
-  if (!saved) {
-    currencies.entries = before;
-    return;
-  }
-  QDialog::accept();
+  if (saved && !changedByOther) return Saving::Done;
+  currencies.entries = before;
+  return saved ? Saving::ChangedByOther : Saving::Failed;
 }
 
 void CurrenciesDialog::reject() {

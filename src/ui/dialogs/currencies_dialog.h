@@ -33,11 +33,14 @@ class CurrenciesDialog : public FormDialog {
   void removeSelected();
   void makeDefault();
   [[nodiscard]] QString problem() const;
+  enum class Saving { Done, ChangedByOther, Failed };
+  Saving save();
   void openRates();
 
   server::CServerDoc& document_;
   std::vector<tariff::CURRENCYDESC> entries_;
-  bool allowed_;  // to change, not only to look
+  std::vector<tariff::CURRENCYDESC> stored_;  // as they were when the operator began
+  bool allowed_;                              // to change, not only to look
   bool edited_ = false;
   QTableWidget* list_ = nullptr;
   QWidget* fields_ = nullptr;

@@ -1,6 +1,7 @@
 #include "ui/settings/edited_parties.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace ui {
 
@@ -12,9 +13,20 @@ auto findProvider(Providers& providers, std::int32_t id) {
 }
 
 template <typename Record>
-void replaceIfEdited(std::vector<Record>& stored, const std::vector<Record>& edited,
-                     const std::vector<Record>& original) {
-  if (edited != original) stored = edited;
+bool holds(const std::vector<Record>& records, const Record& record) {
+  return std::ranges::find(records, record) != records.end();
+}
+
+// Where another copy changed the list, too, its entries stay but for those that the operator deleted or changed.
+template <typename Record>
+void putEdits(std::vector<Record>& stored, const std::vector<Record>& edited, const std::vector<Record>& original) {
+  if (stored == original) {
+    stored = edited;
+    return;
+  }
+  std::erase_if(stored, [&](const Record& record) { return holds(original, record) && !holds(edited, record); });
+  std::ranges::copy_if(edited, std::back_inserter(stored),
+                       [&](const Record& record) { return !holds(original, record) && !holds(stored, record); });
 }
 
 }  // namespace
@@ -27,16 +39,16 @@ EditedParties::Lists::Lists(const exchange::PartyDefinitions& definitions)
       providers(definitions.providers) {}
 
 void EditedParties::putInto(exchange::PartyDefinitions& definitions) const {
-  replaceIfEdited(definitions.extensions, lists.extensions, original_.extensions);
-  replaceIfEdited(definitions.accounts, lists.accounts, original_.accounts);
-  replaceIfEdited(definitions.clients, lists.clients, original_.clients);
+  putEdits(definitions.extensions, lists.extensions, original_.extensions);
+  putEdits(definitions.accounts, lists.accounts, original_.accounts);
+  putEdits(definitions.clients, lists.clients, original_.clients);
   const std::size_t trunks = std::min(definitions.trunks.size(), lists.trunks.size());
   for (std::size_t i = 0; i < trunks; ++i) {
     if (lists.trunks[i] != original_.trunks[i]) definitions.trunks[i] = lists.trunks[i];
   }
   for (const exchange::ProviderDefinition& edited : lists.providers) {
     const auto stored = findProvider(definitions.providers, edited.id);
-    if (stored == definitions.providers.end()) continue;
+    if (stored == definitions.providers.end() || holds(original_.providers, edited)) continue;
     stored->localPrefixes = edited.localPrefixes;
     stored->freeSeconds = edited.freeSeconds;
   }

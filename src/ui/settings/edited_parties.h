@@ -24,7 +24,8 @@ class EditedParties {
   Lists lists;
 
   [[nodiscard]] bool changed() const { return !(lists == original_); }
-  // Writes what was edited into the definitions, over what they hold by now: a trunk that was met meanwhile stays.
+  // Writes what was edited into the definitions, over what they hold by now: a trunk that was met meanwhile stays, and
+  // so does an entry of another copy.
   void putInto(exchange::PartyDefinitions& definitions) const;
   // Starts again from the definitions as they are now.
   void takeFrom(const exchange::PartyDefinitions& definitions);

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 
 #include "base/path.h"
+#include "foundation/definition_change.h"
 #include "ui/dialogs/directory_messages.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
@@ -196,8 +197,13 @@ void SettingsSheet::savePartiesAndTariffs() {
     document_.parties().load(document_.database(), &document_.tariffs()->database());
     tariffs_->markSaved();
   }
-  parties_->putInto(document_.parties());
-  document_.parties().save(document_.database());
+  {
+    tariff::TariffDatabase* const tariffs = document_.tariffs();
+    foundation::DefinitionChange change(document_.parties(), document_.database(),
+                                        tariffs == nullptr ? nullptr : &tariffs->database());
+    parties_->putInto(document_.parties());
+    change.save();
+  }
   for (const SettingsPage& page : pages_) {
     if (page.table != nullptr) page.table->model()->beginBulkChange();
   }
