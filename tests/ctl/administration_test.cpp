@@ -101,7 +101,11 @@ TEST_F(Administration, GroupsGiveTheirMembersRights) {
                               "user set admin --groups Operators", "group set Administrators --rights view-calls"}) {
     EXPECT_TRUE(contains(run(lockout, 1), "nobody could change users and settings")) << lockout;
   }
+  EXPECT_TRUE(contains(run("group add READERS --rights all", 1), "already"));
   run("group delete Readers");
+  EXPECT_TRUE(contains(run("log show"), "ana"));
+  run("log clear");
+  EXPECT_FALSE(contains(run("log show"), "ana"));
   EXPECT_TRUE(contains(run("user list --format csv"), "\n2,ana,,,disabled,"));
 }
 

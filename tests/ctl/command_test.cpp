@@ -175,6 +175,13 @@ TEST_F(Tallyctl, AFolderSettingWorksWithoutItsSeparator) {
   EXPECT_EQ(succeed("import"), "imported 0\n");
 }
 
+TEST_F(Tallyctl, ABillsPageThatIsThereAlreadyStays) {
+  fs::create_directory(folder / "data");
+  std::ofstream(folder / "data/template.html") << "ours";
+  succeed("init data --sample");
+  EXPECT_EQ(contentOf(folder / "data/template.html"), "ours");
+}
+
 // What is no file is said, and never waited for.
 TEST_F(Tallyctl, AnythingButAFileIsRefusedAtOnce) {
   succeed("init data --sample");
@@ -218,7 +225,8 @@ TEST_F(Tallyctl, DefinitionsAreListedSetAndDeleted) {
              "9,linia 9,1,Dunărea Telecom,Standard,0,0", "trunk delete 9"},
         Case{"provider set 4 --name Northline --local-prefixes 21,31 --free-seconds 5", "provider list",
              "4,Northline,\"21,31\",5", "provider delete 4"},
-        Case{"currency set HUF --rate 0.0125", "currency list", "HUF,0.0125,no,", "currency delete huf"}}) {
+        Case{"currency set HUF --rate 0.0125", "currency list", "HUF,0.0125,no,", "currency delete huf"},
+        Case{"currency set HUF --rate 80 --reverse", "currency list", "HUF,80.0000,yes,", "currency delete HUF"}}) {
     succeed(c.set);
     const std::string list = std::string(c.list) + " --format csv";
     EXPECT_NE(succeed(list).find(std::string("\n") + c.line), std::string::npos) << c.line;

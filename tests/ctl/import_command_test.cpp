@@ -56,6 +56,7 @@ TEST_F(ImportCommand, AFaultOfADatabaseNamesItAndKeepsTheFile) {
   ASSERT_TRUE(changeFile("data/tariffs.mdb", "alter table charges rename column zz to charge_minimum_digits"));
   succeed("import --file data/monitor/monitor.data.bk");
   EXPECT_EQ(stored("select count(*) from Calls")[0][0], "60");
+  EXPECT_FALSE(std::filesystem::exists(path("data/monitor/monitor.data.bk")));
 }
 
 }  // namespace

@@ -207,8 +207,11 @@ TEST_F(ImportTest, NoKeepsTheBackupForTheOperatorAndWhatWasRecorded) {
   const std::string bad = exchange::encodeRecord(support::sampleCall("1\"2345"), false, 1252);
   files.writeMonitorFile(sampleRecords(2) + bad + sampleRecords(1, 2));
   copy.person.answer = false;
+  support::RunningCopy other(files);
+  other.tags.IsTouched("Calls");
   const ImportResult stopped = run();
   EXPECT_EQ(stopped.outcome, Outcome::StoppedByOperator);
+  EXPECT_TRUE(other.tags.IsTouched("Calls"));  // the calls before it are shown everywhere
   EXPECT_EQ(stopped.result(), 0);
   EXPECT_EQ(copy.callCount(), 2);
   EXPECT_TRUE(there("monitor.data.bk"));

@@ -97,9 +97,7 @@ TEST_F(MaintenanceTest, HidingANumberCoversStoredCallsAndThoseToCome) {
 
 TEST_F(MaintenanceTest, RepricingAppliesNewTariffsToThePeriodAndProvider) {
   add();
-  exchange::CallRecord april = sampleCall();
-  april.month = 4;
-  add(april);
+  addAt(4, 1, 0, 0);
   copy.tariffs.database().execute("update charges set charge_value = 1");
   RecalcOptions options = march();
   options.reprice = true;
@@ -149,6 +147,28 @@ TEST_F(MaintenanceTest, AddedSecondsChangeDurationAndPrice) {
   options.addSeconds = -500;
   Recalc(copy.parts, options);
   EXPECT_EQ(copy.value("select TotalTime & '|' & Price as s from Calls"), "0|0");
+}
+
+TEST_F(MaintenanceTest, APeriodReachesToItsLastSecond) {
+  exchange::CallRecord call = sampleCall();
+  call.day = 31;
+  call.hour = 23;
+  call.minute = call.second = 59;
+  add(call);
+  addAt(3, 1, 0, 0);
+  EXPECT_EQ(Recalc(copy.parts, march()).rows, 2);
+}
+
+// Seconds that are not charged leave the duration when a call is recorded, and not again when it is priced again.
+TEST_F(MaintenanceTest, RepricingKeepsTheDuration) {
+  copy.config.WriteConfigInt(1, "Seconds_not_charged", "Calls", foundation::StoreDatabase);
+  copy.parties.providers[0].freeSeconds = 10;
+  add();
+  const std::string recorded = copy.value("select TotalTime from Calls");
+  RecalcOptions options = march();
+  options.reprice = true;
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(Recalc(copy.parts, options).changed, 1);
+  EXPECT_EQ(copy.value("select TotalTime from Calls"), recorded);
 }
 
 TEST_F(MaintenanceTest, AShortCallThatIsIgnoredNowStaysAsItWas) {

@@ -253,6 +253,9 @@ TEST_F(PriceTest, TrunksWithoutProfileNameTakeUnnamedProfiles) {
   expectNone(record, PriceOutcome::NoProfile);
   office.profile(7, "null", "1/1/2020");
   expectPrice(record, 0.70);
+  office.profile(8, "null", "2/1/2020");
+  office.charge({.profile = 8, .value = 0.80});
+  expectPrice(record, 0.80);       // of two, the newest
   EXPECT_EQ(office.logged(), "");  // a missing profile is no tariff gap
 }
 
