@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -10,7 +9,6 @@
 #include "jet/engine/columns/statistic_plan.h"
 #include "jet/engine/driver.h"
 #include "jet/engine/memory/evaluator.h"
-#include "jet/engine/memory/select_plan.h"
 #include "jet/error.h"
 
 namespace jet::test {
@@ -18,59 +16,11 @@ namespace jet::test {
 using engine::Role;
 using engine::RowKey;
 
-// Rows that are found when the query is first stepped.
-class FoundRows : public engine::Query {
- public:
-  struct Row {
-    RowKey key = 0;
-    std::vector<Value> cells;
-  };
+constexpr int kNotDone = 3000;  // number of the error for what the fake driver cannot do
 
-  void bind(const engine::Arguments& arguments) override {
-    arguments_ = arguments;
-    extras_.assign(arguments.extras.begin(), arguments.extras.end());
-    begun_ = false;
-  }
-  bool step() override {
-    if (!begun_) {
-      rows_.clear();
-      changed_ = 0;
-      next_ = 0;
-      begun_ = true;
-      find();
-    }
-    return next_++ < rows_.size();
-  }
-  [[nodiscard]] RowKey key() const override { return rows_[next_ - 1].key; }
-  [[nodiscard]] engine::Cell cell(std::size_t item) const override {
-    using Kind = engine::Cell::Kind;
-    const Value& value = rows_[next_ - 1].cells[item];
-    if (value.isNull()) return {};
-    if (value.type() == Type::Double) return {.kind = Kind::Real, .real = value.number()};
-    if (value.type() == Type::Text) return {.kind = Kind::Text, .text = value.text()};
-    if (value.type() != Type::DateTime) {
-      return {.kind = Kind::Integer, .integer = value.type() == Type::Boolean ? value.boolean() : value.integer()};
-    }
-    stored_ = value.dateTime().stored();
-    return {.kind = Kind::Text, .text = stored_};
-  }
-  [[nodiscard]] std::int64_t changed() const override { return changed_; }
-  [[nodiscard]] std::int64_t work() const override { return static_cast<std::int64_t>(rows_.size()); }
-  void reset() noexcept override { begun_ = false; }
-  [[nodiscard]] bool usable() override { return true; }
-
- protected:
-  virtual void find() = 0;
-
-  engine::Arguments arguments_;
-  std::vector<std::int64_t> extras_;
-  std::vector<Row> rows_;
-  std::int64_t changed_ = 0;
-
- private:
-  bool begun_ = false;
-  std::size_t next_ = 0;
-  mutable std::string stored_;
+struct FakeRow {
+  RowKey key = 0;
+  std::vector<Value> cells;
 };
 
 struct FakeTable {
@@ -79,40 +29,84 @@ struct FakeTable {
   RowKey lastKey = 0;
 
   RowKey add(std::vector<Value> cells) {
+    ++lastKey;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-      if (def->fields[i].autoIncrement) cells[i] = Value(lastKey + 1);
+      if (def->fields[i].autoIncrement) cells[i] = Value(lastKey);
     }
-    rows.emplace(++lastKey, std::move(cells));
+    rows.emplace(lastKey, std::move(cells));
     return lastKey;
   }
 };
 using FakeTables = std::map<std::string, FakeTable>;  // by folded name
 
+// Hands out rows that are given, or that find() finds when it is first stepped.
+class FoundRows : public engine::Query {
+ public:
+  explicit FoundRows(std::vector<FakeRow> rows = {}) : rows_(std::move(rows)) {}
+  void bind(const engine::Arguments& arguments) override {
+    arguments_ = arguments;
+    extras_.assign(arguments.extras.begin(), arguments.extras.end());
+    reset();
+  }
+  bool step() override {
+    if (next_ == 0) find();
+    return next_++ < rows_.size();
+  }
+  [[nodiscard]] RowKey key() const override { return rows_[next_ - 1].key; }
+  [[nodiscard]] engine::Cell cell(std::size_t item) const override {
+    using Kind = engine::Cell::Kind;
+    const Value& value = rows_[next_ - 1].cells[item];
+    if (value.isNull()) return {};
+    if (value.type() == Type::Long) return {.kind = Kind::Integer, .integer = value.integer()};
+    if (value.type() == Type::Boolean) return {.kind = Kind::Integer, .integer = value.boolean()};
+    if (value.type() == Type::Double) return {.kind = Kind::Real, .real = value.number()};
+    stored_ = value.type() == Type::DateTime ? value.dateTime().stored() : value.text();
+    return {.kind = Kind::Text, .text = stored_};
+  }
+  [[nodiscard]] std::int64_t changed() const override { return changed_; }
+  [[nodiscard]] std::int64_t work() const override { return std::ssize(rows_); }
+  void reset() noexcept override { next_ = 0; }
+  [[nodiscard]] bool usable() override { return true; }
+
+ protected:
+  virtual void find() {}
+
+  engine::Arguments arguments_;
+  std::vector<std::int64_t> extras_;
+  std::vector<FakeRow> rows_;
+  std::int64_t changed_ = 0;
+
+ private:
+  std::size_t next_ = 0;  // one more than the row at hand
+  mutable std::string stored_;
+};
+
 class FakeQuery final : public FoundRows {
  public:
   FakeQuery(FakeTables& tables, const engine::QueryRequest& request)
       : tables_(tables), role_(request.role), query_(*request.query), statement_(query_.statement) {
-    if (statement_.grouped || !statement_.readsOneTable())
-      throw Error(3000, "The fake driver reads rows of one table.");
+    const bool groups = statement_.grouped && role_ != Role::Operands;
+    if (groups || !statement_.readsOneTable()) throw Error(kNotDone, "The fake driver reads rows of one table.");
   }
 
  private:
   FakeTable& table() { return tables_.at(base::foldAscii(statement_.table().name)); }
-  RowKey extra(std::size_t index) const { return extras_[index]; }
-  bool isRole(std::initializer_list<Role> roles) const { return std::ranges::find(roles, role_) != roles.end(); }
+  [[nodiscard]] bool isRole(std::initializer_list<Role> roles) const { return std::ranges::count(roles, role_) > 0; }
+  [[nodiscard]] bool isWholeSelect() const { return isRole({Role::Run, Role::Among}); }
 
   void find() override {
     evaluator_.beginConverted(query_, arguments_.literals);
     if (statement_.kind != Statement::Kind::Select) return change();
-    if (isRole({Role::Run, Role::Among})) return runSelect();
+    rows_.clear();
     for (const auto& [key, cells] : table().rows) {
       if (isWanted(key, cells)) rows_.push_back({key, cells});
     }
     sort();
-    if (isRole({Role::PreviousKeys, Role::KeysPageBack, Role::KeysBefore})) std::reverse(rows_.begin(), rows_.end());
-    if (isRole({Role::Count, Role::CountBefore})) return rows_.assign(1, Row{static_cast<RowKey>(rows_.size()), {}});
-    cut();
-    for (Row& row : rows_) row.cells = shown(row);
+    if (isRole({Role::PreviousKeys, Role::KeysPageBack, Role::KeysBefore})) std::ranges::reverse(rows_);
+    if (isRole({Role::Count, Role::CountBefore})) return rows_.assign(1, {std::ssize(rows_), {}});
+    if (!isWholeSelect()) cut();
+    for (FakeRow& row : rows_) row.cells = shown(row);
+    if (isWholeSelect()) cutSelect();
   }
 
   bool holds(const std::optional<bind::BoundExpression>& condition, const std::vector<Value>& cells) {
@@ -121,17 +115,18 @@ class FakeQuery final : public FoundRows {
   }
 
   bool isWanted(RowKey key, const std::vector<Value>& cells) {
-    if (isRole({Role::Read, Role::ReadMatching}) && key != extra(0)) return false;
-    if (isRole({Role::NextKeys, Role::FindNext}) && key <= extra(0)) return false;
-    if (isRole({Role::PreviousKeys, Role::CountBefore}) && key >= extra(0)) return false;
+    if (isRole({Role::Read, Role::ReadMatching}) && key != extras_[0]) return false;
+    if (isRole({Role::NextKeys, Role::FindNext}) && key <= extras_[0]) return false;
+    if (isRole({Role::PreviousKeys, Role::CountBefore}) && key >= extras_[0]) return false;
+    if (role_ == Role::Among && std::ranges::find(extras_, key) == extras_.end()) return false;
     return role_ == Role::Read || (holds(statement_.where, cells) && holds(query_.criteria, cells));
   }
 
-  // Rows that are equal follow by key in the direction of the last item.
+  // Rows that are equal follow by key, for windows in the direction of the last item.
   void sort() {
     if (isRole({Role::NextKeys, Role::PreviousKeys, Role::FindNext}) || statement_.orderBy.empty()) return;
-    if (statement_.orderBy.back().descending) std::reverse(rows_.begin(), rows_.end());
-    std::stable_sort(rows_.begin(), rows_.end(), [this](const Row& left, const Row& right) {
+    if (!isWholeSelect() && statement_.orderBy.back().descending) std::ranges::reverse(rows_);
+    std::ranges::stable_sort(rows_, [this](const FakeRow& left, const FakeRow& right) {
       for (const bind::BoundOrder& term : statement_.orderBy) {
         evaluator_.setRow(left.cells.data());
         const Value first = evaluator_.value(term.expression);
@@ -145,67 +140,60 @@ class FakeQuery final : public FoundRows {
 
   void cut() {
     RowKey skip = 0;
-    RowKey most = static_cast<RowKey>(rows_.size());
+    RowKey most = std::ssize(rows_);
+    if (isRole({Role::FindFirst, Role::FindNext})) most = 1;
+    if (isRole({Role::NextKeys, Role::PreviousKeys, Role::KeysFrom, Role::KeysBefore})) most = extras_[1];
+    if (isRole({Role::KeysPage, Role::KeysPageBack})) most = extras_[0], skip = extras_[1];
     if (isRole({Role::KeysFrom, Role::KeysBefore})) {
-      const auto anchor = std::ranges::find(rows_, extra(0), &Row::key) - rows_.begin();
-      skip = anchor + (role_ == Role::KeysBefore ? 1 : 0) + extra(2);
-      most = extra(1);
-    } else if (isRole({Role::KeysPage, Role::KeysPageBack})) {
-      most = extra(0);
-      skip = extra(1);
-    } else if (isRole({Role::NextKeys, Role::PreviousKeys})) {
-      most = extra(1);
-    } else if (isRole({Role::FindFirst, Role::FindNext})) {
-      most = 1;
+      skip = std::ranges::find(rows_, extras_[0], &FakeRow::key) - rows_.begin() + extras_[2];
+      if (role_ == Role::KeysBefore) ++skip;
     }
-    rows_.erase(rows_.begin(), rows_.begin() + std::min(skip, static_cast<RowKey>(rows_.size())));
+    rows_.erase(rows_.begin(), rows_.begin() + std::min(skip, std::ssize(rows_)));
     rows_.resize(std::min(rows_.size(), static_cast<std::size_t>(most)));
   }
 
-  std::vector<Value> shown(const Row& row) {
+  void cutSelect() {
+    std::vector<FakeRow> kept;
+    const auto equal = [](const Value& a, const Value& b) { return memory::sortOrder(a, b) == 0; };
+    for (FakeRow& row : rows_) {
+      const auto same = [&](const FakeRow& other) { return std::ranges::equal(row.cells, other.cells, equal); };
+      if (!statement_.distinct || std::ranges::none_of(kept, same)) kept.push_back(std::move(row));
+    }
+    kept.resize(std::min(kept.size(), statement_.top.value_or(kept.size())));
+    rows_ = std::move(kept);
+  }
+
+  std::vector<Value> shown(const FakeRow& row) {
     std::vector<Value> cells;
+    if (role_ == Role::Operands) {
+      for (const std::size_t field : columns::namedFields(statement_)) cells.push_back(row.cells[field]);
+      return cells;
+    }
     evaluator_.setRow(row.cells.data());
     for (const bind::BoundItem& item : statement_.items) cells.push_back(evaluator_.value(item.expression));
     return cells;
   }
 
-  void runSelect() {
-    const auto plan = memory::SelectPlan::make({std::shared_ptr<void>(), &query_});
-    std::vector<Value> cells;
-    for (const auto& [key, row] : table().rows) {
-      const bool among = role_ == Role::Run || std::ranges::find(extras_, key) != extras_.end();
-      if (among) cells.insert(cells.end(), row.begin(), row.end());
-    }
-    const std::size_t fields = statement_.table().fields.size();
-    const auto result = plan->run(evaluator_, {cells.data(), fields, cells.size() / fields}, std::nullopt);
-    const auto width = static_cast<std::ptrdiff_t>(statement_.items.size());
-    for (auto row = result->cells.begin(); row != result->cells.end(); row += width) {
-      rows_.push_back({0, {row, row + width}});
-    }
-  }
-
-  void assign(std::vector<Value>& cells) {
-    const std::vector<Value> before = cells;
+  std::vector<Value> assigned(const std::vector<Value>& before) {
+    std::vector<Value> cells = before;
     evaluator_.setRow(before.data());
     for (const bind::BoundAssignment& each : statement_.assignments) cells[each.field] = evaluator_.value(each.value);
+    return cells;
   }
 
   void change() {
-    if (statement_.kind == Statement::Kind::Insert) {
-      std::vector<Value> cells(statement_.table().fields.size());
-      assign(cells);
-      table().add(std::move(cells));
-      changed_ = 1;
-      return;
-    }
-    auto rows = table().rows;  // a fault leaves all as it was
-    for (auto row = rows.begin(); row != rows.end();) {
-      const bool wanted = holds(statement_.where, row->second);
+    changed_ = 0;
+    std::map<RowKey, std::vector<Value>> rows;  // a fault leaves all as it was
+    for (const auto& [key, cells] : table().rows) {
+      const bool wanted = statement_.kind != Statement::Kind::Insert && holds(statement_.where, cells);
       changed_ += wanted ? 1 : 0;
-      if (wanted && statement_.kind == Statement::Kind::Update) assign(row->second);
-      row = wanted && statement_.kind == Statement::Kind::Delete ? rows.erase(row) : std::next(row);
+      if (wanted && statement_.kind == Statement::Kind::Delete) continue;
+      rows.emplace(key, wanted ? assigned(cells) : cells);
     }
     table().rows = std::move(rows);
+    if (statement_.kind != Statement::Kind::Insert) return;
+    table().add(assigned(std::vector<Value>(statement_.table().fields.size())));
+    changed_ = 1;
   }
 
   FakeTables& tables_;
@@ -215,41 +203,34 @@ class FakeQuery final : public FoundRows {
   memory::Evaluator evaluator_;
 };
 
-class FakeScan final : public FoundRows {
- public:
-  FakeScan(const FakeTable& table, std::span<const std::size_t> fields, engine::KeyRange range)
-      : table_(table), fields_(fields.begin(), fields.end()), range_(range) {}
-
- private:
-  void find() override {
-    for (const auto& [key, cells] : table_.rows) {
-      if (key <= range_.behind || key > range_.last) continue;
-      rows_.push_back({key, {}});
-      for (const std::size_t field : fields_) rows_.back().cells.push_back(cells[field]);
-    }
-  }
-
-  const FakeTable& table_;
-  std::vector<std::size_t> fields_;
-  engine::KeyRange range_;
-};
-
 class FakeChange final : public engine::RowChange {
  public:
-  using Run = std::function<std::int64_t(RowKey key, std::span<const Value* const> values)>;
-  explicit FakeChange(Run run) : run_(std::move(run)) {}
-  std::int64_t run(RowKey key, std::span<const Value* const> values) override { return run_(key, values); }
+  enum class Kind { Insert, Update, Remove };
+  FakeChange(FakeTables& tables, Kind kind, const TableDef& table, std::span<const std::size_t> fields)
+      : tables_(tables), kind_(kind), name_(base::foldAscii(table.name)), fields_(fields.begin(), fields.end()) {}
+  std::int64_t run(RowKey key, std::span<const Value* const> values) override {
+    FakeTable& table = tables_.at(name_);
+    if (kind_ == Kind::Remove) return static_cast<std::int64_t>(table.rows.erase(key));
+    if (kind_ == Kind::Insert) key = table.add(std::vector<Value>(table.def->fields.size()));
+    const auto row = table.rows.find(key);
+    if (row == table.rows.end()) return 0;
+    for (std::size_t i = 0; i < fields_.size(); ++i) row->second[fields_[i]] = *values[i];
+    return kind_ == Kind::Insert ? key : 1;
+  }
 
  private:
-  Run run_;
+  FakeTables& tables_;
+  Kind kind_;
+  std::string name_;
+  std::vector<std::size_t> fields_;
 };
 
 // A driver that keeps its tables in memory and knows no SQL: what it evaluates are the bound trees that it is given. It
-// joins and groups nothing.
-class FakeDriver final : public engine::Driver {
+// joins and groups nothing (Error kNotDone).
+class FakeDriver : public engine::Driver {
  public:
   using Fields = std::span<const std::size_t>;
-
+  using Change = FakeChange::Kind;
   [[nodiscard]] bool readOnly() const override { return false; }
   [[nodiscard]] std::string describe() const override { return "the test's tables"; }
   bind::TableDefPtr definition(std::string_view table) override {
@@ -258,50 +239,42 @@ class FakeDriver final : public engine::Driver {
   }
   std::vector<std::string> tableNames() override { return {}; }
   void createTable(const TableDef& table) override {
-    tables_[base::foldAscii(table.name)].def = std::make_shared<const TableDef>(table);
+    tableOf(table).def = std::make_shared<const TableDef>(table);
     ++generation_;
   }
   void upgradeTable(const TableDef&) override {}
   [[nodiscard]] std::uint64_t generation() const override { return generation_; }
-
   std::unique_ptr<engine::Query> prepare(const engine::QueryRequest& request) override {
     return std::make_unique<FakeQuery>(tables_, request);
   }
   std::unique_ptr<engine::Query> scan(const TableDef& table, Fields fields, engine::KeyRange range) override {
-    return std::make_unique<FakeScan>(tableOf(table), fields, range);
+    std::vector<FakeRow> rows;
+    for (const auto& [key, cells] : tableOf(table).rows) {
+      if (key <= range.behind || key > range.last) continue;
+      rows.push_back({key, {}});
+      for (const std::size_t field : fields) rows.back().cells.push_back(cells[field]);
+    }
+    return std::make_unique<FoundRows>(std::move(rows));
   }
   std::unique_ptr<engine::RowChange> prepareInsert(const TableDef& table, Fields fields) override {
-    return std::make_unique<FakeChange>([this, def = table, places = copied(fields)](RowKey, auto values) {
-      std::vector<Value> cells(def.fields.size());
-      for (std::size_t i = 0; i < places.size(); ++i) cells[places[i]] = *values[i];
-      return tableOf(def).add(std::move(cells));
-    });
+    return std::make_unique<FakeChange>(tables_, Change::Insert, table, fields);
   }
   std::unique_ptr<engine::RowChange> prepareUpdate(const TableDef& table, Fields fields) override {
-    return std::make_unique<FakeChange>([this, def = table, places = copied(fields)](RowKey key, auto values) {
-      const auto row = tableOf(def).rows.find(key);
-      if (row == tableOf(def).rows.end()) return std::int64_t{0};
-      for (std::size_t i = 0; i < places.size(); ++i) row->second[places[i]] = *values[i];
-      return std::int64_t{1};
-    });
+    return std::make_unique<FakeChange>(tables_, Change::Update, table, fields);
   }
   std::unique_ptr<engine::RowChange> prepareRemove(const TableDef& table) override {
-    return std::make_unique<FakeChange>(
-        [this, def = table](RowKey key, auto) { return static_cast<std::int64_t>(tableOf(def).rows.erase(key)); });
+    return std::make_unique<FakeChange>(tables_, Change::Remove, table, Fields());
   }
-
   std::int64_t rowLimit(const TableDef& table) override { return tableOf(table).lastKey; }
   engine::Extent extent(const TableDef& table) override {
     const auto& rows = tableOf(table).rows;
-    if (rows.empty()) return {};
-    return {static_cast<std::int64_t>(rows.size()), rows.begin()->first, rows.rbegin()->first};
+    return {std::ssize(rows), rows.empty() ? 0 : rows.begin()->first, rows.empty() ? 0 : rows.rbegin()->first};
   }
   bool readsInOrder(const TableDef&, std::size_t) override { return false; }
-
   void begin() override { saved_.push_back(tables_); }
   void commit() override { saved_.clear(); }
   void rollback() noexcept override { rollbackTo(0); }
-  void savepoint(int) override { saved_.push_back(tables_); }
+  void savepoint(int) override { begin(); }
   void release(int) override { saved_.pop_back(); }
   void rollbackTo(int level) noexcept override {
     tables_ = saved_[static_cast<std::size_t>(level)];
@@ -310,27 +283,16 @@ class FakeDriver final : public engine::Driver {
   [[nodiscard]] bool inTransaction() const override { return !saved_.empty(); }
   void beginView() override {}
   void endView() noexcept override {}
-
-  void lookForChanges(engine::ChangeListener& listener) override {
-    for (const std::string& table : changedByOthers_) listener.tableChanged(table);
-    changedByOthers_.clear();
-  }
+  void lookForChanges(engine::ChangeListener&) override {}
   void makeDurable() override {}
   void watch(std::function<bool()>) override {}
 
-  // As another connection changes a cell.
-  void changeByOthers(const std::string& table, RowKey key, std::size_t field, Value value) {
-    tables_.at(base::foldAscii(table)).rows.at(key)[field] = std::move(value);
-    changedByOthers_.push_back(table);
-  }
+ protected:
+  FakeTable& tableOf(const TableDef& table) { return tables_[base::foldAscii(table.name)]; }
 
  private:
-  FakeTable& tableOf(const TableDef& table) { return tables_.at(base::foldAscii(table.name)); }
-  static std::vector<std::size_t> copied(Fields fields) { return {fields.begin(), fields.end()}; }
-
   FakeTables tables_;
   std::vector<FakeTables> saved_;
-  std::vector<std::string> changedByOthers_;
   std::uint64_t generation_ = 1;
 };
 

@@ -11,10 +11,27 @@ namespace jet::test {
 
 namespace {
 
+// A driver whose tables other connections change, too.
+class SharedTables final : public FakeDriver {
+ public:
+  void lookForChanges(engine::ChangeListener& listener) override {
+    for (const std::string& table : changed_) listener.tableChanged(table);
+    changed_.clear();
+  }
+  // As another connection changes a cell.
+  void changeByOthers(const std::string& table, RowKey key, std::size_t field, Value value) {
+    tableOf(*definition(table)).rows.at(key)[field] = std::move(value);
+    changed_.push_back(table);
+  }
+
+ private:
+  std::vector<std::string> changed_;
+};
+
 class EngineTest : public ::testing::Test {
  protected:
   EngineTest() {
-    auto driver = std::make_unique<FakeDriver>();
+    auto driver = std::make_unique<SharedTables>();
     driver_ = driver.get();
     engine_ = std::make_unique<engine::Engine>(std::move(driver), "nowhere");
     engine_->createTable({.name = "Calls",
@@ -33,7 +50,7 @@ class EngineTest : public ::testing::Test {
     return text;
   }
 
-  FakeDriver* driver_;
+  SharedTables* driver_;
   std::unique_ptr<engine::Engine> engine_;
 };
 

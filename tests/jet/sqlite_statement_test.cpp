@@ -22,16 +22,6 @@ class StatementTest : public SqliteTest {
     add("#2/1/2025 23:59:59#", "'202'", "'popa'", "30", "2.5", "1", "'EUR'");
     add("#2/2/2025#", "'5'", "'\xC8\x98tefan'", "0", "0", "0", "'ron'");  // Ștefan
     add("Null", "Null", "Null", "Null", "Null", "0", "Null");
-    database_->createTable({.name = "prefixe",
-                            .fields = {{.name = "prefix_id", .type = Type::Text},
-                                       {.name = "provider_id", .type = Type::Long},
-                                       {.name = "destination_id", .type = Type::Long}},
-                            .indexes = {{{"prefix_id", "provider_id"}}}});
-    for (const char* row : {"'', 1, 0", "'021', 1, 1", "'0213', 1, 2", "'02#4', 1, 3", "'07', 1, 4", "'0213', 2, 5",
-                            "'#', 1, 6", "Null, 1, 7"}) {
-      database_->execute("insert into prefixe (prefix_id, provider_id, destination_id) values (" + std::string(row) +
-                         ")");
-    }
     database_->createTable({.name = "Clients", .fields = {{.name = "Name"}, {.name = "Account"}}});
     database_->execute("insert into Clients (Name, Account) values ('First', 'POPA')");
   }
@@ -75,18 +65,7 @@ TEST_F(StatementTest, AddedColumnIsSeenByEveryLaterStatement) {
   EXPECT_EQ(errorOf([&] { database_->execute("ALTER table clients ADD COLUMN folder TEXT"); }), 3380);
 }
 
-TEST_F(StatementTest, FaultsHaveTheirNumbersAndKeepTheStatement) {
-  const std::pair<const char*, int> cases[] = {
-      {"select x from Calls", 3061},
-      {"select * from Nothing", 3078},
-      {"select * from Calls where Nme = 'x'", 3061},
-      {"select * from Calls where Name = 'it's'", 3075},
-      {"select Foo(Name) from Calls", 3085},
-  };
-  for (const auto& [sql, number] : cases) {
-    const char* text = sql;
-    EXPECT_EQ(errorOf([&] { database_->openSnapshot(text); }), number) << sql;
-  }
+TEST_F(StatementTest, AFaultKeepsTheStatement) {
   try {
     database_->openSnapshot("select x from Calls");
     FAIL();
@@ -94,10 +73,10 @@ TEST_F(StatementTest, FaultsHaveTheirNumbersAndKeepTheStatement) {
     EXPECT_EQ(error.description(), "Too few parameters. Expected 1.");
     EXPECT_EQ(error.statement(), "select x from Calls");
   }
-  EXPECT_EQ(errorOf([&] { database_->execute("update Calls set TotalTime = 'abc'"); }), 3421);
+}
+
+TEST_F(StatementTest, TextsAreMeasuredInLetters) {
   EXPECT_EQ(errorOf([&] { database_->execute("update Calls set Name = '" + std::string(256, 'x') + "'"); }), 3163);
-  EXPECT_EQ(errorOf([&] { database_->execute("update Calls set Name = Name & Space(255) where RecordID = 1"); }), 3163);
-  EXPECT_EQ(errorOf([&] { database_->execute("select * from Calls"); }), 3065);
   // 255 letters of two bytes each fit.
   std::string letters;
   for (int i = 0; i < 255; ++i) letters += "\xC8\x99";

@@ -1,11 +1,14 @@
 // The statements of cases/*.txt, on every path.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 
+#include "fake_driver.h"
 #include "jet/engine/engine.h"
 #include "jet/sqlite/sqlite_driver.h"
-#include "sqlite_fixture.h"
 #include "statement_corpus.h"
+#include "support/temporary_folder.h"
 
 namespace jet::test {
 
@@ -49,14 +52,21 @@ Answer answered(Fill fill) {
   return answer;
 }
 
-class CorpusTest : public SqliteTest, public ::testing::WithParamInterface<std::string> {
+// On one driver.
+class CorpusTest : public ::testing::TestWithParam<std::string> {
  protected:
-  CorpusTest() : engine_(std::make_unique<sqlite::SqliteDriver>(file_, OpenMode::ReadWrite, false), file_) {
-    database_.reset();
+  CorpusTest(std::unique_ptr<engine::Driver> driver, const std::filesystem::path& place)
+      : engine_(std::move(driver), place) {}
+
+  void runFile(const std::string& name) {
+    for (const CorpusStep& step : readCorpus(std::string(TALLYBOOK_SOURCE_DIR "/tests/jet/cases/") + name)) {
+      SCOPED_TRACE(name + ":" + std::to_string(step.line));
+      run(step);
+    }
   }
 
   // By the driver alone.
-  Answer byFile(const std::string& sql) {
+  Answer byDriver(const std::string& sql) {
     return answered([&](Answer& answer) {
       const engine::ShapedText text(sql);
       engine::Execution execution = engine_.statements().open(engine::Role::Run, text);
@@ -119,28 +129,56 @@ class CorpusTest : public SqliteTest, public ::testing::WithParamInterface<std::
       EXPECT_EQ(answer.error, step.error) << step.statement;
       return;
     }
-    const Answer file = byFile(step.statement);
-    EXPECT_EQ(file.error, step.error) << step.statement;
-    EXPECT_EQ(file.rows, step.rows) << step.statement;
-    EXPECT_EQ(bySnapshot(step.statement), file) << step.statement << " from memory";
-    EXPECT_EQ(byWindow(step.statement), file) << step.statement << " as a window";
-    if (const auto columns = byColumns(step.statement)) {
-      EXPECT_EQ(*columns, file) << step.statement << " from columns";
+    const Answer driver = byDriver(step.statement);
+    if (driver.error != kNotDone) {
+      ++done_;
+      EXPECT_EQ(driver.error, step.error) << step.statement;
+      EXPECT_EQ(driver.rows, step.rows) << step.statement;
+      EXPECT_EQ(bySnapshot(step.statement), driver) << step.statement << " from memory";
+      EXPECT_EQ(byWindow(step.statement), driver) << step.statement << " as a window";
     }
+    if (const auto columns = byColumns(step.statement)) {
+      EXPECT_EQ(columns->rows, step.rows) << step.statement << " from columns";
+      EXPECT_TRUE(driver.error == kNotDone || *columns == driver) << step.statement << " from columns";
+    }
+    ++selects_;
   }
 
   engine::Engine engine_;
+  int selects_ = 0;
+  int done_ = 0;  // selects that the driver took
   int statistics_ = 0;
 };
 
-TEST_P(CorpusTest, EveryPathGivesTheRows) {
-  for (const CorpusStep& step : readCorpus(std::string(TALLYBOOK_SOURCE_DIR "/tests/jet/cases/") + GetParam())) {
-    SCOPED_TRACE(GetParam() + ":" + std::to_string(step.line));
-    run(step);
-  }
+struct EmptyFile {
+  EmptyFile() { createDatabase(file); }
+  support::TemporaryFolder folder;
+  std::filesystem::path file = folder / "test.mdb";
+};
+
+class OnSqlite : private EmptyFile, public CorpusTest {
+ protected:
+  OnSqlite() : CorpusTest(std::make_unique<sqlite::SqliteDriver>(file, OpenMode::ReadWrite, false), file) {}
+};
+
+TEST_P(OnSqlite, EveryPathGivesTheRows) {
+  runFile(GetParam());
+  EXPECT_EQ(done_, selects_);
   if (GetParam() == "groups.txt") {
     EXPECT_GE(statistics_, 5) << "columns answer statistics";
   }
+}
+
+class OnTablesInMemory : public CorpusTest {
+ protected:
+  OnTablesInMemory() : CorpusTest(std::make_unique<FakeDriver>(), "nowhere") {}
+};
+
+// That driver leaves joins out, and of the groups what columns do not answer.
+TEST_P(OnTablesInMemory, EveryPathGivesTheRows) {
+  runFile(GetParam());
+  const bool leavesMostOut = GetParam() == "joins.txt" || GetParam() == "groups.txt";
+  EXPECT_TRUE(leavesMostOut || done_ * 5 >= selects_ * 4) << done_ << " of " << selects_;
 }
 
 std::vector<std::string> caseFiles() {
@@ -156,7 +194,8 @@ std::string caseName(const ::testing::TestParamInfo<std::string>& info) {
   return info.param.substr(0, info.param.find('.'));
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, CorpusTest, ::testing::ValuesIn(caseFiles()), caseName);
+INSTANTIATE_TEST_SUITE_P(Cases, OnSqlite, ::testing::ValuesIn(caseFiles()), caseName);
+INSTANTIATE_TEST_SUITE_P(Cases, OnTablesInMemory, ::testing::ValuesIn(caseFiles()), caseName);
 
 }  // namespace
 
