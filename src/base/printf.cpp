@@ -19,18 +19,20 @@ struct Conversion {
 constexpr std::string_view kFlagsAndWidth = "-+ #0123456789.";
 constexpr std::string_view kLetters = "diuxXcsfeEgG%";
 
-constexpr auto kIsFlagOrWidth = [] {
+constexpr std::array<bool, 256> oneOf(std::string_view characters) {
   std::array<bool, 256> is{};
-  for (const char c : kFlagsAndWidth) is[static_cast<unsigned char>(c)] = true;
+  for (const char c : characters) is[static_cast<unsigned char>(c)] = true;
   return is;
-}();
+}
+constexpr auto kIsFlagOrWidth = oneOf(kFlagsAndWidth);
+constexpr auto kIsLetter = oneOf(kLetters);
 
 // The next conversion at or after `from`; letter 0 when there is none. A percent sign that starts none is plain text.
 Conversion nextConversion(std::string_view format, std::size_t from) {
   for (std::size_t at = format.find('%', from); at != std::string_view::npos; at = format.find('%', at + 1)) {
     std::size_t end = at + 1;
     while (end < format.size() && kIsFlagOrWidth[static_cast<unsigned char>(format[end])]) ++end;
-    if (end < format.size() && kLetters.find(format[end]) != std::string_view::npos) {
+    if (end < format.size() && kIsLetter[static_cast<unsigned char>(format[end])]) {
       return {at, end + 1, format[end]};
     }
   }
@@ -135,11 +137,22 @@ void appendConversion(std::string& out, std::string_view conversion, char letter
   }
 }
 
+// Enough for most results, so that they are made in one piece.
+std::size_t likelySize(std::string_view format, const FormatArgument* arguments, std::size_t count) {
+  constexpr std::size_t kNumber = 8;
+  std::size_t size = format.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto* const text = std::get_if<std::string_view>(&arguments[i]);
+    size += text != nullptr ? text->size() : kNumber;
+  }
+  return size;
+}
+
 }  // namespace
 
 std::string formatArguments(std::string_view format, const FormatArgument* arguments, std::size_t count) {
   std::string out;
-  out.reserve(format.size());
+  out.reserve(likelySize(format, arguments, count));
   std::size_t position = 0;
   std::size_t used = 0;
   for (Conversion next = nextConversion(format, 0); next.letter != 0; next = nextConversion(format, position)) {

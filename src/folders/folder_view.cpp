@@ -154,9 +154,14 @@ void FolderView::forEachRow(const RowReader& row) {
   });
 }
 
+FolderView::Totals::Totals(const FolderView& view) : view_(view), sums_(view.columns().size()) {
+  for (std::size_t column = 0; column < sums_.size(); ++column) {
+    if (formatOfKind(view.columns()[column].definition->kind).summed) summed_.push_back(column);
+  }
+}
+
 void FolderView::Totals::add(std::span<const CellValue> row) {
-  for (std::size_t column = 0; column < row.size(); ++column) {
-    if (!formatOfKind(view_.columns()[column].definition->kind).summed) continue;
+  for (const std::size_t column : summed_) {
     sums_[column] = sums_[column].value_or(0) + row[column].first->toDouble();
   }
 }

@@ -94,7 +94,7 @@ class FolderView {
   // Sums a column's values as rows go by; columns without a total stay at nothing.
   class Totals {
    public:
-    explicit Totals(const FolderView& view) : view_(view), sums_(view.columns().size()) {}
+    explicit Totals(const FolderView& view);
     void add(std::span<const CellValue> row);
     [[nodiscard]] std::optional<double> sum(std::size_t column) const { return sums_[column]; }
     [[nodiscard]] std::string text(std::size_t column) const;  // empty without a total
@@ -103,6 +103,7 @@ class FolderView {
 
    private:
     const FolderView& view_;
+    std::vector<std::size_t> summed_;  // columns
     std::vector<std::optional<double>> sums_;
   };
   // The totals of all rows, read through.

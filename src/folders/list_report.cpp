@@ -15,7 +15,8 @@ class ListPage {
   ListPage(FolderView& view, ReportFile& file) : view_(view), file_(file), totals_(view) {
     for (const ViewColumn& column : view.columns()) {
       headings_.push_back(base::escapeHtml(printedHeading(column, view.services().config)));
-      cellOpenings_.push_back(base::format("<TD align=%s nowrap>\n", alignmentName(column.alignment)));
+      const char* const before = cellOpenings_.empty() ? "<TR>\n" : "&nbsp;</TD>\n";
+      cellOpenings_.push_back(base::format("%s<TD align=%s nowrap>\n", before, alignmentName(column.alignment)));
     }
     opening_ = tableOpening(view.services().config);
   }
@@ -57,13 +58,11 @@ class ListPage {
 
   void writeRow(std::span<const CellValue> row) {
     if (rows_ % kRowsPerTable == 0) startTable();
-    file_.write("<TR>\n");
     for (std::size_t i = 0; i < row.size(); ++i) {
       file_.write(cellOpenings_[i]);
       file_.writeText(view_.text(i, row[i]));
-      file_.write("&nbsp;</TD>\n");
     }
-    file_.write("</TR>\n");
+    file_.write("&nbsp;</TD>\n</TR>\n");
     totals_.add(row);
     ++rows_;
   }
@@ -81,8 +80,8 @@ class ListPage {
   ReportFile& file_;
   FolderView::Totals totals_;
   std::vector<std::string> headings_;
-  std::vector<std::string> cellOpenings_;
-  std::string opening_;  // of a table
+  std::vector<std::string> cellOpenings_;  // the first one begins the row, each further one ends the cell before
+  std::string opening_;                    // of a table
   std::int64_t rows_ = 0;
 };
 

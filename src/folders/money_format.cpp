@@ -39,8 +39,11 @@ std::string withDecimals(double amount, std::int32_t count, const Separators& se
   const double whole = std::floor(rounded);
   std::string text = grouped(static_cast<std::int64_t>(whole), separators.thousands);
   if (separators.decimal.empty() || count == 0) return text;
-  const auto fraction = static_cast<std::int64_t>((rounded - whole) * scale);
-  return text.append(separators.decimal).append(base::format(base::format("%%.%dd", count), fraction));
+  const std::string fraction = std::to_string(static_cast<std::int64_t>((rounded - whole) * scale));
+  text += separators.decimal;
+  const auto decimals = static_cast<std::size_t>(count);
+  if (fraction.size() < decimals) text.append(decimals - fraction.size(), '0');
+  return text += fraction;
 }
 
 }  // namespace

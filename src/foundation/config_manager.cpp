@@ -79,7 +79,7 @@ std::string ConfigManager::ReadConfigString(std::string_view key, std::string_vi
   }
   lastFound_ = false;
   if (database_ == nullptr || !canName(key, section)) return std::string(fallback);
-  refresh();
+  if (views_ == 0) refresh();
   const Row& row = findRow(key, section);
   lastFound_ = row.found;
   return row.found ? row.text : std::string(fallback);
@@ -94,7 +94,7 @@ std::int32_t ConfigManager::ReadConfigInt(std::string_view key, std::string_view
   }
   lastFound_ = false;
   if (database_ == nullptr || !canName(key, section)) return fallback;
-  refresh();
+  if (views_ == 0) refresh();
   const Row& row = findRow(key, section);
   lastFound_ = row.found;
   return row.found ? row.number : fallback;

@@ -35,6 +35,22 @@ class ConfigManager {
   void OpenConfig(jet::Database& database, ChangeTags& tags);
   void CloseConfig();
 
+  // While it lives, changes of the database store by other copies are not looked for again: for the settings that one
+  // price or one recorded call asks for.
+  class View {
+   public:
+    explicit View(ConfigManager& config) : config_(config) {
+      if (config.views_ == 0 && config.database_ != nullptr) config.refresh();
+      ++config.views_;
+    }
+    View(const View&) = delete;
+    View& operator=(const View&) = delete;
+    ~View() { --config_.views_; }
+
+   private:
+    ConfigManager& config_;
+  };
+
   // LastFound() tells afterwards whether a stored value was found; in the machine store a stored value that equals the
   // default counts as not found. Database-store calls throw jet::Error for faults of find and update.
   std::string ReadConfigString(std::string_view key, std::string_view section, int store, std::string_view fallback);
@@ -81,6 +97,7 @@ class ConfigManager {
   // Rows read since the table last changed, by folded path: settings are asked for several times a recorded call.
   std::unordered_map<std::string, Row> cache_;
   std::uint64_t cacheVersion_ = 0;
+  int views_ = 0;
   std::string lookup_;  // kept for its memory
 };
 

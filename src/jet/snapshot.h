@@ -40,6 +40,8 @@ class Snapshot {
   [[nodiscard]] std::size_t rowCount() const { return table_ ? table_->rows : 0; }
   [[nodiscard]] bool empty() const { return rowCount() == 0; }
   [[nodiscard]] const std::vector<std::string>& columns() const { return *table_->columns; }
+  // The same names, shared by results that have the same columns. Null without a result.
+  [[nodiscard]] ColumnNames columnNames() const { return table_ ? table_->columns : nullptr; }
   // Index of the column of that name, case ignored; Error 3265 when there is none.
   [[nodiscard]] std::size_t column(std::string_view name) const;
   [[nodiscard]] const Value& at(std::size_t row, std::size_t column) const {

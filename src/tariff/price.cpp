@@ -1,5 +1,7 @@
 #include "tariff/price.h"
 
+#include <array>
+
 #include "base/characters.h"
 #include "base/printf.h"
 #include "base/text.h"
@@ -91,33 +93,25 @@ std::string winningPrefix(jet::Database& database, std::string query) {
   return rows.empty() ? std::string() : rows.at(0, 0).toText();
 }
 
-// Columns of `charges` in a result, looked up once for all its rows.
-struct ChargeColumns {
-  explicit ChargeColumns(const jet::Snapshot& rows)
-      : startTime(rows.column("charge_start_time")),
-        endTime(rows.column("charge_end_time")),
-        days(rows.column("charge_days")),
-        resolution(rows.column("charge_default_resolution")),
-        minimum(rows.column("charge_minimum")),
-        value(rows.column("charge_value")),
-        fixedAmount(rows.column("charge_default")),
-        currency(rows.column("charge_currency")) {}
-
-  std::size_t startTime, endTime, days, resolution, minimum, value, fixedAmount, currency;
-};
+// Columns of `charges` that a band is made of.
+enum ChargeColumn : std::size_t { StartTime, EndTime, Days, Resolution, Minimum, UnitValue, FixedAmount, CurrencyCode };
+constexpr std::array<std::string_view, 8> kChargeColumns = {
+    "charge_start_time", "charge_end_time", "charge_days",    "charge_default_resolution",
+    "charge_minimum",    "charge_value",    "charge_default", "charge_currency"};
+using ChargePlaces = std::array<std::size_t, kChargeColumns.size()>;
 
 // Nothing when the row's times are no times.
-std::optional<ChargeBand> readBand(const jet::Snapshot& rows, std::size_t row, const ChargeColumns& columns) {
-  const jet::Value& start = rows.at(row, columns.startTime);
-  const jet::Value& end = rows.at(row, columns.endTime);
+std::optional<ChargeBand> readBand(const jet::Snapshot& rows, std::size_t row, const ChargePlaces& columns) {
+  const jet::Value& start = rows.at(row, columns[StartTime]);
+  const jet::Value& end = rows.at(row, columns[EndTime]);
   if (start.type() != jet::Type::DateTime || end.type() != jet::Type::DateTime) return std::nullopt;
   return ChargeBand{.startMinute = start.dateTime().secondOfDay() / 60,
                     .endMinute = end.dateTime().secondOfDay() / 60,
-                    .days = rows.at(row, columns.days).toLong(),
-                    .resolution = rows.at(row, columns.resolution).toLong(),
-                    .minimumSeconds = rows.at(row, columns.minimum).toLong(),
-                    .value = rows.at(row, columns.value).toDouble(),
-                    .fixedAmount = rows.at(row, columns.fixedAmount).toDouble()};
+                    .days = rows.at(row, columns[Days]).toLong(),
+                    .resolution = rows.at(row, columns[Resolution]).toLong(),
+                    .minimumSeconds = rows.at(row, columns[Minimum]).toLong(),
+                    .value = rows.at(row, columns[UnitValue]).toDouble(),
+                    .fixedAmount = rows.at(row, columns[FixedAmount]).toDouble()};
 }
 
 // Adds a band to the sum and notes each day on which it was charged.
@@ -130,8 +124,20 @@ void addTraced(BandSum& sum, const ChargeBand& band, const std::string& currency
 
 }  // namespace
 
+PriceCalculator::PriceCalculator(foundation::ConfigManager& config, const exchange::PartyDefinitions& parties,
+                                 TariffDatabase* tariffs, security::AuditLog& log,
+                                 const foundation::LanguageFile& language, platform::Operator& person)
+    : config_(config),
+      parties_(parties),
+      tariffs_(tariffs),
+      log_(log),
+      language_(language),
+      operator_(person),
+      chargeColumns_(kChargeColumns) {}
+
 PriceOutcome PriceCalculator::CalcPrice(CallRecord& record, PricingContext& output, std::int32_t& ignore,
                                         PriceTrace* trace) {
+  const foundation::ConfigManager::View settings(config_);
   ignore = 0;
   output.price = 0;
   output.currency.clear();
@@ -176,7 +182,7 @@ bool PriceCalculator::isIgnoredAsShort(Call& call) {
 }
 
 void PriceCalculator::findTrunk(Call& call, PricingContext& output) const {
-  const auto* definition = parties_.findTrunk(base::format("%d", call.record.trunk));
+  const auto* definition = parties_.findTrunk(std::to_string(call.record.trunk));
   if (definition != nullptr) {
     call.trunk = definition;
     output.profile = definition->profile;
@@ -198,20 +204,40 @@ void PriceCalculator::findProvider(Call& call, PricingContext& output) const {
 }
 
 bool PriceCalculator::findProfile(Call& call) {
-  const jet::Snapshot rows =
-      tariffs_->database().openSnapshot(profileQuery(call.trunk->profile, call.start, call.trunk->providerId));
-  if (rows.empty()) return false;
-  call.profileId = rows.at(0, "profile_id").toLong();
-  const std::int64_t freeMinutes = rows.at(0, "free_minutes").toLong();
-  // Seconds, whatever the column's name says.
-  call.freeSeconds = call.provider->freeSeconds != 0 ? call.provider->freeSeconds : freeMinutes;
-  if (call.trace != nullptr) {
-    call.trace->profile = PriceTrace::Profile{.id = call.profileId,
-                                              .name = rows.at(0, "profile_name").toText(),
-                                              .startDate = rows.at(0, "profile_start_date").toDateTime(),
-                                              .freeMinutes = freeMinutes};
+  jet::Database& database = tariffs_->database();
+  const std::uint64_t version = database.tableVersion("profiles");
+  const base::DateTime day = call.start.midnight();
+  KnownProfile& known = rememberedProfile(call);
+  const bool isKnown = known.version == version && known.day == day && known.providerId == call.trunk->providerId &&
+                       known.name == call.trunk->profile;
+  if (!isKnown || call.trace != nullptr) {
+    const jet::Snapshot rows =
+        database.openSnapshot(profileQuery(call.trunk->profile, call.start, call.trunk->providerId));
+    if (rows.empty()) return false;
+    known = {.version = version,
+             .day = day,
+             .providerId = call.trunk->providerId,
+             .name = call.trunk->profile,
+             .id = rows.at(0, "profile_id").toLong(),
+             .freeMinutes = rows.at(0, "free_minutes").toLong()};
+    if (call.trace != nullptr) {
+      call.trace->profile = PriceTrace::Profile{.id = known.id,
+                                                .name = rows.at(0, "profile_name").toText(),
+                                                .startDate = rows.at(0, "profile_start_date").toDateTime(),
+                                                .freeMinutes = known.freeMinutes};
+    }
   }
+  call.profileId = known.id;
+  // Seconds, whatever the column's name says.
+  call.freeSeconds = call.provider->freeSeconds != 0 ? call.provider->freeSeconds : known.freeMinutes;
   return true;
+}
+
+// The place for the call's profile, which may hold another one.
+PriceCalculator::KnownProfile& PriceCalculator::rememberedProfile(const Call& call) {
+  constexpr std::int64_t kDay = 24 * 60 * 60;  // seconds
+  const auto place = static_cast<std::uint64_t>(call.start.secondsSinceDayZero() / kDay + call.trunk->providerId);
+  return profiles_[place % profiles_.size()];
 }
 
 // With "Seconds_not_charged" the free seconds leave the record itself, so that they are not stored either. Only the
@@ -278,12 +304,12 @@ PriceOutcome PriceCalculator::priceByTime(const Call& call, PricingContext& outp
                       base::characterCount(call.record.dialledNumber)));
   if (rows.empty()) return reportNoRule(call, PriceOutcome::NoCharge);
 
-  const ChargeColumns columns(rows);
+  const ChargePlaces& columns = chargeColumns_.in(rows);
   BandSum sum(encoding, interval);
   auto outcome = PriceOutcome::Priced;
   for (std::size_t row = 0; row < rows.rowCount(); ++row) {
     const auto band = readBand(rows, row, columns);
-    const jet::Value& currency = rows.at(row, columns.currency);
+    const jet::Value& currency = rows.at(row, columns[CurrencyCode]);
     if (!band || currency.type() != jet::Type::Text) {
       outcome = PriceOutcome::UnusableCharge;
       break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 #include "exchange/party_definitions.h"
 #include "foundation/config_manager.h"
 #include "foundation/language_file.h"
+#include "jet/column_places.h"
 #include "platform/operator.h"
 #include "security/audit_log.h"
 #include "tariff/charge_bands.h"
@@ -31,8 +33,7 @@ class PriceCalculator {
  public:
   // `tariffs` may be null: every call then costs 0 and is reported as without a tariff rule.
   PriceCalculator(foundation::ConfigManager& config, const exchange::PartyDefinitions& parties, TariffDatabase* tariffs,
-                  security::AuditLog& log, const foundation::LanguageFile& language, platform::Operator& person)
-      : config_(config), parties_(parties), tariffs_(tariffs), log_(log), language_(language), operator_(person) {}
+                  security::AuditLog& log, const foundation::LanguageFile& language, platform::Operator& person);
 
   // Prices one call. Fills the output block, sets `ignore` to 1 for a call at or under "Ignore_short_calls" (else 0),
   // and shortens the record's seconds when "Seconds_not_charged" says so. The result tells why a call has no price.
@@ -60,12 +61,26 @@ class PriceCalculator {
   PriceOutcome priceByTime(const Call& call, PricingContext& output);
   PriceOutcome reportNoRule(const Call& call, PriceOutcome outcome);
 
+  // The profile that was in force on a day, valid while the table has that version: calls of one trunk and day follow
+  // each other.
+  struct KnownProfile {
+    std::uint64_t version = 0;
+    base::DateTime day;
+    std::int32_t providerId = 0;
+    std::string name;
+    std::int64_t id = 0;
+    std::int64_t freeMinutes = 0;
+  };
+  KnownProfile& rememberedProfile(const Call& call);
+
   foundation::ConfigManager& config_;
   const exchange::PartyDefinitions& parties_;
   TariffDatabase* tariffs_;
   security::AuditLog& log_;
   const foundation::LanguageFile& language_;
   platform::Operator& operator_;
+  std::array<KnownProfile, 32> profiles_;
+  jet::ColumnPlaces<8> chargeColumns_;
   bool destinationBeeped_ = false;  // the missing destination is heard once a run only
 };
 

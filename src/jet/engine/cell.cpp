@@ -25,4 +25,12 @@ Value valueOf(const Cell& cell, Type type) {
   return {};
 }
 
+void readValue(const Cell& cell, Type type, Value& out) {
+  if (cell.kind == Cell::Kind::Text && type != Type::DateTime) {
+    out.setText(cell.text);
+  } else {
+    out = valueOf(cell, type);
+  }
+}
+
 }  // namespace jet::engine

@@ -91,6 +91,8 @@ struct Cell {
 
 // The cell as a value of a column or an item of that type. A text in a date column that is no date stays a text.
 Value valueOf(const Cell& cell, Type type);
+// The same into a value whose storage is used again.
+void readValue(const Cell& cell, Type type, Value& out);
 
 // A prepared query. Any number may run at the same time, the same request prepared twice as well.
 class Query {

@@ -135,7 +135,7 @@ void Engine::forEachRow(std::string_view sql, const std::function<bool(const std
   Execution execution = statements_.open(Role::Run, text);
   std::vector<Value> values(execution.width());
   while (execution.step()) {
-    for (std::size_t i = 0; i < values.size(); ++i) values[i] = execution.value(i);
+    for (std::size_t i = 0; i < values.size(); ++i) execution.read(i, values[i]);
     if (!row(values)) return;
   }
 }

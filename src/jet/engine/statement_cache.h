@@ -55,6 +55,9 @@ class Execution {
   [[nodiscard]] Value value(std::size_t item) const {
     return valueOf(query().cell(item), statement().items[item].expression.type);
   }
+  void read(std::size_t item, Value& out) const {
+    readValue(query().cell(item), statement().items[item].expression.type, out);
+  }
   [[nodiscard]] RowKey key() const { return query().key(); }
   [[nodiscard]] std::vector<std::string> names() const;
 

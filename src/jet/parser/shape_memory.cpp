@@ -10,6 +10,28 @@ constexpr std::size_t kMostPatterns = 256;
 // Older ones are found by cutting the text into tokens and looking its shape up.
 constexpr std::size_t kMostRecent = 16;
 
+// Reads the forms that most literals have without a lexer: a few digits that no longer token begins with, and a text
+// without its own quotation mark. Where the literal ends; nothing where the lexer must say.
+std::optional<std::size_t> readPlain(TokenKind kind, std::string_view sql, std::size_t start, Value& out) {
+  constexpr std::size_t kMostDigits = 18;
+  if (start >= sql.size()) return std::nullopt;
+  if (kind == TokenKind::Long) {
+    std::int64_t number = 0;
+    std::size_t end = start;
+    for (; end < sql.size() && sql[end] >= '0' && sql[end] <= '9'; ++end) number = number * 10 + (sql[end] - '0');
+    const bool ends = end == sql.size() || sql[end] == ' ' || sql[end] == ')' || sql[end] == ',';
+    if (end == start || end - start > kMostDigits || !ends) return std::nullopt;
+    out = Value(number);
+    return end;
+  }
+  const char quote = sql[start];
+  if (kind != TokenKind::Text || (quote != '\'' && quote != '"')) return std::nullopt;
+  const std::size_t closing = sql.find(quote, start + 1);
+  if (closing == std::string_view::npos || (closing + 1 < sql.size() && sql[closing + 1] == quote)) return std::nullopt;
+  out.setText(sql.substr(start + 1, closing - start - 1));
+  return closing + 1;
+}
+
 }  // namespace
 
 // A literal that begins where one began before, with the same characters before it, is cut in the same way; it ends
@@ -23,6 +45,10 @@ bool ShapeMemory::matches(const Pattern& pattern, std::string_view sql, std::vec
     if (sql.compare(at, size, pattern.parts, part, size) != 0) return false;
     at += size;
     part += size;
+    if (const auto end = readPlain(pattern.literals[i].kind, sql, at, literals[i])) {
+      at = *end;
+      continue;
+    }
     const std::optional<Token> token = Lexer::literalAt(sql, at);
     if (!token || token->kind != pattern.literals[i].kind) return false;
     readLiteral(*token, sql, literals[i]);

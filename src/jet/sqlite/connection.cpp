@@ -128,19 +128,18 @@ bool Connection::mayHaveMoved() {
   // What a running statement sees stays as it is: the head must be looked at again after it.
   if (!hasLog_ || sqlite3_txn_state(handle_, "main") != SQLITE_TXN_NONE) return true;
   constexpr int kRegion = 32 * 1024;
-  sqlite3_file* file = nullptr;
-  if (sqlite3_file_control(handle_, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || file == nullptr)
-    return true;
-  const sqlite3_io_methods* const methods = file->pMethods;
+  if (file_ == nullptr) sqlite3_file_control(handle_, "main", SQLITE_FCNTL_FILE_POINTER, &file_);
+  if (file_ == nullptr) return true;
+  const sqlite3_io_methods* const methods = file_->pMethods;
   if (methods == nullptr || methods->iVersion < 2 || methods->xShmMap == nullptr) return true;
   void volatile* region = nullptr;
-  if (methods->xShmMap(file, 0, kRegion, 0, &region) != SQLITE_OK || region == nullptr) return true;
-  const auto* const head = static_cast<const volatile unsigned char*>(region);
+  if (methods->xShmMap(file_, 0, kRegion, 0, &region) != SQLITE_OK || region == nullptr) return true;
+  const auto* const head = static_cast<const volatile std::uint64_t*>(region);
   bool moved = false;
-  for (std::size_t i = 0; i < kIndexHead; ++i) {
-    const unsigned char byte = head[i];
-    moved = moved || byte != indexHead_[i];
-    indexHead_[i] = byte;
+  for (std::size_t i = 0; i < indexHead_.size(); ++i) {
+    const std::uint64_t word = head[i];
+    moved = moved || word != indexHead_[i];
+    indexHead_[i] = word;
   }
   return moved;
 }

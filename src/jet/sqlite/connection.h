@@ -61,9 +61,9 @@ class Connection {
   bool hasLog_ = false;  // written ahead; known of connections that write
   sqlite3* handle_ = nullptr;
   std::optional<Error> functionError_;
-  std::int64_t waitStarted_ = 0;  // steady milliseconds
-  static constexpr std::size_t kIndexHead = 48;
-  std::array<unsigned char, kIndexHead> indexHead_{};  // as last seen
+  std::int64_t waitStarted_ = 0;              // steady milliseconds
+  sqlite3_file* file_ = nullptr;              // of the database, the same as long as the connection
+  std::array<std::uint64_t, 6> indexHead_{};  // as last seen
 };
 
 // Binds a value in its stored form: Yes/No as 0/1, dates as "YYYY-MM-DD HH:MM:SS"; numbers that are not finite as Null.

@@ -86,24 +86,23 @@ bool SqliteQuery::step() {
   return false;
 }
 
+// The connection belongs to one thread, so the value needs no protection and is asked for once.
 Cell SqliteQuery::cell(std::size_t item) const {
-  sqlite3_stmt* const statement = statement_.get();
-  const int column = static_cast<int>(item) + keyColumns_;
-  switch (sqlite3_column_type(statement, column)) {
+  sqlite3_value* const value = sqlite3_column_value(statement_.get(), static_cast<int>(item) + keyColumns_);
+  switch (sqlite3_value_type(value)) {
     case SQLITE_NULL:
       return {};
     case SQLITE_INTEGER:
-      return {.kind = Cell::Kind::Integer, .integer = sqlite3_column_int64(statement, column)};
+      return {.kind = Cell::Kind::Integer, .integer = sqlite3_value_int64(value)};
     case SQLITE_FLOAT:
-      return {.kind = Cell::Kind::Real, .real = sqlite3_column_double(statement, column)};
+      return {.kind = Cell::Kind::Real, .real = sqlite3_value_double(value)};
     case SQLITE_TEXT: {
-      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-      return {.kind = Cell::Kind::Text,
-              .text = {text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))}};
+      const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+      return {.kind = Cell::Kind::Text, .text = {text, static_cast<std::size_t>(sqlite3_value_bytes(value))}};
     }
     default: {
-      const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, column));
-      const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+      const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
+      const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
       return {.kind = Cell::Kind::Other, .text = {size == 0 ? "" : bytes, size}};
     }
   }

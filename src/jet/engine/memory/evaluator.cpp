@@ -49,6 +49,9 @@ unsigned char foldByte(char c) {
 
 // Values that cannot be compared are a literal that could not become of its column's type: unequal.
 Truth compared(Operator op, const Value& left, const Value& right) {
+  if (left.type() == Type::Long && right.type() == Type::Long) {
+    return truthOf(jet::holds(op, order(left.integer(), right.integer())));
+  }
   if (left.isNull() || right.isNull()) return Truth::Unknown;
   if (left.type() != right.type() && !(isCount(left) && isCount(right))) return truthOf(op == Operator::NotEqual);
   return truthOf(jet::holds(op, sortOrder(left, right)));
@@ -239,7 +242,12 @@ Truth Evaluator::testLogic(const BoundExpression& expression) {
 }
 
 Truth Evaluator::compareSides(const BoundExpression& expression) {
-  return compared(expression.op, value(expression.operands[0]), value(expression.operands[1]));
+  const BoundExpression& left = expression.operands[0];
+  const BoundExpression& right = expression.operands[1];
+  if (left.kind == Kind::Column && right.kind == Kind::Literal) {
+    return compared(expression.op, row_[left.index], literals_[right.index]);
+  }
+  return compared(expression.op, value(left), value(right));
 }
 
 // No counts as less than Yes.

@@ -20,6 +20,7 @@ std::size_t entryBytes(std::string_view sql, const ResultTable& result) {
 }  // namespace
 
 std::shared_ptr<const ResultTable> ResultCache::find(std::string_view sql) {
+  if (ofLength(sql) == 0) return nullptr;
   const auto found = byText_.find(sql);
   if (found == byText_.end()) return nullptr;
   const auto entry = found->second;
@@ -39,12 +40,14 @@ void ResultCache::keep(std::string_view sql, const VersionCounters& counters,
   while (bytes_ + bytes > mostBytes_) drop(std::prev(entries_.end()));
   entries_.push_front({std::string(sql), counters, counters.now(), std::move(result), bytes});
   byText_.emplace(entries_.front().sql, entries_.begin());
+  ++ofLength(sql);
   bytes_ += bytes;
 }
 
 void ResultCache::drop(Entries::iterator entry) {
   bytes_ -= entry->bytes;
   byText_.erase(entry->sql);
+  --ofLength(entry->sql);
   entries_.erase(entry);
 }
 

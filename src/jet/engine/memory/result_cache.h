@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <list>
 #include <memory>
@@ -34,11 +35,14 @@ class ResultCache {
   using Entries = std::list<Entry>;
 
   void drop(Entries::iterator entry);
+  std::uint32_t& ofLength(std::string_view sql) { return byLength_[sql.size() % byLength_.size()]; }
 
   std::size_t mostBytes_;
   std::size_t bytes_ = 0;
   Entries entries_;  // most recently used first
   std::unordered_map<std::string_view, Entries::iterator> byText_;
+  // Number of texts by the low bits of their length: most texts that are looked for in vain need no hash.
+  std::array<std::uint32_t, 256> byLength_{};
 };
 
 }  // namespace jet::memory
