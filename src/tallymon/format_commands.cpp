@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "base/printf.h"
@@ -32,53 +33,84 @@ struct Guess {
   }
 };
 
-void guess(const std::string& name, const std::vector<std::string>& sets, int& status) {
+void printJson(const nlohmann::ordered_json& json) {
+  std::cout << json.dump(1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+// The formats that read something of the file, the best first; `lines` gets its lines.
+std::vector<Guess> guessesOf(const std::string& name, const capture::SourceSettings& settings,
+                             std::vector<std::string>& lines) {
   LineFile file(name);
   std::string text(kGuessBytes, '\0');
   file.stream().read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(file.stream().gcount()));
-  const capture::SourceSettings settings = settingsOf(sets);
   capture::SourceSettings assumed = settings;
   if (assumed.extensions.empty()) assumed.extensions = "\\d{2,6}";
   const auto arrived = arrivalOrNow("", settings);
   const FormatLibrary library = FormatLibrary::standard();
   std::vector<Guess> guesses;
-  std::vector<std::string> lines;
   for (const std::string& format : library.names()) {
-    Guess made{library.load(format), {}};
-    std::istringstream stream(text);
-    lines.clear();
-    for (const auto& result : capture::readAll(stream, made.format, assumed, arrived, &lines)) {
-      made.counts.add(result.outcome);
+    try {
+      Guess made{library.load(format), {}};
+      std::istringstream stream(text);
+      lines.clear();
+      for (const auto& result : capture::readAll(stream, made.format, assumed, arrived, &lines)) {
+        made.counts.add(result.outcome);
+      }
+      if (made.share() > 0) guesses.push_back(std::move(made));
+    } catch (const capture::FormatError& fault) {
+      std::cerr << "tallymon: left out: " << fault.what() << '\n';
     }
-    if (made.share() > 0) guesses.push_back(std::move(made));
   }
   std::stable_sort(guesses.begin(), guesses.end(),
                    [](const Guess& left, const Guess& right) { return left.share() > right.share(); });
-  for (const Guess& made : guesses) {
-    std::cout << base::format("%5.1f %%  %-16s %s", made.share() * 100, made.format->name, made.format->title) << '\n';
-    for (const std::string& doubt : doubts(lines, made.format, settings, arrived)) {
-      std::cout << "         " << doubt << '\n';
-    }
-  }
-  if (guesses.empty()) {
-    std::cerr << "tallymon: no format reads these lines. See docs/exchanges.md for how to describe an exchange of your "
-                 "own.\n";
-    status = 1;
-  }
+  return guesses;
 }
 
-void listFormats() {
+void guess(const std::string& name, const std::vector<std::string>& sets, bool asJson, int& status) {
+  const capture::SourceSettings settings = settingsOf(sets);
+  const auto arrived = arrivalOrNow("", settings);
+  std::vector<std::string> lines;
+  const auto guesses = guessesOf(name, settings, lines);
+  auto json = nlohmann::ordered_json::array();
+  for (const Guess& made : guesses) {
+    const auto open = doubts(lines, made.format, settings, arrived);
+    json.push_back({{"format", made.format->name},
+                    {"title", made.format->title},
+                    {"share", made.share()},
+                    {"unknown", made.counts.of(Outcome::Unknown)},
+                    {"doubts", open}});
+    if (asJson) continue;
+    std::cout << base::format("%5.1f %%  %-16s %s", made.share() * 100, made.format->name, made.format->title) << '\n';
+    for (const std::string& doubt : open) std::cout << "         " << doubt << '\n';
+  }
+  if (asJson) printJson(json);
+  if (!guesses.empty()) return;
+  std::cerr << "tallymon: no format reads these lines. See docs/exchanges.md for how to describe an exchange of your "
+               "own.\n";
+  status = 1;
+}
+
+void listFormats(bool asJson) {
   const FormatLibrary library = FormatLibrary::standard();
+  auto json = nlohmann::ordered_json::array();
   for (const std::string& name : library.names()) {
     std::string title;
     try {
-      title = library.load(name)->title;
+      const auto format = library.load(name);
+      title = format->title;
+      json.push_back({{"name", name},
+                      {"title", title},
+                      {"trunks", format->asksTrunks()},
+                      {"extensions", format->asksExtensions()},
+                      {"date_order", format->hasDateOrder()}});
     } catch (const capture::FormatError& fault) {
       title = std::string("cannot be used: ") + fault.what();
+      json.push_back({{"name", name}, {"fault", fault.what()}});
     }
-    std::cout << base::format("%-16s %s", name, title) << '\n';
+    if (!asJson) std::cout << base::format("%-16s %s", name, title) << '\n';
   }
+  if (asJson) printJson(json);
 }
 
 void check(const std::string& wanted, int& status) {
@@ -109,14 +141,19 @@ void addGuess(CLI::App& program, int& status) {
   command->add_option("--set", *sets, "KEY=VALUE of the source; may be given again")
       ->take_all()
       ->allow_extra_args(false);
+  auto json = std::make_shared<bool>(false);
+  command->add_flag("--json", *json, "As JSON, the best format first");
   command->footer("Example: tallymon guess lines.txt");
-  command->callback([file, sets, &status] { guess(*file, *sets, status); });
+  command->callback([file, sets, json, &status] { guess(*file, *sets, *json, status); });
 }
 
 void addFormats(CLI::App& program, int& status) {
   CLI::App* command = program.add_subcommand("formats", "Lists the formats.");
-  command->callback([&status] {
-    listFormats();
+  auto json = std::make_shared<bool>(false);
+  command->add_flag("--json", *json, "As JSON, with the settings that each asks for");
+  command->footer("Example: tallymon formats --json");
+  command->callback([json, &status] {
+    listFormats(*json);
     status = 0;
   });
 }

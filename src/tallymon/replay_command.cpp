@@ -11,7 +11,7 @@ namespace tallymon {
 
 namespace {
 
-struct Options {
+struct ReplayOptions {
   std::string source;
   std::string from;
   std::string to;
@@ -48,7 +48,7 @@ std::string shown(const capture::LineResult& result) {
   return text;
 }
 
-int replay(const std::string& file, const Options& options) {
+int replay(const std::string& file, const ReplayOptions& options) {
   const capture::Site site = capture::readSite(file);
   const capture::SourceSite& source = sourceOf(site, options.source);
   const std::string format = options.format.empty() ? source.format : options.format;
@@ -75,7 +75,7 @@ void addReplay(CLI::App& program, int& status) {
       "replay",
       "Read lines of the journal again with a mended format and show what differs; hand over what gave no record.");
   const auto file = addSiteOption(*command);
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<ReplayOptions>();
   command->add_option("source", options->source, "Id of the source")->required();
   command->add_option("--from", options->from, "Arrived since, local time")->required()->type_name("TIME");
   command->add_option("--to", options->to, "Arrived until (default: now)")->type_name("TIME");

@@ -9,12 +9,13 @@
 #include "capture/format/file_test.h"
 #include "tallymon/commands.h"
 #include "tallymon/line_file.h"
+#include "tallymon/shown_call.h"
 
 namespace tallymon {
 
 namespace {
 
-struct Options {
+struct TestOptions {
   std::string format;
   std::string file;
   bool all = false;
@@ -22,23 +23,6 @@ struct Options {
   std::string arrived;
   std::vector<std::string> settings;
 };
-
-std::string callText(const capture::Call& call) {
-  std::string text =
-      base::format("%-8s %s  %4d s", capture::toText(call.direction), call.start.stored(), call.durationSeconds);
-  const auto add = [&](const char* name, const std::string& value) {
-    if (!value.empty()) text += base::format("  %s %s", name, value);
-  };
-  add("extension", call.extension);
-  add("trunk", call.trunk);
-  add("number", call.number);
-  add("ring", call.ringSeconds == 0 ? "" : std::to_string(call.ringSeconds));
-  add("account", call.account);
-  add("pulses", call.pulses == 0 ? "" : std::to_string(call.pulses));
-  add("cd", call.cd);
-  if (call.redirected) text += "  redirected";
-  return text;
-}
 
 // Records and unknown lines, or every line; then the counts.
 void printText(const std::vector<capture::LineResult>& results, const std::vector<std::string>& lines, bool all,
@@ -59,7 +43,7 @@ void printText(const std::vector<capture::LineResult>& results, const std::vecto
             << '\n';
 }
 
-void run(const Options& options, int& status) {
+void run(const TestOptions& options, int& status) {
   const auto format = capture::FormatLibrary::standard().load(options.format);
   const capture::SourceSettings settings = settingsOf(options.settings);
   const auto arrived = arrivalOrNow(options.arrived, settings);
@@ -81,7 +65,7 @@ void run(const Options& options, int& status) {
 }  // namespace
 
 void addTest(CLI::App& program, int& status) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<TestOptions>();
   CLI::App* command =
       program.add_subcommand("test", "How each line of a file is read: the record it gives, or why not.");
   command->add_option("format", options->format, "Name of a format (see `tallymon formats`) or a .toml file")

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "capture/journal/journal_entry.h"
@@ -13,6 +14,8 @@ namespace capture {
 namespace {
 
 using nlohmann::ordered_json;
+
+constexpr const char* kStatusFile = "status.json";
 
 std::string timeOrEmpty(std::int64_t milliseconds) {
   return milliseconds == 0 ? std::string() : utcText(milliseconds);
@@ -80,8 +83,19 @@ std::string statusText(const std::vector<std::shared_ptr<CaptureSource>>& source
   return json.dump(1, ' ', false, ordered_json::error_handler_t::replace) + '\n';
 }
 
+std::optional<ConnectionStatus> connectionOf(const std::filesystem::path& monitorFolder, const std::string& source) {
+  std::ifstream in(monitorFolder / ".tallymon" / kStatusFile);
+  const auto json = ordered_json::parse(std::string(std::istreambuf_iterator<char>(in), {}), nullptr, false);
+  if (!json.is_object() || !json.contains("sources")) return std::nullopt;
+  for (const ordered_json& found : json["sources"]) {
+    if (found.value("id", "") == source)
+      return ConnectionStatus{found.value("connected", false), found.value("state", "")};
+  }
+  return std::nullopt;
+}
+
 void writeStatusFile(const Spool& spool, const std::string& text) {
-  const std::filesystem::path file = spool.ownFolder() / "status.json";
+  const std::filesystem::path file = spool.ownFolder() / kStatusFile;
   const std::filesystem::path temporary = spool.ownFolder() / "status.json.new";
   bool written = false;
   {

@@ -4,6 +4,16 @@
 
 namespace capture {
 
+toml::table parseSite(std::string_view text, const std::string& file) {
+  try {
+    return toml::parse(text, std::string_view(file));
+  } catch (const toml::parse_error& error) {
+    const auto& begin = error.source().begin;
+    throw SiteError(file + ":" + std::to_string(begin.line) + ":" + std::to_string(begin.column) + ": " +
+                    std::string(error.description()));
+  }
+}
+
 std::string Section::place(const toml::source_region& region) const {
   return file_ + ":" + std::to_string(region.begin.line) + ":" + std::to_string(region.begin.column) + ": ";
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -17,18 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestId = 32;
-
-toml::table parseFile(const fs::path& file) {
-  std::error_code fault;
-  if (!fs::is_regular_file(file, fault)) throw SiteError(file.string() + ": there is no such file");
-  try {
-    return toml::parse_file(file.string());
-  } catch (const toml::parse_error& error) {
-    const auto& begin = error.source().begin;
-    throw SiteError(file.string() + ":" + std::to_string(begin.line) + ":" + std::to_string(begin.column) + ": " +
-                    std::string(error.description()));
-  }
-}
 
 std::string sourceId(Section& keys) {
   std::string id = keys.neededText("id");
@@ -128,9 +118,22 @@ void readAlarms(Section keys, Site& site) {
 
 }  // namespace
 
+std::string siteFileText(const fs::path& file) {
+  std::error_code fault;
+  if (!fs::is_regular_file(file, fault)) throw SiteError(file.string() + ": there is no such file");
+  std::ifstream in(file, std::ios::binary);
+  std::string text(std::istreambuf_iterator<char>(in), {});
+  if (!in) throw SiteError(file.string() + ": it cannot be read");
+  return text;
+}
+
 Site readSite(const fs::path& file) {
-  const toml::table table = parseFile(file);
-  Section keys(table, file.string(), "");
+  return readSiteText(siteFileText(file), file.string());
+}
+
+Site readSiteText(std::string_view text, const std::string& file) {
+  const toml::table table = parseSite(text, file);
+  Section keys(table, file, "");
   if (!keys.has("deliver")) keys.fail({}, "the table [deliver] with the monitor's folder is missing");
   Site site;
   readDeliver(keys.table("deliver"), site);

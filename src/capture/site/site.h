@@ -4,6 +4,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "capture/deliver/record_encoder.h"
@@ -48,5 +49,9 @@ inline constexpr const char* kStandardSiteFile = "/etc/tallymon/tallymon.toml";
 
 // Reads and checks a site file, formats and addresses included. Throws SiteError.
 [[nodiscard]] Site readSite(const std::filesystem::path& file);
+// The same of a text, for which `file` stands in messages.
+[[nodiscard]] Site readSiteText(std::string_view text, const std::string& file);
+// The text of a site file. Throws SiteError.
+[[nodiscard]] std::string siteFileText(const std::filesystem::path& file);
 
 }  // namespace capture

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "capture/journal/journal_files.h"
 #include "capture/transport/sockets.h"
 #include "running_monitor.h"
@@ -78,6 +80,44 @@ TEST(Service, AKillBeforeEveryStepLosesAndDoublesNothing) {
     run.kill();
   }
   EXPECT_GT(at, 20) << "the program takes more steps than that";
+}
+
+// While the service holds the line, "listen" shows what it takes.
+TEST(Service, ListeningShowsTheLinesOfTheServiceThatRuns) {
+  RunningMonitor run;
+  run.writeSite(run.fileSource());
+  run.append(run.line(1) + run.line(2) + "what is this?\r\n");
+  run.start();
+  ASSERT_TRUE(run.untilTaken(2)) << readFile(run.log);
+  const fs::path output = run.folder / "shown";
+  std::thread listener([&] { static_cast<void>(run.command("listen main --json --last 2 >" + output.string())); });
+  EXPECT_TRUE(run.until([&] { return fs::exists(output) && readFile(output).find("unknown") != std::string::npos; }));
+  run.append(run.line(3));
+  EXPECT_TRUE(run.until([&] { return readFile(output).find("\"line\":4,\"outcome\"") != std::string::npos; }))
+      << readFile(output);
+  EXPECT_EQ("", run.command("stop"));
+  EXPECT_EQ(0, run.waitForEnd());
+  listener.join();  // it ends when the service does
+  const std::string shown = readFile(output);
+  std::vector<std::string> events;
+  std::istringstream lines(shown);
+  for (std::string line; std::getline(lines, line);) {
+    const auto event = nlohmann::json::parse(line, nullptr, false);
+    if (!event.is_object()) continue;
+    const std::string kind = event.value("event", "");
+    if (kind == "line") events.push_back(std::to_string(event.value("line", 0)));
+    if (kind == "result") events.push_back(event.value("outcome", ""));
+  }
+  EXPECT_EQ((std::vector<std::string>{"2", "record", "3", "unknown", "4", "record"}), events) << shown;
+}
+
+TEST(Service, TheManPageAndTheHelpNameEveryCommand) {
+  RunningMonitor run;
+  const std::string page = run.command("man #");
+  for (const char* command : {"run", "stop", "reload", "status", "site", "site set", "site remove", "listen", "guess",
+                              "test", "formats", "check", "replay", "trunks", "forget", "man"}) {
+    EXPECT_NE(std::string::npos, page.find(std::string(".SS ") + command + "\n")) << command;
+  }
 }
 
 TEST(Service, AFaultInAChangedFileIsToldAndTheRunningSettingsStay) {
