@@ -21,7 +21,6 @@ void SourceDelivery::finish() {
 }
 
 std::optional<ReadyFile> SourceDelivery::fileToJoin(std::size_t more) const {
-  if (!spool_.occupied()) return std::nullopt;
   std::optional<ReadyFile> last;
   for (const ReadyFile& file : spool_.waiting()) {
     if (file.source == source_ && !file.replay) last = file;

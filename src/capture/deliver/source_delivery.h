@@ -18,7 +18,7 @@ class SourceDelivery {
 
   // What was committed last; its decided file has its name when this returns.
   [[nodiscard]] const SourceState& recovered() const { return committed_; }
-  // While Tallybook has not taken the file before, what is new joins the ready file that waits. Throws SpoolFault or
+  // What is new joins the source's newest ready file while that waits, for Tallybook or for its turn. Throws SpoolFault or
   // StateFault: nothing is handed over then and the same batch can be given again.
   void handOver(const Batch& batch);
 

@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <chrono>
 #include <vector>
 
 #include "capture/framing/line_framer.h"
 #include "capture/transport/followed_file.h"
 #include "capture/transport/kinds.h"
 #include "capture/transport/session_transport.h"
+#include "capture/watch/times.h"
 
 namespace capture {
 
@@ -14,9 +16,13 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::milliseconds kFollowPause{200};
 constexpr std::size_t kFollowPiece = 256 * 1024;
+constexpr std::uint32_t kTellingHead = 32;  // bytes; fewer may begin any file
 // After a rotation by rename the program may write to the old file for a while; the new one must be there and the old
-// one silent for that many looks.
+// one silent for that long since it was written or renamed or, should the clock have been set back, by so many looks.
+constexpr std::chrono::seconds kQuiet{2};
 constexpr int kQuietLooks = 10;
+// How far back the time of the last line is looked for, milliseconds.
+constexpr std::int64_t kOldestLine = std::int64_t{30} * 24 * 3600 * 1000;
 
 // Follows a file that the exchange appends to, across rotation. Every line carries its place in the file, so that after
 // a crash the next line is the one behind the last that is in the journal.
@@ -33,7 +39,10 @@ class FileFollower : public SessionTransport {
       if (file_ && !file_->stillHoldsItsPlace()) goOnAt(file_->placeAt(begin_ + framer_.consumed()));
       const bool more = co_await takePiece();
       if (more) continue;
-      if (!file_ || isRotated()) co_await changeFile();
+      if (!file_ || isRotated()) {
+        co_await changeFile();
+        if (file_) continue;
+      }
       co_await pause(kFollowPause);
     }
   }
@@ -57,6 +66,7 @@ class FileFollower : public SessionTransport {
     auto current = FollowedFile::open(settings_.path);
     const bool same = current && current->holds(place);
     auto older = same ? std::nullopt : olderFile(place);
+    if (!same && !older) older = oldestUnread(place);
     file_ = older ? std::move(older) : std::move(current);
     beginAt(file_ && file_->holdsContent(place) ? place.offset : 0);
   }
@@ -86,7 +96,6 @@ class FileFollower : public SessionTransport {
   }
 
   [[nodiscard]] std::optional<FollowedFile> olderFile(const FilePlace& place) const {
-    constexpr std::uint32_t kTellingHead = 32;  // bytes; fewer may begin any file
     auto files = rotatedFiles();
     for (FollowedFile& file : files) {
       if (file.holds(place)) return std::move(file);
@@ -95,6 +104,25 @@ class FileFollower : public SessionTransport {
       if (place.headLength >= kTellingHead && file.holdsContent(place)) return std::move(file);
     }
     return std::nullopt;
+  }
+
+  // Our file was deleted, or compressed, while we were away: the oldest one that was written after our last line. What
+  // was added to ours meanwhile is lost.
+  [[nodiscard]] std::optional<FollowedFile> oldestUnread(const FilePlace& place) {
+    std::int64_t lastLine = 0;
+    if (place.headLength >= kTellingHead) {
+      sink().forEachOrigin(nowMilliseconds() - kOldestLine,
+                           [&lastLine](const std::string&, std::int64_t time) { lastLine = std::max(lastLine, time); });
+    }
+    if (lastLine == 0) return std::nullopt;
+    const auto since = std::chrono::file_clock::from_sys(
+        std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(lastLine)));
+    std::optional<FollowedFile> oldest;
+    for (FollowedFile& file : rotatedFiles()) {
+      if (file.lastWrite() <= since || (oldest && oldest->lastWrite() <= file.lastWrite())) continue;
+      oldest = std::move(file);
+    }
+    return oldest;
   }
 
   // The file that was begun after ours: while we were away there may have been several rotations.
@@ -138,7 +166,7 @@ class FileFollower : public SessionTransport {
       quietLooks_ = 0;
       return false;
     }
-    return ++quietLooks_ >= kQuietLooks;
+    return std::chrono::system_clock::now() - file_->lastChange() >= kQuiet || ++quietLooks_ >= kQuietLooks;
   }
 
   asio::awaitable<void> changeFile() {

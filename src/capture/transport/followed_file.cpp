@@ -106,6 +106,13 @@ std::filesystem::file_time_type FollowedFile::lastWrite() const {
   return std::filesystem::last_write_time("/proc/self/fd/" + std::to_string(descriptor_), ignored);
 }
 
+std::chrono::system_clock::time_point FollowedFile::lastChange() const {
+  struct stat status {};
+  if (fstat(descriptor_, &status) != 0) return {};
+  return std::chrono::system_clock::time_point(std::chrono::duration_cast<std::chrono::system_clock::duration>(
+      std::chrono::seconds(status.st_ctim.tv_sec) + std::chrono::nanoseconds(status.st_ctim.tv_nsec)));
+}
+
 void FollowedFile::seek(std::uint64_t offset) {
   offset_ = offset;
   head_.clear();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -39,6 +40,8 @@ class FollowedFile {
   [[nodiscard]] std::uint64_t inode() const { return inode_; }
   [[nodiscard]] std::uint64_t size() const;
   [[nodiscard]] std::filesystem::file_time_type lastWrite() const;
+  // When it was last written or renamed.
+  [[nodiscard]] std::chrono::system_clock::time_point lastChange() const;
 
   void seek(std::uint64_t offset);
   // The next bytes, at most `limit`; empty at the end for now.

@@ -75,9 +75,12 @@ TEST_F(Delivery, TheSourcesTakeTurnsAndEachKeepsItsOrder) {
     one.handOver(batchOf(i, i, "o" + std::to_string(i), one.recovered()));
     two.handOver(batchOf(i, i, "t" + std::to_string(i), two.recovered()));
   }
-  std::string all;
+  EXPECT_EQ(2U, spool.waiting().size()) << "what waits for its turn is joined, so that a backlog takes few turns";
+  ASSERT_TRUE(spool.publish());
+  std::string all = take() + ' ';
+  one.handOver(batchOf(3, 3, "o3", one.recovered()));
   while (spool.publish()) all += take() + ' ';
-  EXPECT_EQ("o1 t1 o2 t2 ", all);
+  EXPECT_EQ("o1o2 t1t2 o3 ", all);
 }
 
 // A crash after each of the steps, by doing only those before it.

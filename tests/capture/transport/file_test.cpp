@@ -76,6 +76,27 @@ TEST_F(FileFollower, RotationsWhileTheProgramIsAwayLoseNothing) {
   EXPECT_EQ("first line of the file of Monday|two|three|four|", sink->all());
 }
 
+// Rotation deletes the oldest file, or packs it. What was written after our last line is read all the same, and nothing
+// of it twice.
+TEST_F(FileFollower, GoesOnAfterAFileThatIsGoneWithTheOldestThatItHasNotRead) {
+  append(file, "first line of the file of Monday\n");
+  EXPECT_EQ("first line of the file of Monday|", taken());
+  fs::remove(file);
+  append(folder / "Master.csv.3", "read long ago\n");
+  append(folder / "Master.csv.2", "two\n");
+  append(folder / "Master.csv.1", "three\n");
+  append(file, "four\n");
+  const auto now = fs::last_write_time(file);
+  fs::last_write_time(folder / "Master.csv.3", now - std::chrono::hours(4));
+  fs::last_write_time(folder / "Master.csv.2", now - std::chrono::hours(2));
+  fs::last_write_time(folder / "Master.csv.1", now - std::chrono::hours(1));
+  const auto lastLine = std::chrono::system_clock::now().time_since_epoch() - std::chrono::hours(3);
+  sink->arrival = std::chrono::duration_cast<std::chrono::milliseconds>(lastLine).count();
+  TransportRun run(FileSettings{file, false}, sink);
+  EXPECT_TRUE(run.untilLines(4));
+  EXPECT_EQ("first line of the file of Monday|two|three|four|", sink->all());
+}
+
 TEST_F(FileFollower, ACopyThatIsCutBehindItLosesNothing) {
   append(file, "first line of the file of Monday\n");
   TransportRun run(FileSettings{file, false}, sink);

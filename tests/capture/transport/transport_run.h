@@ -33,7 +33,7 @@ class CollectingSink : public capture::LineSink {
   void lost(std::uint64_t bytes) override { lostBytes += bytes; }
   [[nodiscard]] std::string lastOrigin() const override { return origins.empty() ? std::string() : origins.back(); }
   void forEachOrigin(std::int64_t, const std::function<void(const std::string&, std::int64_t)>& use) const override {
-    for (const std::string& origin : origins) use(origin, 0);
+    for (const std::string& origin : origins) use(origin, arrival);
   }
   [[nodiscard]] bool isFileTaken(const std::string& name) const override { return files.contains(name); }
   void setFileTaken(const std::string& name) override { files.insert(name); }
@@ -47,6 +47,7 @@ class CollectingSink : public capture::LineSink {
   std::vector<std::string> texts;
   std::vector<std::string> origins;
   std::set<std::string> files;
+  std::int64_t arrival = 0;  // of all lines, milliseconds since 1970
   bool refuse = false;
   bool isConnected = false;
   std::string state;
