@@ -44,13 +44,17 @@ std::string hicomLine(std::int32_t number) {
          base::format("%3d%6d%5s%8s%-25s%11d%2d\r\n", 1, 214, "", "00:02:31", "0755550142", number, 2);
 }
 
-CaptureProgram::CaptureProgram(const Exchange& exchange) : exchange_(exchange), port_(freePort()) {
-  std::ofstream(exchange_.folder() / "tallymon.toml")
-      << "[deliver]\nfolder = \"" << exchange_.monitor().string() << "\"\npoke = \"" << exchange_.socket().string()
-      << "\"\n[data]\nfolder = \"" << (exchange_.folder() / "capture").string() << "\"\n"
-      << "[[source]]\nid = \"file\"\nformat = \"hicom\"\nfile = { path = \"" << file().string() << "\" }\n"
-      << "[[source]]\nid = \"wire\"\nformat = \"hicom\"\nlisten = { port = " << port_
-      << ", address = \"127.0.0.1\" }\n";
+CaptureProgram::CaptureProgram(const Exchange& exchange, const std::vector<std::string>& formats)
+    : exchange_(exchange) {
+  std::ofstream site(exchange_.folder() / "tallymon.toml");
+  site << "[deliver]\nfolder = \"" << exchange_.monitor().string() << "\"\npoke = \"" << exchange_.socket().string()
+       << "\"\n[data]\nfolder = \"" << (exchange_.folder() / "capture").string() << "\"\n"
+       << "[[source]]\nid = \"file\"\nformat = \"hicom\"\nfile = { path = \"" << file().string() << "\" }\n";
+  for (const std::string& format : formats) {
+    ports_.push_back(freePort());
+    site << "[[source]]\nid = \"wire" << ports_.size() << "\"\nformat = \"" << format
+         << "\"\nlisten = { port = " << ports_.back() << ", address = \"127.0.0.1\" }\n";
+  }
 }
 
 CaptureProgram::~CaptureProgram() {
@@ -74,6 +78,16 @@ int CaptureProgram::stop() {
   const int status = waitFor(process_);
   process_ = -1;
   return status;
+}
+
+long CaptureProgram::memory() const {
+  std::ifstream status("/proc/" + std::to_string(process_) + "/status");
+  std::string word;
+  long size = 0;
+  while (status >> word) {
+    if (word == "VmRSS:") status >> size;
+  }
+  return size;
 }
 
 bool CaptureProgram::waitUntilEmpty(std::chrono::seconds patience) const {

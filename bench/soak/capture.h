@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "exchange.h"
 
@@ -15,10 +16,11 @@ namespace soak {
 // A line as a Hicom 150 E sends it, its call told apart by the pulses.
 std::string hicomLine(std::int32_t number);
 
-// `tallymon run` in front of an exchange: a source that follows the file "calls.log" and one that listens on TCP.
+// `tallymon run` in front of an exchange: a source that follows the file "calls.log", and one that listens on TCP for
+// each of the formats.
 class CaptureProgram {
  public:
-  explicit CaptureProgram(const Exchange& exchange);
+  explicit CaptureProgram(const Exchange& exchange, const std::vector<std::string>& formats = {"hicom"});
   CaptureProgram(const CaptureProgram&) = delete;
   CaptureProgram& operator=(const CaptureProgram&) = delete;
   ~CaptureProgram();
@@ -31,11 +33,13 @@ class CaptureProgram {
   [[nodiscard]] bool waitUntilEmpty(std::chrono::seconds patience) const;
 
   [[nodiscard]] std::filesystem::path file() const { return exchange_.folder() / "calls.log"; }
-  [[nodiscard]] std::uint16_t port() const { return port_; }
+  [[nodiscard]] std::uint16_t port(std::size_t wire = 0) const { return ports_[wire]; }
+  // What the running program holds of the machine's memory, KiB.
+  [[nodiscard]] long memory() const;
 
  private:
   const Exchange& exchange_;
-  std::uint16_t port_ = 0;
+  std::vector<std::uint16_t> ports_;
   pid_t process_ = -1;
 };
 

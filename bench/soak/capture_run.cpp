@@ -33,7 +33,7 @@ class RotatedFile {
  private:
   void write() {
     constexpr int kLinesPerFile = 400;
-    constexpr int kFilesKept = 8;
+    constexpr int kFilesKept = 50;  // more than a program that is killed all the time falls behind
     int files = 0;
     while (running_) {
       std::ofstream(file_, std::ios::app) << hicomLine(++written_);

@@ -31,4 +31,8 @@ bool runCaptureKills(int rounds);
 // From a line on the wire to a stored, priced call, with the service running.
 bool runCaptureLatency(int calls);
 
+// So many lines of four exchanges, `rate` a second together, with the memory that the capture program has meanwhile.
+// Their files are taken away and counted, not imported.
+bool runCaptureDay(int lines, int rate);
+
 }  // namespace soak

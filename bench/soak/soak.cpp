@@ -41,6 +41,13 @@ int main(int count, char** words) {
   latency->add_option("--calls", lines, "Lines")->capture_default_str();
   latency->callback([&] { good = soak::runCaptureLatency(lines); });
 
+  int dayLines = 50 * 24 * 3600;
+  int rate = 2000;
+  CLI::App* day = app.add_subcommand("capture-day", "Lines of four exchanges, and the memory that they take");
+  day->add_option("--lines", dayLines, "Lines; default: fifty a second for a day")->capture_default_str();
+  day->add_option("--rate", rate, "Lines a second")->capture_default_str();
+  day->callback([&] { good = soak::runCaptureDay(dayLines, rate); });
+
   try {
     app.parse(count, words);
   } catch (const CLI::ParseError& error) {
