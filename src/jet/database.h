@@ -123,6 +123,9 @@ OpenedDatabase openWritableOrReadOnly(const std::filesystem::path& path);
 // Whether a table cannot have this name, for a database keeps things of its own under it.
 bool isReservedTableName(std::string_view name);
 
+// Name and version of the library behind the database files, for a person.
+std::string databaseLibrary();
+
 // Makes a new, empty file; refuses (3204) when it exists.
 std::unique_ptr<Database> createDatabase(const std::filesystem::path& path);
 

@@ -52,4 +52,8 @@ std::unique_ptr<Database> createDatabase(const std::filesystem::path& path) {
   return open(path, OpenMode::ReadWrite, true);
 }
 
+std::string databaseLibrary() {
+  return sqlite::library();
+}
+
 }  // namespace jet
