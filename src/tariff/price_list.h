@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/refusal.h"
+
 namespace tariff {
 
 // What a provider's price list says about one destination.
@@ -52,12 +54,16 @@ struct PriceListOptions {
   std::string currency = {};  // of rows without one
   int firstSeconds = 1;       // of rows without an increment
   int nextSeconds = 1;
-  int codepage = 1252;  // of a file that is no UTF-8
+  int codepage = 1252;                // of a file that is no UTF-8
+  std::int64_t mostRows = 2'000'000;  // a file with more is refused before it takes the memory
 };
 
 // The file is no price list; the text says what to do.
-class PriceListError : public std::runtime_error {
-  using std::runtime_error::runtime_error;
+class PriceListError : public base::Refused<std::runtime_error> {
+ public:
+  using Refused::Refused;
+  // Of one row, for a note: in English.
+  explicit PriceListError(const std::string& text) : Refused(base::Refusal("", "%s", text)) {}
 };
 
 // "60/1" or "60"; throws PriceListError.
