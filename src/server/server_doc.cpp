@@ -23,6 +23,8 @@ namespace {
 constexpr std::int32_t kDatabaseVersion = 1;
 constexpr std::int32_t kUpperPanePercent = 70;
 
+constexpr const char* kLastBackup = "LastBackup";
+
 }  // namespace
 
 CServerDoc::CServerDoc(CServerApp& app)
@@ -212,7 +214,7 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
     folderServices_ = std::make_unique<folders::FolderServices>(folders::FolderServices{
         *main_, config_, language_, parties_, currencies_, filter_, log_, user_, person_, app_.surroundings().clock});
     formatter_ = std::make_unique<folders::ValueFormatter>(config_, language_, parties_);
-    if (duties.maintain) ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock);
+    if (duties.maintain) deleteOldCalls();
     referenceDataLoaded_ = true;
   } catch (const jet::Error& error) {
     report(error);
@@ -312,10 +314,23 @@ void CServerDoc::refresh() {
   if (recorder_) recorder_->refreshDefinitions();
 }
 
-// Says how many records go. Throws jet::Error.
+std::string CServerDoc::lastBackupText() {
+  const std::string stored = config_.ReadConfigString(kLastBackup, foundation::kGeneral, foundation::StoreDatabase, "");
+  const auto at = base::DateTime::fromStored(stored);
+  if (!at) return language_.Translate("IDS_NO_BACKUP");
+  return base::format(language_.Translate("IDS_LAST_BACKUP"), at->format(folders::kDateTimeFormat));
+}
+
+void CServerDoc::noteBackup(base::DateTime at) {
+  if (DatabaseReadOnly()) return;
+  config_.WriteConfigString(at.stored(), kLastBackup, foundation::kGeneral, foundation::StoreDatabase);
+}
+
+// Says how many records go, and when the last backup was made. Throws jet::Error.
 bool CServerDoc::confirmDeletion(std::string_view question, std::string_view count) {
   const std::int64_t records = main_->openSnapshot(count).at(0, 0).toLong();
-  return person_.askYesNo(language_.TranslateFormat(question, records), platform::Operator::Unattended::No);
+  return person_.askYesNo(base::format("%s\n%s", lastBackupText(), language_.TranslateFormat(question, records)),
+                          platform::Operator::Unattended::No);
 }
 
 bool CServerDoc::resetCalls() {
@@ -349,9 +364,16 @@ bool CServerDoc::deleteZeroLengthCalls() {
   return true;
 }
 
+// More than a day's calls go when the setting was changed, or after a long pause.
+std::int64_t CServerDoc::deleteOldCalls() {
+  return ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock, [this] {
+    person_.messageBox(base::format("%s\n%s", language_.Translate("IDS_RETENTION_DELETES"), lastBackupText()));
+  });
+}
+
 std::int64_t CServerDoc::purgeOldCalls() {
   security::requireAllCalls(user_, language_);
-  const std::int64_t deleted = ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock);
+  const std::int64_t deleted = deleteOldCalls();
   if (deleted > 0) tags_.TouchCalls();
   return deleted;
 }

@@ -18,6 +18,7 @@
 #include "ui/contact_calls.h"
 #include "ui/filter_menus.h"
 #include "ui/folder_chart.h"
+#include "ui/manual.h"
 #include "ui/record_commands.h"
 #include "ui/window_placement.h"
 
@@ -144,7 +145,7 @@ void CMainFrame::buildMenus() {
   const auto configured = [&config](const char* key) {
     return !config.ReadConfigString(key, kGeneral, foundation::StoreMachine, "").empty();
   };
-  (*actions_)[Command::Manual]->setVisible(configured("Manual"));
+  (*actions_)[Command::Manual]->setVisible(!manualAddress(document_.app(), "index").empty());
   (*actions_)[Command::Support]->setVisible(configured("UrlSupport"));
   (*actions_)[Command::Updates]->setVisible(configured("UrlCheckUpdates"));
   connect(actions_.get(), &Actions::triggered, this, [this](Command command) {
