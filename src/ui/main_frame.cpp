@@ -17,6 +17,8 @@
 #include "ui/chart_bars.h"
 #include "ui/command_handler.h"
 #include "ui/contact_calls.h"
+#include "ui/exchange/exchange_page.h"
+#include "ui/exchange/monitor_pane.h"
 #include "ui/filter_menus.h"
 #include "ui/record_commands.h"
 #include "ui/window_placement.h"
@@ -162,6 +164,7 @@ void CMainFrame::buildMenus() {
 
 void CMainFrame::buildStatusBar() {
   status_ = new StatusPanes(*statusBar(), texts_, [this] { return shownTotals(); });
+  statusBar()->insertPermanentWidget(1, new MonitorPane(exchangePlace(document_.app().config()).monitorFolder, texts_));
   connect(status_, &StatusPanes::openWanted, this, [this](const QString& path) {
     if (!document_.app().surroundings().documents.open(fromQt(path))) {
       showError(texts_.format("IDS_CANTOPENPAGE", fromQt(path)));
