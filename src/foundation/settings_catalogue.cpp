@@ -48,6 +48,7 @@ constexpr Setting kSettings[] = {
     folder("Path_%s", ""),
     folder("PathMonitor", ""),
     folder("PathMonitor_%s", ""),
+    {"general", "MonitorSite", M, S, ""},
     {"general", "Lang", M, S, ""},
     {"general", "Language", M, S, ""},
     {"general", "LastUser", M, S, ""},

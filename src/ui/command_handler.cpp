@@ -33,7 +33,7 @@ constexpr int kKindExtension = 402;
 constexpr int kFolderCalls = 100;
 constexpr int kFolderTop = 102;
 // The settings page that connects an exchange.
-constexpr const char* kExchangePage = "IDS_TRUNKS";
+constexpr const char* kExchangePage = "IDS_PAGE_EXCHANGE";
 
 // The filter settings that a column's value narrows by: the switch key (null: none) and the value's key.
 struct FilterColumn {

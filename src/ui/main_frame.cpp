@@ -16,6 +16,8 @@
 #include "server/service.h"
 #include "ui/command_handler.h"
 #include "ui/contact_calls.h"
+#include "ui/exchange/exchange_page.h"
+#include "ui/exchange/monitor_pane.h"
 #include "ui/filter_menus.h"
 #include "ui/folder_chart.h"
 #include "ui/manual.h"
@@ -159,6 +161,7 @@ void CMainFrame::buildMenus() {
 
 void CMainFrame::buildStatusBar() {
   status_ = new StatusPanes(*statusBar(), texts_, [this] { return shownTotals(); });
+  statusBar()->insertPermanentWidget(1, new MonitorPane(exchangePlace(document_.app().config()).monitorFolder, texts_));
   connect(status_, &StatusPanes::openWanted, this, [this](const QString& path) {
     if (!document_.app().surroundings().documents.open(fromQt(path))) {
       showError(texts_.format("IDS_CANTOPENPAGE", fromQt(path)));

@@ -9,6 +9,7 @@
 
 #include "convert/converter.h"
 #include "desktop.h"
+#include "ui/exchange/capture_program.h"
 
 namespace {
 
@@ -54,6 +55,7 @@ TEST_F(FirstRunTest, MakesADataFolderWithTheSampleInTheChosenLanguage) {
     next(dialog);
     EXPECT_EQ(child<QLineEdit>(dialog, "area").text(), "21");
     next(dialog);
+    next(dialog);  // no exchange yet
     enter(dialog, "password", "secret");
     enter(dialog, "repeated", "secret");
     dialog.accept();
@@ -69,6 +71,31 @@ TEST_F(FirstRunTest, MakesADataFolderWithTheSampleInTheChosenLanguage) {
             static_cast<std::int32_t>(security::PasswordDigest("secret")));
   // Next time there is nothing to ask.
   EXPECT_TRUE(ui::firstRun(app, chosen));
+}
+
+TEST_F(FirstRunTest, TheExchangeThatWasChosenIsSetUp) {
+  if (ui::CaptureProgram::file().isEmpty()) GTEST_SKIP() << "without the capture program";
+  foundation::MachineStore(folder / "machine.ini").writeString("general", "MonitorSite", path("tallymon.toml"));
+  const Script script({[this](QDialog& dialog) {
+    next(dialog);
+    next(dialog);
+    enter(dialog, "folder", path("data"));
+    next(dialog);
+    next(dialog);
+    const auto choose = [&dialog](const char* name, const char* data) {
+      auto& box = child<QComboBox>(dialog, name);
+      box.setCurrentIndex(box.findData(data));
+    };
+    choose("exchangeFormat", "hicom");
+    choose("exchangeTransport", "file");
+    child<QLineEdit>(child<QWidget>(dialog, "file"), "exchange_path").setText("/var/log/calls.log");
+    next(dialog);
+    dialog.accept();
+  }});
+  EXPECT_TRUE(ui::firstRun(app, chosen));
+  const std::string site = readFile(path("tallymon.toml"));
+  EXPECT_NE(std::string::npos, site.find("folder = \"" + path("data") + "/monitor\"")) << site;
+  EXPECT_NE(std::string::npos, site.find("file = { path = \"/var/log/calls.log\" }")) << site;
 }
 
 TEST_F(FirstRunTest, AFolderWithoutADatabaseCannotBeOpened) {

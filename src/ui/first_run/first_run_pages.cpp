@@ -12,6 +12,7 @@
 #include "ui/dialogs/folder_line.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
+#include "ui/scroll_page.h"
 
 namespace ui {
 
@@ -157,6 +158,28 @@ void FirstRunPlacePage::initializePage() {
   const QString monitor = field("folder").toString() + "/monitor";
   // A folder that is opened may have its monitor elsewhere.
   if (!field("open").toBool() || QFile::exists(monitor)) monitor_->setText(monitor);
+}
+
+FirstRunExchangePage::FirstRunExchangePage(foundation::ConfigManager& config, const Texts& texts) : texts_(texts) {
+  setTitle(texts("IDS_EXCHANGE_FIRST"));
+  setSubTitle(texts("IDS_EXCHANGE_FIRST_TEXT"));
+  ExchangePlace place = exchangePlace(config);
+  // The setting is not stored before the wizard is finished.
+  place.monitorFolder = [this] { return wholePath(field("monitor").toString()); };
+  page_ = new ExchangePage(std::move(place), texts);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(new ScrollPage(page_));
+}
+
+bool FirstRunExchangePage::validatePage() {
+  const QString problem = page_->problem();
+  if (!problem.isEmpty()) warn(this, texts_, problem);
+  return problem.isEmpty();
+}
+
+void FirstRunExchangePage::save() {
+  page_->save();
 }
 
 FirstRunPasswordPage::FirstRunPasswordPage(const Texts& texts)

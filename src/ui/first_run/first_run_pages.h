@@ -8,6 +8,7 @@
 #include <QRadioButton>
 #include <QWizardPage>
 
+#include "ui/exchange/exchange_page.h"
 #include "ui/first_run/first_run_plan.h"
 #include "ui/texts.h"
 
@@ -64,6 +65,19 @@ class FirstRunPlacePage : public QWizardPage {
   QLineEdit* country_;
   QLineEdit* area_;
   QLineEdit* monitor_;
+};
+
+// Optional: without a kind of exchange nothing is written.
+class FirstRunExchangePage : public QWizardPage {
+ public:
+  FirstRunExchangePage(foundation::ConfigManager& config, const Texts& texts);
+  bool validatePage() override;
+  // Throws std::runtime_error.
+  void save();
+
+ private:
+  const Texts& texts_;
+  ExchangePage* page_;
 };
 
 class FirstRunPasswordPage : public QWizardPage {

@@ -5,6 +5,7 @@
 
 #include "base/version.h"
 #include "ui/dialogs/conversion.h"
+#include "ui/dialogs/messages.h"
 #include "ui/dialogs/mnemonics.h"
 #include "ui/first_run/first_run_pages.h"
 #include "ui/icons.h"
@@ -38,7 +39,7 @@ void FirstRunWizard::useLanguage(const QString& code) {
 
 // The pages are made in the language in use, so a change of it makes them anew.
 void FirstRunWizard::buildPages() {
-  for (const int id : {TaskPage, FolderPage, PlacePage, PasswordPage}) {
+  for (const int id : {TaskPage, FolderPage, PlacePage, ExchangePage, PasswordPage}) {
     QWizardPage* old = page(id);
     if (old == nullptr) continue;
     removePage(id);
@@ -47,6 +48,7 @@ void FirstRunWizard::buildPages() {
   setPage(TaskPage, new FirstRunTaskPage(texts_, !oldFolder_.isEmpty()));
   setPage(FolderPage, new FirstRunFolderPage(texts_, oldFolder_));
   setPage(PlacePage, new FirstRunPlacePage(texts_));
+  setPage(ExchangePage, new FirstRunExchangePage(app_.config(), texts_));
   setPage(PasswordPage, new FirstRunPasswordPage(texts_));
   for (const int id : pageIds()) assignMnemonics(*page(id));
   setButtonText(QWizard::NextButton, texts_("IDS_NEXT") + " >");
@@ -69,6 +71,8 @@ int FirstRunWizard::nextId() const {
     case FolderPage:
       return PlacePage;
     case PlacePage:
+      return ExchangePage;
+    case ExchangePage:
       return task() == FirstRunPlan::Task::Make ? static_cast<int>(PasswordPage) : -1;
     default:
       return -1;
@@ -95,7 +99,10 @@ void FirstRunWizard::accept() {
     chosen.salvage = salvage;
     return carryOut(chosen, app_);
   });
-  if (done) QWizard::accept();
+  if (!done) return;
+  // What cannot be written can be set up later; the data folder is there.
+  attempt(this, texts_, [this] { static_cast<FirstRunExchangePage*>(page(ExchangePage))->save(); });
+  QWizard::accept();
 }
 
 }  // namespace ui

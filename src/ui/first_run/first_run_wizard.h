@@ -16,7 +16,7 @@ class FirstRunWizard : public QWizard {
   // `oldFolder` holds an old database that is to be converted; empty when none is known.
   FirstRunWizard(server::CServerApp& app, const QString& oldFolder, QWidget* parent = nullptr);
 
-  enum Page { LanguagePage, TaskPage, FolderPage, PlacePage, PasswordPage };
+  enum Page { LanguagePage, TaskPage, FolderPage, PlacePage, ExchangePage, PasswordPage };
   [[nodiscard]] int nextId() const override;
   void accept() override;
 

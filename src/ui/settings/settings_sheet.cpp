@@ -17,6 +17,7 @@
 #include "ui/screen_fit.h"
 #include "ui/scroll_page.h"
 #include "ui/settings/definitions_undo.h"
+#include "ui/settings/exchange_settings.h"
 #include "ui/settings/option_pages.h"
 #include "ui/settings/party_pages.h"
 #include "ui/settings/price_tester.h"
@@ -87,6 +88,7 @@ void SettingsSheet::addPages() {
   addPage(accountsPage(parties_, texts_));
   addPage(clientsPage(parties_, texts_));
   addPage(trunksPage(parties_, tariffs_, texts_));
+  addPage(exchangePage(document_.app().config(), texts_));
   if (document_.tariffs() != nullptr) {
     addGroup("IDS_SETTINGS_TARIFFS");
     for (SettingsPage& page : tariffPages(tariffs_, parties_, currencyCodes(document_.currencies()), texts_)) {

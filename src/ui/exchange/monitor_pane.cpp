@@ -1,0 +1,28 @@
+#include "ui/exchange/monitor_pane.h"
+
+#include "server/monitor_status.h"
+
+namespace ui {
+
+namespace {
+constexpr int kLook = 5000;  // milliseconds; the program writes every two seconds
+constexpr int kMargin = 8;   // pixels, as the other panes
+}  // namespace
+
+MonitorPane::MonitorPane(std::function<QString()> monitorFolder, const Texts& texts)
+    : monitorFolder_(std::move(monitorFolder)), texts_(texts) {
+  setObjectName("monitorPane");
+  setContentsMargins(kMargin, 0, kMargin, 0);
+  connect(&timer_, &QTimer::timeout, this, [this] { refresh(); });
+  timer_.start(kLook);
+  refresh();
+}
+
+void MonitorPane::refresh() {
+  const QString folder = monitorFolder_();
+  const std::string summary = folder.isEmpty() ? std::string() : server::readMonitorStatus(fromQt(folder));
+  setText(summary.empty() ? QString() : texts_.format("IDS_MONITOR_STATUS", summary));
+  setVisible(!summary.empty());
+}
+
+}  // namespace ui
