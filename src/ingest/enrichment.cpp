@@ -46,7 +46,7 @@ std::optional<std::string> Enrichment::nameInPhonebook(std::string_view normalis
     return parts_.phonebook->nameOf(normalisedNumber);
   } catch (const jet::Error& error) {
     if (!phonebookFault_.empty()) return std::nullopt;
-    const std::string missing = schema::missingFromPhonebook(parts_.phonebook->database());
+    const std::string missing = schema::missingFrom(schema::Which::Phonebook, parts_.phonebook->database());
     phonebookFault_ =
         base::format("Names are not looked up in the phonebook: %s", missing.empty() ? error.description() : missing);
     parts_.log.WriteLog(security::LogError, "%s", phonebookFault_);

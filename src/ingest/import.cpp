@@ -111,8 +111,9 @@ std::string MonitorImport::describe(const std::exception& fault) const {
   if (!text.ends_with('.')) text += '.';
   if (dynamic_cast<const jet::Error*>(&fault) == nullptr) return text;
   const ExchangeParts& parts = recorder_.parts();
-  std::string missing = schema::missingFromMain(parts.main);
-  if (missing.empty() && parts.tariffs != nullptr) missing = schema::missingFromTariffs(parts.tariffs->database());
+  std::string missing = schema::missingFrom(schema::Which::Main, parts.main);
+  if (missing.empty() && parts.tariffs != nullptr)
+    missing = schema::missingFrom(schema::Which::Tariffs, parts.tariffs->database());
   return missing.empty() ? text : text + " " + missing;
 }
 

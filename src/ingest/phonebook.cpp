@@ -12,7 +12,7 @@ Phonebook::Phonebook(std::unique_ptr<jet::Database> database) : database_(std::m
   try {
     readMap();
   } catch (const jet::Error& error) {
-    const std::string missing = schema::missingFromPhonebook(*database_);
+    const std::string missing = schema::missingFrom(schema::Which::Phonebook, *database_);
     if (missing.empty()) throw;
     throw jet::Error(error.number(), missing);
   }

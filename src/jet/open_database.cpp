@@ -7,6 +7,7 @@
 #include "jet/database.h"
 #include "jet/engine/engine.h"
 #include "jet/error.h"
+#include "jet/library.h"
 #include "jet/sqlite/sqlite_driver.h"
 
 namespace jet {
@@ -50,6 +51,10 @@ std::unique_ptr<Database> createDatabase(const std::filesystem::path& path) {
   }
   ::close(file);
   return open(path, OpenMode::ReadWrite, true);
+}
+
+std::string databaseLibrary() {
+  return sqlite::library();
 }
 
 }  // namespace jet

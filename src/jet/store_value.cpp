@@ -16,14 +16,15 @@ namespace {
 }
 
 Value asText(Value value, const FieldDef& field) {
-  std::string text = value.type() == Type::Text ? value.text() : value.toText();
-  if (const std::size_t end = text.find('\0'); end != std::string::npos) text.resize(end);
+  if (value.type() != Type::Text) value = Value(value.toText());
+  if (const std::size_t end = value.text().find('\0'); end != std::string::npos)
+    value.setText(value.text().substr(0, end));
   const auto limit = static_cast<std::size_t>(field.size);
-  if (limit > 0 && text.size() > limit && base::characterCount(text) > limit) {
+  if (limit > 0 && value.text().size() > limit && base::characterCount(value.text()) > limit) {
     throw Error(3163, "The text is too long for the column '" + field.name + "', which holds " +
                           std::to_string(field.size) + " characters.");
   }
-  return Value(std::move(text));
+  return value;
 }
 
 Value asNumber(const Value& value, const FieldDef& field) {

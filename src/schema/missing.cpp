@@ -12,7 +12,7 @@ namespace schema {
 namespace {
 
 // The first thing missing: they are mended one after the other.
-std::string missingFrom(jet::Database& database, const std::vector<jet::TableDef>& wanted) {
+std::string firstMissing(jet::Database& database, const std::vector<jet::TableDef>& wanted) {
   const std::string file = database.path().string();
   const std::vector<std::string> names = database.tableNames();
   for (const jet::TableDef& table : wanted) {
@@ -29,36 +29,24 @@ std::string missingFrom(jet::Database& database, const std::vector<jet::TableDef
   return {};
 }
 
-std::string missingQuietly(jet::Database& database, const std::vector<jet::TableDef>& wanted) {
-  try {
-    return missingFrom(database, wanted);
-  } catch (const jet::Error&) {
-    return {};  // the fault that led here tells more
+std::vector<jet::TableDef> subscriberTables(jet::Database& phonebook) {
+  std::vector<jet::TableDef> tables;
+  const jet::Snapshot map = phonebook.openSnapshot("SELECT * FROM map");
+  for (std::size_t row = 0; row < map.rowCount(); ++row) {
+    tables.push_back(phonebookTable(map.at(row, "Table").toText()));
   }
+  return tables;
 }
 
 }  // namespace
 
-std::string missingFromMain(jet::Database& database) {
-  return missingQuietly(database, mainTables());
-}
-
-std::string missingFromTariffs(jet::Database& database) {
-  return missingQuietly(database, tariffTables());
-}
-
-std::string missingFromPhonebook(jet::Database& database) {
-  std::string missing = missingQuietly(database, phonebookTables());
-  if (!missing.empty()) return missing;
+std::string missingFrom(Which which, jet::Database& database) {
   try {
-    std::vector<jet::TableDef> subscribers;
-    const jet::Snapshot map = database.openSnapshot("SELECT * FROM map");
-    for (std::size_t row = 0; row < map.rowCount(); ++row) {
-      subscribers.push_back(phonebookTable(map.at(row, "Table").toText()));
-    }
-    return missingFrom(database, subscribers);
+    std::string missing = firstMissing(database, kindOf(which).tables());
+    if (!missing.empty() || which != Which::Phonebook) return missing;
+    return firstMissing(database, subscriberTables(database));
   } catch (const jet::Error&) {
-    return {};
+    return {};  // the fault that led here tells more
   }
 }
 

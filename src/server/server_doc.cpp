@@ -282,8 +282,8 @@ void CServerDoc::redenominate() {
 
 // With what a database lacks, where that is the cause: the error names neither file nor column.
 std::string CServerDoc::describe(const jet::Error& error) const {
-  std::string missing = main_ ? schema::missingFromMain(*main_) : std::string();
-  if (missing.empty() && tariffs_) missing = schema::missingFromTariffs(tariffs_->database());
+  std::string missing = main_ ? schema::missingFrom(schema::Which::Main, *main_) : std::string();
+  if (missing.empty() && tariffs_) missing = schema::missingFrom(schema::Which::Tariffs, tariffs_->database());
   return missing.empty() ? error.description() : error.description() + " " + missing;
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "jet/error.h"
+#include "jet/parser/shape_memory.h"
 #include "tree_text.h"
 
 namespace jet {
@@ -240,6 +241,33 @@ TEST(Shape, CountsLiteralsAsTheParserDoes) {
     Shape shape;
     shapeOf(sql, shape);
     EXPECT_EQ(shape.literals.size(), parseStatement(sql)->literalCount) << sql;
+  }
+}
+
+TEST(Shape, OfATextWithOtherLiteralsIsTheOneThatTheLexerFinds) {
+  ShapeMemory memory;
+  Shape remembered;
+  const auto textOf = [](std::string_view number, std::string_view text) {
+    return "select a from T where n = " + std::string(number) + " and (t = " + std::string(text) + ")";
+  };
+  memory.shapeOf(textOf("1", "'x'"), remembered);
+  for (const std::string_view number : {"0", "007", "123456789012345678", "1234567890123456789", "12.5", "1.", "1e3",
+                                        "12abc", "-3", "(4)", "'5'", "#1/2/2025#", "true", "", " 6"}) {
+    for (const std::string_view text : {"'y'", "''", "'it''s'", "'a''", "\"y\"", "\"a'b\"", "7", "'\xC8\x98'"}) {
+      const std::string sql = textOf(number, text);
+      const auto cut = [&](auto shape) {
+        return faultOf([&] {
+          Shape found;
+          shape(found);
+          std::string all = found.key;
+          for (const Value& literal : found.literals) {
+            all += "|" + std::to_string(static_cast<int>(literal.type())) + literal.toText();
+          }
+          return all;
+        });
+      };
+      EXPECT_EQ(cut([&](Shape& out) { memory.shapeOf(sql, out); }), cut([&](Shape& out) { shapeOf(sql, out); })) << sql;
+    }
   }
 }
 

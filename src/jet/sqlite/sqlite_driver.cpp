@@ -172,4 +172,8 @@ int SqliteDriver::callWatcher(void* self) {
   return static_cast<SqliteDriver*>(self)->watcher_() ? 0 : 1;
 }
 
+std::string library() {
+  return std::string("SQLite ") + sqlite3_libversion();
+}
+
 }  // namespace jet::sqlite

@@ -9,6 +9,9 @@
 
 namespace jet::sqlite {
 
+// Name and version of the library.
+std::string library();
+
 class SqliteDriver final : public engine::Driver {
  public:
   SqliteDriver(const std::filesystem::path& path, OpenMode mode, bool create);

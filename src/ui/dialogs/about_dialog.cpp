@@ -1,4 +1,3 @@
-#include <sqlite3.h>
 #include <utf8proc.h>
 #include <xlsxwriter.h>
 #include <zlib.h>
@@ -11,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "base/version.h"
+#include "jet/library.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/icons.h"
@@ -20,7 +20,7 @@ namespace ui {
 namespace {
 
 std::vector<std::pair<QString, QString>> aboutFacts(server::CServerDoc& document, const Texts& texts) {
-  const QStringList libraries = {QString("Qt %1").arg(qVersion()), QString("SQLite %1").arg(sqlite3_libversion()),
+  const QStringList libraries = {QString("Qt %1").arg(qVersion()), toQt(jet::databaseLibrary()),
                                  QString("libxlsxwriter %1").arg(lxw_version()),
                                  QString("utf8proc %1").arg(utf8proc_version()), QString("zlib %1").arg(zlibVersion())};
   return {{texts("IDS_ABOUT_DATA"), toQt(document.databaseFolder().string())},

@@ -60,8 +60,10 @@ std::optional<std::span<const std::uint32_t>> IndexedRows::candidates(const Prob
 std::span<const std::uint32_t> IndexedRows::withPrefix(const RowIndex& index, KeyHash hash, std::string_view text) {
   found_.assign(index.unkeyed().begin(), index.unkeyed().end());
   for (std::size_t length = 0;; ++length) {
-    const auto rows = index.find(hash.finished());
-    found_.insert(found_.end(), rows.begin(), rows.end());
+    if (index.hasPrefixOf(length)) {
+      const auto rows = index.find(hash.finished());
+      found_.insert(found_.end(), rows.begin(), rows.end());
+    }
     if (length == text.size() || length == index.longestPrefix()) break;
     hash.addByte(text[length]);
   }

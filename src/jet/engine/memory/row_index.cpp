@@ -109,7 +109,9 @@ RowIndex::RowIndex(const RowSet& rows, const std::vector<std::size_t>& columns, 
     auto hash = keyOf(row, columns);
     if (!hash) continue;
     for (const char c : prefix.text()) hash->addByte(c);
-    longestPrefix_ = std::max(longestPrefix_, prefix.text().size());
+    const std::size_t length = prefix.text().size();
+    longestPrefix_ = std::max(longestPrefix_, length);
+    if (length < kMarkedLengths) prefixLengths_ |= std::uint64_t{1} << length;
     entries.push_back({hash->finished(), static_cast<std::uint32_t>(i)});
   }
   build(std::move(entries));

@@ -50,6 +50,10 @@ class RowIndex {
   [[nodiscard]] std::span<const std::uint32_t> find(std::uint64_t hash) const;
   [[nodiscard]] const std::vector<std::uint32_t>& unkeyed() const { return unkeyed_; }
   [[nodiscard]] std::size_t longestPrefix() const { return longestPrefix_; }  // bytes
+  // Whether any prefix may have so many bytes.
+  [[nodiscard]] bool hasPrefixOf(std::size_t bytes) const {
+    return bytes >= kMarkedLengths || (prefixLengths_ >> bytes & 1) != 0;
+  }
 
  private:
   struct Slot {
@@ -68,7 +72,9 @@ class RowIndex {
   std::vector<Slot> slots_;
   std::vector<std::uint32_t> rows_;
   std::vector<std::uint32_t> unkeyed_;
+  static constexpr std::size_t kMarkedLengths = 64;
   std::size_t longestPrefix_ = 0;
+  std::uint64_t prefixLengths_ = 0;  // a bit for each length below kMarkedLengths
 };
 
 }  // namespace jet::memory
