@@ -7,6 +7,7 @@
 #include "jet/database.h"
 #include "jet/engine/engine.h"
 #include "jet/error.h"
+#include "jet/library.h"
 #include "jet/sqlite/sqlite_driver.h"
 
 namespace jet {

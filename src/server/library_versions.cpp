@@ -1,6 +1,6 @@
 #include "server/library_versions.h"
 
-#include "jet/database.h"
+#include "jet/library.h"
 
 namespace server {
 
