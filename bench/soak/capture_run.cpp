@@ -18,6 +18,9 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
+// Between two lines. A start reads the lines of the last days again, so that a program that never runs for longer than
+// a quarter of a second would fall behind a busier exchange.
+constexpr std::chrono::milliseconds kPause{40};
 constexpr std::int32_t kWireNumbers = 100'000'000;  // told apart from those of the file
 
 // Appends to the file of a capture source, and renames it away now and then. The old files stay: a program that is
@@ -33,14 +36,14 @@ class RotatedFile {
 
  private:
   void write() {
-    constexpr int kLinesPerFile = 400;
+    constexpr int kLinesPerFile = 100;
     int files = 0;
     while (running_) {
       std::ofstream(file_, std::ios::app) << hicomLine(++written_);
       if (written_ % kLinesPerFile == 0) {
         fs::rename(file_, file_.string() + "." + std::to_string(++files));
       }
-      std::this_thread::sleep_for(std::chrono::milliseconds(4));
+      std::this_thread::sleep_for(kPause);
     }
   }
 
@@ -64,7 +67,7 @@ class WireLoad {
   void send() {
     while (running_) {
       if (sender_.send(hicomLine(kWireNumbers + number_))) ++number_;
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      std::this_thread::sleep_for(kPause);
     }
   }
 
