@@ -17,7 +17,7 @@
 #include "ui/chart_bars.h"
 #include "ui/command_handler.h"
 #include "ui/contact_calls.h"
-#include "ui/exchange/exchange_page.h"
+#include "ui/exchange/exchange_place.h"
 #include "ui/exchange/monitor_pane.h"
 #include "ui/filter_menus.h"
 #include "ui/record_commands.h"
