@@ -16,7 +16,7 @@
 #include "server/service.h"
 #include "ui/command_handler.h"
 #include "ui/contact_calls.h"
-#include "ui/exchange/exchange_page.h"
+#include "ui/exchange/exchange_place.h"
 #include "ui/exchange/monitor_pane.h"
 #include "ui/filter_menus.h"
 #include "ui/folder_chart.h"

@@ -210,12 +210,13 @@ void takeWizard(Album& album, const char* language) {
   child<QCheckBox>(wizard, "sample").setChecked(true);
   go("3-folder");
   go("4-place");
-  album.take(wizard, "wizard-5-password");
+  go("5-exchange");
+  album.take(wizard, "wizard-6-password");
   wizard.restart();
   wizard.next();
   child<QRadioButton>(wizard, "convert").setChecked(true);
   wizard.next();
-  album.take(wizard, "wizard-6-convert");
+  album.take(wizard, "wizard-7-convert");
 }
 
 void takeAll(const std::string& folder, const char* language, const QPalette& palette, const char* look,

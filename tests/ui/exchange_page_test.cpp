@@ -116,6 +116,7 @@ TEST_F(ExchangePageTest, AnEditedFileKeepsItsCommentsAndWhatThePageDoesNotShow) 
   EXPECT_TRUE(text.starts_with("# ours\n")) << text;
   EXPECT_NE(std::string::npos, text.find("id = \"main\"   # basement")) << text;
   EXPECT_NE(std::string::npos, text.find("file = { path = \"/var/log/other.log\" }")) << text;
+  EXPECT_NE(std::string::npos, text.find("[data]\nfolder = \"" + desktop.path("capture") + "\"\n")) << text;
 }
 
 TEST_F(ExchangePageTest, WhatTheCaptureProgramRefusesIsToldAndNothingIsWritten) {

@@ -120,10 +120,15 @@ void readAlarms(Section keys, Site& site) {
 
 std::string siteFileText(const fs::path& file) {
   std::error_code fault;
-  if (!fs::is_regular_file(file, fault)) throw SiteError(file.string() + ": there is no such file");
+  const bool isFile = fs::is_regular_file(file, fault);
+  if (!isFile && fault != std::errc::permission_denied) throw SiteError(file.string() + ": there is no such file");
   std::ifstream in(file, std::ios::binary);
   std::string text(std::istreambuf_iterator<char>(in), {});
-  if (!in) throw SiteError(file.string() + ": it cannot be read");
+  if (!in) {
+    throw SiteError(file.string() +
+                    ": this user may not read it. Run this as the administrator, or as a member of the "
+                    "group that the file's folder belongs to");
+  }
   return text;
 }
 

@@ -12,7 +12,7 @@ namespace {
 constexpr int kMostLines = 500;
 constexpr int kLinesBefore = 20;
 constexpr int kEndTime = 2000;  // milliseconds
-constexpr int kNumberRole = Qt::UserRole;
+constexpr int kLineRole = Qt::UserRole;
 
 const QHash<QString, const char*>& outcomeKeys() {
   static const QHash<QString, const char*> keys = {
@@ -95,13 +95,13 @@ void ExchangeLines::take(const QJsonObject& event) {
 void ExchangeLines::addLine(const QJsonObject& event) {
   auto* item = new QTreeWidgetItem(this, {event["text"].toString(), texts_("IDS_EXCHANGE_WAITS")});
   const qint64 number = event["line"].toInteger();
-  item->setData(0, kNumberRole, number);
+  item->setData(0, kLineRole, number);
   item->setFont(0, QFontDatabase::systemFont(QFontDatabase::FixedFont));
   item->setToolTip(0, item->text(0));
   items_.insert(number, item);
   while (topLevelItemCount() > kMostLines) {
     QTreeWidgetItem* oldest = takeTopLevelItem(0);
-    items_.remove(oldest->data(0, kNumberRole).toLongLong());
+    items_.remove(oldest->data(0, kLineRole).toLongLong());
     delete oldest;
   }
   scrollToItem(item);

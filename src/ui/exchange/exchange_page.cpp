@@ -2,7 +2,6 @@
 
 #include <QFileInfo>
 #include <QFormLayout>
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QJsonDocument>
 #include <QStandardPaths>
@@ -10,8 +9,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "base/path.h"
-#include "platform/live_channel.h"
 #include "server/monitor_status.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
@@ -20,20 +17,8 @@ namespace ui {
 
 namespace {
 
-constexpr const char* kSystemFolder = "/etc/tallymon";
-constexpr int kRefresh = 3000;  // milliseconds between two looks at the service
-constexpr int kLinesShown = 8;  // at least
-
-QString machineText(foundation::ConfigManager& config, const char* key) {
-  return toQt(config.ReadConfigString(key, foundation::kGeneral, foundation::StoreMachine, ""));
-}
-
-// The system's file where this user may write it or has one already, else one of the user's own.
-QString usualSiteFile() {
-  const QString ofSystem = QString(kSystemFolder) + "/tallymon.toml";
-  if (QFileInfo::exists(ofSystem) || QFileInfo(kSystemFolder).isWritable()) return ofSystem;
-  return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/tallymon/tallymon.toml";
-}
+constexpr int kTitleShown = 24;  // characters of a title, at least
+constexpr int kRefresh = 3000;   // milliseconds between two looks at the service
 
 QJsonObject objectOf(const QByteArray& json) {
   return QJsonDocument::fromJson(json).object();
@@ -55,23 +40,12 @@ void addRow(QFormLayout& form, const QString& caption, QWidget* editor) {
 
 }  // namespace
 
-ExchangePlace exchangePlace(foundation::ConfigManager& config) {
-  const QString file = machineText(config, "MonitorSite");
-  const QString socket = machineText(config, "LiveSocket");
-  return {file.isEmpty() ? usualSiteFile() : file,
-          [&config] {
-            const std::string folder = fromQt(machineText(config, "PathMonitor"));
-            return folder.empty() ? QString() : toQt((base::systemPath(folder) / "").parent_path().string());
-          },
-          socket.isEmpty() ? toQt(platform::defaultLiveSocket().string()) : socket};
-}
-
 ExchangePage::ExchangePage(ExchangePlace place, const Texts& texts)
     : texts_(texts),
       place_(std::move(place)),
       program_(place_.siteFile),
       source_(named(new QComboBox, "exchangeSource")),
-      body_(new QWidget),
+      tabs_(named(new QTabWidget, "exchangeTabs")),
       id_(named(new QLineEdit, "exchangeId")),
       format_(named(new QComboBox, "exchangeFormat")),
       transport_(named(new QComboBox, "exchangeTransport")),
@@ -82,13 +56,12 @@ ExchangePage::ExchangePage(ExchangePlace place, const Texts& texts)
       state_(named(sentence(), "exchangeState")) {
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(buildChoice());
-  buildBody();
-  layout->addWidget(body_);
-  layout->addLayout(buildLines());
-  layout->addWidget(lines_, 1);
+  tabs_->addTab(buildConnection(), texts_("IDS_EXCHANGE_TAB_CONNECTION"));
+  tabs_->addTab(buildReading(), texts_("IDS_EXCHANGE_TAB_READING"));
+  tabs_->addTab(buildLines(), texts_("IDS_EXCHANGE_TAB_LINES"));
+  layout->addWidget(tabs_, 1);
   layout->addWidget(message_);
   layout->addLayout(buildService());
-  lines_->setMinimumHeight(fontMetrics().lineSpacing() * kLinesShown);
   timer_.setInterval(kRefresh);
   connect(&timer_, &QTimer::timeout, this, &ExchangePage::refreshService);
 }
@@ -113,36 +86,45 @@ QLayout* ExchangePage::buildChoice() {
   return row;
 }
 
-void ExchangePage::buildBody() {
-  auto* left = new QVBoxLayout;
+QWidget* ExchangePage::buildConnection() {
+  auto* tab = new QWidget;
+  auto* layout = new QVBoxLayout(tab);
   auto* form = new QFormLayout;
   form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+  for (QComboBox* box : {format_, transport_}) {
+    // Titles are long; the list shows them whole.
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setMinimumContentsLength(kTitleShown);
+    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  }
   addRow(*form, texts_("IDS_EXCHANGE_ID"), id_);
   addRow(*form, texts_("IDS_EXCHANGE_FORMAT"), format_);
   addRow(*form, texts_("IDS_EXCHANGE_TRANSPORT"), transport_);
-  left->addLayout(form);
-  format_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  layout->addLayout(form);
   for (const ExchangeTransport& transport : exchangeTransports()) {
     transport_->addItem(texts_(transport.captionKey), transport.key);
     parameters_.push_back(named(new FieldForm(transport.fields, texts_), transport.key));
-    left->addWidget(parameters_.back());
+    layout->addWidget(parameters_.back());
   }
-  left->addStretch();
-  auto* right = new QVBoxLayout;
-  right->addWidget(reading_);
-  right->addWidget(quiet_);
-  right->addStretch();
-  auto* columns = new QHBoxLayout(body_);
-  columns->setContentsMargins(0, 0, 0, 0);
-  columns->addLayout(left, 1);
-  columns->addSpacing(fontMetrics().averageCharWidth() * 2);
-  columns->addLayout(right, 1);
+  layout->addStretch();
   connect(format_, &QComboBox::currentIndexChanged, this, &ExchangePage::useFormat);
   connect(transport_, &QComboBox::currentIndexChanged, this, &ExchangePage::useTransport);
   useTransport();
+  return tab;
 }
 
-QLayout* ExchangePage::buildLines() {
+QWidget* ExchangePage::buildReading() {
+  auto* tab = new QWidget;
+  auto* layout = new QVBoxLayout(tab);
+  layout->addWidget(reading_);
+  layout->addWidget(quiet_);
+  layout->addStretch();
+  return tab;
+}
+
+QWidget* ExchangePage::buildLines() {
+  auto* tab = new QWidget;
+  auto* layout = new QVBoxLayout(tab);
   auto* row = new QHBoxLayout;
   listen_ = named(new QPushButton(texts_("IDS_EXCHANGE_LISTEN_NOW")), "exchangeListen");
   guess_ = named(new QPushButton(texts_("IDS_EXCHANGE_GUESS")), "exchangeGuess");
@@ -153,7 +135,10 @@ QLayout* ExchangePage::buildLines() {
   connect(guess_, &QPushButton::clicked, this, &ExchangePage::guessFormat);
   connect(lines_, &ExchangeLines::said, this, &ExchangePage::say);
   connect(lines_, &ExchangeLines::ended, this, [this] { listen_->setText(texts_("IDS_EXCHANGE_LISTEN_NOW")); });
-  return row;
+  layout->addLayout(row);
+  layout->addWidget(lines_, 1);
+  layout->addWidget(sentence(texts_("IDS_EXCHANGE_LINES_HINT")));
+  return tab;
 }
 
 QLayout* ExchangePage::buildService() {
@@ -340,7 +325,8 @@ QJsonObject ExchangePage::siteWith(const QJsonArray& sources) const {
     if (!place_.liveSocket.isEmpty()) deliver.insert("poke", place_.liveSocket);
   }
   QJsonObject data = site_["data"].toObject();
-  if (data.isEmpty() && !place_.siteFile.startsWith(kSystemFolder)) {
+  // Not in a file that is there: the journal and what was handed over would be looked for in another place.
+  if (site_.isEmpty() && !place_.isSystemFile()) {
     data.insert("folder", QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/tallymon");
   }
   QJsonObject site{{"deliver", deliver}, {"source", sources}};

@@ -6,26 +6,18 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTimer>
 #include <QWidget>
-#include <functional>
 #include <vector>
 
-#include "foundation/config_manager.h"
 #include "ui/exchange/capture_program.h"
 #include "ui/exchange/exchange_fields.h"
 #include "ui/exchange/exchange_lines.h"
+#include "ui/exchange/exchange_place.h"
 #include "ui/texts.h"
 
 namespace ui {
-
-// Where calls go from the capture program.
-struct ExchangePlace {
-  QString siteFile;
-  std::function<QString()> monitorFolder;  // the setting PathMonitor; empty while there is none
-  QString liveSocket;                      // on which an import can be asked for
-};
-[[nodiscard]] ExchangePlace exchangePlace(foundation::ConfigManager& config);
 
 // The exchanges that send calls: kind, way, parameters; their lines as they come; start and stop of the service. Edits
 // the site file through `tallymon`, and reads it when the page is first shown.
@@ -47,8 +39,9 @@ class ExchangePage : public QWidget {
 
  private:
   [[nodiscard]] QLayout* buildChoice();
-  void buildBody();
-  [[nodiscard]] QLayout* buildLines();
+  [[nodiscard]] QWidget* buildConnection();
+  [[nodiscard]] QWidget* buildReading();
+  [[nodiscard]] QWidget* buildLines();
   [[nodiscard]] QLayout* buildService();
 
   void load();
@@ -88,7 +81,7 @@ class ExchangePage : public QWidget {
 
   QComboBox* source_;
   QPushButton* remove_;
-  QWidget* body_;
+  QTabWidget* tabs_;
   QLineEdit* id_;
   QComboBox* format_;
   QComboBox* transport_;

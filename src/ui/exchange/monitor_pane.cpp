@@ -5,16 +5,16 @@
 namespace ui {
 
 namespace {
-constexpr int kLook = 5000;  // milliseconds; the program writes every two seconds
-constexpr int kMargin = 8;   // pixels, as the other panes
+constexpr int kMonitorLook = 5000;  // milliseconds; the program writes every two seconds
+constexpr int kPaneMargin = 8;      // pixels, as the other panes
 }  // namespace
 
 MonitorPane::MonitorPane(std::function<QString()> monitorFolder, const Texts& texts)
     : monitorFolder_(std::move(monitorFolder)), texts_(texts) {
   setObjectName("monitorPane");
-  setContentsMargins(kMargin, 0, kMargin, 0);
+  setContentsMargins(kPaneMargin, 0, kPaneMargin, 0);
   connect(&timer_, &QTimer::timeout, this, [this] { refresh(); });
-  timer_.start(kLook);
+  timer_.start(kMonitorLook);
   refresh();
 }
 
