@@ -10,6 +10,7 @@
 #include "folders/report_page.h"
 #include "folders/summary_groups.h"
 #include "folders/summary_page.h"
+#include "folders/view_log.h"
 #include "print/pdf_table.h"
 
 namespace folders {
@@ -167,17 +168,19 @@ bool writeListPdf(FolderView& view, const std::filesystem::path& file) {
   const FolderServices& services = view.services();
   const std::string title = services.texts.Translate("IDS_CALLS_REPORT");
   const PdfSheets::Setup setup = {title + " - " + view.name(), sheetFoot(services), true};
-  return writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
+  const bool written = writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
     drawHead(sheets, title, headerTexts(view.name(), services));
     if (view.folder().definition().condition == ConditionSource::CallFilter) drawFilter(sheets, services);
     fillList(sheets, view);
   });
+  if (written) logWritten(view, file);
+  return written;
 }
 
 bool writeBillPdf(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
                   const std::filesystem::path& file, BillTotals* totals) {
   const PdfSheets::Setup setup = {request.extension, sheetFoot(services), false};
-  return writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
+  const bool written = writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
     drawBillHead(sheets, request, services);
     std::vector<print::TableColumn> columns;
     for (const BillHeading& heading : billHeadings(services)) {
@@ -190,6 +193,8 @@ bool writeBillPdf(const BillRequest& request, const FolderServices& services, co
     drawBillSums(sheets, billSums(sums, services, formatter));
     if (totals != nullptr) *totals = sums;
   });
+  if (written) logWritten(services, services.texts.Translate("IDS_EXTENSION") + " " + request.extension, file);
+  return written;
 }
 
 bool writeSummaryPdf(FolderView& view, const std::filesystem::path& file) {
@@ -197,7 +202,7 @@ bool writeSummaryPdf(FolderView& view, const std::filesystem::path& file) {
   const FolderServices& services = view.services();
   const SummaryGroups groups(view);
   const std::string caption = view.folder().caption();
-  return writePdf(file, {caption, sheetFoot(services), false}, services.person, [&](PdfSheets& sheets) {
+  const bool written = writePdf(file, {caption, sheetFoot(services), false}, services.person, [&](PdfSheets& sheets) {
     sheets.paragraph(caption, kTitle);
     sheets.paragraph(groups.chartTitle(), kFaint);
     sheets.moveDown(kGap);
@@ -214,6 +219,8 @@ bool writeSummaryPdf(FolderView& view, const std::filesystem::path& file) {
     table.add(groups.totals(), PdfTable::Row::Total);
     table.finish();
   });
+  if (written) logWritten(view, file);
+  return written;
 }
 
 }  // namespace folders
