@@ -13,6 +13,7 @@
 #include "jet/row_window.h"
 #include "jet/snapshot.h"
 #include "jet/table_def.h"
+#include "jet/table_rows.h"
 
 namespace jet {
 
@@ -54,6 +55,14 @@ class Database {
   // Error when the device fails. Nobody else may open or close the file's bytes while it is open here: see
   // docs/storage.md.
   virtual void makeDurable() = 0;
+
+  // Writes the database, as it is at one moment, to a new file, while others go on reading and changing it. The
+  // result is the number of rows of each table at that moment. Throws Error, 3204 when the file exists;
+  // 3059 when the watcher stopped it. What was written of the file then goes again.
+  virtual std::vector<TableRows> copyTo(const std::filesystem::path& file) = 0;
+  // What is damaged in the stored form, for a person who has to decide whether to restore a copy; empty when it is
+  // whole. Reads all of it.
+  virtual std::vector<std::string> damage() = 0;
 
   // `watcher` is called every few milliseconds while a statement runs, so that a window can be drawn meanwhile; it must
   // not use this database. While no transaction is open, its answer false ends the statement with Error 3059. An empty

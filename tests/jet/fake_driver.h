@@ -285,6 +285,8 @@ class FakeDriver : public engine::Driver {
   void endView() noexcept override {}
   void lookForChanges(engine::ChangeListener&) override {}
   void makeDurable() override {}
+  std::vector<TableRows> copyTo(const std::filesystem::path&) override { return {}; }
+  std::vector<std::string> damage() override { return {}; }
   void watch(std::function<bool()>) override {}
 
  protected:

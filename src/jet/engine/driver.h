@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "jet/bind/bound_query.h"
+#include "jet/table_rows.h"
 #include "jet/table_def.h"
 #include "jet/value.h"
 
@@ -199,6 +201,9 @@ class Driver {
 
   // Waits until everything that was committed is on the disk.
   virtual void makeDurable() = 0;
+  // As jet::Database says.
+  virtual std::vector<TableRows> copyTo(const std::filesystem::path& file) = 0;
+  virtual std::vector<std::string> damage() = 0;
   // `watcher` is called every few milliseconds while a query runs; its answer false stops the query with Error 3059.
   virtual void watch(std::function<bool()> watcher) = 0;
 };

@@ -39,6 +39,8 @@ class Engine final : public Database {
   void upgradeTable(std::string_view table) override;
   std::uint64_t tableVersion(std::string_view table) override { return versions_.of(table); }
   void makeDurable() override { driver_->makeDurable(); }
+  std::vector<TableRows> copyTo(const std::filesystem::path& file) override { return driver_->copyTo(file); }
+  std::vector<std::string> damage() override { return driver_->damage(); }
   void watch(std::function<bool()> watcher) override;
 
   // For the recordsets and windows of this folder.

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "jet/error.h"
+#include "jet/sqlite/file_copy.h"
 #include "jet/sqlite/sqlite_query.h"
 #include "jet/sqlite/statement_emitter.h"
 #include "jet/sqlite/user_functions.h"
@@ -159,6 +161,42 @@ void SqliteDriver::lookForChanges(engine::ChangeListener& listener) {
   lastSchema_ = schema;
   catalog_.invalidate();
   listener.definitionsChanged();
+}
+
+std::vector<TableRows> SqliteDriver::copyTo(const std::filesystem::path& file) {
+  // A transaction keeps the moment; without one, each change of another copy would begin the work anew.
+  const bool own = !inTransaction();
+  if (own) {
+    connection_.run("BEGIN");
+    connection_.run("SELECT count(*) FROM sqlite_master");
+  }
+  std::vector<TableRows> tables;
+  try {
+    copyDatabase(connection_, file, watcher_);
+    for (const std::string& name : catalog_.names()) tables.push_back({name, extent(*catalog_.find(name)).rows});
+  } catch (...) {
+    if (own) attempt("ROLLBACK");
+    throw;
+  }
+  if (own) connection_.run("COMMIT");
+  return tables;
+}
+
+std::vector<std::string> SqliteDriver::damage() {
+  std::vector<std::string> found;
+  const std::string sql = "PRAGMA integrity_check(20)";
+  try {
+    const StatementHandle check = connection_.prepare(sql);
+    while (connection_.step(check.get(), sql)) {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(check.get(), 0));
+      if (text != nullptr && std::string_view(text) != "ok") found.emplace_back(text);
+    }
+  } catch (const Error& error) {
+    constexpr int kUnreadable = 3343;
+    if (error.number() != kUnreadable) throw;
+    found.push_back(error.description());
+  }
+  return found;
 }
 
 void SqliteDriver::watch(std::function<bool()> watcher) {

@@ -48,6 +48,8 @@ class SqliteDriver final : public engine::Driver {
 
   void lookForChanges(engine::ChangeListener& listener) override;
   void makeDurable() override { connection_.makeDurable(); }
+  std::vector<TableRows> copyTo(const std::filesystem::path& file) override;
+  std::vector<std::string> damage() override;
   void watch(std::function<bool()> watcher) override;
 
  private:
