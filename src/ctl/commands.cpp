@@ -37,7 +37,8 @@ std::vector<const Command*> allCommands() {
         clientCommands(),    providerCommands(),  tariffCommands(),    currencyCommands(),  logCommands(),
         logFilterCommands(), sampleCommands(),    serveCommands(),     sendCommands(),      maintenanceCommands(),
         resetCommands(),     privacyCommands(),   userCommands(),      groupCommands(),     passwordCommands(),
-        convertCommands(),   tableMoveCommands(), scheduleCommands(),  mailCommands()}) {
+        convertCommands(),   tableMoveCommands(), scheduleCommands(),  mailCommands(),      backupCommands(),
+        doctorCommands(),    selfCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

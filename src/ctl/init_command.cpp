@@ -14,10 +14,15 @@ namespace init_command {
 
 namespace fs = std::filesystem;
 
+bool hasDataFolder(Context& context) {
+  const std::string known = context.folder("PathDatabase");
+  return !known.empty() && known != "---";
+}
+
 void refuseToOverwrite(const fs::path& folder, Context& context) {
   server::refuseExistingDatabases(folder);
   const std::string known = context.folder("PathDatabase");
-  if (!known.empty() && known != "---" && known != server::folderSetting(folder)) {
+  if (hasDataFolder(context) && known != server::folderSetting(folder)) {
     throw Failure(
         base::format("The machine store %s points to %s already. Give --store FILE for a machine store of "
                      "its own.",
@@ -51,6 +56,7 @@ int init(const Invocation& call) {
   if (call.arguments.has("--empty") && call.arguments.has("--sample")) {
     throw WrongUsage("Give --empty or --sample, not both.");
   }
+  if (call.arguments.has("--if-missing") && hasDataFolder(call.context)) return 0;
   const bool withSample = call.arguments.has("--sample");
   const fs::path folder = fs::absolute(call.arguments.text("DIR")).lexically_normal() / "";
   const fs::path target = folder.parent_path();
@@ -77,6 +83,9 @@ constexpr OptionSpec kOptions[] = {
     {.name = "DIR", .help = "Data folder to make", .required = true},
     {.name = "--empty", .takes = Takes::Nothing, .help = "Empty databases (the default)"},
     {.name = "--sample", .takes = Takes::Nothing, .help = "Databases of a made-up company's exchange"},
+    {.name = "--if-missing",
+     .takes = Takes::Nothing,
+     .help = "Do nothing when the machine store names a data folder already"},
 };
 
 constexpr Command kCommands[] = {

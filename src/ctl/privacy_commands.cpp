@@ -82,6 +82,7 @@ int anonymise(const Invocation& call) {
   }
   std::int64_t count = 0;
   const char* entry = "IDS_LOG_ANONYMISED";
+  if (!undo && call.global.format == TableFormat::Text) call.out << context.document().lastBackupText() << '\n';
   if (undo) {
     count = work.undo();
     entry = "IDS_LOG_ANONYMISED_UNDONE";

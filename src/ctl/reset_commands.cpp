@@ -9,7 +9,10 @@ namespace reset_commands {
 int reset(const Invocation& call, bool (server::CServerDoc::*command)()) {
   Context& context = call.context;
   context.requireWritable();
-  if (call.arguments.has("--yes")) context.person().answerYes();
+  if (call.arguments.has("--yes")) {
+    call.out << context.document().lastBackupText() << '\n';
+    context.person().answerYes();
+  }
   if (!(context.document().*command)()) {
     throw Failure("Nothing was deleted. Without a terminal, give --yes.");
   }

@@ -128,6 +128,7 @@ constexpr Setting kSettings[] = {
     onOff("general", "TemplateHotel", D, "0"),
     {"general", "ResellerName", D, S, ""},
     onOff("general", "ExternalPhonebook", D, "1"),
+    {"general", "LastBackup", D, S, ""},
     {"Contacts", "Next RecID", D, I, "-1"},
     // Recording and pricing.
     ranged("Calls", "Sterge", D, "-1", -1, kMostDays),

@@ -31,7 +31,8 @@ bool endsQuotes(std::string_view text) {
 
 // Same result as deleting row after row what meets the condition, but a day of calls at a time: a first run over years
 // of calls neither holds the database for its whole length nor doubles the file with its log.
-std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& config, const platform::Clock& clock) {
+std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& config, const platform::Clock& clock,
+                            const std::function<void()>& beforeMany) {
   if (main.readOnly()) return 0;
   const std::int32_t days = config.ReadConfigInt("Sterge", "Calls", foundation::StoreDatabase, -1);
   if (days <= 0) return 0;
@@ -42,6 +43,7 @@ std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& conf
     const auto oldest = main.openSnapshot("select min(DateTime) as d from Calls").at(0, 0).toDateTime();
     if (!oldest || *oldest > limit) return deleted;
     const base::DateTime dayEnd = oldest->midnight().plusDays(1);
+    if (deleted == 0 && dayEnd < limit && beforeMany) beforeMany();
     const std::int64_t rows = main.execute("DELETE FROM Calls WHERE " + notAfter(std::min(limit, dayEnd)));
     if (rows == 0) return deleted;
     deleted += rows;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -12,7 +13,9 @@ namespace ingest {
 
 // Deletes calls older than the days that setting "Sterge" keeps; today counts as one. A value of 0 or less keeps all.
 // The result is the number of rows deleted. Nothing while the database is read-only. Throws jet::Error.
-std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& config, const platform::Clock& clock);
+// `beforeMany` is called first when calls of more than one day are to go.
+std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& config, const platform::Clock& clock,
+                            const std::function<void()>& beforeMany = {});
 
 // True for a text that would end the apostrophes that it stands between in a statement: one of its own is not doubled.
 [[nodiscard]] bool endsQuotes(std::string_view text);

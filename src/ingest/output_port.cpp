@@ -17,7 +17,25 @@ namespace {
 constexpr std::size_t kParametersAt = 5;
 // For the last lines at the close. A device that is off must not hold it up for longer.
 constexpr std::chrono::seconds kTimeToSend{5};
+
+std::string deviceOf(foundation::ConfigManager& config, std::string_view portName) {
+  std::string device =
+      config.ReadConfigString("Device_" + std::string(portName), "general", foundation::StoreMachine, "");
+  if (!device.empty()) return device;
+  const bool isCom = portName.size() > 3 && base::equalFoldAscii(portName.substr(0, 3), "COM");
+  const int number = isCom ? base::leadingInteger(portName.substr(3)) : 0;
+  return number > 0 ? base::format("/dev/ttyS%d", number - 1) : std::string();
+}
+
 }  // namespace
+
+OutputAddress outputAddress(foundation::ConfigManager& config, std::string_view comOut) {
+  OutputAddress address;
+  address.port = comOut.substr(0, comOut.find(':'));
+  address.device = deviceOf(config, address.port);
+  if (comOut.size() > kParametersAt) address.parameters = comOut.substr(kParametersAt);
+  return address;
+}
 
 void OutputPort::Open() {
   Close();
@@ -33,29 +51,18 @@ void OutputPort::Close() {
 }
 
 void OutputPort::openPort(const std::string& comOut) {
-  const std::string portName = comOut.substr(0, comOut.find(':'));
-  std::optional<platform::SerialPort> port = platform::SerialPort::open(deviceOf(portName));
+  const OutputAddress address = outputAddress(config_, comOut);
+  std::optional<platform::SerialPort> port = platform::SerialPort::open(address.device);
   if (!port) {
-    log_.WriteLog(security::LogError, "Can't open ComOut: %s", portName);
+    log_.WriteLog(security::LogError, "Can't open ComOut: %s", address.port);
     return;
   }
-  const std::string_view text = comOut;
-  const auto parameters =
-      platform::parseSerialParameters(text.size() > kParametersAt ? text.substr(kParametersAt) : std::string_view());
+  const auto parameters = platform::parseSerialParameters(address.parameters);
   if (!parameters || !port->apply(*parameters)) {
     log_.WriteLog(security::LogError, "Invalid DCB: %s", comOut);
     return;
   }
   writer_ = std::make_unique<platform::SerialWriter>(std::move(*port));
-}
-
-std::string OutputPort::deviceOf(std::string_view portName) {
-  std::string device =
-      config_.ReadConfigString("Device_" + std::string(portName), "general", foundation::StoreMachine, "");
-  if (!device.empty()) return device;
-  const bool isCom = portName.size() > 3 && base::equalFoldAscii(portName.substr(0, 3), "COM");
-  const int number = isCom ? base::leadingInteger(portName.substr(3)) : 0;
-  return number > 0 ? base::format("/dev/ttyS%d", number - 1) : std::string();
 }
 
 int OutputPort::SendLine(std::string_view line) {

@@ -11,6 +11,14 @@
 
 namespace ingest {
 
+// What setting COMOut means: "COM1:baud=9600 parity=n".
+struct OutputAddress {
+  std::string port;        // "COM1"
+  std::string device;      // of setting Device_COM1, or /dev/ttyS0; empty when the port is none
+  std::string parameters;  // as parseSerialParameters() reads them
+};
+[[nodiscard]] OutputAddress outputAddress(foundation::ConfigManager& config, std::string_view comOut);
+
 // Sends each line to the serial port of setting "COMOut", to the file of "OutFile", or to both.
 class OutputPort : public CallOutput {
  public:
@@ -28,7 +36,6 @@ class OutputPort : public CallOutput {
 
  private:
   void openPort(const std::string& comOut);
-  [[nodiscard]] std::string deviceOf(std::string_view portName);
   void appendToFile(std::string_view line) const;
 
   foundation::ConfigManager& config_;

@@ -170,7 +170,7 @@ TableDef phonebookTable(const std::string& name) {
 void fillMainDatabase(jet::Database& database) {
   jet::Transaction transaction(database);
   addTables(database, mainTables());
-  for (const char* tag : {"Config", "Contacts", "Calls", "Users", "Groups", "Log"}) {
+  for (const char* tag : kChangeTags) {
     database.execute("insert into Touch (Tag, [Value]) values ('" + std::string(tag) + "', 0)");
   }
   database.execute("insert into Config (Path, Int_Value) values ('general\\DbVersion', 1)");

@@ -26,6 +26,9 @@ std::unique_ptr<jet::Database> createMainDatabase(const std::filesystem::path& f
 std::unique_ptr<jet::Database> createTariffDatabase(const std::filesystem::path& file);
 std::unique_ptr<jet::Database> createPhonebookDatabase(const std::filesystem::path& file);
 
+// The rows of table Touch that must exist.
+inline constexpr const char* kChangeTags[] = {"Config", "Contacts", "Calls", "Users", "Groups", "Log"};
+
 inline constexpr const char* kMainFile = "tallybook.mdb";
 inline constexpr const char* kTariffFile = "tariffs.mdb";
 inline constexpr const char* kPhonebookFile = "phonebook.mdb";

@@ -37,6 +37,8 @@ alarms::SendMail sendMailer(foundation::ConfigManager& config) {
   };
 }
 
+constexpr const char* kLastBackup = "LastBackup";
+
 }  // namespace
 
 CServerDoc::CServerDoc(CServerApp& app)
@@ -226,7 +228,7 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
     folderServices_ = std::make_unique<folders::FolderServices>(folders::FolderServices{
         *main_, config_, language_, parties_, currencies_, filter_, log_, user_, person_, app_.surroundings().clock});
     formatter_ = std::make_unique<folders::ValueFormatter>(config_, language_, parties_);
-    if (duties.maintain) ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock);
+    if (duties.maintain) deleteOldCalls();
     referenceDataLoaded_ = true;
   } catch (const jet::Error& error) {
     report(error);
@@ -326,9 +328,27 @@ void CServerDoc::refresh() {
   if (recorder_) recorder_->refreshDefinitions();
 }
 
+std::string CServerDoc::lastBackupText() {
+  const std::string stored = config_.ReadConfigString(kLastBackup, foundation::kGeneral, foundation::StoreDatabase, "");
+  const auto at = base::DateTime::fromStored(stored);
+  if (!at) return language_.Translate("IDS_NO_BACKUP");
+  return base::format(language_.Translate("IDS_LAST_BACKUP"), at->format(folders::kDateTimeFormat));
+}
+
+void CServerDoc::noteBackup(base::DateTime at) {
+  if (DatabaseReadOnly()) return;
+  config_.WriteConfigString(at.stored(), kLastBackup, foundation::kGeneral, foundation::StoreDatabase);
+}
+
+// A question before calls or contacts go for good.
+bool CServerDoc::confirmsDeletion(std::string_view question) {
+  return person_.askYesNo(base::format("%s\n%s", lastBackupText(), language_.Translate(question)),
+                          platform::Operator::Unattended::No);
+}
+
 bool CServerDoc::resetCalls() {
   security::requireAllCalls(user_, language_);
-  if (!person_.askYesNo(language_.Translate("IDS_CONFIRMRESET"), platform::Operator::Unattended::No)) return false;
+  if (!confirmsDeletion("IDS_CONFIRMRESET")) return false;
   jet::Transaction transaction(*main_);
   main_->execute("delete from Calls");
   tags_.TouchCalls();
@@ -337,9 +357,7 @@ bool CServerDoc::resetCalls() {
 }
 
 bool CServerDoc::resetContacts() {
-  if (!person_.askYesNo(language_.Translate("IDS_CONFIRMRESET_CONTACTS"), platform::Operator::Unattended::No)) {
-    return false;
-  }
+  if (!confirmsDeletion("IDS_CONFIRMRESET_CONTACTS")) return false;
   jet::Transaction transaction(*main_);
   main_->execute("delete from contacts");
   tags_.Touch("Contacts");
@@ -349,9 +367,7 @@ bool CServerDoc::resetContacts() {
 
 bool CServerDoc::deleteZeroLengthCalls() {
   security::requireAllCalls(user_, language_);
-  if (!person_.askYesNo(language_.Translate("IDS_DELETE_ZERO_LENGTH_CALLS"), platform::Operator::Unattended::No)) {
-    return false;
-  }
+  if (!confirmsDeletion("IDS_DELETE_ZERO_LENGTH_CALLS")) return false;
   jet::Transaction transaction(*main_);
   // Outgoing calls that nobody answered; incoming ones of no length were missed calls and stay.
   main_->execute("delete from Calls where totaltime=0 and incoming=0");
@@ -360,9 +376,16 @@ bool CServerDoc::deleteZeroLengthCalls() {
   return true;
 }
 
+// More than a day's calls go when the setting was changed, or after a long pause.
+std::int64_t CServerDoc::deleteOldCalls() {
+  return ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock, [this] {
+    person_.messageBox(base::format("%s\n%s", language_.Translate("IDS_RETENTION_DELETES"), lastBackupText()));
+  });
+}
+
 std::int64_t CServerDoc::purgeOldCalls() {
   security::requireAllCalls(user_, language_);
-  const std::int64_t deleted = ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock);
+  const std::int64_t deleted = deleteOldCalls();
   if (deleted > 0) tags_.TouchCalls();
   return deleted;
 }

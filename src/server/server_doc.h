@@ -77,6 +77,10 @@ class CServerDoc {
   // Takes over what other copies changed in definitions and currencies.
   void refresh();
 
+  // When the last backup was made, as a sentence for the operator: said before much is deleted.
+  [[nodiscard]] std::string lastBackupText();
+  void noteBackup(base::DateTime at);
+
   // The operator's commands. Each asks first; false when the answer was no. Throw jet::Error, and those that work on
   // calls security::RestrictedUserError for a user with a restriction.
   bool resetCalls();
@@ -132,6 +136,8 @@ class CServerDoc {
   void addMissingTables();
   void upgradeSchema();
   bool loadReferenceData(const StartDuties& duties);
+  [[nodiscard]] bool confirmsDeletion(std::string_view question);
+  std::int64_t deleteOldCalls();
   void firstImport();
   void redenominate();
   void stepAlarms();

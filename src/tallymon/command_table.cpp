@@ -9,8 +9,8 @@ namespace {
 
 // In the order of the help and of the man page.
 constexpr void (*kCommands[])(CLI::App& program, int& status) = {
-    addRun,  addStop,    addReload, addStatus, addSite,   addListen, addGuess,
-    addTest, addFormats, addCheck,  addReplay, addTrunks, addForget, addMan,
+    addRun,     addStop,  addReload, addStatus, addSite,   addListen,  addGuess,      addTest,
+    addFormats, addCheck, addReplay, addTrunks, addForget, addManPage, addCompletion,
 };
 
 }  // namespace

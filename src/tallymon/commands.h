@@ -18,6 +18,7 @@ void addCheck(CLI::App& program, int& status);
 void addReplay(CLI::App& program, int& status);
 void addTrunks(CLI::App& program, int& status);
 void addForget(CLI::App& program, int& status);
-void addMan(CLI::App& program, int& status);
+void addManPage(CLI::App& program, int& status);
+void addCompletion(CLI::App& program, int& status);
 
 }  // namespace tallymon

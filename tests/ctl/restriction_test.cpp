@@ -135,6 +135,13 @@ std::vector<std::string> commands(Installation& place, const std::string& path =
 constexpr const char* kLines[] = {
     "status",
     "status --json",
+    "backup .",
+    "restore nowhere new",
+    "doctor",
+    "doctor --report",
+    "man-page",
+    "completion bash",
+    "completion zsh",
     "folder list",
     "folder show 100",
     "folder show 100 --sort=-401 --totals --format csv",

@@ -297,7 +297,7 @@ TEST(OperatorsCommands, DeleteOnlyWhenConfirmed) {
     };
     copy.person.answer = false;
     EXPECT_FALSE((copy.document.*c.command)());
-    EXPECT_EQ(copy.person.questions.back(), c.question);
+    EXPECT_EQ(copy.person.questions.back(), std::string("IDS_NO_BACKUP\n") + c.question);
     EXPECT_EQ(rows(), "3 calls, 1 contacts");
     copy.person.answer = true;
     EXPECT_TRUE((copy.document.*c.command)());
