@@ -1,15 +1,19 @@
 #include <QApplication>
 #include <csignal>
 #include <filesystem>
+#include <iostream>
+#include <string_view>
 
 #include "base/version.h"
 #include "platform/clock.h"
+#include "server/library_versions.h"
 #include "server/program_files.h"
 #include "server/server_app.h"
 #include "server/server_doc.h"
 #include "ui/first_run.h"
 #include "ui/login_dialogs.h"
 #include "ui/main_frame.h"
+#include "ui/manual.h"
 #include "ui/qt_document_handler.h"
 #include "ui/qt_operator.h"
 #include "ui/qt_texts.h"
@@ -21,15 +25,26 @@ std::string commandLineOf(const QStringList& arguments) {
   return ui::fromQt(QStringList(arguments.mid(1)).join(' '));
 }
 
+void printVersions() {
+  std::cout << base::kProgramName << ' ' << base::kProgramVersion << "\nQt " << qVersion() << '\n';
+  for (const std::string& library : server::libraryVersions()) std::cout << library << '\n';
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Before anything that needs a display.
+  if (argc == 2 && std::string_view(argv[1]) == "--version") {
+    printVersions();
+    return 0;
+  }
   // A limit on the size of files is met like a full disk: by the write that fails, with its message.
   std::signal(SIGXFSZ, SIG_IGN);
   QApplication application(argc, argv);
   QApplication::setApplicationName(base::kProgramName);
   QApplication::setApplicationDisplayName(base::kProgramName);
   QApplication::setApplicationVersion(base::kProgramVersion);
+  QApplication::setDesktopFileName("tallybook");
 
   ui::QtOperator person;
   const platform::SystemClock clock;
@@ -61,6 +76,7 @@ int main(int argc, char** argv) {
       break;
   }
   const ui::Texts texts(app->language());
+  const ui::ManualKeys manualKeys(*app);
   try {
     std::optional<security::Credentials> chosen;
     if (!ui::firstRun(*app, chosen)) return 0;

@@ -15,6 +15,7 @@
 #include "ui/dialogs/messages.h"
 #include "ui/heat_map.h"
 #include "ui/main_frame.h"
+#include "ui/manual.h"
 #include "ui/page_setup.h"
 #include "ui/record_commands.h"
 #include "ui/settings/settings_sheet.h"
@@ -355,7 +356,8 @@ void handleCommand(Command command, const CommandTarget& target) {
     case Command::ClearLog:
       return clearLog(target);
     case Command::Manual:
-      return openConfigured(target, "Manual");
+      openManual(document.app(), manualPageOfFolder(target.list.folderId()));
+      return;
     case Command::Support:
       return openConfigured(target, "UrlSupport");
     case Command::Updates:

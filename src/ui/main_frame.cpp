@@ -20,6 +20,7 @@
 #include "ui/exchange/exchange_page.h"
 #include "ui/exchange/monitor_pane.h"
 #include "ui/filter_menus.h"
+#include "ui/manual.h"
 #include "ui/record_commands.h"
 #include "ui/window_placement.h"
 
@@ -150,7 +151,7 @@ void CMainFrame::buildMenus() {
   const auto configured = [&config](const char* key) {
     return !config.ReadConfigString(key, kGeneral, foundation::StoreMachine, "").empty();
   };
-  (*actions_)[Command::Manual]->setVisible(configured("Manual"));
+  (*actions_)[Command::Manual]->setVisible(!manualAddress(document_.app(), "index").empty());
   (*actions_)[Command::Support]->setVisible(configured("UrlSupport"));
   (*actions_)[Command::Updates]->setVisible(configured("UrlCheckUpdates"));
   connect(actions_.get(), &Actions::triggered, this, [this](Command command) {

@@ -10,7 +10,7 @@
 #include <QVBoxLayout>
 
 #include "base/version.h"
-#include "jet/library.h"
+#include "server/library_versions.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/icons.h"
@@ -20,9 +20,10 @@ namespace ui {
 namespace {
 
 std::vector<std::pair<QString, QString>> aboutFacts(server::CServerDoc& document, const Texts& texts) {
-  const QStringList libraries = {QString("Qt %1").arg(qVersion()), toQt(jet::databaseLibrary()),
-                                 QString("libxlsxwriter %1").arg(lxw_version()),
-                                 QString("utf8proc %1").arg(utf8proc_version()), QString("zlib %1").arg(zlibVersion())};
+  QStringList libraries = {QString("Qt %1").arg(qVersion())};
+  for (const std::string& library : server::libraryVersions()) libraries += toQt(library);
+  libraries += {QString("libxlsxwriter %1").arg(lxw_version()), QString("utf8proc %1").arg(utf8proc_version()),
+                QString("zlib %1").arg(zlibVersion())};
   return {{texts("IDS_ABOUT_DATA"), toQt(document.databaseFolder().string())},
           {texts("IDS_ABOUT_LIBRARIES"), libraries.join(", ")},
           {QString(), texts("IDS_ABOUT_QT_LICENCE")}};

@@ -8,6 +8,7 @@
 #include <QTreeWidget>
 
 #include "ui/dialogs/mnemonics.h"
+#include "ui/manual.h"
 #include "ui/screen_fit.h"
 #include "ui/scroll_page.h"
 
@@ -34,6 +35,9 @@ FormDialog::FormDialog(const Texts& texts, const char* captionKey, const char* n
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(body_);
   layout->addWidget(buttons_);
+  auto* help = named(buttons_->addButton(QDialogButtonBox::Help), "help");
+  help->setText(texts("IDS_HELP"));
+  connect(buttons_, &QDialogButtonBox::helpRequested, this, [this] { askForManual(*this); });
   connect(buttons_, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }

@@ -13,6 +13,7 @@
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/mnemonics.h"
 #include "ui/dialogs/report_place.h"
+#include "ui/manual.h"
 #include "ui/screen_fit.h"
 #include "ui/scroll_page.h"
 #include "ui/settings/exchange_settings.h"
@@ -48,7 +49,8 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
           document.app().config().ReadConfigString("CountryCode", "general", foundation::StoreMachine, ""))),
       list_(named(new QListWidget, "pages")),
       stack_(new QStackedWidget),
-      buttons_(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Apply | QDialogButtonBox::Cancel)) {
+      buttons_(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Apply | QDialogButtonBox::Cancel |
+                                    QDialogButtonBox::Help)) {
   setObjectName("settingsSheet");
   setWindowTitle(texts("IDS_SETTINGS"));
   if (document.tariffs() != nullptr) {
@@ -134,6 +136,8 @@ void SettingsSheet::buildButtons() {
   QPushButton* ok = prepare(QDialogButtonBox::Ok, "IDS_OK", "ok");
   QPushButton* applying = prepare(QDialogButtonBox::Apply, "IDS_APPLY", "apply");
   prepare(QDialogButtonBox::Cancel, "IDS_CANCEL", "cancel");
+  prepare(QDialogButtonBox::Help, "IDS_HELP", "help");
+  connect(buttons_, &QDialogButtonBox::helpRequested, this, [this] { askForManual(*this); });
   ok->setEnabled(allowed_);
   applying->setEnabled(allowed_);
   auto* report = named(buttons_->addButton(texts_("IDS_SETTINGS_REPORT"), QDialogButtonBox::ResetRole), "report");
@@ -147,6 +151,16 @@ void SettingsSheet::showRow(int row) {
   const QListWidgetItem* item = list_->item(row);
   if (item == nullptr || !item->data(kPageRole).isValid()) return;
   stack_->setCurrentIndex(item->data(kPageRole).toInt());
+  setProperty(kManualPage, manualPageOfSettings(pages_[item->data(kPageRole).toUInt()].caption));
+}
+
+// The page of the manual about a page of the settings.
+const char* SettingsSheet::manualPageOfSettings(const QString& caption) const {
+  for (const char* key : {"IDS_PAGE_PROVIDERS", "IDS_PAGE_PROFILES", "IDS_PAGE_DESTINATIONS", "IDS_PAGE_CHARGES",
+                          "IDS_AREAS", "IDS_PAGE_PRICE_TESTER"}) {
+    if (texts_(key) == caption) return "tariffs";
+  }
+  return texts_("IDS_PAGE_ORGANIZATION") == caption ? "bills" : "exchange";
 }
 
 void SettingsSheet::showPage(const QString& caption) {

@@ -40,6 +40,7 @@ class SettingsSheet : public QDialog {
   void addPage(SettingsPage page);
   void buildButtons();
   void showRow(int row);
+  [[nodiscard]] const char* manualPageOfSettings(const QString& caption) const;
   [[nodiscard]] bool changed() const;
   bool save();
   void savePartiesAndTariffs();
