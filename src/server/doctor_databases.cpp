@@ -18,19 +18,6 @@ using schema::Which;
 
 constexpr std::string_view kDatabases = "databases";
 
-// Of a database's tables what its kind needs; empty when it is whole.
-std::string missingFrom(jet::Database& database, Which which) {
-  switch (which) {
-    case Which::Main:
-      return schema::missingFromMain(database);
-    case Which::Tariffs:
-      return schema::missingFromTariffs(database);
-    case Which::Phonebook:
-      return schema::missingFromPhonebook(database);
-  }
-  return {};
-}
-
 void checkTags(jet::Database& main, std::vector<Finding>& findings) {
   std::string missing;
   for (const char* tag : schema::kChangeTags) {
@@ -134,7 +121,7 @@ bool checkDatabase(jet::Database& database, const schema::DatabaseKind& kind, co
                         "one: tallyctl export-tables saves what can be read."});
     return false;
   }
-  const std::string missing = missingFrom(database, kind.which);
+  const std::string missing = schema::missingFrom(kind.which, database);
   if (!missing.empty()) {
     findings.push_back({Health::Wrong, kDatabases, base::format("%s lacks tables or columns", kind.name), missing,
                         "Restore a backup: tallyctl restore."});
