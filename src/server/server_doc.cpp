@@ -25,6 +25,8 @@ constexpr std::int32_t kUpperPanePercent = 70;
 
 constexpr const char* kLastBackup = "LastBackup";
 
+constexpr const char* kLastBackup = "LastBackup";
+
 }  // namespace
 
 CServerDoc::CServerDoc(CServerApp& app)
