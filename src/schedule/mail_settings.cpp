@@ -37,16 +37,6 @@ bool isHost(std::string_view host) {
   });
 }
 
-std::string faultOf(const MailSettings& settings) {
-  if (!isHost(settings.server.host)) return base::format("\"%s\" is no mail server's name.", settings.server.host);
-  if (settings.server.port < 1 || settings.server.port > 65535) return "The mail server's port is from 1 to 65535.";
-  if (!mail::isAddress(settings.from)) return base::format("\"%s\" is no mail address to send from.", settings.from);
-  if (settings.server.encryption == mail::Encryption::None && !settings.server.password.empty()) {
-    return "A password is not sent without encryption: give starttls or tls.";
-  }
-  return {};
-}
-
 }  // namespace
 
 std::optional<mail::Encryption> parseEncryption(std::string_view word) {
@@ -60,7 +50,17 @@ std::string_view encryptionWord(mail::Encryption encryption) {
   return std::ranges::find(kWords, encryption, &EncryptionWord::encryption)->word;
 }
 
-MailSettings readMailSettings(foundation::ConfigManager& config) {
+std::string mailFault(const MailSettings& settings) {
+  if (!isHost(settings.server.host)) return base::format("\"%s\" is no mail server's name.", settings.server.host);
+  if (settings.server.port < 1 || settings.server.port > 65535) return "The mail server's port is from 1 to 65535.";
+  if (!mail::isAddress(settings.from)) return base::format("\"%s\" is no mail address to send from.", settings.from);
+  if (settings.server.encryption == mail::Encryption::None && !settings.server.password.empty()) {
+    return "A password is not sent without encryption: give starttls or tls.";
+  }
+  return {};
+}
+
+MailSettings storedMailSettings(foundation::ConfigManager& config) {
   const auto text = [&](const char* key) {
     return config.ReadConfigString(key, kSection, foundation::StoreMachine, "");
   };
@@ -69,15 +69,20 @@ MailSettings readMailSettings(foundation::ConfigManager& config) {
   settings.server.port = config.ReadConfigInt("Port", kSection, foundation::StoreMachine, kSubmissionPort);
   settings.server.encryption = parseEncryption(text("Encryption")).value_or(mail::Encryption::StartTls);
   settings.from = text("From");
+  return settings;
+}
+
+MailSettings readMailSettings(foundation::ConfigManager& config) {
+  MailSettings settings = storedMailSettings(config);
   if (settings.server.host.empty()) {
     throw mail::MailError("No mail server is set on this machine: see tallyctl mail set --help.");
   }
-  if (const std::string fault = faultOf(settings); !fault.empty()) throw mail::MailError(fault);
+  if (const std::string fault = mailFault(settings); !fault.empty()) throw mail::MailError(fault);
   return settings;
 }
 
 bool writeMailSettings(foundation::ConfigManager& config, const MailSettings& settings) {
-  if (const std::string fault = faultOf(settings); !fault.empty()) throw std::invalid_argument(fault);
+  if (const std::string fault = mailFault(settings); !fault.empty()) throw std::invalid_argument(fault);
   const auto write = [&](const char* key, std::string_view value) {
     return config.WriteConfigString(value, key, kSection, foundation::StoreMachine);
   };

@@ -78,6 +78,15 @@ base::DateTime nextDue(const Days& days, std::int32_t minuteOfDay, base::DateTim
   throw std::logic_error("A schedule is never due.");
 }
 
+void beginAnew(Schedule& schedule, base::DateTime now) {
+  schedule.nextRun = nextDue(*parseDays(schedule.days), schedule.minuteOfDay, now);
+  schedule.attempts = 0;
+  schedule.runFor.reset();
+  schedule.tryAfter.reset();
+  schedule.waiting.clear();
+  schedule.lastError.clear();
+}
+
 std::optional<Period> periodOf(std::string_view period, base::DateTime due) {
   const base::DateTime today = due.midnight();
   const auto upTo = [](base::DateTime from, base::DateTime next) { return Period{from, next.plusSeconds(-1)}; };
