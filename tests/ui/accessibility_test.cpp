@@ -2,8 +2,8 @@
 
 #include <QAccessible>
 
+#include "every_dialog.h"
 #include "frame.h"
-#include "ui/dialogs.h"
 #include "ui/settings/settings_sheet.h"
 
 namespace {
@@ -90,16 +90,8 @@ TEST_F(Accessibility, WhatIsPressedChosenOrFilledHasAName) {
     EXPECT_EQ(namelessIn(sheet), std::set<std::string>()) << page.caption.toStdString();
   }
   sheet.close();
-  const auto& texts = *desktop.texts;
-  const Script script(std::vector<Script::Step>(8, named()));
-  ui::editCallFilter(*desktop.document, texts, nullptr);
-  ui::editLogFilter(*desktop.document, texts, nullptr);
-  ui::editCurrencies(*desktop.document, texts, nullptr);
-  ui::updateStoredCalls(*desktop.document, texts, nullptr);
-  ui::makeBill(*desktop.document, texts, nullptr, "201");
-  ui::searchContacts(*desktop.document, texts, nullptr);
-  ui::addContact(*desktop.document, texts, nullptr);
-  ui::editUser(*desktop.document, texts, nullptr, "");
+  const Script script(std::vector<Script::Step>(kDialogs, named()));
+  openEveryDialog(desktop);
 }
 
 }  // namespace

@@ -15,7 +15,7 @@
 #include <QWizard>
 
 #include "desktop.h"
-#include "ui/dialogs.h"
+#include "every_dialog.h"
 #include "ui/main_frame.h"
 #include "ui/qt_texts.h"
 #include "ui/settings/settings_sheet.h"
@@ -120,16 +120,8 @@ TEST_F(ScreenTest, EveryWindowFits) {
       EXPECT_EQ(scroll != nullptr ? scroll->verticalScrollBar()->value() : 0, 0) << page.caption.toStdString();
     }
   }
-  const auto& texts = *desktop.texts;
-  const Script script(std::vector<Script::Step>(8, fits()));
-  ui::editCallFilter(*desktop.document, texts, nullptr);
-  ui::editLogFilter(*desktop.document, texts, nullptr);
-  ui::editCurrencies(*desktop.document, texts, nullptr);
-  ui::updateStoredCalls(*desktop.document, texts, nullptr);
-  ui::makeBill(*desktop.document, texts, nullptr, "201");
-  ui::searchContacts(*desktop.document, texts, nullptr);
-  ui::addContact(*desktop.document, texts, nullptr);
-  ui::editUser(*desktop.document, texts, nullptr, "");
+  const Script script(std::vector<Script::Step>(kDialogs, fits()));
+  openEveryDialog(desktop);
   sheet.close();
   frame.close();
 }
