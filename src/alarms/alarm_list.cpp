@@ -101,11 +101,14 @@ std::vector<ListedAlarm> listAlarms(jet::Database& main, std::int64_t limit) {
   return readAlarms(main, "SELECT * FROM Alarms ORDER BY AlarmID DESC", limit);
 }
 
+std::int64_t waitingAlarms(jet::Database& main) {
+  return main.openSnapshot("select count(*) from Alarms where AckUser = '' or AckUser is null").at(0, 0).toLong();
+}
+
 bool acknowledge(jet::Database& main, std::int64_t id, std::string_view user, base::DateTime now) {
   jet::Transaction transaction(main);
-  const auto rows = main.openRecordset("SELECT * FROM Alarms");
-  rows->findFirst(base::format("AlarmID = %d", id));
-  if (rows->noMatch() || !rows->get("AckUser").toText().empty()) return false;
+  const auto rows = main.openRecordset(base::format("SELECT * FROM Alarms WHERE AlarmID = %d", id));
+  if (rows->eof() || !rows->get("AckUser").toText().empty()) return false;
   rows->edit();
   rows->set("AckUser", user.empty() ? std::string_view("-") : user);
   rows->set("AckTime", now);

@@ -35,6 +35,8 @@ bool addAlarm(jet::Database& main, const Alarm& alarm, const std::string& text);
 
 // The newest first.
 [[nodiscard]] std::vector<ListedAlarm> listAlarms(jet::Database& main, std::int64_t limit);
+// How many wait to be acknowledged.
+[[nodiscard]] std::int64_t waitingAlarms(jet::Database& main);
 // False when there is no such alarm, or somebody acknowledged it already.
 bool acknowledge(jet::Database& main, std::int64_t id, std::string_view user, base::DateTime now);
 

@@ -42,7 +42,7 @@ void checkMail(const std::string& addresses) {
 
 void checkDestination(const Rule& rule) {
   if (rule.prefixes.empty() && rule.countries.empty()) {
-    throw RuleError(base::Refusal("IDS_RULE_DESTINATION",
+    throw RuleError(base::Refusal("IDS_REFUSED_RULE_DESTINATION",
                                   "A rule about destinations needs --prefix (or --prefix abroad) or --country."));
   }
   for (const std::string& prefix : base::split(rule.prefixes, ",")) {
@@ -141,17 +141,18 @@ void check(const Rule& rule) {
   }
   const bool needsLimit = rule.kind != Kind::Destination && rule.kind != Kind::Silence;
   if (needsLimit && !(rule.limit > 0 && std::isfinite(rule.limit))) {
-    throw RuleError(base::Refusal("IDS_RULE_LIMIT", "The rule needs a limit above 0: give --limit."));
+    throw RuleError(base::Refusal("IDS_REFUSED_RULE_LIMIT", "The rule needs a limit above 0: give --limit."));
   }
   if (rule.kind == Kind::Call && rule.measure == Measure::Calls) {
-    throw RuleError(base::Refusal("IDS_RULE_MEASURE", "A single call is judged by its cost or its duration."));
+    throw RuleError(base::Refusal("IDS_REFUSED_RULE_MEASURE", "A single call is judged by its cost or its duration."));
   }
   if (rule.kind == Kind::Short && (rule.seconds < 1 || rule.minutes < 1)) {
-    throw RuleError(base::Refusal(
-        "IDS_RULE_SHORT", "A rule about short calls needs --seconds (how short) and --minutes (within how long)."));
+    throw RuleError(
+        base::Refusal("IDS_REFUSED_RULE_SHORT",
+                      "A rule about short calls needs --seconds (how short) and --minutes (within how long)."));
   }
   if (rule.kind == Kind::Silence && rule.minutes < 1)
-    throw RuleError(base::Refusal("IDS_RULE_SILENCE", "A rule about silence needs --minutes."));
+    throw RuleError(base::Refusal("IDS_REFUSED_RULE_SILENCE", "A rule about silence needs --minutes."));
   if (rule.kind == Kind::Destination) checkDestination(rule);
   checkMail(rule.mail);
 }

@@ -42,6 +42,8 @@ struct Rule {
   bool enabled = true;
   std::string mail = {};     // addresses separated by commas
   std::string command = {};  // of the shell; the call's data are in its environment
+
+  bool operator==(const Rule&) const = default;
 };
 
 // The rule makes no sense; the text says what is wrong and what it takes.

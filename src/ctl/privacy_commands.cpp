@@ -6,8 +6,8 @@
 #include "ctl/json_text.h"
 #include "privacy/anonymise.h"
 #include "privacy/person_data.h"
-#include "schema/database_place.h"
 #include "security/restriction.h"
+#include "server/phonebook_file.h"
 
 namespace ctl {
 
@@ -31,22 +31,12 @@ void printItems(const Invocation& call, const std::vector<StoredItem>& items, bo
   call.print(table);
 }
 
-// Writable where entries are to be taken out of it.
-std::unique_ptr<jet::Database> openPhonebook(Context& context) {
-  try {
-    const auto place = schema::DatabasePlace::ofSetting(context.folder("PathDatabase"));
-    return place.openWritableOrReadOnly(schema::Which::Phonebook).database;
-  } catch (const jet::Error&) {
-    return nullptr;  // there need not be one
-  }
-}
-
 int forget(const Invocation& call) {
   Context& context = call.context;
   security::requireAllCalls(context.document().user(), context.language());
   const exchange::PartyDefinitions& parties = context.parties();
   const analysis::SubscriberNumbers numbers(parties.countryCode, parties.areaCode);
-  const auto phonebook = openPhonebook(context);
+  const auto phonebook = server::openPhonebookFile(context.document().databaseFolder());
   privacy::PersonData person(context.main(), phonebook.get(), numbers, call.arguments.text("PERSON"));
   const std::vector<StoredItem> items = person.find();
   const bool erase = call.arguments.has("--erase") && !items.empty();

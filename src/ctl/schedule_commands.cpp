@@ -100,14 +100,7 @@ int set(const Invocation& call) {
   } catch (const std::invalid_argument& wrong) {
     throw WrongUsage(foundation::errorText(wrong, call.context.language()));
   }
-  const base::DateTime now = call.context.clock().now();
-  changed.nextRun = schedule::nextDue(*schedule::parseDays(changed.days), changed.minuteOfDay, now);
-  changed.attempts = 0;
-  // What is being sent now is what was asked for before the change.
-  changed.runFor.reset();
-  changed.tryAfter.reset();
-  changed.waiting.clear();
-  changed.lastError.clear();
+  schedule::beginAnew(changed, call.context.clock().now());
   table.save(changed);
   call.context.log().WriteLog(security::LogEdit, "Schedule %s: %s to %s", changed.name, changed.days,
                               changed.recipients);

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <fstream>
 #include <ostream>
 
 #include "base/text.h"
@@ -7,8 +6,9 @@
 #include "ctl/commands.h"
 #include "ctl/definition_edit.h"
 #include "ctl/json_text.h"
-#include "ctl/tariff_trial.h"
 #include "security/restriction.h"
+#include "server/tariff_trial.h"
+#include "tariff/price_list_file.h"
 #include "tariff/price_list_import.h"
 
 namespace ctl {
@@ -34,49 +34,18 @@ bool isWorthShowing(const PriceChange& change) {
   return change.kind != PriceChangeKind::Same && change.kind != PriceChangeKind::Kept;
 }
 
-// "prefix=Code,price=Rate"
-std::map<std::string, std::string> columnsOf(const Arguments& arguments) {
-  std::map<std::string, std::string> columns;
-  for (const std::string& part : base::split(arguments.text("--columns"), ",")) {
-    const std::size_t equals = part.find('=');
-    const std::string field = part.substr(0, equals);
-    constexpr std::string_view kFields[] = {"prefix", "name", "price", "connection", "increment", "currency"};
-    if (equals == std::string::npos || std::ranges::find(kFields, field) == std::end(kFields)) {
-      throw WrongUsage(
-          base::format("--columns takes prefix=HEADING, name=, price=, connection=, increment= and "
-                       "currency=, not \"%s\".",
-                       part));
-    }
-    columns[field] = part.substr(equals + 1);
-  }
-  return columns;
-}
-
 tariff::PriceList readList(const Invocation& call) {
   const Arguments& arguments = call.arguments;
   Context& context = call.context;
-  const std::string file = arguments.text("FILE");
-  std::ifstream in(file, std::ios::binary);
-  if (!in || in.peek() == std::ifstream::traits_type::eof()) {
-    throw Failure(base::format("%s cannot be read, or is empty.", file));
-  }
   tariff::PriceListOptions options{
       .countryCode = context.parties().countryCode,
-      .columns = columnsOf(arguments),
+      .columns = tariff::readColumnHeadings(arguments.text("--columns")),
       .currency = arguments.text("--currency", context.currencies().Default().name),
       .codepage = static_cast<int>(arguments.integer("--codepage", context.language().codepage(), 1, 65'535))};
   if (const auto increment = arguments.find("--increment")) {
     tariff::readIncrement(*increment, options.firstSeconds, options.nextSeconds);
   }
-  tariff::PriceList list = tariff::readPriceList(in, options);
-  for (const tariff::PriceListEntry& entry : list.entries) {
-    if (context.currencies().findByName(entry.terms.currency) >= 0) continue;
-    throw Failure(
-        base::format("Line %d is priced in \"%s\", which is no currency here. Add it first: tallyctl currency "
-                     "set %s --rate RATE, or give --currency.",
-                     entry.line, entry.terms.currency, entry.terms.currency));
-  }
-  return list;
+  return tariff::readPriceListFile(arguments.text("FILE"), options, context.currencies());
 }
 
 // By number or by name.
@@ -109,7 +78,7 @@ nlohmann::ordered_json amount(const std::optional<double>& value) {
 }
 
 void printJson(std::ostream& out, const tariff::PriceListImport& plan, const tariff::PriceList& list,
-               const std::optional<TariffTrial>& trial) {
+               const std::optional<server::TariffTrial>& trial) {
   nlohmann::ordered_json page = {{"dry_run", trial.has_value()}, {"rows", list.rows}};
   for (const KindWord& kind : kKindWords) page[kind.word] = plan.count(kind.kind);
   if (trial) {
@@ -140,7 +109,7 @@ std::string priceText(const std::optional<double>& price) {
 }
 
 void printText(const Invocation& call, const tariff::PriceListImport& plan, const tariff::PriceList& list,
-               const std::optional<TariffTrial>& trial) {
+               const std::optional<server::TariffTrial>& trial) {
   const std::string& currency = call.context.currencies().Default().name;
   if (trial) {
     Table table({"Change", "Prefix", "Destination", "Before", "After", "Percent"});
@@ -189,9 +158,9 @@ int importList(const Invocation& call) {
       {provider.id, profile, call.arguments.date("--from")->midnight(), context.parties().countryCode,
        context.parties().areaCode, provider.localPrefixes},
       list, [&](double value, std::string_view currency) { return context.currencies().Convert(value, currency); });
-  std::optional<TariffTrial> trial;
+  std::optional<server::TariffTrial> trial;
   if (dryRun) {
-    trial = tryOnLastMonth(context, plan, provider, profile);
+    trial = server::tryOnLastMonth(context.document(), plan, provider, profile);
   } else {
     plan.apply();
     context.log().WriteLog(security::LogEdit, context.language().Translate("IDS_LOG_PRICE_LIST"), provider.name,

@@ -17,14 +17,6 @@ bool isPlainNumber(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size() && std::isfinite(value);
 }
 
-// No grouping and no idle zeros: 12.5, not 12.50. The seventh decimal of an amount is noise of its computation.
-std::string plainNumber(double value) {
-  std::string digits = base::format("%.6f", value);
-  digits.erase(digits.find_last_not_of('0') + 1);
-  if (digits.ends_with('.')) digits.pop_back();
-  return digits == "-0" ? "0" : digits;
-}
-
 std::string cellText(const FolderView& view, std::size_t column, const CellValue& cell) {
   if (cell.first->isNull()) return {};
   switch (formatOfKind(view.columns()[column].definition->kind).format) {
@@ -42,6 +34,14 @@ std::string cellText(const FolderView& view, std::size_t column, const CellValue
 }
 
 }  // namespace
+
+// The seventh decimal of an amount is noise of its computation.
+std::string plainNumber(double value) {
+  std::string digits = base::format("%.6f", value);
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.ends_with('.')) digits.pop_back();
+  return digits == "-0" ? "0" : digits;
+}
 
 std::string csvField(std::string_view text) {
   constexpr std::string_view kFormulaStarts = "=+-@\t\r";

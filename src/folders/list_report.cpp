@@ -2,7 +2,6 @@
 
 #include "base/printf.h"
 #include "base/text.h"
-#include "filter/description.h"
 #include "folders/report_file.h"
 #include "folders/report_page.h"
 #include "folders/view_log.h"
@@ -26,13 +25,7 @@ class ListPage {
     const FolderServices& services = view_.services();
     file_.writePage(kPageHead);
     file_.writePage(reportHeader(services.texts.Translate("IDS_CALLS_REPORT"), view_.name(), services));
-    file_.writePage(opening_);
-    const bool overCalls = view_.folder().definition().condition == ConditionSource::CallFilter;
-    if (overCalls && services.filter.active()) {
-      file_.writePage(
-          filter::FilterDescription(services.filter, services.texts, services.currencies).html(services.main));
-    }
-    file_.write("</TABLE>\n");
+    file_.writePage(filterTable(services, view_.folder().definition().condition == ConditionSource::CallFilter));
     view_.forEachRow([this](std::span<const CellValue> row) {
       writeRow(row);
       return true;

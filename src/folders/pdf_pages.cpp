@@ -50,14 +50,6 @@ void twoTexts(PdfSheets& sheets, const std::string& left, const std::string& rig
   sheets.moveDown(height + 1);
 }
 
-void drawHead(PdfSheets& sheets, const std::string& title, const HeaderTexts& texts) {
-  sheets.paragraph(title, kTitle, Align::Center);
-  sheets.moveDown(4);
-  twoTexts(sheets, texts.name, texts.address, kPlain);
-  twoTexts(sheets, texts.date, texts.fiscalCode, kPlain);
-  sheets.moveDown(kGap);
-}
-
 void drawFilter(PdfSheets& sheets, const FolderServices& services) {
   if (!services.filter.active()) return;
   filter::FilterDescription description(services.filter, services.texts, services.currencies);
@@ -164,6 +156,17 @@ void drawBars(PdfSheets& sheets, std::span<const Bar> bars) {
   }
 }
 
+void drawListHead(PdfSheets& sheets, const std::string& title, std::string_view name, bool overCalls,
+                  const FolderServices& services) {
+  const HeaderTexts texts = headerTexts(name, services);
+  sheets.paragraph(title, kTitle, Align::Center);
+  sheets.moveDown(4);
+  twoTexts(sheets, texts.name, texts.address, kPlain);
+  twoTexts(sheets, texts.date, texts.fiscalCode, kPlain);
+  sheets.moveDown(kGap);
+  if (overCalls) drawFilter(sheets, services);
+}
+
 bool writeListPdf(FolderView& view, const std::filesystem::path& file) {
   return writeListSheets(view, file, {});
 }
@@ -173,8 +176,8 @@ bool writeListSheets(FolderView& view, const std::filesystem::path& file, const 
   const std::string title = services.texts.Translate("IDS_CALLS_REPORT");
   const PdfSheets::Setup setup = {title + " - " + view.name(), sheetFoot(services), true, sheet};
   const bool written = writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
-    drawHead(sheets, title, headerTexts(view.name(), services));
-    if (view.folder().definition().condition == ConditionSource::CallFilter) drawFilter(sheets, services);
+    drawListHead(sheets, title, view.name(), view.folder().definition().condition == ConditionSource::CallFilter,
+                 services);
     fillList(sheets, view);
   });
   if (written) logWritten(view, file);

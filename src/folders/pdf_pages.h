@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "folders/bar_chart.h"
 #include "folders/bill.h"
@@ -28,6 +29,10 @@ bool writeSummarySheets(FolderView& view, const std::filesystem::path& file, con
 // For other PDF pages: opens the file, lets `draw` fill the sheets, and puts the file in its place.
 bool writePdf(const std::filesystem::path& file, const print::PdfSheets::Setup& setup, platform::Operator& person,
               const std::function<void(print::PdfSheets&)>& draw);
+// The head of a list's first sheet: its title, what it shows, the organisation; `overCalls`: what the filter that is on
+// lets through.
+void drawListHead(print::PdfSheets& sheets, const std::string& title, std::string_view name, bool overCalls,
+                  const FolderServices& services);
 // Horizontal bars, scaled to the largest value, with labels before and values behind them.
 void drawBars(print::PdfSheets& sheets, std::span<const Bar> bars);
 // What stands at the foot of each sheet.

@@ -6,6 +6,7 @@
 #include "base/printf.h"
 #include "base/text.h"
 #include "base/version.h"
+#include "filter/description.h"
 
 namespace folders {
 
@@ -79,6 +80,14 @@ std::string reportFooter(const FolderServices& services) {
       "width=100%%>%s<br>%s</td><td align=right nowrap>%s<br>%s</td></tr></table>",
       base::escapeHtml(texts.program), base::escapeHtml(texts.version), base::escapeHtml(texts.urlLabel),
       base::escapeHtml(texts.url));
+}
+
+std::string filterTable(const FolderServices& services, bool overCalls) {
+  std::string table = tableOpening(services.config);
+  if (overCalls && services.filter.active()) {
+    table += filter::FilterDescription(services.filter, services.texts, services.currencies).html(services.main);
+  }
+  return table + "</TABLE>\n";
 }
 
 std::string tableOpening(foundation::ConfigManager& config) {

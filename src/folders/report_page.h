@@ -37,6 +37,8 @@ inline constexpr std::string_view kPageHead =
 // `name` stands behind the label "Name": what the page shows.
 [[nodiscard]] std::string reportHeader(std::string_view title, std::string_view name, const FolderServices& services);
 [[nodiscard]] std::string reportFooter(const FolderServices& services);
+// The table under the head: what the filter lets through where `overCalls` and it is on, else empty.
+[[nodiscard]] std::string filterTable(const FolderServices& services, bool overCalls);
 // Opens a table; with a border when "iface_grid" is 1.
 [[nodiscard]] std::string tableOpening(foundation::ConfigManager& config);
 [[nodiscard]] std::string_view alignmentName(Alignment alignment);  // "left", "right", "center"

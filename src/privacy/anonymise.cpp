@@ -29,13 +29,22 @@ std::int64_t Anonymisation::waiting() {
   return main_.openSnapshot("select count(*) from CallsBefore").at(0, 0).toLong();
 }
 
-std::int64_t Anonymisation::apply(base::DateTime before) {
-  jet::Transaction transaction(main_);
+std::string Anonymisation::notDoneBefore(base::DateTime before) {
   const auto done = doneBefore();
   std::string period = base::format("[DateTime] < %s", before.format(jet::kDateLiteral));
   if (done) period += base::format(" and [DateTime] >= %s", done->format(jet::kDateLiteral));
+  return period;
+}
+
+std::int64_t Anonymisation::wouldChange(base::DateTime before) {
+  return main_.openSnapshot("select count(*) from Calls where " + notDoneBefore(before)).at(0, 0).toLong();
+}
+
+std::int64_t Anonymisation::apply(base::DateTime before) {
+  jet::Transaction transaction(main_);
+  const auto done = doneBefore();
   const auto kept = main_.openRecordset("SELECT * FROM CallsBefore");
-  const auto calls = main_.openRecordset("SELECT * FROM Calls WHERE " + period);
+  const auto calls = main_.openRecordset("SELECT * FROM Calls WHERE " + notDoneBefore(before));
   std::int64_t count = 0;
   for (; !calls->eof(); calls->moveNext(), ++count) {
     const jet::Value number = calls->get("DialNumber");

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "foundation/config_manager.h"
 #include "jet/database.h"
@@ -19,6 +21,8 @@ class Anonymisation {
 
   // The number of calls that are kept aside; 0: nothing waits.
   [[nodiscard]] std::int64_t waiting();
+  // How many calls apply() would change. Throws jet::Error.
+  [[nodiscard]] std::int64_t wouldChange(base::DateTime before);
   // Each in one transaction, and the number of calls. Calls that were done before are left alone. Throw jet::Error.
   std::int64_t apply(base::DateTime before);
   std::int64_t undo();
@@ -26,6 +30,7 @@ class Anonymisation {
 
  private:
   [[nodiscard]] std::optional<base::DateTime> doneBefore();
+  [[nodiscard]] std::string notDoneBefore(base::DateTime before);  // a condition
   void keepDoneBefore(std::string_view date);
 
   jet::Database& main_;

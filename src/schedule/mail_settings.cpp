@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "base/refusal.h"
 #include "mail/address.h"
 
 namespace schedule {
@@ -37,19 +36,6 @@ bool isHost(std::string_view host) {
   });
 }
 
-std::optional<base::Refusal> faultOf(const MailSettings& settings) {
-  if (!isHost(settings.server.host))
-    return base::Refusal("IDS_MAIL_SERVER", "\"%s\" is no mail server's name.", settings.server.host);
-  if (settings.server.port < 1 || settings.server.port > 65535)
-    return base::Refusal("IDS_MAIL_PORT", "The mail server's port is from 1 to 65535.");
-  if (!mail::isAddress(settings.from))
-    return base::Refusal("IDS_MAIL_FROM", "\"%s\" is no mail address to send from.", settings.from);
-  if (settings.server.encryption == mail::Encryption::None && !settings.server.password.empty()) {
-    return base::Refusal("IDS_MAIL_PLAIN_PASSWORD", "A password is not sent without encryption: give starttls or tls.");
-  }
-  return std::nullopt;
-}
-
 }  // namespace
 
 std::optional<mail::Encryption> parseEncryption(std::string_view word) {
@@ -63,7 +49,23 @@ std::string_view encryptionWord(mail::Encryption encryption) {
   return std::ranges::find(kWords, encryption, &EncryptionWord::encryption)->word;
 }
 
-MailSettings readMailSettings(foundation::ConfigManager& config) {
+std::optional<base::Refusal> mailFault(const MailSettings& settings) {
+  if (!isHost(settings.server.host)) {
+    return base::Refusal("IDS_REFUSED_MAIL_SERVER", "\"%s\" is no mail server's name.", settings.server.host);
+  }
+  if (settings.server.port < 1 || settings.server.port > 65535) {
+    return base::Refusal("IDS_REFUSED_MAIL_PORT", "The mail server's port is from 1 to 65535.");
+  }
+  if (!mail::isAddress(settings.from)) {
+    return base::Refusal("IDS_REFUSED_MAIL_FROM", "\"%s\" is no mail address to send from.", settings.from);
+  }
+  if (settings.server.encryption == mail::Encryption::None && !settings.server.password.empty()) {
+    return base::Refusal("IDS_MAIL_PLAIN_PASSWORD", "A password is not sent without encryption: give starttls or tls.");
+  }
+  return std::nullopt;
+}
+
+MailSettings storedMailSettings(foundation::ConfigManager& config) {
   const auto text = [&](const char* key) {
     return config.ReadConfigString(key, kSection, foundation::StoreMachine, "");
   };
@@ -72,16 +74,21 @@ MailSettings readMailSettings(foundation::ConfigManager& config) {
   settings.server.port = config.ReadConfigInt("Port", kSection, foundation::StoreMachine, kSubmissionPort);
   settings.server.encryption = parseEncryption(text("Encryption")).value_or(mail::Encryption::StartTls);
   settings.from = text("From");
+  return settings;
+}
+
+MailSettings readMailSettings(foundation::ConfigManager& config) {
+  MailSettings settings = storedMailSettings(config);
   if (settings.server.host.empty()) {
     throw base::Refused<mail::MailError>(
         base::Refusal("IDS_MAIL_NOT_SET", "No mail server is set on this machine: see tallyctl mail set --help."));
   }
-  if (const auto fault = faultOf(settings)) throw base::Refused<mail::MailError>(*fault);
+  if (const auto fault = mailFault(settings)) throw base::Refused<mail::MailError>(*fault);
   return settings;
 }
 
 bool writeMailSettings(foundation::ConfigManager& config, const MailSettings& settings) {
-  if (const auto fault = faultOf(settings)) throw base::Refused<std::invalid_argument>(*fault);
+  if (const auto fault = mailFault(settings)) throw base::Refused<std::invalid_argument>(*fault);
   const auto write = [&](const char* key, std::string_view value) {
     return config.WriteConfigString(value, key, kSection, foundation::StoreMachine);
   };

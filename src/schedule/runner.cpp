@@ -65,7 +65,7 @@ void Runner::step() {
   if (auto schedule = claimDue()) begin(std::move(*schedule));
 }
 
-bool Runner::runNow(Schedule schedule) {
+bool Runner::runNow(Schedule schedule, const std::function<void()>& meanwhile) {
   schedule.runFor = clock_.now();
   schedule.waiting = schedule.recipients;
   schedule.attempts = 0;
@@ -76,7 +76,9 @@ bool Runner::runNow(Schedule schedule) {
   }
   begin(schedule);
   while (job_) {
-    job_->transfer.wait();
+    while (job_->transfer.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
+      if (meanwhile) meanwhile();
+    }
     noteTransfer();
   }
   const auto after = table_.find(schedule.name);

@@ -30,8 +30,9 @@ class Runner {
   // True while a mail is on its way.
   [[nodiscard]] bool sending() const { return job_.has_value(); }
   // Makes the schedule due now, whatever its days say, and sends it before it returns. False when it did not go to
-  // everybody; the reason was said and is kept with it.
-  bool runNow(Schedule schedule);
+  // everybody; the reason was said and is kept with it. `meanwhile` is called every tenth of a second while mails
+  // travel.
+  bool runNow(Schedule schedule, const std::function<void()>& meanwhile = {});
 
  private:
   struct Job {

@@ -78,6 +78,15 @@ base::DateTime nextDue(const Days& days, std::int32_t minuteOfDay, base::DateTim
   throw std::logic_error("A schedule is never due.");
 }
 
+void beginAnew(Schedule& schedule, base::DateTime now) {
+  schedule.nextRun = nextDue(*parseDays(schedule.days), schedule.minuteOfDay, now);
+  schedule.attempts = 0;
+  schedule.runFor.reset();
+  schedule.tryAfter.reset();
+  schedule.waiting.clear();
+  schedule.lastError.clear();
+}
+
 std::optional<Period> periodOf(std::string_view period, base::DateTime due) {
   const base::DateTime today = due.midnight();
   const auto upTo = [](base::DateTime from, base::DateTime next) { return Period{from, next.plusSeconds(-1)}; };
@@ -98,7 +107,7 @@ void requireSound(const Schedule& schedule) {
           {"IDS_SCHEDULE_NAME", "A schedule needs a name of at most 60 characters, without line ends."});
   constexpr std::array<std::string_view, 4> kFormats = {"html", "pdf", "xlsx", "csv"};
   require(std::ranges::find(kFormats, schedule.format) != kFormats.end(),
-          {"IDS_SCHEDULE_FORMAT", "The format is html, pdf, xlsx or csv, not \"%s\".", schedule.format});
+          {"IDS_REFUSED_SCHEDULE_FORMAT", "The format is html, pdf, xlsx or csv, not \"%s\".", schedule.format});
   require(schedule.folder != kMonthPage || schedule.format == "html" || schedule.format == "pdf",
           {"IDS_SCHEDULE_MONTH_FORMAT", "The month's page is html or pdf."});
   require(std::ranges::find(kPeriods, schedule.period) != std::end(kPeriods),
@@ -113,7 +122,7 @@ void requireSound(const Schedule& schedule) {
   require(!mail::parseAddresses(schedule.recipients).empty(),
           {"IDS_SCHEDULE_RECIPIENT", "A schedule needs a mail address to send to."});
   require(!schedule.user.empty(),
-          {"IDS_SCHEDULE_USER", "A schedule needs the user whose rights and restriction hold."});
+          {"IDS_REFUSED_SCHEDULE_USER", "A schedule needs the user whose rights and restriction hold."});
   require(base::characterCount(schedule.note) <= kLongestNote,
           {"IDS_SCHEDULE_NOTE", "The note is longer than %d characters.", kLongestNote});
 }

@@ -39,6 +39,8 @@ struct Schedule {
   std::optional<base::DateTime> lastSent = {};
   std::string lastError = {};
   std::int32_t version = 0;  // counts every change: who changes it from the version he read has it
+
+  bool operator==(const Schedule&) const = default;
 };
 
 inline constexpr std::size_t kLongestNote = 4000;  // characters
@@ -58,6 +60,10 @@ struct Days {
 // The first due time later than `after`. When the clocks go forward past it, it is met at the first look after the
 // jump; when they go back over it, it has been met already: each day has one.
 [[nodiscard]] base::DateTime nextDue(const Days& days, std::int32_t minuteOfDay, base::DateTime after);
+
+// After a change: it is due at its next time, and what was on its way is given up, for that is what was asked for
+// before. Its days must be sound.
+void beginAnew(Schedule& schedule, base::DateTime now);
 
 inline constexpr std::string_view kPeriods[] = {"yesterday", "last-week", "last-month", "month-so-far", "all"};
 

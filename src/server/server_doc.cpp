@@ -25,8 +25,6 @@ constexpr std::int32_t kUpperPanePercent = 70;
 
 constexpr const char* kLastBackup = "LastBackup";
 
-constexpr const char* kLastBackup = "LastBackup";
-
 }  // namespace
 
 CServerDoc::CServerDoc(CServerApp& app)

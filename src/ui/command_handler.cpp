@@ -21,6 +21,7 @@
 #include "ui/manual.h"
 #include "ui/page_setup.h"
 #include "ui/record_commands.h"
+#include "ui/results/results.h"
 #include "ui/settings/settings_sheet.h"
 
 namespace ui {
@@ -297,6 +298,23 @@ void handleCommand(Command command, const CommandTarget& target) {
     case Command::Week:
       if (const auto cell = showWeek(document, texts, &frame)) frame.showCallsOf(*cell);
       return;
+    case Command::Missed:
+      if (const auto calls = showMissedCalls(document, texts, &frame)) frame.showCallsOf(*calls);
+      return;
+    case Command::TrunkLoad:
+      if (const auto calls = showTrunkLoad(document, texts, &frame)) frame.showCallsOf(*calls);
+      return;
+    case Command::Alarms:
+      if (const auto calls = showAlarms(document, texts, &frame, [&] { editSettings(target, "IDS_PAGE_ALARMS"); })) {
+        frame.showCallsOf(*calls);
+      }
+      return;
+    case Command::MonthPage:
+      return frame.sayFile(showMonth(document, texts, &frame));
+    case Command::PersonData:
+      return reloadIf(showPersonData(document, texts, &frame));
+    case Command::Anonymise:
+      return reloadIf(anonymiseCalls(document, texts, &frame));
     case Command::Summary:
       if (folder != nullptr) frame.sayFile(makeSummaryPage(document, texts, &frame, *folder));
       return;

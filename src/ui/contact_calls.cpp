@@ -1,5 +1,7 @@
 #include "ui/contact_calls.h"
 
+#include "analysis/call_scope.h"
+#include "analysis/subscriber.h"
 #include "base/printf.h"
 #include "base/text.h"
 
@@ -10,11 +12,11 @@ namespace {
 // Numbers of at most so many digits are extensions and services: they are parts of anybody's number.
 constexpr int kLongestShortNumber = 3;
 
+}  // namespace
+
 std::string textLiteral(std::string_view text) {
   return "'" + base::replaceAll(std::string(text), "'", "''") + "'";
 }
-
-}  // namespace
 
 folders::Narrowing callsOf(const contacts::Contact& contact) {
   std::string criteria;
@@ -37,6 +39,27 @@ std::optional<contacts::Contact> contactWithNumber(server::CServerDoc& document,
   const jet::Snapshot rows = document.database().openSnapshot("select RecordID from Contacts where " + any);
   if (rows.empty()) return std::nullopt;
   return document.contactBook().find(static_cast<std::int32_t>(rows.at(0, 0).toLong()));
+}
+
+folders::Narrowing callsWithNumberOf(server::CServerDoc& document, std::int64_t recordId, const std::string& shown) {
+  jet::Database& main = document.database();
+  const std::string itself = base::format("RecordID = %d", recordId);
+  const jet::Snapshot call = main.openSnapshot("select DialNumber from Calls where " + itself);
+  const exchange::PartyDefinitions& parties = document.parties();
+  const analysis::SubscriberNumbers subscribers(parties.countryCode, parties.areaCode);
+  const std::string key = call.empty() ? std::string() : subscribers.key(call.at(0, 0).toText());
+  if (key.empty()) return {itself, shown};
+  std::string spellings;
+  main.forEachRow(
+      "select distinct(DialNumber) from Calls where " + analysis::activeScope(document.callFilter()).visible,
+      [&](const std::vector<jet::Value>& row) {
+        const std::string number = row[0].toText();
+        if (subscribers.key(number) == key) {
+          spellings += (spellings.empty() ? "" : " Or ") + ("DialNumber = " + textLiteral(number));
+        }
+        return true;
+      });
+  return {spellings.empty() ? itself : spellings, shown};
 }
 
 }  // namespace ui

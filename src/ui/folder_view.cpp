@@ -1,7 +1,6 @@
 #include "ui/folder_view.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QHelpEvent>
@@ -20,6 +19,7 @@
 #include "platform/progress.h"
 #include "security/rights.h"
 #include "ui/dialogs/columns_dialog.h"
+#include "ui/sorted_table.h"
 
 namespace ui {
 
@@ -451,18 +451,7 @@ void CFolderView::copySelection(CopyForm form) {
   std::vector<QStringList> lines;
   if (form != CopyForm::Rows) lines.push_back(cellsOf(-1));
   for (const int row : selectedRows()) lines.push_back(cellsOf(row));
-  QString text;
-  QString table = "<table border=\"1\">";
-  for (const QStringList& cells : lines) {
-    text += cells.join('\t') + '\n';
-    table += "<tr>";
-    for (const QString& cell : cells) table += "<td>" + cell.toHtmlEscaped() + "</td>";
-    table += "</tr>";
-  }
-  auto* copied = new QMimeData;
-  copied->setText(text);
-  if (form == CopyForm::Table) copied->setHtml(table + "</table>");
-  QApplication::clipboard()->setMimeData(copied);
+  copyCells(lines, form == CopyForm::Table ? CopyAs::Table : CopyAs::Text);
 }
 
 void CFolderView::chooseColumns() {

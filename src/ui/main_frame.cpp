@@ -7,6 +7,7 @@
 #include <QToolBar>
 #include <algorithm>
 
+#include "alarms/alarm_list.h"
 #include "base/printf.h"
 #include "base/version.h"
 #include "folders/call_totals.h"
@@ -167,6 +168,7 @@ void CMainFrame::buildStatusBar() {
       showError(texts_.format("IDS_CANTOPENPAGE", fromQt(path)));
     }
   });
+  connect(status_, &StatusPanes::alarmsWanted, (*actions_)[Command::Alarms], &QAction::trigger);
   statusBar()->setVisible(
       document_.app().config().ReadConfigInt("iface_Statusbar", kGeneral, foundation::StoreMachine, 0) != 0);
 }
@@ -205,6 +207,18 @@ void CMainFrame::start() {
   if (document_.DatabaseReadOnly()) say(toQt(document_.readOnlyReason()));
   connect(&refreshTimer_, &QTimer::timeout, this, &CMainFrame::refreshFromOtherCopies);
   refreshTimer_.start(server::kRefreshInterval);
+  tellAlarms();
+}
+
+// Alarms tell about all calls. A database that is open read-only may be one from before there were any.
+void CMainFrame::tellAlarms() {
+  if (document_.DatabaseReadOnly() || !document_.user().SQLSubquery.empty()) return;
+  if (!document_.HasRight(security::ObjectAdministration, security::RightView)) return;
+  try {
+    status_->showAlarms(alarms::waitingAlarms(document_.database()));
+  } catch (const jet::Error& error) {
+    say(toQt(error.description()));
+  }
 }
 
 void CMainFrame::openLiveChannel() {
@@ -381,6 +395,7 @@ void CMainFrame::refreshFromOtherCopies() {
   try {
     document_.refresh();
     if (watch_ && watch_->changed()) reloadFolder();
+    tellAlarms();
   } catch (const jet::Error& error) {
     say(toQt(error.description()));
   }

@@ -58,6 +58,8 @@ class CMainFrame : public QMainWindow {
   void say(const QString& text);
   // The list of the calls of a contact.
   void showCallsOf(const contacts::Contact& contact);
+  // Those of a row of another window.
+  void showCallsOf(const folders::Narrowing& calls) { openNarrowed(calls, 0); }
   // Those of a weekday's hour.
   void showCallsOf(const WeekHour& hour);
   // Where a file is that was written; nothing for an empty path.
@@ -99,6 +101,7 @@ class CMainFrame : public QMainWindow {
   // What stands around the list follows what the list shows now.
   void folderShown();
   void guideWhenEmpty();
+  void tellAlarms();
   void tellImport(const ingest::ImportResult& result);
   [[nodiscard]] QString shownTotals();
   void readTotals();

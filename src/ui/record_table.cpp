@@ -1,6 +1,5 @@
 #include "ui/record_table.h"
 
-#include <QCollator>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -11,24 +10,14 @@
 #include <algorithm>
 
 #include "ui/record_table_csv.h"
+#include "ui/sorted_table.h"
 
 namespace ui {
 
 namespace {
 
-// Columns take the width of what stands in this many rows.
-constexpr int kRowsMeasured = 200;
-constexpr int kWidestColumn = 420;  // pixels
-constexpr int kColumnMargin = 8;
 constexpr auto kEditTriggers =
     QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed;
-
-void fitColumns(QTableView& view) {
-  view.resizeColumnsToContents();
-  for (int column = 0; column < view.model()->columnCount(); ++column) {
-    view.setColumnWidth(column, std::min(view.columnWidth(column) + kColumnMargin, kWidestColumn));
-  }
-}
 
 // Cells with a fixed set of values are edited in a combo box.
 class ChoiceDelegate : public QStyledItemDelegate {
@@ -65,23 +54,6 @@ class ChoiceDelegate : public QStyledItemDelegate {
   const RecordTableModel& model_;
 };
 
-// Numbers in texts by their value: trunk 2 stands before trunk 10.
-class NaturalOrder : public QSortFilterProxyModel {
- public:
-  explicit NaturalOrder(QObject* parent) : QSortFilterProxyModel(parent) {
-    collator_.setNumericMode(true);
-    collator_.setCaseSensitivity(Qt::CaseInsensitive);
-  }
-
- protected:
-  bool lessThan(const QModelIndex& left, const QModelIndex& right) const override {
-    return collator_.compare(left.data().toString(), right.data().toString()) < 0;
-  }
-
- private:
-  QCollator collator_;
-};
-
 }  // namespace
 
 RecordTable::RecordTable(RecordTableModel* model, const QString& name, const Texts& texts, QWidget* parent)
@@ -94,8 +66,6 @@ RecordTable::RecordTable(RecordTableModel* model, const QString& name, const Tex
       problem_(new QLabel) {
   model_->setParent(this);
   sorted_->setSourceModel(model_);
-  sorted_->setFilterKeyColumn(-1);
-  sorted_->setFilterCaseSensitivity(Qt::CaseInsensitive);
   view_->setObjectName(name);
   view_->setModel(sorted_);
   view_->setItemDelegate(new ChoiceDelegate(*model_, view_));
@@ -105,7 +75,6 @@ RecordTable::RecordTable(RecordTableModel* model, const QString& name, const Tex
   view_->setEditTriggers(kEditTriggers);
   view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 10);
   view_->setWordWrap(false);
-  view_->horizontalHeader()->setResizeContentsPrecision(kRowsMeasured);
   fitColumns(*view_);
   // Numbers and switches would stand far from the rest.
   const RecordColumn& last = model_->column(model_->columnCount() - 1);

@@ -22,9 +22,10 @@ StatusPanes::StatusPanes(QStatusBar& bar, const Texts& texts, std::function<QStr
       texts_(texts),
       totals_(std::move(totals)),
       message_(named(new QLabel, "messagePane")),
+      alarms_(named(new QLabel, "alarmPane")),
       live_(named(new QLabel, "livePane")),
       count_(named(new QLabel, "countPane")) {
-  for (QLabel* pane : {message_, live_, count_}) pane->setContentsMargins(8, 0, 8, 0);
+  for (QLabel* pane : {message_, alarms_, live_, count_}) pane->setContentsMargins(8, 0, 8, 0);
   message_->setTextInteractionFlags(Qt::TextBrowserInteraction);
   connect(message_, &QLabel::linkActivated, this, &StatusPanes::openWanted);
   for (QTimer* timer : {&messageTimer_, &restTimer_}) {
@@ -32,8 +33,17 @@ StatusPanes::StatusPanes(QStatusBar& bar, const Texts& texts, std::function<QStr
     connect(timer, &QTimer::timeout, this, &StatusPanes::refresh);
   }
   bar.addWidget(message_, 1);
+  alarms_->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+  alarms_->hide();
+  connect(alarms_, &QLabel::linkActivated, this, &StatusPanes::alarmsWanted);
+  bar.addPermanentWidget(alarms_);
   bar.addPermanentWidget(live_);
   bar.addPermanentWidget(count_);
+}
+
+void StatusPanes::showAlarms(std::int64_t waiting) {
+  alarms_->setVisible(waiting > 0);
+  if (waiting > 0) alarms_->setText(linkTo("alarms", texts_.format("IDS_STATUS_ALARMS", waiting)));
 }
 
 void StatusPanes::say(const QString& text) {

@@ -29,12 +29,15 @@ class StatusPanes : public QObject {
   void refresh();
   // The totals once a selection that is still being drawn has come to rest.
   void refreshSoon();
+  // How many alarms wait, as a link; 0: nothing.
+  void showAlarms(std::int64_t waiting);
   void showLive(const QString& text) { live_->setText(text); }
   void showCount(const QString& text) { count_->setText(text); }
 
  signals:
   // The operator wants this file or folder to be opened.
   void openWanted(const QString& path);
+  void alarmsWanted();
 
  private:
   void sayFor(const QString& text, int milliseconds);
@@ -42,6 +45,7 @@ class StatusPanes : public QObject {
   const Texts& texts_;
   std::function<QString()> totals_;
   QLabel* message_;
+  QLabel* alarms_;
   QLabel* live_;
   QLabel* count_;
   QString said_;

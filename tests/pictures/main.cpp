@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QDateEdit>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPalette>
 #include <QPushButton>
 #include <QRadioButton>
@@ -16,12 +17,16 @@
 #include <QTableWidget>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 
+#include "alarms/rule.h"
 #include "album.h"
 #include "folders/catalogue.h"
 #include "platform/clock.h"
 #include "sample/call_file.h"
 #include "sample/company.h"
+#include "schedule/schedule_table.h"
+#include "schema/database_place.h"
 #include "server/data_folder.h"
 #include "server/server_doc.h"
 #include "support/temporary_folder.h"
@@ -33,6 +38,7 @@
 #include "ui/main_frame.h"
 #include "ui/qt_texts.h"
 #include "ui/readable_palette.h"
+#include "ui/results/results.h"
 #include "ui/settings/settings_sheet.h"
 
 namespace {
@@ -102,6 +108,29 @@ struct Workstation {
   ui::QtTexts qtTexts{app.language()};
 };
 
+constexpr const char* kPriceList =
+    "prefix;name;price;increment\n0044;Great Britain;0,09;60/1\n0033;France;0,05;1/1\n004072;Mobile;0,08;1/1\n"
+    "0049;Germany;0,21;60/60\n00210;Nowhere;x;1/1\n";
+
+// Alarm rules that the sample's calls meet, and a report by mail.
+void addWatches(jet::Database& main) {
+  alarms::saveRule(main, {.name = "Abroad at night",
+                          .kind = alarms::Kind::Destination,
+                          .subject = alarms::Subject::Extension,
+                          .prefixes = "abroad",
+                          .outsideHours = true,
+                          .mail = "office@example.com"});
+  alarms::saveRule(main, {.name = "Dear department", .subject = alarms::Subject::Department, .limit = 20});
+  schedule::Schedule month{.name = "Month for the office",
+                           .folder = schedule::kMonthPage,
+                           .period = "last-month",
+                           .days = "1",
+                           .recipients = "office@example.com",
+                           .user = server::kAdministrator};
+  schedule::beginAnew(month, platform::SystemClock().now());
+  schedule::ScheduleTable(main).save(month);
+}
+
 void makeSample(const std::filesystem::path& folder, const std::filesystem::path& storeFile) {
   foundation::MachineStore store(storeFile);
   foundation::ConfigManager config(store);
@@ -114,6 +143,8 @@ void makeSample(const std::filesystem::path& folder, const std::filesystem::path
   plan.days = 60;
   plan.lastDay = clock.now();
   sample::writeCalls(folder / "monitor" / "monitor.data", plan, false, nobody);
+  addWatches(*schema::DatabasePlace::ofFolder(folder).open(schema::Which::Main, jet::OpenMode::ReadWrite));
+  std::ofstream(folder / "prices.csv") << kPriceList;
   config.WriteConfigString("secret", "AutoLoginPassword", "general", foundation::StoreMachine);
   config.WriteConfigString("https://rates.example", "UrlCurrency", "general", foundation::StoreMachine);
 }
@@ -158,6 +189,11 @@ void takeSettings(Album& album, server::CServerDoc& document, const ui::Texts& t
       child<QLineEdit>(sheet, "testerNumber").setText("0044207946000");
       calculate->click();
     }
+    if (auto* tried = page.widget->findChild<QPushButton*>("priceTry")) {
+      child<QLineEdit>(sheet, "priceFile").setText(ui::toQt((document.databaseFolder() / "prices.csv").string()));
+      child<QLineEdit>(sheet, "priceIncrement").setText("60/1");
+      tried->click();
+    }
     album.take(sheet, QString("settings-%1").arg(i, 2, 10, QChar('0')).toStdString());
   }
 }
@@ -178,6 +214,13 @@ void takeDialogs(Album& album, Workstation& station, server::CServerDoc& documen
   album.takeModal("contact", [&] { ui::editContact(document, texts, nullptr, 1); });
   album.takeModal("contact-new", [&] { ui::addContact(document, texts, nullptr); });
   album.takeModal("user", [&] { ui::editUser(document, texts, nullptr, server::kAdministrator); });
+  album.takeModal(
+      "user-sight", [&] { ui::editUser(document, texts, nullptr, server::kAdministrator); },
+      [](QDialog& dialog) {
+        child<QTabWidget>(dialog, "tabs").setCurrentIndex(1);
+        auto& departments = child<QListWidget>(dialog, "restrictDepartments");
+        departments.item(0)->setCheckState(Qt::Checked);
+      });
   album.takeModal("user-new", [&] { ui::editUser(document, texts, nullptr, ""); });
   const QString group = ui::toQt(document.users().groups().front().Name);
   album.takeModal("group", [&] { ui::editGroup(document, texts, nullptr, group); });
@@ -193,6 +236,32 @@ void takeDialogs(Album& album, Workstation& station, server::CServerDoc& documen
   album.takeModal("password", [&] { station.login.askPasswordChange(server::kAdministrator, false); });
   album.takeModal("message", [&] { ui::warn(nullptr, texts, texts("IDS_PERIOD_ORDER")); });
   album.takeModal("question", [&] { ui::ask(nullptr, texts, texts("IDS_SAVERECORD"), ui::Choices::YesNoCancel); });
+}
+
+void takeResults(Album& album, server::CServerDoc& document, const ui::Texts& texts) {
+  album.takeModal("missed", [&] { ui::showMissedCalls(document, texts, nullptr); });
+  album.takeModal(
+      "missed-by-hour", [&] { ui::showMissedCalls(document, texts, nullptr); },
+      [](QDialog& dialog) { child<QTabWidget>(dialog, "tabs").setCurrentIndex(2); });
+  album.takeModal("trunk-load", [&] { ui::showTrunkLoad(document, texts, nullptr); });
+  album.takeModal(
+      "trunk-load-lines", [&] { ui::showTrunkLoad(document, texts, nullptr); },
+      [](QDialog& dialog) { child<QTabWidget>(dialog, "tabs").setCurrentIndex(1); });
+  album.takeModal(
+      "alarms", [&] { ui::showAlarms(document, texts, nullptr, [] {}); },
+      [](QDialog& dialog) {
+        child<QTableView>(dialog, "alarmList").selectRow(0);
+        child<QPushButton>(dialog, "acknowledge").click();
+      });
+  album.takeModal("month", [&] { ui::showMonth(document, texts, nullptr); });
+  album.takeModal(
+      "person", [&] { ui::showPersonData(document, texts, nullptr); },
+      [&document](QDialog& dialog) {
+        const jet::Snapshot call = document.database().openSnapshot("select DialNumber from Calls where Incoming = 0");
+        child<QLineEdit>(dialog, "person").setText(ui::toQt(call.at(0, 0).toText()));
+        child<QPushButton>(dialog, "find").click();
+      });
+  album.takeModal("anonymise", [&] { ui::anonymiseCalls(document, texts, nullptr); });
 }
 
 void takeWizard(Album& album, const char* language) {
@@ -232,6 +301,7 @@ void takeAll(const std::string& folder, const char* language, const QPalette& pa
   takeFrame(album, station, document, texts);
   takeSettings(album, document, texts);
   takeDialogs(album, station, document, texts);
+  takeResults(album, document, texts);
   document.OnCloseDocument();
   std::printf("%s %s: %d pictures\n", language, look, album.taken());
 }

@@ -1,4 +1,5 @@
 #include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
@@ -73,6 +74,57 @@ TEST_F(DirectoryDialogsTest, ARestrictionThatFailsItsTrialIsNotSaved) {
   EXPECT_TRUE(edit("admin"));
   EXPECT_EQ(desktop.person.messages.size(), 1U);
   EXPECT_EQ(users().findUser("admin")->SQLSubquery, "Extension = '201'");
+}
+
+void tick(QDialog& dialog, const char* list, const QString& text, bool on = true) {
+  const auto found = child<QListWidget>(dialog, list).findItems(text, Qt::MatchStartsWith);
+  ASSERT_FALSE(found.isEmpty()) << text.toStdString();
+  for (QListWidgetItem* item : found) item->setCheckState(on ? Qt::Checked : Qt::Unchecked);
+}
+
+TEST_F(DirectoryDialogsTest, ARestrictionIsChosenFromLists) {
+  const Script script({[](QDialog& dialog) {
+    const auto& text = child<QPlainTextEdit>(dialog, "restriction");
+    tick(dialog, "restrictDepartments", "Sales");
+    tick(dialog, "restrictTrunks", "5");
+    EXPECT_EQ(text.toPlainText(), "Department='Sales' Or Trunk='5'");
+    tick(dialog, "restrictTrunks", "5", false);
+    click(dialog, "ok");
+  }});
+  EXPECT_TRUE(edit("admin"));
+  EXPECT_EQ(users().findUser("admin")->SQLSubquery, "Department='Sales'");
+}
+
+TEST_F(DirectoryDialogsTest, AConditionWrittenByHandTicksWhatItSaysOrShutsTheLists) {
+  const Script script({[](QDialog& dialog) {
+    auto& text = child<QPlainTextEdit>(dialog, "restriction");
+    auto& extensions = child<QListWidget>(dialog, "restrictExtensions");
+    text.setPlainText("Extension In ('201', '999')");
+    EXPECT_EQ(extensions.count(), 2) << "one that is not defined is shown, too";
+    EXPECT_EQ(extensions.item(0)->checkState(), Qt::Checked);
+    text.setPlainText("TotalTime > 60");
+    EXPECT_FALSE(extensions.isEnabled());
+    text.clear();
+    EXPECT_TRUE(extensions.isEnabled());
+    EXPECT_EQ(extensions.item(0)->checkState(), Qt::Unchecked);
+    click(dialog, "cancel");
+  }});
+  EXPECT_FALSE(edit("admin"));
+}
+
+TEST_F(DirectoryDialogsTest, AChoiceThatIsTooLongIsSaidBeforeItIsSaved) {
+  auto& extensions = desktop.document->parties().extensions;
+  for (int number = 300; number < 330; ++number) extensions.push_back({std::to_string(number), "Desk", "Sales"});
+  const Script script({[](QDialog& dialog) {
+    tick(dialog, "restrictExtensions", "3");
+    EXPECT_TRUE(child<QLabel>(dialog, "restrictionState").text().contains("127"));
+    tick(dialog, "restrictExtensions", "201");  // now all of the department
+    click(dialog, "useDepartments");
+    EXPECT_EQ(child<QPlainTextEdit>(dialog, "restriction").toPlainText(), "Department='Sales'");
+    EXPECT_TRUE(child<QLabel>(dialog, "restrictionState").text().isEmpty());
+    click(dialog, "ok");
+  }});
+  EXPECT_TRUE(edit("admin"));
 }
 
 TEST_F(DirectoryDialogsTest, RefusalsAreExplainedAndTheDialogStaysOpen) {

@@ -4,6 +4,7 @@
 #include "ui/dialogs.h"
 #include "ui/heat_map.h"
 #include "ui/login_dialogs.h"
+#include "ui/results/results.h"
 #include "ui/settings/settings_sheet.h"
 
 namespace support {
@@ -44,6 +45,12 @@ inline std::vector<Window> windows() {
        [](Desktop& d) {
          ui::showKeys(*d.texts, nullptr, {{"Copy", "Ctrl+C"}});
        }},
+      {"missed", [](Desktop& d) { ui::showMissedCalls(*d.document, *d.texts, nullptr); }},
+      {"trunkLoad", [](Desktop& d) { ui::showTrunkLoad(*d.document, *d.texts, nullptr); }},
+      {"alarms", [](Desktop& d) { ui::showAlarms(*d.document, *d.texts, nullptr, [] {}); }},
+      {"month", [](Desktop& d) { ui::showMonth(*d.document, *d.texts, nullptr); }},
+      {"personData", [](Desktop& d) { ui::showPersonData(*d.document, *d.texts, nullptr); }},
+      {"anonymise", [](Desktop& d) { ui::anonymiseCalls(*d.document, *d.texts, nullptr); }},
       {"about", [](Desktop& d) { ui::showAbout(*d.document, *d.texts, nullptr); }},
       {"price", [](Desktop& d) { ui::explainPrice(*d.document, *d.texts, nullptr, 1); }},
       {"login", [login](Desktop& d) { login(d).askLogin("admin"); }},

@@ -2,7 +2,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPlainTextEdit>
+#include <QTabWidget>
 
 #include "base/characters.h"
 #include "security/rights.h"
@@ -12,19 +12,20 @@
 #include "ui/dialogs/directory_messages.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
+#include "ui/dialogs/restriction_picker.h"
 
 namespace ui {
 
 namespace {
 
-constexpr int kIdRole = Qt::UserRole;
+constexpr int kGroupRole = Qt::UserRole;
 
 // A user of the database: names, password, flags, groups and the condition on the calls that they may see.
 class UserEditDlg : public FormDialog {
  public:
-  UserEditDlg(security::UserDirectory& directory, security::UserRecord user, bool allowed, const Texts& texts,
+  UserEditDlg(server::CServerDoc& document, security::UserRecord user, bool allowed, const Texts& texts,
               QWidget* parent)
-      : FormDialog(texts, "IDS_USER", "userDialog", parent), directory_(directory), user_(std::move(user)) {
+      : FormDialog(texts, "IDS_USER", "userDialog", parent), directory_(document.users()), user_(std::move(user)) {
     auto* form = new QFormLayout;
     name_ = addLine(*form, "IDS_USER", "userName", toQt(user_.Name));
     name_->setMaxLength(static_cast<int>(security::kMaxUserName));
@@ -38,15 +39,19 @@ class UserEditDlg : public FormDialog {
     mustChange_ = addFlag(*form, "IDS_USER_MUST_CHANGE", "mustChange", security::UserMustChangePassword);
     disabled_ = addFlag(*form, "IDS_USER_DISABLED", "disabled", security::UserDisabled);
     addGroups(*form);
-    restriction_ = named(new QPlainTextEdit(toQt(user_.SQLSubquery)), "restriction");
-    restriction_->setPlaceholderText("Extension = '201'");
-    restriction_->setTabChangesFocus(true);
-    restriction_->setMaximumHeight(fontMetrics().lineSpacing() * 4);
-    form->addRow(texts("IDS_USER_RESTRICTION"), restriction_);
-    form->addRow(QString(), makeHint(texts("IDS_HINT_RESTRICTION")));
-    body()->addLayout(form);
+    restriction_ = new RestrictionPicker(document.parties(), toQt(user_.SQLSubquery), texts);
+    auto* tabs = named(new QTabWidget, "tabs");
+    auto* account = new QWidget;
+    account->setLayout(form);
+    tabs->addTab(account, texts("IDS_USER"));
+    auto* sight = new QWidget;
+    auto* sightLayout = new QVBoxLayout(sight);
+    sightLayout->addWidget(restriction_);
+    tabs->addTab(sight, texts("IDS_USER_SIGHT"));
+    body()->addWidget(tabs);
+    name_->setFocus();
     if (!allowed) allowOnlyLooking();
-    resize(sizeHint().expandedTo({fontMetrics().averageCharWidth() * 70, 0}));
+    resize(sizeHint().expandedTo({fontMetrics().averageCharWidth() * 90, 0}));
   }
 
   void accept() override {
@@ -93,7 +98,7 @@ class UserEditDlg : public FormDialog {
     const std::vector<std::int32_t> member = security::groupIds(user_.Groups);
     for (const security::GroupRecord& group : directory_.groups()) {
       auto* item = new QListWidgetItem(toQt(group.Name), groups_);
-      item->setData(kIdRole, group.RecordID);
+      item->setData(kGroupRole, group.RecordID);
       item->setToolTip(toQt(group.Desc));
       item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
       const bool belongs = std::find(member.begin(), member.end(), group.RecordID) != member.end();
@@ -121,11 +126,11 @@ class UserEditDlg : public FormDialog {
     setFlag(edited, security::UserDisabled, disabled_->isChecked());
     for (int row = 0; row < groups_->count(); ++row) {
       const QListWidgetItem& item = *groups_->item(row);
-      const std::int32_t id = item.data(kIdRole).toInt();
+      const std::int32_t id = item.data(kGroupRole).toInt();
       edited.Groups = item.checkState() == Qt::Checked ? security::AddToGroupList(edited.Groups, id)
                                                        : security::RemoveFromGroupList(edited.Groups, id);
     }
-    edited.SQLSubquery = fromQt(restriction_->toPlainText().simplified());
+    edited.SQLSubquery = fromQt(restriction_->condition());
     return edited;
   }
 
@@ -142,7 +147,7 @@ class UserEditDlg : public FormDialog {
   QCheckBox* mustChange_;
   QCheckBox* disabled_;
   QListWidget* groups_ = nullptr;
-  QPlainTextEdit* restriction_;
+  RestrictionPicker* restriction_;
 };
 
 }  // namespace
@@ -158,7 +163,7 @@ bool editUser(server::CServerDoc& document, const Texts& texts, QWidget* parent,
     user = *found;
   }
   const bool allowed = mayChangeAdministration(document);
-  return UserEditDlg(document.users(), std::move(user), allowed, texts, parent).exec() == QDialog::Accepted;
+  return UserEditDlg(document, std::move(user), allowed, texts, parent).exec() == QDialog::Accepted;
 }
 
 }  // namespace ui

@@ -14,6 +14,7 @@
 #include <span>
 #include <vector>
 
+#include "analysis/working_hours.h"
 #include "base/path.h"
 #include "schema/database_place.h"
 #include "ui/dialogs/folder_line.h"
@@ -27,7 +28,18 @@ constexpr foundation::Store D = foundation::StoreDatabase;
 constexpr int kLongestCode = 8;    // of a country or area
 constexpr int kHeadingSpace = 10;  // above it, in pixels
 
-enum class OptionKind { Heading, Text, Digits, Percent, Number, Switch, Folder, DepartmentSource, Language };
+enum class OptionKind {
+  Heading,
+  Text,
+  Digits,
+  Percent,
+  Number,
+  Switch,
+  Folder,
+  DepartmentSource,
+  Language,
+  WorkingHours
+};
 
 struct Option {
   const char* captionKey;
@@ -58,6 +70,8 @@ constexpr Option kCallOptions[] = {
     {"IDS_OPT_EXTERNAL_PHONEBOOK", "Calls", "ExternalPhonebook", D, OptionKind::Switch, 1, 0, 1},
     {"IDS_OPT_NUMBER_FILTER", "Calls", "Number_Filter_Enabled", M, OptionKind::Switch, 0, 0, 1, nullptr, nullptr,
      "IDS_HINT_NUMBER_FILTER"},
+    {"IDS_OPT_WORKING_HOURS", "Calls", "WorkingHours", D, OptionKind::WorkingHours, 0, 0, 0, nullptr, nullptr,
+     "IDS_HINT_WORKING_HOURS"},
     heading("IDS_FOLDER_LOG"),
     {"IDS_OPT_LOG_DELETE", "general", "Log_DeleteEnabled", D, OptionKind::Switch, 0, 0, 1},
     {"IDS_OPT_LOG_DAYS", "general", "Log_DeleteAfter", D, OptionKind::Number, 0, 0, 100000, "IDS_DAYS_TEXT",
@@ -261,6 +275,23 @@ Field folderField(const Option& option, const Source& source) {
   return field;
 }
 
+Field workingHoursField(const Source& source) {
+  auto* edit = new QLineEdit(toQt(analysis::workingHours(source.config()).text()));
+  edit->setCursorPosition(0);
+  Field field = fieldOf<QString>(
+      edit, [edit] { return edit->text().trimmed(); },
+      [&config = source.config()](const QString& text) { analysis::storeWorkingHours(config, fromQt(text)); });
+  field.check = [edit, &texts = source.texts]() -> QString {
+    try {
+      const analysis::WorkingHours hours(fromQt(edit->text()));
+      return {};
+    } catch (const std::invalid_argument&) {
+      return texts.format("IDS_WRONG_WORKING_HOURS", fromQt(edit->text()));
+    }
+  };
+  return field;
+}
+
 Field makeField(const Option& option, const Source& source) {
   switch (option.kind) {
     case OptionKind::Number:
@@ -275,6 +306,8 @@ Field makeField(const Option& option, const Source& source) {
       return languageField(source);
     case OptionKind::Folder:
       return folderField(option, source);
+    case OptionKind::WorkingHours:
+      return workingHoursField(source);
     default:
       return textField(option, source);
   }

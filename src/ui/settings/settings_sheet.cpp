@@ -20,9 +20,11 @@
 #include "ui/settings/exchange_settings.h"
 #include "ui/settings/option_pages.h"
 #include "ui/settings/party_pages.h"
+#include "ui/settings/price_list_page.h"
 #include "ui/settings/price_tester.h"
 #include "ui/settings/settings_report.h"
 #include "ui/settings/tariff_pages.h"
+#include "ui/settings/watch_pages.h"
 
 namespace ui {
 
@@ -98,13 +100,46 @@ void SettingsSheet::addPages() {
     tester.caption = texts_("IDS_PAGE_PRICE_TESTER");
     tester.widget = new PriceTester(document_, texts_);
     addPage(std::move(tester));
+    addPriceListPage();
   }
+  addGroup("IDS_SETTINGS_WATCH");
+  addPage(alarmRulesPage(document_, texts_));
+  addPage(schedulesPage(document_, texts_));
+  addPage(mailPage(document_, texts_));
   addGroup("IDS_SETTINGS_OPTIONS");
   server::CServerApp& app = document_.app();
   addPage(callOptionsPage(app, texts_));
   addPage(organizationPage(app, texts_));
   addPage(placePage(app, texts_));
   addPage(interfacePage(app, texts_));
+}
+
+void SettingsSheet::addPriceListPage() {
+  auto* prices = new PriceListPage(document_, tariffs_, texts_);
+  SettingsPage page;
+  page.caption = texts_("IDS_PAGE_PRICE_LIST");
+  page.widget = prices;
+  addPage(std::move(page));
+  connect(prices, &PriceListPage::taken, this, [this] {
+    attempt(this, texts_, [this] { reloadTariffs(); });
+    applied_ = true;
+  });
+}
+
+// After a change of the database that was not made in the tables.
+void SettingsSheet::reloadTariffs() {
+  tariff::TariffDatabase& tariffs = *document_.tariffs();
+  tariffs.detectDayEncoding();
+  const auto tables = [this](void (RecordTableModel::*step)()) {
+    for (const SettingsPage& page : pages_) {
+      if (page.table != nullptr) (page.table->model()->*step)();
+    }
+  };
+  tables(&RecordTableModel::beginBulkChange);
+  tariffs_->tables = tariff::loadTariffTables(tariffs.database(), tariffs.dayEncoding());
+  tariffs_->touch();
+  tariffs_->markSaved();
+  tables(&RecordTableModel::endBulkChange);
 }
 
 void SettingsSheet::addGroup(const char* captionKey) {

@@ -39,6 +39,8 @@ class SettingsSheet : public QDialog {
 
  private:
   void addPages();
+  void addPriceListPage();
+  void reloadTariffs();
   void addGroup(const char* captionKey);
   void addPage(SettingsPage page);
   void buildButtons();

@@ -3,6 +3,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 #include <functional>
+#include <memory>
+#include <span>
 #include <vector>
 
 #include "ui/record_table.h"
@@ -19,6 +21,20 @@ struct EditedList {
 
   [[nodiscard]] Record& at(int row) const { return list()[static_cast<std::size_t>(row)]; }
 };
+
+// A table that a page reads and writes itself: what is edited, and what is stored.
+template <typename Record>
+struct EditedTable {
+  std::vector<Record> records;
+  std::vector<Record> stored;
+
+  [[nodiscard]] bool changed() const { return records != stored; }
+};
+
+template <typename Record>
+EditedList<Record> listOf(const std::shared_ptr<EditedTable<Record>>& table) {
+  return {[table]() -> std::vector<Record>& { return table->records; }, [] {}};
+}
 
 // A column over one member: `show` and `take` turn it into text and back; `take` gives false for what it refuses.
 template <typename Record, typename Member>
@@ -92,6 +108,55 @@ std::function<std::function<void()>()> keeperOf(const EditedList<Record>& record
       records.touch();
     };
   };
+}
+
+template <typename Record>
+RecordColumn switchColumn(const QString& caption, const EditedList<Record>& records, bool Record::*member) {
+  RecordColumn column = memberColumn<Record, bool>(
+      caption, records, member, [](const bool& value) { return QString(value ? "1" : "0"); },
+      [](const QString& text, bool& value) {
+        const bool yes = text == "1" || text.compare("yes", Qt::CaseInsensitive) == 0;
+        if (!yes && text != "0" && text.compare("no", Qt::CaseInsensitive) != 0) return false;
+        value = yes;
+        return true;
+      });
+  column.checkbox = true;
+  return column;
+}
+
+// One of a few values: its word in files, and the key of what the operator reads.
+template <typename Value>
+struct WordText {
+  Value value;
+  const char* word;
+  const char* key;
+};
+
+// A column of such values, chosen in the operator's words; the words of files are understood too.
+template <typename Record, typename Member, typename Value>
+RecordColumn wordColumn(const QString& caption, const EditedList<Record>& records, Member Record::*member,
+                        std::span<const WordText<Value>> words, const Texts& texts) {
+  RecordColumn column = memberColumn<Record, Member>(
+      caption, records, member,
+      [words, &texts](const Member& value) {
+        for (const auto& word : words) {
+          if (value == word.value) return texts(word.key);
+        }
+        return QString();
+      },
+      [words, &texts](const QString& text, Member& value) {
+        for (const auto& word : words) {
+          if (text.compare(texts(word.key), Qt::CaseInsensitive) != 0 && text.compare(word.word) != 0) continue;
+          value = Member(word.value);
+          return true;
+        }
+        return false;
+      });
+  QStringList shown;
+  for (const auto& word : words) shown << texts(word.key);
+  column.choices = [shown](int) { return shown; };
+  column.hint = shown.join(", ");
+  return column;
 }
 
 template <typename Record>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ctl/context.h"
+#include "server/server_doc.h"
 #include "tariff/price_list_import.h"
 
-namespace ctl {
+namespace server {
 
 // What last month's calls cost, and what they would have cost under a price list; in the default currency.
 struct TariffTrial {
@@ -15,7 +15,7 @@ struct TariffTrial {
 
 // Prices the provider's calls of that profile anew, under the list as if it had held then. Nothing stays written.
 // Throws jet::Error.
-[[nodiscard]] TariffTrial tryOnLastMonth(Context& context, tariff::PriceListImport& plan,
+[[nodiscard]] TariffTrial tryOnLastMonth(CServerDoc& document, tariff::PriceListImport& plan,
                                          const exchange::ProviderDefinition& provider, const std::string& profile);
 
-}  // namespace ctl
+}  // namespace server

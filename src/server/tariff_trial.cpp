@@ -1,8 +1,8 @@
-#include "ctl/tariff_trial.h"
+#include "server/tariff_trial.h"
 
 #include "base/printf.h"
 
-namespace ctl {
+namespace server {
 
 namespace {
 
@@ -32,34 +32,34 @@ exchange::CallRecord recordOf(const std::vector<jet::Value>& row) {
   return record;
 }
 
-void addCall(Context& context, const std::vector<jet::Value>& row, TariffTrial& trial) {
+void addCall(CServerDoc& document, const std::vector<jet::Value>& row, TariffTrial& trial) {
   exchange::CallRecord record = recordOf(row);
   tariff::PricingContext output;
   tariff::PriceTrace trace;  // an enquiry: a gap is not logged
   std::int32_t ignored = 0;
   if (record.dialledNumber.find('\'') != std::string::npos) return;  // breaks the statement; no such call is stored
-  context.document().prices().CalcPrice(record, output, ignored, &trace);
+  document.prices().CalcPrice(record, output, ignored, &trace);
   ++trial.calls;
   trial.before += row[5].toDouble();
-  trial.after += context.currencies().Convert(output.price, output.currency);
+  trial.after += document.currencies().Convert(output.price, output.currency);
 }
 
 }  // namespace
 
-TariffTrial tryOnLastMonth(Context& context, tariff::PriceListImport& plan,
+TariffTrial tryOnLastMonth(CServerDoc& document, tariff::PriceListImport& plan,
                            const exchange::ProviderDefinition& provider, const std::string& profile) {
-  tariff::TariffDatabase& tariffs = *context.document().tariffs();
-  TariffTrial trial{.from = monthBefore(context.clock().now())};
+  tariff::TariffDatabase& tariffs = *document.tariffs();
+  TariffTrial trial{.from = monthBefore(document.app().surroundings().clock.now())};
   const base::DateTime end = monthBefore(trial.from.plusDays(62));  // the first of the month after
   {
     jet::Transaction undone(tariffs.database());
     moveStart(tariffs.database(), plan.apply(), provider.id, profile, trial.from);
-    context.main().forEachRow(
+    document.database().forEachRow(
         base::format("select [DateTime], DialNumber, Trunk, TotalTime, Pulses, Price_Ref from Calls where Incoming = 0 "
                      "and [DateTime] >= %s and [DateTime] < %s and Provider = '%s' and Profile = '%s'",
                      trial.from.format(jet::kDateLiteral), end.format(jet::kDateLiteral), provider.name, profile),
         [&](const std::vector<jet::Value>& row) {
-          addCall(context, row, trial);
+          addCall(document, row, trial);
           return true;
         });
   }
@@ -67,4 +67,4 @@ TariffTrial tryOnLastMonth(Context& context, tariff::PriceListImport& plan,
   return trial;
 }
 
-}  // namespace ctl
+}  // namespace server
