@@ -8,6 +8,9 @@ namespace {
 
 using base::DateTime;
 
+// Of a period without an end.
+constexpr int kLastYear = 9999;
+
 // Whole days, `days` of them.
 Period daysFrom(DateTime first, std::int64_t days) {
   return {first, first.plusDays(days).plusSeconds(-1)};
@@ -56,6 +59,19 @@ Period periodOf(Preset preset, DateTime now) {
       return daysFrom(today.plusDays(-29), 30);
   }
   return daysFrom(today, 1);
+}
+
+std::optional<Period> periodBefore(const Period& period) {
+  if (period.end.parts().year == kLastYear || period.end < period.start) return std::nullopt;
+  const DateTime next = period.end.plusSeconds(1);
+  const DateTime::Parts first = period.start.parts();
+  const DateTime::Parts after = next.parts();
+  const int months = (after.year - first.year) * 12 + after.month - first.month;
+  if (monthStart(period.start, 0) == period.start && monthStart(next, 0) == next) {
+    return monthsFrom(period.start, -months, months);
+  }
+  const std::int64_t length = next.secondsSinceDayZero() - period.start.secondsSinceDayZero();
+  return Period{period.start.plusSeconds(-length), period.start.plusSeconds(-1)};
 }
 
 std::optional<Preset> presetOf(const Period& period, DateTime now) {

@@ -51,6 +51,9 @@ struct Period {
 };
 
 [[nodiscard]] Period periodOf(Preset preset, base::DateTime now);
+// The period that one is compared with: as many whole months where it is whole months, else as many seconds, that end
+// where it begins. Nothing for one without an end.
+[[nodiscard]] std::optional<Period> periodBefore(const Period& period);
 // The preset that means this period now; of several the first.
 [[nodiscard]] std::optional<Preset> presetOf(const Period& period, base::DateTime now);
 

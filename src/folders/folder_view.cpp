@@ -94,6 +94,12 @@ std::optional<Narrowing> FolderView::callsBehind(std::int64_t position) {
                    services_.texts.Translate(shown.caption) + ": " + (text.empty() ? std::string("-") : text)};
 }
 
+void FolderView::useSettings(const filter::FilterSettings& settings) {
+  if (folder_.definition().condition != ConditionSource::CallFilter) return;
+  folder_.setCondition(services_.filter.conditionOf(settings));
+  folder_.open();
+}
+
 void FolderView::refresh() {
   folder_.updateCondition();
   folder_.open();

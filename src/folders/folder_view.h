@@ -63,6 +63,9 @@ class FolderView {
   }
   // What the calls behind a row of this statistic have in common; nothing beyond the last row.
   [[nodiscard]] std::optional<Narrowing> callsBehind(std::int64_t position);
+  // The rows of other settings of the filter than the stored ones, within the user's restriction, until a refresh.
+  // Nothing changes in a folder that has no call filter.
+  void useSettings(const filter::FilterSettings& settings);
   // Reads the condition from its source and the rows from the database again.
   void refresh();
 

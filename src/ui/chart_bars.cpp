@@ -1,6 +1,7 @@
 #include "ui/chart_bars.h"
 
 #include <algorithm>
+#include <map>
 
 #include "ui/texts.h"
 
@@ -53,6 +54,27 @@ class BarReader {
     return stopped_ ? Bars() : bars;
   }
 
+  // Groups are told by what is shown of them. False when it was stopped.
+  bool before(Bars& bars) {
+    const jet::Value none;
+    const QString nothing = toQt(folder_.text(value_, {&none, &none}));
+    std::map<QString, Bar*> byCaption;
+    for (Bar& bar : bars) {
+      bar.before = 0;
+      bar.beforeText = nothing;
+      byCaption[bar.caption] = &bar;
+    }
+    read(folder_.rowCount(), [&](auto row, std::int64_t) {
+      const auto found = byCaption.find(captionOf(row));
+      if (found == byCaption.end()) return;
+      found->second->before = row[value_].first->toDouble();
+      found->second->beforeText = toQt(folder_.text(value_, row[value_]));
+    });
+    if (!stopped_) return true;
+    for (Bar& bar : bars) bar.before.reset();
+    return false;
+  }
+
   Bars first(std::size_t most) {
     Bars bars;
     read(static_cast<std::int64_t>(most),
@@ -87,11 +109,13 @@ class BarReader {
     });
   }
 
+  [[nodiscard]] QString captionOf(std::span<const folders::CellValue> row) const {
+    const QString caption = toQt(folder_.text(caption_, row[caption_]));
+    return caption.isEmpty() ? QString("-") : caption;
+  }
+
   [[nodiscard]] Bar barOf(std::span<const folders::CellValue> row, std::int64_t position) const {
-    Bar bar{toQt(folder_.text(caption_, row[caption_])), toQt(folder_.text(value_, row[value_])),
-            row[value_].first->toDouble(), position};
-    if (bar.caption.isEmpty()) bar.caption = "-";
-    return bar;
+    return {captionOf(row), toQt(folder_.text(value_, row[value_])), row[value_].first->toDouble(), position};
   }
 
   folders::FolderView& folder_;
@@ -106,6 +130,11 @@ class BarReader {
 
 bool hasAxis(const folders::FolderDefinition& folder) {
   return axisOf(folder.id) != nullptr;
+}
+
+bool readBefore(std::vector<ChartView::Bar>& bars, folders::FolderView& before, std::size_t value,
+                platform::Operator& person) {
+  return BarReader(before, value, person).before(bars);
 }
 
 std::vector<std::pair<int, QString>> measuresOf(const folders::FolderView& folder) {

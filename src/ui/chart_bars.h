@@ -12,6 +12,11 @@ namespace ui {
 // Statistics of hours, days and months: their bars form an axis, which has a place for every value.
 [[nodiscard]] bool hasAxis(const folders::FolderDefinition& folder);
 
+// Gives the bars of a statistic the values of `before`, the same folder over another period. False when `person`
+// stopped it: they have none then.
+bool readBefore(std::vector<ChartView::Bar>& bars, folders::FolderView& before, std::size_t value,
+                platform::Operator& person);
+
 // The shown columns that can be drawn: kind and caption.
 [[nodiscard]] std::vector<std::pair<int, QString>> measuresOf(const folders::FolderView& folder);
 

@@ -2,18 +2,17 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QHBoxLayout>
 #include <QMenu>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QStyle>
+#include <QSvgGenerator>
 #include <QVBoxLayout>
-#include <fstream>
 
-#include "folders/bar_chart.h"
 #include "ui/dialogs/file_question.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
+#include "ui/flow_layout.h"
 #include "ui/page_setup.h"
 
 namespace ui {
@@ -22,6 +21,7 @@ namespace {
 
 constexpr int kNumbers[] = {10, 20, 50};
 constexpr int kAll = 400;            // more cannot be read
+constexpr int kColumnsThatFit = 20;  // with their captions
 constexpr int kPictureScale = 2;     // for papers and large screens
 constexpr QSize kPicture(960, 540);  // before that
 
@@ -37,25 +37,37 @@ ChartPane::ChartPane(const Texts& texts, foundation::ConfigManager& config, QWid
       texts_(texts),
       config_(config),
       measures_(named(new QComboBox, "chartMeasure")),
+      shapes_(named(new QComboBox, "chartShape")),
       numbers_(named(new QComboBox, "chartNumber")),
+      compare_(named(new QCheckBox(texts("IDS_CHART_COMPARE")), "chartCompare")),
       shown_(named(new QLabel, "chartShown")),
       menu_(named(new QToolButton, "chartMenu")),
       scroll_(new QScrollArea),
-      chart_(new ChartView) {
+      chart_(new ChartView(texts)) {
   measures_->setAccessibleName(texts("IDS_CHART_MEASURE"));
   measures_->setToolTip(texts("IDS_CHART_MEASURE"));
+  shapes_->setAccessibleName(texts("IDS_CHART_SHAPE"));
+  shapes_->setToolTip(texts("IDS_CHART_SHAPE"));
   numbers_->setAccessibleName(texts("IDS_CHART_NUMBER"));
   numbers_->setToolTip(texts("IDS_CHART_NUMBER"));
+  compare_->setToolTip(texts("IDS_CHART_COMPARE_TIP"));
   numbers_->addItem(texts("IDS_CHART_FITTING"), 0);
   for (const int number : kNumbers) numbers_->addItem(QString::number(number), number);
   numbers_->addItem(texts("IDS_CHART_ALL"), kAll);
   buildMenu();
-  auto* choices = new QHBoxLayout;
+  auto* bar = new QWidget;
+  auto* choices = new FlowLayout(bar);
   choices->setContentsMargins(8, 4, 8, 0);
+  choices->setSpacing(8);
+  // As high as the boxes, in whose middle their texts stand.
+  for (QWidget* text : {static_cast<QWidget*>(shown_), static_cast<QWidget*>(compare_)}) {
+    text->setMinimumHeight(measures_->sizeHint().height());
+  }
   choices->addWidget(measures_);
+  choices->addWidget(shapes_);
   choices->addWidget(numbers_);
   choices->addWidget(shown_);
-  choices->addStretch();
+  choices->addWidget(compare_);
   choices->addWidget(menu_);
   scroll_->setWidget(chart_);
   scroll_->setWidgetResizable(true);
@@ -64,19 +76,25 @@ ChartPane::ChartPane(const Texts& texts, foundation::ConfigManager& config, QWid
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
-  layout->addLayout(choices);
+  layout->addWidget(bar);
   layout->addWidget(scroll_, 1);
   connect(measures_, &QComboBox::activated, this, [this] {
     preferred_ = measure();
     emit choiceChanged();
   });
+  connect(shapes_, &QComboBox::activated, this, [this] {
+    (onAxis_ ? axisShape_ : plainShape_) = shape();
+    emit choiceChanged();
+  });
   connect(numbers_, &QComboBox::activated, this, &ChartPane::choiceChanged);
+  connect(compare_, &QCheckBox::clicked, this, &ChartPane::choiceChanged);
   connect(chart_, &ChartView::drawn, this, &ChartPane::tellHowMany);
 }
 
 void ChartPane::buildMenu() {
-  menu_->setText(texts_("IDS_CHART_MENU"));
+  menu_->setText(texts_("IDS_CHART_MENU") + "   ");  // room for the arrow
   menu_->setAccessibleName(texts_("IDS_CHART_MENU"));
+  menu_->setToolTip(texts_("IDS_CHART_MENU_TIP"));
   menu_->setPopupMode(QToolButton::InstantPopup);
   menu_->setFocusPolicy(Qt::TabFocus);
   auto* menu = new QMenu(menu_);
@@ -101,24 +119,43 @@ int ChartPane::measure() const {
   return measures_->currentData().toInt();
 }
 
-int ChartPane::wanted() const {
-  return numbers_->currentData().toInt();
+void ChartPane::offerShapes(bool onAxis) {
+  onAxis_ = onAxis;
+  shapes_->clear();
+  const auto offer = [this](const char* key, ChartShape shape) {
+    shapes_->addItem(texts_(key), static_cast<int>(shape));
+  };
+  offer("IDS_CHART_COLUMNS", ChartShape::Columns);
+  if (onAxis) offer("IDS_CHART_LINE", ChartShape::Line);
+  offer("IDS_CHART_BARS", ChartShape::Bars);
+  shapes_->setCurrentIndex(shapes_->findData(static_cast<int>(onAxis ? axisShape_ : plainShape_)));
 }
 
-void ChartPane::show(const QString& title, std::vector<ChartView::Bar> bars, const QString& emptyText,
-                     ChartView::Shape shape, std::int64_t all) {
+ChartShape ChartPane::shape() const {
+  return static_cast<ChartShape>(shapes_->currentData().toInt());
+}
+
+void ChartPane::offerComparison(bool sensible) {
+  compare_->setVisible(sensible);
+}
+
+void ChartPane::show(Chart chart, std::int64_t all) {
   all_ = all;
+  chart.shape = shape();
   // An axis is whole or it is none.
-  numbers_->setVisible(shape == ChartView::Shape::Lines);
-  chart_->setBars(title, std::move(bars), emptyText, shape);
-  chart_->wantBars(shape == ChartView::Shape::Lines ? wanted() : 0);
+  numbers_->setVisible(!onAxis_);
+  const int number = numbers_->currentData().toInt();
+  chart.wanted = chart.shape != ChartShape::Bars ? 0 : onAxis_ ? kAll : number;
+  const auto most = static_cast<std::size_t>(number > 0 ? number : kColumnsThatFit);
+  if (chart.shape == ChartShape::Columns && !onAxis_ && chart.bars.size() > most) chart.bars.resize(most);
+  chart_->show(std::move(chart));
   tellHowMany();
 }
 
-// The lines that have a bar, which a larger window may change.
+// The bars that there is room for, which a larger window may change.
 void ChartPane::tellHowMany() {
-  const bool lines = chart_->shape() == ChartView::Shape::Lines && !chart_->bars().empty();
-  shown_->setText(lines ? texts_.format("IDS_CHART_SHOWN", chart_->shownBars(), all_) : QString());
+  const bool some = !onAxis_ && !chart_->bars().empty();
+  shown_->setText(some ? texts_.format("IDS_CHART_SHOWN", chart_->shownBars(), all_) : QString());
 }
 
 QImage ChartPane::picture() const {
@@ -134,34 +171,38 @@ void ChartPane::copyPicture() {
 }
 
 void ChartPane::savePicture() {
-  const QString name = toQt(
-      askFile(config_, texts_, this, {"saveChart", "IDS_CHART_SAVE", {"PNG (*.png)", "SVG (*.svg)"}, chart_->title()})
-          .string());
+  const QString name =
+      toQt(askFile(config_, texts_, this,
+                   {"saveChart", "IDS_CHART_SAVE", {"PNG (*.png)", "SVG (*.svg)"}, chart_->shown().title})
+               .string());
   if (name.isEmpty()) return;
-  bool written = false;
-  if (name.endsWith(".svg", Qt::CaseInsensitive)) {
-    std::vector<folders::Bar> bars;
-    for (const ChartView::Bar& bar : chart_->bars()) {
-      bars.push_back({fromQt(bar.caption), bar.value, fromQt(bar.valueText)});
-    }
-    std::ofstream file(fromQt(name), std::ios::binary);
-    file << folders::barChartSvg(bars, fromQt(chart_->title()));
-    written = file.flush().good();
-  } else {
-    written = picture().save(name, "PNG");
-  }
+  const bool vectors = name.endsWith(".svg", Qt::CaseInsensitive);
+  const bool written = vectors ? writeSvg(name) : picture().save(name, "PNG");
   if (!written) return warn(this, texts_, texts_.format("IDS_CANTWRITEFILE", fromQt(name)));
   emit saved(name);
+}
+
+bool ChartPane::writeSvg(const QString& name) const {
+  QSvgGenerator svg;
+  svg.setFileName(name);
+  svg.setTitle(chart_->shown().title);
+  svg.setSize(kPicture);
+  svg.setViewBox(QRect(QPoint(0, 0), kPicture));
+  QPainter painter;
+  if (!painter.begin(&svg)) return false;
+  chart_->draw(painter, QRect(QPoint(0, 0), kPicture), paper());
+  return painter.end();
 }
 
 void ChartPane::print() {
   QPrinter printer(QPrinter::HighResolution);
   usePageSetup(printer, config_);
-  printer.setDocName(chart_->title());
+  printer.setDocName(chart_->shown().title);
   QPrintDialog dialog(&printer, this);
   if (dialog.exec() != QDialog::Accepted) return;
   keepPageSetup(printer, config_);
-  QPainter painter(&printer);
+  QPainter painter;
+  if (!painter.begin(&printer)) return warn(this, texts_, texts_("IDS_PRINTER_REFUSES"));
   const QSizeF sheet = printer.pageRect(QPrinter::DevicePixel).size();
   const qreal scale = sheet.width() / kPicture.width();
   painter.scale(scale, scale);

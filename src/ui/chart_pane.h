@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QScrollArea>
@@ -13,7 +14,8 @@
 
 namespace ui {
 
-// A chart under the choices of what it shows: which figure, how many bars, and a menu to take it elsewhere.
+// A chart under the choices of what it shows: which figure, as what, how many bars, whether beside the period before;
+// and a menu to take it elsewhere.
 class ChartPane : public QWidget {
   Q_OBJECT
 
@@ -25,11 +27,14 @@ class ChartPane : public QWidget {
   // among them, else `standard` is.
   void offerMeasures(const std::vector<std::pair<int, QString>>& measures, int standard);
   [[nodiscard]] int measure() const;  // kind; 0 when there is none
-  // Bars that are wanted; 0: as many as fit.
-  [[nodiscard]] int wanted() const;
-  // `all`: rows that could have a bar.
-  void show(const QString& title, std::vector<ChartView::Bar> bars, const QString& emptyText, ChartView::Shape shape,
-            std::int64_t all);
+  // On an axis of time columns, a line or bars; else bars or columns. The shape chosen before for the like stays.
+  void offerShapes(bool onAxis);
+  [[nodiscard]] ChartShape shape() const;
+  // Where the filter has a period that another one came before.
+  void offerComparison(bool sensible);
+  [[nodiscard]] bool compares() const { return compare_->isVisibleTo(this) && compare_->isChecked(); }
+  // In the chosen shape, with as many bars as are wanted. `all`: rows that could have a bar.
+  void show(Chart chart, std::int64_t all);
   [[nodiscard]] ChartView& chart() const { return *chart_; }
 
  signals:
@@ -42,18 +47,24 @@ class ChartPane : public QWidget {
   void savePicture();
   void print();
   [[nodiscard]] QImage picture() const;
+  [[nodiscard]] bool writeSvg(const QString& name) const;
   void tellHowMany();
 
   const Texts& texts_;
   foundation::ConfigManager& config_;
   QComboBox* measures_;
+  QComboBox* shapes_;
   QComboBox* numbers_;
+  QCheckBox* compare_;
   QLabel* shown_;
   QToolButton* menu_;
   QScrollArea* scroll_;
   ChartView* chart_;
   std::int64_t all_ = 0;
   int preferred_ = 0;  // the kind that the operator chose last
+  bool onAxis_ = false;
+  ChartShape axisShape_ = ChartShape::Columns;
+  ChartShape plainShape_ = ChartShape::Bars;
 };
 
 }  // namespace ui

@@ -4,10 +4,12 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QMimeData>
 #include <QPainter>
 #include <QStyledItemDelegate>
 #include <QTimer>
+#include <QToolTip>
 #include <algorithm>
 #include <set>
 #include <utility>
@@ -51,13 +53,14 @@ int firstSortKey(int folder) {
 // A first width for a column without a kept one, in digits: of calls, duration and cost are seen in a window of 1280
 // pixels.
 int defaultLetters(int kind, folders::Format format) {
-  constexpr std::pair<int, int> kOfCalls[] = {{400, 15}, {403, 6}, {404, 9}, {405, 9}, {407, 19}, {408, 10}, {411, 14}};
-  for (const auto& [column, letters] : kOfCalls) {
+  constexpr std::pair<int, int> kWidths[] = {{381, 70}, {400, 15}, {403, 6},  {404, 9},
+                                             {405, 9},  {407, 19}, {408, 10}, {411, 14}};
+  for (const auto& [column, letters] : kWidths) {
     if (column == kind) return letters;
   }
   switch (format) {
     case folders::Format::DateTime:
-      return 17;
+      return 19;
     case folders::Format::Text:
       return 22;
     case folders::Format::Extension:
@@ -96,6 +99,17 @@ class RoomyDelegate : public QStyledItemDelegate {
     style.drawItemText(painter, cell.rect, static_cast<int>(cell.displayAlignment), cell.palette, true,
                        cell.fontMetrics.elidedText(text, Qt::ElideRight, cell.rect.width()),
                        selected ? QPalette::HighlightedText : QPalette::Text);
+  }
+
+  // A text that is cut is told whole.
+  bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) override {
+    const QString text = index.data().toString();
+    const bool cut = event->type() == QEvent::ToolTip &&
+                     option.fontMetrics.horizontalAdvance(text) > option.rect.width() - 2 * kCellMargin;
+    if (!cut) return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QToolTip::showText(event->globalPos(), text, view);
+    return true;
   }
 
  private:
@@ -172,6 +186,16 @@ CFolderView::View CFolderView::openView(const folders::FolderDefinition& folder,
     if (!error.canceled()) emit failed(toQt(error.description()));
     return nullptr;
   }
+}
+
+std::unique_ptr<folders::FolderView> CFolderView::sameFolder(const filter::FilterSettings& settings) const {
+  const folders::FolderView& open = *model_->folder();
+  auto view = std::make_unique<folders::FolderView>(open.folder().definition(), document_.folderServices(),
+                                                    document_.valueFormatter(), open.sortKey());
+  view->setLayout(open.layout());
+  narrow(*view, present());
+  view->useSettings(settings);
+  return view;
 }
 
 // Counts the rows and reads the first ones; only then the view takes the place of the one that is shown.

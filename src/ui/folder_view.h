@@ -55,6 +55,9 @@ class CFolderView : public QTableView {
   enum class Nothing { HasRows, NotFound, Filtered, NoCalls, NoContacts, NoEntries };
   [[nodiscard]] Nothing nothing() const;
   [[nodiscard]] QString emptyText() const;
+  // The open folder over the calls of other settings of the filter, narrowed and with columns as it is here. Throws
+  // jet::Error.
+  [[nodiscard]] std::unique_ptr<folders::FolderView> sameFolder(const filter::FilterSettings& settings) const;
   void copySelection(CopyForm form);
   void sortByCurrentColumn();
   // Typed letters look at the rows at hand only: the view's own search would read every row.

@@ -11,6 +11,7 @@
 #include "folders/folder_view.h"
 #include "platform/progress.h"
 #include "server/server_doc.h"
+#include "ui/readable_palette.h"
 
 namespace ui {
 
@@ -29,16 +30,9 @@ int weekdayOf(int row) {
   return row == kDays - 1 ? 1 : row + 2;
 }
 
-QColor blend(const QColor& from, const QColor& to, double part) {
-  const auto mixed = [part](int a, int b) { return static_cast<int>(a + (b - a) * part); };
-  return {mixed(from.red(), to.red()), mixed(from.green(), to.green()), mixed(from.blue(), to.blue())};
-}
-
 // The one of the two that is read better on the ground.
 QColor readableOn(const QColor& ground) {
-  const double light = 0.299 * ground.red() + 0.587 * ground.green() + 0.114 * ground.blue();
-  constexpr double kMiddle = 140;
-  return light > kMiddle ? Qt::black : Qt::white;
+  return contrastOf(Qt::black, ground) > contrastOf(Qt::white, ground) ? Qt::black : Qt::white;
 }
 
 // The hour statistic of one weekday.
@@ -60,6 +54,7 @@ class WeekDialog : public FormDialog {
     body()->addWidget(makeHint(texts("IDS_WEEK_HINT")));
     body()->addWidget(map, 1);
     okButton()->hide();
+    cancelButton()->setText(texts("IDS_CLOSE"));
     connect(map, &HeatMap::chosen, this, [this](int weekday, int hour) {
       chosen_ = WeekHour{weekday, hour};
       accept();
@@ -74,7 +69,7 @@ class WeekDialog : public FormDialog {
 }  // namespace
 
 HeatMap::HeatMap(const Counts& counts, std::array<QString, 8> weekdays, QWidget* parent)
-    : QWidget(parent), counts_(counts), weekdays_(std::move(weekdays)) {
+    : PaintedView(parent), counts_(counts), weekdays_(std::move(weekdays)) {
   setObjectName("heatMap");
   setFocusPolicy(Qt::StrongFocus);
   QStringList spoken;
@@ -120,7 +115,7 @@ QRect HeatMap::cell(int row, int hour) const {
 void HeatMap::drawCell(QPainter& painter, int row, int hour) const {
   const QRect place = cell(row, hour);
   const double part = largest_ > 0 ? static_cast<double>(count(row, hour)) / static_cast<double>(largest_) : 0;
-  const QColor ground = blend(palette().color(QPalette::Base), palette().color(QPalette::Highlight), part);
+  const QColor ground = mixed(palette().color(QPalette::Base), palette().color(QPalette::Highlight), part);
   painter.fillRect(place, ground);
   if (count(row, hour) > 0) {
     painter.setPen(readableOn(ground));
@@ -185,7 +180,12 @@ void HeatMap::keyPressEvent(QKeyEvent* event) {
     default:
       return QWidget::keyPressEvent(event);
   }
+  tellMarked();
   update();
+}
+
+QString HeatMap::markedText() const {
+  return tell({weekdayOf(row_), hour_});
 }
 
 bool HeatMap::event(QEvent* event) {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QWidget>
 #include <array>
 #include <optional>
 
 #include "ui/dialogs/form_dialog.h"
+#include "ui/painted_view.h"
 
 namespace server {
 class CServerDoc;
@@ -20,7 +20,7 @@ struct WeekHour {
 
 // Calls by weekday and hour as a table of cells, the darker the more; each cell tells its number. The arrow keys go
 // through the cells, Enter or a click asks for the calls of one.
-class HeatMap : public QWidget {
+class HeatMap : public PaintedView {
   Q_OBJECT
 
  public:
@@ -29,6 +29,7 @@ class HeatMap : public QWidget {
   HeatMap(const Counts& counts, std::array<QString, 8> weekdays, QWidget* parent = nullptr);
   [[nodiscard]] QSize minimumSizeHint() const override;
   [[nodiscard]] QSize sizeHint() const override;
+  [[nodiscard]] QString markedText() const override;
 
  signals:
   void chosen(int weekday, int hour);

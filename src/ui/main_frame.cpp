@@ -14,12 +14,12 @@
 #include "security/rights.h"
 #include "server/data_folder.h"
 #include "server/service.h"
-#include "ui/chart_bars.h"
 #include "ui/command_handler.h"
 #include "ui/contact_calls.h"
 #include "ui/exchange/exchange_place.h"
 #include "ui/exchange/monitor_pane.h"
 #include "ui/filter_menus.h"
+#include "ui/folder_chart.h"
 #include "ui/record_commands.h"
 #include "ui/window_placement.h"
 
@@ -35,10 +35,6 @@ constexpr std::int64_t kSummedRows = 500'000;
 constexpr std::int64_t kAddedRows = 5000;
 // Milliseconds until words that were typed during other work are looked for.
 constexpr int kRetry = 150;
-// The chart has this many bars at most; beyond them they are too many to read.
-constexpr std::size_t kChartRows = 400;
-constexpr int kKindCount = 421;
-constexpr int kKindCost = 422;
 
 }  // namespace
 
@@ -455,26 +451,7 @@ void CMainFrame::showChart() {
   const bool statistic = folder != nullptr && folders::isStatistic(folder->folder().definition());
   chart_->setVisible(statistic);
   details_->setVisible(!statistic);
-  if (!statistic) return;
-  const QString caption = toQt(folder->folder().caption());
-  const auto measures = measuresOf(*folder);
-  // The cost; the calls where it is not shown.
-  const bool charged = std::ranges::any_of(measures, [](const auto& measure) { return measure.first == kKindCost; });
-  chart_->offerMeasures(measures, charged ? kKindCost : kKindCount);
-  const int column = measures.empty() ? -1 : list_->model().columnOf(chart_->measure());
-  if (column < 0) return chart_->show(caption, {}, texts_("IDS_EMPTY_CHART"), ChartView::Shape::Lines, 0);
-  const auto value = static_cast<std::size_t>(column);
-  const QString title = QString("%1: %2").arg(caption, toQt(folder->columns()[value].caption));
-  const auto shape = hasAxis(folder->folder().definition()) ? ChartView::Shape::Columns : ChartView::Shape::Lines;
-  try {
-    platform::Operator& person = document_.app().surroundings().person;
-    const platform::Progress progress(person, folder->folder().caption(), fromQt(texts_("IDS_READING_ROWS")),
-                                      folder->rowCount());
-    chart_->show(title, readBars(*folder, value, kChartRows, person), texts_("IDS_EMPTY_CHART"), shape,
-                 folder->rowCount());
-  } catch (const jet::Error& error) {
-    chart_->show(title, {}, toQt(error.description()), shape, 0);
-  }
+  if (statistic) showFolderChart(*chart_, *list_, document_, texts_);
 }
 
 void CMainFrame::drillDown(int) {

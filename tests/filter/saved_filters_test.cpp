@@ -45,6 +45,28 @@ TEST(Periods, HaveTheirFirstAndLastSecond) {
   }
 }
 
+TEST(Periods, AreComparedWithThoseBefore) {
+  const auto at = [](const char* stored) { return *DateTime::fromStored(stored); };
+  const struct {
+    const char* start;
+    const char* end;
+    const char* startBefore;
+    const char* endBefore;
+  } cases[] = {
+      {"2026-03-01 00:00:00", "2026-03-31 23:59:59", "2026-02-01 00:00:00", "2026-02-28 23:59:59"},
+      {"2026-01-01 00:00:00", "2026-03-31 23:59:59", "2025-10-01 00:00:00", "2025-12-31 23:59:59"},
+      {"2026-01-05 00:00:00", "2026-01-11 23:59:59", "2025-12-29 00:00:00", "2026-01-04 23:59:59"},
+      {"2026-01-05 08:00:00", "2026-01-05 15:59:59", "2026-01-05 00:00:00", "2026-01-05 07:59:59"},
+  };
+  for (const auto& sample : cases) {
+    const auto before = periodBefore({at(sample.start), at(sample.end)});
+    ASSERT_TRUE(before) << sample.start;
+    EXPECT_EQ(before->start.stored(), sample.startBefore);
+    EXPECT_EQ(before->end.stored(), sample.endBefore);
+  }
+  EXPECT_FALSE(periodBefore({at("2026-01-05 00:00:00"), at("9999-12-31 23:59:59")}));
+}
+
 class SavedFiltersTest : public testing::Test {
  protected:
   TemporaryFolder folder;
