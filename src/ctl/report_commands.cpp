@@ -93,7 +93,7 @@ using Sheets = std::function<bool(const fs::path&)>;
 bool printSheets(const fs::path& file, const Sheets& sheets, platform::DocumentHandler& documents) {
   const schedule::WorkFolder folder;
   const fs::path pdf = folder.path() / file.filename().replace_extension(".pdf");
-  return sheets(pdf) && documents.print(pdf);
+  return sheets(pdf) && documents.print(pdf) == platform::Printed::Done;
 }
 
 // Opens or prints the file, as asked.
@@ -103,7 +103,8 @@ void handOver(const Invocation& call, const fs::path& file, const Sheets& sheets
     throw Failure(base::format("%s was written, but no program opened it (xdg-open).", file.string()));
   }
   if (!call.arguments.has("--print")) return;
-  if (!(sheets ? printSheets(file, sheets, documents) : documents.print(file))) {
+  const bool printed = sheets ? printSheets(file, sheets, documents) : documents.print(file) == platform::Printed::Done;
+  if (!printed) {
     throw Failure(base::format("%s was written, but it could not be printed (lp).", file.string()));
   }
 }

@@ -103,10 +103,12 @@ bool TerminalDocuments::open(const std::string& pathOrUrl) {
 }
 
 // Print queues take a page for plain text and print its mark-up, so it is handed to them as sheets where it can be.
-bool TerminalDocuments::print(const fs::path& document) {
+platform::Printed TerminalDocuments::print(const fs::path& document) {
   const WorkFolder folder;
   const auto sheets = folder.made() ? makePdf(document, folder.path()) : std::nullopt;
-  return run({"lp", "-t", document.filename().string(), sheets ? sheets->string() : fs::absolute(document).string()});
+  const fs::path printed = sheets.value_or(fs::absolute(document));
+  const bool taken = run({"lp", "-t", document.filename().string(), printed.string()});
+  return taken ? platform::Printed::Done : platform::Printed::Refused;
 }
 
 }  // namespace ctl

@@ -9,7 +9,7 @@ namespace ctl {
 class TerminalDocuments : public platform::DocumentHandler {
  public:
   bool open(const std::string& pathOrUrl) override;
-  bool print(const std::filesystem::path& document) override;
+  platform::Printed print(const std::filesystem::path& document) override;
 };
 
 }  // namespace ctl

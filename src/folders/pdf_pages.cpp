@@ -164,9 +164,13 @@ void drawBars(PdfSheets& sheets, std::span<const Bar> bars) {
 }
 
 bool writeListPdf(FolderView& view, const std::filesystem::path& file) {
+  return writeListSheets(view, file, {});
+}
+
+bool writeListSheets(FolderView& view, const std::filesystem::path& file, const std::optional<print::Sheet>& sheet) {
   const FolderServices& services = view.services();
   const std::string title = services.texts.Translate("IDS_CALLS_REPORT");
-  const PdfSheets::Setup setup = {title + " - " + view.name(), sheetFoot(services), true};
+  const PdfSheets::Setup setup = {title + " - " + view.name(), sheetFoot(services), true, sheet};
   return writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
     drawHead(sheets, title, headerTexts(view.name(), services));
     if (view.folder().definition().condition == ConditionSource::CallFilter) drawFilter(sheets, services);
@@ -193,11 +197,15 @@ bool writeBillPdf(const BillRequest& request, const FolderServices& services, co
 }
 
 bool writeSummaryPdf(FolderView& view, const std::filesystem::path& file) {
+  return writeSummarySheets(view, file, {});
+}
+
+bool writeSummarySheets(FolderView& view, const std::filesystem::path& file, const std::optional<print::Sheet>& sheet) {
   requireStatistic(view);
   const FolderServices& services = view.services();
   const SummaryGroups groups(view);
   const std::string caption = view.folder().caption();
-  return writePdf(file, {caption, sheetFoot(services), false}, services.person, [&](PdfSheets& sheets) {
+  return writePdf(file, {caption, sheetFoot(services), false, sheet}, services.person, [&](PdfSheets& sheets) {
     sheets.paragraph(caption, kTitle);
     sheets.paragraph(groups.chartTitle(), kFaint);
     sheets.moveDown(kGap);

@@ -14,6 +14,8 @@ namespace {
 constexpr double kShortSide = 595.28;  // A4
 constexpr double kLongSide = 841.89;
 constexpr double kMargin = 34;
+constexpr Sheet kUpright = {kShortSide, kLongSide, kMargin, kMargin, kMargin, kMargin};
+constexpr Sheet kLandscape = {kLongSide, kShortSide, kMargin, kMargin, kMargin, kMargin};
 constexpr double kFoot = 22;  // above the lower margin
 constexpr TextStyle kFootStyle = {.size = 7, .color = kFaint};
 // The pages' own font, its free twin, and whatever has the letters that both lack.
@@ -46,10 +48,9 @@ class PdfSheets::Drawing {
  public:
   Drawing(std::function<void(std::string_view)> sink, const Setup& setup)
       : sink_(std::move(sink)),
-        sheetWidth_(setup.landscape ? kLongSide : kShortSide),
-        sheetHeight_(setup.landscape ? kShortSide : kLongSide),
+        sheet_(setup.sheet.value_or(setup.landscape ? kLandscape : kUpright)),
         footText_(setup.footText) {
-    surface_.reset(cairo_pdf_surface_create_for_stream(&Drawing::take, this, sheetWidth_, sheetHeight_));
+    surface_.reset(cairo_pdf_surface_create_for_stream(&Drawing::take, this, sheet_.width, sheet_.height));
     cairo_pdf_surface_set_metadata(surface_.get(), CAIRO_PDF_METADATA_TITLE, valid(setup.title).c_str());
     context_.reset(cairo_create(surface_.get()));
     check();
@@ -59,15 +60,15 @@ class PdfSheets::Drawing {
     font_.reset(pango_font_description_from_string(kFonts));
   }
 
-  [[nodiscard]] double left() const { return kMargin; }
-  [[nodiscard]] double width() const { return sheetWidth_ - 2 * kMargin; }
+  [[nodiscard]] double left() const { return sheet_.left; }
+  [[nodiscard]] double width() const { return sheet_.width - sheet_.left - sheet_.right; }
   [[nodiscard]] double y() const { return y_; }
   void moveDown(double points) { y_ += points; }
 
   bool need(double height) {
-    if (y_ + height <= sheetHeight_ - kMargin - kFoot || y_ <= kMargin) return false;
+    if (y_ + height <= sheet_.height - sheet_.bottom - kFoot || y_ <= sheet_.top) return false;
     endSheet();
-    y_ = kMargin;
+    y_ = sheet_.top;
     return true;
   }
 
@@ -137,10 +138,10 @@ class PdfSheets::Drawing {
   }
 
   void endSheet() {
-    const double top = sheetHeight_ - kMargin - 9;
-    box(kMargin, top - 5, width(), 0.5, kRule);
-    draw(kMargin, top, width(), footText_, kFootStyle, Align::Left);
-    draw(kMargin, top, width(), std::to_string(++sheets_), kFootStyle, Align::Right);
+    const double top = sheet_.height - sheet_.bottom - 9;
+    box(left(), top - 5, width(), 0.5, kRule);
+    draw(left(), top, width(), footText_, kFootStyle, Align::Left);
+    draw(left(), top, width(), std::to_string(++sheets_), kFootStyle, Align::Right);
     cairo_show_page(context_.get());
     check();
   }
@@ -177,14 +178,13 @@ class PdfSheets::Drawing {
 
   std::function<void(std::string_view)> sink_;
   std::exception_ptr fault_;
-  double sheetWidth_;
-  double sheetHeight_;
+  Sheet sheet_;
   std::string footText_;
   Owned<cairo_surface_t> surface_;
   Owned<cairo_t> context_;
   Owned<PangoFontDescription> font_;
   Owned<PangoLayout> layout_;
-  double y_ = kMargin;
+  double y_ = sheet_.top;
   int sheets_ = 0;
 };
 

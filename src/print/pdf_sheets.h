@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,14 +25,26 @@ struct TextStyle {
   int lines = 1;  // a text that needs more is cut with an ellipsis; 0: as many as it takes
 };
 
-// A PDF document of A4 sheets that is drawn from top to bottom. Lengths are points (1/72 inch); `y` counts from the top
-// of the sheet. Every sheet gets a foot with its number. Memory holds one sheet at a time, not the document.
+// A sheet of paper and the margins that are kept free, in points.
+struct Sheet {
+  double width;
+  double height;
+  double left;
+  double top;
+  double right;
+  double bottom;
+};
+
+// A PDF document, of A4 sheets unless others are asked for, that is drawn from top to bottom. Lengths are points (1/72
+// inch); `y` counts from the top of the sheet. Every sheet gets a foot with its number. Memory holds one sheet at a
+// time, not the document.
 class PdfSheets {
  public:
   struct Setup {
-    std::string title;     // of the document, shown by readers in place of the file's name
-    std::string footText;  // left at the foot of each sheet
-    bool landscape = false;
+    std::string title;                // of the document, shown by readers in place of the file's name
+    std::string footText;             // left at the foot of each sheet
+    bool landscape = false;           // of A4
+    std::optional<Sheet> sheet = {};  // in place of A4
   };
   // `sink` takes the file's bytes in order; what it throws is thrown on by finish(). Throws std::runtime_error when
   // drawing fails.

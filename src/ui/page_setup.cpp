@@ -1,5 +1,6 @@
 #include "ui/page_setup.h"
 
+#include <QPageLayout>
 #include <QPageSetupDialog>
 #include <QStringList>
 
@@ -24,21 +25,38 @@ QPageSize sizeOfKey(const QString& key) {
   return QPageSize(QPageSize::A4);
 }
 
-}  // namespace
-
-void usePageSetup(QPrinter& printer, foundation::ConfigManager& config) {
+// Nothing when none was kept, or one that means no sheet.
+std::optional<QPageLayout> keptLayout(foundation::ConfigManager& config) {
   const QStringList kept =
       toQt(config.ReadConfigString(kPageSetupKey, foundation::kGeneral, foundation::StoreMachine, ""))
           .split(';', Qt::KeepEmptyParts);
+  if (kept.size() != kSetupParts) return std::nullopt;
   const auto margin = [&](int part) {
     bool number = false;
-    const qreal millimetres = kept.size() == kSetupParts ? kept[part].toDouble(&number) : 0;
+    const qreal millimetres = kept[part].toDouble(&number);
     return number && millimetres >= 0 && millimetres <= kWidestMargin ? millimetres : kStandardMargin;
   };
-  const bool portrait = kept.size() == kSetupParts && kept[1] != kLandscape;
-  printer.setPageSize(sizeOfKey(kept.front()));
-  printer.setPageOrientation(portrait ? QPageLayout::Portrait : QPageLayout::Landscape);
-  printer.setPageMargins(QMarginsF(margin(2), margin(3), margin(4), margin(5)), QPageLayout::Millimeter);
+  return QPageLayout(sizeOfKey(kept.front()), kept[1] == kLandscape ? QPageLayout::Landscape : QPageLayout::Portrait,
+                     QMarginsF(margin(2), margin(3), margin(4), margin(5)), QPageLayout::Millimeter);
+}
+
+}  // namespace
+
+void usePageSetup(QPrinter& printer, foundation::ConfigManager& config) {
+  const QMarginsF margins(kStandardMargin, kStandardMargin, kStandardMargin, kStandardMargin);
+  const QPageLayout standard(QPageSize(QPageSize::A4), QPageLayout::Landscape, margins, QPageLayout::Millimeter);
+  const QPageLayout layout = keptLayout(config).value_or(standard);
+  printer.setPageSize(layout.pageSize());
+  printer.setPageOrientation(layout.orientation());
+  printer.setPageMargins(layout.margins(), QPageLayout::Millimeter);
+}
+
+std::optional<print::Sheet> keptSheet(foundation::ConfigManager& config) {
+  const auto layout = keptLayout(config);
+  if (!layout) return std::nullopt;
+  const QSizeF paper = layout->fullRect(QPageLayout::Point).size();
+  const QMarginsF margins = layout->margins(QPageLayout::Point);
+  return print::Sheet{paper.width(), paper.height(), margins.left(), margins.top(), margins.right(), margins.bottom()};
 }
 
 void keepPageSetup(const QPrinter& printer, foundation::ConfigManager& config) {

@@ -70,7 +70,7 @@ QString readPage(const std::filesystem::path& document) {
   return toQt(utf8 ? bytes : base::decode(bytes, 1252));
 }
 
-void printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn) {
+bool printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn) {
   constexpr qreal kUnitsPerInch = 96;  // of the document, as on a screen
   constexpr qreal kFoot = 20;          // room for the number of the sheet
   QTextDocument document;
@@ -79,7 +79,8 @@ void printPage(const QString& html, QPrinter& printer, const std::function<bool(
   const QSizeF paper = printer.pageRect(QPrinter::Inch).size() * kUnitsPerInch;
   const Layout layout = layOut(document, {paper.width(), paper.height() - kFoot});
 
-  QPainter painter(&printer);
+  QPainter painter;
+  if (!painter.begin(&printer)) return false;
   QFont font = painter.font();
   font.setPixelSize(11);
   painter.setFont(font);
@@ -88,7 +89,7 @@ void printPage(const QString& html, QPrinter& printer, const std::function<bool(
   for (int sheet = 0; sheet < sheets; ++sheet) {
     if (!goOn()) {
       printer.abort();
-      return;
+      return true;
     }
     if (sheet > 0) printer.newPage();
     QAbstractTextDocumentLayout::PaintContext context;
@@ -103,21 +104,26 @@ void printPage(const QString& html, QPrinter& printer, const std::function<bool(
     painter.drawText(QRectF(0, paper.height() - kFoot, paper.width(), kFoot), Qt::AlignRight | Qt::AlignBottom,
                      QStringLiteral("%1 / %2").arg(sheet + 1).arg(sheets));
   }
+  return painter.end();
 }
 
 namespace {
 
 // Laying out a long list takes seconds in one piece, so it is done on a thread of its own.
-void printBesideTheWindow(const QString& html, QPrinter& printer, const std::string& name, platform::Operator& person) {
+platform::Printed printBesideTheWindow(const QString& html, QPrinter& printer, const std::string& name,
+                                       platform::Operator& person) {
   const platform::Progress progress(person, base::kProgramName, name);
   std::atomic<bool> goOn = true;
+  bool taken = false;
   const std::unique_ptr<QThread> work(
-      QThread::create([&] { printPage(html, printer, [&goOn] { return goOn.load(); }); }));
+      QThread::create([&] { taken = printPage(html, printer, [&goOn] { return goOn.load(); }); }));
   work->start();
   constexpr unsigned long kLook = 20;  // milliseconds
   while (!work->wait(kLook)) {
     if (!person.progressPulse()) goOn = false;
   }
+  if (!goOn) return platform::Printed::Canceled;
+  return taken ? platform::Printed::Done : platform::Printed::Refused;
 }
 
 }  // namespace
@@ -128,14 +134,13 @@ bool QtDocumentHandler::open(const std::string& pathOrUrl) {
   return QDesktopServices::openUrl(address ? QUrl(text) : QUrl::fromLocalFile(text));
 }
 
-bool QtDocumentHandler::print(const std::filesystem::path& document) {
+platform::Printed QtDocumentHandler::print(const std::filesystem::path& document) {
   QPrinter printer(QPrinter::HighResolution);
   usePageSetup(printer, config_);
   QPrintDialog dialog(&printer);
-  if (dialog.exec() != QDialog::Accepted) return true;
+  if (dialog.exec() != QDialog::Accepted) return platform::Printed::Canceled;
   keepPageSetup(printer, config_);
-  printBesideTheWindow(readPage(document), printer, document.string(), person_);
-  return true;
+  return printBesideTheWindow(readPage(document), printer, document.string(), person_);
 }
 
 }  // namespace ui

@@ -13,8 +13,8 @@ class QPrinter;
 namespace ui {
 
 // Prints a page of the reports on numbered sheets, every column of its lists on them, headings repeated. `goOn` is
-// asked before each sheet; its no ends the work there. May run on any thread.
-void printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn);
+// asked before each sheet; its no ends the work there. False when the printer takes nothing. May run on any thread.
+bool printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn);
 
 // A page of the reports, in the encoding that it declares.
 [[nodiscard]] QString readPage(const std::filesystem::path& document);
@@ -26,7 +26,7 @@ class QtDocumentHandler : public platform::DocumentHandler {
   QtDocumentHandler(platform::Operator& person, foundation::ConfigManager& config) : person_(person), config_(config) {}
 
   bool open(const std::string& pathOrUrl) override;
-  bool print(const std::filesystem::path& document) override;
+  platform::Printed print(const std::filesystem::path& document) override;
 
  private:
   platform::Operator& person_;

@@ -39,6 +39,13 @@ class PdfTest : public testing::Test {
   fs::path file = office.folder / "page.pdf";
 };
 
+TEST_F(PdfTest, AListTakesTheSheetThatIsAskedFor) {
+  office.call({{"DialNumber", "0744"}});
+  FolderView view = office.view(100);
+  ASSERT_TRUE(writeListSheets(view, file, print::Sheet{420, 595, 30, 30, 30, 30}));
+  EXPECT_NE(info().find("420 x 595"), std::string::npos) << info();
+}
+
 TEST_F(PdfTest, AListHasEveryRowAndItsHeadingsOnEverySheet) {
   jet::Transaction transaction(*office.main);
   for (int i = 0; i < 1000; ++i) {

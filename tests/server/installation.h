@@ -26,7 +26,7 @@ class ScriptedLogin : public security::LoginPrompt {
 class NoDocuments : public platform::DocumentHandler {
  public:
   bool open(const std::string&) override { return false; }
-  bool print(const std::filesystem::path&) override { return false; }
+  platform::Printed print(const std::filesystem::path&) override { return platform::Printed::Refused; }
 };
 
 // A workstation with the small exchange's files, and the user "ana" with all rights. The language file knows no text

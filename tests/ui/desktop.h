@@ -32,14 +32,15 @@ class ListeningDesktop : public platform::DocumentHandler {
     opened.push_back(pathOrUrl);
     return answer;
   }
-  bool print(const std::filesystem::path& document) override {
+  platform::Printed print(const std::filesystem::path& document) override {
     printed.push_back(document.string());
-    return answer;
+    return printing;
   }
 
   std::vector<std::string> opened;
   std::vector<std::string> printed;
   bool answer = true;
+  platform::Printed printing = platform::Printed::Done;
 };
 
 // The document over a small exchange's files, with an administrator logged in and reports going to the same folder.

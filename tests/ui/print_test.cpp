@@ -8,6 +8,7 @@
 #include <regex>
 
 #include "support/temporary_folder.h"
+#include "ui/page_setup.h"
 #include "ui/qt_document_handler.h"
 
 namespace {
@@ -39,6 +40,24 @@ int sheetsOf(
   const std::string pdf = readFile(file);
   const std::regex sheet("/Type\\s*/Page\\b(?!s)");
   return static_cast<int>(std::distance(std::sregex_iterator(pdf.begin(), pdf.end(), sheet), std::sregex_iterator()));
+}
+
+TEST(PageSetup, ThePdfsTakeTheSheetThatWasChosen) {
+  const TemporaryFolder folder;
+  foundation::MachineStore store(folder / "machine.ini");
+  foundation::ConfigManager config(store);
+  EXPECT_FALSE(ui::keptSheet(config));  // each page has its own
+  QPrinter printer;
+  printer.setPageSize(QPageSize(QPageSize::A5));
+  printer.setPageOrientation(QPageLayout::Portrait);
+  printer.setPageMargins(QMarginsF(20, 15, 10, 25.4), QPageLayout::Millimeter);
+  ui::keepPageSetup(printer, config);
+  const auto sheet = ui::keptSheet(config);
+  ASSERT_TRUE(sheet);
+  EXPECT_NEAR(sheet->width, 420, 1);
+  EXPECT_NEAR(sheet->height, 595, 1);
+  EXPECT_NEAR(sheet->bottom, 72, 1);
+  EXPECT_NEAR(sheet->right, 28.35, 1);
 }
 
 // Where numbers were broken at the margin of narrow columns, each call would take several lines.

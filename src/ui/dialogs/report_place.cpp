@@ -16,11 +16,16 @@ std::filesystem::path reportFile(server::CServerDoc& document, const char* name)
   return file.replace_filename(name).lexically_normal();
 }
 
-void handOver(server::CServerDoc& document, const Texts& texts, QWidget* parent, const std::filesystem::path& page,
+bool handOver(server::CServerDoc& document, const Texts& texts, QWidget* parent, const std::filesystem::path& page,
               ReportUse use) {
   auto& desktop = document.app().surroundings().documents;
-  const bool taken = use == ReportUse::Print ? desktop.print(page) : desktop.open(page.string());
-  if (!taken) warn(parent, texts, texts.format("IDS_CANTOPENPAGE", page.string()));
+  if (use == ReportUse::Print) {
+    const platform::Printed printed = desktop.print(page);
+    if (printed == platform::Printed::Refused) warn(parent, texts, texts("IDS_PRINTER_REFUSES"));
+    return printed != platform::Printed::Canceled;
+  }
+  if (!desktop.open(page.string())) warn(parent, texts, texts.format("IDS_CANTOPENPAGE", page.string()));
+  return true;
 }
 
 }  // namespace ui

@@ -82,8 +82,7 @@ std::filesystem::path makeListReport(server::CServerDoc& document, const Texts& 
                           [&] { return folders::writeListReport(folder, page); })) {
     return {};
   }
-  handOver(document, texts, parent, page, use);
-  return page;
+  return handOver(document, texts, parent, page, use) ? page : std::filesystem::path();
 }
 
 std::filesystem::path makeSummaryPage(server::CServerDoc& document, const Texts& texts, QWidget* parent,
@@ -130,9 +129,10 @@ std::filesystem::path saveFolderAsPdf(server::CServerDoc& document, const Texts&
               {"savePdf", "IDS_ACTION_SAVE_PDF", {"PDF (*.pdf)"}, shownTitle(document, folder)});
   if (file.empty()) return {};
   // A statistic with its chart, as the summary page has it.
+  const auto sheet = keptSheet(document.app().config());
   const bool summary = folders::canSummarise(folder.folder().definition());
   const bool written = writeUnderProgress(document, texts, parent, folder, file, [&] {
-    return summary ? folders::writeSummaryPdf(folder, file) : folders::writeListPdf(folder, file);
+    return summary ? folders::writeSummarySheets(folder, file, sheet) : folders::writeListSheets(folder, file, sheet);
   });
   return written ? file : std::filesystem::path();
 }
