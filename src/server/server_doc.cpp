@@ -326,9 +326,15 @@ void CServerDoc::refresh() {
   if (recorder_) recorder_->refreshDefinitions();
 }
 
+// Says how many records go. Throws jet::Error.
+bool CServerDoc::confirmDeletion(std::string_view question, std::string_view count) {
+  const std::int64_t records = main_->openSnapshot(count).at(0, 0).toLong();
+  return person_.askYesNo(language_.TranslateFormat(question, records), platform::Operator::Unattended::No);
+}
+
 bool CServerDoc::resetCalls() {
   security::requireAllCalls(user_, language_);
-  if (!person_.askYesNo(language_.Translate("IDS_CONFIRMRESET"), platform::Operator::Unattended::No)) return false;
+  if (!confirmDeletion("IDS_CONFIRMRESET", "select count(*) as cnt from Calls")) return false;
   jet::Transaction transaction(*main_);
   main_->execute("delete from Calls");
   tags_.TouchCalls();
@@ -337,9 +343,7 @@ bool CServerDoc::resetCalls() {
 }
 
 bool CServerDoc::resetContacts() {
-  if (!person_.askYesNo(language_.Translate("IDS_CONFIRMRESET_CONTACTS"), platform::Operator::Unattended::No)) {
-    return false;
-  }
+  if (!confirmDeletion("IDS_CONFIRMRESET_CONTACTS", "select count(*) as cnt from Contacts")) return false;
   jet::Transaction transaction(*main_);
   main_->execute("delete from contacts");
   tags_.Touch("Contacts");
@@ -349,9 +353,8 @@ bool CServerDoc::resetContacts() {
 
 bool CServerDoc::deleteZeroLengthCalls() {
   security::requireAllCalls(user_, language_);
-  if (!person_.askYesNo(language_.Translate("IDS_DELETE_ZERO_LENGTH_CALLS"), platform::Operator::Unattended::No)) {
-    return false;
-  }
+  constexpr const char* kCount = "select count(*) as cnt from Calls where totaltime=0 and incoming=0";
+  if (!confirmDeletion("IDS_DELETE_ZERO_LENGTH_CALLS", kCount)) return false;
   jet::Transaction transaction(*main_);
   // Outgoing calls that nobody answered; incoming ones of no length were missed calls and stay.
   main_->execute("delete from Calls where totaltime=0 and incoming=0");

@@ -136,6 +136,7 @@ class CServerDoc {
   void redenominate();
   void stepAlarms();
   void saveDefinitions();
+  bool confirmDeletion(std::string_view question, std::string_view count);
   [[nodiscard]] std::string describe(const jet::Error& error) const;
   void report(const jet::Error& error);
   [[nodiscard]] ingest::ExchangeParts exchangeParts();

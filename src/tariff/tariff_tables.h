@@ -16,18 +16,21 @@ namespace tariff {
 struct ProviderRow {
   std::int32_t providerId = 0;
   std::string name;
+  bool operator==(const ProviderRow&) const = default;
 };
 
 struct AreaRow {  // table `prefixes2`
   std::string prefix;
   std::string name;
   std::string country;
+  bool operator==(const AreaRow&) const = default;
 };
 
 struct PrefixRow {  // table `prefixe`
   std::string prefix;
   std::int32_t providerId = 0;
   std::int32_t destinationId = 0;
+  bool operator==(const PrefixRow&) const = default;
 };
 
 struct ProfileRow {
@@ -37,6 +40,7 @@ struct ProfileRow {
   std::int32_t providerId = 0;
   std::int32_t dateGroup = 0;
   std::int32_t freeMinutes = 0;  // counted as seconds, whatever the column's name says
+  bool operator==(const ProfileRow&) const = default;
 };
 
 struct ChargeRow {
@@ -52,6 +56,7 @@ struct ChargeRow {
   double fixedAmount = 0;
   double pulseValue = 0;
   std::string currency;
+  bool operator==(const ChargeRow&) const = default;
 };
 
 struct TariffTables {
@@ -60,6 +65,7 @@ struct TariffTables {
   std::vector<PrefixRow> prefixes;
   std::vector<ProfileRow> profiles;
   std::vector<ChargeRow> charges;
+  bool operator==(const TariffTables&) const = default;
 };
 
 // Days as bits from a stored number; nothing for a number that means no set of days.

@@ -4,11 +4,14 @@
 #include <QClipboard>
 #include <QFileDialog>
 #include <QRegularExpression>
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "base/path.h"
+#include "foundation/definition_change.h"
 #include "security/audit_log.h"
 #include "ui/contact_calls.h"
 #include "ui/dialogs.h"
@@ -89,21 +92,32 @@ bool showsNumbers(const CFolderView& list) {
   return (list.folderId() == kFolderCalls || list.folderId() == kFolderTop) && list.model().columnOf(kKindNumber) >= 0;
 }
 
+// The numbers of the selected rows, each once; of very many rows none.
+std::vector<std::string> selectedNumbers(const CFolderView& list) {
+  constexpr std::int64_t kMostRows = 1000;
+  std::vector<std::string> numbers;
+  if (list.selectedCount() > kMostRows) return numbers;
+  for (const int row : list.selectedRows()) {
+    std::string number = fromQt(list.model().text(row, list.model().columnOf(kKindNumber)));
+    if (!number.empty() && std::ranges::find(numbers, number) == numbers.end()) numbers.push_back(std::move(number));
+  }
+  return numbers;
+}
+
 void hideOrShow(const CommandTarget& target, bool hide) {
-  const QString number = target.list.currentText(kKindNumber);
-  if (number.isEmpty()) return;
-  server::CServerDoc& document = target.document;
-  const auto set = [&document, number = fromQt(number)](bool hidden) {
-    if (hidden) {
-      document.hideNumber(number);
-    } else {
-      document.showNumber(number);
-    }
+  const std::vector<std::string> numbers = selectedNumbers(target.list);
+  if (numbers.empty()) return target.frame.say(target.texts("IDS_SELECT_NUMBERS"));
+  const auto set = [&document = target.document, numbers](bool hidden) {
+    for (const std::string& number : numbers) hidden ? document.hideNumber(number) : document.showNumber(number);
   };
   set(hide);
-  target.frame.undo().push(target.texts.format(hide ? "IDS_UNDO_HIDE" : "IDS_UNDO_SHOW", fromQt(number)),
+  const std::string what = numbers.size() == 1
+                               ? numbers.front()
+                               : target.texts.language().TranslateFormat("IDS_UNDO_NUMBERS", numbers.size());
+  target.frame.undo().push(target.texts.format(hide ? "IDS_UNDO_HIDE" : "IDS_UNDO_SHOW", what),
                            [set, hide] { set(!hide); });
   target.frame.reloadFolder();
+  target.frame.say(target.texts.format(hide ? "IDS_NUMBERS_HIDDEN" : "IDS_NUMBERS_SHOWN", what));
 }
 
 // A contact that has the number is offered first; of a new one that was not completed the operator is asked.
@@ -162,8 +176,34 @@ void openConfigured(const CommandTarget& target, const char* key) {
 // Opens on the page of that caption; null: on the first one.
 void editSettings(const CommandTarget& target, const char* pageKey) {
   SettingsSheet sheet(target.document, target.texts, &target.frame);
+  sheet.keepStepsIn(target.frame.undo());
   if (pageKey != nullptr) sheet.showPage(target.texts(pageKey));
   if (sheet.exec() == QDialog::Accepted) target.frame.reloadFolder();
+}
+
+// Edits them; what was changed can be undone until somebody changes them again.
+bool editCurrenciesUndoably(const CommandTarget& target) {
+  server::CServerDoc& document = target.document;
+  const auto before = document.currencies().entries;
+  if (!editCurrencies(document, target.texts, &target.frame)) return false;
+  if (document.currencies().entries == before) return true;
+  target.frame.undo().push(target.texts("IDS_UNDO_CURRENCIES"),
+                           [&document, before, after = document.currencies().entries] {
+                             tariff::Currencies& currencies = document.currencies();
+                             bool changedSince = false;
+                             {
+                               foundation::DefinitionChange change(currencies, document.database());
+                               changedSince = currencies.entries != after;
+                               if (!changedSince) {
+                                 currencies.entries = before;
+                                 change.save();
+                               }
+                             }
+                             if (!changedSince) return;
+                             server::CServerApp& app = document.app();
+                             app.surroundings().person.messageBox(app.language().Translate("IDS_UNDO_CHANGED"));
+                           });
+  return true;
 }
 
 void importChosenFile(const CommandTarget& target) {
@@ -201,9 +241,9 @@ void offerCommands(const Actions& actions, const CFolderView& list, server::CSer
   actions.offer(Command::ShowCalls, row && statistic);
   actions.offer(Command::Totals,
                 open != nullptr && open->folder().definition().condition == folders::ConditionSource::CallFilter);
-  for (const Command command : {Command::HideNumber, Command::ShowNumber, Command::AddToContacts}) {
-    actions.offer(command, row && showsNumbers(list));
-  }
+  actions.offer(Command::HideNumber, rows && showsNumbers(list));
+  actions.offer(Command::ShowNumber, rows && showsNumbers(list));
+  actions.offer(Command::AddToContacts, row && showsNumbers(list));
   actions.offer(Command::FilterByValue,
                 row && findFilterColumn(folder, list.model().kindOf(list.currentIndex().column())) != nullptr);
   const RecordRights records = recordRights(folder, document);
@@ -349,7 +389,7 @@ void handleCommand(Command command, const CommandTarget& target) {
     case Command::Refresh:
       return frame.reloadFolder();
     case Command::Currencies:
-      return reloadIf(editCurrencies(document, texts, &frame));
+      return reloadIf(editCurrenciesUndoably(target));
     case Command::LogFilter:
       return reloadIf(editLogFilter(document, texts, &frame));
     case Command::ClearLog:

@@ -124,6 +124,7 @@ RecordTable::RecordTable(RecordTableModel* model, const QString& name, const Tex
   connect(view_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &RecordTable::offerButtons);
   connect(model_, &RecordTableModel::refused, this, &RecordTable::explainRefusal);
   connect(model_, &RecordTableModel::edited, problem_, &QLabel::hide);
+  connect(model_, &RecordTableModel::edited, this, &RecordTable::offerButtons);
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -157,6 +158,10 @@ QWidget* RecordTable::makeButtons() {
     delete_ = addButton(*layout, "IDS_DELETE", "delete", &RecordTable::removeSelected);
     onKey(QKeySequence::Delete, &RecordTable::removeSelected);
   }
+  if (model_->canImport()) {
+    undo_ = addButton(*layout, "IDS_ACTION_UNDO", "undo", &RecordTable::undo);
+    onKey(QKeySequence::Undo, &RecordTable::undo);
+  }
   layout->addStretch();
   if (model_->canImport()) import_ = addButton(*layout, "IDS_IMPORT_CSV", "importCsv", &RecordTable::importCsv);
   addButton(*layout, "IDS_EXPORT_CSV", "exportCsv", &RecordTable::exportCsv);
@@ -166,6 +171,7 @@ QWidget* RecordTable::makeButtons() {
 void RecordTable::offerButtons() {
   if (add_ != nullptr) add_->setEnabled(!readOnly_);
   if (delete_ != nullptr) delete_->setEnabled(!readOnly_ && view_->selectionModel()->hasSelection());
+  if (undo_ != nullptr) undo_->setEnabled(!readOnly_ && model_->canUndo());
   if (import_ != nullptr) import_->setEnabled(!readOnly_);
 }
 
@@ -208,8 +214,15 @@ void RecordTable::removeSelected() {
   for (const QModelIndex& index : view_->selectionModel()->selectedRows()) {
     rows.push_back(sorted_->mapToSource(index).row());
   }
-  std::sort(rows.rbegin(), rows.rend());
-  for (const int row : rows) model_->removeRow(row);
+  if (rows.empty()) return;
+  const auto count = rows.size();
+  model_->removeThese(std::move(rows));
+  problem_->setText(texts_.format("IDS_TABLE_DELETED", count));
+  problem_->show();
+}
+
+void RecordTable::undo() {
+  if (!readOnly_) model_->undo();
 }
 
 void RecordTable::keyPressEvent(QKeyEvent* event) {

@@ -13,7 +13,8 @@
 namespace ui {
 
 // A table of records with a search line and buttons to add, delete, import and export (CSV). The page's own keys work:
-// Insert adds, Delete deletes the selected rows. A value that is refused is explained under the table.
+// Insert adds, Delete deletes the selected rows, Ctrl+Z takes the last change back. A value that is refused is
+// explained under the table.
 class RecordTable : public QWidget {
   Q_OBJECT
 
@@ -33,6 +34,7 @@ class RecordTable : public QWidget {
  public slots:
   void addRow();
   void removeSelected();
+  void undo();
   void exportCsv();
   void importCsv();
 
@@ -54,6 +56,7 @@ class RecordTable : public QWidget {
   QLabel* problem_;
   QPushButton* add_ = nullptr;  // null where rows are not added
   QPushButton* delete_ = nullptr;
+  QPushButton* undo_ = nullptr;
   QPushButton* import_ = nullptr;
   bool readOnly_ = false;
 };

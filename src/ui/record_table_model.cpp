@@ -1,5 +1,7 @@
 #include "ui/record_table_model.h"
 
+#include <algorithm>
+
 namespace ui {
 
 namespace {
@@ -56,7 +58,9 @@ bool RecordTableModel::setData(const QModelIndex& index, const QVariant& value, 
   const QString text =
       role == Qt::CheckStateRole ? QString(value.toInt() == Qt::Checked ? "1" : "0") : value.toString();
   if (text == shown.read(index.row())) return true;
+  keepStep();
   if (!shown.write(index.row(), text)) {
+    if (rows_.keep) steps_.pop_back();
     emit refused(index.column(), text);
     return false;
   }
@@ -68,6 +72,7 @@ bool RecordTableModel::setData(const QModelIndex& index, const QVariant& value, 
 
 bool RecordTableModel::insertRows(int row, int count, const QModelIndex& parent) {
   if (parent.isValid() || !rows_.insert || row < 0 || row > rowCount()) return false;
+  keepStep();
   beginInsertRows({}, row, row + count - 1);
   for (int i = 0; i < count; ++i) rows_.insert(row + i);
   endInsertRows();
@@ -77,11 +82,44 @@ bool RecordTableModel::insertRows(int row, int count, const QModelIndex& parent)
 
 bool RecordTableModel::removeRows(int row, int count, const QModelIndex& parent) {
   if (parent.isValid() || !rows_.remove || row < 0 || row + count > rowCount()) return false;
+  keepStep();
   beginRemoveRows({}, row, row + count - 1);
   for (int i = count; i-- > 0;) rows_.remove(row + i);
   endRemoveRows();
   emit edited();
   return true;
+}
+
+void RecordTableModel::removeThese(std::vector<int> rows) {
+  if (!rows_.remove || rows.empty()) return;
+  keepStep();
+  std::ranges::sort(rows, std::greater());
+  for (const int row : rows) {
+    beginRemoveRows({}, row, row);
+    rows_.remove(row);
+    endRemoveRows();
+  }
+  emit edited();
+}
+
+void RecordTableModel::keepStep() {
+  if (!rows_.keep) return;
+  steps_.push_back(rows_.keep());
+  if (steps_.size() > kSteps) steps_.pop_front();
+}
+
+void RecordTableModel::undo() {
+  if (steps_.empty()) return;
+  const auto bringBack = std::move(steps_.back());
+  steps_.pop_back();
+  beginResetModel();
+  bringBack();
+  endBulkChange();
+}
+
+void RecordTableModel::beginBulkChange() {
+  keepStep();
+  beginResetModel();
 }
 
 void RecordTableModel::endBulkChange() {

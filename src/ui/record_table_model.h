@@ -2,6 +2,7 @@
 
 #include <QAbstractTableModel>
 #include <QStringList>
+#include <deque>
 #include <functional>
 #include <set>
 #include <vector>
@@ -36,6 +37,8 @@ class RecordTableModel : public QAbstractTableModel {
     // Where rows are not added: the row that takes an imported record with that text in the first column, -1 for none.
     // Rows that took one already are not free any more.
     std::function<int(const QString& key, const std::set<int>& taken)> rowFor;
+    // The records as they are now: what is given brings them back. Empty function: changes cannot be undone.
+    std::function<std::function<void()>()> keep;
   };
 
   RecordTableModel(std::vector<RecordColumn> columns, Rows rows, QObject* parent = nullptr);
@@ -58,10 +61,18 @@ class RecordTableModel : public QAbstractTableModel {
   void setReadOnly(bool readOnly) { readOnly_ = readOnly; }
 
   // Many changes at once, through the columns' write functions and these two: views hear of them at the end only.
-  void beginBulkChange() { beginResetModel(); }
+  void beginBulkChange();
   void endBulkChange();
   int append();  // a new record; its row
   void clear();
+
+  // Rows in any order, each once, as one change.
+  void removeThese(std::vector<int> rows);
+  // Takes back the last change, or the one before it when that was taken back, up to kSteps of them.
+  [[nodiscard]] bool canUndo() const { return !steps_.empty(); }
+  void undo();
+  // The records are others now, read anew: what was changed before cannot be undone here.
+  void forgetSteps() { steps_.clear(); }
 
  signals:
   void edited();
@@ -71,6 +82,10 @@ class RecordTableModel : public QAbstractTableModel {
   std::vector<RecordColumn> columns_;
   Rows rows_;
   bool readOnly_ = false;
+  // A step holds all records, which are small.
+  static constexpr std::size_t kSteps = 30;
+  void keepStep();
+  std::deque<std::function<void()>> steps_;
 };
 
 }  // namespace ui

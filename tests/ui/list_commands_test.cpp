@@ -1,6 +1,8 @@
 // What is done with rows: copied, deleted and brought back, explained, followed to a contact.
 
 #include <QClipboard>
+#include <QDoubleSpinBox>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QMimeData>
@@ -53,6 +55,56 @@ TEST_F(ListCommands, DeletedRecordsComeBackUntilTheProgramCloses) {
   EXPECT_FALSE(action("IDS_ACTION_UNDO").isEnabled());
 }
 
+TEST_F(ListCommands, CurrenciesAreBroughtBackAsTheyWere) {
+  const auto before = desktop.document->currencies().entries;
+  {
+    const Script script({[](QDialog& dialog) {
+      click(dialog, "add");
+      support::child<QLineEdit>(dialog, "name").setText("XYZ");
+      emit support::child<QLineEdit>(dialog, "name").textEdited("XYZ");
+      support::child<QDoubleSpinBox>(dialog, "rate").setValue(2);
+      click(dialog, "ok");
+    }});
+    action("IDS_ACTION_CURRENCIES").trigger();
+  }
+  ASSERT_EQ(desktop.document->currencies().entries.size(), before.size() + 1);
+  action("IDS_ACTION_UNDO").trigger();
+  EXPECT_EQ(desktop.document->currencies().entries, before);
+  EXPECT_EQ(desktop.value("select count(*) as c from Currency where Name = 'XYZ'"), "0");
+}
+
+TEST_F(ListCommands, BeforeAllCallsGoTheirNumberIsSaidWhateverTheFilter) {
+  desktop.document->callFilter().set({{"OnFilter", "1"}, {"Number", "9999999"}});
+  frame->reloadFolder();
+  ASSERT_EQ(rows(), 1);
+  desktop.person.answer = false;
+  action("IDS_ACTION_RESET_CALLS").trigger();
+  EXPECT_NE(desktop.person.questions.back().find("to be deleted: 3"), std::string::npos);
+  EXPECT_EQ(desktop.value("select count(*) as c from Calls"), "3");
+}
+
+TEST_F(ListCommands, OfAPrintedListItIsSaidWhereItIsUnlessItWasNotPrinted) {
+  QLabel& said = child<QLabel>("messagePane");
+  desktop.documents.printing = platform::Printed::Canceled;
+  action("IDS_ACTION_PRINT").trigger();
+  EXPECT_FALSE(said.text().contains("list.html")) << said.text().toStdString();
+  desktop.documents.printing = platform::Printed::Refused;
+  {
+    const Script script({acknowledge("printer does not take")});
+    action("IDS_ACTION_PRINT").trigger();
+  }
+  desktop.documents.printing = platform::Printed::Done;
+  action("IDS_ACTION_PRINT").trigger();
+  EXPECT_TRUE(said.text().contains("list.html")) << said.text().toStdString();
+}
+
+TEST_F(ListCommands, AColumnSaysWhatItHolds) {
+  const int cost = list().model().columnOf(408);
+  const QString tip = list().model().headerData(cost, Qt::Horizontal, Qt::ToolTipRole).toString();
+  EXPECT_TRUE(tip.contains("without the surcharge")) << tip.toStdString();
+  EXPECT_TRUE(tip.contains("sorts")) << tip.toStdString();
+}
+
 TEST_F(ListCommands, AUserComesBackWithPasswordAndGroups) {
   security::UserRecord user;
   user.Name = "maria";
@@ -75,6 +127,15 @@ TEST_F(ListCommands, AHiddenNumberIsShownAgainByUndo) {
   select(0, kKindNumber);
   action("IDS_ACTION_HIDE_NUMBER").trigger();
   EXPECT_NE(desktop.value("select count(*) as c from Calls where Hidden"), "0");
+  action("IDS_ACTION_UNDO").trigger();
+  EXPECT_EQ(desktop.value("select count(*) as c from Calls where Hidden"), "0");
+}
+
+TEST_F(ListCommands, AllSelectedNumbersAreHiddenAndComeBackTogether) {
+  list().selectAll();
+  action("IDS_ACTION_HIDE_NUMBER").trigger();
+  EXPECT_EQ(desktop.value("select count(*) as c from Calls where Hidden"), "3");
+  EXPECT_TRUE(child<QLabel>("messagePane").text().contains("2 numbers"));
   action("IDS_ACTION_UNDO").trigger();
   EXPECT_EQ(desktop.value("select count(*) as c from Calls where Hidden"), "0");
 }

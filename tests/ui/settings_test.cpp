@@ -5,6 +5,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QSpinBox>
 #include <QTableView>
 #include <QTest>
@@ -106,6 +107,62 @@ TEST_F(SettingsTest, WhatWasEditedIsNotLostWithoutAQuestion) {
   sheet->reject();
   EXPECT_FALSE(sheet->isVisible());
   EXPECT_EQ(stored().extensions[0].description, "Desk");
+}
+
+// Selected rows go together, and come back together; before the sheet is confirmed there, after it in the main window.
+TEST_F(SettingsTest, DeletedRowsComeBackInTheSheet) {
+  ASSERT_TRUE(set("extensionsTable", 0, 1, "Front desk"));
+  press("extensionsTable", "add");
+  const int count = table("extensionsTable").rowCount();
+  auto& view = child<QTableView>(*sheet, "extensionsTable");
+  view.selectAll();
+  press("extensionsTable", "delete");
+  EXPECT_EQ(table("extensionsTable").rowCount(), 0);
+  EXPECT_TRUE(child<QLabel>(*view.parentWidget(), "problem").text().contains(QString::number(count)));
+  press("extensionsTable", "undo");
+  EXPECT_EQ(table("extensionsTable").rowCount(), count);
+  EXPECT_EQ(get("extensionsTable", 0, 1), "Front desk");
+  press("extensionsTable", "undo");  // the new row
+  press("extensionsTable", "undo");
+  EXPECT_EQ(get("extensionsTable", 0, 1), "Desk");
+  EXPECT_FALSE(child<QPushButton>(*view.parentWidget(), "undo").isEnabled());
+}
+
+TEST_F(SettingsTest, SavedDefinitionsAndTariffsCanBeBroughtBack) {
+  const exchange::PartyDefinitions before = stored();
+  const std::string count = "select count(*) as c from prefixe";
+  const auto prefixes = [&] { return desktop.document->tariffs()->database().openSnapshot(count).at(0, 0).toLong(); };
+  const std::int64_t prefixesBefore = prefixes();
+  ui::UndoStack undo;
+  sheet->keepStepsIn(undo);
+  ASSERT_TRUE(set("extensionsTable", 0, 1, "Front desk"));
+  ASSERT_TRUE(set("trunksTable", 0, 1, "The first line"));
+  child<QTableView>(*sheet, "prefixesTable").selectAll();
+  press("prefixesTable", "delete");
+  ASSERT_TRUE(set("providersTable", 0, 3, "7"));
+  sheet->accept();
+  ASSERT_EQ(stored().extensions[0].description, "Front desk");
+  ASSERT_EQ(prefixes(), 0);
+  ASSERT_FALSE(undo.empty());
+  undo.undo();
+  EXPECT_EQ(stored().extensions, before.extensions);
+  EXPECT_EQ(stored().trunks[0], before.trunks[0]);
+  EXPECT_EQ(stored().providers, before.providers);
+  EXPECT_EQ(prefixes(), prefixesBefore);
+  EXPECT_EQ(desktop.document->parties().extensions, before.extensions);
+}
+
+TEST_F(SettingsTest, WhatSomebodyChangedSinceIsNotTakenBack) {
+  ui::UndoStack undo;
+  sheet->keepStepsIn(undo);
+  ASSERT_TRUE(set("extensionsTable", 0, 1, "Front desk"));
+  sheet->accept();
+  open();
+  ASSERT_TRUE(set("extensionsTable", 0, 1, "Reception"));
+  sheet->accept();
+  undo.undo();
+  EXPECT_EQ(stored().extensions[0].description, "Reception");
+  EXPECT_EQ(desktop.person.messages.back(), desktop.app->language().Translate("IDS_UNDO_CHANGED"));
 }
 
 TEST_F(SettingsTest, ATrunkThatWasMetMeanwhileStays) {

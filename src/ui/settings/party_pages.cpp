@@ -165,6 +165,7 @@ SettingsPage trunksPage(const Parties& parties, const Tariffs& tariffs, const Te
   const auto trunks = listOf(parties, &EditedParties::Lists::trunks);
   RecordTableModel::Rows rows;
   rows.count = [trunks] { return static_cast<int>(trunks.list().size()); };
+  rows.keep = keeperOf(trunks);
   rows.rowFor = [trunks](const QString& key, const std::set<int>& taken) { return rowForTrunk(trunks, key, taken); };
   auto* model =
       new RecordTableModel({trunkNumberColumn(trunks, texts), textColumn(texts("IDS_LABEL"), trunks, &Trunk::label),

@@ -15,6 +15,7 @@
 #include "ui/dialogs/report_place.h"
 #include "ui/screen_fit.h"
 #include "ui/scroll_page.h"
+#include "ui/settings/definitions_undo.h"
 #include "ui/settings/exchange_settings.h"
 #include "ui/settings/option_pages.h"
 #include "ui/settings/party_pages.h"
@@ -193,7 +194,9 @@ bool SettingsSheet::save() {
 // Tariffs first: the definitions are loaded anew from them.
 void SettingsSheet::savePartiesAndTariffs() {
   if (!tariffs_->changed() && !parties_->changed()) return;
-  if (tariffs_->changed()) {
+  const bool withTariffs = tariffs_->changed();
+  StoredDefinitions before = storedDefinitions(document_, withTariffs);
+  if (withTariffs) {
     tariff::saveTariffTables(document_.tariffs()->database(), tariffs_->tables);
     document_.tariffs()->detectDayEncoding();
     document_.parties().load(document_.database(), &document_.tariffs()->database());
@@ -211,8 +214,13 @@ void SettingsSheet::savePartiesAndTariffs() {
   }
   parties_->takeFrom(document_.parties());
   for (const SettingsPage& page : pages_) {
-    if (page.table != nullptr) page.table->model()->endBulkChange();
+    if (page.table == nullptr) continue;
+    page.table->model()->endBulkChange();
+    page.table->model()->forgetSteps();
   }
+  if (undo_ == nullptr) return;
+  undo_->push(texts_("IDS_UNDO_DEFINITIONS"),
+              bringBackDefinitions(document_, std::move(before), storedDefinitions(document_, withTariffs)));
 }
 
 void SettingsSheet::writeReport() {

@@ -12,6 +12,7 @@
 #include "ui/settings/edited_tariffs.h"
 #include "ui/settings/settings_page.h"
 #include "ui/texts.h"
+#include "ui/undo_stack.h"
 
 namespace ui {
 
@@ -23,6 +24,8 @@ class SettingsSheet : public QDialog {
  public:
   SettingsSheet(server::CServerDoc& document, const Texts& texts, QWidget* parent = nullptr);
 
+  // What is saved of parties and tariffs can be undone there from now on. It must outlive the sheet.
+  void keepStepsIn(UndoStack& undo) { undo_ = &undo; }
   // Opens on the page of that caption.
   void showPage(const QString& caption);
   [[nodiscard]] const std::vector<SettingsPage>& pages() const { return pages_; }
@@ -49,6 +52,7 @@ class SettingsSheet : public QDialog {
   const Texts& texts_;
   bool allowed_;  // to change, not only to look
   bool applied_ = false;
+  UndoStack* undo_ = nullptr;
   std::shared_ptr<EditedParties> parties_;
   std::shared_ptr<EditedTariffs> tariffs_;
   std::vector<SettingsPage> pages_;

@@ -83,6 +83,17 @@ RecordColumn keyColumn(const QString& caption, const EditedList<Record>& records
   return column;
 }
 
+// What brings back the records of now.
+template <typename Record>
+std::function<std::function<void()>()> keeperOf(const EditedList<Record>& records) {
+  return [records]() -> std::function<void()> {
+    return [records, before = records.list()] {
+      records.list() = before;
+      records.touch();
+    };
+  };
+}
+
 template <typename Record>
 RecordTableModel::Rows editableRows(const EditedList<Record>& records, std::function<Record()> fresh) {
   RecordTableModel::Rows rows;
@@ -92,6 +103,7 @@ RecordTableModel::Rows editableRows(const EditedList<Record>& records, std::func
     records.list().insert(records.list().begin() + at, std::move(record));
     records.touch();
   };
+  rows.keep = keeperOf(records);
   rows.remove = [records](int at) {
     records.list().erase(records.list().begin() + at);
     records.touch();

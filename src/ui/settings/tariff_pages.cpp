@@ -166,12 +166,20 @@ SettingsPage providersPage(const Tariffs& tariffs, const std::shared_ptr<EditedP
     if (valid && seconds >= 0) partyAt(row).freeSeconds = seconds;
     return valid && seconds >= 0;
   };
+  RecordTableModel::Rows rows = editableRows<Provider>(providers, [providers] {
+    return Provider{nextNumber(providers.list(), &Provider::providerId), {}};
+  });
+  // Two columns are kept with the parties.
+  rows.keep = [parties, bringBackRows = rows.keep]() -> std::function<void()> {
+    return [parties, rowsBefore = bringBackRows(), before = parties->lists.providers] {
+      rowsBefore();
+      parties->lists.providers = before;
+    };
+  };
   auto* model =
       new RecordTableModel({keyColumn(texts("IDS_NUMBER_ID"), providers, &Provider::providerId, texts("IDS_HINT_KEY")),
                             textColumn(texts("IDS_PROVIDER"), providers, &Provider::name), local, free},
-                           editableRows<Provider>(providers, [providers] {
-                             return Provider{nextNumber(providers.list(), &Provider::providerId), {}};
-                           }));
+                           std::move(rows));
   SettingsPage page =
       tablePage(texts("IDS_PAGE_PROVIDERS"), model, "providersTable", texts("IDS_HINT_PROVIDERS"), texts);
   page.reported = true;
