@@ -8,11 +8,13 @@
 #include "server/server_app.h"
 #include "server/server_doc.h"
 #include "ui/first_run.h"
+#include "ui/focus_outline.h"
 #include "ui/login_dialogs.h"
 #include "ui/main_frame.h"
 #include "ui/qt_document_handler.h"
 #include "ui/qt_operator.h"
 #include "ui/qt_texts.h"
+#include "ui/readable_palette.h"
 
 namespace {
 
@@ -31,6 +33,8 @@ int main(int argc, char** argv) {
   QApplication::setApplicationDisplayName(base::kProgramName);
   QApplication::setApplicationVersion(base::kProgramVersion);
 
+  ui::keepPaletteReadable();
+  ui::showFocusOutlines();
   ui::QtOperator person;
   const platform::SystemClock clock;
   const auto storeFile = foundation::MachineStore::defaultFile();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "ui/readable_palette.h"
+
 namespace ui {
 
 namespace {
@@ -10,11 +12,8 @@ namespace {
 constexpr int kFieldLetters = 42;
 constexpr int kMostInARow = 3;
 
-// Nearer to the first: captions step back and stay readable.
-QColor between(const QColor& text, const QColor& base) {
-  const auto mix = [](int near, int far) { return (near * 2 + far) / 3; };
-  return {mix(text.red(), base.red()), mix(text.green(), base.green()), mix(text.blue(), base.blue())};
-}
+// How far captions step back; they stay readable.
+constexpr double kFaint = 1.0 / 3;
 
 }  // namespace
 
@@ -41,7 +40,7 @@ void DetailsView::fill() {
   if (fields_.empty()) return clear();
   const auto perColumn =
       (fields_.size() + static_cast<std::size_t>(shownInARow_) - 1) / static_cast<std::size_t>(shownInARow_);
-  const QString dim = between(palette().color(QPalette::Text), palette().color(QPalette::Base)).name();
+  const QString dim = mixed(palette().color(QPalette::Text), palette().color(QPalette::Base), kFaint).name();
   QString page = "<table cellpadding=2>";
   for (std::size_t row = 0; row < perColumn; ++row) {
     page += "<tr>";

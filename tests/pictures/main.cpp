@@ -28,9 +28,11 @@
 #include "ui/dialogs.h"
 #include "ui/dialogs/messages.h"
 #include "ui/first_run/first_run_wizard.h"
+#include "ui/heat_map.h"
 #include "ui/login_dialogs.h"
 #include "ui/main_frame.h"
 #include "ui/qt_texts.h"
+#include "ui/readable_palette.h"
 #include "ui/settings/settings_sheet.h"
 
 namespace {
@@ -45,7 +47,7 @@ constexpr std::int64_t kCalls = 3000;
 class NoDocuments : public platform::DocumentHandler {
  public:
   bool open(const std::string&) override { return true; }
-  bool print(const std::filesystem::path&) override { return true; }
+  platform::Printed print(const std::filesystem::path&) override { return platform::Printed::Done; }
 };
 
 QPalette darkPalette() {
@@ -116,6 +118,25 @@ void makeSample(const std::filesystem::path& folder, const std::filesystem::path
   config.WriteConfigString("https://rates.example", "UrlCurrency", "general", foundation::StoreMachine);
 }
 
+// The chart in its shapes, beside the period before.
+void takeCharts(Album& album, server::CServerDoc& document, ui::CMainFrame& frame) {
+  document.callFilter().thisMonth();
+  frame.selectFolder(114);
+  frame.reloadFolder();
+  auto& shapes = child<QComboBox>(frame, "chartShape");
+  child<QCheckBox>(frame, "chartCompare").click();
+  for (int shape = 0; shape < shapes.count(); ++shape) {
+    shapes.setCurrentIndex(shape);
+    emit shapes.activated(shape);
+    album.take(frame, "chart-days-" + std::to_string(shape));
+  }
+  frame.selectFolder(106);
+  album.take(frame, "chart-departments");
+  child<QCheckBox>(frame, "chartCompare").click();
+  document.callFilter().clear();
+  frame.reloadFolder();
+}
+
 void takeFrame(Album& album, Workstation& station, server::CServerDoc& document, const ui::Texts& texts) {
   ui::CMainFrame frame(document, texts, station.person);
   frame.start();
@@ -124,6 +145,7 @@ void takeFrame(Album& album, Workstation& station, server::CServerDoc& document,
     frame.selectFolder(folder);
     album.take(frame, "main-" + std::to_string(folder));
   }
+  takeCharts(album, document, frame);
   frame.selectFolder(100);
 }
 
@@ -163,6 +185,9 @@ void takeDialogs(Album& album, Workstation& station, server::CServerDoc& documen
       "group-members", [&] { ui::editGroup(document, texts, nullptr, group); },
       [](QDialog& dialog) { child<QTabWidget>(dialog, "tabs").setCurrentIndex(1); });
   album.takeModal("convert", [&] { ui::convertOldDatabase(document, texts, nullptr); });
+  album.takeModal("week", [&] { ui::showWeek(document, texts, nullptr); });
+  album.takeModal("price", [&] { ui::explainPrice(document, texts, nullptr, 1); });
+  album.takeModal("keys", [&] { ui::showKeys(texts, nullptr, {{texts("IDS_ACTION_COPY"), "Ctrl+C"}}); });
   album.takeModal("about", [&] { ui::showAbout(document, texts, nullptr); });
   album.takeModal("login", [&] { station.login.askLogin(server::kAdministrator); });
   album.takeModal("password", [&] { station.login.askPasswordChange(server::kAdministrator, false); });
@@ -196,7 +221,7 @@ void takeWizard(Album& album, const char* language) {
 
 void takeAll(const std::string& folder, const char* language, const QPalette& palette, const char* look,
              const std::filesystem::path& store) {
-  QApplication::setPalette(palette);
+  QApplication::setPalette(ui::readablePalette(palette));
   const int percent = static_cast<int>(qApp->devicePixelRatio() * 100);
   Album album(folder, std::string(language) + '-' + look + '-' + std::to_string(percent));
   takeWizard(album, language);

@@ -14,11 +14,9 @@
 #include <QScrollBar>
 #include <QWizard>
 
-#include "desktop.h"
-#include "ui/dialogs.h"
 #include "ui/main_frame.h"
 #include "ui/qt_texts.h"
-#include "ui/settings/settings_sheet.h"
+#include "windows.h"
 
 namespace {
 
@@ -92,13 +90,6 @@ class ScreenTest : public testing::Test {
     EXPECT_LE(window.width(), screen.width()) << window.objectName().toStdString();
     EXPECT_LE(window.height(), screen.height()) << window.objectName().toStdString();
   }
-  static Script::Step fits() {
-    return [](QDialog& dialog) {
-      expectFits(dialog);
-      dialog.done(QDialog::Rejected);
-    };
-  }
-
   Desktop desktop;
 };
 
@@ -120,17 +111,10 @@ TEST_F(ScreenTest, EveryWindowFits) {
       EXPECT_EQ(scroll != nullptr ? scroll->verticalScrollBar()->value() : 0, 0) << page.caption.toStdString();
     }
   }
-  const auto& texts = *desktop.texts;
-  const Script script(std::vector<Script::Step>(8, fits()));
-  ui::editCallFilter(*desktop.document, texts, nullptr);
-  ui::editLogFilter(*desktop.document, texts, nullptr);
-  ui::editCurrencies(*desktop.document, texts, nullptr);
-  ui::updateStoredCalls(*desktop.document, texts, nullptr);
-  ui::makeBill(*desktop.document, texts, nullptr, "201");
-  ui::searchContacts(*desktop.document, texts, nullptr);
-  ui::addContact(*desktop.document, texts, nullptr);
-  ui::editUser(*desktop.document, texts, nullptr, "");
   sheet.close();
+  desktop.files.writeMonitorFile(sampleRecords(1));
+  desktop.document->importMonitorFile();
+  forEachWindow(desktop, [](QDialog& dialog) { expectFits(dialog); });
   frame.close();
 }
 

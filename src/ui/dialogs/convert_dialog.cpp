@@ -66,6 +66,7 @@ class ConvertDialog : public FormDialog {
     auto* line = named(new QLineEdit, name);
     auto* label = new QLabel(texts()(key));
     label->setBuddy(line);
+    line->setAccessibleName(label->text());
     form.addRow(label, withBrowseButton(line, texts()));
     return line;
   }

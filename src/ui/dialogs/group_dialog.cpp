@@ -84,6 +84,7 @@ class GroupSheet : public FormDialog {
         rights_(named(new RightsTree(security::parseObjectAccess(group_.ObjectAccess).rights, texts), "rights")),
         members_(named(new GroupMembersPage(directory, group_.RecordID, texts), "membersPage")) {
     validity_->setValue(group_.PasswordExpire);
+    rights_->setAccessibleName(texts("IDS_GROUP_RIGHTS"));
     auto* page = new QWidget;
     auto* form = new QFormLayout(page);
     form->addRow(texts("IDS_GROUP_NAME_TEXT"), name_);

@@ -153,6 +153,11 @@ void CSearchContactsDlg::showResult() {
   if (result_.tooMany) text += ". " + texts()("IDS_TOO_MANY_RESULTS");
   count_->setText(text);
   page_->setEnabled(!result_.matches.empty());
+  // Enter opens the first one.
+  if (!result_.matches.empty()) {
+    list_->setCurrentCell(0, 0);
+    list_->setFocus();
+  }
 }
 
 void CSearchContactsDlg::openSelected() {

@@ -89,6 +89,7 @@ FirstRunFolderPage::FirstRunFolderPage(const Texts& texts, QString oldFolder)
 QLineEdit* FirstRunFolderPage::addFolder(QFormLayout& form, QLabel* label, const char* name) {
   auto* line = named(new QLineEdit, name);
   label->setBuddy(line);
+  line->setAccessibleName(label->text());
   form.addRow(label, withBrowseButton(line, texts_));
   return line;
 }
@@ -137,6 +138,7 @@ FirstRunPlacePage::FirstRunPlacePage(const Texts& texts)
   form->addRow(QString(), explanation(texts("IDS_HINT_AREA_CODE")));
   auto* label = new QLabel(texts("IDS_OPT_MONITOR_FOLDER"));
   label->setBuddy(monitor_);
+  monitor_->setAccessibleName(label->text());
   form->addRow(label, withBrowseButton(monitor_, texts));
   form->addRow(QString(), explanation(texts("IDS_HINT_MONITOR_FOLDER")));
   for (QLineEdit* code : {country_, area_}) {
