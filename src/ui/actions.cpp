@@ -202,7 +202,11 @@ Actions::Actions(const Texts& texts, const std::function<bool(int, int)>& allowe
   for (const Declaration& declared : kDeclarations) {
     auto* action = new QAction(texts(declared.textKey), this);
     action->setObjectName(declared.textKey);
-    if (declared.shortcut[0] != '\0') action->setShortcut(QKeySequence(declared.shortcut));
+    if (declared.shortcut[0] != '\0') {
+      action->setShortcut(QKeySequence(declared.shortcut));
+      const QString text = texts(declared.textKey).remove('&').remove("...");
+      action->setToolTip(text + " (" + action->shortcut().toString(QKeySequence::NativeText) + ')');
+    }
     if (declared.icon) action->setIcon(icon(*declared.icon));
     action->setVisible(declared.object == 0 || allowed(declared.object, declared.right));
     // What is not offered must not answer to its key either.

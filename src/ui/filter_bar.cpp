@@ -13,6 +13,8 @@ namespace {
 // Milliseconds: keys that follow each other quicker are one change.
 constexpr int kRest = 40;
 constexpr int kLineLetters = 34;
+// Styles draw the arrow of a menu over the end of the text.
+constexpr const char* kRoomForArrow = "   ";
 
 }  // namespace
 
@@ -31,6 +33,8 @@ FilterBar::FilterBar(const Texts& texts, QWidget* parent)
   layout->addWidget(line_);
   periods_ = addMenuButton("IDS_FILTER_PERIODS", "periods");
   filters_ = addMenuButton("IDS_FILTER_SAVED", "savedFilters");
+  periods_->setToolTip(texts("IDS_FILTER_PERIODS_TIP"));
+  filters_->setToolTip(texts("IDS_FILTER_SAVED_TIP"));
   rest_.setSingleShot(true);
   rest_.setInterval(kRest);
   connect(line_, &QLineEdit::textChanged, this, [this] { rest_.start(); });
@@ -39,7 +43,7 @@ FilterBar::FilterBar(const Texts& texts, QWidget* parent)
 
 QToolButton* FilterBar::addMenuButton(const char* key, const char* name) {
   auto* button = named(new QToolButton, name);
-  button->setText(texts_(key));
+  button->setText(texts_(key) + kRoomForArrow);
   button->setAccessibleName(texts_(key));
   button->setPopupMode(QToolButton::InstantPopup);
   button->setFocusPolicy(Qt::TabFocus);

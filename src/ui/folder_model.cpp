@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QFont>
+#include <QStringList>
 #include <algorithm>
 
 namespace ui {
@@ -10,6 +11,18 @@ namespace {
 
 // Milliseconds that the drawing of a window may wait for rows.
 constexpr qint64 kSlowPage = 50;
+
+// Columns whose caption does not say all.
+struct ColumnTip {
+  int kind;
+  const char* key;
+};
+constexpr ColumnTip kColumnTips[] = {
+    {403, "IDS_TIP_TRUNK"},   {405, "IDS_TIP_ACCOUNT"},  {408, "IDS_TIP_COST_REF"}, {409, "IDS_TIP_REDIRECTED"},
+    {412, "IDS_TIP_COST"},    {414, "IDS_TIP_CODE"},     {416, "IDS_TIP_RING"},     {417, "IDS_TIP_PRICE"},
+    {420, "IDS_TIP_PRICE"},   {422, "IDS_TIP_COST_REF"}, {423, "IDS_TIP_AVERAGE"},  {424, "IDS_TIP_AVERAGE"},
+    {425, "IDS_TIP_AVERAGE"}, {428, "IDS_TIP_PULSES"},
+};
 
 }  // namespace
 
@@ -174,8 +187,16 @@ QVariant FolderModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant FolderModel::headerData(int section, Qt::Orientation orientation, int role) const {
-  if (!folder_ || orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
-  return toQt(folder_->columns()[static_cast<std::size_t>(section)].caption);
+  if (!folder_ || orientation != Qt::Horizontal) return {};
+  const folders::ViewColumn& column = folder_->columns()[static_cast<std::size_t>(section)];
+  if (role == Qt::DisplayRole) return toQt(column.caption);
+  if (role != Qt::ToolTipRole) return {};
+  const auto& texts = folder_->services().texts;
+  const auto* tip = std::ranges::find(kColumnTips, column.definition->kind, &ColumnTip::kind);
+  QStringList lines{toQt(column.caption)};
+  if (tip != std::end(kColumnTips)) lines << toQt(texts.Translate(tip->key));
+  if (column.definition->sort != nullptr) lines << toQt(texts.Translate("IDS_TIP_SORTS"));
+  return lines.join('\n');
 }
 
 }  // namespace ui
