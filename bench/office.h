@@ -76,8 +76,7 @@ class Bare {
 };
 
 // Calls of twelve months up to the end of November 2026, in order of time.
-inline void makeCalls(const fs::path& file, std::int64_t calls) {
-  schema::createMainDatabase(file);
+inline void addCalls(const fs::path& file, std::int64_t calls) {
   Bare(file).execute(base::format(
       "pragma synchronous = off;"
       "with recursive n(i) as (select 0 union all select i + 1 from n where i < %d) "
@@ -88,6 +87,11 @@ inline void makeCalls(const fs::path& file, std::int64_t calls) {
       "200 + i * 7919 %% 300, 1 + i %% 8, i * 104729 %% 900, '', (i * 104729 %% 900) / 300.0, (i * 104729 %% 900) / "
       "300.0, 'RON', 'Birou ' || (i * 7919 %% 300 / 20), i %% 3 > 0, i %% 30, 0 from n",
       calls - 1, calls));
+}
+
+inline void makeCalls(const fs::path& file, std::int64_t calls) {
+  schema::createMainDatabase(file);
+  addCalls(file, calls);
 }
 
 class Office {
