@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <deque>
 #include <map>
 #include <string>
 #include <vector>
@@ -13,8 +14,7 @@
 
 namespace jet::test {
 
-using engine::Role;
-using engine::RowKey;
+using engine::Role, engine::RowKey;
 
 constexpr int kNotDone = 3000;  // number of the error for what the fake driver cannot do
 
@@ -50,6 +50,7 @@ class FoundRows : public engine::Query {
   }
   bool step() override {
     if (next_ == 0) find();
+    stored_.clear();
     return next_++ < rows_.size();
   }
   [[nodiscard]] RowKey key() const override { return rows_[next_ - 1].key; }
@@ -60,8 +61,9 @@ class FoundRows : public engine::Query {
     if (value.type() == Type::Long) return {.kind = Kind::Integer, .integer = value.integer()};
     if (value.type() == Type::Boolean) return {.kind = Kind::Integer, .integer = value.boolean()};
     if (value.type() == Type::Double) return {.kind = Kind::Real, .real = value.number()};
-    stored_ = value.type() == Type::DateTime ? value.dateTime().stored() : value.text();
-    return {.kind = Kind::Text, .text = stored_};
+    if (value.type() == Type::Text) return {.kind = Kind::Text, .text = value.text()};
+    stored_.push_back(value.dateTime().stored());
+    return {.kind = Kind::Text, .text = stored_.back()};
   }
   [[nodiscard]] std::int64_t changed() const override { return changed_; }
   [[nodiscard]] std::int64_t work() const override { return std::ssize(rows_); }
@@ -77,16 +79,16 @@ class FoundRows : public engine::Query {
   std::int64_t changed_ = 0;
 
  private:
-  std::size_t next_ = 0;  // one more than the row at hand
-  mutable std::string stored_;
+  std::size_t next_ = 0;                    // one more than the row at hand
+  mutable std::deque<std::string> stored_;  // dates of the row as texts
 };
 
 class FakeQuery final : public FoundRows {
  public:
   FakeQuery(FakeTables& tables, const engine::QueryRequest& request)
       : tables_(tables), role_(request.role), query_(*request.query), statement_(query_.statement) {
-    const bool groups = statement_.grouped && role_ != Role::Operands;
-    if (groups || !statement_.readsOneTable()) throw Error(kNotDone, "The fake driver reads rows of one table.");
+    const bool rows = statement_.readsOneTable() && (!statement_.grouped || role_ == Role::Operands);
+    if (!rows) throw Error(kNotDone, "The fake driver reads rows of one table.");
   }
 
  private:
@@ -230,7 +232,6 @@ class FakeChange final : public engine::RowChange {
 class FakeDriver : public engine::Driver {
  public:
   using Fields = std::span<const std::size_t>;
-  using Change = FakeChange::Kind;
   [[nodiscard]] bool readOnly() const override { return false; }
   [[nodiscard]] std::string describe() const override { return "the test's tables"; }
   bind::TableDefPtr definition(std::string_view table) override {
@@ -257,13 +258,13 @@ class FakeDriver : public engine::Driver {
     return std::make_unique<FoundRows>(std::move(rows));
   }
   std::unique_ptr<engine::RowChange> prepareInsert(const TableDef& table, Fields fields) override {
-    return std::make_unique<FakeChange>(tables_, Change::Insert, table, fields);
+    return std::make_unique<FakeChange>(tables_, FakeChange::Kind::Insert, table, fields);
   }
   std::unique_ptr<engine::RowChange> prepareUpdate(const TableDef& table, Fields fields) override {
-    return std::make_unique<FakeChange>(tables_, Change::Update, table, fields);
+    return std::make_unique<FakeChange>(tables_, FakeChange::Kind::Update, table, fields);
   }
   std::unique_ptr<engine::RowChange> prepareRemove(const TableDef& table) override {
-    return std::make_unique<FakeChange>(tables_, Change::Remove, table, Fields());
+    return std::make_unique<FakeChange>(tables_, FakeChange::Kind::Remove, table, Fields());
   }
   std::int64_t rowLimit(const TableDef& table) override { return tableOf(table).lastKey; }
   engine::Extent extent(const TableDef& table) override {
@@ -292,7 +293,6 @@ class FakeDriver : public engine::Driver {
  protected:
   FakeTable& tableOf(const TableDef& table) { return tables_[base::foldAscii(table.name)]; }
 
- private:
   FakeTables tables_;
   std::vector<FakeTables> saved_;
   std::uint64_t generation_ = 1;
