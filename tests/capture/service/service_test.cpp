@@ -113,9 +113,9 @@ TEST(Service, ListeningShowsTheLinesOfTheServiceThatRuns) {
 
 TEST(Service, TheManPageAndTheHelpNameEveryCommand) {
   RunningMonitor run;
-  const std::string page = run.command("man #");
+  const std::string page = run.command("man-page #");
   for (const char* command : {"run", "stop", "reload", "status", "site", "site set", "site remove", "listen", "guess",
-                              "test", "formats", "check", "replay", "trunks", "forget", "man"}) {
+                              "test", "formats", "check", "replay", "trunks", "forget", "completion"}) {
     EXPECT_NE(std::string::npos, page.find(std::string(".SS ") + command + "\n")) << command;
   }
 }
