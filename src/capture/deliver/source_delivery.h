@@ -18,8 +18,8 @@ class SourceDelivery {
 
   // What was committed last; its decided file has its name when this returns.
   [[nodiscard]] const SourceState& recovered() const { return committed_; }
-  // What is new joins the source's newest ready file while that waits, for Tallybook or for its turn. Throws SpoolFault or
-  // StateFault: nothing is handed over then and the same batch can be given again.
+  // What is new joins the source's newest ready file while that waits, for Tallybook or for its turn. Throws SpoolFault
+  // or StateFault: nothing is handed over then and the same batch can be given again.
   void handOver(const Batch& batch);
 
  private:
