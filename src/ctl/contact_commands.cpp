@@ -16,6 +16,7 @@
 #include "ctl/context.h"
 #include "folders/report_file.h"
 #include "folders/report_page.h"
+#include "security/masks.h"
 
 namespace ctl {
 
@@ -32,6 +33,12 @@ std::vector<Contact> allContacts(ContactsManager& book) {
   jet::Recordset& rows = book.recordset();
   for (rows.moveFirst(); !rows.eof(); rows.moveNext()) all.push_back(contacts::readContact(rows));
   return all;
+}
+
+// Who sees numbers in part only would write them so.
+void requireChangeable(const Invocation& call) {
+  call.context.requireWritable();
+  security::requireUnmasked(call.context.document().user(), call.context.language());
 }
 
 int list(const Invocation& call) {
@@ -81,7 +88,7 @@ void takeOver(Contact& contact, const Arguments& arguments, ContactsManager& boo
 }
 
 int add(const Invocation& call) {
-  call.context.requireWritable();
+  requireChangeable(call);
   ContactsManager& book = call.context.document().contactBook();
   Contact contact;
   takeOver(contact, call.arguments, book);
@@ -102,7 +109,7 @@ int done(ContactsManager& book, contacts::SaveResult result) {
 }
 
 int edit(const Invocation& call) {
-  call.context.requireWritable();
+  requireChangeable(call);
   ContactsManager& book = call.context.document().contactBook();
   const Contact original = contactOf(call);
   Contact edited = original;
@@ -111,7 +118,7 @@ int edit(const Invocation& call) {
 }
 
 int remove(const Invocation& call) {
-  call.context.requireWritable();
+  requireChangeable(call);
   ContactsManager& book = call.context.document().contactBook();
   return done(book, book.remove(contactOf(call)));
 }
@@ -180,7 +187,7 @@ std::tuple<std::string, std::string, std::string> identity(const Contact& contac
 }
 
 int importCards(const Invocation& call) {
-  call.context.requireWritable();
+  requireChangeable(call);
   contacts::VCardImport cards = readCards(call.arguments.text("FILE"));
   ContactsManager& book = call.context.document().contactBook();
   std::set<std::tuple<std::string, std::string, std::string>> known;

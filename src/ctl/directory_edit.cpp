@@ -1,6 +1,7 @@
 #include "ctl/directory_edit.h"
 
 #include "base/printf.h"
+#include "security/masks.h"
 
 namespace ctl {
 
@@ -23,6 +24,24 @@ void requireSaved(security::SaveResult result, std::string_view what, std::strin
     case SaveResult::RestrictionRejected:
       throw Failure(base::format("The restriction does not work; the %s %s was not saved.", what, name));
   }
+}
+
+security::Mask typedMask(const Arguments& arguments, security::Mask mask) {
+  mask.digits =
+      static_cast<std::int32_t>(arguments.integer(kMaskDigits.name, mask.digits, 0, security::kMostMaskedDigits));
+  const bool hide = arguments.has(kMaskPrivateNames.name);
+  const bool show = arguments.has(kShowPrivateNames.name);
+  if (hide && show) {
+    throw WrongUsage(base::format("Give %s or %s, not both.", kMaskPrivateNames.name, kShowPrivateNames.name));
+  }
+  if (hide || show) mask.privateNames = hide;
+  return mask;
+}
+
+std::string maskText(const security::Mask& mask) {
+  std::string text = mask.digits > 0 ? base::format("%d digits", mask.digits) : std::string();
+  if (mask.privateNames) text += text.empty() ? "private names" : ", private names";
+  return text;
 }
 
 }  // namespace ctl

@@ -55,10 +55,11 @@ std::string memberNames(security::UserDirectory& directory, std::int32_t group) 
 
 int list(const Invocation& call) {
   security::UserDirectory& directory = call.context.document().users();
-  Table table({"ID", "Name", "Description", "Rights", "Meaning", "Password validity", "Members"});
+  Table table({"ID", "Name", "Description", "Rights", "Meaning", "Password validity", "Members", "Masked"});
   for (const GroupRecord& group : directory.groups()) {
     table.add({std::int64_t{group.RecordID}, group.Name, group.Desc, group.ObjectAccess, wordsOf(group.ObjectAccess),
-               directory.validityText(group.PasswordExpire), memberNames(directory, group.RecordID)});
+               directory.validityText(group.PasswordExpire), memberNames(directory, group.RecordID),
+               maskText(group.mask)});
   }
   call.print(table);
   return 0;
@@ -71,6 +72,7 @@ void takeOver(const Arguments& arguments, GroupRecord& group) {
   group.PasswordExpire =
       static_cast<std::int32_t>(arguments.integer("--expire", group.PasswordExpire, 0, kLongestValidity));
   if (const auto rights = arguments.find("--rights")) group.ObjectAccess = objectAccessOf(*rights);
+  group.mask = typedMask(arguments, group.mask);
 }
 
 int add(const Invocation& call) {
@@ -118,8 +120,15 @@ constexpr OptionSpec kRights = {.name = "--rights",
                                     "view-calls, change-calls, view-administration, change-administration with "
                                     "commas, all, none, or pairs such as \"6;1;9;2\"",
                                 .valueName = "RIGHTS"};
-constexpr OptionSpec kAdd[] = {kName, kDescription, kExpire, kRights};
-constexpr OptionSpec kSet[] = {kName, {.name = "--name", .help = "New name"}, kDescription, kExpire, kRights};
+constexpr OptionSpec kAdd[] = {kName, kDescription, kExpire, kRights, kMaskDigits, kMaskPrivateNames};
+constexpr OptionSpec kSet[] = {kName,
+                               {.name = "--name", .help = "New name"},
+                               kDescription,
+                               kExpire,
+                               kRights,
+                               kMaskDigits,
+                               kMaskPrivateNames,
+                               kShowPrivateNames};
 constexpr OptionSpec kDelete[] = {kName};
 
 constexpr Command kCommands[] = {
@@ -128,7 +137,8 @@ constexpr Command kCommands[] = {
      add},
     {"group set", "Change a group",
      "tallyctl group set Managers --rights \"9;1;9;2\"\n"
-     "tallyctl group set Managers --expire 0",
+     "tallyctl group set Managers --expire 0\n"
+     "tallyctl group set Operators --mask-digits 3",
      kSet, kChangeSettings, set},
     {"group delete", "Delete a group; its members stay", "tallyctl group delete Managers", kDelete, kChangeSettings,
      remove},

@@ -79,6 +79,12 @@ void takeOptions(Schedule& changed, const Arguments& arguments) {
   if (arguments.has("--off")) changed.enabled = false;
 }
 
+// A report of another user may show what the session's does not see.
+void requireOwn(const Invocation& call, const Schedule& report) {
+  const security::CurrentUser& user = call.context.document().user();
+  if (!base::equalFoldAscii(report.user, user.Name)) security::requireAllCalls(user, call.context.language());
+}
+
 int set(const Invocation& call) {
   call.context.requireWritable();
   server::CServerDoc& document = call.context.document();
@@ -87,6 +93,7 @@ int set(const Invocation& call) {
   Schedule changed = table.find(name).value_or(Schedule{.name = name, .user = document.user().Name});
   try {
     takeOptions(changed, call.arguments);
+    requireOwn(call, changed);
     schedule::requireSound(changed);
     schedule::ReportMaker(document.reportParts()).requirePossible(changed);
   } catch (const std::invalid_argument& wrong) {
@@ -118,6 +125,7 @@ int remove(const Invocation& call) {
 int run(const Invocation& call) {
   call.context.requireWritable();
   const Schedule now = existing(call);
+  requireOwn(call, now);
   const auto say = [&call](const std::string& line) { call.out << line << '\n'; };
   schedule::Runner runner(call.context.document().reportParts(), call.context.config(), say);
   if (!runner.runNow(now)) {

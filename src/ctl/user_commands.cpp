@@ -76,10 +76,11 @@ std::string timeText(const std::optional<base::DateTime>& time) {
 
 int list(const Invocation& call) {
   security::UserDirectory& directory = call.context.document().users();
-  Table table({"ID", "Name", "Full name", "Groups", "Flags", "Restriction", "Password set", "Last access"});
+  Table table({"ID", "Name", "Full name", "Groups", "Flags", "Restriction", "Password set", "Last access", "Masked"});
   for (const UserRecord& user : directory.users()) {
     table.add({std::int64_t{user.RecordID}, user.Name, user.Fullname, groupNames(directory, user.Groups),
-               flagText(user.Flags), user.SQLSubquery, timeText(user.PasswordDate), timeText(user.LastAccessDate)});
+               flagText(user.Flags), user.SQLSubquery, timeText(user.PasswordDate), timeText(user.LastAccessDate),
+               maskText(user.mask)});
   }
   call.print(table);
   return 0;
@@ -171,6 +172,7 @@ void takeOver(const Invocation& call, UserRecord& user) {
     user.Groups = membershipOf(call.context.document().users(), user.Groups, *groups);
   }
   user.SQLSubquery = chosenRestriction(call, user);
+  user.mask = typedMask(arguments, user.mask);
 }
 
 std::optional<std::string> askNewPassword(const std::string& name) {
@@ -244,14 +246,22 @@ constexpr OptionSpec kClients = {
     .name = "--allow-clients", .help = "Clients whose calls it may see, or none", .valueName = "C,C"};
 constexpr OptionSpec kTrunks = {
     .name = "--allow-trunks", .help = "Trunks whose calls it may see, or none", .valueName = "T,T"};
-constexpr OptionSpec kAdd[] = {kName,        kFullname,    kPassword,   kFlags,   kGroups,
-                               kRestriction, kDepartments, kExtensions, kClients, kTrunks};
-constexpr OptionSpec kSet[] = {kName,        {.name = "--name", .help = "New name"},
-                               kFullname,    kPassword,
-                               kFlags,       kGroups,
-                               kRestriction, kDepartments,
-                               kExtensions,  kClients,
-                               kTrunks};
+constexpr OptionSpec kAdd[] = {kName,        kFullname,   kPassword, kFlags,  kGroups,     kRestriction,
+                               kDepartments, kExtensions, kClients,  kTrunks, kMaskDigits, kMaskPrivateNames};
+constexpr OptionSpec kSet[] = {kName,
+                               {.name = "--name", .help = "New name"},
+                               kFullname,
+                               kPassword,
+                               kFlags,
+                               kGroups,
+                               kRestriction,
+                               kDepartments,
+                               kExtensions,
+                               kClients,
+                               kTrunks,
+                               kMaskDigits,
+                               kMaskPrivateNames,
+                               kShowPrivateNames};
 constexpr OptionSpec kDelete[] = {kName};
 
 constexpr Command kCommands[] = {
@@ -261,6 +271,7 @@ constexpr Command kCommands[] = {
     {"user set", "Change a user",
      "tallyctl user set ana --allow-departments Sales,Service --allow-extensions 201\n"
      "tallyctl user set ana --restriction \"TotalTime > 60\"\n"
+     "tallyctl user set ana --mask-digits 3 --mask-private-names\n"
      "tallyctl user set ana --flags disabled",
      kSet, kChangeSettings, set},
     {"user delete", "Delete a user", "tallyctl user delete ana", kDelete, kChangeSettings, remove},

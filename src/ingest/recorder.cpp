@@ -9,6 +9,7 @@
 namespace ingest {
 
 void Recorder::open() {
+  const jet::AsStored stored(parts_.main);
   calls_ = parts_.main.openRecordset("SELECT * FROM Calls");
   fields_.emplace(*calls_);
 }
@@ -25,10 +26,11 @@ void Recorder::refreshDefinitions() {
 Recording Recorder::AddRecord(exchange::CallRecord& record) {
   if (!isOpen()) return Recording::Failed;
   const CallViews views(parts_);
+  const jet::AsStored stored(parts_.main);
   // The blank behind each number and behind the one that is looked for keeps "123" from being found as "1234".
   const jet::Snapshot filteredNumbers = parts_.main.openSnapshot("select [number] & ' ' as n from FilteredNumbers");
   tariff::PricingContext context;
-  if (!trunks_.accept(record, context)) return Recording::Skipped;
+  if (!trunks_.accept(record, context)) return Recording::Rejected;
 
   CallRow row(*calls_, *fields_, CallRow::Begin::New);
   row.set(&CallFields::DialNumber, record.dialledNumber);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "jet/error.h"
+#include "jet/masks.h"
 #include "jet/recordset.h"
 #include "jet/row_window.h"
 #include "jet/snapshot.h"
@@ -50,6 +51,12 @@ class Database {
   // A number that moves whenever the rows of the table may have changed, by this or another copy. Cheap.
   virtual std::uint64_t tableVersion(std::string_view table) = 0;
 
+  // From now on selects see the columns of `masks` masked, whatever they are opened as; null ends that. Recordsets and
+  // windows that are open keep what they were opened with. A recordset over a masked column cannot be changed. Within
+  // an AsStored, and in changing statements, masks do not count.
+  virtual void setMasks(MasksPtr masks) = 0;
+  [[nodiscard]] virtual const MasksPtr& masks() const = 0;
+
   // Waits until everything that was committed is on the disk; commits alone may still be lost with the power. Throws
   // Error when the device fails. Nobody else may open or close the file's bytes while it is open here: see
   // docs/storage.md.
@@ -63,12 +70,15 @@ class Database {
  protected:
   friend class Transaction;
   friend class ReadView;
+  friend class AsStored;
   // Nesting is counted; only the outermost level begins and commits, a rollback of any level undoes to its own begin.
   virtual void begin() = 0;
   virtual void commit() = 0;
   virtual void rollback() noexcept = 0;
   virtual void beginReadView() = 0;
   virtual void endReadView() noexcept = 0;
+  virtual void beginAsStored() = 0;
+  virtual void endAsStored() noexcept = 0;
 };
 
 // Changes between construction and commit() become visible and durable together; left without commit, they are undone.
@@ -102,6 +112,19 @@ class ReadView {
   ReadView(const ReadView&) = delete;
   ReadView& operator=(const ReadView&) = delete;
   ~ReadView() { database_.endReadView(); }
+
+ private:
+  Database& database_;
+};
+
+// While it lives, what is opened is read as it is stored, whatever the session's masks: for work whose result no person
+// of the session sees. May be nested.
+class AsStored {
+ public:
+  explicit AsStored(Database& database) : database_(database) { database.beginAsStored(); }
+  AsStored(const AsStored&) = delete;
+  AsStored& operator=(const AsStored&) = delete;
+  ~AsStored() { database_.endAsStored(); }
 
  private:
   Database& database_;

@@ -17,6 +17,7 @@
 #include "folders/list_report.h"
 #include "folders/month_page.h"
 #include "folders/pdf_pages.h"
+#include "security/masks.h"
 #include "security/rights.h"
 
 namespace schedule {
@@ -140,10 +141,12 @@ security::CurrentUser userOf(const std::string& name, security::UserDirectory& u
   user.Fullname = record->Fullname;
   user.Flags = record->Flags;
   user.SQLSubquery = record->SQLSubquery;
+  user.mask = record->mask;
   user.groups = security::groupIds(record->Groups);
   for (const std::int32_t id : user.groups) {
     const auto group = users.findGroup(id);
     if (!group) continue;
+    user.mask = security::stricter(user.mask, group->mask);
     for (const security::AccessRight& right : security::parseObjectAccess(group->ObjectAccess).rights) {
       user.rights.push_back(right);
     }
@@ -213,6 +216,7 @@ MadeReport ReportMaker::make(const Schedule& schedule, base::DateTime due) {
   const auto folder = std::make_shared<const WorkFolder>();
   const security::CurrentUser user = userOf(schedule.user, parts_.users);
   const foundation::LanguageFile texts = languageOf(schedule, parts_.texts);
+  const security::MaskScope masked(parts_.main, user.mask);
   OwnSettings own(folder->path(), parts_.main);
   if (!filter::writeSettings(own.config(), filterOf(schedule, due))) {
     throw std::runtime_error(base::format("%s cannot be written.", folder->path().string()));

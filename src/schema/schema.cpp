@@ -93,6 +93,10 @@ std::vector<TableDef> mainTables() {
       {.name = "Groups",
        .fields = {number("RecordID"), text("Name"), text("Desc"), number("PasswordExpire"), text("ObjectAccess")},
        .indexes = {{{"RecordID"}, true}}},
+      // What users and groups do not see of numbers and names.
+      {.name = "Masks",
+       .fields = {text("Owner"), number("OwnerID"), number("Digits"), yesNo("PrivateNames")},
+       .indexes = {}},
       {.name = "Log",
        .fields = {autoKey("RecordID"), date("DateTime"), text("UserName"), number("Level"), text("Desc")},
        .indexes = {{{"DateTime"}}}},

@@ -72,6 +72,7 @@ AuditLog::AuditLog(foundation::ConfigManager& config, const platform::Clock& clo
     : config_(config), clock_(clock), userName_(std::move(userName)) {}
 
 void AuditLog::OpenLog(jet::Database& database) {
+  const jet::AsStored stored(database);
   logRecordset_ = database.openRecordset("SELECT * FROM Log ORDER BY DateTime DESC;");
   database_ = &database;
 }

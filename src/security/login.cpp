@@ -4,6 +4,7 @@
 
 #include "base/characters.h"
 #include "base/printf.h"
+#include "security/masks.h"
 #include "security/rights.h"
 #include "security/users.h"
 
@@ -44,6 +45,7 @@ std::optional<Credentials> LoginManager::ask() {
 
 bool LoginManager::Login(AutoLogin automatic) {
   session_ = CurrentUser();
+  services_.database.setMasks(nullptr);
   const std::string autoUser = automatic == AutoLogin::Allowed ? setting("AutoLoginUser") : std::string();
   auto answer = autoUser.empty() ? ask() : std::optional(Credentials{autoUser, setting("AutoLoginPassword")});
   for (int failures = 0; answer; answer = ask()) {
@@ -54,6 +56,7 @@ bool LoginManager::Login(AutoLogin automatic) {
           keepSetting("AutoLoginPassword", session_.password);
         }
         session_.UserLoggedIn = true;
+        services_.database.setMasks(databaseMasks(session_.mask));
         log(LogLogin, "IDS_LOG_LOGIN");
         return true;
       case Attempt::NotLoaded:
@@ -100,8 +103,17 @@ bool LoginManager::LoadUser(jet::Recordset& users, bool withGroups) {
   if (base::characterCount(session_.SQLSubquery) >= kRestrictionLimit) session_.SQLSubquery.clear();
   session_.Name = base::firstCharacters(users.get("Name").toText(), kMaxUserName);
   session_.Fullname = users.get("Fullname").toText();
-  if (withGroups) loadGroups(users.get("Groups").toText());
+  if (withGroups) {
+    loadGroups(users.get("Groups").toText());
+    loadMask();
+  }
   return true;
+}
+
+void LoginManager::loadMask() {
+  session_.mask = masksOf(services_.database, MaskOwner::User)[session_.RecordID];
+  auto masks = masksOf(services_.database, MaskOwner::Group);
+  for (const std::int32_t id : session_.groups) session_.mask = stricter(session_.mask, masks[id]);
 }
 
 void LoginManager::loadGroups(const std::string& membership) {

@@ -57,7 +57,8 @@ class LoginManager {
   LoginManager(const Services& services, CurrentUser& session, LoginPrompt& prompt)
       : services_(services), session_(session), prompt_(prompt) {}
 
-  // At most three wrong answers. On success the session is filled, `LastAccessDate` written and the login logged.
+  // At most three wrong answers. On success the session is filled, its masks hold for what is read from the database
+  // from then on, `LastAccessDate` is written and the login logged.
   bool Login(AutoLogin automatic = AutoLogin::Allowed);
   // Disabled account, no groups, password to be changed or expired; run right after Login.
   bool CheckAccount();
@@ -78,6 +79,7 @@ class LoginManager {
   std::optional<Credentials> ask();
   Attempt tryLogin(const Credentials& answer);
   void loadGroups(const std::string& membership);
+  void loadMask();
   [[nodiscard]] bool passwordExpired() const;
   bool storePassword(const std::string& password);
 

@@ -21,6 +21,14 @@ inline constexpr std::size_t kMaxUserName = 128;
 // A restriction (`SQLSubquery`) is taken into the session only when it is shorter than this many characters.
 inline constexpr std::size_t kRestrictionLimit = 128;
 
+// What a user does not see of numbers and names, in calls and everywhere that they are shown, counted or looked for.
+struct Mask {
+  std::int32_t digits = 0;    // the last ones of each number, 0 = none; at most kMostMaskedDigits of masks.h
+  bool privateNames = false;  // names of calls from and to hidden numbers
+  [[nodiscard]] bool any() const { return digits > 0 || privateNames; }
+  bool operator==(const Mask&) const = default;
+};
+
 // The session's user. Names with a capital are the columns of `Users`.
 struct CurrentUser {
   std::int32_t RecordID = 0;
@@ -32,6 +40,8 @@ struct CurrentUser {
   std::optional<base::DateTime> LastAccessDate;
   std::int32_t Flags = 0;   // UserFlag bits of users.h
   std::string SQLSubquery;  // condition on `Calls`; empty = no restriction
+
+  Mask mask;  // the strictest of his own and his groups'
 
   std::vector<std::int32_t> groups;
   std::vector<AccessRight> rights;    // merged, each pair once

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "jet/error.h"
 #include "jet/parser/parser.h"
+#include "security/masks.h"
 #include "security/rights.h"
 
 namespace security {
@@ -23,8 +24,14 @@ std::string text(const jet::Snapshot& rows, std::size_t row, const char* column)
   return rows.at(row, column).toText();
 }
 
+Mask maskIn(const std::map<std::int32_t, Mask>& masks, std::int32_t id) {
+  const auto found = masks.find(id);
+  return found == masks.end() ? Mask{} : found->second;
+}
+
 std::vector<UserRecord> readUsers(jet::Database& database, const std::string& sql) {
   const jet::Snapshot rows = database.openSnapshot(sql);
+  const std::map<std::int32_t, Mask> masks = masksOf(database, MaskOwner::User);
   std::vector<UserRecord> users;
   for (std::size_t row = 0; row < rows.rowCount(); ++row) {
     users.push_back({.RecordID = number(rows, row, "RecordID"),
@@ -35,20 +42,23 @@ std::vector<UserRecord> readUsers(jet::Database& database, const std::string& sq
                      .LastAccessDate = rows.at(row, "LastAccessDate").toDateTime(),
                      .Flags = number(rows, row, "Flags"),
                      .Groups = text(rows, row, "Groups"),
-                     .SQLSubquery = text(rows, row, "SQLSubquery")});
+                     .SQLSubquery = text(rows, row, "SQLSubquery"),
+                     .mask = maskIn(masks, number(rows, row, "RecordID"))});
   }
   return users;
 }
 
 std::vector<GroupRecord> readGroups(jet::Database& database) {
   const jet::Snapshot rows = database.openSnapshot("SELECT * FROM Groups ORDER BY Name");
+  const std::map<std::int32_t, Mask> masks = masksOf(database, MaskOwner::Group);
   std::vector<GroupRecord> groups;
   for (std::size_t row = 0; row < rows.rowCount(); ++row) {
     groups.push_back({.RecordID = number(rows, row, "RecordID"),
                       .Name = text(rows, row, "Name"),
                       .Desc = text(rows, row, "Desc"),
                       .PasswordExpire = number(rows, row, "PasswordExpire"),
-                      .ObjectAccess = text(rows, row, "ObjectAccess")});
+                      .ObjectAccess = text(rows, row, "ObjectAccess"),
+                      .mask = maskIn(masks, number(rows, row, "RecordID"))});
   }
   return groups;
 }
@@ -100,15 +110,19 @@ void editOrAdd(jet::Recordset& rows, std::int32_t id) {
   }
 }
 
+// Whoever is masked changes no users, so he cannot be the only one.
 bool administers(const UserRecord& user, const std::vector<GroupRecord>& groups) {
-  if ((user.Flags & UserDisabled) != 0) return false;
+  if ((user.Flags & UserDisabled) != 0 || user.mask.any()) return false;
   const auto memberships = groupIds(user.Groups);
   constexpr AccessRight kWanted{ObjectAdministration, RightChange};
-  return std::ranges::any_of(groups, [&](const GroupRecord& group) {
+  bool may = false;
+  for (const GroupRecord& group : groups) {
+    if (std::ranges::find(memberships, group.RecordID) == memberships.end()) continue;
+    if (group.mask.any()) return false;
     const auto rights = parseObjectAccess(group.ObjectAccess).rights;
-    return std::ranges::find(memberships, group.RecordID) != memberships.end() &&
-           std::ranges::find(rights, kWanted) != rights.end();
-  });
+    may = may || std::ranges::find(rights, kWanted) != rights.end();
+  }
+  return may;
 }
 
 bool anyAdministers(const std::vector<UserRecord>& users, const std::vector<GroupRecord>& groups) {
@@ -210,6 +224,7 @@ bool UserDirectory::keepsAnAdministrator(const GroupRecord& edited) {
 }
 
 SaveResult UserDirectory::SaveUser(UserRecord& user, const std::optional<std::string>& newPassword) {
+  requireUnmasked(session_, texts_);
   if (!usableName(user.Name)) return SaveResult::NameUnusable;
   if (!mayGive(user)) return SaveResult::RestrictionRejected;
   if (session_.SQLSubquery.empty() && !restrictionWorks(user.SQLSubquery)) return SaveResult::RestrictionRejected;
@@ -235,24 +250,28 @@ SaveResult UserDirectory::SaveUser(UserRecord& user, const std::optional<std::st
   rows->set("Groups", user.Groups);
   rows->set("SQLSubquery", user.SQLSubquery);
   rows->update();
+  saveMask(database_, MaskOwner::User, user.RecordID, user.mask);
   tags_.Touch("Users");
   transaction.commit();
   return SaveResult::Saved;
 }
 
 SaveResult UserDirectory::deleteUser(std::int32_t id) {
+  requireUnmasked(session_, texts_);
   jet::Transaction transaction(database_);
   const auto rows = database_.openRecordset("SELECT * FROM Users");
   if (!goTo(*rows, id)) return SaveResult::Missing;
   // An empty record of that number administers nothing.
   if (!keepsAnAdministrator(UserRecord{.RecordID = id})) return SaveResult::LastAdministrator;
   rows->remove();
+  saveMask(database_, MaskOwner::User, id, {});
   tags_.Touch("Users");
   transaction.commit();
   return SaveResult::Saved;
 }
 
 SaveResult UserDirectory::saveGroup(GroupRecord& group) {
+  requireUnmasked(session_, texts_);
   if (!usableName(group.Name)) return SaveResult::NameUnusable;
   jet::Transaction transaction(database_);
   const SaveResult place = checkPlace(groups(), group);
@@ -265,17 +284,20 @@ SaveResult UserDirectory::saveGroup(GroupRecord& group) {
   rows->set("PasswordExpire", group.PasswordExpire);
   rows->set("ObjectAccess", group.ObjectAccess);
   rows->update();
+  saveMask(database_, MaskOwner::Group, group.RecordID, group.mask);
   tags_.Touch("Groups");
   transaction.commit();
   return SaveResult::Saved;
 }
 
 SaveResult UserDirectory::deleteGroup(std::int32_t id) {
+  requireUnmasked(session_, texts_);
   jet::Transaction transaction(database_);
   const auto rows = database_.openRecordset("SELECT * FROM Groups");
   if (!goTo(*rows, id)) return SaveResult::Missing;
   if (!keepsAnAdministrator(GroupRecord{.RecordID = id})) return SaveResult::LastAdministrator;
   rows->remove();
+  saveMask(database_, MaskOwner::Group, id, {});
   const auto users = database_.openRecordset("SELECT * FROM Users");
   for (const UserRecord& member : members(id)) {
     if (goTo(*users, member.RecordID)) setMembership(*users, RemoveFromGroupList(member.Groups, id));
@@ -296,6 +318,7 @@ bool UserDirectory::changeMembership(std::int32_t group, std::int32_t user,
 
 SaveResult UserDirectory::storeMembership(std::int32_t group, std::int32_t user,
                                           std::string (*change)(std::string_view, std::int32_t)) {
+  requireUnmasked(session_, texts_);
   jet::Transaction transaction(database_);
   const auto users = database_.openRecordset("SELECT * FROM Users");
   auto member = findUser(user);

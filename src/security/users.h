@@ -33,6 +33,7 @@ struct UserRecord {
   std::int32_t Flags = 0;        // UserFlag bits
   std::string Groups = {};       // membership text, see rights.h
   std::string SQLSubquery = {};  // condition on `Calls`; empty = none
+  Mask mask = {};                // his own, without his groups'
 };
 
 // A row of `Groups`.
@@ -42,6 +43,7 @@ struct GroupRecord {
   std::string Desc = {};
   std::int32_t PasswordExpire = 0;  // days, 0 = unlimited
   std::string ObjectAccess = {};    // see rights.h
+  Mask mask = {};                   // of all its members
 };
 
 enum class SaveResult {
@@ -49,15 +51,19 @@ enum class SaveResult {
   NameUnusable,         // empty, or with a quotation mark, which the look-up at login cannot carry
   NameTaken,            // another user (group) has this name, case ignored
   Missing,              // the row was deleted meanwhile; for a user IDS_SELECTEDUSERDELETED was shown
-  RestrictionRejected,  // the trial of `SQLSubquery` failed, or a restricted user may not give it, which was shown; or it is too long
+  RestrictionRejected,  // the trial of `SQLSubquery` failed, or a restricted user may not give it, which was shown; or
+                        // it is too long
   LastAdministrator,    // nobody could change users and settings any more
 };
 
 // The users and groups of the main database, for the dialogs and the command line. Every call may throw jet::Error
 // (3027 while the database is read-only).
 //
-// The last user who can administer (enabled, in a group with the right to change the administration) stays: a change
-// after which there is none is refused. Where there is none already, everything goes.
+// A session that sees numbers or names in part changes no user and no group (RestrictedUserError): it could lift its
+// own mask. Login is not affected.
+//
+// The last user who can administer (enabled, unmasked, in a group with the right to change the administration) stays: a
+// change after which there is none is refused. Where there is none already, everything goes.
 class UserDirectory {
  public:
   struct Services {

@@ -224,6 +224,7 @@ bool Service::alreadyLogged(const HeldEntry& entry) {
   constexpr std::int64_t kLongestImportFault = 60;  // seconds from an import's own entry to its result here
   const base::DateTime oldest = entry.since.plusSeconds(-kLongestImportFault);
   bool found = false;
+  const jet::AsStored stored(document_.database());
   document_.database().forEachRow("SELECT [DateTime], [Desc] FROM Log ORDER BY DateTime DESC",
                                   [&](const std::vector<jet::Value>& row) {
                                     const auto time = row[0].toDateTime();

@@ -22,12 +22,15 @@ enum class Convert : std::uint8_t {
 };
 
 struct LiteralUse {
-  std::size_t source = 0;     // 0: a literal of the statement, 1: of the criteria
+  std::size_t source = 0;     // 0: a literal of the statement, 1: of the criteria, kOwnValue: `own`
   std::size_t parameter = 0;  // its place among those
   Convert convert = Convert::AsIs;
   Type target = Type::Null;  // of Compare
   bool ordering = false;     // Compare by < or >: what cannot be converted is Null, which makes no row match
   FieldDef field = {};       // of Store
+  Value own = {};            // no text's: it belongs to what the statement was bound with
+
+  static constexpr std::size_t kOwnValue = 2;
 };
 
 enum class Aggregate : std::uint8_t { Count, CountRows, Sum, Average, Min, Max, First, Last, StDev, Var };

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "jet/bind/bound_expression.h"
+#include "jet/masks.h"
 #include "jet/parser/ast.h"
 #include "jet/table_def.h"
 

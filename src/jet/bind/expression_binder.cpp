@@ -78,6 +78,15 @@ BoundExpression ExpressionBinder::literal(const Expression& expression, Convert 
   return bound;
 }
 
+BoundExpression ExpressionBinder::ownLiteral(Value value) {
+  BoundExpression bound;
+  bound.kind = Kind::Literal;
+  bound.type = value.type();
+  bound.index = query_.literals.size();
+  query_.literals.push_back({.source = LiteralUse::kOwnValue, .own = std::move(value)});
+  return bound;
+}
+
 std::size_t ExpressionBinder::addSite(Site site) {
   query_.sites.push_back(std::move(site));
   return query_.sites.size() - 1;
@@ -100,7 +109,21 @@ std::optional<ExpressionBinder::Place> ExpressionBinder::find(const Expression& 
   return std::nullopt;
 }
 
-BoundExpression ExpressionBinder::column(std::size_t table, std::size_t field) const {
+BoundExpression ExpressionBinder::column(std::size_t table, std::size_t field) {
+  const TableDef& def = *query_.statement.tables[table].def;
+  const ColumnMask* const mask = masks_ == nullptr ? nullptr : masks_->find(def.name, def.fields[field].name);
+  if (mask == nullptr) return storedColumn(table, field);
+  const FieldDef* const second = mask->secondColumn.empty() ? nullptr : def.find(mask->secondColumn);
+  BoundExpression argument = second == nullptr
+                                 ? ownLiteral(Value(mask->second))
+                                 : storedColumn(table, static_cast<std::size_t>(second - def.fields.data()));
+  BoundExpression shown =
+      make(Kind::Call, Operator::Equal, Type::Text, storedColumn(table, field), std::move(argument));
+  shown.function = mask->function;
+  return shown;
+}
+
+BoundExpression ExpressionBinder::storedColumn(std::size_t table, std::size_t field) const {
   BoundExpression bound;
   bound.kind = Kind::Column;
   bound.type = query_.statement.tables[table].def->fields[field].type;

@@ -18,6 +18,8 @@ class ExpressionBinder {
   // Which literals the expressions that follow refer to: 0 those of the statement, 1 those of the criteria.
   void useLiterals(std::size_t source) { source_ = source; }
   void allowAggregates(bool allow) { aggregates_ = allow; }
+  // Columns from now on are what these masks show of them; null: themselves.
+  void useMasks(const Masks* masks) { masks_ = masks; }
 
   BoundExpression bind(const Expression& expression);
   BoundExpression condition(const Expression& expression);
@@ -27,8 +29,8 @@ class ExpressionBinder {
   // Whether "qualifier.*" or "qualifier.name" means that table.
   static bool covers(std::string_view qualifier, const BoundTable& table);
   [[nodiscard]] bool isColumn(const Expression& expression) const { return find(expression).has_value(); }
-  // A column of a table; `field` is its place in the definition.
-  [[nodiscard]] BoundExpression column(std::size_t table, std::size_t field) const;
+  // A column of a table, or what is seen of it; `field` is its place in the definition.
+  [[nodiscard]] BoundExpression column(std::size_t table, std::size_t field);
 
  private:
   using Kind = BoundExpression::Kind;
@@ -43,7 +45,9 @@ class ExpressionBinder {
   BoundExpression make(Kind kind, Operator op, Type type, std::vector<BoundExpression> operands);
   BoundExpression make(Kind kind, Operator op, Type type, BoundExpression operand);
   BoundExpression make(Kind kind, Operator op, Type type, BoundExpression left, BoundExpression right);
+  [[nodiscard]] BoundExpression storedColumn(std::size_t table, std::size_t field) const;
   BoundExpression literal(const Expression& expression, Convert convert, Type type);
+  BoundExpression ownLiteral(Value value);
   BoundExpression comparedLiteral(const Expression& expression, Type type, bool ordering);
   std::size_t addSite(Site site);
 
@@ -83,6 +87,7 @@ class ExpressionBinder {
   std::string_view text_;
   std::size_t source_ = 0;
   bool aggregates_ = false;
+  const Masks* masks_ = nullptr;
 };
 
 }  // namespace jet::bind

@@ -47,6 +47,10 @@ void convertAll(std::span<const LiteralUse> uses, std::span<const Value> stateme
   if (out.size() < uses.size()) out.resize(uses.size());
   for (std::size_t i = 0; i < uses.size(); ++i) {
     const LiteralUse& use = uses[i];
+    if (use.source == LiteralUse::kOwnValue) {
+      out[i] = use.own;
+      continue;
+    }
     const Value& given = (use.source == 0 ? statement : criteria)[use.parameter];
     if (staysAsItIs(use, given)) {
       out[i] = given;

@@ -19,8 +19,10 @@ bool hasAggregate(const BoundExpression& expression) {
 
 class StatementBinder {
  public:
-  StatementBinder(const Statement& statement, const FindDefinition& definitions, std::string_view text)
+  StatementBinder(const Statement& statement, const FindDefinition& definitions, std::string_view text,
+                  const Masks* masks)
       : statement_(statement), definitions_(definitions), text_(text), bound_(query_.statement) {
+    if (statement.kind == Statement::Kind::Select) binder_.useMasks(masks);
     bound_.kind = statement.kind;
     addTables(*statement.from);
   }
@@ -181,8 +183,8 @@ class StatementBinder {
 }  // namespace
 
 BoundQuery bindStatement(const Statement& statement, const Expression* criteria, const FindDefinition& definitions,
-                         std::string_view text) {
-  return StatementBinder(statement, definitions, text).bind(criteria);
+                         std::string_view text, const Masks* masks) {
+  return StatementBinder(statement, definitions, text, masks).bind(criteria);
 }
 
 BoundQuery bindCondition(const Expression& condition, TableDefPtr columns, std::string_view text) {

@@ -15,8 +15,9 @@ using FindDefinition = std::function<TableDefPtr(std::string_view table)>;
 // Binds a statement and, when given, criteria over its tables. `text` is kept in errors. Errors: 3078 unknown table,
 // 3061 unknown column, 3346 values and columns of an Insert differ in number, 3027 a column that follows another one,
 // 3380 a column to be added exists, 3095 an aggregate in a condition, 3000 a position in ORDER BY that is no item's.
+// `masks` (null: none) hold for a select and its criteria.
 BoundQuery bindStatement(const Statement& statement, const Expression* criteria, const FindDefinition& definitions,
-                         std::string_view text);
+                         std::string_view text, const Masks* masks = nullptr);
 
 // Binds a condition (`criteria`) over rows of the columns of a definition, which need not be a table's.
 BoundQuery bindCondition(const Expression& condition, TableDefPtr columns, std::string_view text);

@@ -35,6 +35,16 @@ Engine::Engine(std::unique_ptr<Driver> driver, std::filesystem::path path)
 
 Engine::~Engine() = default;
 
+void Engine::setMasks(MasksPtr masks) {
+  masks_ = std::move(masks);
+  maskedMemory_ = masks_ ? std::make_unique<MaskedMemory>(*this, masks_) : nullptr;
+}
+
+const MasksPtr& Engine::masksNow() const {
+  static const MasksPtr kNone;
+  return asStored_ > 0 ? kNone : masks_;
+}
+
 // A changing statement that is stopped would take its whole transaction with it.
 void Engine::watch(std::function<bool()> watcher) {
   if (!watcher) return driver_->watch({});
@@ -84,14 +94,14 @@ BoundQueryPtr Engine::boundSelect(const ShapedText& text) {
 
 std::unique_ptr<Recordset> Engine::openRecordset(std::string_view sql) {
   versions_.refresh();
-  ShapedText text(sql);
+  ShapedText text(sql, masksNow());
   if (boundSelect(text)->statement.updatable) return std::make_unique<Dynaset>(*this, std::move(text));
   return std::make_unique<StaticRecordset>(*this, std::move(text));
 }
 
 Snapshot Engine::openSnapshot(std::string_view sql) {
   versions_.refresh();
-  return Snapshot(memory_.open(sql));
+  return Snapshot(masksNow() ? maskedMemory_->memory.open(sql) : memory_.open(sql));
 }
 
 std::shared_ptr<const ResultTable> Engine::runSelect(const ShapedText& text, std::span<const RowKey> keys) {
@@ -123,14 +133,14 @@ std::shared_ptr<const columns::StatisticRows> Engine::statistic(const ShapedText
 
 std::unique_ptr<RowWindow> Engine::openWindow(std::string_view sql) {
   versions_.refresh();
-  ShapedText text(sql);
+  ShapedText text(sql, masksNow());
   if (boundSelect(text)->statement.keyed) return std::make_unique<KeyedWindow>(*this, std::move(text));
   return std::make_unique<ResultWindow>(*this, std::move(text));
 }
 
 void Engine::forEachRow(std::string_view sql, const std::function<bool(const std::vector<Value>&)>& row) {
   versions_.refresh();
-  const ShapedText text(sql);
+  const ShapedText text(sql, masksNow());
   if (const auto rows = statistic(text)) return handOut(*rows, row);
   Execution execution = statements_.open(Role::Run, text);
   std::vector<Value> values(execution.width());

@@ -40,6 +40,8 @@ class Engine final : public Database {
   std::uint64_t tableVersion(std::string_view table) override { return versions_.of(table); }
   void makeDurable() override { driver_->makeDurable(); }
   void watch(std::function<bool()> watcher) override;
+  void setMasks(MasksPtr masks) override;
+  [[nodiscard]] const MasksPtr& masks() const override { return masks_; }
 
   // For the recordsets and windows of this folder.
   Driver& driver() { return *driver_; }
@@ -60,8 +62,19 @@ class Engine final : public Database {
   void rollback() noexcept override;
   void beginReadView() override;
   void endReadView() noexcept override { versions_.release(); }
+  void beginAsStored() override { ++asStored_; }
+  void endAsStored() noexcept override { --asStored_; }
 
  private:
+  // Answers from memory under masks, apart from those without.
+  struct MaskedMemory {
+    MaskedMemory(Engine& engine, const MasksPtr& masks) : source(engine, masks), memory(source) {}
+    MemorySource source;
+    memory::QueryMemory memory;
+  };
+
+  // What a select that is opened now is run under.
+  [[nodiscard]] const MasksPtr& masksNow() const;
   // A select, bound; Error 3065 for a text that changes something.
   BoundQueryPtr boundSelect(const ShapedText& text);
 
@@ -74,6 +87,9 @@ class Engine final : public Database {
   ColumnReader columnReader_;
   columns::Statistics statistics_;
   int depth_ = 0;  // of transactions
+  MasksPtr masks_;
+  std::unique_ptr<MaskedMemory> maskedMemory_;  // while there are masks
+  int asStored_ = 0;                            // depth
 };
 
 }  // namespace jet::engine

@@ -43,16 +43,16 @@ void MemorySource::readTexts(const TableDef& table, const FieldDef& column,
 }
 
 std::shared_ptr<const bind::BoundQuery> MemorySource::bind(std::string_view sql) {
-  return engine_.statements().bound(ShapedText(sql));
+  return engine_.statements().bound(ShapedText(sql, masks_));
 }
 
 std::shared_ptr<const ResultTable> MemorySource::runSelect(std::string_view sql) {
-  return engine_.runSelect(ShapedText(sql));
+  return engine_.runSelect(ShapedText(sql, masks_));
 }
 
 std::shared_ptr<const ResultTable> MemorySource::runSelectAmong(std::string_view sql,
                                                                 std::span<const std::int64_t> keys) {
-  return engine_.runSelect(ShapedText(sql), keys);
+  return engine_.runSelect(ShapedText(sql, masks_), keys);
 }
 
 }  // namespace jet::engine

@@ -1,15 +1,17 @@
 #pragma once
 
 #include "jet/engine/memory/row_source.h"
+#include "jet/masks.h"
 
 namespace jet::engine {
 
 class Engine;
 
-// Where the answers from memory get what they hold.
+// Where the answers from memory get what they hold. Rows are those that are stored; what is bound and run is so under
+// the masks.
 class MemorySource final : public memory::RowSource {
  public:
-  explicit MemorySource(Engine& engine) : engine_(engine) {}
+  explicit MemorySource(Engine& engine, MasksPtr masks = nullptr) : engine_(engine), masks_(std::move(masks)) {}
 
   memory::VersionCounters versionCounters(std::string_view table) override;
   std::shared_ptr<const TableDef> definition(std::string_view table) override;
@@ -23,6 +25,7 @@ class MemorySource final : public memory::RowSource {
 
  private:
   Engine& engine_;
+  MasksPtr masks_;
 };
 
 }  // namespace jet::engine

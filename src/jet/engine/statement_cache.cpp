@@ -79,6 +79,7 @@ std::shared_ptr<CachedQuery> StatementCache::insert(const ShapedText& text, cons
   auto query = std::make_shared<CachedQuery>();
   query->statement = parseStatement(text.text);
   if (criteria != nullptr) query->criteria = parseCondition(criteria->text);
+  query->masks = text.masks;
   slots_.push_front({key_, query});
   byKey_.emplace(slots_.front().key, slots_.begin());
   if (slots_.size() > kCapacity) {
@@ -94,7 +95,7 @@ void StatementCache::bindIfOld(CachedQuery& query, std::string_view text) {
   for (const auto& variant : query.variants) variant->key += "\x1Fout of date";
   query.bound = std::make_shared<const bind::BoundQuery>(bind::bindStatement(
       *query.statement, query.criteria.get(), [this](std::string_view table) { return driver_.definition(table); },
-      text));
+      text, query.masks.get()));
   query.generation = driver_.generation();
 }
 

@@ -33,6 +33,7 @@ struct Variant {
 struct CachedQuery {
   std::unique_ptr<const Statement> statement;
   ExpressionPtr criteria;
+  MasksPtr masks;
   BoundQueryPtr bound;
   std::uint64_t generation = 0;  // of the definitions that `bound` and the variants were made from
   std::vector<std::unique_ptr<Variant>> variants;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "jet/letters.h"
+#include "jet/masks.h"
 #include "jet/operators.h"
 #include "jet/store_value.h"
 
@@ -190,9 +191,11 @@ void registerFunctions(Connection& connection) {
       code != SQLITE_OK) {
     connection.fail(code, "jet");
   }
-  for (const Function& function : functions()) {
-    const std::string name = "jet_" + std::string(function.name);
-    defineScalar(connection, name.c_str(), -1, &callListed, function.deterministic, &function);
+  for (const auto* list : {&functions(), &maskFunctions()}) {
+    for (const Function& function : *list) {
+      const std::string name = "jet_" + std::string(function.name);
+      defineScalar(connection, name.c_str(), -1, &callListed, function.deterministic, &function);
+    }
   }
   defineScalar(connection, "jet_like", 2, &callLike);
   defineScalar(connection, "jet_text", 2, &callText);
