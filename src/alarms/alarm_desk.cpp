@@ -166,16 +166,31 @@ std::optional<std::unordered_map<std::string, Amounts>> AlarmDesk::sums(Subject 
   return result;
 }
 
+// An alarm that is gone could be told again: those of a month's budget stay as long as their month can last.
+void AlarmDesk::deleteOld(base::DateTime now) {
+  constexpr std::int32_t kLongestPeriod = 32;  // days
+  const base::DateTime today = now.midnight();
+  if (cleared_ == today) return;
+  cleared_ = today;
+  const std::int32_t days =
+      services_.config.ReadConfigInt("Alarm_DeleteAfter", foundation::kGeneral, foundation::StoreDatabase, 0);
+  if (days <= 0) return;
+  services_.main.execute(base::format("delete from Alarms where [DateTime] < %s",
+                                      today.plusDays(-std::max(days, kLongestPeriod)).format(jet::kDateTimeLiteral)));
+}
+
 void AlarmDesk::step(const SendMail& mail) {
   if (services_.main.readOnly()) return;
   refresh();
   const base::DateTime now = services_.clock.now();
+  deleteOld(now);
   if (judge_ != nullptr) {
     jet::Transaction transaction(services_.main);
     const jet::Snapshot last = services_.main.openSnapshot("select max([DateTime]) from Calls");
     judge_->step(now, last.empty() ? std::nullopt : last.at(0, 0).toDateTime());
     transaction.commit();
   }
+  const jet::AsStored stored(services_.main);
   const std::vector<ListedAlarm> pending = pendingAlarms(services_.main);
   if (pending.empty()) return;
   const std::vector<Rule> rules = loadRules(services_.main);
@@ -189,8 +204,9 @@ void AlarmDesk::step(const SendMail& mail) {
 
 void AlarmDesk::act(const ListedAlarm& alarm, const Rule& rule, const SendMail& mail) {
   for (const std::string& address : base::split(rule.mail, ",")) {
-    if (!mail || !mail(std::string(base::trim(address)), alarm.text, alarm.text + "\n")) {
-      note(base::format("the mail to %s could not be sent: %s", base::trim(address), alarm.text));
+    const std::string fault = mail(std::string(base::trim(address)), alarm.text, alarm.text + "\n");
+    if (!fault.empty()) {
+      note(base::format("the mail to %s could not be sent (%s): %s", base::trim(address), fault, alarm.text));
     }
   }
   if (rule.command.empty()) return;

@@ -22,8 +22,8 @@ struct DeskServices {
   const platform::Clock& clock;
 };
 
-// Sends one mail; false when it could not go.
-using SendMail = std::function<bool(const std::string& to, const std::string& subject, const std::string& text)>;
+// Sends one mail; the text says why it could not go, empty when it went.
+using SendMail = std::function<std::string(const std::string& to, const std::string& subject, const std::string& text)>;
 
 // Judges calls as they are recorded, keeps the alarms in table `Alarms` with an audit entry each, and acts on them:
 // mails and commands leave outside of the recording, at the next step. Alarms of calls that are older than two days
@@ -46,6 +46,7 @@ class AlarmDesk : public ingest::CallListener, public AlarmSink {
 
  private:
   void refresh();
+  void deleteOld(base::DateTime now);
   void act(const ListedAlarm& alarm, const Rule& rule, const SendMail& mail);
   void note(std::string_view what) noexcept;
 
@@ -53,6 +54,7 @@ class AlarmDesk : public ingest::CallListener, public AlarmSink {
   std::unique_ptr<Judge> judge_;
   std::uint64_t rulesVersion_ = 0;
   bool loaded_ = false;
+  std::optional<base::DateTime> cleared_;  // the day on which old alarms were last looked for
 };
 
 // What a rule would have told of the calls of [from, to), had it been there. Throws jet::Error.

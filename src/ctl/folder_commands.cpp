@@ -6,6 +6,7 @@
 #include "ctl/folder_json.h"
 #include "folders/call_totals.h"
 #include "folders/folder_view.h"
+#include "folders/view_log.h"
 
 namespace ctl {
 
@@ -90,6 +91,7 @@ int show(const Invocation& call) {
   server::CServerDoc& document = call.context.document();
   FolderView view(definition, document.folderServices(), document.valueFormatter(), sortKeyOf(call, definition));
   chooseColumns(call, view);
+  folders::logShown(view);
   constexpr std::int64_t kAll = std::numeric_limits<std::int64_t>::max();
   const Shown shown{view, call.arguments.integer("--limit", kAll, 0, kAll), call.arguments.has("--totals")};
   switch (call.global.format) {

@@ -6,6 +6,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/json_text.h"
+#include "folders/view_log.h"
 
 namespace ctl {
 
@@ -55,6 +56,7 @@ std::string timeText(const std::optional<base::DateTime>& time) {
 
 int listMissed(const Invocation& call) {
   Context& context = call.context;
+  folders::logShown(context.document().folderServices(), context.language().Translate("IDS_MONTH_MISSED"));
   const exchange::PartyDefinitions& parties = context.parties();
   const MissedCalls missed = analysis::findMissedCalls(
       context.main(), analysis::activeScope(context.document().callFilter()), {parties.countryCode, parties.areaCode},

@@ -9,6 +9,7 @@
 #include "folders/db_folder.h"
 #include "folders/report_file.h"
 #include "folders/report_page.h"
+#include "folders/view_log.h"
 #include "platform/regular_file.h"
 #include "schema/database_place.h"
 
@@ -101,9 +102,12 @@ std::optional<std::string> filling(std::string_view placeholder, const BillReque
   return std::nullopt;
 }
 
-// One pass, so that a placeholder's letters in the data stay data.
-std::string fillTemplate(std::string_view text, const BillRequest& request, const FolderServices& services,
-                         const std::string& tables) {
+// A template that repeats the calls again and again makes a page that nothing can show.
+constexpr std::size_t kLargestPage = std::size_t{64} << 20U;  // bytes
+
+// One pass, so that a placeholder's letters in the data stay data. Nothing when the page grows beyond kLargestPage.
+std::optional<std::string> fillTemplate(std::string_view text, const BillRequest& request,
+                                        const FolderServices& services, const std::string& tables) {
   std::string out;
   for (std::size_t at = text.find('%'); at != std::string_view::npos; at = text.find('%')) {
     out += text.substr(0, at);
@@ -111,9 +115,11 @@ std::string fillTemplate(std::string_view text, const BillRequest& request, cons
     const std::string_view placeholder = text.substr(0, text.find('%', 1) + 1);
     const auto value = filling(placeholder, request, services, tables);
     out += value.value_or("%");
+    if (out.size() > kLargestPage) return std::nullopt;
     text.remove_prefix(value ? placeholder.size() : 1);
   }
-  return out.append(text);
+  out.append(text);
+  return out;
 }
 
 }  // namespace
@@ -186,14 +192,20 @@ bool writeBill(const BillRequest& request, const FolderServices& services, const
     services.person.messageBox("Can't open");
     return false;
   }
+  const std::optional<std::string> filled = pattern ? fillTemplate(*pattern, request, services, tables) : std::nullopt;
+  if (pattern && !filled) {
+    services.person.messageBox(services.texts.TranslateFormat("IDS_TEMPLATE_TOO_LARGE", kLargestPage >> 20U));
+    return false;
+  }
   const auto page = openReport(file, services.person);
   if (!page) return false;
-  if (pattern) {
-    page->write(fillTemplate(*pattern, request, services, tables));
+  if (filled) {
+    page->write(*filled);
   } else {
     page->writePage(std::string(kPageHead) + tables + "</BODY></HTML>");
   }
   page->commit();
+  logWritten(services, services.texts.Translate("IDS_EXTENSION") + " " + request.extension, file);
   return true;
 }
 

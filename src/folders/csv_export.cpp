@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "folders/exports.h"
 #include "folders/report_file.h"
+#include "folders/view_log.h"
 
 namespace folders {
 
@@ -69,6 +70,7 @@ bool exportCsv(FolderView& view, const std::filesystem::path& path, CsvMark mark
     return true;
   });
   file->commit();
+  logWritten(view, path);
   return true;
 }
 

@@ -5,6 +5,7 @@
 #include "filter/description.h"
 #include "folders/report_file.h"
 #include "folders/report_page.h"
+#include "folders/view_log.h"
 
 namespace folders {
 
@@ -92,6 +93,7 @@ bool writeListReport(FolderView& view, const std::filesystem::path& path) {
   if (!file) return false;
   ListPage(view, *file).write();
   file->commit();
+  logWritten(view, path);
   return true;
 }
 

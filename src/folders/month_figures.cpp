@@ -84,6 +84,22 @@ std::vector<MonthGroup> eachDay(const FolderServices& services, base::DateTime m
   return days;
 }
 
+// What an all-clear takes back was an alarm all the same; the all-clear itself is none.
+void countAlarms(const FolderServices& services, MonthFigures& figures) {
+  if (!services.user.SQLSubquery.empty() || services.user.mask.any()) return;
+  services.main.forEachRow(
+      base::format("SELECT RuleName, count(*) AS cnt, Sum(IIf(AckUser is null or AckUser = '', 1, 0)) AS waiting "
+                   "FROM Alarms WHERE [DateTime] >= %s and [DateTime] < %s and [Step] > 0 group by RuleName "
+                   "ORDER BY 2 DESC, 1",
+                   figures.first.format(jet::kDateTimeLiteral),
+                   monthFrom(figures.first, 1).format(jet::kDateTimeLiteral)),
+      [&](const std::vector<Value>& row) {
+        figures.alarms.emplace_back(row[0].toText(), row[1].toLong());
+        figures.alarmsOpen += row[2].toLong();
+        return true;
+      });
+}
+
 }  // namespace
 
 base::DateTime monthFrom(base::DateTime day, int months) {
@@ -115,6 +131,7 @@ MonthFigures monthFigures(base::DateTime day, const FolderServices& services, co
   figures.open = missed.open;
   figures.lines =
       analysis::trunkVerdict(analysis::trunkLoad(services.main, scope, services.definitions), services.texts);
+  countAlarms(services, figures);
   return figures;
 }
 

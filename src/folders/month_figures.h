@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/datetime.h"
@@ -41,6 +42,9 @@ struct MonthFigures {
   std::int64_t answeredLater = 0;
   std::int64_t open = 0;
   std::string lines;  // in sentences, how many lines were needed
+  // Alarms of the month by their rules, most first; none for a user who does not see all calls whole.
+  std::vector<std::pair<std::string, std::int64_t>> alarms;
+  std::int64_t alarmsOpen = 0;  // of which nobody has acknowledged
 
   static constexpr std::size_t kMostGroups = 10;
 };

@@ -7,6 +7,7 @@
 #include "folders/month_texts.h"
 #include "folders/pdf_pages.h"
 #include "folders/report_file.h"
+#include "folders/view_log.h"
 #include "print/pdf_table.h"
 
 namespace folders {
@@ -135,6 +136,7 @@ bool writeMonthPage(base::DateTime day, const FolderServices& services, const Va
   if (!file) return false;
   file->write(pageOf(MonthTexts(figures, services, formatter), services));
   file->commit();
+  logWritten(services, monthTitle(day, formatter), path);
   return true;
 }
 
@@ -142,8 +144,10 @@ bool writeMonthPdf(base::DateTime day, const FolderServices& services, const Val
                    const std::filesystem::path& path) {
   const MonthFigures figures = monthFigures(day, services, formatter);
   const MonthTexts texts(figures, services, formatter);
-  return writePdf(path, {texts.title(), sheetFoot(services), false}, services.person,
-                  [&](print::PdfSheets& sheets) { drawMonth(sheets, texts); });
+  const bool written = writePdf(path, {texts.title(), sheetFoot(services), false}, services.person,
+                                [&](print::PdfSheets& sheets) { drawMonth(sheets, texts); });
+  if (written) logWritten(services, texts.title(), path);
+  return written;
 }
 
 }  // namespace folders

@@ -95,8 +95,12 @@ std::vector<MonthTexts::Dearest> MonthTexts::dearest() const {
 }
 
 std::vector<MonthTexts::Sentence> MonthTexts::sentences() const {
-  if (figures_.month.calls == 0) return {{{}, heading("IDS_MONTH_NO_CALLS")}};
   std::vector<Sentence> sentences;
+  if (figures_.month.calls == 0) {
+    sentences.push_back({{}, heading("IDS_MONTH_NO_CALLS")});
+    addAlarms(sentences);
+    return sentences;
+  }
   if (const std::int64_t incoming = figures_.month.incoming; incoming > 0) {
     const std::int64_t answered = (incoming - figures_.missed) * 100 / incoming;
     sentences.push_back({heading("IDS_MONTH_MISSED"),
@@ -104,7 +108,20 @@ std::vector<MonthTexts::Sentence> MonthTexts::sentences() const {
                                                          figures_.calledBack, figures_.answeredLater, figures_.open)});
   }
   sentences.push_back({heading("IDS_MONTH_LINES"), figures_.lines});
+  addAlarms(sentences);
   return sentences;
+}
+
+void MonthTexts::addAlarms(std::vector<Sentence>& sentences) const {
+  if (figures_.alarms.empty()) return;
+  std::int64_t count = 0;
+  std::string rules;
+  for (const auto& [rule, alarms] : figures_.alarms) {
+    count += alarms;
+    rules += base::format("%s%s (%d)", rules.empty() ? "" : ", ", rule, alarms);
+  }
+  sentences.push_back({heading("IDS_MONTH_ALARMS"),
+                       services_.texts.TranslateFormat("IDS_MONTH_ALARMS_TEXT", count, figures_.alarmsOpen, rules)});
 }
 
 }  // namespace folders

@@ -37,6 +37,7 @@ class MonthTexts {
 
  private:
   [[nodiscard]] std::string money(double amount) const;
+  void addAlarms(std::vector<Sentence>& sentences) const;
   [[nodiscard]] std::string change(double now, double then) const;
 
   const MonthFigures& figures_;

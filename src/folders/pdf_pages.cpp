@@ -10,6 +10,7 @@
 #include "folders/report_page.h"
 #include "folders/summary_groups.h"
 #include "folders/summary_page.h"
+#include "folders/view_log.h"
 #include "print/pdf_table.h"
 
 namespace folders {
@@ -171,17 +172,19 @@ bool writeListSheets(FolderView& view, const std::filesystem::path& file, const 
   const FolderServices& services = view.services();
   const std::string title = services.texts.Translate("IDS_CALLS_REPORT");
   const PdfSheets::Setup setup = {title + " - " + view.name(), sheetFoot(services), true, sheet};
-  return writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
+  const bool written = writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
     drawHead(sheets, title, headerTexts(view.name(), services));
     if (view.folder().definition().condition == ConditionSource::CallFilter) drawFilter(sheets, services);
     fillList(sheets, view);
   });
+  if (written) logWritten(view, file);
+  return written;
 }
 
 bool writeBillPdf(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
                   const std::filesystem::path& file, BillTotals* totals) {
   const PdfSheets::Setup setup = {request.extension, sheetFoot(services), false};
-  return writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
+  const bool written = writePdf(file, setup, services.person, [&](PdfSheets& sheets) {
     drawBillHead(sheets, request, services);
     std::vector<print::TableColumn> columns;
     for (const BillHeading& heading : billHeadings(services)) {
@@ -194,6 +197,8 @@ bool writeBillPdf(const BillRequest& request, const FolderServices& services, co
     drawBillSums(sheets, billSums(sums, services, formatter));
     if (totals != nullptr) *totals = sums;
   });
+  if (written) logWritten(services, services.texts.Translate("IDS_EXTENSION") + " " + request.extension, file);
+  return written;
 }
 
 bool writeSummaryPdf(FolderView& view, const std::filesystem::path& file) {
@@ -205,23 +210,26 @@ bool writeSummarySheets(FolderView& view, const std::filesystem::path& file, con
   const FolderServices& services = view.services();
   const SummaryGroups groups(view);
   const std::string caption = view.folder().caption();
-  return writePdf(file, {caption, sheetFoot(services), false, sheet}, services.person, [&](PdfSheets& sheets) {
-    sheets.paragraph(caption, kTitle);
-    sheets.paragraph(groups.chartTitle(), kFaint);
-    sheets.moveDown(kGap);
-    drawFilter(sheets, services);
-    drawBars(sheets, groups.bars());
-    sheets.paragraph(groups.othersText(), kFaint);
-    sheets.moveDown(kGap);
-    std::vector<print::TableColumn> columns;
-    for (const std::string& heading : groups.headings()) {
-      columns.push_back({heading, columns.empty() ? Align::Left : Align::Right});
-    }
-    PdfTable table(sheets, columns);
-    for (auto& row : groups.rows()) table.add(row);
-    table.add(groups.totals(), PdfTable::Row::Total);
-    table.finish();
-  });
+  const bool written =
+      writePdf(file, {caption, sheetFoot(services), false, sheet}, services.person, [&](PdfSheets& sheets) {
+        sheets.paragraph(caption, kTitle);
+        sheets.paragraph(groups.chartTitle(), kFaint);
+        sheets.moveDown(kGap);
+        drawFilter(sheets, services);
+        drawBars(sheets, groups.bars());
+        sheets.paragraph(groups.othersText(), kFaint);
+        sheets.moveDown(kGap);
+        std::vector<print::TableColumn> columns;
+        for (const std::string& heading : groups.headings()) {
+          columns.push_back({heading, columns.empty() ? Align::Left : Align::Right});
+        }
+        PdfTable table(sheets, columns);
+        for (auto& row : groups.rows()) table.add(row);
+        table.add(groups.totals(), PdfTable::Row::Total);
+        table.finish();
+      });
+  if (written) logWritten(view, file);
+  return written;
 }
 
 }  // namespace folders

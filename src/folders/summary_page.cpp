@@ -9,6 +9,7 @@
 #include "folders/bar_chart.h"
 #include "folders/report_file.h"
 #include "folders/summary_groups.h"
+#include "folders/view_log.h"
 
 namespace folders {
 
@@ -86,6 +87,7 @@ bool writeSummaryPage(FolderView& view, const std::filesystem::path& path) {
   file->write(base::format("<footer>%s %s, %s</footer>\n</body></html>\n", base::kProgramName, base::kProgramVersion,
                            services.clock.now().format(kDateTimeFormat)));
   file->commit();
+  logWritten(view, path);
   return true;
 }
 

@@ -10,6 +10,7 @@
 #include "base/characters.h"
 #include "folders/exports.h"
 #include "folders/report_file.h"
+#include "folders/view_log.h"
 
 namespace folders {
 
@@ -174,6 +175,7 @@ bool exportXlsx(FolderView& view, const std::filesystem::path& path) {
   });
   book.close();
   file->moveTo(path);
+  logWritten(view, path);
   return true;
 }
 

@@ -52,6 +52,8 @@ constexpr Setting kSettings[] = {
     {"general", "Lang", M, S, ""},
     {"general", "Language", M, S, ""},
     {"general", "LastUser", M, S, ""},
+    {"general", "PageSetup", M, S, ""},
+    folder("LastExportFolder", ""),
     {"general", "AutoLoginUser", M, S, ""},
     {"general", "AutoLoginPassword", M, S, ""},
     // The exchange's place and the lines out.
@@ -107,6 +109,8 @@ constexpr Setting kSettings[] = {
     {"general", "Log_Err", M, I, "0"},
     onOff("general", "Log_DeleteEnabled", D, "0"),
     ranged("general", "Log_DeleteAfter", D, "0", 0, kMostDays),
+    onOff("general", "Log_CallViews", D, "0"),
+    ranged("general", "Alarm_DeleteAfter", D, "0", 0, kMostDays),
     // The organisation and the database.
     {"general", "DbVersion", D, I, "0"},
     ranged("general", "OrganizationTVA", D, "0", 0, 100),

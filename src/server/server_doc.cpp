@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "alarms/mail_text.h"
-#include "alarms/run_command.h"
 #include "base/path.h"
 #include "base/printf.h"
 #include "base/text.h"
@@ -15,6 +13,7 @@
 #include "schema/schema.h"
 #include "security/restriction.h"
 #include "security/rights.h"
+#include "server/alarm_mail.h"
 #include "tariff/redenomination.h"
 
 namespace server {
@@ -23,19 +22,6 @@ namespace {
 
 constexpr std::int32_t kDatabaseVersion = 1;
 constexpr std::int32_t kUpperPanePercent = 70;
-
-// Mails through the machine's mail program, from the organisation's address.
-alarms::SendMail sendMailer(foundation::ConfigManager& config) {
-  return [&config](const std::string& to, const std::string& subject, const std::string& text) {
-    const std::string program =
-        config.ReadConfigString("MailProgram", foundation::kGeneral, foundation::StoreMachine, "/usr/sbin/sendmail");
-    const std::string from =
-        config.ReadConfigString("OrganizationEmail", foundation::kGeneral, foundation::StoreDatabase, "");
-    return alarms::runProgram({base::systemPath(program).string(), "-oi", "-t"},
-                              alarms::mailText(from, to, subject, text))
-        .empty();
-  };
-}
 
 }  // namespace
 
@@ -246,7 +232,7 @@ alarms::DeskServices CServerDoc::alarmServices() {
 // An alarm that cannot be told now is told at the next step.
 void CServerDoc::stepAlarms() {
   try {
-    if (alarms_) alarms_->step(sendMailer(config_));
+    if (alarms_) alarms_->step(alarmMailer(config_));
   } catch (const jet::Error& error) {
     log_.WriteLog(security::LogError, "Alarms: %s", error.description());
   }

@@ -18,7 +18,6 @@ namespace tariff {
 
 namespace {
 
-constexpr std::int64_t kMostRows = 2'000'000;
 constexpr std::size_t kLongestLine = 64 * 1024;
 
 enum Field : std::size_t { Prefix, Name, Price, Connection, Increment, Currency, kFields };
@@ -172,8 +171,8 @@ class Reader {
   }
 
   void takeRow(const std::vector<std::string>& fields) {
-    if (++list_.rows > kMostRows) {
-      throw PriceListError(base::format("The file has more than %d rows. Split it.", kMostRows));
+    if (++list_.rows > options_.mostRows) {
+      throw PriceListError(base::format("The file has more than %d rows. Split it.", options_.mostRows));
     }
     const std::string prefix = cell(Prefix, fields);
     const auto price = amountOf(cell(Price, fields));

@@ -52,7 +52,8 @@ struct PriceListOptions {
   std::string currency = {};  // of rows without one
   int firstSeconds = 1;       // of rows without an increment
   int nextSeconds = 1;
-  int codepage = 1252;  // of a file that is no UTF-8
+  int codepage = 1252;                // of a file that is no UTF-8
+  std::int64_t mostRows = 2'000'000;  // a file with more is refused before it takes the memory
 };
 
 // The file is no price list; the text says what to do.

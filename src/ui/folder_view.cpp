@@ -16,6 +16,7 @@
 
 #include "folders/column_layout.h"
 #include "folders/quick_search.h"
+#include "folders/view_log.h"
 #include "platform/progress.h"
 #include "security/rights.h"
 #include "ui/dialogs/columns_dialog.h"
@@ -204,6 +205,7 @@ bool CFolderView::show(View view, FolderModel::Window window) {
   const platform::Progress progress(document_.app().surroundings().person, view->folder().caption(), progressText());
   try {
     model_->setFolder(std::move(view), window);
+    if (window == FolderModel::Window::AtStart) folders::logShown(*model_->folder());
     return true;
   } catch (const jet::Error& error) {
     if (!error.canceled()) emit failed(toQt(error.description()));

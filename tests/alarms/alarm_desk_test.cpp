@@ -64,6 +64,34 @@ TEST_F(Desk, AnAlarmIsKeptOnceWhateverIsStartedAnew) {
   EXPECT_EQ(alarms::listAlarms(*main, 1)[0].acknowledged, "ana");
 }
 
+// An alarm of a month's budget stays as long as the month can last, whatever is set.
+TEST_F(Desk, AlarmsOfOldDaysAreDeletedWhenThatIsSet) {
+  alarms::saveRule(*main, {.name = "Budget", .subject = alarms::Subject::Extension, .limit = 1});
+  const base::DateTime start = clock.time;
+  const auto after = [&](std::int64_t days) {
+    clock.time = start.plusDays(days);
+    alarms::AlarmDesk(services_).step({});
+    return alarms();
+  };
+  alarms::AlarmDesk desk(services_);
+  record(desk, "201", 2);
+  ASSERT_EQ(alarms(), 1U);
+  EXPECT_EQ(after(400), 1U);
+  databaseSetting("Alarm_DeleteAfter", 5);
+  EXPECT_EQ(after(32), 1U);
+  EXPECT_EQ(after(33), 0U);
+}
+
+TEST_F(Desk, AMailThatDoesNotGoIsInTheLogWithItsReason) {
+  alarms::saveRule(*main, {.name = "Dear", .kind = alarms::Kind::Call, .limit = 1, .mail = "a@b.ro"});
+  alarms::AlarmDesk desk(services_);
+  record(desk, "201", 2);
+  desk.step([](const std::string&, const std::string&, const std::string&) { return std::string("no such host"); });
+  const jet::Snapshot told = main->openSnapshot("select [Desc] from Log where [Level] = 9");
+  ASSERT_EQ(told.rowCount(), 1U);
+  EXPECT_NE(told.at(0, 0).toText().find("a@b.ro could not be sent (no such host)"), std::string::npos);
+}
+
 TEST_F(Desk, TheCallIsInTheCommandsEnvironmentAndNotInItsText) {
   const auto file = folder / "seen";
   alarms::saveRule(*main,
@@ -77,7 +105,7 @@ TEST_F(Desk, TheCallIsInTheCommandsEnvironmentAndNotInItsText) {
   std::vector<std::string> mails;
   const alarms::SendMail send = [&](const std::string& to, const std::string&, const std::string&) {
     mails.push_back(to);
-    return true;
+    return std::string();
   };
   desk.step(send);
   desk.step(send);

@@ -53,6 +53,31 @@ TEST_F(MonthTest, ComparesWithTheMonthsBefore) {
   EXPECT_EQ(found.open, 0);
 }
 
+TEST_F(MonthTest, NamesTheAlarmsToWhoSeesAllCallsWhole) {
+  const auto alarm = [&](base::DateTime at, const char* rule, int step, const char* acknowledged) {
+    auto rows = office.main->openRecordset("SELECT * FROM Alarms");
+    rows->addNew();
+    rows->set("DateTime", at);
+    rows->set("RuleName", rule);
+    rows->set("Step", step);
+    rows->set("AckUser", acknowledged);
+    rows->update();
+  };
+  alarm(day(2025, 3, 1, 0), "Budget", 75, "ana");
+  alarm(day(2025, 3, 31, 23), "Budget", 100, "");
+  alarm(day(2025, 3, 31, 23), "Budget", 0, "");
+  alarm(day(2025, 3, 9), "Abroad", 100, "");
+  alarm(day(2025, 2, 28), "Abroad", 100, "");
+  const MonthFigures found = figures();
+  EXPECT_EQ(found.alarms, (std::vector<std::pair<std::string, std::int64_t>>{{"Budget", 2}, {"Abroad", 1}}));
+  EXPECT_EQ(found.alarmsOpen, 2);
+  office.user.mask.digits = 2;
+  EXPECT_TRUE(figures().alarms.empty());
+  office.user.mask.digits = 0;
+  office.user.SQLSubquery = "Extension = '201'";
+  EXPECT_TRUE(figures().alarms.empty());
+}
+
 TEST_F(MonthTest, TheDearestComeFirstAndTheCheapOnesAreLeftOut) {
   for (int i = 0; i < 15; ++i)
     call(day(2025, 3, 3), i, std::to_string(200 + i).c_str(), ("Area " + std::to_string(i)).c_str());

@@ -120,6 +120,41 @@ TEST_F(RunnerTest, MissedTimesAreMadeUpOnceByOneOfTwoCopies) {
       << after.lastError;
 }
 
+// In spring there is no 02:30 on that night, in autumn there are two: one report each.
+TEST_F(RunnerTest, TheNightOnWhichClocksChangeHasOneReport) {
+  struct {
+    const char* due;
+    std::vector<const char*> looks;  // what the clock on the wall shows, one after the other
+    const char* sentAt;
+  } const nights[] = {
+      {"2025-03-30 02:30:00",
+       {"2025-03-30 01:59:00", "2025-03-30 03:00:00", "2025-03-30 03:01:00"},
+       "2025-03-30 03:00:00"},
+      {"2025-10-26 02:30:00",
+       {"2025-10-26 02:29:00", "2025-10-26 02:30:00", "2025-10-26 02:59:00", "2025-10-26 02:00:00",
+        "2025-10-26 02:30:00", "2025-10-26 03:00:00"},
+       "2025-10-26 02:30:00"},
+  };
+  for (const auto& night : nights) {
+    Schedule own = stored();
+    own.minuteOfDay = 150;
+    own.nextRun = at(night.due);
+    own.runFor.reset();
+    own.waiting.clear();
+    table.save(own);
+    Runner runner(parts, office.config, [](const std::string&) {});
+    std::vector<std::string> claimed;
+    for (const char* look : night.looks) {
+      office.clock.time = at(look);
+      const base::DateTime next = stored().nextRun;
+      stepThrough(runner);
+      if (stored().nextRun != next) claimed.emplace_back(look);
+    }
+    EXPECT_EQ(claimed, std::vector<std::string>{night.sentAt}) << night.due;
+    EXPECT_EQ(stored().runFor->stored(), night.due);
+  }
+}
+
 TEST_F(RunnerTest, AMailThatCannotGoIsTriedForADayAndToldTwice) {
   const auto say = [this](const std::string& line) { said.push_back(line); };
   Runner runner(parts, office.config, say);

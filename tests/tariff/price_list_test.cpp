@@ -83,4 +83,27 @@ TEST(PriceList, WhatIsWrongInARowIsToldAndTheOthersAreRead) {
                tariff::PriceListError);
 }
 
+// A file of ten million rows ends here before it takes the memory, and one that cannot be read says in what it is.
+TEST(PriceList, FilesThatAreTooLargeOrInAnotherFormAreRefusedInWords) {
+  std::string rows = "prefix;name;price\n";
+  for (int i = 0; i < 1001; ++i) rows += "40" + std::to_string(1000 + i) + ";x;0.1\n";
+  const auto refusal = [](const std::string& text, std::int64_t mostRows) -> std::string {
+    try {
+      (void)read(text, {.mostRows = mostRows});
+      return {};
+    } catch (const tariff::PriceListError& error) {
+      return error.what();
+    }
+  };
+  EXPECT_EQ(refusal(rows, 1001), "");
+  EXPECT_EQ(refusal(rows, 1000), "The file has more than 1000 rows. Split it.");
+  EXPECT_EQ(refusal(std::string("p\0r\0", 4), 1000),
+            "The file is no plain text, or UTF-16. Save it as CSV in UTF-8 and import that.");
+  // In a wrong code page the names alone are wrong, and the file's form is told.
+  const PriceList list = read("prefix;name;price\n40;Bra\xBAov;0.1\n", {.codepage = 1252});
+  EXPECT_EQ(list.entries.at(0).prefix, "0040");
+  EXPECT_EQ(list.notes.at(0).text, "no UTF-8: read in code page 1252");
+  EXPECT_EQ(read("prefix;name;price\n40;Bra\xBAov;0.1\n", {.codepage = 1250}).entries.at(0).name, "Braşov");
+}
+
 }  // namespace
