@@ -47,7 +47,10 @@ ImportResult::Outcome ImportRun::readBatches() {
       case BatchEnd::CallFailed:
         // Asked between two transactions: the question may stand for hours.
         if (!operatorGoesOn()) return Outcome::StoppedByOperator;
-        refuseFailedRecord();
+        refuse(BatchEnd::CallFailed);
+        break;
+      case BatchEnd::CallRejected:
+        refuse(BatchEnd::CallRejected);
         break;
     }
   }
@@ -78,7 +81,9 @@ ImportRun::BatchEnd ImportRun::recordUntilFull(std::int64_t& records, ReadPositi
     if (options_.shouldStop && options_.shouldStop()) return BatchEnd::Interrupted;
     if (!reader_.next(record)) return BatchEnd::EndOfFile;
     if (!showProgress(records)) return BatchEnd::Interrupted;
-    if (!recordOne(record)) return BatchEnd::CallFailed;
+    const Recording recorded = recordOne(record);
+    if (recorded == Recording::Failed) return BatchEnd::CallFailed;
+    if (recorded == Recording::Rejected) return BatchEnd::CallRejected;
     ++records;
     position = reader_.position();
   } while (records < lastRecord && std::chrono::steady_clock::now() < deadline);
@@ -90,14 +95,14 @@ bool ImportRun::showProgress(std::int64_t record) {
   return recorder_.parts().person.progressStep(record);
 }
 
-// False when the call could not be recorded; a fault that the next call would meet too is passed on.
-bool ImportRun::recordOne(exchange::CallRecord& record) {
+// A fault that the next call would meet too is passed on.
+Recording ImportRun::recordOne(exchange::CallRecord& record) {
   failedNumber_ = record.dialledNumber;
   try {
-    return recorder_.AddRecord(record) != Recording::Failed;
+    return recorder_.AddRecord(record);
   } catch (const jet::Error& error) {
     if (!isFaultOfCall(error, record)) throw;
-    return false;
+    return Recording::Failed;
   }
 }
 
@@ -117,12 +122,12 @@ bool ImportRun::operatorGoesOn() {
 }
 
 // The reader stands behind the record. The entry in the log is committed with the decision, so that a record that is
-// tried again after a kill is not told of twice.
-void ImportRun::refuseFailedRecord() {
+// tried again after a kill is not told of twice. That of a rejected one was written as it was rejected.
+void ImportRun::refuse(BatchEnd why) {
   kept_.refuse(progress_, reader_.recordBytes());
   const ReadPosition& behind = reader_.position();
   jet::Transaction transaction(recorder_.parts().main);
-  logFailedRecord();
+  if (why == BatchEnd::CallFailed) logFailedRecord();
   rows_.store(progressAt(progress_.records + 1, behind));
   transaction.commit();
   progress_ = progressAt(progress_.records + 1, behind);

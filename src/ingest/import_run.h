@@ -28,15 +28,15 @@ class ImportRun {
   [[nodiscard]] const FileProgress& progress() const { return progress_; }
 
  private:
-  enum class BatchEnd { Full, EndOfFile, CallFailed, Interrupted };
+  enum class BatchEnd { Full, EndOfFile, CallFailed, CallRejected, Interrupted };
 
   ImportResult::Outcome readBatches();
   BatchEnd readBatch();
   BatchEnd recordUntilFull(std::int64_t& records, ReadPosition& position);
   bool showProgress(std::int64_t record);
-  bool recordOne(exchange::CallRecord& record);
+  Recording recordOne(exchange::CallRecord& record);
   bool operatorGoesOn();
-  void refuseFailedRecord();
+  void refuse(BatchEnd why);
   void logFailedRecord();
   [[nodiscard]] FileProgress progressAt(std::int64_t records, const ReadPosition& position) const;
 

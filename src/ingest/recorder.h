@@ -13,7 +13,8 @@ namespace ingest {
 
 enum class Recording {
   Failed,    // the calls are not open
-  Skipped,   // deliberately not stored: no trunk entry left, or under "Ignore_short_calls"
+  Skipped,   // deliberately not stored: under "Ignore_short_calls"
+  Rejected,  // not stored: no entry or no provider is left for its trunk; can be recorded when one is
   Recorded,  // one row more
 };
 

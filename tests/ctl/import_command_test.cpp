@@ -9,6 +9,8 @@ namespace {
 
 using namespace support;
 
+namespace fs = std::filesystem;
+
 class ImportCommand : public ::testing::Test, protected TallyctlRun {
  protected:
   void append(const std::string& bytes) const {
@@ -42,6 +44,23 @@ TEST_F(ImportCommand, ARefusedCallIsCountedNamedAndTheStatusTellsOfIt) {
   EXPECT_EQ(again.status, 1);
   EXPECT_TRUE(contains(again.err, "monitor.data.bk.refused.2")) << again.err;
   EXPECT_EQ(run("import").out, "imported 0\n");
+}
+
+// In an exchange without tariffs no trunk leads to a provider: the calls wait in a file until one does.
+TEST_F(ImportCommand, CallsWithoutALineAreKeptUntilThereIsOne) {
+  makeSample(0);
+  fs::rename(path("data/tariffs.mdb"), path("data/away.mdb"));
+  ASSERT_TRUE(changeFile("data/tallybook.mdb", "delete from Config where Path like '%LiniiDef%'"));
+  succeed("sample-calls 30 --out data/monitor/monitor.data --seed 6");
+  const Result result = run("import");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "imported 30\n");
+  const std::string kept = path("data/monitor/monitor.data.bk.refused.1").string();
+  EXPECT_TRUE(contains(result.err, "30 refused, kept in " + kept)) << result.err;
+  EXPECT_EQ(stored("select count(*) from Calls")[0][0], "0");
+  fs::rename(path("data/away.mdb"), path("data/tariffs.mdb"));
+  EXPECT_EQ(succeed("import --file " + kept), "imported 30\n");
+  EXPECT_EQ(stored("select count(*) from Calls")[0][0], "30");
 }
 
 TEST_F(ImportCommand, AFaultOfADatabaseNamesItAndKeepsTheFile) {

@@ -145,12 +145,12 @@ TEST_F(RecorderTest, TwoCopiesThatMeetNewTrunksTakeAnEntryForEach) {
   EXPECT_NE(other.parties.trunks[3].trunk, "77");
 }
 
-TEST_F(RecorderTest, WithoutAFreeEntryTheCallIsSkippedAndReported) {
+TEST_F(RecorderTest, WithoutAFreeEntryTheCallIsRejectedAndReported) {
   for (auto& trunk : copy.parties.trunks) trunk.providerId = 1;
   copy.parties.save(*copy.main);
   exchange::CallRecord call = sampleCall();
   call.trunk = 7777;
-  EXPECT_EQ(add(call), Recording::Skipped);
+  EXPECT_EQ(add(call), Recording::Rejected);
   EXPECT_EQ(copy.callCount(), 0);
   EXPECT_EQ(copy.person.beeps, "tt");
   EXPECT_EQ(copy.logged(), "9 IDS_SMDR_TRUNKS_MAX 7777\n");
