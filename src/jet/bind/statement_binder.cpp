@@ -92,14 +92,12 @@ class StatementBinder {
     bound_.distinct = statement_.distinct;
     bound_.top = statement_.top;
     binder_.allowAggregates(true);
-    bool columnsOnly = true;
     for (const SelectItem& item : statement_.items) {
       if (item.expression->kind == Expression::Kind::Star) {
         star(item.expression->table);
         continue;
       }
       bound_.items.push_back({binder_.bind(*item.expression), item.name()});
-      columnsOnly = columnsOnly && bound_.items.back().expression.isColumn();
     }
     for (const OrderItem& item : statement_.orderBy) order(item);
     if (statement_.having) bound_.having = binder_.condition(*statement_.having);
@@ -109,7 +107,9 @@ class StatementBinder {
         std::ranges::any_of(bound_.items, [](const BoundItem& item) { return hasAggregate(item.expression); });
     bound_.grouped = aggregates || !bound_.groupBy.empty();
     bound_.keyed = !bound_.distinct && !bound_.top && !bound_.grouped && !bound_.having && bound_.readsOneTable();
-    bound_.updatable = bound_.keyed && columnsOnly;
+    bound_.updatable = bound_.keyed && std::ranges::all_of(bound_.items, [](const BoundItem& item) {
+                         return item.expression.isColumn();
+                       });
   }
 
   void star(const std::string& qualifier) {
