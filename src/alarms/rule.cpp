@@ -26,7 +26,7 @@ Value valueOf(const std::array<std::string_view, Size>& words, std::string_view 
   }
   std::string all;
   for (const std::string_view known : words) all.append(all.empty() ? "" : ", ").append(known);
-  throw RuleError(base::format("The %s of a rule is one of %s, not \"%s\".", what, all, word));
+  throw RuleError(base::Refusal("IDS_RULE_WORD", "The %s of a rule is one of %s, not \"%s\".", what, all, word));
 }
 
 void checkMail(const std::string& addresses) {
@@ -35,14 +35,15 @@ void checkMail(const std::string& addresses) {
     const std::size_t at = address.find('@');
     const bool plain = std::ranges::all_of(address, [](char c) { return c > ' ' && c != '<' && c != '>' && c != 127; });
     if (!plain || at == 0 || at == std::string_view::npos || at + 1 == address.size() || address.starts_with('-')) {
-      throw RuleError(base::format("\"%s\" is no mail address.", address));
+      throw RuleError(base::Refusal("IDS_NO_MAIL_ADDRESS", "\"%s\" is no mail address.", address));
     }
   }
 }
 
 void checkDestination(const Rule& rule) {
   if (rule.prefixes.empty() && rule.countries.empty()) {
-    throw RuleError("A rule about destinations needs --prefix (or --prefix abroad) or --country.");
+    throw RuleError(base::Refusal("IDS_RULE_DESTINATION",
+                                  "A rule about destinations needs --prefix (or --prefix abroad) or --country."));
   }
   for (const std::string& prefix : base::split(rule.prefixes, ",")) {
     if (base::trim(prefix) == "abroad") continue;
@@ -50,7 +51,7 @@ void checkDestination(const Rule& rule) {
       constexpr std::string_view kAnyCountry = "0";  // of national prefixes; here only the form counts
       (void)tariff::internationalPrefixes(prefix, kAnyCountry);
     } catch (const tariff::PriceListError& error) {
-      throw RuleError(base::format("The rule's prefix is %s.", error.what()));
+      throw RuleError(base::Refusal("IDS_RULE_PREFIX", "The rule's prefix is %s.", error.what()));
     }
   }
 }
@@ -129,23 +130,28 @@ void check(const Rule& rule) {
   constexpr std::size_t kLongestName = 100;
   if (base::trim(rule.name).empty() || rule.name.size() > kLongestName ||
       rule.name.find_first_of("\"'\r\n") != std::string::npos) {
-    throw RuleError("A rule needs a name of at most 100 characters, without quotation marks.");
+    throw RuleError(
+        base::Refusal("IDS_RULE_NAME", "A rule needs a name of at most 100 characters, without quotation marks."));
   }
-  if (rule.of.find_first_of("\"'\r\n") != std::string::npos) throw RuleError("--of may not hold quotation marks.");
+  if (rule.of.find_first_of("\"'\r\n") != std::string::npos)
+    throw RuleError(base::Refusal("IDS_RULE_OF_QUOTED", "--of may not hold quotation marks."));
   if (!rule.of.empty() && rule.subject == Subject::All) {
-    throw RuleError("--of names one of the subjects: give --subject, such as extension, too.");
+    throw RuleError(
+        base::Refusal("IDS_RULE_OF_WHAT", "--of names one of the subjects: give --subject, such as extension, too."));
   }
   const bool needsLimit = rule.kind != Kind::Destination && rule.kind != Kind::Silence;
   if (needsLimit && !(rule.limit > 0 && std::isfinite(rule.limit))) {
-    throw RuleError("The rule needs a limit above 0: give --limit.");
+    throw RuleError(base::Refusal("IDS_RULE_LIMIT", "The rule needs a limit above 0: give --limit."));
   }
   if (rule.kind == Kind::Call && rule.measure == Measure::Calls) {
-    throw RuleError("A single call is judged by its cost or its duration.");
+    throw RuleError(base::Refusal("IDS_RULE_MEASURE", "A single call is judged by its cost or its duration."));
   }
   if (rule.kind == Kind::Short && (rule.seconds < 1 || rule.minutes < 1)) {
-    throw RuleError("A rule about short calls needs --seconds (how short) and --minutes (within how long).");
+    throw RuleError(base::Refusal(
+        "IDS_RULE_SHORT", "A rule about short calls needs --seconds (how short) and --minutes (within how long)."));
   }
-  if (rule.kind == Kind::Silence && rule.minutes < 1) throw RuleError("A rule about silence needs --minutes.");
+  if (rule.kind == Kind::Silence && rule.minutes < 1)
+    throw RuleError(base::Refusal("IDS_RULE_SILENCE", "A rule about silence needs --minutes."));
   if (rule.kind == Kind::Destination) checkDestination(rule);
   checkMail(rule.mail);
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/datetime.h"
+#include "base/refusal.h"
 #include "jet/database.h"
 
 namespace alarms {
@@ -44,8 +45,8 @@ struct Rule {
 };
 
 // The rule makes no sense; the text says what is wrong and what it takes.
-class RuleError : public std::runtime_error {
-  using std::runtime_error::runtime_error;
+class RuleError : public base::Refused<std::runtime_error> {
+  using Refused::Refused;
 };
 
 // Words of the values as they are stored and typed: "budget", "cost", "month", "extension". The read ones throw

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <optional>
 
-#include "base/printf.h"
+#include "base/refusal.h"
 #include "base/text.h"
 
 namespace analysis {
@@ -67,8 +67,9 @@ void WorkingHours::add(std::string_view part) {
   const auto start = minuteOf(startText);
   const auto end = minuteOf(endText);
   if (!first || !last || !start || !end || *start >= *end) {
-    throw std::invalid_argument(base::format(
-        "\"%s\" are no working hours. Write days and times such as \"%s, Sat 09:00-13:00\".", part, kDefault));
+    throw base::Refused<std::invalid_argument>(base::Refusal(
+        "IDS_WORKING_HOURS_FORM", "\"%s\" are no working hours. Write days and times such as \"%s, Sat 09:00-13:00\".",
+        part, kDefault));
   }
   for (std::size_t day = *first;; day = (day + 1) % kDays.size()) {
     days_[day].push_back({*start, *end});

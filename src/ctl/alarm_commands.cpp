@@ -12,6 +12,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/json_text.h"
+#include "foundation/refusal_text.h"
 #include "security/restriction.h"
 
 namespace ctl {
@@ -34,7 +35,7 @@ std::int64_t wholeNumber(const std::string& text) {
   const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), value);
   constexpr std::int64_t kMost = 1'000'000;
   if (!text.empty() && (fault != std::errc() || end != text.data() + text.size() || value < 0 || value > kMost)) {
-    throw alarms::RuleError(base::format("\"%s\" is no whole number.", text));
+    throw alarms::RuleError(base::Refusal("IDS_NO_WHOLE_NUMBER", "\"%s\" is no whole number.", text));
   }
   return value;
 }
@@ -43,7 +44,7 @@ double amountOf(const std::string& text) {
   double value = 0;
   const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (!text.empty() && (fault != std::errc() || end != text.data() + text.size())) {
-    throw alarms::RuleError(base::format("\"%s\" is no amount such as 12.50.", text));
+    throw alarms::RuleError(base::Refusal("IDS_NO_AMOUNT", "\"%s\" is no amount such as 12.50.", text));
   }
   return value;
 }
@@ -51,7 +52,7 @@ double amountOf(const std::string& text) {
 bool flagOf(const std::string& text) {
   if (text == "1" || base::equalFoldAscii(text, "yes")) return true;
   if (text.empty() || text == "0" || base::equalFoldAscii(text, "no")) return false;
-  throw alarms::RuleError(base::format("\"%s\" is neither yes nor no.", text));
+  throw alarms::RuleError(base::Refusal("IDS_NEITHER_YES_NOR_NO", "\"%s\" is neither yes nor no.", text));
 }
 
 std::string flagText(bool value) {
@@ -198,7 +199,7 @@ const RuleField& fieldNamed(const std::string& name, std::size_t line) {
 }
 
 // All rules of the file, or none when one is wrong.
-std::vector<Rule> readFile(const std::string& name) {
+std::vector<Rule> readFile(const std::string& name, const foundation::LanguageFile& texts) {
   std::ifstream in(name, std::ios::binary);
   std::string line;
   if (!std::getline(in, line)) throw Failure(base::format("%s cannot be read, or is empty.", name));
@@ -216,7 +217,7 @@ std::vector<Rule> readFile(const std::string& name) {
       for (std::size_t i = 0; i < std::min(fields.size(), columns.size()); ++i) columns[i]->set(rule, fields[i]);
       alarms::check(rule);
     } catch (const alarms::RuleError& error) {
-      throw Failure(base::format("Line %d: %s Nothing was changed.", number, error.what()));
+      throw Failure(base::format("Line %d: %s Nothing was changed.", number, foundation::errorText(error, texts)));
     }
   }
   return rules;
@@ -224,7 +225,7 @@ std::vector<Rule> readFile(const std::string& name) {
 
 int set(const Invocation& call) {
   if (const auto file = call.arguments.find("--file")) {
-    store(call, readFile(*file));
+    store(call, readFile(*file, call.context.language()));
     return 0;
   }
   const std::string name = call.arguments.text("NAME");
@@ -238,7 +239,7 @@ int set(const Invocation& call) {
     }
     alarms::check(rule);
   } catch (const alarms::RuleError& error) {
-    throw WrongUsage(error.what());
+    throw WrongUsage(foundation::errorText(error, call.context.language()));
   }
   store(call, {rule});
   return 0;

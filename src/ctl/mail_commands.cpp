@@ -7,6 +7,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "foundation/refusal_text.h"
 #include "schedule/mail_settings.h"
 
 namespace ctl {
@@ -19,7 +20,7 @@ MailSettings stored(const Invocation& call) {
   try {
     return schedule::readMailSettings(call.context.config());
   } catch (const mail::MailError& missing) {
-    throw Failure(missing.what());
+    throw Failure(foundation::errorText(missing, call.context.language()));
   }
 }
 
@@ -60,7 +61,7 @@ int set(const Invocation& call) {
           base::format("The machine store %s cannot be written.", call.context.machineStore().file().string()));
     }
   } catch (const std::invalid_argument& wrong) {
-    throw WrongUsage(wrong.what());
+    throw WrongUsage(foundation::errorText(wrong, call.context.language()));
   }
   return 0;
 }

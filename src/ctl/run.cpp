@@ -8,6 +8,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "filter/condition.h"
+#include "foundation/refusal_text.h"
 #include "jet/error.h"
 #include "security/restriction.h"
 
@@ -22,7 +23,12 @@ int runCommand(const ParsedLine& line) {
   Context context(line.global);
   const Command& command = *line.command;
   if (command.access.object != 0) context.require(command.access);
-  const int status = command.run({line.global, line.arguments, context, std::cout});
+  int status = kFailed;
+  try {
+    status = command.run({line.global, line.arguments, context, std::cout});
+  } catch (const base::Refusal& refusal) {
+    throw Failure(foundation::refusalText(refusal, context.language()));
+  }
   std::cout.flush();
   if (!std::cout) throw Failure("The output could not be written.");
   return status;

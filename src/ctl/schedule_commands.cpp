@@ -6,6 +6,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "foundation/refusal_text.h"
 #include "mail/address.h"
 #include "schedule/runner.h"
 
@@ -97,7 +98,7 @@ int set(const Invocation& call) {
     schedule::requireSound(changed);
     schedule::ReportMaker(document.reportParts()).requirePossible(changed);
   } catch (const std::invalid_argument& wrong) {
-    throw WrongUsage(wrong.what());
+    throw WrongUsage(foundation::errorText(wrong, call.context.language()));
   }
   const base::DateTime now = call.context.clock().now();
   changed.nextRun = schedule::nextDue(*schedule::parseDays(changed.days), changed.minuteOfDay, now);

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "base/characters.h"
-#include "base/printf.h"
+#include "base/refusal.h"
 #include "base/text.h"
 
 namespace mail {
@@ -47,12 +47,14 @@ bool isAddress(std::string_view text) {
 std::vector<std::string> parseAddresses(std::string_view list) {
   if (const auto control = std::ranges::find_if(list, [](unsigned char c) { return c < ' ' || c == 0x7F; });
       control != list.end()) {
-    throw std::invalid_argument("A mail address holds a line end or another control character.");
+    throw base::Refused<std::invalid_argument>(
+        base::Refusal("IDS_MAIL_CONTROL", "A mail address holds a line end or another control character."));
   }
   std::vector<std::string> addresses;
   for (const std::string& one : base::split(list, ",; ")) {
     if (!isAddress(one)) {
-      throw std::invalid_argument(base::format("\"%s\" is no mail address such as name@example.com.", one));
+      throw base::Refused<std::invalid_argument>(
+          base::Refusal("IDS_MAIL_ADDRESS_FORM", "\"%s\" is no mail address such as name@example.com.", one));
     }
     if (std::ranges::find(addresses, one) == addresses.end()) addresses.push_back(one);
   }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "base/printf.h"
+#include "base/refusal.h"
 #include "mail/address.h"
 
 namespace schedule {
@@ -37,14 +37,17 @@ bool isHost(std::string_view host) {
   });
 }
 
-std::string faultOf(const MailSettings& settings) {
-  if (!isHost(settings.server.host)) return base::format("\"%s\" is no mail server's name.", settings.server.host);
-  if (settings.server.port < 1 || settings.server.port > 65535) return "The mail server's port is from 1 to 65535.";
-  if (!mail::isAddress(settings.from)) return base::format("\"%s\" is no mail address to send from.", settings.from);
+std::optional<base::Refusal> faultOf(const MailSettings& settings) {
+  if (!isHost(settings.server.host))
+    return base::Refusal("IDS_MAIL_SERVER", "\"%s\" is no mail server's name.", settings.server.host);
+  if (settings.server.port < 1 || settings.server.port > 65535)
+    return base::Refusal("IDS_MAIL_PORT", "The mail server's port is from 1 to 65535.");
+  if (!mail::isAddress(settings.from))
+    return base::Refusal("IDS_MAIL_FROM", "\"%s\" is no mail address to send from.", settings.from);
   if (settings.server.encryption == mail::Encryption::None && !settings.server.password.empty()) {
-    return "A password is not sent without encryption: give starttls or tls.";
+    return base::Refusal("IDS_MAIL_PLAIN_PASSWORD", "A password is not sent without encryption: give starttls or tls.");
   }
-  return {};
+  return std::nullopt;
 }
 
 }  // namespace
@@ -70,14 +73,15 @@ MailSettings readMailSettings(foundation::ConfigManager& config) {
   settings.server.encryption = parseEncryption(text("Encryption")).value_or(mail::Encryption::StartTls);
   settings.from = text("From");
   if (settings.server.host.empty()) {
-    throw mail::MailError("No mail server is set on this machine: see tallyctl mail set --help.");
+    throw base::Refused<mail::MailError>(
+        base::Refusal("IDS_MAIL_NOT_SET", "No mail server is set on this machine: see tallyctl mail set --help."));
   }
-  if (const std::string fault = faultOf(settings); !fault.empty()) throw mail::MailError(fault);
+  if (const auto fault = faultOf(settings)) throw base::Refused<mail::MailError>(*fault);
   return settings;
 }
 
 bool writeMailSettings(foundation::ConfigManager& config, const MailSettings& settings) {
-  if (const std::string fault = faultOf(settings); !fault.empty()) throw std::invalid_argument(fault);
+  if (const auto fault = faultOf(settings)) throw base::Refused<std::invalid_argument>(*fault);
   const auto write = [&](const char* key, std::string_view value) {
     return config.WriteConfigString(value, key, kSection, foundation::StoreMachine);
   };

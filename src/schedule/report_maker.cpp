@@ -11,6 +11,7 @@
 
 #include "base/characters.h"
 #include "base/printf.h"
+#include "base/refusal.h"
 #include "base/text.h"
 #include "filter/call_filter.h"
 #include "folders/exports.h"
@@ -28,8 +29,9 @@ namespace fs = std::filesystem;
 
 constexpr std::uintmax_t kLargestFile = 20 << 20;  // bytes; mail servers refuse much more
 
-[[noreturn]] void refuse(const std::string& why) {
-  throw std::invalid_argument(why);
+template <typename... Arguments>
+[[noreturn]] void refuse(std::string_view key, std::string_view why, const Arguments&... arguments) {
+  throw base::Refused<std::invalid_argument>(base::Refusal(key, why, arguments...));
 }
 
 struct Form {
@@ -55,7 +57,7 @@ filter::FilterSettings filterOf(const Schedule& schedule, base::DateTime due) {
   filter::FilterSettings settings;
   for (const std::string& line : base::split(schedule.filter, "\n")) {
     const std::size_t sign = line.find('=');
-    if (sign == std::string::npos) refuse(base::format("Write the filter as KEY=VALUE, not \"%s\".", line));
+    if (sign == std::string::npos) refuse("IDS_REPORT_FILTER", "Write the filter as KEY=VALUE, not \"%s\".", line);
     filter::setValue(settings, line.substr(0, sign), line.substr(sign + 1));
     settings.onFilter = 1;
   }
@@ -71,7 +73,7 @@ filter::FilterSettings filterOf(const Schedule& schedule, base::DateTime due) {
 const folders::FolderDefinition& folderOf(const Schedule& schedule) {
   const folders::FolderDefinition* folder = folders::findFolder(schedule.folder);
   if (folder == nullptr || folder->condition != folders::ConditionSource::CallFilter) {
-    refuse(base::format("Folder %d shows no calls. See tallyctl folder list.", schedule.folder));
+    refuse("IDS_REPORT_FOLDER", "Folder %d shows no calls. See tallyctl folder list.", schedule.folder);
   }
   return *folder;
 }
@@ -80,10 +82,9 @@ const folders::ColumnDefinition& columnOf(const folders::FolderDefinition& folde
   for (const folders::ColumnDefinition& column : folder.columns) {
     if (std::to_string(column.kind) == kind && (column.flags & folders::ColumnKey) == 0) return column;
   }
-  refuse(
-      base::format("Folder %d has no column \"%s\". Columns are named by their kinds, which tallyctl folder show "
-                   "--json shows.",
-                   folder.id, kind));
+  refuse("IDS_REPORT_COLUMN",
+         "Folder %d has no column \"%s\". Columns are named by their kinds, which tallyctl folder show --json shows.",
+         folder.id, kind);
 }
 
 std::vector<int> columnsOf(const Schedule& schedule, const folders::FolderDefinition& folder) {
@@ -92,7 +93,7 @@ std::vector<int> columnsOf(const Schedule& schedule, const folders::FolderDefini
     kinds.push_back(columnOf(folder, kind).kind);
   }
   if (schedule.sortKey != 0 && columnOf(folder, std::to_string(std::abs(schedule.sortKey))).sort == nullptr) {
-    refuse(base::format("Folder %d cannot be sorted by %d.", folder.id, schedule.sortKey));
+    refuse("IDS_REPORT_SORT", "Folder %d cannot be sorted by %d.", folder.id, schedule.sortKey);
   }
   return kinds;
 }
@@ -129,11 +130,13 @@ class Listener : public platform::NoOperator {
 
 security::CurrentUser userOf(const std::string& name, security::UserDirectory& users) {
   const auto record = users.findUser(name);
-  if (!record) refuse(base::format("There is no user %s.", name));
-  if ((record->Flags & security::UserDisabled) != 0) refuse(base::format("The user %s is disabled.", name));
+  if (!record) refuse("IDS_REPORT_NO_USER", "There is no user %s.", name);
+  if ((record->Flags & security::UserDisabled) != 0)
+    refuse("IDS_REPORT_USER_DISABLED", "The user %s is disabled.", name);
   // A login leaves such a restriction out; nobody is there now who would see it.
   if (base::characterCount(record->SQLSubquery) >= security::kRestrictionLimit) {
-    refuse(base::format("The restriction of user %s is too long to be applied: no report is made for him.", name));
+    refuse("IDS_REPORT_RESTRICTION", "The restriction of user %s is too long to be applied: no report is made for him.",
+           name);
   }
   security::CurrentUser user;
   user.RecordID = record->RecordID;
@@ -153,7 +156,7 @@ security::CurrentUser userOf(const std::string& name, security::UserDirectory& u
   }
   const security::AccessRight wanted{security::ObjectCalls, security::RightView};
   if (std::ranges::find(user.rights, wanted) == user.rights.end()) {
-    refuse(base::format("The user %s may not look at calls.", name));
+    refuse("IDS_REPORT_NO_RIGHT", "The user %s may not look at calls.", name);
   }
   return user;
 }
@@ -165,7 +168,7 @@ foundation::LanguageFile languageOf(const Schedule& schedule, const foundation::
   if (std::ranges::find(known, schedule.language, &foundation::Language::code) == known.end()) {
     std::string codes;
     for (const foundation::Language& language : known) codes += (codes.empty() ? "" : ", ") + language.code;
-    refuse(base::format("There is no language %s: give %s.", schedule.language, codes));
+    refuse("IDS_REPORT_LANGUAGE", "There is no language %s: give %s.", schedule.language, codes);
   }
   platform::NoOperator nobody;
   own.CheckCodepage(schedule.language, nobody);

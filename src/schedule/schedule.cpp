@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "base/characters.h"
-#include "base/printf.h"
+#include "base/refusal.h"
 #include "base/text.h"
 #include "mail/address.h"
 
@@ -35,8 +35,8 @@ base::DateTime firstOfMonth(base::DateTime day) {
   return day.midnight().plusDays(1 - day.parts().day);
 }
 
-void require(bool sound, const std::string& fault) {
-  if (!sound) throw std::invalid_argument(fault);
+void require(bool sound, const base::Refusal& fault) {
+  if (!sound) throw base::Refused<std::invalid_argument>(fault);
 }
 
 }  // namespace
@@ -95,23 +95,27 @@ void requireSound(const Schedule& schedule) {
   const std::string_view name = schedule.name;
   require(!name.empty() && base::characterCount(name) <= 60 && base::trim(name) == name &&
               std::ranges::none_of(name, [](unsigned char c) { return c < ' ' || c == 0x7F; }),
-          "A schedule needs a name of at most 60 characters, without line ends.");
+          {"IDS_SCHEDULE_NAME", "A schedule needs a name of at most 60 characters, without line ends."});
   constexpr std::array<std::string_view, 4> kFormats = {"html", "pdf", "xlsx", "csv"};
   require(std::ranges::find(kFormats, schedule.format) != kFormats.end(),
-          base::format("The format is html, pdf, xlsx or csv, not \"%s\".", schedule.format));
+          {"IDS_SCHEDULE_FORMAT", "The format is html, pdf, xlsx or csv, not \"%s\".", schedule.format});
   require(schedule.folder != kMonthPage || schedule.format == "html" || schedule.format == "pdf",
-          "The month's page is html or pdf.");
+          {"IDS_SCHEDULE_MONTH_FORMAT", "The month's page is html or pdf."});
   require(std::ranges::find(kPeriods, schedule.period) != std::end(kPeriods),
-          base::format("The period is yesterday, last-week, last-month, month-so-far or all, not \"%s\".",
-                       schedule.period));
-  require(parseDays(schedule.days).has_value(),
-          base::format("\"%s\" names no days: give daily, workdays, days such as mon,thu, a day of the month or last.",
-                       schedule.days));
-  require(schedule.minuteOfDay >= 0 && schedule.minuteOfDay < kMinutesOfDay, "The time is from 00:00 to 23:59.");
-  require(!mail::parseAddresses(schedule.recipients).empty(), "A schedule needs a mail address to send to.");
-  require(!schedule.user.empty(), "A schedule needs the user whose rights and restriction hold.");
+          {"IDS_SCHEDULE_PERIOD", "The period is yesterday, last-week, last-month, month-so-far or all, not \"%s\".",
+           schedule.period});
+  require(
+      parseDays(schedule.days).has_value(),
+      {"IDS_SCHEDULE_DAYS",
+       "\"%s\" names no days: give daily, workdays, days such as mon,thu, a day of the month or last.", schedule.days});
+  require(schedule.minuteOfDay >= 0 && schedule.minuteOfDay < kMinutesOfDay,
+          {"IDS_SCHEDULE_TIME", "The time is from 00:00 to 23:59."});
+  require(!mail::parseAddresses(schedule.recipients).empty(),
+          {"IDS_SCHEDULE_RECIPIENT", "A schedule needs a mail address to send to."});
+  require(!schedule.user.empty(),
+          {"IDS_SCHEDULE_USER", "A schedule needs the user whose rights and restriction hold."});
   require(base::characterCount(schedule.note) <= kLongestNote,
-          base::format("The note is longer than %d characters.", kLongestNote));
+          {"IDS_SCHEDULE_NOTE", "The note is longer than %d characters.", kLongestNote});
 }
 
 }  // namespace schedule

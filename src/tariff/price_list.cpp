@@ -71,7 +71,7 @@ class Reader {
     std::vector<std::string> first;
     while (nextFields(first) && isBlank(first)) {
     }
-    if (isBlank(first)) throw PriceListError("The file holds no rows.");
+    if (isBlank(first)) throw PriceListError(base::Refusal("IDS_PRICE_LIST_EMPTY", "The file holds no rows."));
     if (!takeHeadings(first)) takeRow(first);
     std::vector<std::string> fields;
     while (nextFields(fields)) {
@@ -83,13 +83,14 @@ class Reader {
   }
 
  private:
-  std::string nothingRead() const {
+  [[nodiscard]] base::Refusal nothingRead() const {
     const std::string why = list_.notes.empty()
                                 ? std::string()
                                 : base::format(" Line %d: %s", list_.notes.front().line, list_.notes.front().text);
-    return "No row of the file has a prefix and a price. Name its columns, as in --columns "
-           "\"prefix=Code,price=Rate\"." +
-           why;
+    return {"IDS_PRICE_LIST_NO_PRICES",
+            "No row of the file has a prefix and a price. Name its columns, as in --columns "
+            "\"prefix=Code,price=Rate\".%s",
+            why};
   }
 
   bool nextFields(std::vector<std::string>& fields) {
@@ -98,7 +99,7 @@ class Reader {
     ++line_;
     if (line_ == 1) checkKind(line);
     if (line.size() > kLongestLine)
-      throw PriceListError(base::format("Line %d is too long for a row of prices.", line_));
+      throw PriceListError(base::Refusal("IDS_PRICE_LIST_LINE", "Line %d is too long for a row of prices.", line_));
     if (line.ends_with('\r')) line.pop_back();
     constexpr char kLastAscii = 0x7F;
     if (std::ranges::any_of(line, [](char c) { return static_cast<unsigned char>(c) > kLastAscii; })) {
@@ -112,9 +113,12 @@ class Reader {
   void checkKind(std::string& line) const {
     constexpr std::string_view kMark = "\xEF\xBB\xBF";
     if (line.starts_with(kMark)) line.erase(0, kMark.size());
-    if (line.starts_with("PK")) throw PriceListError("The file is a spreadsheet. Save it as CSV and import that.");
+    if (line.starts_with("PK"))
+      throw PriceListError(
+          base::Refusal("IDS_PRICE_LIST_SPREADSHEET", "The file is a spreadsheet. Save it as CSV and import that."));
     if (line.find('\0') != std::string::npos) {
-      throw PriceListError("The file is no plain text, or UTF-16. Save it as CSV in UTF-8 and import that.");
+      throw PriceListError(base::Refusal(
+          "IDS_PRICE_LIST_BINARY", "The file is no plain text, or UTF-16. Save it as CSV in UTF-8 and import that."));
     }
   }
 
@@ -135,10 +139,10 @@ class Reader {
     if (!headed) return false;
     for (const Field needed : {Prefix, Price}) {
       if (!found[needed]) {
-        throw PriceListError(
-            base::format("No column of the file is headed as the %s. Name it, as in --columns "
-                         "\"%s=HEADING\".",
-                         kFieldNames[needed], kFieldNames[needed]));
+        throw PriceListError(base::Refusal("IDS_PRICE_LIST_COLUMN",
+                                           "No column of the file is headed as the %s. Name it, as in --columns "
+                                           "\"%s=HEADING\".",
+                                           kFieldNames[needed], kFieldNames[needed]));
       }
     }
     places_ = found;
@@ -155,7 +159,8 @@ class Reader {
       for (std::size_t place = 0; place < fields.size(); ++place) {
         if (base::equalFold(fields[place], named->second)) return place;
       }
-      throw PriceListError(base::format("No column of the file is headed \"%s\".", named->second));
+      throw PriceListError(
+          base::Refusal("IDS_PRICE_LIST_HEADING", "No column of the file is headed \"%s\".", named->second));
     }
     for (const std::string& word : base::split(kHeadings[field], ",")) {
       for (std::size_t place = 0; place < fields.size(); ++place) {
@@ -172,7 +177,8 @@ class Reader {
 
   void takeRow(const std::vector<std::string>& fields) {
     if (++list_.rows > options_.mostRows) {
-      throw PriceListError(base::format("The file has more than %d rows. Split it.", options_.mostRows));
+      throw PriceListError(
+          base::Refusal("IDS_PRICE_LIST_ROWS", "The file has more than %d rows. Split it.", options_.mostRows));
     }
     const std::string prefix = cell(Prefix, fields);
     const auto price = amountOf(cell(Price, fields));

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/refusal.h"
+
 namespace tariff {
 
 // What a provider's price list says about one destination.
@@ -57,8 +59,11 @@ struct PriceListOptions {
 };
 
 // The file is no price list; the text says what to do.
-class PriceListError : public std::runtime_error {
-  using std::runtime_error::runtime_error;
+class PriceListError : public base::Refused<std::runtime_error> {
+ public:
+  using Refused::Refused;
+  // Of one row, for a note: in English.
+  explicit PriceListError(const std::string& text) : Refused(base::Refusal("", "%s", text)) {}
 };
 
 // "60/1" or "60"; throws PriceListError.

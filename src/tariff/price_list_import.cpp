@@ -60,9 +60,9 @@ void PriceListImport::findProfileBefore() {
       continue;
     }
     if (profile.startDate->midnight() == target_.from) {
-      throw PriceListError(
-          base::format("Profile \"%s\" of provider %d has prices from %s on already. Give another date.",
-                       target_.profile, target_.providerId, target_.from.format("%d.%m.%Y")));
+      throw PriceListError(base::Refusal(
+          "IDS_PRICE_LIST_DATE", "Profile \"%s\" of provider %d has prices from %s on already. Give another date.",
+          target_.profile, target_.providerId, target_.from.format("%d.%m.%Y")));
     }
     if (*profile.startDate < target_.from && (!start || *profile.startDate > *start)) {
       start = profile.startDate;
