@@ -46,7 +46,7 @@ TEST_F(Masks, NoCommandTellsWhatTheyHide) {
        {"hide 0264123456", "export-tables tables", "forget 0264123456", "anonymise --older-than 10",
         "recalc --from 2026-01-01 --to 2026-12-31 --reprice", "alarm list", "contact edit 1 --note seen",
         "contact add --name Zed --phones \"0264 123 999\"", "user set jur --restriction \"\"",
-        "group set Readers --expire 30"}) {
+        "group add Readers --rights view-calls"}) {
     EXPECT_NE(answers[refused].find("jur sees numbers and names in part only"), std::string::npos)
         << refused << ": " << answers[refused];
   }
