@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "jet/bind/bound_query.h"
-#include "jet/table_rows.h"
 #include "jet/table_def.h"
+#include "jet/table_rows.h"
 #include "jet/value.h"
 
 namespace jet::engine {
