@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -139,6 +140,25 @@ TEST_F(Schedules, TwoServicesOnOneDatabaseSendItOnce) {
   second.join();
   EXPECT_EQ(mails().size(), 1U) << readFile(path("served"));
   EXPECT_TRUE(contains(readFile(path("served")), "Report Morning was sent.")) << readFile(path("served"));
+}
+
+// An alarm is told by the mail server that the reports go through; what it says is what the list says.
+TEST_F(Schedules, AlarmsGoThroughTheSameServer) {
+  succeed("alarm set Long --kind call --measure duration --limit 1 --mail boss@office.example");
+  // Calls of some days ago would be in the list alone.
+  const std::time_t now = std::time(nullptr);
+  char today[16];
+  std::strftime(today, sizeof today, "%Y-%m-%d", std::localtime(&now));
+  succeed(std::string("sample-calls 20 --out data/monitor/monitor.data --seed 9 --days 1 --until ") + today);
+  succeed("import");
+  const std::vector<json> got = mails();
+  ASSERT_GT(got.size(), 0U);
+  EXPECT_EQ(got[0]["to"], json::array({"boss@office.example"}));
+  EXPECT_EQ(got[0]["from"], "tallybook@office.example");
+  EXPECT_TRUE(got[0]["encrypted"]);
+  const std::string subject = got[0]["subject"];
+  EXPECT_TRUE(contains(subject, "Long")) << subject;
+  EXPECT_TRUE(contains(succeed("alarm list --json"), subject)) << subject;
 }
 
 }  // namespace
