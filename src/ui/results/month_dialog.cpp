@@ -81,9 +81,9 @@ class MonthDialog : public ResultDialog {
     preview_->addWidget(heading(toQt(page.title()), 1.4));
     preview_->addWidget(comparison(page));
     preview_->addWidget(
-        chart(toQt(page.heading("IDS_MONTH_DAYS") + ": " + page.measure()), page.days(), ChartView::Shape::Columns));
+        chart(toQt(page.heading("IDS_MONTH_DAYS") + ": " + page.measure()), page.days(), ChartShape::Columns));
     for (const folders::MonthTexts::Dearest& dearest : page.dearest()) {
-      preview_->addWidget(chart(toQt(dearest.title), dearest.bars, ChartView::Shape::Lines));
+      preview_->addWidget(chart(toQt(dearest.title), dearest.bars, ChartShape::Bars));
     }
     for (const folders::MonthTexts::Sentence& sentence : page.sentences()) {
       preview_->addWidget(heading(toQt(sentence.title), 1.1));
@@ -125,14 +125,14 @@ class MonthDialog : public ResultDialog {
     return table;
   }
 
-  ChartView* chart(const QString& title, const std::vector<folders::Bar>& bars, ChartView::Shape shape) {
+  ChartView* chart(const QString& title, const std::vector<folders::Bar>& bars, ChartShape shape) {
     std::vector<ChartView::Bar> drawn;
     for (const folders::Bar& bar : bars) drawn.push_back({toQt(bar.label), toQt(bar.valueText), bar.value});
     const auto count = static_cast<int>(drawn.size());
-    auto* view = new ChartView;
-    view->setBars(title, std::move(drawn), texts()("IDS_EMPTY_CHART"), shape);
+    auto* view = new ChartView(texts());
+    view->show({title, std::move(drawn), texts()("IDS_EMPTY_CHART"), shape});
     const int line = view->fontMetrics().lineSpacing();
-    view->setMinimumHeight(shape == ChartView::Shape::Columns ? line * 12 : line * 3 + count * (line + line / 2));
+    view->setMinimumHeight(shape == ChartShape::Columns ? line * 12 : line * 3 + count * (line + line / 2));
     return view;
   }
 

@@ -35,8 +35,8 @@ class TrunkLoadDialog : public ResultDialog {
         trunks_(named(new QListWidget, "trunks")),
         per_(named(new QComboBox, "per")),
         verdict_(makeHint({})),
-        chart_(new ChartView),
-        lineChart_(new ChartView),
+        chart_(new ChartView(texts)),
+        lineChart_(new ChartView(texts)),
         hours_(new ResultTable(document, texts, "hours")),
         lines_(new ResultTable(document, texts, "lines")),
         use_(new ResultTable(document, texts, "trunkUse")),
@@ -158,8 +158,7 @@ class TrunkLoadDialog : public ResultDialog {
       bars.push_back({toQt(shownHours_[i].start.format("%d.%m")), QString::number(shownHours_[i].peak),
                       static_cast<double>(shownHours_[i].peak)});
     }
-    chart_->setBars(texts()("IDS_LOAD_CHART_DAYS"), std::move(bars), texts()("IDS_EMPTY_CHART"),
-                    ChartView::Shape::Columns);
+    chart_->show({texts()("IDS_LOAD_CHART_DAYS"), std::move(bars), texts()("IDS_EMPTY_CHART"), ChartShape::Columns});
   }
 
   void drawHoursOfDay() {
@@ -173,8 +172,7 @@ class TrunkLoadDialog : public ResultDialog {
       const int peak = most[static_cast<std::size_t>(hour)];
       bars.push_back({QString::number(hour), QString::number(peak), static_cast<double>(peak)});
     }
-    chart_->setBars(texts()("IDS_LOAD_CHART_HOURS"), std::move(bars), texts()("IDS_EMPTY_CHART"),
-                    ChartView::Shape::Columns);
+    chart_->show({texts()("IDS_LOAD_CHART_HOURS"), std::move(bars), texts()("IDS_EMPTY_CHART"), ChartShape::Columns});
   }
 
   void showLines() {
@@ -193,8 +191,8 @@ class TrunkLoadDialog : public ResultDialog {
       bars.push_back({QString::number(lines), toQt(folders::textOf(shortShare, share, separators)), share});
     }
     lines_->setTable(std::move(table));
-    lineChart_->setBars(texts()("IDS_LOAD_CHART_LINES"), std::move(bars), texts()("IDS_EMPTY_CHART"),
-                        ChartView::Shape::Columns);
+    lineChart_->show(
+        {texts()("IDS_LOAD_CHART_LINES"), std::move(bars), texts()("IDS_EMPTY_CHART"), ChartShape::Columns});
   }
 
   void showUse() {
