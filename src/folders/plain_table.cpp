@@ -9,6 +9,7 @@
 #include "folders/pdf_pages.h"
 #include "folders/report_file.h"
 #include "folders/report_page.h"
+#include "folders/view_log.h"
 #include "folders/xlsx_book.h"
 #include "print/pdf_table.h"
 
@@ -185,10 +186,13 @@ std::string textOf(const PlainColumn& column, const PlainCell& cell, const Separ
 
 bool writePlainTable(const PlainTable& table, const FolderServices& services, const std::filesystem::path& file) {
   const std::string ending = base::foldAscii(file.extension().string());
-  if (ending == ".csv") return writeCsv(table, services, file);
-  if (ending == ".xlsx") return writeXlsx(table, services, file);
-  if (ending == ".pdf") return writeSheets(table, services, file);
-  return writePage(table, services, file);
+  const auto write = ending == ".csv"    ? writeCsv
+                     : ending == ".xlsx" ? writeXlsx
+                     : ending == ".pdf"  ? writeSheets
+                                         : writePage;
+  if (!write(table, services, file)) return false;
+  if (table.overCalls) logWritten(services, table.title, file);
+  return true;
 }
 
 }  // namespace folders

@@ -64,7 +64,7 @@ void checkSettings(jet::Database& main, std::vector<Finding>& findings) {
   }
 }
 
-// A call on a trunk that is not defined takes a free entry; without any entry it is skipped.
+// A call on a trunk that is not defined takes a free entry; without any entry it is kept beside the monitor's file.
 void checkTrunks(jet::Database& main, std::vector<Finding>& findings) {
   const auto rows = main.openSnapshot("SELECT Count(*) AS n FROM Config WHERE Path LIKE 'Tariffs\\Trunks\\LiniiDef*'");
   if (rows.at(0, 0U).toLong() > 0) {
@@ -74,7 +74,7 @@ void checkTrunks(jet::Database& main, std::vector<Finding>& findings) {
   findings.push_back(
       {Health::Wrong,
        "trunks",
-       "none is defined: calls cannot be recorded and are skipped",
+       "none is defined: calls cannot be recorded and are kept beside the monitor's file",
        {},
        "Enter the providers and trunks: Tools > Settings, or tallyctl provider set, tallyctl trunk set."});
 }

@@ -12,6 +12,7 @@
 #include "ui/dialogs/directory_messages.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/group_members_page.h"
+#include "ui/dialogs/mask_fields.h"
 #include "ui/dialogs/messages.h"
 
 namespace ui {
@@ -91,6 +92,8 @@ class GroupSheet : public FormDialog {
     form->addRow(texts("IDS_DESCRIPTION"), description_);
     form->addRow(texts("IDS_PASSWORD_VALIDITY"), validity_);
     form->addRow(texts("IDS_GROUP_RIGHTS"), rights_);
+    mask_ = new MaskFields(group_.mask, texts);
+    form->addRow(mask_);
     auto* tabs = named(new QTabWidget, "tabs");
     tabs->addTab(page, texts("IDS_GROUP"));
     tabs->addTab(members_, texts("IDS_GROUP_MEMBERS"));
@@ -105,6 +108,7 @@ class GroupSheet : public FormDialog {
     edited.Desc = fromQt(description_->text().trimmed());
     edited.PasswordExpire = validity_->value();
     edited.ObjectAccess = security::formatObjectAccess(withUnknownRights(rights_->granted()));
+    edited.mask = mask_->mask();
     security::SaveResult result = security::SaveResult::Missing;
     const bool done = attempt(this, texts(), [&] {
       result = directory_.saveGroup(edited);
@@ -139,6 +143,7 @@ class GroupSheet : public FormDialog {
   ValidityBox* validity_;
   RightsTree* rights_;
   GroupMembersPage* members_;
+  MaskFields* mask_ = nullptr;
 };
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "ui/dialogs.h"
 #include "ui/dialogs/directory_messages.h"
 #include "ui/dialogs/form_dialog.h"
+#include "ui/dialogs/mask_fields.h"
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/restriction_picker.h"
 
@@ -47,6 +48,8 @@ class UserEditDlg : public FormDialog {
     auto* sight = new QWidget;
     auto* sightLayout = new QVBoxLayout(sight);
     sightLayout->addWidget(restriction_);
+    mask_ = new MaskFields(user_.mask, texts);
+    sightLayout->addWidget(mask_);
     tabs->addTab(sight, texts("IDS_USER_SIGHT"));
     body()->addWidget(tabs);
     name_->setFocus();
@@ -131,6 +134,7 @@ class UserEditDlg : public FormDialog {
                                                        : security::RemoveFromGroupList(edited.Groups, id);
     }
     edited.SQLSubquery = fromQt(restriction_->condition());
+    edited.mask = mask_->mask();
     return edited;
   }
 
@@ -148,6 +152,7 @@ class UserEditDlg : public FormDialog {
   QCheckBox* disabled_;
   QListWidget* groups_ = nullptr;
   RestrictionPicker* restriction_;
+  MaskFields* mask_;
 };
 
 }  // namespace
