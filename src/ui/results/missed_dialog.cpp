@@ -5,6 +5,7 @@
 #include "analysis/answer_statistic.h"
 #include "analysis/missed_calls.h"
 #include "base/printf.h"
+#include "folders/view_log.h"
 #include "ui/contact_calls.h"
 #include "ui/results/result_dialog.h"
 #include "ui/results/result_table.h"
@@ -193,7 +194,9 @@ class MissedDialog : public ResultDialog {
 
 std::optional<folders::Narrowing> showMissedCalls(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
   MissedDialog dialog(document, texts, parent);
-  if (!dialog.search() || dialog.exec() != QDialog::Accepted) return std::nullopt;
+  if (!dialog.search()) return std::nullopt;
+  folders::logShown(document.folderServices(), texts.language().Translate("IDS_MONTH_MISSED"));
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   return dialog.calls();
 }
 
