@@ -46,7 +46,7 @@ std::vector<Rule> rules(int count) {
 
 void measure(int ruleCount, std::int64_t calls) {
   Count sink;
-  alarms::Judge judge(rules(ruleCount), "40", "21", {}, sink);
+  alarms::Judge judge(rules(ruleCount), "40", "21", analysis::WorkingHours("Mon-Fri 08:00-18:00"), sink);
   std::vector<ingest::RecordedCall> recorded(1000);
   const base::DateTime start = *base::DateTime::fromParts(2026, 11, 2, 8);
   for (std::size_t i = 0; i < recorded.size(); ++i) {
