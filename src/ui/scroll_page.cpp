@@ -15,7 +15,7 @@ void ScrollPage::resizeEvent(QResizeEvent* event) {
   const QLayout* layout = widget()->layout();
   if (layout != nullptr && layout->hasHeightForWidth()) {
     const int width = std::max(viewport()->width(), layout->totalMinimumSize().width());
-    widget()->setMinimumHeight(layout->totalMinimumHeightForWidth(width));
+    widget()->setMinimumHeight(layout->totalHeightForWidth(width));
   }
   QScrollArea::resizeEvent(event);
 }
