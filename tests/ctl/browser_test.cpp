@@ -95,6 +95,17 @@ TEST_F(Browser, ShowsPagesAsTheyAreMeant) {
   // Captions, a row a department, totals.
   EXPECT_EQ(std::to_string(summary.rows().size() - 2), departments[0][0]) << summary.text();
   EXPECT_TRUE(summary.shows("Vânzări") && summary.shows(duration));
+
+  succeed("month --month 2026-11 --out month.html");
+  const auto month = stored("select count(*) from Calls where DateTime >= '2026-11-01' and DateTime < '2026-12-01'");
+  const Document page = open("month.html");
+  EXPECT_TRUE(page.lettersAreWhole());
+  EXPECT_EQ(page.count("<svg"), 4U);  // days, and what was dearest: extensions, departments, destinations
+  EXPECT_EQ(page.count("src=") + page.count("href="), 0U);  // it can be mailed as it is
+  const auto figures = page.rows();
+  EXPECT_TRUE(std::ranges::any_of(figures, [&](const std::string& row) {
+    return row.find("Number of calls") != std::string::npos && row.find(">" + month[0][0] + "<") != std::string::npos;
+  })) << page.text();
 }
 
 // Queues print the mark-up of a page that they are given, so they must be given something else.
