@@ -195,20 +195,64 @@ void AlarmDesk::step(const SendMail& mail) {
   if (pending.empty()) return;
   const std::vector<Rule> rules = loadRules(services_.main);
   for (const ListedAlarm& alarm : pending) {
-    if (!takeAlarm(services_.main, alarm.id)) continue;
     const Rule* rule = findRule(rules, alarm.rule);
-    const bool news = alarm.at && *alarm.at >= now.plusSeconds(-kNewsSeconds);
-    if (rule != nullptr && news) act(alarm, *rule, mail);
+    const bool news = rule != nullptr && alarm.at && *alarm.at >= now.plusSeconds(-kNewsSeconds);
+    const std::vector<std::string> recipients = news ? recipientsOf(alarm, *rule) : std::vector<std::string>();
+    const bool due = std::ranges::any_of(recipients, [&](const std::string& to) { return mayMail(to, now); });
+    if (alarm.mailWaits && news && !due) continue;
+    if (!takeAlarm(services_.main, alarm)) continue;
+    if (!news) {
+      if (alarm.mailWaits) note(base::format("the mail was given up: %s", alarm.text));
+      continue;
+    }
+    if (!alarm.mailWaits) command(alarm, *rule);
+    tell(alarm, recipients, mail, now);
   }
 }
 
-void AlarmDesk::act(const ListedAlarm& alarm, const Rule& rule, const SendMail& mail) {
+std::vector<std::string> AlarmDesk::recipientsOf(const ListedAlarm& alarm, const Rule& rule) const {
+  if (const auto waiting = unsent_.find(alarm.id); waiting != unsent_.end()) return waiting->second;
+  std::vector<std::string> recipients;
   for (const std::string& address : base::split(rule.mail, ",")) {
-    const std::string fault = mail(std::string(base::trim(address)), alarm.text, alarm.text + "\n");
-    if (!fault.empty()) {
-      note(base::format("the mail to %s could not be sent (%s): %s", base::trim(address), fault, alarm.text));
-    }
+    if (const std::string_view to = base::trim(address); !to.empty()) recipients.emplace_back(to);
   }
+  return recipients;
+}
+
+bool AlarmDesk::mayMail(const std::string& address, base::DateTime now) const {
+  const auto pause = pauses_.find(address);
+  return pause == pauses_.end() || now >= pause->second.end;
+}
+
+// Who did not get it is tried again after pauses that grow, so that a server that does not answer holds nobody up.
+void AlarmDesk::tell(const ListedAlarm& alarm, const std::vector<std::string>& recipients, const SendMail& mail,
+                     base::DateTime now) {
+  constexpr std::int64_t kFirstPause = 300;  // seconds
+  constexpr std::int64_t kLongestPause = 3600;
+  std::vector<std::string> waiting;
+  for (const std::string& to : recipients) {
+    if (!mayMail(to, now)) {
+      waiting.push_back(to);
+      continue;
+    }
+    const std::string fault = mail(to, alarm.text, alarm.text + "\n");
+    if (fault.empty()) {
+      pauses_.erase(to);
+      continue;
+    }
+    note(base::format("the mail to %s could not be sent (%s): %s", to, fault, alarm.text));
+    const auto [pause, first] = pauses_.try_emplace(to, MailPause{now, kFirstPause});
+    if (!first) pause->second.seconds = std::min(2 * pause->second.seconds, kLongestPause);
+    pause->second.end = now.plusSeconds(pause->second.seconds);
+    waiting.push_back(to);
+  }
+  unsent_.erase(alarm.id);
+  if (waiting.empty()) return;
+  unsent_.emplace(alarm.id, std::move(waiting));
+  leaveMail(services_.main, alarm);
+}
+
+void AlarmDesk::command(const ListedAlarm& alarm, const Rule& rule) {
   if (rule.command.empty()) return;
   std::optional<ingest::RecordedCall> call;
   if (alarm.callId > 0) {

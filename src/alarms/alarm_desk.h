@@ -1,7 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "alarms/alarm_list.h"
 #include "exchange/party_definitions.h"
@@ -26,7 +29,8 @@ struct DeskServices {
 using SendMail = std::function<std::string(const std::string& to, const std::string& subject, const std::string& text)>;
 
 // Judges calls as they are recorded, keeps the alarms in table `Alarms` with an audit entry each, and acts on them:
-// mails and commands leave outside of the recording, at the next step. Alarms of calls that are older than two days
+// mails and commands leave outside of the recording, at the next step; a mail that does not go is tried again for two
+// days, by another copy too. Alarms of calls that are older than two days
 // (an import of old files) are kept, but nothing is sent.
 class AlarmDesk : public ingest::CallListener, public AlarmSink {
  public:
@@ -47,14 +51,26 @@ class AlarmDesk : public ingest::CallListener, public AlarmSink {
  private:
   void refresh();
   void deleteOld(base::DateTime now);
-  void act(const ListedAlarm& alarm, const Rule& rule, const SendMail& mail);
+  // The addresses that a mail is still to go to.
+  [[nodiscard]] std::vector<std::string> recipientsOf(const ListedAlarm& alarm, const Rule& rule) const;
+  [[nodiscard]] bool mayMail(const std::string& address, base::DateTime now) const;
+  void tell(const ListedAlarm& alarm, const std::vector<std::string>& recipients, const SendMail& mail,
+            base::DateTime now);
+  void command(const ListedAlarm& alarm, const Rule& rule);
   void note(std::string_view what) noexcept;
 
   DeskServices services_;
   std::unique_ptr<Judge> judge_;
   std::uint64_t rulesVersion_ = 0;
   bool loaded_ = false;
-  std::optional<base::DateTime> cleared_;  // the day on which old alarms were last looked for
+  // No mail is tried before its end.
+  struct MailPause {
+    base::DateTime end;
+    std::int64_t seconds;
+  };
+  std::map<std::string, MailPause> pauses_;                  // by the address that the last mail did not go to
+  std::map<std::int64_t, std::vector<std::string>> unsent_;  // by the alarm: who did not get its mail
+  std::optional<base::DateTime> cleared_;                    // the day on which old alarms were last looked for
 };
 
 // What a rule would have told of the calls of [from, to), had it been there. Throws jet::Error.

@@ -6,6 +6,11 @@ namespace alarms {
 
 namespace {
 
+// Column `Sent`.
+constexpr int kNew = 0;
+constexpr int kDone = 1;
+constexpr int kMailWaits = 2;
+
 constexpr const char* kDateFormat = "%d.%m.%Y %H:%M:%S";
 
 std::string amountText(const Rule& rule, double amount, std::string_view currency) {
@@ -39,7 +44,8 @@ ListedAlarm readAlarm(jet::Recordset& row) {
           .text = row.get("Desc").toText(),
           .callId = row.get("CallID").toLong(),
           .acknowledged = row.get("AckUser").toText(),
-          .acknowledgedAt = row.get("AckTime").toDateTime()};
+          .acknowledgedAt = row.get("AckTime").toDateTime(),
+          .mailWaits = row.get("Sent").toLong() == kMailWaits};
 }
 
 std::vector<ListedAlarm> readAlarms(jet::Database& main, const std::string& sql, std::int64_t limit) {
@@ -92,7 +98,7 @@ bool addAlarm(jet::Database& main, const Alarm& alarm, const std::string& text) 
   rows->set("LimitValue", alarm.rule->limit);
   rows->set("Desc", text);
   rows->set("CallID", alarm.call != nullptr ? alarm.call->recordId : std::int64_t{0});
-  rows->set("Sent", 0);
+  rows->set("Sent", kNew);
   rows->update();
   return true;
 }
@@ -119,11 +125,18 @@ bool acknowledge(jet::Database& main, std::int64_t id, std::string_view user, ba
 
 std::vector<ListedAlarm> pendingAlarms(jet::Database& main) {
   constexpr std::int64_t kMostAtOnce = 500;
-  return readAlarms(main, "SELECT * FROM Alarms WHERE Sent = 0 ORDER BY AlarmID", kMostAtOnce);
+  return readAlarms(
+      main, base::format("SELECT * FROM Alarms WHERE Sent = %d OR Sent = %d ORDER BY Sent, AlarmID", kNew, kMailWaits),
+      kMostAtOnce);
 }
 
-bool takeAlarm(jet::Database& main, std::int64_t id) {
-  return main.execute(base::format("update Alarms set Sent = 1 where AlarmID = %d and Sent = 0", id)) == 1;
+bool takeAlarm(jet::Database& main, const ListedAlarm& alarm) {
+  return main.execute(base::format("update Alarms set Sent = %d where AlarmID = %d and Sent = %d", kDone, alarm.id,
+                                   alarm.mailWaits ? kMailWaits : kNew)) == 1;
+}
+
+void leaveMail(jet::Database& main, const ListedAlarm& alarm) {
+  main.execute(base::format("update Alarms set Sent = %d where AlarmID = %d", kMailWaits, alarm.id));
 }
 
 }  // namespace alarms

@@ -24,6 +24,7 @@ struct ListedAlarm {
   std::int64_t callId = 0;   // `RecordID` of the call that it was raised by; 0: none
   std::string acknowledged;  // by whom; empty: not yet
   std::optional<base::DateTime> acknowledgedAt;
+  bool mailWaits = false;  // everything else that it asked for was done
 };
 
 // What an alarm says, translated.
@@ -40,8 +41,10 @@ bool addAlarm(jet::Database& main, const Alarm& alarm, const std::string& text);
 // False when there is no such alarm, or somebody acknowledged it already.
 bool acknowledge(jet::Database& main, std::int64_t id, std::string_view user, base::DateTime now);
 
-// Alarms that were not acted on yet, oldest first. takeAlarm is true for one caller only, however many copies ask.
+// Alarms that were not acted on yet, oldest first, and then those whose mail waits. takeAlarm is true for one caller
+// only, however many copies ask; leaveMail gives an alarm back whose mail did not go.
 [[nodiscard]] std::vector<ListedAlarm> pendingAlarms(jet::Database& main);
-bool takeAlarm(jet::Database& main, std::int64_t id);
+bool takeAlarm(jet::Database& main, const ListedAlarm& alarm);
+void leaveMail(jet::Database& main, const ListedAlarm& alarm);
 
 }  // namespace alarms

@@ -92,6 +92,49 @@ TEST_F(Desk, AMailThatDoesNotGoIsInTheLogWithItsReason) {
   EXPECT_NE(told.at(0, 0).toText().find("a@b.ro could not be sent (no such host)"), std::string::npos);
 }
 
+TEST_F(Desk, AMailThatDoesNotGoIsTriedAgainAndEveryAddressGetsItOnce) {
+  const auto commands = folder / "commands";
+  alarms::saveRule(*main, {.name = "Dear",
+                           .kind = alarms::Kind::Call,
+                           .limit = 1,
+                           .mail = "a@b.ro, c@d.ro",
+                           .command = "echo x >> '" + commands.string() + "'"});
+  alarms::AlarmDesk desk(services_);
+  record(desk, "201", 2);
+  std::vector<std::string> tried;
+  bool down = true;
+  const alarms::SendMail send = [&](const std::string& to, const std::string&, const std::string&) {
+    tried.push_back(to);
+    return std::string(down && to == "c@d.ro" ? "no such host" : "");
+  };
+  const auto triedAfter = [&](std::int64_t seconds) {
+    tried.clear();
+    clock.time = clock.time.plusSeconds(seconds);
+    desk.step(send);
+    return tried;
+  };
+  using Addresses = std::vector<std::string>;
+  EXPECT_EQ(triedAfter(0), (Addresses{"a@b.ro", "c@d.ro"}));
+  EXPECT_EQ(triedAfter(299), Addresses());
+  EXPECT_EQ(triedAfter(1), Addresses{"c@d.ro"});
+  EXPECT_EQ(triedAfter(300), Addresses());  // pauses grow
+  down = false;
+  EXPECT_EQ(triedAfter(300), Addresses{"c@d.ro"});
+  EXPECT_EQ(triedAfter(7200), Addresses());
+  EXPECT_EQ(std::filesystem::file_size(commands), 2U);  // ran once
+
+  // What one copy could not send, another does.
+  down = true;
+  record(desk, "202", 2);
+  EXPECT_EQ(triedAfter(0), (Addresses{"a@b.ro", "c@d.ro"}));
+  alarms::AlarmDesk other(services_);
+  tried.clear();
+  down = false;
+  other.step(send);
+  EXPECT_EQ(tried.back(), "c@d.ro");
+  EXPECT_EQ(std::filesystem::file_size(commands), 4U);
+}
+
 TEST_F(Desk, TheCallIsInTheCommandsEnvironmentAndNotInItsText) {
   const auto file = folder / "seen";
   alarms::saveRule(*main,
