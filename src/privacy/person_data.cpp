@@ -23,10 +23,13 @@ std::string literal(std::string_view text) {
   return "\"" + base::replaceAll(std::string(text), "\"", "\"\"") + "\"";
 }
 
+// Who called whom, in no language: the sheet is handed to the person.
 std::string callText(const std::vector<jet::Value>& row) {
-  return base::format("%s %s, %s, extension %s, %d s, %.4f, %s %s", row[5].toLong() != 0 ? "from" : "to",
-                      row[2].toText(), row[3].toText(), row[4].toText(), row[6].toLong(), row[7].toDouble(),
-                      row[8].toText(), row[9].toText());
+  std::string caller = row[4].toText();
+  std::string called = row[2].toText();
+  if (row[5].toLong() != 0) std::swap(caller, called);
+  return base::format("%s > %s, %s, %d s, %.4f, %s %s", caller, called, row[3].toText(), row[6].toLong(),
+                      row[7].toDouble(), row[8].toText(), row[9].toText());
 }
 
 }  // namespace
