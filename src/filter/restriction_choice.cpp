@@ -133,10 +133,11 @@ RestrictionChoice withDepartments(RestrictionChoice choice, std::span<const exch
     if (!extension.department.empty()) members[extension.department].push_back(extension.extension);
   }
   for (const auto& [department, numbers] : members) {
+    const std::vector<std::string>& those = numbers;  // clang 14 takes no part of a pair into a lambda
     const bool whole =
-        std::ranges::all_of(numbers, [&](const std::string& number) { return holds(choice.extensions, number); });
-    if (numbers.size() < 2 || !whole) continue;
-    std::erase_if(choice.extensions, [&](const std::string& number) { return holds(numbers, number); });
+        std::ranges::all_of(those, [&](const std::string& number) { return holds(choice.extensions, number); });
+    if (those.size() < 2 || !whole) continue;
+    std::erase_if(choice.extensions, [&](const std::string& number) { return holds(those, number); });
     if (!holds(choice.departments, department)) choice.departments.push_back(department);
   }
   return choice;
