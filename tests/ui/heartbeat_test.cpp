@@ -20,12 +20,14 @@ double processorTime() {
   return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-// What a person feels as a halt is 50 ms, on a machine that draws the main window within kDrawing. A slower one is
-// given as much more; a build that is not optimised, or watched by sanitizers, is only judged roughly.
+// A person feels a halt of 50 ms; the benchmark of the desktop measures against that. Here a halt is told from work
+// beside which the window is not looked at at all, on machines that do other things too: four times as much, and more
+// on a machine that does not draw the main window within kDrawing. A build that is not optimised, or watched by
+// sanitizers, is only judged roughly.
 constexpr double kDrawing = 10;
 #if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-constexpr double kLongest = 50;
-constexpr double kLongestOpening = 100;
+constexpr double kLongest = 200;
+constexpr double kLongestOpening = 400;
 #else
 constexpr double kLongest = 1000;
 constexpr double kLongestOpening = 2000;
