@@ -224,7 +224,7 @@ bool AlarmDesk::mayMail(const std::string& address, base::DateTime now) const {
   return pause == pauses_.end() || now >= pause->second.end;
 }
 
-// Who did not get it is tried again after pauses that grow, so that a server that does not answer holds nobody up.
+// An address that a mail did not reach is tried again after pauses that grow; until then no mail to it is tried.
 void AlarmDesk::tell(const ListedAlarm& alarm, const std::vector<std::string>& recipients, const SendMail& mail,
                      base::DateTime now) {
   constexpr std::int64_t kFirstPause = 300;  // seconds

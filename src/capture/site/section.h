@@ -10,7 +10,7 @@
 
 namespace capture {
 
-// The tables of a site file's text; `file` stands for it in messages. Throws SiteError when it is no TOML.
+// The tables of a site file's text; messages name it as `file`. Throws SiteError when it is no TOML.
 [[nodiscard]] toml::table parseSite(std::string_view text, const std::string& file);
 
 // A table of the site file that is read key by key. Every fault names the place; a key that nothing has read is one.
