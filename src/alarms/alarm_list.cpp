@@ -26,7 +26,7 @@ std::string amountText(const Rule& rule, double amount, std::string_view currenc
   return base::format("%d", seconds);
 }
 
-// Texts stand in statements between quotation marks; a subject can hold any letter that an exchange sends.
+// Texts are in statements between quotation marks; a subject can hold any letter that an exchange sends.
 std::string literal(std::string_view text) {
   std::string quoted = "\"";
   for (const char c : text) quoted.append(c == '"' ? 2 : 1, c);

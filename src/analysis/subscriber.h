@@ -13,7 +13,7 @@ class SubscriberNumbers {
   SubscriberNumbers(std::string_view countryCode, std::string_view areaCode);
 
   // The digits in international form, equal for the numbers of one subscriber. Empty for a number without digits: a
-  // caller who hides his number is nobody that can be found again.
+  // caller who hides his number is no one who can be found again.
   [[nodiscard]] std::string key(std::string_view number) const;
   // The same into a text that is kept, for loops over many calls.
   void keyInto(std::string_view number, std::string& key) const;

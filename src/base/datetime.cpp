@@ -137,7 +137,7 @@ std::optional<DateTime> DateTime::fromUsText(std::string_view text) {
 }
 
 std::optional<DateTime> DateTime::fromSerial(double days) {
-  // Day numbers of 0100-01-01 and of the day behind 9999-12-31.
+  // Day numbers of 0100-01-01 and of the day after 9999-12-31.
   if (!std::isfinite(days) || days <= -657435.0 || days >= 2958466.0) return std::nullopt;
   const double whole = std::trunc(days);
   const auto timeOfDay = static_cast<std::int64_t>(std::llround(std::fabs(days - whole) * kSecondsPerDay));

@@ -8,7 +8,7 @@
 
 namespace base {
 
-// A date and time of day to the second, in local time, from year 100 to 9999. A bare time of day stands on 1899-12-30.
+// A date and time of day to the second, in local time, from year 100 to 9999. A bare time of day is on 1899-12-30.
 // Stored as seconds since 1899-12-30 00:00:00 (the database dialect's day 0), so comparing and adding are integer work.
 class DateTime {
  public:

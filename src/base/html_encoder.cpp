@@ -24,7 +24,7 @@ Class classOf(char c) {
   return kClasses[static_cast<unsigned char>(c)];
 }
 
-// The letters of the Latin alphabets stand in UTF-8 as two bytes.
+// The letters of the Latin alphabets are in UTF-8 as two bytes.
 std::string twoBytes(std::size_t letter) {
   return {static_cast<char>(0xC0 | (letter >> 6)), static_cast<char>(0x80 | (letter & 0x3F))};
 }

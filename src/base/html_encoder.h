@@ -21,7 +21,7 @@ class HtmlEncoder {
   std::size_t appendLetter(std::string& out, std::string_view text) const;
 
   static constexpr std::size_t kFirstLetter = 0x80;
-  static constexpr std::size_t kEndOfLetters = 0x250;  // behind the blocks of the Latin alphabets
+  static constexpr std::size_t kEndOfLetters = 0x250;  // after the blocks of the Latin alphabets
   int codepage_;
   std::array<std::string, kEndOfLetters - kFirstLetter> letters_;
 };

@@ -30,7 +30,7 @@ struct Contact {
   bool operator==(const Contact&) const = default;
 };
 
-// The text columns and where they stand in a Contact: one table for reading, writing, the command line and the sheet.
+// The text columns and where they are in a Contact: one table for reading, writing, the command line and the sheet.
 struct ContactTextField {
   std::string_view column;
   std::string Contact::*member;

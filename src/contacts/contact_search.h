@@ -39,7 +39,7 @@ std::string buildSearchCondition(const SearchInput& input, bool prefixMode);
 // "iface_searchmaxresults" (100 when not stored). Throws jet::Error when the inputs are not searchable.
 SearchResult searchContacts(const SearchInput& input, ContactsManager& contacts, foundation::ConfigManager& config);
 
-// Writes the matches as "cautare.html" into `folder`; the file written, or nothing when it cannot be made. What stands
+// Writes the matches as "cautare.html" into `folder`; the file written, or nothing when it cannot be made. What is
 // in its place, a link too, is replaced.
 std::optional<std::filesystem::path> writeSearchPage(const SearchResult& result,
                                                      const foundation::LanguageFile& language,

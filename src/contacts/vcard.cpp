@@ -50,7 +50,7 @@ void appendProperty(std::string& out, std::string_view name, std::string_view va
 void appendCard(std::string& out, const Contact& contact) {
   appendLine(out, "BEGIN:VCARD");
   appendLine(out, "VERSION:3.0");
-  // Given and family names are not told apart here: the whole name stands as the family name.
+  // Given and family names are not told apart here: the whole name is written as the family name.
   appendLine(out, base::format("N:%s;;;;", escapeValue(contact.name)));
   appendLine(out, "FN:" + escapeValue(contact.contact.empty() ? displayName(contact) : contact.contact));
   appendProperty(out, "ORG", contact.organization);
@@ -85,7 +85,7 @@ bool isQuotedPrintable(std::string_view line) {
 }
 
 // Joins the pieces of folded lines. A line that begins with a blank or tab goes on with the one before it: version 2.1
-// folds at a blank of the value, later versions put one in. A quoted-printable value goes on behind a "=" at the end.
+// folds at a blank of the value, later versions put one in. A quoted-printable value goes on after a "=" at the end.
 std::vector<Line> unfold(std::string_view text) {
   std::vector<Line> lines;
   std::size_t number = 0;

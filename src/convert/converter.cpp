@@ -125,7 +125,7 @@ void writeReport(const ConversionReport& report, const fs::path& file) {
 }  // namespace
 
 bool isOldDatabase(const fs::path& file) {
-  // The format's name stands behind four bytes of page kind.
+  // The format's name is after four bytes of page kind.
   std::array<char, 19> head{};
   std::ifstream in(file, std::ios::binary);
   in.read(head.data(), static_cast<std::streamsize>(head.size()));

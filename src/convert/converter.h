@@ -19,12 +19,12 @@ struct ConversionOptions {
   ReaderLimits limits;
 };
 
-// Stands beside the new databases.
+// Is beside the new databases.
 inline constexpr const char* kReportFile = "conversion-report.txt";
 
 // Carries tallybook.mdb, tariffs.mdb and phonebook.mdb of `oldFolder` (names in any case; the last two may be missing
 // and are made empty then) over into the new folder, which must not exist or be empty. The old files are only read. The
-// new folder appears under its name when it is whole; until then the work stands beside it under NAME.partial, which a
+// new folder appears under its name when it is whole; until then the work is beside it under NAME.partial, which a
 // later run clears away. Faults of single tables end the conversion unless `salvage` is set.
 ConversionReport convertFolder(const std::filesystem::path& oldFolder, const std::filesystem::path& newFolder,
                                const ConversionOptions& options, platform::Operator& person);

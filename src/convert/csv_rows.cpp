@@ -144,7 +144,7 @@ class CsvReader : public RowTextReader {
     return true;
   }
 
-  // False when the row ends behind the field.
+  // False when the row ends after the field.
   bool readField() {
     Field& field = fields_.emplace_back();
     if (in_.sgetc() == '"') {

@@ -226,7 +226,7 @@ class Reader {
     if (size < kMemoHeaderSize) return size == 0 ? jet::Value("") : damaged(column, "has a header that is cut short");
     const std::size_t declared = numberAt<std::uint32_t>(bytes) & 0x3FFFFFFF;
     if (declared == 0) return "";
-    // Inline values stand behind their header; the library's reader would take them from the page it has left since.
+    // Inline values are after their header; the library's reader would take them from the page it has left since.
     if ((numberAt<std::uint32_t>(bytes) & 0x80000000U) != 0) {
       if (size - kMemoHeaderSize < declared) return damaged(column, "is cut short");
       return longText(bytes + kMemoHeaderSize, declared, text);

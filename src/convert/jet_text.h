@@ -5,7 +5,7 @@
 
 namespace convert {
 
-// Texts of Jet 4 as UTF-8. They are UTF-16, or, behind the bytes FF FE, runs of single bytes and of UTF-16 that a zero
+// Texts of Jet 4 as UTF-8. They are UTF-16, or, after the bytes FF FE, runs of single bytes and of UTF-16 that a zero
 // byte switches between. Half a surrogate pair becomes U+FFFD, half a unit at the end is dropped.
 std::string jet4Text(std::string_view text);
 

@@ -57,7 +57,7 @@ class JsonWriter : public RowTextWriter {
   }
 
  private:
-  std::vector<std::string> starts_;  // what stands before each value
+  std::vector<std::string> starts_;  // what comes before each value
 };
 
 class JsonReader : public RowTextReader {

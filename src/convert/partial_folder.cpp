@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kMarker = ".tallybook-conversion";
 
-// "new/" names the same folder as "new"; what stands beside it needs the name without the separator.
+// "new/" names the same folder as "new"; what is beside it needs the name without the separator.
 fs::path withoutSeparator(const fs::path& folder) {
   const fs::path whole = fs::absolute(folder).lexically_normal();
   return whole.has_filename() ? whole : whole.parent_path();

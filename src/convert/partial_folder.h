@@ -4,7 +4,7 @@
 
 namespace convert {
 
-// A new folder that appears under its name only when everything in it stands on the disk. Until then the work is beside
+// A new folder that appears under its name only when everything in it is on the disk. Until then the work is beside
 // it, under NAME.partial; left behind by a killed run, that one is known by a marker and cleared away by the next.
 class PartialFolder {
  public:

@@ -14,7 +14,7 @@ namespace convert {
 // One table of a folder of exported tables.
 struct ExportedTable {
   std::string database;              // "tallybook.mdb"
-  jet::TableDef definition;          // with its indexes, and columns that are computed and stand in no row
+  jet::TableDef definition;          // with its indexes, and columns that are computed and are in no row
   std::string data;                  // name of the file with its rows, in the same folder
   std::optional<std::int64_t> rows;  // nothing: not stated, as many as there are
 };
@@ -32,7 +32,7 @@ inline constexpr const char* kManifestFile = "schema.json";
 // Throws ConversionError for a text that is no manifest, or that names other databases or files outside its folder.
 [[nodiscard]] TableManifest parseManifest(const std::string& text);
 
-// The columns whose values stand in the rows.
+// The columns whose values are in the rows.
 [[nodiscard]] std::vector<jet::FieldDef> storedColumns(const jet::TableDef& table);
 
 }  // namespace convert

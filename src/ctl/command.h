@@ -29,7 +29,7 @@ class WrongUsage : public std::runtime_error {
 enum class Takes {
   Nothing,  // a switch
   One,
-  Maybe,  // an option that may stand without a value
+  Maybe,  // an option that may come without a value
   Many,   // one or more words, positional only
 };
 
@@ -64,7 +64,7 @@ class Arguments {
   std::map<std::string, std::vector<std::string>, std::less<>> values_;
 };
 
-// Options before or behind any command.
+// Options before or after any command.
 struct GlobalOptions {
   std::optional<std::string> store;
   std::optional<std::string> profile;
@@ -85,7 +85,7 @@ struct Invocation {
 enum class Duty {
   Administer,  // reads or changes settings and lists, beside a running copy
   Import,      // the machine's one copy: maintenance and the output port too
-  Serve,       // the same, with the first import of the start; nobody is asked anything
+  Serve,       // the same, with the first import of the start; no one is asked anything
 };
 
 // The right that a command needs; object 0: none, and the databases stay closed unless the command opens them.

@@ -50,7 +50,7 @@ void requireRightToUse(const Invocation& call) {
 }
 
 void finishNewDataFolder(const Invocation& call, const fs::path& folder) {
-  // Folder settings are appended to as they stand, so they end with their separator.
+  // Folder settings are appended to as they are, so they end with their separator.
   const std::string setting = (fs::absolute(folder).lexically_normal() / "").string();
   Context& context = call.context;
   if (call.arguments.has("--use")) {

@@ -20,7 +20,7 @@ int serve(const Invocation& call) {
       document,
       [&call](const std::string& line) {
         call.out << line << std::endl;
-        call.out.clear();  // a line that nobody takes is no fault of the service
+        call.out.clear();  // a line that no one takes is no fault of the service
       },
       times);
   // A reader of the output that went away is no reason to die with calls in hand.

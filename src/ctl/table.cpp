@@ -96,7 +96,7 @@ void printCsvLine(std::ostream& out, const std::vector<std::string>& fields) {
 }
 
 void Table::printText(std::ostream& out) const {
-  // A column of numbers stands to the right, its caption too.
+  // A column of numbers is right-aligned, its caption too.
   std::vector<bool> right(columns_.size(), !rows_.empty());
   std::vector<std::vector<std::string>> texts;
   for (const auto& row : rows_) {

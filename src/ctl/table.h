@@ -13,7 +13,7 @@ namespace ctl {
 
 enum class TableFormat { Text, Csv, Json };
 
-// A cell: text, whole number or amount. Numbers stand to the right in text and are numbers in JSON.
+// A cell: text, whole number or amount. Numbers are right-aligned in text and are numbers in JSON.
 using Cell = std::variant<std::string, std::int64_t, double>;
 
 // The answer of a command that lists something, in the format that the user chose.
@@ -41,7 +41,7 @@ class Table {
 // are too long to be held.
 class TextColumns {
  public:
-  // Captions, and whether each column stands to the right.
+  // Captions, and whether each column is right-aligned.
   TextColumns(std::vector<std::string> captions, std::vector<bool> right);
 
   void widen(const std::vector<std::string>& cells);

@@ -57,7 +57,7 @@ class WorkFolder {
 };
 
 // For pages that do not say what their sheets are like: lists, too wide for upright paper. Texts may take two lines,
-// numbers do not; the headings stand on every sheet.
+// numbers do not; the headings are on every sheet.
 constexpr std::string_view kSheetStyle =
     "<style>@page{size:A4 landscape;margin:10mm}table[cellspacing] td[align=left],table[cellspacing] "
     "th{white-space:normal}table[cellspacing] tbody{display:contents}table[cellspacing] "

@@ -14,7 +14,7 @@ class TerminalOperator : public platform::Operator {
  public:
   explicit TerminalOperator(InterruptWatch& interrupts);
 
-  // From now on nobody is there, even at a terminal: no question waits, no bar is drawn.
+  // From now on no one is there, even at a terminal: no question waits, no bar is drawn.
   void leave();
   // From now on every question is answered with Yes.
   void answerYes() { answersYes_ = true; }

@@ -21,7 +21,7 @@ struct TextField {
   std::string CallRecord::*member;
 };
 
-// The record's layout; the type word stands at offset 0.
+// The record's layout; the type word is at offset 0.
 constexpr IntegerField kIntegers[] = {
     {4, &CallRecord::month},
     {8, &CallRecord::day},
@@ -45,7 +45,7 @@ constexpr TextField kTexts[] = {
     {112, 16, &CallRecord::accountCode},
     {136, 8, &CallRecord::cd},
 };
-// Behind the normal record; filled from the integers there.
+// After the normal record; filled from the integers there.
 constexpr TextField kTrunkText = {156, 32, &CallRecord::trunkText};
 constexpr TextField kExtensionText = {188, 32, &CallRecord::extensionText};
 
@@ -67,7 +67,7 @@ std::string readText(const RecordBuffer& buffer, const TextField& field, int cod
   return base::decode(bytes, codepage);
 }
 
-// Cut so that the NUL behind it fits; the bytes behind that stay.
+// Cut so that the NUL after it fits; the bytes after that stay.
 void writeText(RecordBuffer& buffer, const TextField& field, std::string_view bytes) {
   bytes = bytes.substr(0, std::min(bytes.find('\0'), field.size - 1));
   std::copy(bytes.begin(), bytes.end(), buffer.begin() + static_cast<std::ptrdiff_t>(field.offset));

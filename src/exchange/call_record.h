@@ -16,7 +16,7 @@ inline constexpr std::size_t kNormalRecordSize = 156;
 inline constexpr std::size_t kExtendedRecordSize = 220;
 inline constexpr std::int32_t kNormalRecordType = 255;
 inline constexpr std::int32_t kExtendedRecordType = 254;
-// The buffer that a record is held in; the bytes behind an extended record are unused.
+// The buffer that a record is held in; the bytes after an extended record are unused.
 inline constexpr std::size_t kRecordBufferSize = 236;
 using RecordBuffer = std::array<unsigned char, kRecordBufferSize>;
 

@@ -51,7 +51,7 @@ std::vector<CodeEntry> loadCodeEntries(ConfigManager& config, const char* countK
   return entries;
 }
 
-// The five fields behind a trunk's label.
+// The five fields after a trunk's label.
 std::vector<std::string> splitTrunkFields(std::string_view value) {
   constexpr std::ptrdiff_t kSeparators = 4;
   // A value as it is saved has all its separators, and then an empty field keeps its place: the splitter's skipping
@@ -68,7 +68,7 @@ tagTRUNKINFO parseTrunk(std::string_view value, std::size_t index) {
   tagTRUNKINFO trunk;
   trunk.trunk = base::format("%d", index + 1);
   if (value == kMissing) return trunk;
-  // Before the first separator stands the label, which older values leave empty.
+  // Before the first separator is the label, which older values leave empty.
   const std::size_t labelEnd = std::min(value.find(';'), value.size());
   trunk.label = labelEnd == 0 ? kNoLabel : value.substr(0, labelEnd);
   value.remove_prefix(std::min(labelEnd + 1, value.size()));
@@ -278,7 +278,7 @@ bool PartyDefinitions::reloadIfChanged(jet::Database& main, jet::Database* tarif
   const bool references = referencesVersion(tariffs) != referencesVersion_;
   if (references) loadReferences(tariffs);
   if (parties) {
-    // The providers' settings stand beside the parties'.
+    // The providers' settings are beside the parties'.
     if (tariffs != nullptr && !references) providers = loadProviders(*tariffs, config_);
     loadParties(main);
   }

@@ -68,7 +68,7 @@ inline constexpr std::size_t kTrunkEntries = 256;
 // The parties that the operator defines, and the reference tables of the tariff database, held in memory and rebuilt
 // whole at each load.
 //
-// The lists are open to whoever edits them. The find functions look into indexes: call reindex() after a change of a
+// The lists are open to their editors. The find functions look into indexes: call reindex() after a change of a
 // list (load and save do).
 class PartyDefinitions {
  public:
@@ -82,7 +82,7 @@ class PartyDefinitions {
   // stored is unchanged then. Where other copies may have the database open, part of a foundation::DefinitionChange.
   void save(jet::Database& main);
 
-  // True when the tables behind the definitions may have changed since they were loaded or saved here, by another
+  // True when the tables of the definitions may have changed since they were loaded or saved here, by another
   // copy or by a settings command. Cheap enough to be asked before every call.
   bool changed(jet::Database& main, jet::Database* tariffs);
   // Loads again what changed; true when anything was. Edits that were not saved are lost.

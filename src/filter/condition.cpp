@@ -161,7 +161,7 @@ std::string settingsCondition(const FilterSettings& settings, bool extensionIsTe
   appendParties(condition, settings, extensionIsText);
   appendCall(condition, settings);
   if (condition.empty()) return " 1=1";
-  // A clause that ended in " AND " leaves one blank behind.
+  // A clause that ended in " AND " leaves one blank at its end.
   condition.resize(condition.size() - 4);
   return condition;
 }

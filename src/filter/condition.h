@@ -9,7 +9,7 @@
 
 namespace filter {
 
-// The condition over `Calls` that the settings ask for, without any user's restriction. Values stand in it as they are.
+// The condition over `Calls` that the settings ask for, without any user's restriction. Values are in it as they are.
 // `extensionIsText`: the type of column `Extension` (PartyDefinitions::extensionIsText).
 [[nodiscard]] std::string settingsCondition(const FilterSettings& settings, bool extensionIsText);
 
@@ -34,7 +34,7 @@ void requireReadable(const std::string& condition, const foundation::LanguageFil
 // too; a function or an operator in a value could fail on one of them, and its error would tell what that row holds.
 void requireOnlyValues(const FilterSettings& settings, bool extensionIsText, const foundation::LanguageFile& texts);
 
-// A clause with one place for a text ("owner='%s'"), filled with the value as it stands. For a user with a restriction,
+// A clause with one place for a text ("owner='%s'"), filled with the value as it is. For a user with a restriction,
 // whom `restriction` names: throws FilterError, as requireOnlyValues does, when the value is more than a text in it.
 [[nodiscard]] std::string clauseWithValue(std::string_view clause, std::string_view value, std::string_view restriction,
                                           std::string_view key, const foundation::LanguageFile& texts);

@@ -27,7 +27,7 @@ struct RestrictionChoice {
 
 // The condition on `Calls`, "Department In('Sales','Service') Or Extension='201'"; empty for an empty choice. Names
 // may hold any characters. `extensionIsText`: PartyDefinitions::extensionIsText; where it is false, extensions and
-// trunks stand as numbers, and one that is none becomes its leading digits.
+// trunks are given as numbers, and one that is none becomes its leading digits.
 [[nodiscard]] std::string restrictionFor(const RestrictionChoice& choice, bool extensionIsText);
 
 // The choice that gives this condition; nothing when it says anything that cannot be chosen from lists, or does not

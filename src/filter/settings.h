@@ -12,7 +12,7 @@
 
 namespace filter {
 
-// The call filter of a workstation, as it stands in section "Calls" of the machine store.
+// The call filter of a workstation, as it is in section "Calls" of the machine store.
 //
 // Switches are integers: those of extension, trunk, account, department and name act only when they equal 1, the others
 // on any non-zero value. Defaults are those of the condition.

@@ -40,7 +40,7 @@ struct BillHeading {
 // Hands out the texts of each call, one a heading, oldest first. Throws jet::Error.
 BillTotals readBill(const BillRequest& request, const FolderServices& services, const ValueFormatter& formatter,
                     const std::function<void(std::vector<std::string>)>& call);
-// What stands below the calls, in its order.
+// What is below the calls, in its order.
 struct BillSum {
   std::string label;
   std::string value;

@@ -24,7 +24,7 @@ struct ColumnLayout {
 };
 
 // The layouts of a section, number 0, 1, 2 and so on until one is missing: settings "VisibleColumns%d" and
-// "ColumnWidths%d" of the machine store. The folders' layouts stand in kFolderLayouts, numbered in catalogue order.
+// "ColumnWidths%d" of the machine store. The folders' layouts are in kFolderLayouts, numbered in catalogue order.
 inline constexpr std::string_view kFolderLayouts = "Folders";
 inline constexpr std::string_view kContactsLayout = "Contacts";
 [[nodiscard]] std::vector<ColumnLayout> loadLayouts(foundation::ConfigManager& config, std::string_view section);

@@ -76,7 +76,7 @@ std::string CDbFolder::BuildOrderClause() const {
   return base::format("ORDER BY %s %s", column->sort, sortKey_ > 0 ? "ASC" : "DESC");
 }
 
-// The condition stands last: a user's restriction at its end stays the last part of the whole.
+// The condition is last: a user's restriction at its end stays the last part of the whole.
 std::string CDbFolder::whereClause() const {
   const bool conditional = (flags_ & FolderConditional) != 0;
   if (narrowedTo_.empty()) return conditional ? " WHERE " + condition_ : std::string();

@@ -26,7 +26,7 @@ struct RowKey {
   bool operator==(const RowKey&) const = default;
 };
 
-// The text with every "%ADD%" replaced by "(%s + 100)/100" and setting "OrganizationTAXE" as it stands; a text without
+// The text with every "%ADD%" replaced by "(%s + 100)/100" and setting "OrganizationTAXE" as it is; a text without
 // it does not read the setting. Throws jet::Error that names the setting when it is no decimal number.
 [[nodiscard]] std::string applySurcharge(std::string sql, foundation::ConfigManager& config,
                                          const foundation::LanguageFile& texts);

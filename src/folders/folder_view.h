@@ -27,7 +27,7 @@ struct CellValue {
   const jet::Value* second;
 };
 
-// What the calls behind a row of a statistic have in common.
+// What the calls of a row of a statistic have in common.
 struct Narrowing {
   std::string criteria;  // a condition over `Calls`
   std::string text;      // "Area: București"
@@ -54,14 +54,14 @@ class FolderView {
   [[nodiscard]] ColumnLayout layout() const;
 
   [[nodiscard]] int sortKey() const { return folder_.sortKey(); }
-  // Leaves only the rows behind a row of a statistic; nothing lifts that.
+  // Leaves only the calls of a row of a statistic; nothing lifts that.
   void narrow(std::optional<Narrowing> narrowing);
   [[nodiscard]] const std::optional<Narrowing>& narrowing() const { return narrowing_; }
   // What the rows are: the folder's caption, and what narrows it ("Calls - Area: București").
   [[nodiscard]] std::string name() const {
     return narrowing_ ? folder_.caption() + " - " + narrowing_->text : folder_.caption();
   }
-  // What the calls behind a row of this statistic have in common; nothing beyond the last row.
+  // What the calls of a row of this statistic have in common; nothing beyond the last row.
   [[nodiscard]] std::optional<Narrowing> callsBehind(std::int64_t position);
   // The rows of other settings of the filter than the stored ones, within the user's restriction, until a refresh.
   // Nothing changes in a folder that has no call filter.
@@ -118,7 +118,7 @@ class FolderView {
   CDbFolder folder_;
   std::optional<Narrowing> narrowing_;
   std::vector<ViewColumn> columns_;
-  // Where the values of each column of the definition stand in a row of the result.
+  // Where the values of each column of the definition are in a row of the result.
   struct Place {
     std::size_t first;
     std::optional<std::size_t> second;

@@ -64,7 +64,7 @@ class ListPage {
   void writeTotals() {
     file_.write("<TR>\n");
     for (std::size_t i = 0; i < headings_.size(); ++i) {
-      // The blank behind the total lines it up with the cells above.
+      // The blank after the total lines it up with the cells above.
       headingCell(i, base::format("%s&nbsp;", base::escapeHtml(totals_.textWithCurrency(i))));
     }
     file_.write("</TR>\n");

@@ -44,7 +44,7 @@ struct MonthFigures {
   std::string lines;  // in sentences, how many lines were needed
   // Alarms of the month by their rules, most first; none for a user who does not see all calls whole.
   std::vector<std::pair<std::string, std::int64_t>> alarms;
-  std::int64_t alarmsOpen = 0;  // of which nobody has acknowledged
+  std::int64_t alarmsOpen = 0;  // of which no one has acknowledged
 
   static constexpr std::size_t kMostGroups = 10;
 };

@@ -33,9 +33,9 @@ bool writePdf(const std::filesystem::path& file, const print::PdfSheets::Setup& 
 // lets through.
 void drawListHead(print::PdfSheets& sheets, const std::string& title, std::string_view name, bool overCalls,
                   const FolderServices& services);
-// Horizontal bars, scaled to the largest value, with labels before and values behind them.
+// Horizontal bars, scaled to the largest value, with labels before and values after them.
 void drawBars(print::PdfSheets& sheets, std::span<const Bar> bars);
-// What stands at the foot of each sheet.
+// What is at the foot of each sheet.
 [[nodiscard]] std::string sheetFoot(const FolderServices& services);
 
 }  // namespace folders

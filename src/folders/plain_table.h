@@ -17,7 +17,7 @@ struct PlainColumn {
   std::string heading;
   CellKind kind = CellKind::Text;
   int decimals = 0;       // of numbers
-  std::string unit = {};  // behind numbers: "%"
+  std::string unit = {};  // after numbers: "%"
 };
 
 // Text, number (a duration in seconds), moment; nothing for an empty cell.

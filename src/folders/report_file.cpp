@@ -24,7 +24,7 @@ bool isDevice(const std::filesystem::path& target) {
   return std::filesystem::is_other(target, ignored) || target.parent_path() == "/dev";
 }
 
-// mkostemp makes the file anew (O_EXCL), so nobody's link is followed.
+// mkostemp makes the file anew (O_EXCL), so no one's link is followed.
 int createBeside(const std::filesystem::path& target, std::filesystem::path& made) {
   if (isDevice(target)) {
     errno = ENOTSUP;

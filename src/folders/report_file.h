@@ -10,7 +10,7 @@
 
 namespace folders {
 
-// A file that is written beside its place and put there when it is complete. What stands there before, a link too, is
+// A file that is written beside its place and put there when it is complete. What is there before, a link too, is
 // replaced and never written through; a device is refused. Memory does not grow with the file.
 class ReportFile {
  public:

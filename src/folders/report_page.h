@@ -34,7 +34,7 @@ inline constexpr std::string_view kPageHead =
     "<html><head><meta http-equiv=Content-Type content=\"text/html; charset=windows-1252\"></head><body "
     "style='font-family: Verdana; border-bottom-style: solid; border-bottom-width: thin; border-bottom-color: Black;'>";
 
-// `name` stands behind the label "Name": what the page shows.
+// `name` is after the label "Name": what the page shows.
 [[nodiscard]] std::string reportHeader(std::string_view title, std::string_view name, const FolderServices& services);
 [[nodiscard]] std::string reportFooter(const FolderServices& services);
 // The table under the head: what the filter lets through where `overCalls` and it is on, else empty.

@@ -13,7 +13,7 @@ namespace foundation {
 template <typename Lists>
 class DefinitionChange {
  public:
-  // `more` is what the lists' reloadIfChanged() takes behind the database. Throws jet::Error.
+  // `more` is what the lists' reloadIfChanged() takes after the database. Throws jet::Error.
   DefinitionChange(Lists& lists, jet::Database& main, auto*... more)
       : lists_(lists), main_(main), transaction_(main), reloaded_(lists.reloadIfChanged(main, more...)) {}
   DefinitionChange(const DefinitionChange&) = delete;

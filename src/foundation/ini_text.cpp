@@ -164,7 +164,7 @@ void IniText::set(std::string_view section, std::string_view key, Value value) {
   values_.insert_or_assign(name(section, key), std::move(value));
 }
 
-// Behind the section's last line that is not blank; a section that is not there yet is opened at the end.
+// After the section's last line that is not blank; a section that is not there yet is opened at the end.
 std::size_t IniText::placeForNewEntry(std::string_view foldedSection, std::string_view section) {
   for (std::size_t i = lines_.size(); i > 0; --i) {
     const Line& line = lines_[i - 1];

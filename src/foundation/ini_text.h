@@ -48,7 +48,7 @@ class IniText {
   struct Line {
     Kind kind = Kind::Other;
     std::string raw;
-    std::string section;  // folded; the one that the line opens or stands in
+    std::string section;  // folded; the one that the line opens or is in
     std::string key;      // folded; entries only
   };
 

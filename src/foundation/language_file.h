@@ -23,7 +23,7 @@ struct Language {
 struct LanguageText {
   std::string language;
   std::string key;
-  std::string text;  // escapes as they stand in the file
+  std::string text;  // escapes as they are in the file
 };
 
 // A window's texts, as the window system gives them, for TranslateWindow.

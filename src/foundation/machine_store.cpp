@@ -74,8 +74,8 @@ void syncFolder(const std::filesystem::path& folder) {
   if (descriptor.valid()) fsync(descriptor.number());
 }
 
-// Puts `content` in place of `file` at once: whoever opens the file sees the old or the new text whole, also after a
-// power failure.
+// Puts `content` in place of `file` at once: a process that opens the file sees the old or the new text whole, also
+// after a power failure.
 bool replaceFile(const std::filesystem::path& file, std::string_view content) {
   std::string temporary = file.string() + ".XXXXXX";
   const Descriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));  // mode 0600

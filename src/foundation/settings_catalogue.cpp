@@ -39,7 +39,7 @@ constexpr std::int32_t kMostDecimals = 8;
 constexpr std::int32_t kMostSeconds = 86400;
 constexpr std::int32_t kMostEntries = 1000000;
 
-// Names match in this order: the entry with an open section stands last.
+// Names match in this order: the entry with an open section is last.
 constexpr Setting kSettings[] = {
     // The workstation: folders, language, login.
     folder("PathDatabase", "---"),

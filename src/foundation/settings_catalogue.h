@@ -16,8 +16,8 @@ enum class SettingType { Integer, String, Binary };
 // What a text setting holds, where not just any text will do.
 enum class SettingForm {
   Any,
-  Folder,   // a folder; names of files are appended to it, so whoever writes it adds the closing separator
-  Decimal,  // a decimal number with "." or nothing; it goes into statements as it stands
+  Folder,   // a folder; names of files are appended to it, so its writer adds the closing separator
+  Decimal,  // a decimal number with "." or nothing; it goes into statements as it is
 };
 
 // A known setting: where it lives and what it holds, for the command line, the desktop and the documents. Callers of

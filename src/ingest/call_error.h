@@ -12,7 +12,7 @@ class UnfitValue : public jet::Error {
 };
 
 // True for a fault that the call's own values cause: one that does not fit its column, or a quotation mark in the
-// number, which stands in statements as it is. Any other fault (a missing column, a full disk, a locked file, ...)
+// number, which is in statements as it is. Any other fault (a missing column, a full disk, a locked file, ...)
 // would meet the next call too.
 [[nodiscard]] bool isFaultOfCall(const jet::Error& error, const exchange::CallRecord& record);
 

@@ -28,7 +28,7 @@ struct RecordedCall {
 class CallListener {
  public:
   virtual ~CallListener() = default;
-  // False while nobody wants to know; the call need not be put together then.
+  // False while no one wants to know; the call need not be put together then.
   [[nodiscard]] virtual bool listens() noexcept = 0;
   virtual void recorded(const RecordedCall& call) noexcept = 0;
 };

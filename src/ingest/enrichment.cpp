@@ -7,7 +7,7 @@
 namespace ingest {
 
 namespace {
-// Shorter ones are internal: nobody's entry in a phonebook.
+// Shorter ones are internal: no one's entry in a phonebook.
 constexpr std::size_t kLongestUnnamedNumber = 3;
 
 // The number as a pattern that matches it alone: what the exchange sends may hold the dialect's wildcards.

@@ -16,7 +16,7 @@
 
 namespace ingest {
 
-// What the recording of calls works with, lent by whoever owns it; all of it must outlive the users.
+// What the recording of calls works with, borrowed from its owner; all of it must outlive the users.
 struct ExchangeParts {
   jet::Database& main;
   tariff::TariffDatabase* tariffs;  // null: no tariff database

@@ -160,7 +160,7 @@ std::optional<ImportResult> MonitorImport::takeOver(const MonitorFolder& folder)
   // Opening a pipe would wait for its other end.
   if (!isRegularFile(folder.source())) return nothingToDo(folder.source().string() + " is not a file");
   {
-    // Before the rename, so that a kill right behind it leaves a backup that is known as interrupted.
+    // Before the rename, so that a kill right after it leaves a backup that is known as interrupted.
     jet::Transaction transaction(recorder_.parts().main);
     rows_.setAside(folder.backup().string());
     rows_.store({.file = folder.backup().string(), .digest = ReadPosition().digest.text()});
@@ -270,7 +270,7 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
   return result;
 }
 
-// Behind the last record. What follows it is kept before the file is deleted.
+// After the last record. What follows it is kept before the file is deleted.
 void MonitorImport::finish(FileProgress progress, const std::filesystem::path& file, bool hasRest,
                            bool deleteWhenComplete, ImportResult& result) {
   if (hasRest && deleteWhenComplete) {

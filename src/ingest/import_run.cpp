@@ -45,7 +45,7 @@ ImportResult::Outcome ImportRun::readBatches() {
       case BatchEnd::Interrupted:
         return Outcome::Interrupted;
       case BatchEnd::CallFailed:
-        // Asked between two transactions: the question may stand for hours.
+        // Asked between two transactions: the question may wait for hours.
         if (!operatorGoesOn()) return Outcome::StoppedByOperator;
         refuse(BatchEnd::CallFailed);
         break;
@@ -121,7 +121,7 @@ bool ImportRun::operatorGoesOn() {
   return false;
 }
 
-// The reader stands behind the record. The entry in the log is committed with the decision, so that a record that is
+// The reader is past the record. The entry in the log is committed with the decision, so that a record that is
 // tried again after a kill is not told of twice. That of a rejected one was written as it was rejected.
 void ImportRun::refuse(BatchEnd why) {
   kept_.refuse(progress_, reader_.recordBytes());

@@ -14,12 +14,12 @@ namespace ingest {
 // The reading of one file from a position to its end, in batches.
 class ImportRun {
  public:
-  // `progress` is where the reader stands; it is kept up in the database with each batch.
+  // `progress` is how far the reader is; it is kept up in the database with each batch.
   ImportRun(Recorder& recorder, const ImportOptions& options, RecordReader& reader, FileProgress progress);
 
   // Shows the progress window when `expected` records are enough for one. Throws jet::Error for a fault of the
   // database, std::filesystem::filesystem_error when a refused record cannot be kept; what was committed before it
-  // stands, and the position with it.
+  // is kept, and the position with it.
   ImportResult::Outcome readAll(std::int64_t expected);
 
   // Of this run, as committed; refused records count as read.

@@ -27,7 +27,7 @@ class KeptFiles {
   void settle();
 
   // Appends a record that the import of `progress` could not store and counts it in `progress.refused`; the caller
-  // stores that together with the position behind the record.
+  // stores that together with the position after the record.
   void refuse(FileProgress& progress, std::span<const unsigned char> record);
   // Keeps what follows the position of `progress` in the file that is read, once however often it is called.
   void keepRest(FileProgress& progress, const std::filesystem::path& file);

@@ -17,10 +17,10 @@ namespace ingest {
 std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& config, const platform::Clock& clock,
                             const std::function<void()>& beforeMany = {});
 
-// True for a text that would end the apostrophes that it stands between in a statement: one of its own is not doubled.
+// True for a text that would end the apostrophes that it is between in a statement: one of its own is not doubled.
 [[nodiscard]] bool endsQuotes(std::string_view text);
 
-// Hide or show all calls of a number, stored ones and those to come. The number stands in the statements as it is, so
+// Hide or show all calls of a number, stored ones and those to come. The number is in the statements as it is, so
 // that two apostrophes in it are one of the number. One that is not doubled would break the statements or reach other
 // numbers' calls: jet::Error, and nothing changes.
 void HideNumber(jet::Database& main, std::string_view number);
@@ -29,7 +29,7 @@ void ShowNumber(jet::Database& main, std::string_view number);
 struct RecalcOptions {
   base::DateTime firstDay;  // times of day do not count
   base::DateTime lastDay;
-  std::string provider = {};  // empty: all; stands in the query as it is, an apostrophe has to be doubled
+  std::string provider = {};  // empty: all; is in the query as it is, an apostrophe has to be doubled
   bool reprice = false;
   bool reconvert = false;
   bool department = false;

@@ -13,7 +13,7 @@
 namespace ingest {
 
 namespace {
-// Right behind a port name of four characters and its colon; longer names are not supported.
+// Right after a port name of four characters and its colon; longer names are not supported.
 constexpr std::size_t kParametersAt = 5;
 // For the last lines at the close. A device that is off must not hold it up for longer.
 constexpr std::chrono::seconds kTimeToSend{5};
@@ -73,8 +73,8 @@ int OutputPort::SendLine(std::string_view line) {
   return 1;
 }
 
-// Whoever follows the file may move or delete it between two lines, so it is not held open. One that cannot be opened
-// is passed over in silence: a full disk or a lost share must not stop the recording of calls.
+// A program that follows the file may move or delete it between two lines, so it is not held open. One that cannot be
+// opened is passed over in silence: a full disk or a lost share must not stop the recording of calls.
 void OutputPort::appendToFile(std::string_view line) const {
   std::FILE* file = std::fopen(base::systemPath(outFile_).c_str(), "abe");
   if (file == nullptr) return;

@@ -36,7 +36,7 @@ std::optional<std::string> Phonebook::nameOf(std::string_view normalisedNumber) 
   if (!found) return std::nullopt;
   const MapRow& row = map_[*found];
   const std::string_view rest = normalisedNumber.substr(row.prefix.size());
-  // `Tel` holds 32 bits: a longer number, or one with more than digits in it, is nobody's there and must not be cut to
+  // `Tel` holds 32 bits: a longer number, or one with more than digits in it, is no one's there and must not be cut to
   // somebody's.
   std::int32_t tel = 0;
   const char* end = rest.data() + rest.size();

@@ -38,7 +38,7 @@ class RecordReader {
 
   // The bytes of the record that next() returned last, as they were in the file.
   [[nodiscard]] std::span<const unsigned char> recordBytes() const { return std::span(buffer_).first(recordSize_); }
-  // The place behind the last record that next() returned.
+  // The place after the last record that next() returned.
   [[nodiscard]] const ReadPosition& position() const { return position_; }
   // True when the end came from a fault of the device instead of the file's content.
   [[nodiscard]] bool failed() const { return stream_.bad(); }

@@ -27,7 +27,7 @@ Recording Recorder::AddRecord(exchange::CallRecord& record) {
   if (!isOpen()) return Recording::Failed;
   const CallViews views(parts_);
   const jet::AsStored stored(parts_.main);
-  // The blank behind each number and behind the one that is looked for keeps "123" from being found as "1234".
+  // The blank after each number and after the one that is looked for keeps "123" from being found as "1234".
   const jet::Snapshot filteredNumbers = parts_.main.openSnapshot("select [number] & ' ' as n from FilteredNumbers");
   tariff::PricingContext context;
   if (!trunks_.accept(record, context)) return Recording::Rejected;

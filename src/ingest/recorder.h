@@ -58,7 +58,7 @@ class Recorder {
   std::optional<CallFields> fields_;
 };
 
-// The line that tells other devices of an outgoing call; its texts stand in it byte for byte. `taxPercent` is added to
+// The line that tells other devices of an outgoing call; its texts are in it byte for byte. `taxPercent` is added to
 // the last figure.
 std::string forwardingLine(const exchange::CallRecord& record, double price, std::string_view referenceCurrency,
                            double priceRef, int taxPercent);

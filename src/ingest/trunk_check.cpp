@@ -14,7 +14,7 @@ bool TrunkCheck::accept(const exchange::CallRecord& record, tariff::PricingConte
   return false;
 }
 
-// The scan goes on behind a match: the last entry wins.
+// The scan goes on after a match: the last entry wins.
 bool TrunkCheck::fillContext(const exchange::CallRecord& record, tariff::PricingContext& context) {
   const std::string trunk = std::to_string(record.trunk);
   bool accepted = false;

@@ -48,7 +48,7 @@ std::optional<InstanceLock> InstanceLock::acquire(const std::filesystem::path& f
     return std::nullopt;
   }
   const std::string number = std::to_string(getpid()) + "\n";
-  // The number only helps whoever looks for the holder; a lock without it is as good.
+  // The number only helps a person who looks for the holder; a lock without it is as good.
   if (ftruncate(descriptor, 0) == 0) static_cast<void>(pwrite(descriptor, number.data(), number.size(), 0));
   return InstanceLock(descriptor);
 }

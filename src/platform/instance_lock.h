@@ -11,9 +11,9 @@ class InstanceLock {
  public:
   // Nothing when another process holds the lock. Throws std::runtime_error naming the file when it cannot be made.
   static std::optional<InstanceLock> acquire(const std::filesystem::path& file);
-  // Whether another process holds the lock, for whoever may only read its file.
+  // Whether another process holds the lock, for a process that may only read its file.
   static bool isHeld(const std::filesystem::path& file);
-  // Process number of the holder as it wrote it into the file; 0 when nobody did.
+  // Process number of the holder as it wrote it into the file; 0 when no one did.
   static long holder(const std::filesystem::path& file);
 
   InstanceLock(InstanceLock&& other) noexcept;

@@ -119,7 +119,7 @@ void LiveChannelServer::listenOn() {
   };
   check((listener_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) >= 0);
   check((poll_ = epoll_create1(EPOLL_CLOEXEC)) >= 0);
-  // Made without rights for others from the start, so that nobody slips in before the mode is set.
+  // Made without rights for others from the start, so that no one slips in before the mode is set.
   const mode_t before = umask(0177);
   bound = bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   const int reason = errno;

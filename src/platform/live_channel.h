@@ -19,7 +19,7 @@ inline constexpr std::uint32_t kImportRequestTag = 0x54504D49;
 using LiveRecordHandler = std::function<std::int32_t(std::span<const unsigned char> record)>;
 
 // Senders at the same time are as many as the process's descriptors allow, some being kept back for files. Those beyond
-// wait, connected, until one leaves or has been silent for kIdleTime; a silent one keeps its connection while nobody
+// wait, connected, until one leaves or has been silent for kIdleTime; a silent one keeps its connection while no one
 // waits.
 class LiveChannelServer {
  public:
@@ -75,7 +75,7 @@ class LiveChannelServer {
 
 class LiveChannelClient {
  public:
-  // Throws std::runtime_error, saying what to do, when nobody listens there.
+  // Throws std::runtime_error, saying what to do, when no one listens there.
   explicit LiveChannelClient(const std::filesystem::path& socket);
   LiveChannelClient(const LiveChannelClient&) = delete;
   LiveChannelClient& operator=(const LiveChannelClient&) = delete;

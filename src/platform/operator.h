@@ -34,7 +34,7 @@ class Operator {
   [[nodiscard]] virtual bool busy() const { return false; }
 };
 
-// Nobody there: messages and questions go nowhere, every question gets its unattended answer.
+// No one is there: messages and questions go nowhere, every question gets its unattended answer.
 class NoOperator : public Operator {
  public:
   void messageBox(std::string_view) override {}

@@ -15,7 +15,7 @@ namespace platform {
 // The whole content; nothing when there is no such regular file or when it cannot be read.
 [[nodiscard]] std::optional<std::string> readRegularFile(const std::filesystem::path& file);
 
-// The content of an open file from where it stands; nothing after a fault.
+// The content of an open file from its current position; nothing after a fault.
 [[nodiscard]] std::optional<std::string> readToEnd(int descriptor);
 
 // Whether the name is there but names no regular file: a folder, a FIFO, a device, a socket.

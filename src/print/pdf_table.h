@@ -14,7 +14,7 @@ struct TableColumn {
 };
 
 // A table over the whole width. Columns get the widths that the headings and the first rows ask for; left-aligned texts
-// take up to three lines where there is no room, then the letters grow smaller. The headings stand on every sheet.
+// take up to three lines where there is no room, then the letters grow smaller. The headings are on every sheet.
 class PdfTable {
  public:
   PdfTable(PdfSheets& sheets, std::vector<TableColumn> columns);

@@ -131,7 +131,7 @@ void CallGenerator::fillOutgoing(exchange::CallRecord& record) {
   if (metered && duration > 0 && perPulse > 0) record.pulses = 1 + duration / perPulse;
   if (random_.chance(25)) record.accountCode = accountCode();
   record.redirected = random_.chance(2) ? 1 : 0;
-  // A code that hides the own number; the price looks at the number behind it.
+  // A code that hides the own number; the price looks at the number after it.
   if (random_.below(200) == 0) number.insert(0, "*31*");
 }
 

@@ -68,7 +68,7 @@ constexpr Account kAccounts[] = {
     {"9999", "Convorbiri personale", "Personal"},
 };
 
-// The first match wins, so the exact codes stand before the patterns that hold them.
+// The first match wins, so the exact codes are before the patterns that hold them.
 constexpr Client kClients[] = {
     {"1001", "Primăria Sectorului 7", "Instituții"},    {"10??", "Construct Mureș SA", "Construcții"},
     {"11??", "Zidăria Apuseni SRL", "Construcții"},     {"12??", "Drumuri și Poduri Vest SA", "Construcții"},

@@ -28,11 +28,11 @@ struct Subscriber {
   std::string lastName;
   std::string firstName;
   std::string address;
-  int number;  // behind the prefix of its table
+  int number;  // after the prefix of its table
 };
 
 // A table of the phonebook. A number dialled from Bucharest reaches the search in one of three forms: abroad form, with
-// the trunk prefix 0 behind the own area code, or as a local number; each has its row in `map`.
+// the trunk prefix 0 after the own area code, or as a local number; each has its row in `map`.
 struct PhonebookTable {
   std::string_view name;   // of the table
   std::string_view title;  // shown

@@ -4,7 +4,7 @@ namespace sample {
 
 namespace {
 
-// Every county has the same two digits behind 2 and behind 3.
+// Every county has the same two digits after 2 and after 3.
 constexpr Area kLandlineAreas[] = {
     // clang-format off
     {"21", "București"},

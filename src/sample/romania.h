@@ -17,6 +17,6 @@ inline constexpr std::string_view kHomeCountry = "România";
 [[nodiscard]] std::span<const Area> mobileNetworks();  // 7x
 [[nodiscard]] std::span<const Area> freeNumbers();     // 800 and the like
 [[nodiscard]] std::span<const Area> premiumNumbers();  // 90x
-[[nodiscard]] std::span<const Area> shortNumbers();    // dialled as they stand, no leading 0
+[[nodiscard]] std::span<const Area> shortNumbers();    // dialled as they are, no leading 0
 
 }  // namespace sample

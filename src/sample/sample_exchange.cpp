@@ -69,7 +69,7 @@ void fillPhonebook(jet::Database& phonebook) {
   }
   jet::Transaction transaction(phonebook);
   // The first row whose prefix begins a number wins, so the bare own area code, which begins every national number of
-  // this exchange, stands last.
+  // this exchange, is last.
   RowWriter map(phonebook, "map", {"Prefix", "Name", "Table"});
   for (const PhonebookTable& table : phonebookTables()) {
     map.add({normalised(base::format("0%s", table.areaCode)), table.title, table.name});

@@ -133,7 +133,7 @@ security::CurrentUser userOf(const std::string& name, security::UserDirectory& u
   if (!record) refuse("IDS_REPORT_NO_USER", "There is no user %s.", name);
   if ((record->Flags & security::UserDisabled) != 0)
     refuse("IDS_REPORT_USER_DISABLED", "The user %s is disabled.", name);
-  // A login leaves such a restriction out; nobody is there now who would see it.
+  // A login leaves such a restriction out; no one is there now who would see it.
   if (base::characterCount(record->SQLSubquery) >= security::kRestrictionLimit) {
     refuse("IDS_REPORT_RESTRICTION", "The restriction of user %s is too long to be applied: no report is made for him.",
            name);

@@ -29,7 +29,7 @@ enum LogLevel : int {
 // The audit log: one row of table `Log` an event.
 class AuditLog {
  public:
-  // `userName` gives the name to stamp: that of the user logged in, empty when nobody is.
+  // `userName` gives the name to stamp: that of the user logged in, empty when no one is.
   AuditLog(foundation::ConfigManager& config, const platform::Clock& clock, std::function<std::string()> userName);
 
   void OpenLog(jet::Database& database);

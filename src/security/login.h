@@ -32,7 +32,7 @@ class LoginPrompt {
   virtual std::optional<Credentials> askLogin(const std::string& proposedName) = 0;
   // Asked again after every refusal, whose reason was shown as a message.
   virtual std::optional<PasswordChange> askPasswordChange(const std::string& userName, bool forced) = 0;
-  // False where nobody can type a new password (a command without a terminal): "must change at next login" is then
+  // False where no one can type a new password (a command without a terminal): "must change at next login" is then
   // only announced.
   [[nodiscard]] virtual bool canAskPasswordChange() const { return true; }
 };

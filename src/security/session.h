@@ -49,7 +49,7 @@ struct CurrentUser {
 
   bool UserLoggedIn = false;
 
-  // The name that the audit log stamps: empty while nobody is logged in.
+  // The name that the audit log stamps: empty while no one is logged in.
   [[nodiscard]] std::string stampName() const { return UserLoggedIn ? Name : std::string(); }
 };
 

@@ -83,7 +83,7 @@ bool usableName(const std::string& name) {
   return !base::trim(name).empty() && name.find('"') == std::string::npos;
 }
 
-// What stands against storing the record among the others; fills in the number of a new one.
+// What keeps the record from being stored among the others; fills in the number of a new one.
 template <typename Record>
 SaveResult checkPlace(const std::vector<Record>& others, Record& record) {
   const auto same = named(others, record.Name);
@@ -110,7 +110,7 @@ void editOrAdd(jet::Recordset& rows, std::int32_t id) {
   }
 }
 
-// Whoever is masked changes no users, so he cannot be the only one.
+// A masked user changes no users, so he cannot be the only one.
 bool administers(const UserRecord& user, const std::vector<GroupRecord>& groups) {
   if ((user.Flags & UserDisabled) != 0 || user.mask.any()) return false;
   const auto memberships = groupIds(user.Groups);
@@ -183,7 +183,7 @@ std::optional<GroupRecord> UserDirectory::findGroup(std::int32_t id) {
 bool UserDirectory::restrictionWorks(const std::string& restriction) {
   if (restriction.empty()) return true;
   try {
-    // By itself, too: the trial alone would take a condition with an ORDER BY behind it.
+    // By itself, too: the trial alone would take a condition with an ORDER BY after it.
     jet::parseCondition(restriction);
     // Asking for the end makes the database run the query, not only read it.
     database_.openRecordset(base::format("select top 1 * from calls where %s", restriction))->eof();
@@ -194,7 +194,8 @@ bool UserDirectory::restrictionWorks(const std::string& restriction) {
   }
 }
 
-// Whoever sees a part of the calls only may neither lift a restriction nor have a condition tried on the other calls.
+// A user who sees only a part of the calls may neither lift a restriction nor have a condition tried on the other
+// calls.
 bool UserDirectory::mayGive(const UserRecord& user) {
   if (session_.SQLSubquery.empty() || user.SQLSubquery == session_.SQLSubquery) return true;
   const auto stored = user.RecordID == 0 ? std::nullopt : findUser(user.RecordID);

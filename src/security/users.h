@@ -53,7 +53,7 @@ enum class SaveResult {
   Missing,              // the row was deleted meanwhile; for a user IDS_SELECTEDUSERDELETED was shown
   RestrictionRejected,  // the trial of `SQLSubquery` failed, or a restricted user may not give it, which was shown; or
                         // it is too long
-  LastAdministrator,    // nobody could change users and settings any more
+  LastAdministrator,    // no one could change users and settings any more
 };
 
 // The users and groups of the main database, for the dialogs and the command line. Every call may throw jet::Error
@@ -101,7 +101,7 @@ class UserDirectory {
   // Deletes the group and takes it out of its members' lists. Answers as deleteUser.
   SaveResult deleteGroup(std::int32_t id);
 
-  // Whether somebody could still administer with this user (group) as edited; true when nobody can now.
+  // Whether somebody could still administer with this user (group) as edited; true when no one can now.
   [[nodiscard]] bool keepsAnAdministrator(const UserRecord& edited);
   [[nodiscard]] bool keepsAnAdministrator(const GroupRecord& edited);
 

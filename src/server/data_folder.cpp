@@ -21,13 +21,13 @@ namespace fs = std::filesystem;
 
 constexpr const char* kMonitor = "monitor";
 
-// What cannot even be looked at stands in nobody's way: making the folder fails then, and says why.
+// What cannot even be looked at is in no one's way: making the folder fails then, and says why.
 bool stands(const fs::path& file) {
   std::error_code ignored;
   return fs::exists(file, ignored);
 }
 
-// The bill's page stands beside the databases, where it can be adapted.
+// The bill's page is beside the databases, where it can be adapted.
 void writeBillTemplate(const schema::DatabasePlace& place) {
   const fs::path file = place.billPage();
   if (stands(file)) return;

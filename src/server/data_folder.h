@@ -36,7 +36,7 @@ struct DataFolderTools {
   const platform::Clock& clock;
 };
 
-// Throws DataFolderError when one of the databases stands there already.
+// Throws DataFolderError when one of the databases is there already.
 void refuseExistingDatabases(const std::filesystem::path& folder);
 
 // Makes the three databases, the monitor's folder, the bill's page and the administrator; `finish` is the last step and
@@ -56,7 +56,7 @@ bool useDataFolder(const std::filesystem::path& folder, foundation::ConfigManage
 // are not there count as 0, hidden. False when the store cannot be written.
 bool showBarsAtFirst(foundation::ConfigManager& config);
 
-// Settings of folders are appended to as they stand, so they end with their separator.
+// Settings of folders are appended to as they are, so they end with their separator.
 [[nodiscard]] std::string folderSetting(const std::filesystem::path& folder);
 
 }  // namespace server

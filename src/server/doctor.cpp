@@ -104,7 +104,7 @@ class Examination {
     good("language file", "it has the texts of this version", file.string());
   }
 
-  // A value of the wrong type or out of range is not in force, or does what nobody meant.
+  // A value of the wrong type or out of range is not in force, or does what no one meant.
   void checkMachineSettings() {
     std::size_t faults = 0;
     for (const foundation::Setting& known : foundation::knownSettings()) {

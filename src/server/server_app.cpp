@@ -38,7 +38,7 @@ std::filesystem::path CServerApp::lockFile() const {
 
 CServerApp::Start CServerApp::InitInstance(std::string_view commandLine, OneCopy oneCopy) {
   if (!store_.usable()) {
-    // No language is loaded yet: which one is asked for stands in the store.
+    // No language is loaded yet: which one is asked for is in the store.
     surroundings_.person.messageBox(base::format("The machine store %s is not a file.", store_.file().string()));
     return Start::Failed;
   }
@@ -74,7 +74,7 @@ bool CServerApp::loadLanguage() {
   const std::string folder =
       base::withSeparator(config_.ReadConfigString("path", foundation::kGeneral, foundation::StoreMachine, ""));
   const std::string name = base::format("%s%s.lng", folder, base::kProgramName);
-  // A name without a folder stands beside the program; a set folder without the file falls back to that one, since the
+  // A name without a folder is beside the program; a set folder without the file falls back to that one, since the
   // folder is also where reports go.
   std::filesystem::path file = base::systemPath(name);
   if (!file.has_parent_path() || !std::filesystem::exists(file)) file = programFolder_ / file.filename();

@@ -16,7 +16,7 @@ namespace server {
 // The application: settings root, profile, language and the one-copy lock, in the order of the start.
 class CServerApp {
  public:
-  // `programFolder` is the folder of the executable: the language file stands there unless setting `path` names
+  // `programFolder` is the folder of the executable: the language file is there unless setting `path` names
   // another.
   CServerApp(const std::filesystem::path& machineStoreFile, std::filesystem::path programFolder,
              Surroundings surroundings);

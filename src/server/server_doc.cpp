@@ -82,7 +82,7 @@ StartEnd CServerDoc::openAndLogIn(const StartDuties& duties) {
   }
 }
 
-// A name that nobody else can have taken beforehand.
+// A name that no one else can have taken beforehand.
 const std::filesystem::path& CServerDoc::previewFile() {
   if (!previewFile_.empty()) return previewFile_;
   const char* folder = std::getenv("TMP");
@@ -357,7 +357,7 @@ bool CServerDoc::deleteZeroLengthCalls() {
   constexpr const char* kCount = "select count(*) as cnt from Calls where totaltime=0 and incoming=0";
   if (!confirmDeletion("IDS_DELETE_ZERO_LENGTH_CALLS", kCount)) return false;
   jet::Transaction transaction(*main_);
-  // Outgoing calls that nobody answered; incoming ones of no length were missed calls and stay.
+  // Outgoing calls that no one answered; incoming ones of no length were missed calls and stay.
   main_->execute("delete from Calls where totaltime=0 and incoming=0");
   tags_.TouchCalls();
   transaction.commit();

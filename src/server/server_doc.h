@@ -39,7 +39,7 @@ struct StartDuties {
   security::AutoLogin autoLogin = security::AutoLogin::Allowed;
 };
 
-// Where a start ended, for whoever tells the operator what to do next.
+// Where a start ended, for the code that tells the operator what to do next.
 enum class StartEnd {
   Ready,
   NotConfigured,     // setting "PathDatabase" is not set

@@ -17,7 +17,7 @@ struct Surroundings {
   const platform::Clock& clock;
   platform::DocumentHandler& documents;
   // Asked when the main database cannot be opened, with the reason. True: the operator chose another folder (setting
-  // "PathDatabase"), try again. Empty where nobody can choose.
+  // "PathDatabase"), try again. Empty where no one can choose.
   std::function<bool(const std::string& reason)> chooseOtherDatabase;
 };
 
