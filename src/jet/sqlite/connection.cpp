@@ -268,13 +268,4 @@ void bindValue(sqlite3_stmt* statement, int parameter, const Value& value, bool 
   }
 }
 
-std::string quotedName(std::string_view name) {
-  std::string result = "\"";
-  for (const char c : name) {
-    if (c == '"') result += '"';
-    result += c;
-  }
-  return result + '"';
-}
-
 }  // namespace jet::sqlite

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "jet/database.h"
+#include "jet/quoted_name.h"
 
 namespace jet::sqlite {
 
@@ -70,8 +71,5 @@ class Connection {
 // With `lent`, the text must stay until the statement was reset.
 void bindValue(sqlite3_stmt* statement, int parameter, const Value& value, bool lent = false);
 void bindText(sqlite3_stmt* statement, int parameter, std::string_view text, bool lent);
-
-// The name as a quoted identifier.
-std::string quotedName(std::string_view name);
 
 }  // namespace jet::sqlite
