@@ -59,7 +59,9 @@ char32_t computedBase(char32_t letter) {
 
 constexpr char32_t kTabled = 0x250;  // Latin letters, Romanian ones among them
 
-char32_t baseOf(char32_t letter) {
+}  // namespace
+
+char32_t baseLetter(char32_t letter) {
   static const std::array<char32_t, kTabled> table = [] {
     std::array<char32_t, kTabled> bases{};
     for (char32_t c = 0; c < kTabled; ++c) bases[c] = c < kAscii ? c : computedBase(c);
@@ -69,13 +71,15 @@ char32_t baseOf(char32_t letter) {
   return letter < kBehindUnicode ? computedBase(letter) : letter;
 }
 
+namespace {
+
 // Where a folded letter stands in the order. Of the forms of a letter those with the lower number come first, but Ă
 // before Â.
 std::uint64_t place(char32_t letter) {
   constexpr char32_t kBreve = U'ă';
   constexpr char32_t kCircumflex = U'â';
   const std::uint64_t form = letter == kBreve ? 2 * std::uint64_t{kCircumflex} - 1 : 2 * std::uint64_t{letter};
-  return (std::uint64_t{baseOf(letter)} << 32U) | form;
+  return (std::uint64_t{baseLetter(letter)} << 32U) | form;
 }
 
 }  // namespace

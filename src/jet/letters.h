@@ -14,6 +14,8 @@ int compareLetters(std::string_view left, std::string_view right);  // <0, 0, >0
 
 // One character in lower case, as comparisons and LIKE see it. A letter beyond ASCII never becomes one of A-Z.
 [[nodiscard]] char32_t foldedLetter(char32_t letter);
+// The letter that a folded letter is a form of, as the order sees it: ș is one of s. Itself when it is none's.
+[[nodiscard]] char32_t baseLetter(char32_t letter);
 // The characters of a text, folded.
 [[nodiscard]] std::u32string foldedLetters(std::string_view text);
 // UTF-8 that is the same, byte for byte, for texts that are equal and no others; for hashing.

@@ -182,6 +182,23 @@ Operator mirrored(Operator op) {
   }
 }
 
+const char* signOf(Operator comparison) {
+  switch (comparison) {
+    case Operator::Equal:
+      return " = ";
+    case Operator::NotEqual:
+      return " <> ";
+    case Operator::Less:
+      return " < ";
+    case Operator::LessOrEqual:
+      return " <= ";
+    case Operator::Greater:
+      return " > ";
+    default:
+      return " >= ";
+  }
+}
+
 std::optional<int> compare(const Value& left, const Value& right) {
   if (anyNull(left, right)) return std::nullopt;
   if (both(left, right, Type::Text)) return compareLetters(left.text(), right.text());

@@ -22,6 +22,9 @@ bool holds(Operator op, int order);
 // The comparison that holds with its sides exchanged.
 Operator mirrored(Operator op);
 
+// The sign of a comparison, with a blank on either side, in the dialect as in SQL.
+const char* signOf(Operator comparison);
+
 // Any operator of the tree. Comparisons and logic give a Boolean or Null; values that cannot be compared are unequal
 // and neither less nor greater. Error 3421 when an operand of the arithmetic is a text that is no number.
 Value apply(Operator op, const Value& operand);

@@ -26,6 +26,7 @@ struct LiteralUse {
   std::size_t parameter = 0;  // its place among those
   Convert convert = Convert::AsIs;
   Type target = Type::Null;  // of Compare
+  Type given = Type::Null;   // of Compare: the literal's own
   bool ordering = false;     // Compare by < or >: what cannot be converted is Null, which makes no row match
   FieldDef field = {};       // of Store
   Value own = {};            // no text's: it belongs to what the statement was bound with

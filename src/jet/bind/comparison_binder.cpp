@@ -18,6 +18,7 @@ bool isEquality(Operator op) {
 BoundExpression ExpressionBinder::comparedLiteral(const Expression& expression, Type type, bool ordering) {
   BoundExpression bound = literal(expression, Convert::Compare, type == Type::Null ? expression.literalType : type);
   query_.literals.back().target = type;
+  query_.literals.back().given = expression.literalType;
   query_.literals.back().ordering = ordering;
   return bound;
 }

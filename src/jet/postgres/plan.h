@@ -13,12 +13,15 @@ namespace jet::postgres {
 // has to guess: Text as text, Long as bigint, Double as float8, DateTime as timestamp, Boolean as boolean.
 struct Parameter {
   enum class Kind : std::uint8_t {
-    Literal,    // `index` of BoundQuery::literals; Null, or a value that converts to `type`
+    // `index` of BoundQuery::literals: Null, or a value that converts to `type`. The literal of a comparison may be a
+    // text that does not: then what is equal to no value, NaN or 'infinity', and Null for a Boolean.
+    Literal,
     SiteText,   // SiteValue::text of `site`
     PrefixEnd,  // the first text behind all that begin with SiteValue::text, in the order of A-Z folded bytes
     Contained,  // "%text%" as a pattern of LIKE, wildcards in it escaped by "\"
     OwnPrefix,  // SiteValue::prefixes[index] of `site`
     Extra,      // Arguments::extras[index]
+    Now,        // the program's clock when the query is bound
   };
   Kind kind = Kind::Literal;
   std::size_t index = 0;

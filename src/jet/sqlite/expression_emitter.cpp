@@ -15,23 +15,6 @@ using bind::BoundExpression;
 using engine::SiteClass;
 using Kind = BoundExpression::Kind;
 
-const char* sqlOperator(Operator op) {
-  switch (op) {
-    case Operator::Equal:
-      return " = ";
-    case Operator::NotEqual:
-      return " <> ";
-    case Operator::Less:
-      return " < ";
-    case Operator::LessOrEqual:
-      return " <= ";
-    case Operator::Greater:
-      return " > ";
-    default:
-      return " >= ";
-  }
-}
-
 // Whether SQLite has a whole number for it whatever the values are.
 bool isSurelyWhole(const BoundExpression& expression) {
   if (expression.type != Type::Long) return false;
@@ -105,7 +88,7 @@ std::string ExpressionEmitter::emit(const BoundExpression& expression) {
       return compare(expression);
     case Kind::CompareTruth: {
       const std::string left = truth(expression.operands[0]);
-      return "(" + left + sqlOperator(expression.op) + truth(expression.operands[1]) + ")";
+      return "(" + left + signOf(expression.op) + truth(expression.operands[1]) + ")";
     }
     case Kind::In:
       return in(expression);
@@ -215,7 +198,7 @@ std::string ExpressionEmitter::compare(const BoundExpression& expression) {
   const BoundExpression& second = expression.operands[1];
   const bool texts = first.type == Type::Text || second.type == Type::Text;
   const std::string left = texts ? side(first, isPlain(expression)) : emit(first);
-  return "(" + left + sqlOperator(expression.op) + emit(second) + ")";
+  return "(" + left + signOf(expression.op) + emit(second) + ")";
 }
 
 std::string ExpressionEmitter::in(const BoundExpression& expression) {

@@ -1,6 +1,7 @@
 #include "jet/sqlite/statement_emitter.h"
 
 #include "jet/engine/columns/statistic_plan.h"
+#include "jet/engine/key_query.h"
 #include "jet/sqlite/catalog.h"
 #include "jet/sqlite/connection.h"
 #include "jet/sqlite/expression_emitter.h"
@@ -9,68 +10,8 @@ namespace jet::sqlite {
 
 namespace {
 
+using engine::KeyQuery;
 using engine::Role;
-
-// What a query over the keys of one table reads, in which order, and between which keys.
-struct KeyQuery {
-  enum class Rows { Key, Items, Fields, Count };
-  enum class Order { None, Key, KeyBack, Select, SelectBack };
-  Rows rows = Rows::Key;
-  Order order = Order::None;
-  const char* keyCondition = nullptr;  // operator between the key and extra 0
-  bool where = true;
-  bool criteria = false;
-  bool anchored = false;  // from the row whose key is extra 0
-  int limitExtra = -1;
-  int offsetExtra = -1;
-  bool one = false;
-};
-
-KeyQuery keyQuery(Role role) {
-  using Rows = KeyQuery::Rows;
-  using Order = KeyQuery::Order;
-  switch (role) {
-    case Role::Count:
-      return {.rows = Rows::Count};
-    case Role::CountBefore:
-      return {.rows = Rows::Count, .keyCondition = " < "};
-    case Role::Operands:
-      return {.rows = Rows::Fields};
-    case Role::NextKeys:
-      return {.order = Order::Key, .keyCondition = " > ", .limitExtra = 1};
-    case Role::PreviousKeys:
-      return {.order = Order::KeyBack, .keyCondition = " < ", .limitExtra = 1};
-    case Role::OrderedKeys:
-      return {.order = Order::Select};
-    case Role::KeysPage:
-      return {.order = Order::Select, .limitExtra = 0, .offsetExtra = 1};
-    case Role::KeysPageBack:
-      return {.order = Order::SelectBack, .limitExtra = 0, .offsetExtra = 1};
-    case Role::KeysFrom:
-      return {.order = Order::Select, .anchored = true, .limitExtra = 1, .offsetExtra = 2};
-    case Role::KeysBefore:
-      return {.order = Order::SelectBack, .anchored = true, .limitExtra = 1, .offsetExtra = 2};
-    case Role::FindFirst:
-      return {.rows = Rows::Items, .order = Order::Select, .criteria = true, .one = true};
-    case Role::FindNext:
-      return {.rows = Rows::Items, .order = Order::Key, .keyCondition = " > ", .criteria = true, .one = true};
-    case Role::Matches:
-      return {.order = Order::Select, .criteria = true};
-    case Role::ReadMatching:
-      return {.rows = Rows::Items, .keyCondition = " = ", .criteria = true};
-    default:
-      return {.rows = Rows::Items, .keyCondition = " = ", .where = false};
-  }
-}
-
-std::vector<std::string> qualifiersOf(const bind::BoundStatement& statement) {
-  std::vector<std::string> qualifiers;
-  for (const bind::BoundTable& table : statement.tables) {
-    const bool plain = statement.kind != Statement::Kind::Select;
-    qualifiers.push_back(plain ? std::string() : quotedName(table.alias) + ".");
-  }
-  return qualifiers;
-}
 
 class StatementEmitter {
  public:
@@ -78,13 +19,13 @@ class StatementEmitter {
       : request_(request),
         query_(*request.query),
         statement_(query_.statement),
-        emitter_(plan_, statement_, request.sites, qualifiersOf(statement_), plainColumns) {}
+        emitter_(plan_, statement_, request.sites, engine::qualifiersOf(statement_), plainColumns) {}
 
   Plan emit() {
     if (request_.role == Role::Run || request_.role == Role::Among) {
       run();
     } else {
-      keyed(keyQuery(request_.role));
+      keyed(engine::keyQuery(request_.role));
     }
     return std::move(plan_);
   }
