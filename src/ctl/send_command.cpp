@@ -3,6 +3,7 @@
 #include <fstream>
 #include <thread>
 
+#include "base/little_endian.h"
 #include "base/path.h"
 #include "base/printf.h"
 #include "ctl/commands.h"
@@ -26,7 +27,7 @@ class RecordFile {
   // Empty at the end.
   std::span<const unsigned char> next() {
     if (!fill(0, exchange::kNormalRecordSize)) return {};
-    const std::int32_t type = buffer_[0] | buffer_[1] << 8 | buffer_[2] << 16 | buffer_[3] << 24;
+    const auto type = static_cast<std::int32_t>(base::wordAt(buffer_.data()));
     if (type == exchange::kNormalRecordType) return {buffer_.data(), exchange::kNormalRecordSize};
     if (type != exchange::kExtendedRecordType) return {};
     if (!fill(exchange::kNormalRecordSize, exchange::kExtendedRecordSize)) return {};

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "base/codepage.h"
+#include "base/little_endian.h"
 #include "base/printf.h"
 
 namespace exchange {
@@ -49,15 +50,12 @@ constexpr TextField kTexts[] = {
 constexpr TextField kTrunkText = {156, 32, &CallRecord::trunkText};
 constexpr TextField kExtensionText = {188, 32, &CallRecord::extensionText};
 
-// Little-endian whatever the machine.
 std::int32_t readInteger(const unsigned char* bytes) {
-  return static_cast<std::int32_t>(std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 |
-                                   std::uint32_t{bytes[2]} << 16 | std::uint32_t{bytes[3]} << 24);
+  return static_cast<std::int32_t>(base::wordAt(bytes));
 }
 
 void writeInteger(unsigned char* bytes, std::int32_t value) {
-  const auto word = static_cast<std::uint32_t>(value);
-  for (int i = 0; i < 4; ++i) bytes[i] = static_cast<unsigned char>(word >> (8 * i));
+  base::putWord(bytes, static_cast<std::uint32_t>(value));
 }
 
 std::string readText(const RecordBuffer& buffer, const TextField& field, int codepage) {

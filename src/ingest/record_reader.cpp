@@ -5,20 +5,13 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/little_endian.h"
+
 namespace ingest {
 
-namespace {
-
-std::uint32_t littleEndianWord(const unsigned char* bytes) {
-  return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
-         static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
-}
-
-}  // namespace
-
 void ReadDigest::add(const unsigned char* bytes, std::size_t size) {
-  for (std::size_t at = 0; at + 4 <= size; at += 4) {
-    state_ = (state_ ^ littleEndianWord(bytes + at)) * 0x9e3779b97f4a7c15U;
+  for (std::size_t at = 0; at + base::kWordSize <= size; at += base::kWordSize) {
+    state_ = (state_ ^ base::wordAt(bytes + at)) * 0x9e3779b97f4a7c15U;
     state_ ^= state_ >> 32;
   }
 }
@@ -38,7 +31,7 @@ bool RecordReader::fill(std::size_t from, std::size_t to) {
 bool RecordReader::next(exchange::CallRecord& record) {
   if (!fill(0, exchange::kNormalRecordSize)) return false;
   std::size_t size = exchange::kNormalRecordSize;
-  const auto type = static_cast<std::int32_t>(littleEndianWord(buffer_.data()));
+  const auto type = static_cast<std::int32_t>(base::wordAt(buffer_.data()));
   if (type == exchange::kExtendedRecordType) {
     size = exchange::kExtendedRecordSize;
     if (!fill(exchange::kNormalRecordSize, size)) return false;
