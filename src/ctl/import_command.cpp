@@ -26,6 +26,7 @@ std::string troubleOf(const ingest::ImportResult& result, const std::string& unf
   }
   if (result.refused > 0) {
     add(base::format("%d refused, kept in %s", result.refused, result.refusedFile));
+    if (!result.refusedReason.empty()) add("The reason of the first: " + result.refusedReason);
     add("The audit log says which (tallyctl log show). When the cause is mended, give the file to: tallyctl import "
         "--file");
   }

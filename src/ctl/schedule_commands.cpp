@@ -120,7 +120,7 @@ int run(const Invocation& call) {
   call.context.requireWritable();
   const Schedule now = existing(call);
   requireOwn(call, now);
-  const auto say = [&call](const std::string& line) { call.out << line << '\n'; };
+  const auto say = [&call](base::Priority, const std::string& line) { call.out << line << '\n'; };
   schedule::Runner runner(call.context.document().reportParts(), call.context.config(), say);
   if (!runner.runNow(now)) {
     throw Failure(base::format("%s was not sent to everybody; tallyctl serve tries again.", now.name));

@@ -1,5 +1,8 @@
+#include <unistd.h>
+
 #include <csignal>
 
+#include "base/journal_line.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
@@ -18,8 +21,8 @@ int serve(const Invocation& call) {
   times.import = std::chrono::seconds(call.arguments.integer("--import-every", 60, 1, kLongestInterval));
   server::Service service(
       document,
-      [&call](const std::string& line) {
-        call.out << line << std::endl;
+      [&call, toJournal = base::isJournal(STDOUT_FILENO)](base::Priority priority, const std::string& text) {
+        call.out << base::journalLine(priority, text, toJournal) << std::endl;
         call.out.clear();  // a line that no one takes is no fault of the service
       },
       times);

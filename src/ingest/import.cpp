@@ -56,7 +56,11 @@ void ImportResult::addEarlier(const ImportResult& earlier) {
   };
   refusedFile = join(earlier.refusedFile, refusedFile);
   restFile = join(earlier.restFile, restFile);
-  if (message.empty()) message = earlier.message;
+  if (refusedReason.empty()) refusedReason = earlier.refusedReason;
+  if (message.empty()) {
+    message = earlier.message;
+    logged = earlier.logged;
+  }
   if (phonebookFault.empty()) phonebookFault = earlier.phonebookFault;
 }
 
@@ -100,7 +104,7 @@ ImportResult MonitorImport::guarded(const std::filesystem::path& file, const std
     return work();
   } catch (const std::runtime_error& error) {
     ImportResult result = failed(base::format("the import of %s stopped: %s", file.string(), describe(error)));
-    logFault(result.message);
+    result.logged = logFault(result.message);
     return result;
   }
 }
@@ -117,11 +121,12 @@ std::string MonitorImport::describe(const std::exception& fault) const {
   return missing.empty() ? text : text + " " + missing;
 }
 
-void MonitorImport::logFault(const std::string& text) {
+// False when the database takes no entry either; the result has it all.
+bool MonitorImport::logFault(const std::string& text) {
   try {
-    recorder_.parts().log.WriteLog(security::LogError, "%s", text);
+    return recorder_.parts().log.WriteLog(security::LogError, "%s", text);
   } catch (const jet::Error&) {
-    // The database takes no entry either; the result has it all.
+    return false;
   }
 }
 
@@ -237,8 +242,9 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
   if (isRegularFile(file)) stream.open(file, std::ios::binary);
   if (!stream.is_open()) {
     const std::string message = base::format("can't open %s", file.string());
-    parts.log.WriteLog(security::LogError, "%s", message);
-    return {.outcome = deleteWhenComplete ? Outcome::NothingToDo : Outcome::Failed, .message = message};
+    const bool logged = parts.log.WriteLog(security::LogError, "%s", message);
+    return {
+        .outcome = deleteWhenComplete ? Outcome::NothingToDo : Outcome::Failed, .message = message, .logged = logged};
   }
   std::error_code error;
   const auto size = static_cast<std::int64_t>(std::filesystem::file_size(file, error));
@@ -261,10 +267,11 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
         "the import of %s stopped: %s %d of its records were dealt with before that, the "
         "others wait in the file.",
         file.string(), reason, reading.progress().records);
-    logFault(base::format("the import of %s stopped: %s", file.string(), reason));
+    result.logged = logFault(base::format("the import of %s stopped: %s", file.string(), reason));
   }
   result.imported = reading.recordsRead();
   result.refused = reading.recordsRefused();
+  result.refusedReason = reading.refusedReason();
   if (result.refused > 0) result.refusedFile = reading.progress().refused.file;
   result.phonebookFault = recorder_.phonebookFault();
   return result;

@@ -26,10 +26,12 @@ struct ImportResult {
   Outcome outcome = Outcome::NothingToDo;
   std::int64_t imported = 0;        // records read by this call and dealt with for good, whatever the outcome
   std::int64_t refused = 0;         // of these, records that could not be stored: they are in refusedFile
+  std::string refusedReason = {};   // of the first that was refused by a fault; the audit log has the numbers
   std::string refusedFile = {};     // for importFile, when the cause is mended; several names are parted by ", "
   std::string restFile = {};        // what followed the last whole record of a file
   std::string phonebookFault = {};  // why calls have no name from the phonebook; empty when it could be asked
   std::string message = {};         // for the operator, empty when there is nothing else to say
+  bool logged = false;              // the message is in the audit log too
 
   // Adds what an earlier call of the same run did; outcome and message stay where there is a message.
   void addEarlier(const ImportResult& earlier);
@@ -78,7 +80,7 @@ class MonitorImport {
               ImportResult& result);
   std::string deleteComplete(const std::filesystem::path& file, const FileProgress& progress);
   [[nodiscard]] std::string describe(const std::exception& fault) const;
-  void logFault(const std::string& text);
+  [[nodiscard]] bool logFault(const std::string& text);
 
   Recorder& recorder_;
   ImportOptions options_;

@@ -102,6 +102,7 @@ Recording ImportRun::recordOne(exchange::CallRecord& record) {
     return recorder_.AddRecord(record);
   } catch (const jet::Error& error) {
     if (!isFaultOfCall(error, record)) throw;
+    if (refusedReason_.empty()) refusedReason_ = error.what();
     return Recording::Failed;
   }
 }

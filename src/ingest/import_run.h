@@ -25,6 +25,8 @@ class ImportRun {
   // Of this run, as committed; refused records count as read.
   [[nodiscard]] std::int64_t recordsRead() const { return progress_.records - firstRecord_; }
   [[nodiscard]] std::int64_t recordsRefused() const { return refused_; }
+  // Why the first of them could not be stored; empty when none was refused by a fault.
+  [[nodiscard]] const std::string& refusedReason() const { return refusedReason_; }
   [[nodiscard]] const FileProgress& progress() const { return progress_; }
 
  private:
@@ -50,6 +52,7 @@ class ImportRun {
   std::int64_t firstRecord_;
   std::int64_t refused_ = 0;
   std::string failedNumber_;  // dialled number of the record that could not be stored last
+  std::string refusedReason_;
   bool windowShown_ = false;
 };
 

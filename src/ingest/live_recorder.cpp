@@ -1,6 +1,7 @@
 #include "ingest/live_recorder.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/printf.h"
 
@@ -15,17 +16,24 @@ constexpr std::size_t kMostHeld = 200;
 }  // namespace
 
 std::int32_t LiveRecorder::record(std::span<const unsigned char> bytes) {
-  if (bytes.size() != exchange::kNormalRecordSize && bytes.size() != exchange::kExtendedRecordSize) return 0;
+  if (bytes.size() != exchange::kNormalRecordSize && bytes.size() != exchange::kExtendedRecordSize) {
+    return refuse(base::format("a message of %d bytes is no call record", bytes.size()));
+  }
   exchange::RecordBuffer buffer{};
   std::copy(bytes.begin(), bytes.end(), buffer.begin());
   if (bytes.size() == exchange::kNormalRecordSize) exchange::fillTexts(buffer);
   exchange::CallRecord call = exchange::decodeRecord(buffer, recorder_.parts().language.codepage());
   try {
-    return store(call) ? 1 : 0;
-  } catch (const std::exception&) {
+    return store(call) ? 1 : refuse("the calls are not open");
+  } catch (const std::exception& fault) {
     logException(call);
-    return 0;
+    return refuse(fault.what());
   }
+}
+
+std::int32_t LiveRecorder::refuse(std::string why) {
+  refusal_ = std::move(why);
+  return 0;
 }
 
 bool LiveRecorder::store(exchange::CallRecord& call) {

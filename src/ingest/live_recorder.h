@@ -17,6 +17,8 @@ class LiveRecorder {
   // A record of 156 or 220 bytes, stored in a transaction of its own. 1 when it was recorded or deliberately skipped; 0
   // for another size, while the calls are not open, and for a fault, which is written to the audit log. Never throws.
   std::int32_t record(std::span<const unsigned char> bytes);
+  // Why the last record that was answered 0 was, in English.
+  [[nodiscard]] const std::string& refusal() const { return refusal_; }
 
   // Entries that the audit log refused as well (a full disk, a locked database), to be written now. Cheap when there
   // are none. Throws jet::Error when it still refuses; they are kept then.
@@ -24,10 +26,12 @@ class LiveRecorder {
 
  private:
   bool store(exchange::CallRecord& call);
+  std::int32_t refuse(std::string why);
   void logException(const exchange::CallRecord& call);
   void hold(const std::string& number);
 
   Recorder& recorder_;
+  std::string refusal_;
   std::vector<std::string> heldNumbers_;
   std::int64_t heldBeyond_ = 0;  // calls more than the list takes
 };

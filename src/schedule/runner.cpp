@@ -41,8 +41,7 @@ std::string transfer(const mail::Server& server, const mail::Message& message) {
 
 }  // namespace
 
-Runner::Runner(const ReportMaker::Parts& parts, foundation::ConfigManager& config,
-               std::function<void(const std::string&)> say)
+Runner::Runner(const ReportMaker::Parts& parts, foundation::ConfigManager& config, base::Say say)
     : maker_(parts), table_(parts.main), log_(parts.log), clock_(parts.clock), config_(config), say_(std::move(say)) {}
 
 Runner::~Runner() {
@@ -52,7 +51,7 @@ Runner::~Runner() {
     job_->transfer.wait();
     noteTransfer();
   } catch (const std::exception& fault) {
-    say_(fault.what());
+    say_(base::Priority::Error, fault.what());
   }
 }
 
@@ -71,7 +70,7 @@ bool Runner::runNow(Schedule schedule, const std::function<void()>& meanwhile) {
   schedule.attempts = 0;
   schedule.tryAfter = clock_.now().plusSeconds(kClaimSeconds);
   if (!table_.saveIfUnchanged(schedule)) {
-    say_(base::format("%s is being changed or sent by another copy.", schedule.name));
+    say_(base::Priority::Notice, base::format("%s is being changed or sent by another copy.", schedule.name));
     return false;
   }
   begin(schedule);
@@ -179,7 +178,7 @@ void Runner::finish() {
     fail(schedule, fault);
     return;
   }
-  say_(base::format("Report %s was sent.", schedule.name));
+  say_(base::Priority::Information, base::format("Report %s was sent.", schedule.name));
   release(schedule);
 }
 
@@ -208,7 +207,7 @@ void Runner::fail(Schedule& schedule, const std::string& fault) {
   table_.saveIfUnchanged(schedule);
   if (known && schedule.runFor) return;
   log_.WriteLog(security::LogError, "%s", told);
-  say_(told);
+  say_(base::Priority::Error, told);
 }
 
 }  // namespace schedule

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/journal_line.h"
 #include "foundation/config_manager.h"
 #include "schedule/report_maker.h"
 #include "schedule/schedule_table.h"
@@ -18,8 +19,7 @@ namespace schedule {
 class Runner {
  public:
   // `say` takes a line for the journal.
-  Runner(const ReportMaker::Parts& parts, foundation::ConfigManager& config,
-         std::function<void(const std::string&)> say);
+  Runner(const ReportMaker::Parts& parts, foundation::ConfigManager& config, base::Say say);
   Runner(const Runner&) = delete;
   Runner& operator=(const Runner&) = delete;
   ~Runner();  // waits for a mail that is on its way
@@ -59,7 +59,7 @@ class Runner {
   security::AuditLog& log_;
   const platform::Clock& clock_;
   foundation::ConfigManager& config_;
-  std::function<void(const std::string&)> say_;
+  base::Say say_;
   std::optional<Job> job_;
   bool closing_ = false;
 };

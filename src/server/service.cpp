@@ -73,7 +73,7 @@ std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& documen
       std::move(importAsked));
 }
 
-Service::Service(CServerDoc& document, std::function<void(const std::string&)> say, ServiceTimes times)
+Service::Service(CServerDoc& document, base::Say say, ServiceTimes times)
     : document_(document),
       say_(std::move(say)),
       reports_(document.reportParts(), document.app().config(), say_),
@@ -99,7 +99,8 @@ void Service::run() {
   const auto channel = openChannel(
       document_, [this](std::span<const unsigned char> record) { return takeLiveRecord(record); },
       [this] { importAsked_ = true; });
-  say_(base::format("Serving %s; live calls on %s.", document_.database().path().string(), channel->socket().string()));
+  say_(base::Priority::Notice,
+       base::format("Serving %s; live calls on %s.", document_.database().path().string(), channel->socket().string()));
   const ingest::ImportOptions options{.shouldStop = ended};
   auto nextImport = Clock::now() + times_.import;
   auto nextRefresh = Clock::now() + times_.refresh;
@@ -122,18 +123,29 @@ void Service::run() {
     }
   }
   sayLiveCounts();
-  say_("Closing.");
+  say_(base::Priority::Notice, "Closing.");
 }
 
 std::int32_t Service::takeLiveRecord(std::span<const unsigned char> record) {
   const std::int32_t result = document_.liveRecorder().record(record);
   ++(result != 0 ? liveRecorded_ : liveRefused_);
+  if (result == 0) sayRefusal(document_.liveRecorder().refusal());
   return result;
 }
 
+// Each reason once between two counts: a fault refuses every call until it is mended.
+void Service::sayRefusal(const std::string& why) {
+  constexpr std::size_t kMostReasons = 5;
+  if (saidRefusals_.size() >= kMostReasons || !saidRefusals_.insert(why).second) return;
+  say_(base::Priority::Error, "A live call was refused: " + why);
+}
+
 void Service::sayLiveCounts() {
-  if (liveRecorded_ > 0) say_(base::format("Recorded %d live calls.", liveRecorded_));
-  if (liveRefused_ > 0) say_(base::format("Refused %d live calls: see the audit log.", liveRefused_));
+  if (liveRecorded_ > 0) say_(base::Priority::Information, base::format("Recorded %d live calls.", liveRecorded_));
+  if (liveRefused_ > 0) {
+    say_(base::Priority::Error, base::format("Refused %d live calls: see the audit log.", liveRefused_));
+  }
+  saidRefusals_.clear();
   liveRecorded_ = 0;
   liveRefused_ = 0;
 }
@@ -143,6 +155,7 @@ void Service::sayWhenFull(const platform::LiveChannelServer& channel) {
   if (!channel.full() || saidFull_) return;
   saidFull_ = true;
   say_(
+      base::Priority::Warning,
       base::format("%d senders of live calls are connected, more than that must wait until one leaves. Raise the limit "
                    "of open files (LimitNOFILE) when they are all needed.",
                    channel.connections()));
@@ -177,62 +190,52 @@ void Service::importNow(const ingest::ImportOptions& options) {
   } catch (const std::exception& error) {
     result = {.outcome = ingest::ImportResult::Outcome::Failed, .message = error.what()};
   }
-  if (result.imported > 0) say_(base::format("Imported %d calls from the monitor's file.", result.imported));
-  if (result.refused > 0) {
-    say_(base::format(
-        "%d refused, kept in %s. See the audit log; when the cause is mended, stop the service and give the "
-        "file to: tallyctl import --file",
-        result.refused, result.refusedFile));
-  }
-  if (!result.restFile.empty()) {
-    say_(base::format("What could not be read of the monitor's file is kept in %s.", result.restFile));
-  }
-  if (!result.phonebookFault.empty() && result.phonebookFault != saidPhonebookFault_) {
-    say_(result.phonebookFault);
-    saidPhonebookFault_ = result.phonebookFault;
-  }
+  sayImport(result);
   if (result.message.empty()) {
     clear(importFault_);
   } else {
-    note(importFault_, result.message);
+    note(importFault_, result.message, result.logged);
   }
 }
 
-void Service::note(std::string& fault, const std::string& text) {
+void Service::sayImport(const ingest::ImportResult& result) {
+  using base::Priority;
+  if (result.imported > 0) {
+    say_(Priority::Information, base::format("Imported %d calls from the monitor's file.", result.imported));
+  }
+  if (result.refused > 0) {
+    const std::string reason = result.refusedReason.empty() ? "" : " (" + result.refusedReason + ")";
+    say_(Priority::Error, base::format("%d refused, kept in %s%s. See the audit log; when the cause is mended, stop "
+                                       "the service and give the file to: tallyctl import --file",
+                                       result.refused, result.refusedFile, reason));
+  }
+  if (!result.restFile.empty()) {
+    say_(Priority::Error, base::format("What could not be read of the monitor's file is kept in %s.", result.restFile));
+  }
+  if (!result.phonebookFault.empty() && result.phonebookFault != saidPhonebookFault_) {
+    say_(Priority::Warning, result.phonebookFault);
+    saidPhonebookFault_ = result.phonebookFault;
+  }
+}
+
+void Service::note(std::string& fault, const std::string& text, bool logged) {
   if (fault == text) return;
   fault = text;
-  heldEntries_.push_back({text, document_.app().surroundings().clock.now()});
-  say_(text);
+  if (!logged) heldEntries_.push_back(text);
+  say_(base::Priority::Error, text);
 }
 
 void Service::clear(std::string& fault) {
   if (fault.empty()) return;
-  say_("Mended: " + fault);
+  say_(base::Priority::Notice, "Mended: " + fault);
   fault.clear();
 }
 
 void Service::writeHeldEntries() {
   while (!heldEntries_.empty()) {
-    const HeldEntry& entry = heldEntries_.front();
-    if (!alreadyLogged(entry)) document_.log().WriteLog(security::LogError, "%s", entry.text);
+    document_.log().WriteLog(security::LogError, "%s", heldEntries_.front());
     heldEntries_.erase(heldEntries_.begin());
   }
-}
-
-// An import writes its own entry where the database takes one.
-bool Service::alreadyLogged(const HeldEntry& entry) {
-  constexpr std::int64_t kLongestImportFault = 60;  // seconds from an import's own entry to its result here
-  const base::DateTime oldest = entry.since.plusSeconds(-kLongestImportFault);
-  bool found = false;
-  const jet::AsStored stored(document_.database());
-  document_.database().forEachRow("SELECT [DateTime], [Desc] FROM Log ORDER BY DateTime DESC",
-                                  [&](const std::vector<jet::Value>& row) {
-                                    const auto time = row[0].toDateTime();
-                                    const std::string text = row[1].toText();
-                                    found = !text.empty() && entry.text.starts_with(text);
-                                    return !found && time && *time >= oldest;
-                                  });
-  return found;
 }
 
 }  // namespace server

@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "base/journal_line.h"
 #include "platform/live_channel.h"
 #include "schedule/runner.h"
 #include "server/server_doc.h"
@@ -32,7 +34,7 @@ struct ServiceTimes {
 class Service {
  public:
   // `say` takes a line for the service's journal: at most one an import while all goes well.
-  Service(CServerDoc& document, std::function<void(const std::string&)> say, ServiceTimes times = {});
+  Service(CServerDoc& document, base::Say say, ServiceTimes times = {});
   Service(const Service&) = delete;
   Service& operator=(const Service&) = delete;
   ~Service();
@@ -48,19 +50,17 @@ class Service {
   void refreshNow();
   void sendReports();
   void importNow(const ingest::ImportOptions& options);
+  void sayImport(const ingest::ImportResult& result);
+  void sayRefusal(const std::string& why);
   void sayLiveCounts();
   void sayWhenFull(const platform::LiveChannelServer& channel);
-  void note(std::string& fault, const std::string& text);
+  // `logged`: the audit log has it already.
+  void note(std::string& fault, const std::string& text, bool logged = false);
   void clear(std::string& fault);
   void writeHeldEntries();
-  struct HeldEntry {
-    std::string text;
-    base::DateTime since;
-  };
-  bool alreadyLogged(const HeldEntry& entry);
 
   CServerDoc& document_;
-  std::function<void(const std::string&)> say_;
+  base::Say say_;
   schedule::Runner reports_;
   ServiceTimes times_;
   int stopEvent_ = -1;
@@ -68,10 +68,11 @@ class Service {
   std::string importFault_;
   std::string refreshFault_;
   std::string reportFault_;
-  std::vector<HeldEntry> heldEntries_;  // not yet in the audit log
-  std::int64_t liveRecorded_ = 0;       // since they were last said
+  std::vector<std::string> heldEntries_;  // not yet in the audit log
+  std::int64_t liveRecorded_ = 0;         // since they were last said
   std::int64_t liveRefused_ = 0;
-  bool importAsked_ = false;  // by a sender, since the last import
+  std::set<std::string> saidRefusals_;  // reasons that were said, since then
+  bool importAsked_ = false;            // by a sender, since the last import
   bool saidFull_ = false;
   std::string saidPhonebookFault_;
 };

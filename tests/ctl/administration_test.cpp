@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -67,6 +69,45 @@ TEST_F(Administration, ServeTakesWhatSendPlaysUntilItIsStopped) {
   EXPECT_EQ(readFile(temporary_ / "status"), "0\n");
   EXPECT_TRUE(contains(readFile(temporary_ / "served"), "Closing.")) << readFile(temporary_ / "served");
   EXPECT_TRUE(contains(run("status --format csv"), "Rows of Calls,50\n"));
+}
+
+// Seconds of processor time that a process has used.
+double processorTime(pid_t process) {
+  std::istringstream stat(readFile("/proc/" + std::to_string(process) + "/stat"));
+  std::string word;
+  long ticks = 0;
+  constexpr int kUserTime = 14;
+  constexpr int kSystemTime = 15;
+  for (int field = 1; stat >> word && field <= kSystemTime; ++field) {
+    if (field >= kUserTime) ticks += std::atol(word.c_str());
+  }
+  static_assert(kSystemTime == kUserTime + 1);
+  return static_cast<double>(ticks) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+TEST_F(Administration, ServeWaitsQuietlyEndsCleanlyAndStartsAgain) {
+  constexpr std::chrono::seconds kWatched{4};  // longer than from one look at the databases to the next
+  for (const int signal : {SIGTERM, SIGINT}) {
+    fs::remove(temporary_ / "served");
+    std::thread service(
+        [this] { static_cast<void>(std::system((line("serve", "", "served") + "; echo $? >status").c_str())); });
+    for (int i = 0; i < 1000 && !contains(readFile(temporary_ / "served"), "Serving"); ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    const pid_t process = std::atoi(readFile(temporary_ / "QuorvaneServerMutex").c_str());
+    EXPECT_GT(process, 0) << readFile(temporary_ / "served");
+    const double before = processorTime(process);
+    std::this_thread::sleep_for(kWatched);
+    EXPECT_LT(processorTime(process) - before, static_cast<double>(kWatched.count()) / 4);
+    if (process > 0) kill(process, signal);
+    service.join();
+    EXPECT_EQ(readFile(temporary_ / "status"), "0\n");
+    const std::string all = readFile(temporary_ / "served");
+    const std::string said = all.substr(std::min(all.find("Serving "), all.size()));
+    EXPECT_TRUE(said.ends_with("\nClosing.\n")) << all;
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 2) << all;
+    EXPECT_FALSE(fs::exists(temporary_ / "live.sock"));
+  }
 }
 
 TEST_F(Administration, GroupsGiveTheirMembersRights) {

@@ -133,6 +133,7 @@ TEST_F(ImportTest, ACallThatBreaksAStatementIsAskedAboutAndLogged) {
   EXPECT_EQ(copy.person.questions,
             std::vector<std::string>{"Error adding call to the database. Do you want to continue?"});
   EXPECT_EQ(result.refused, 1);
+  EXPECT_FALSE(result.refusedReason.empty());
   const auto refused = files.monitorFile("monitor.data.bk.refused.1");
   EXPECT_EQ(result.refusedFile, refused.string());
   EXPECT_EQ(bytesOf(refused), bad);

@@ -103,7 +103,7 @@ class RunnerTest : public testing::Test {
 
 TEST_F(RunnerTest, MissedTimesAreMadeUpOnceByOneOfTwoCopies) {
   office.clock.time = at("2025-04-04 14:00:00");  // five mornings were missed
-  const auto say = [this](const std::string& line) { said.push_back(line); };
+  const auto say = [this](base::Priority, const std::string& line) { said.push_back(line); };
   Runner one(parts, office.config, say);
   Runner other(parts, office.config, say);
   one.step();
@@ -142,7 +142,7 @@ TEST_F(RunnerTest, TheNightOnWhichClocksChangeHasOneReport) {
     own.runFor.reset();
     own.waiting.clear();
     table.save(own);
-    Runner runner(parts, office.config, [](const std::string&) {});
+    Runner runner(parts, office.config, [](base::Priority, const std::string&) {});
     std::vector<std::string> claimed;
     for (const char* look : night.looks) {
       office.clock.time = at(look);
@@ -156,7 +156,7 @@ TEST_F(RunnerTest, TheNightOnWhichClocksChangeHasOneReport) {
 }
 
 TEST_F(RunnerTest, AMailThatCannotGoIsTriedForADayAndToldTwice) {
-  const auto say = [this](const std::string& line) { said.push_back(line); };
+  const auto say = [this](base::Priority, const std::string& line) { said.push_back(line); };
   Runner runner(parts, office.config, say);
   int tries = 0;
   const base::DateTime first = office.clock.time;
@@ -172,7 +172,7 @@ TEST_F(RunnerTest, AMailThatCannotGoIsTriedForADayAndToldTwice) {
 }
 
 TEST_F(RunnerTest, FaultsOfTheScheduleAreToldNotThrown) {
-  const auto say = [this](const std::string& line) { said.push_back(line); };
+  const auto say = [this](base::Priority, const std::string& line) { said.push_back(line); };
   Runner runner(parts, office.config, say);
   office.main->execute("update Users set Flags = 2");
   stepThrough(runner);

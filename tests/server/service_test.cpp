@@ -20,9 +20,9 @@ class RunningService {
     if (!copy_.start()) throw std::runtime_error("the start failed");
     service_ = std::make_unique<Service>(
         copy_.document,
-        [this](const std::string& line) {
+        [this](base::Priority priority, const std::string& text) {
           const std::lock_guard hold(lock_);
-          lines_ += line + "\n";
+          lines_ += base::journalLine(priority, text, true) + "\n";
         },
         times);
     thread_ = std::thread([this] { service_->run(); });
@@ -76,11 +76,16 @@ TEST(ServiceTest, TakesLiveCallsAndTheMonitorsFile) {
     EXPECT_EQ(service.send(support::sampleRecords(1, 5)), 1);
     EXPECT_EQ(service.send(support::sampleRecords(1, 6, true)), 1);
     EXPECT_EQ(service.send("no record"), 0);
+    EXPECT_EQ(service.send(exchange::encodeRecord(support::sampleCall("34\"5678"), false, 1252)), 0);
+    EXPECT_EQ(service.send("no record"), 0);
     place.files.writeMonitorFile(support::sampleRecords(12, 100));
     EXPECT_TRUE(service.waitFor("Imported 12 calls"));
     EXPECT_TRUE(service.waitFor("live calls."));
     service.stop();
-    EXPECT_EQ(service.said("Closing."), 1);
+    EXPECT_EQ(service.said("<5>Closing."), 1);
+    // The reason itself, which the audit log's entry does not tell.
+    EXPECT_GT(service.said("<3>A live call was refused: a message of 9 bytes is no call record\n"), 0);
+    EXPECT_GT(service.said("<3>A live call was refused: "), service.said("refused: a message of 9 bytes"));
   }
   EXPECT_EQ(place.value("select count(*) as n from Calls"), "14");
   EXPECT_EQ(place.value("select count(*) as n from Log where [Desc] = 'IDS_LOG_LOGOUT'"), "1");
@@ -118,7 +123,7 @@ TEST(ServiceTest, TwoServicesDoNotShareASocket) {
   Copy other(place);
   ASSERT_EQ(other.app.InitInstance("", CServerApp::OneCopy::Shared), CServerApp::Start::Ready);
   ASSERT_TRUE(other.document.OnNewDocument({.firstImport = false}));
-  EXPECT_THROW(Service(other.document, [](const std::string&) {}).run(), std::runtime_error);
+  EXPECT_THROW(Service(other.document, [](base::Priority, const std::string&) {}).run(), std::runtime_error);
 }
 
 }  // namespace

@@ -13,9 +13,6 @@ namespace capture {
 
 namespace {
 
-constexpr int kError = 3;
-constexpr int kNotice = 5;
-
 // Lines that come together go into one file.
 constexpr std::chrono::milliseconds kGather{50};
 // While Tallybook has not taken the file before, what is new joins the one that waits, and that is written anew.
@@ -56,8 +53,8 @@ Service::End Service::run() {
   onSignal();
   for (const auto& source : sources_) {
     source->start();
-    logLine(kNotice, "source " + source->site().id + " (" + source->site().format + ", " +
-                         transportName(source->site().transport) + ")");
+    logLine(base::Priority::Notice, "source " + source->site().id + " (" + source->site().format + ", " +
+                                        transportName(source->site().transport) + ")");
   }
   everySecond();
   wakeSoon();
@@ -87,7 +84,7 @@ void Service::reload() {
   try {
     apply(readSite(siteFile_));
     alarms_.clear("", "settings");
-    logLine(kNotice, "settings read again");
+    logLine(base::Priority::Notice, "settings read again");
   } catch (const std::exception& error) {
     alarms_.raise("", "settings", std::string(error.what()) + ". The settings before it go on.");
   }
@@ -153,7 +150,7 @@ void Service::waitForStops(std::function<void()> then) {
         while (source->work()) {
         }
       } catch (const std::exception& error) {
-        logLine(kError, error.what());
+        logLine(base::Priority::Error, error.what());
       }
       alarms_.forget(source->site().id);
     }
@@ -277,7 +274,7 @@ void Service::keepJournals() {
       try {
         job();
       } catch (const std::exception& fault) {
-        logLine(kError, fault.what());
+        logLine(base::Priority::Error, fault.what());
       }
     });
     source->forgetOldPositions();

@@ -16,9 +16,6 @@ namespace capture {
 
 namespace {
 
-constexpr int kError = 3;
-constexpr int kNotice = 5;
-
 std::vector<char*> pointersOf(const std::vector<std::string>& words) {
   std::vector<char*> pointers;
   for (const std::string& word : words) pointers.push_back(const_cast<char*>(word.c_str()));
@@ -39,14 +36,13 @@ std::string subjectOf(const Alarm& alarm) {
 
 }  // namespace
 
-void logLine(int level, const std::string& text) {
-  static const bool toJournal = std::getenv("JOURNAL_STREAM") != nullptr;
-  std::cerr << (toJournal ? "<" + std::to_string(level) + ">" : std::string("tallymon: ")) + withoutLineEnds(text) +
-                   '\n';
+void logLine(base::Priority priority, const std::string& text) {
+  static const bool toJournal = base::isJournal(STDERR_FILENO);
+  std::cerr << base::journalLine(priority, (toJournal ? "" : "tallymon: ") + text, toJournal) + '\n';
 }
 
 void Notifier::tell(const Alarm& alarm) {
-  logLine(alarm.raised ? kError : kNotice, subjectOf(alarm) + ". " + alarm.text);
+  logLine(alarm.raised ? base::Priority::Error : base::Priority::Notice, subjectOf(alarm) + ". " + alarm.text);
   if (!settings_.command.empty()) runCommand(alarm);
   if (!settings_.mail.empty()) sendMail(alarm, settings_.mail);
   const auto further = settings_.sourceMail.find(alarm.source);
@@ -88,7 +84,7 @@ void Notifier::start(const std::vector<std::string>& words, const std::vector<st
   if (failed == 0 && !input.empty()) static_cast<void>(!::write(ends[1], input.data(), input.size()));
   ::close(ends[1]);
   if (failed != 0) {
-    logLine(kError, words.front() + " cannot be started: " + std::strerror(failed));
+    logLine(base::Priority::Error, words.front() + " cannot be started: " + std::strerror(failed));
   } else {
     running_[child] = words.front();
   }
@@ -103,7 +99,7 @@ void Notifier::reap() {
       continue;
     }
     if (ended > 0 && !(WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
-      logLine(kError, it->second + " failed: an alarm may not have been told");
+      logLine(base::Priority::Error, it->second + " failed: an alarm may not have been told");
     }
     it = running_.erase(it);
   }

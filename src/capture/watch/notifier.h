@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/journal_line.h"
 #include "capture/watch/alarms.h"
 
 namespace capture {
@@ -19,9 +20,8 @@ struct NotifySettings {
   std::map<std::string, std::string> sourceMail;  // further address of a source
 };
 
-// Writes a line to standard error, with the level the system's journal understands (3 error, 4 warning, 5 notice, 6
-// information) when it is the reader.
-void logLine(int level, const std::string& text);
+// Writes a line to standard error, with its priority when the system's journal is the reader.
+void logLine(base::Priority priority, const std::string& text);
 
 // Tells an alarm: a line in the log, the command, mail. Never waits for a program it starts.
 class Notifier {

@@ -205,8 +205,9 @@ void sendNow(server::CServerDoc& document, const Texts& texts, QWidget* parent, 
   const bool done = attempt(parent, texts, [&] {
     platform::Operator& person = document.app().surroundings().person;
     const platform::Progress progress(person, schedule.name, fromQt(texts("IDS_SCHEDULE_SENDING")));
-    schedule::Runner runner(document.reportParts(), document.app().config(),
-                            [&said](const std::string& line) { said += (said.empty() ? "" : "\n") + line; });
+    schedule::Runner runner(
+        document.reportParts(), document.app().config(),
+        [&said](base::Priority, const std::string& line) { said += (said.empty() ? "" : "\n") + line; });
     sent = runner.runNow(schedule, [&person] { person.progressPulse(); });
   });
   if (!done) return;
