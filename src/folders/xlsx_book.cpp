@@ -4,10 +4,15 @@
 #include <unistd.h>
 #include <xlsxwriter.h>
 
+#include <array>
+#include <cstdio>
+#include <fstream>
 #include <map>
+#include <string_view>
 #include <system_error>
 
 #include "base/characters.h"
+#include "base/little_endian.h"
 #include "folders/report_file.h"
 
 namespace folders {
@@ -20,6 +25,42 @@ constexpr std::size_t kLongestText = 32767;       // bytes are never fewer than 
 
 lxw_col_t columnNumber(std::size_t column) {
   return static_cast<lxw_col_t>(column);
+}
+
+[[noreturn]] void throwNoRoom() {
+  throw std::system_error(std::make_error_code(std::errc::no_space_on_device));
+}
+
+// The directory of an archive without a comment; empty when there is none.
+std::string archiveDirectory(const std::filesystem::path& file) {
+  constexpr std::streamoff kEndSize = 22;
+  std::array<unsigned char, kEndSize> end{};
+  std::ifstream in(file, std::ios::binary);
+  in.seekg(-kEndSize, std::ios::end);
+  in.read(reinterpret_cast<char*>(end.data()), kEndSize);
+  std::string directory(in ? base::wordAt(end.data() + 12) : 0, '\0');
+  in.seekg(base::wordAt(end.data() + 16));
+  in.read(directory.data(), static_cast<std::streamsize>(directory.size()));
+  return in ? directory : std::string();
+}
+
+// Bytes of the sheets in a finished book before they were compressed.
+std::uint64_t sheetsSize(const std::filesystem::path& file) {
+  constexpr std::size_t kEntrySize = 46;  // name, extra and comment follow
+  const std::string directory = archiveDirectory(file);
+  std::uint64_t size = 0;
+  for (std::size_t at = 0; at + kEntrySize <= directory.size();) {
+    const auto word = [&directory, at](std::size_t place) {
+      return base::wordAt(reinterpret_cast<const unsigned char*>(directory.data() + at + place));
+    };
+    const std::size_t nameSize = word(28) & 0xFFFF;
+    const std::size_t extraSize = word(28) >> 16;
+    const std::size_t commentSize = word(32) & 0xFFFF;
+    const auto name = std::string_view(directory).substr(at + kEntrySize, nameSize);
+    if (name.starts_with("xl/worksheets/sheet")) size += word(24);
+    at += kEntrySize + nameSize + extraSize + commentSize;
+  }
+  return size;
 }
 
 // Deletes the unfinished file unless it was moved into place.
@@ -88,11 +129,13 @@ class XlsxBook::Workbook {
 
   void close() {
     if (sheet_ == nullptr) addSheet();
+    const std::uint64_t rows = rowsSize();
     const lxw_error error = workbook_close(book_);
     book_ = nullptr;
     if (error != LXW_NO_ERROR) {
       throw std::system_error(std::make_error_code(std::errc::io_error), lxw_strerror(error));
     }
+    if (sheetsSize(file_.path()) < rows) throwNoRoom();
     file_.moveTo(target_);
   }
 
@@ -108,6 +151,19 @@ class XlsxBook::Workbook {
   [[nodiscard]] lxw_format* dateFormat() const { return date_; }
 
  private:
+  // The library writes the rows to temporary files of its own and does not notice when these find no room. Bytes of all
+  // sheets' rows, once they are written.
+  [[nodiscard]] std::uint64_t rowsSize() const {
+    std::uint64_t size = 0;
+    lxw_worksheet* sheet = nullptr;
+    LXW_FOREACH_WORKSHEET(sheet, book_) {
+      std::FILE* file = sheet->optimize_tmpfile;
+      if (std::fflush(file) != 0 || std::ferror(file) != 0) throwNoRoom();
+      size += static_cast<std::uint64_t>(std::ftell(file));
+    }
+    return size;
+  }
+
   lxw_format* numberFormat(const std::string& pattern) {
     lxw_format* format = workbook_add_format(book_);
     format_set_num_format(format, pattern.c_str());

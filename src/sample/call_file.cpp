@@ -1,6 +1,7 @@
 #include "sample/call_file.h"
 
 #include <fstream>
+#include <system_error>
 
 #include "platform/progress.h"
 
@@ -23,7 +24,11 @@ bool writeCalls(const std::filesystem::path& file, const CallPlan& plan, bool ap
     person.progressStep(i);
   }
   out.close();
-  if (!out) return false;
+  if (!out) {
+    std::error_code ignored;
+    std::filesystem::remove(partial, ignored);
+    return false;
+  }
   std::filesystem::rename(partial, file);
   return true;
 }

@@ -22,12 +22,10 @@ class TallyctlRun {
     std::string err;
   };
 
-  Result run(const std::string& arguments) {
-    const std::string command =
-        "cd '" + path("").string() + "' && env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" +
-        path("machine.ini").string() + "' '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >out 2>err </dev/null";
-    const int status = std::system(command.c_str());
-    return {WEXITSTATUS(status), readFile(path("out")), readFile(path("err"))};
+  Result run(const std::string& arguments) { return runAfter({}, arguments); }
+  // As on a disk on which no file can grow beyond so many bytes (a multiple of 512).
+  Result runOnFullDisk(const std::string& arguments, int bytes) {
+    return runAfter("trap '' XFSZ && ulimit -f " + std::to_string(bytes / 512) + " && ", arguments);
   }
 
   std::string succeed(const std::string& arguments) {
@@ -65,6 +63,14 @@ class TallyctlRun {
   }
 
  private:
+  Result runAfter(const std::string& preparation, const std::string& arguments) {
+    const std::string command = "cd '" + path("").string() + "' && " + preparation +
+                                "env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" + path("machine.ini").string() +
+                                "' '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >out 2>err </dev/null";
+    const int status = std::system(command.c_str());
+    return {WEXITSTATUS(status), readFile(path("out")), readFile(path("err"))};
+  }
+
   TemporaryFolder folder_;
 };
 
