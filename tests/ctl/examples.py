@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Runs every example of tallyctl's help, and every tallyctl line of README.md and docs/, each in a demo exchange of its
-own. An example must end with status 0. Inline `tallyctl ...` in the documents must name commands that there are.
+own. An example must end with status 0. Inline `tallyctl ...` and `tallymon ...` in the documents must name commands that
+there are, and the site files of `tallymon` that they show must be in order.
 
 Usage: examples.py PROGRAMS_FOLDER SOURCE_FOLDER
 """
@@ -142,12 +143,30 @@ class Demo:
             self.run(line)
 
 
-def help_examples(programs):
-    page = subprocess.run([f"{programs}/tallyctl", "man-page"], stdout=subprocess.PIPE, text=True, check=True).stdout
+def man_page(programs, program):
+    page = subprocess.run([f"{programs}/{program}", "man-page"], stdout=subprocess.PIPE, text=True, check=True).stdout
     for escaped, plain in (("\\-", "-"), ("\\(aq", "'"), ("\\(ga", "`"), ("\\(ti", "~"), ("\\(ha", "^"), ("\\e", "\\")):
         page = page.replace(escaped, plain)
-    words = set(re.findall(r"^\.SS (.*)$", page, re.MULTILINE))
-    return [line.strip() for line in page.splitlines() if line.startswith("  tallyctl ")], words
+    return page
+
+
+def commands(page):
+    return set(re.findall(r"^\.SS (.*)$", page, re.MULTILINE))
+
+
+def site_faults(programs, text):
+    """The site files that a document shows, each as `tallymon run --check` sees it."""
+    blocks = re.findall(r"^```toml\n(.*?)^```", text, re.M | re.S) + re.findall(r"<<'SITE'\n(.*?)^SITE$", text, re.M | re.S)
+    for block in blocks:
+        if "[deliver]" not in block:
+            continue
+        with tempfile.NamedTemporaryFile("w", suffix=".toml", encoding="utf-8") as site:
+            site.write(block)
+            site.flush()
+            check = [f"{programs}/tallymon", "run", "--check", "--config", site.name]
+            result = subprocess.run(check, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+            if result.returncode != 0:
+                yield f"a site file is refused: {result.stdout}"
 
 
 def documents(source):
@@ -162,24 +181,28 @@ def document_examples(text):
                 yield re.sub(r"\s+#.*$", "", line).strip()
 
 
-def unknown_words(text, words):
-    """Inline code that names no command."""
+def unknown_words(text, program, words):
+    """Inline code that names no command of the program."""
     prose = re.sub(r"^```.*?^```", "", text, flags=re.MULTILINE | re.DOTALL)
-    for code in re.findall(r"`tallyctl ([^`]+)`", prose):
+    for code in re.findall(rf"`{program} ([^`]+)`", prose):
         plain = re.sub(r"^(--\w+ \S+ )*", "", code)
         first_words = plain.split()
-        if plain.startswith("-") or any(" ".join(first_words[:n]) in words for n in (1, 2, 3)):
+        if plain.startswith("-") or first_words[0].isupper() or any(" ".join(first_words[:n]) in words for n in (1, 2, 3)):
             continue
         yield code
 
 
 def main(programs, source):
-    examples, words = help_examples(programs)
+    pages = {program: man_page(programs, program) for program in ("tallyctl", "tallymon")}
+    examples = [line.strip() for line in pages["tallyctl"].splitlines() if line.startswith("  tallyctl ")]
     faults = []
     for document in documents(source):
         text = document.read_text(encoding="utf-8")
         examples += [line for line in document_examples(text) if line not in examples]
-        faults += [f"{document}: there is no command `tallyctl {code}`" for code in unknown_words(text, words)]
+        for program, page in pages.items():
+            unknown = unknown_words(text, program, commands(page))
+            faults += [f"{document}: there is no command `{program} {code}`" for code in unknown]
+        faults += [f"{document}: {fault}" for fault in site_faults(programs, text)]
     demo = Demo(programs)
     ran = 0
     for line in dict.fromkeys(examples):
