@@ -73,6 +73,17 @@ TEST(Loader, ASiteMendsAStockFormatKeyByKey) {
   const capture::FormatLibrary library({folder / "site", folder / "stock"});
   EXPECT_EQ(library.load("x")->times.is, capture::TimeRules::Is::End);
   EXPECT_EQ(library.names(), (std::vector<std::string>{"loop", "loop2", "x"}));
+  std::ofstream(folder / "site/wrong.toml")
+      << "extends = \"x\"\n[times]\nduration = { of = \"nothing\", form = \"ms\" }\n";
+  try {
+    static_cast<void>(library.load("wrong"));
+    ADD_FAILURE() << "a field that is not there";
+  } catch (const capture::FormatError& fault) {
+    EXPECT_NE(std::string(fault.what()).find("site/wrong.toml:3:19: the lines have no field 'nothing'"),
+              std::string::npos)
+        << fault.what();
+  }
+  std::filesystem::remove(folder / "site/wrong.toml");
   EXPECT_THROW(static_cast<void>(library.load("loop")), capture::FormatError);
   EXPECT_THROW(static_cast<void>(library.load("none")), capture::FormatError);
   std::filesystem::remove_all(folder);

@@ -4,6 +4,8 @@
 #include <ctime>
 #include <utility>
 
+#include "base/characters.h"
+
 namespace capture {
 
 namespace {
@@ -158,7 +160,8 @@ void Converter::addUnknown(const LineResult& result, const JournalEntry& entry) 
     const auto line = JournalReader(journal_, result.position).next();
     text = line ? line->bytes : std::string();
   }
-  batch_.unknown.push_back({result.position, entry.time, escapeBytes(text).substr(0, kShownLength), result.reason});
+  batch_.unknown.push_back({result.position, entry.time,
+                            std::string(base::firstCharacters(escapeBytes(text), kShownLength)), result.reason});
 }
 
 }  // namespace capture

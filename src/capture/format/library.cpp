@@ -19,29 +19,32 @@ constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 constexpr int kDeepestExtends = 8;
 
 toml::table parseFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) throw FormatError("cannot open " + path.string());
+  std::error_code fault;
+  std::ifstream in;
+  if (fs::is_regular_file(path, fault)) in.open(path, std::ios::binary);
+  if (!in.is_open()) throw FormatError("cannot open " + path.string());
   std::string text(kLargestFile + 1, '\0');
   in.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(in.gcount()));
   if (text.size() > kLargestFile) throw FormatError(path.string() + " is too large for a format file");
   try {
     return toml::parse(text, path.string());
-  } catch (const toml::parse_error& fault) {
-    const toml::source_position& place = fault.source().begin;
+  } catch (const toml::parse_error& error) {
+    const toml::source_position& place = error.source().begin;
     throw FormatError(path.string() + ":" + std::to_string(place.line) + ":" + std::to_string(place.column) + ": " +
-                      std::string(fault.description()));
+                      std::string(error.description()));
   }
 }
 
-// Puts the keys of `over` into `under`: tables key by key, anything else in place of what was there.
-void overlay(toml::table& under, const toml::table& over) {
-  for (const auto& [key, node] : over) {
+// Puts the keys of `over` into `under`: tables key by key, anything else in place of what was there. The values are
+// moved, since a copy would not know its place in the file.
+void overlay(toml::table& under, toml::table&& over) {
+  for (auto&& [key, node] : over) {
     toml::node* there = under.get(key.str());
     if (there != nullptr && there->is_table() && node.is_table()) {
-      overlay(*there->as_table(), *node.as_table());
+      overlay(*there->as_table(), std::move(*node.as_table()));
     } else {
-      under.insert_or_assign(key.str(), node);
+      node.visit([&under, &name = key](auto& value) { under.insert_or_assign(name.str(), std::move(value)); });
     }
   }
 }
@@ -69,8 +72,8 @@ class TableFinder {
     toml::table whole = read(find(textOf(*extends), path, extends), depth + 1);
     // The stock format's own tests speak of the stock format.
     whole.erase("test");
-    overlay(whole, table);
     if (table.get("name") == nullptr) whole.insert_or_assign("name", path.stem().string());
+    overlay(whole, std::move(table));
     return whole;
   }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "base/datetime.h"
+#include "capture/format/clean.h"
 
 namespace capture {
 
@@ -60,9 +61,11 @@ std::optional<std::string> unescapeBytes(std::string_view text) {
 std::string escapeBytes(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());
+  constexpr unsigned char kFirstOfNoAscii = 0x80;
+  const bool utf8 = isUtf8(bytes);
   for (const char c : bytes) {
     const auto byte = static_cast<unsigned char>(c);
-    if (!mustEscape(byte)) {
+    if (!mustEscape(byte) && (utf8 || byte < kFirstOfNoAscii)) {
       text += c;
     } else if (c == '\\') {
       text += "\\\\";

@@ -24,14 +24,16 @@ struct JournalEntry {
   std::string bytes;
 };
 
-// The entry as a line of the journal, line feed included: "position time kind origin length bytes". Control characters
-// and the backslash are written as \xHH and \\, so that grep and a pager work on the file.
+// The entry as a line of the journal, line feed included: "position time kind origin length bytes". Control characters,
+// what is neither ASCII nor UTF-8, and the backslash are written as \xHH and \\, so that grep and a pager work on the
+// file.
 [[nodiscard]] std::string encodeEntry(const JournalEntry& entry);
 
 // Reads a line without its line feed. Nothing when it is no whole entry (torn, or changed by another program).
 [[nodiscard]] std::optional<JournalEntry> decodeEntry(std::string_view line);
 
-// Bytes with control characters made visible, as the journal shows them.
+// Bytes as the journal shows them: control characters, and in a text that is no UTF-8 every byte that is not ASCII,
+// made visible.
 [[nodiscard]] std::string escapeBytes(std::string_view bytes);
 
 // "2026-11-25T07:14:31.123Z" from milliseconds since 1970; the day alone is the first ten characters.

@@ -62,6 +62,8 @@ TEST(Journal, EveryByteComesBackAndTheFileCanBeSearched) {
   append(journal, EntryKind::Line, kMorning, "24.11.2609:17:02  7   214\t0755");
   EXPECT_NE(std::string::npos, readFile(folder / "main/2026-11-24.log")
                                    .find("4 2026-11-24T08:00:00.000Z L - 30 24.11.2609:17:02  7   214\\x090755\n"));
+  EXPECT_EQ("\xC8\x99\\x09", capture::escapeBytes("\xC8\x99\t")) << "UTF-8 is readable as it is";
+  EXPECT_EQ("a\\xe9\\\\", capture::escapeBytes("a\xE9\\"));
 }
 
 // A crash in the middle of a write leaves half a line, or zeros where the system had not written the bytes yet.
