@@ -25,6 +25,12 @@ using Line = toml::source_index;
 constexpr const char* kSource = "source";
 constexpr mode_t kNewFile = 0640;  // it may hold passwords
 
+// False too for what is no table.
+bool isSource(const toml::node& element, const std::string& id) {
+  const toml::table* table = element.as_table();
+  return table != nullptr && (*table)["id"].value_or(std::string()) == id;
+}
+
 std::string keyLine(std::string_view key, const toml::node& value) {
   return tomlKey(key) + " = " + tomlText(value);
 }
@@ -148,8 +154,7 @@ const toml::table* SiteText::source(const std::string& id) const {
   const toml::array* sources = tables_[kSource].as_array();
   if (sources == nullptr) return nullptr;
   for (const toml::node& element : *sources) {
-    const toml::table* table = element.as_table();
-    if (table != nullptr && (*table)["id"].value_or(std::string()) == id) return table;
+    if (isSource(element, id)) return element.as_table();
   }
   return nullptr;
 }
@@ -200,15 +205,15 @@ void SiteText::setSource(const toml::table& wanted) {
   const std::string id = wanted["id"].value_or(std::string());
   toml::table expected = tables_;
   if (expected.get(kSource) == nullptr) expected.insert(kSource, toml::array());
-  toml::array& sources = *expected[kSource].as_array();
+  toml::array* sources = expected[kSource].as_array();
+  if (sources == nullptr) throw SiteError(file_ + ": \"source\" is no list of tables; write [[source]] for each");
   const toml::table* old = source(id);
   if (old == nullptr) {
-    sources.push_back(wanted);
+    sources->push_back(wanted);
     return become(appended(text_, blockText(header, wanted)), expected);
   }
-  for (toml::node& element : sources) {
-    toml::table& table = *element.as_table();
-    if (table["id"].value_or(std::string()) == id) table = wanted;
+  for (toml::node& element : *sources) {
+    if (isSource(element, id)) *element.as_table() = wanted;
   }
   replace(*old, wanted, header, expected);
 }
@@ -219,7 +224,7 @@ bool SiteText::removeSource(const std::string& id) {
   toml::table expected = tables_;
   toml::array& sources = *expected[kSource].as_array();
   for (auto element = sources.begin(); element != sources.end(); ++element) {
-    if ((*element->as_table())["id"].value_or(std::string()) != id) continue;
+    if (!isSource(*element, id)) continue;
     sources.erase(element);
     break;
   }

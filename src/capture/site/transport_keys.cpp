@@ -1,11 +1,12 @@
 #include "capture/site/transport_keys.h"
 
+#include <algorithm>
 #include <asio/ip/address.hpp>
-#include <fstream>
 
 #include "base/text.h"
 #include "capture/transport/peers.h"
-#include "capture/transport/sql_query.h"
+#include "capture/transport/sql_preset.h"
+#include "platform/regular_file.h"
 
 namespace capture {
 
@@ -38,10 +39,9 @@ std::string secretOf(Section& keys, const char* key) {
   const std::string fileKey = std::string(key) + "_file";
   const std::string file = keys.text(fileKey.c_str());
   if (file.empty()) return keys.text(key);
-  std::ifstream in(file);
-  std::string secret;
-  if (!std::getline(in, secret)) keys.fail(fileKey, "cannot be read: " + file);
-  return std::string(base::trim(secret));
+  const auto content = platform::readRegularFile(file);
+  if (!content || content->empty()) keys.fail(fileKey, "cannot be read: " + file);
+  return std::string(base::trim(std::string_view(*content).substr(0, content->find('\n'))));
 }
 
 // "9600 8N1"
@@ -89,6 +89,19 @@ ConnectSettings readConnect(Section& keys) {
     step.refuseUnread();
   }
   return connect;
+}
+
+Mitel5000Settings readMitel5000(Section& keys) {
+  Mitel5000Settings mitel;
+  mitel.host = keys.neededText("host");
+  mitel.port = static_cast<std::uint16_t>(keys.number("port", mitel.port, 1, kLastPort));
+  mitel.password = secretOf(keys, "password");
+  const auto isAscii = [](unsigned char c) { return c > 0 && c < 128; };
+  if (mitel.password.size() > kLongestMitelPassword ||
+      !std::all_of(mitel.password.begin(), mitel.password.end(), isAscii)) {
+    keys.fail("password", "must be " + std::to_string(kLongestMitelPassword) + " characters at most, without accents");
+  }
+  return mitel;
 }
 
 UdpSettings readUdp(Section& keys) {
@@ -203,9 +216,11 @@ TransportSettings readAs(Section& keys) {
 }
 
 constexpr Kind kKinds[] = {
-    {"serial", readAs<readSerial>}, {"listen", readAs<readListen>}, {"connect", readAs<readConnect>},
-    {"udp", readAs<readUdp>},       {"file", readAs<readFile>},     {"folder", readAs<readFolder>},
-    {"ami", readAs<readAmi>},       {"http", readAs<readHttp>},     {"get", readAs<readGet>},
+    {"serial", readAs<readSerial>},   {"listen", readAs<readListen>},
+    {"connect", readAs<readConnect>}, {"mitel5000", readAs<readMitel5000>},
+    {"udp", readAs<readUdp>},         {"file", readAs<readFile>},
+    {"folder", readAs<readFolder>},   {"ami", readAs<readAmi>},
+    {"http", readAs<readHttp>},       {"get", readAs<readGet>},
     {"sql", readAs<readSql>},
 };
 

@@ -24,8 +24,4 @@ struct SqlRow {
 // The time of the newest row; the beginning of time when there is none. Blocks; throws std::runtime_error.
 [[nodiscard]] base::DateTime newestRow(const SqlSettings& settings);
 
-// Fills table, time, id and columns for a database that is laid out like many others: "freepbx" (table cdr, read by the
-// format asterisk). False for an unknown name.
-bool applySqlPreset(SqlSettings& settings, const std::string& name);
-
 }  // namespace capture
