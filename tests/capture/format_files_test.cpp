@@ -58,9 +58,9 @@ capture::SourceSettings officeSettings() {
 TEST(FormatFiles, EachGivesTheRecordsOfItsOwnTestLines) {
   const FormatLibrary library = stockFormats();
   const std::vector<std::string> expected = {
-      "3cx",       "asterisk", "asterisk-ami", "cucm", "freeswitch", "freeswitch-json", "hicom",
-      "ipo",       "kamailio", "mitel",        "nec",  "nortel",     "openscape",       "oxo",
-      "panasonic", "radius",   "teleseer",     "ucm",  "yeastar"};
+      "3cx", "asterisk",  "asterisk-ami", "cucm",      "freeswitch", "freeswitch-json", "hicom",
+      "ipo", "kamailio",  "mitel",        "mitel5000", "nec",        "nortel",          "openscape",
+      "oxo", "panasonic", "radius",       "teleseer",  "ucm",        "yeastar"};
   EXPECT_EQ(library.names(), expected);
   for (const std::string& name : library.names()) {
     std::size_t count = 0;
@@ -94,7 +94,7 @@ TEST(FormatFiles, DamagedLinesGiveSoundRecordsOrNone) {
 
 TEST(FormatFiles, AShiftedColumnLineIsUnknown) {
   const FormatLibrary library = stockFormats();
-  for (const char* name : {"panasonic", "hicom", "teleseer", "nec", "mitel"}) {
+  for (const char* name : {"panasonic", "hicom", "teleseer", "nec", "mitel", "mitel5000"}) {
     const auto format = library.load(name);
     for (const capture::FormatTest& test : format->tests) {
       for (std::size_t i = 0; i < test.lines.size(); ++i) {

@@ -59,6 +59,9 @@ TEST(TimeForm, ReadsDurationsOrNothing) {
       {DurationForm::Seconds, "151", 151},
       {DurationForm::Seconds, "-1", -1},
       {DurationForm::Seconds, "9999999999", -1},
+      {DurationForm::MarkedSeconds, "S=000151", 151},
+      {DurationForm::MarkedSeconds, "000151", -1},
+      {DurationForm::MarkedSeconds, "S=", -1},
       {DurationForm::Milliseconds, "48700", 48},
   };
   for (const auto& c : cases) {

@@ -11,6 +11,7 @@ namespace {
 
 // A call may seem to come from the future by this much: clocks of exchanges are set by hand.
 constexpr std::int64_t kAheadSeconds = 86400;
+constexpr std::int64_t kDaySeconds = 86400;
 
 std::string quoted(std::string_view what, std::string_view text) {
   std::string message(what);
@@ -34,9 +35,10 @@ Result<std::optional<std::int64_t>> seconds(const std::optional<DurationField>& 
   if (text.empty() || std::find(field->blanks.begin(), field->blanks.end(), text) != field->blanks.end()) {
     return {nothing, {}};
   }
-  const auto value = readDuration(field->form, text);
-  if (!value) return Result<std::optional<std::int64_t>>::failed(quoted(what, text));
-  return {value, {}};
+  for (const DurationForm form : field->forms) {
+    if (const auto value = readDuration(form, text)) return {value, {}};
+  }
+  return Result<std::optional<std::int64_t>>::failed(quoted(what, text));
 }
 
 std::optional<base::DateTime> dateTime(int year, const ClockReading& reading) {
@@ -163,13 +165,23 @@ Result<CallTimes> CallClock::fromStamp(const Fields& fields, CallTimes times) co
   return {times, {}};
 }
 
+CallClock::Moment CallClock::onDayOfStart(Moment begin, const Length& length) const {
+  const base::DateTime end = begin.clock.plusSeconds(length.talk > 0 ? length.talk : length.ring.value_or(0));
+  const bool overMidnight = end.dayNumber() != begin.clock.dayNumber();
+  // The line was written just before midnight and has come just after it.
+  const bool ahead = !lastDate_ && end > arrivalClock(rules_.utc).plusSeconds(kDaySeconds / 2);
+  if (overMidnight || ahead) begin.clock = begin.clock.plusSeconds(-kDaySeconds);
+  return begin;
+}
+
 Result<CallTimes> CallClock::times(const Fields& fields, const RuleSettings& settings, const Length& length) {
   using Found = Result<CallTimes>;
   std::optional<Moment> begin;
   if (rules_.time) {
     auto found = dateAndTime(fields, settings);
     if (!found.value) return Found::failed(found.fault);
-    begin = found.value;
+    const bool dateOfEnd = !rules_.date && rules_.is == TimeRules::Is::Start;
+    begin = dateOfEnd ? onDayOfStart(*found.value, length) : *found.value;
   } else {
     auto found = optionalMoment(rules_.begin, fields);
     if (!found.value) return Found::failed(found.fault);

@@ -72,6 +72,8 @@ class CallClock {
   [[nodiscard]] Result<std::optional<Moment>> optionalMoment(const std::optional<ClockField>& field,
                                                              const Fields& fields) const;
   [[nodiscard]] Result<Moment> dateAndTime(const Fields& fields, const RuleSettings& settings);
+  // A line without a date has the date of its writing, the call's end: a call over midnight began the day before.
+  [[nodiscard]] Moment onDayOfStart(Moment begin, const Length& length) const;
   [[nodiscard]] Result<CallTimes> fromStamp(const Fields& fields, CallTimes times) const;
   [[nodiscard]] std::optional<base::DateTime> withYear(const ClockReading& reading, bool utc) const;
   [[nodiscard]] base::DateTime arrivalClock(bool utc) const;

@@ -23,7 +23,7 @@ struct ClockField {
 
 struct DurationField {
   FieldIndex field = 0;
-  DurationForm form = DurationForm::Seconds;
+  std::vector<DurationForm> forms;  // the first that fits
   std::vector<std::string> blanks;  // texts that mean no duration
 };
 

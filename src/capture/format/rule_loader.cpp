@@ -173,9 +173,14 @@ std::optional<DurationField> RuleLoader::durationField(TomlTable& table, std::st
   TomlTable inner(*node);
   DurationField duration;
   duration.field = needField(inner, "of");
-  const auto form = durationForm(inner.needText("form"));
-  if (!form) failAt(*node, "the form of a duration is one of hh:mm:ss, hh:mm'ss, m'ss, mm:ss, seconds, ms, hmmt");
-  duration.form = *form;
+  for (const std::string& name : inner.texts("form")) {
+    const auto form = durationForm(name);
+    if (!form) {
+      failAt(*node, "the form of a duration is one of hh:mm:ss, hh:mm'ss, m'ss, mm:ss, seconds, S=seconds, ms, hmmt");
+    }
+    duration.forms.push_back(*form);
+  }
+  if (duration.forms.empty()) failAt(*node, "the key 'form' is missing");
   duration.blanks = inner.texts("blank");
   inner.done();
   return duration;

@@ -244,6 +244,7 @@ constexpr NamedDuration kDurations[] = {
     {"m'ss", DurationForm::MinutesTicked},
     {"mm:ss", DurationForm::MinutesSeconds},
     {"seconds", DurationForm::Seconds},
+    {"S=seconds", DurationForm::MarkedSeconds},
     {"ms", DurationForm::Milliseconds},
     {"hmmt", DurationForm::Tenths},
 };
@@ -304,6 +305,8 @@ std::optional<std::int64_t> readDuration(DurationForm form, std::string_view tex
       return readSexagesimal(text, ":", 2, 2);
     case DurationForm::Seconds:
       return readCount(text);
+    case DurationForm::MarkedSeconds:
+      return text.starts_with("S=") ? readCount(text.substr(2)) : std::nullopt;
     case DurationForm::Milliseconds: {
       const auto count = readCount(text);
       if (!count) return std::nullopt;

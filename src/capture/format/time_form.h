@@ -62,6 +62,7 @@ enum class DurationForm {
   MinutesTicked,        // m'ss
   MinutesSeconds,       // mm:ss
   Seconds,              // seconds
+  MarkedSeconds,        // S=seconds
   Milliseconds,         // ms
   Tenths,               // hmmt: one digit hours, two minutes, one tenths of a minute; 9999 is 0
 };

@@ -11,6 +11,7 @@ using TransportPointer = std::shared_ptr<Transport>;
 TransportPointer makeSerial(const SerialSettings& settings, asio::io_context& context, SinkPointer sink);
 TransportPointer makeTcpListen(const ListenSettings& settings, asio::io_context& context, SinkPointer sink);
 TransportPointer makeTcpConnect(const ConnectSettings& settings, asio::io_context& context, SinkPointer sink);
+TransportPointer makeMitel5000(const Mitel5000Settings& settings, asio::io_context& context, SinkPointer sink);
 TransportPointer makeUdp(const UdpSettings& settings, asio::io_context& context, SinkPointer sink);
 TransportPointer makeFileFollower(const FileSettings& settings, asio::io_context& context, SinkPointer sink);
 TransportPointer makeFolderWatcher(const FolderSettings& settings, asio::io_context& context, SinkPointer sink);

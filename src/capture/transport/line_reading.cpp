@@ -26,4 +26,21 @@ std::vector<TakenLine> LineReading::end(bool inGoodOrder) {
   return lines;
 }
 
+std::vector<TakenLine> LengthReading::feed(std::string_view bytes) {
+  hasRead_ = hasRead_ || !bytes.empty();
+  if (!possible_) return {};
+  std::vector<std::string> texts;
+  possible_ = framer_.feed(bytes, texts);
+  if (!possible_) sink_.lost(framer_.waiting());
+  std::vector<TakenLine> lines;
+  for (std::string& text : texts) lines.push_back({std::move(text), {}});
+  return lines;
+}
+
+std::vector<TakenLine> LengthReading::end(bool) {
+  // A record that is not complete is none, however the connection ended.
+  if (framer_.waiting() > 0) sink_.lost(framer_.waiting());
+  return {};
+}
+
 }  // namespace capture

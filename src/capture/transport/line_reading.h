@@ -6,24 +6,35 @@
 #include <asio/use_awaitable.hpp>
 #include <cstdint>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "capture/framing/length_framer.h"
 #include "capture/framing/line_framer.h"
 #include "capture/transport/transport.h"
 
 namespace capture {
 
-// What one connection has sent so far.
-class LineReading {
+// What one connection has sent so far, as lines.
+class StreamReading {
+ public:
+  virtual ~StreamReading() = default;
+  // The lines that the bytes complete.
+  [[nodiscard]] virtual std::vector<TakenLine> feed(std::string_view bytes) = 0;
+  // The connection has ended. In good order: what follows the last line end is a line too, where lines have ends.
+  // Otherwise it is a half that could pass for a whole one, and is only counted.
+  [[nodiscard]] virtual std::vector<TakenLine> end(bool inGoodOrder) = 0;
+  // False when the bytes are of another kind of stream: nothing is read from this one any more.
+  [[nodiscard]] virtual bool possible() const { return true; }
+};
+
+class LineReading : public StreamReading {
  public:
   explicit LineReading(LineSink& sink) : sink_(sink) {}
 
-  // The lines that the bytes complete.
-  [[nodiscard]] std::vector<TakenLine> feed(std::string_view bytes);
-  // The connection has ended. In good order: what follows the last line end is a line too. Otherwise it is a half that
-  // could pass for a whole one, and is only counted.
-  [[nodiscard]] std::vector<TakenLine> end(bool inGoodOrder);
+  [[nodiscard]] std::vector<TakenLine> feed(std::string_view bytes) override;
+  [[nodiscard]] std::vector<TakenLine> end(bool inGoodOrder) override;
   [[nodiscard]] bool hasHalfLine() const { return fed_ > framer_.consumed(); }
 
  private:
@@ -34,14 +45,31 @@ class LineReading {
   std::uint64_t fed_ = 0;
 };
 
+// Of records that have their length before them.
+class LengthReading : public StreamReading {
+ public:
+  explicit LengthReading(LineSink& sink) : sink_(sink) {}
+
+  [[nodiscard]] std::vector<TakenLine> feed(std::string_view bytes) override;
+  [[nodiscard]] std::vector<TakenLine> end(bool inGoodOrder) override;
+  [[nodiscard]] bool possible() const override { return possible_; }
+  [[nodiscard]] bool hasRead() const { return hasRead_; }
+
+ private:
+  LineSink& sink_;
+  LengthFramer framer_;
+  bool possible_ = true;
+  bool hasRead_ = false;
+};
+
 // What the end of a stream tells of a line that has no end yet. A peer that closes has sent it whole; a serial device
 // reports the same end when it is pulled out in the middle of a line.
 enum class StreamEnd { CompletesLine, CutsLine };
 
-// Reads lines from a stream into the sink until it ends or breaks; returns why. Memory: `buffer` bytes and the line
-// that is not yet complete.
+// Reads lines from a stream into the sink until it ends or breaks; returns why, std::errc::bad_message when the stream
+// is none that can be read. Memory: `buffer` bytes and the line that is not yet complete.
 template <typename Stream>
-asio::awaitable<asio::error_code> readLines(Stream& stream, LineSink& sink, LineReading& reading, std::size_t buffer,
+asio::awaitable<asio::error_code> readLines(Stream& stream, LineSink& sink, StreamReading& reading, std::size_t buffer,
                                             StreamEnd streamEnd = StreamEnd::CompletesLine) {
   std::string bytes(buffer, '\0');
   for (;;) {
@@ -55,6 +83,7 @@ asio::awaitable<asio::error_code> readLines(Stream& stream, LineSink& sink, Line
     }
     if (!lines.empty()) co_await sink.take(std::move(lines), Durability::Soon);
     if (fault) co_return fault;
+    if (!reading.possible()) co_return std::make_error_code(std::errc::bad_message);
   }
 }
 

@@ -13,6 +13,9 @@ struct Maker {
   TransportPointer operator()(const SerialSettings& settings) const { return makeSerial(settings, context, sink); }
   TransportPointer operator()(const ListenSettings& settings) const { return makeTcpListen(settings, context, sink); }
   TransportPointer operator()(const ConnectSettings& settings) const { return makeTcpConnect(settings, context, sink); }
+  TransportPointer operator()(const Mitel5000Settings& settings) const {
+    return makeMitel5000(settings, context, sink);
+  }
   TransportPointer operator()(const UdpSettings& settings) const { return makeUdp(settings, context, sink); }
   TransportPointer operator()(const FileSettings& settings) const { return makeFileFollower(settings, context, sink); }
   TransportPointer operator()(const FolderSettings& settings) const {
@@ -26,7 +29,7 @@ struct Maker {
 
 // In the order of the variant.
 constexpr std::array<const char*, std::variant_size_v<TransportSettings>> kNames = {
-    "serial", "listen", "connect", "udp", "file", "folder", "ami", "http", "get", "sql"};
+    "serial", "listen", "connect", "mitel5000", "udp", "file", "folder", "ami", "http", "get", "sql"};
 
 }  // namespace
 

@@ -42,6 +42,14 @@ struct ConnectSettings {
   std::vector<LoginStep> login;
 };
 
+// Mitel 5000, Inter-Tel 5000, Axxess: a login and records of their own over TCP.
+struct Mitel5000Settings {
+  std::string host;
+  std::uint16_t port = 4000;
+  std::string password;  // of the exchange's SMDR socket: ASCII, kLongestMitelPassword characters at most
+};
+inline constexpr std::size_t kLongestMitelPassword = 15;
+
 struct UdpSettings {
   std::string address = "0.0.0.0";
   std::uint16_t port = 0;
@@ -107,10 +115,11 @@ struct SqlSettings {
   unsigned overlap = 14400;          // seconds: longer than the longest call
 };
 
-using TransportSettings = std::variant<SerialSettings, ListenSettings, ConnectSettings, UdpSettings, FileSettings,
-                                       FolderSettings, AmiSettings, HttpSettings, GetSettings, SqlSettings>;
+using TransportSettings =
+    std::variant<SerialSettings, ListenSettings, ConnectSettings, Mitel5000Settings, UdpSettings, FileSettings,
+                 FolderSettings, AmiSettings, HttpSettings, GetSettings, SqlSettings>;
 
-// The key of the site file: serial, listen, connect, udp, file, folder, ami, http, get, sql.
+// The key of the site file: serial, listen, connect, mitel5000, udp, file, folder, ami, http, get, sql.
 [[nodiscard]] const char* transportName(const TransportSettings& settings);
 
 }  // namespace capture

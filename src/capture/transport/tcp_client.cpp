@@ -4,6 +4,7 @@
 #include <asio/write.hpp>
 
 #include "capture/journal/journal_entry.h"
+#include "capture/transport/line_reading.h"
 
 namespace capture {
 
@@ -15,6 +16,7 @@ constexpr std::chrono::seconds kConnectLimit{10};
 constexpr std::chrono::seconds kAnswerLimit{30};
 constexpr std::size_t kLongestAnswer = 64 * 1024;
 constexpr std::size_t kClientPiece = 4096;
+constexpr std::size_t kClientBuffer = 16 * 1024;
 
 }  // namespace
 
@@ -102,6 +104,15 @@ asio::awaitable<void> TcpClient::send(const std::string& text) {
   co_await asio::async_write(socket_, asio::buffer(text), asio::redirect_error(asio::use_awaitable, fault));
   endLimit();
   if (fault) fail("cannot send (" + fault.message() + ")");
+}
+
+asio::awaitable<void> TcpClient::readToTheEnd(StreamReading& reading) {
+  const asio::error_code end = co_await readLines(socket_, sink(), reading, kClientBuffer);
+  if (end == asio::error::operation_aborted) co_await takeArrived(socket_, sink(), reading);
+  disconnect();
+  if (stopping()) co_return;
+  if (end == std::errc::bad_message) fail("what it sends are no records with their length before them");
+  fail("the connection has ended" + (end == asio::error::eof ? "" : " (" + end.message() + ")"));
 }
 
 }  // namespace capture

@@ -24,13 +24,18 @@ class TcpClient : public SessionTransport {
   asio::awaitable<std::string> readUntil(std::string end, std::chrono::seconds limit);
   [[nodiscard]] std::string takeUnread();
 
+  // Reads the lines until the connection ends, takes what has arrived when the transport is stopped, and closes. Throws
+  // ConnectionFault when it was not stopped.
+  asio::awaitable<void> readToTheEnd(StreamReading& reading);
+
+  // Throws ConnectionFault, naming the other side.
+  [[noreturn]] void fail(const std::string& what) const;
   void disconnect();
   [[nodiscard]] asio::ip::tcp::socket& socket() { return socket_; }
 
  private:
   void startLimit(std::chrono::seconds time);
   void endLimit() { limit_.cancel(); }
-  [[noreturn]] void fail(const std::string& what) const;
 
   asio::ip::tcp::socket socket_;
   asio::ip::tcp::resolver resolver_;

@@ -1,15 +1,9 @@
-#include <asio/connect.hpp>
-#include <asio/ip/tcp.hpp>
-#include <asio/write.hpp>
-
 #include "capture/transport/kinds.h"
 #include "capture/transport/tcp_client.h"
 
 namespace capture {
 
 namespace {
-
-constexpr std::size_t kConnectBuffer = 16 * 1024;
 
 // The exchange listens; we connect, log in where it wants that, and stay.
 class TcpConnect : public TcpClient {
@@ -30,13 +24,7 @@ class TcpConnect : public TcpClient {
     sink().breakCame();
     established("connected to " + settings_.host + ":" + std::to_string(settings_.port));
     if (!lines.empty()) co_await sink().take(std::move(lines), Durability::Soon);
-    const asio::error_code end = co_await readLines(socket(), sink(), reading, kConnectBuffer);
-    if (end == asio::error::operation_aborted) co_await takeArrived(socket(), sink(), reading);
-    disconnect();
-    if (!stopping()) {
-      throw ConnectionFault(settings_.host + ": the connection has ended" +
-                            (end == asio::error::eof ? "" : " (" + end.message() + ")"));
-    }
+    co_await readToTheEnd(reading);
   }
 
  private:

@@ -22,7 +22,7 @@ void noticeDeadPeers(asio::ip::tcp::socket& socket) {
   setNumber(handle, IPPROTO_TCP, TCP_KEEPCNT, 4);
 }
 
-asio::awaitable<void> takeArrived(asio::ip::tcp::socket& socket, LineSink& sink, LineReading& reading) {
+asio::awaitable<void> takeArrived(asio::ip::tcp::socket& socket, LineSink& sink, StreamReading& reading) {
   std::vector<TakenLine> lines;
   std::string bytes(16 * 1024, '\0');
   asio::error_code fault;

@@ -11,6 +11,6 @@ namespace capture {
 void noticeDeadPeers(asio::ip::tcp::socket& socket);
 
 // Takes what has arrived on a connection that is about to be closed: the sender believes that we have it.
-asio::awaitable<void> takeArrived(asio::ip::tcp::socket& socket, LineSink& sink, LineReading& reading);
+asio::awaitable<void> takeArrived(asio::ip::tcp::socket& socket, LineSink& sink, StreamReading& reading);
 
 }  // namespace capture

@@ -27,6 +27,7 @@ constexpr ExchangeField kSerial[] = {
 constexpr ExchangeField kListen[] = {kPort, kAddress, kAllow};
 constexpr ExchangeField kConnectFields[] = {
     kHost, kPort, {"login", "IDS_EXCHANGE_LOGIN", Kind::Steps, "- | SMDR\nPassword: | PCCSMDR"}};
+constexpr ExchangeField kMitel5000[] = {kHost, {"port", "IDS_EXCHANGE_PORT", Kind::Number, "4000"}, kPassword};
 constexpr ExchangeField kFile[] = {
     {"path", "IDS_EXCHANGE_FILE", Kind::Text, "/var/log/asterisk/cdr-csv/Master.csv"},
     {"from", "IDS_EXCHANGE_FROM", Kind::Choice, "", "start=IDS_EXCHANGE_FROM_START,end=IDS_EXCHANGE_FROM_END"},
@@ -76,6 +77,7 @@ constexpr ExchangeTransport kTransports[] = {
     {"serial", "IDS_EXCHANGE_SERIAL", kSerial},
     {"listen", "IDS_EXCHANGE_LISTEN", kListen},
     {"connect", "IDS_EXCHANGE_CONNECT", kConnectFields},
+    {"mitel5000", "IDS_EXCHANGE_MITEL5000", kMitel5000},
     {"udp", "IDS_EXCHANGE_UDP", kListen},
     {"file", "IDS_EXCHANGE_FOLLOW", kFile},
     {"folder", "IDS_EXCHANGE_WATCH", kFolder},

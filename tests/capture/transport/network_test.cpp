@@ -3,6 +3,7 @@
 
 #include <thread>
 
+#include "capture/framing/length_framer.h"
 #include "capture/transport/http_body.h"
 #include "sockets.h"
 #include "transport_run.h"
@@ -101,6 +102,40 @@ TEST(TcpConnect, LogsInAndComesBackAfterALoss) {
   EXPECT_EQ(" line 1| line 2|", run.sink->all()) << "the blank behind the question for the password is the line's";
   EXPECT_TRUE(run.until([&] { return !run.sink->isConnected; }));
   EXPECT_NE(std::string::npos, run.sink->state.find("the connection has ended"));
+}
+
+TEST(Mitel5000, LogsInByBytesAndTakesRecordsByTheirLength) {
+  using namespace std::string_literals;
+  const Socket server = Socket::listen();
+  TransportRun run(Mitel5000Settings{"127.0.0.1", server.port(), "12345678"});
+  ASSERT_TRUE(run.until([&] { return server.isReadable(); }));
+  Socket exchange = server.accept();
+  ASSERT_TRUE(run.until([&] { return exchange.isReadable(); }));
+  EXPECT_EQ("\x0A\0\0\0\x84\x31\x32\x33\x34\x35\x36\x37\x38\0"s, exchange.receive());
+  const std::string records = withLength("TLC 11202\r\n") + withLength("") + withLength("IN  11220\r\n");
+  for (const char byte : records + "\x08\0\0\0ha"s) {
+    exchange.send(std::string(1, byte));
+    run.rest(std::chrono::milliseconds(0));
+  }
+  ASSERT_TRUE(run.untilLines(2));
+  exchange = Socket();
+  ASSERT_TRUE(run.until([&] { return !run.sink->isConnected; }));
+  EXPECT_EQ("TLC 11202|IN  11220|", run.sink->all());
+  EXPECT_EQ(6U, run.sink->lostBytes) << "a record that is not complete is none";
+
+  ASSERT_TRUE(run.until([&] { return server.isReadable(); })) << "it comes back";
+  exchange = server.accept();
+  exchange.send(withLength("OP  11202\r\n") + "no length");
+  EXPECT_TRUE(run.until([&] { return run.sink->state.find("no records with their length") != std::string::npos; }));
+  EXPECT_EQ("TLC 11202|IN  11220|OP  11202|", run.sink->all());
+  EXPECT_EQ(2, run.sink->breaks);
+
+  ASSERT_TRUE(run.until([&] { return server.isReadable(); }));
+  exchange = server.accept();
+  ASSERT_TRUE(run.until([&] { return exchange.isReadable(); }));
+  EXPECT_EQ(14U, exchange.receive().size());
+  exchange = Socket();
+  EXPECT_TRUE(run.until([&] { return run.sink->state.find("look at the password") != std::string::npos; }));
 }
 
 TEST(Udp, EveryDatagramHoldsWholeLines) {
