@@ -20,9 +20,9 @@ namespace jet {
 
 enum class OpenMode { ReadWrite, ReadOnly };
 
-// An open database file. Statements are texts of the Jet SQL dialect, one a text; they are parsed, checked against the
-// closed grammar and function list, and only then run. A Database belongs to one thread at a time; several copies, in
-// one process or in many, may have the same file open.
+// An open database: a file, or a schema on a PostgreSQL server. Statements are texts of the Jet SQL dialect, one a
+// text; they are parsed, checked against the closed grammar and function list, and only then run. A Database belongs to
+// one thread at a time; several copies, in one process or in many, may have the same file open.
 class Database {
  public:
   virtual ~Database() = default;
@@ -35,7 +35,8 @@ class Database {
   // A dynaset over a select.
   virtual std::unique_ptr<Recordset> openRecordset(std::string_view sql) = 0;
   // The finished rows of a select. May be answered from memory: the answer is the one that the select would give now,
-  // and a change by this or another copy is seen by the next call (within a ReadView: by the next view).
+  // and a change by this or another copy is seen by the next call (within a ReadView: by the next view). Of a change by
+  // a copy on another machine, the next ReadView and Transaction know at once, other calls some milliseconds later.
   virtual Snapshot openSnapshot(std::string_view sql) = 0;
   // The rows of a select as a scrollable list.
   virtual std::unique_ptr<RowWindow> openWindow(std::string_view sql) = 0;
@@ -139,9 +140,10 @@ class AsStored {
   Database& database_;
 };
 
-// Opens a file. `connect` is the documented connect text (";pwd=..."), which this driver's files do not need.
+// Opens a file, or a database on a server ("postgresql://user@host:port/database/tallybook.mdb": postgres/address.h).
+// `connect` is the documented connect text (";pwd=..."), which this driver's files do not need.
 // Errors name the file: 3024 missing, 3051 no right or not writable, 3343 not one of this program's files; a file that
-// is an old Jet database is 3343 with a description that says how to convert it.
+// is an old Jet database is 3343 with a description that says how to convert it. 3151 when there is no server.
 std::unique_ptr<Database> openDatabase(const std::filesystem::path& path, OpenMode mode, std::string_view connect = {});
 
 // Opens a file for reading and writing or, where it cannot be written now (rights, a full disk), for reading. Throws as
@@ -158,7 +160,7 @@ bool isReservedTableName(std::string_view name);
 // Name and version of the library behind the database files, for a person.
 std::string databaseLibrary();
 
-// Makes a new, empty file; refuses (3204) when it exists.
+// Makes a new, empty file or database on a server; refuses (3204) when it exists.
 std::unique_ptr<Database> createDatabase(const std::filesystem::path& path);
 
 }  // namespace jet

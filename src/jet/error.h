@@ -12,7 +12,8 @@ namespace jet {
 //   3075 syntax error                         3078 unknown table               3085 undefined function
 //   3163 text longer than column              3167 record is deleted           3183 disk full
 //   3260 locked by another copy               3265 unknown field               3343 unrecognised file format
-//   3421 value cannot be converted            3000 any other fault
+//   3421 value cannot be converted            3151 connection to the server lost, or none
+//   3000 any other fault
 class Error : public std::runtime_error {
  public:
   Error(int number, const std::string& description, std::string statement = {})
@@ -24,7 +25,11 @@ class Error : public std::runtime_error {
   // True when the operator stopped the work: nothing to complain about.
   [[nodiscard]] bool canceled() const { return number_ == kCanceled; }
 
+  // True when the server cannot be reached (any more): the database has to be opened anew.
+  [[nodiscard]] bool connectionLost() const { return number_ == kConnectionLost; }
+
   static constexpr int kCanceled = 3059;
+  static constexpr int kConnectionLost = 3151;
 
  private:
   int number_;

@@ -1,5 +1,7 @@
 #include "jet/table_def.h"
 
+#include <algorithm>
+
 #include "base/text.h"
 
 namespace jet {
@@ -9,6 +11,11 @@ const FieldDef* TableDef::find(std::string_view field) const {
     if (base::equalFoldAscii(candidate.name, field)) return &candidate;
   }
   return nullptr;
+}
+
+bool TableDef::leadsAnIndex(std::string_view field) const {
+  return std::ranges::any_of(indexes,
+                             [&](const IndexDef& index) { return base::equalFoldAscii(index.fields.front(), field); });
 }
 
 }  // namespace jet

@@ -29,6 +29,8 @@ struct TableDef {
 
   // The field of that name (case ignored); nothing when there is none.
   [[nodiscard]] const FieldDef* find(std::string_view field) const;
+  // Whether an index begins with that field.
+  [[nodiscard]] bool leadsAnIndex(std::string_view field) const;
 };
 
 }  // namespace jet

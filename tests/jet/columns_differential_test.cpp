@@ -115,8 +115,8 @@ class CallsDifferentialTest : public DifferentialTest {
       }
       case 4:
         byOthers(
-            "delete from Calls where RecordID % 50 = 7;"
-            "insert into Calls (RecordID, Extension, TotalTime) values (7, 'before', 12)");
+            "delete from \"Calls\" where \"RecordID\" % 50 = 7;"
+            "insert into \"Calls\" (\"RecordID\", \"Extension\", \"TotalTime\") values (7, 'before', 12)");
         break;
       case 5:
         calls_->moveFirst();
@@ -130,6 +130,12 @@ class CallsDifferentialTest : public DifferentialTest {
   }
 
   void byOthers(const std::string& sql) {
+    if (place_.onServer()) {
+      support::OtherProgram program(place_.address());
+      program.run("SET search_path = " + place_.schema("test.mdb"));
+      program.run(sql);
+      return;
+    }
     sqlite3* other = nullptr;
     ASSERT_EQ(sqlite3_open(file_.c_str(), &other), SQLITE_OK);
     EXPECT_EQ(sqlite3_exec(other, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(other);

@@ -4,14 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "database_fixture.h"
 #include "jet/error.h"
-#include "sqlite_fixture.h"
 
 namespace jet::test {
 
 // For tests that answer each of many selects, put together by chance, in two ways: rows, their order and the types of
 // their values must be the same.
-class DifferentialTest : public SqliteTest {
+class DifferentialTest : public DatabaseFixture {
  protected:
   const std::string& one(const std::vector<std::string>& choices) {
     return choices[std::uniform_int_distribution<std::size_t>(0, choices.size() - 1)(random_)];

@@ -284,7 +284,7 @@ class FakeDriver : public engine::Driver {
   [[nodiscard]] bool inTransaction() const override { return !saved_.empty(); }
   void beginView() override {}
   void endView() noexcept override {}
-  void lookForChanges(engine::ChangeListener&) override {}
+  void lookForChanges(engine::ChangeListener&, bool) override {}
   void makeDurable() override {}
   std::vector<TableRows> copyTo(const std::filesystem::path&) override { return {}; }
   std::vector<std::string> damage() override { return {}; }

@@ -14,7 +14,7 @@ namespace {
 // A driver whose tables other connections change, too.
 class SharedTables final : public FakeDriver {
  public:
-  void lookForChanges(engine::ChangeListener& listener) override {
+  void lookForChanges(engine::ChangeListener& listener, bool) override {
     for (const std::string& table : changed_) listener.tableChanged(table);
     changed_.clear();
   }

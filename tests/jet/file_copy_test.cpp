@@ -2,14 +2,14 @@
 
 #include <fstream>
 
+#include "database_fixture.h"
 #include "jet/error.h"
-#include "sqlite_fixture.h"
 
 namespace jet::test {
 
-class FileCopyTest : public SqliteTest {
+class FileCopyTest : public DatabaseFixture {
  protected:
-  FileCopyTest() {
+  FileCopyTest() : DatabaseFixture(Where::InAFolder) {
     TableDef table;
     table.name = "Calls";
     table.fields = {{.name = "id", .type = Type::Long}, {.name = "name", .type = Type::Text, .size = 50}};
@@ -20,7 +20,7 @@ class FileCopyTest : public SqliteTest {
                          "')");
     }
     transaction.commit();
-    copy_ = folder_ / "copy.mdb";
+    copy_ = place_.folder() / "copy.mdb";
   }
 
   static constexpr int kRows = 40'000;  // more pages than are copied in one step
@@ -62,7 +62,7 @@ TEST_F(FileCopyTest, NothingIsReplaced) {
   std::ofstream(copy_) << "a file of somebody's";
   EXPECT_EQ(errorOf([&] { database_->copyTo(copy_); }), 3204);
   EXPECT_EQ(std::filesystem::file_size(copy_), 20U);
-  EXPECT_EQ(errorOf([&] { database_->copyTo(folder_ / "nowhere" / "copy.mdb"); }), 3051);
+  EXPECT_EQ(errorOf([&] { database_->copyTo(place_.folder() / "nowhere" / "copy.mdb"); }), 3051);
 }
 
 TEST_F(FileCopyTest, DamageIsFound) {

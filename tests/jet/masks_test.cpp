@@ -1,6 +1,6 @@
 #include "jet/masks.h"
 
-#include "jet/sqlite_fixture.h"
+#include "jet/database_fixture.h"
 
 namespace jet {
 namespace {
@@ -35,7 +35,7 @@ TEST(MaskFunctions, HideTheLastDigits) {
   }
 }
 
-class MasksTest : public test::SqliteTest {
+class MasksTest : public test::DatabaseFixture {
  protected:
   MasksTest() {
     database_->createTable({.name = "T",

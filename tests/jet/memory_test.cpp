@@ -1,13 +1,13 @@
 #include "base/printf.h"
+#include "database_fixture.h"
 #include "jet/engine/memory/contains_index.h"
 #include "jet/error.h"
-#include "sqlite_fixture.h"
 
 namespace jet::test {
 
 namespace {
 
-class MemoryTest : public SqliteTest {
+class MemoryTest : public DatabaseFixture {
  protected:
   MemoryTest() {
     database_->createTable({.name = "Numbers", .fields = {{.name = "number", .type = Type::Text}}});
@@ -115,11 +115,13 @@ TEST_F(MemoryTest, AChangeByAnotherCopyIsSeenByTheNextSelect) {
   EXPECT_EQ(database_->openSnapshot(all).rowCount(), 0U);
   for (int i = 1; i < 20; ++i) {
     other->execute(base::format("insert into Numbers ([number]) values ('%d')", i));
+    seeOthers();
     EXPECT_EQ(database_->openSnapshot(all).rowCount(), static_cast<std::size_t>(i));
     EXPECT_EQ(database_->openSnapshot(base::format(one, std::to_string(i))).rowCount(), 1U);
     EXPECT_EQ(database_->openSnapshot(base::format(one, std::to_string(i + 1))).rowCount(), 0U);
   }
   other->execute("delete from Numbers");
+  seeOthers();
   EXPECT_TRUE(database_->openSnapshot(all).empty());
 }
 
@@ -134,6 +136,7 @@ TEST_F(MemoryTest, WithinAReadViewTheRowsOfItsStartServe) {
     database_->execute("insert into Numbers ([number]) values ('2')");
     EXPECT_EQ(database_->openSnapshot(all).rowCount(), 2U) << "an own change is seen at once";
   }
+  seeOthers();
   EXPECT_EQ(database_->openSnapshot(all).rowCount(), 2U);
 }
 

@@ -6,9 +6,10 @@
 
 #include "fake_driver.h"
 #include "jet/engine/engine.h"
+#include "jet/postgres/postgres_driver.h"
 #include "jet/sqlite/sqlite_driver.h"
 #include "statement_corpus.h"
-#include "support/temporary_folder.h"
+#include "support/test_place.h"
 
 namespace jet::test {
 
@@ -152,8 +153,8 @@ class CorpusTest : public ::testing::TestWithParam<std::string> {
 
 struct EmptyFile {
   EmptyFile() { createDatabase(file); }
-  support::TemporaryFolder folder;
-  std::filesystem::path file = folder / "test.mdb";
+  support::TestPlace place{support::TestPlace::Where::InAFolder};
+  std::filesystem::path file = place.database("test.mdb");
 };
 
 class OnSqlite : private EmptyFile, public CorpusTest {
@@ -167,6 +168,31 @@ TEST_P(OnSqlite, EveryPathGivesTheRows) {
   if (GetParam() == "groups.txt") {
     EXPECT_GE(statistics_, 5) << "columns answer statistics";
   }
+}
+
+struct EmptySchema {
+  EmptySchema() {
+    if (place.onServer()) createDatabase(address);
+  }
+  std::unique_ptr<engine::Driver> driver() const {
+    if (!place.onServer()) return std::make_unique<FakeDriver>();
+    return std::make_unique<postgres::PostgresDriver>(postgres::Address(address.native()), OpenMode::ReadWrite, false);
+  }
+  support::TestPlace place;
+  std::filesystem::path address = place.database("test.mdb");
+};
+
+// When the environment names a server.
+class OnPostgres : private EmptySchema, public CorpusTest {
+ protected:
+  OnPostgres() : CorpusTest(driver(), address) {}
+  [[nodiscard]] bool hasServer() const { return place.onServer(); }
+};
+
+TEST_P(OnPostgres, EveryPathGivesTheRows) {
+  if (!hasServer()) GTEST_SKIP() << "TALLYBOOK_TEST_POSTGRES names no server";
+  runFile(GetParam());
+  EXPECT_EQ(done_, selects_);
 }
 
 class OnTablesInMemory : public CorpusTest {
@@ -195,6 +221,7 @@ std::string caseName(const ::testing::TestParamInfo<std::string>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, OnSqlite, ::testing::ValuesIn(caseFiles()), caseName);
+INSTANTIATE_TEST_SUITE_P(Cases, OnPostgres, ::testing::ValuesIn(caseFiles()), caseName);
 INSTANTIATE_TEST_SUITE_P(Cases, OnTablesInMemory, ::testing::ValuesIn(caseFiles()), caseName);
 
 }  // namespace

@@ -130,7 +130,8 @@ class ChangeListener {
  public:
   virtual ~ChangeListener() = default;
   virtual void tableChanged(std::string_view table) = 0;
-  virtual void everythingChanged() = 0;  // when the driver cannot tell which table it was
+  virtual void tableAppended(std::string_view table) = 0;  // rows were put behind all others, and that was all
+  virtual void everythingChanged() = 0;                    // when the driver cannot tell which table it was
   virtual void definitionsChanged() = 0;
 };
 
@@ -196,8 +197,9 @@ class Driver {
   virtual void beginView() = 0;
   virtual void endView() noexcept = 0;
 
-  // Tells what other connections changed since the last call. Cheap: it is asked before every statement.
-  virtual void lookForChanges(ChangeListener& listener) = 0;
+  // Tells what other connections changed since the last call. Cheap: it is asked before every statement. A driver that
+  // hears of changes from a server may be late by some milliseconds, but not when it is to look `closely`.
+  virtual void lookForChanges(ChangeListener& listener, bool closely) = 0;
 
   // Waits until everything that was committed is on the disk.
   virtual void makeDurable() = 0;

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "jet/engine/dynaset.h"
+#include "jet/engine/faults.h"
 #include "jet/engine/static_recordset.h"
 #include "jet/engine/windows.h"
 #include "jet/error.h"
@@ -55,10 +56,7 @@ void Engine::watch(std::function<bool()> watcher) {
 }
 
 void Engine::requireWritable(std::string_view statement) {
-  if (readOnly()) {
-    throw Error(3027, "Cannot update " + driver_->describe() + ": it is open for reading only.",
-                std::string(statement));
-  }
+  if (readOnly()) throw readOnlyFault(driver_->describe(), std::string(statement));
   if (depth_ > 0 && !driver_->inTransaction()) {
     throw Error(3000, driver_->describe() + ": the changes begun were undone by an earlier fault. Begin them again.",
                 std::string(statement));
@@ -209,7 +207,7 @@ void Engine::rollback() noexcept {
 }
 
 void Engine::beginReadView() {
-  versions_.refresh();
+  versions_.refresh(true);
   versions_.hold();
 }
 

@@ -45,4 +45,13 @@ SiteValue classifyOwnPrefixes(const Value& text, const std::vector<std::string>&
   return value;
 }
 
+std::string containedPattern(std::string_view text) {
+  std::string pattern = "%";
+  for (const char c : text) {
+    if (c == '%' || c == '_' || c == '\\') pattern += '\\';
+    pattern += c;
+  }
+  return pattern + '%';
+}
+
 }  // namespace jet::engine

@@ -16,4 +16,7 @@ SiteValue classifyPattern(const Value& pattern);
 // wildcards, and those of `wildcardPrefixes` that match. General when there are too many, or letters beyond ASCII.
 SiteValue classifyOwnPrefixes(const Value& text, const std::vector<std::string>& wildcardPrefixes);
 
+// The text anywhere, as a pattern of standard SQL's LIKE with "\\" before what would be a wildcard.
+std::string containedPattern(std::string_view text);
+
 }  // namespace jet::engine

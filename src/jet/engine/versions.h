@@ -30,8 +30,8 @@ class Versions final : private ChangeListener {
   [[nodiscard]] const std::uint64_t& everything() const { return everything_; }
 
   // Looks for changes by other connections, unless held still.
-  void refresh() {
-    if (held_ == 0) driver_.lookForChanges(*this);
+  void refresh(bool closely = false) {
+    if (held_ == 0) driver_.lookForChanges(*this, closely);
   }
   // While held, nothing is looked for: nobody else can have written, or what was current at the start serves.
   void hold() { ++held_; }
@@ -39,6 +39,7 @@ class Versions final : private ChangeListener {
 
  private:
   void tableChanged(std::string_view table) override { noteChange(table); }
+  void tableAppended(std::string_view table) override { noteAppended(table); }
   void everythingChanged() override { touchAll(); }
   void definitionsChanged() override { touchAll(); }
 

@@ -9,4 +9,13 @@ std::string keyColumn(const TableDef& table) {
   return quotedName(kRowKey);
 }
 
+std::string quotedText(std::string_view text) {
+  std::string result = "'";
+  for (const char c : text) {
+    if (c == '\'') result += '\'';
+    result += c;
+  }
+  return result + "'";
+}
+
 }  // namespace jet::postgres

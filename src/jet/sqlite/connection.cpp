@@ -10,6 +10,7 @@
 #include <system_error>
 #include <thread>
 
+#include "jet/engine/faults.h"
 #include "jet/sqlite/file_check.h"
 
 namespace jet::sqlite {
@@ -207,8 +208,7 @@ void Connection::fail(int code, std::string_view statement) {
   switch (code & 0xFF) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-      throw Error(3260, name + " is locked by another copy of the program. Wait until its work is done and try again.",
-                  text);
+      throw engine::lockedFault(name, text);
     case SQLITE_IOERR:
       if (handle_ == nullptr ||
           !(isFull(sqlite3_system_errno(handle_)) || isBeyondSizeLimit(sqlite3_extended_errcode(handle_)))) {
@@ -216,17 +216,17 @@ void Connection::fail(int code, std::string_view statement) {
       }
       [[fallthrough]];
     case SQLITE_FULL:
-      throw Error(3183, "The disk that holds " + name + " is full. Free some space and try again.", text);
+      throw engine::fullDiskFault(name, text);
     case SQLITE_READONLY:
-      throw Error(3027, "Cannot update " + name + ": it is open for reading only.", text);
+      throw engine::readOnlyFault(name, text);
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
       throw Error(3343, name + " is damaged or is not a Tallybook database (" + reason + "). Restore it from a copy.",
                   text);
     case SQLITE_INTERRUPT:
-      throw Error(Error::kCanceled, "Operation canceled by user.", text);
+      throw engine::canceledFault(text);
     case SQLITE_CONSTRAINT:
-      throw Error(3022, "The change to " + name + " would create a duplicate key (" + reason + ").", text);
+      throw engine::duplicateKeyFault(name, reason, text);
     case SQLITE_CANTOPEN:
     case SQLITE_PERM:
     case SQLITE_AUTH:

@@ -1,7 +1,5 @@
 #include "jet/sqlite/plain_columns.h"
 
-#include <algorithm>
-
 #include "base/text.h"
 
 namespace jet::sqlite {
@@ -13,16 +11,11 @@ std::string beyondAscii(const std::string& field) {
   return quotedName(field) + " GLOB '*[^ -~]*'";
 }
 
-bool leadsAnIndex(const TableDef& table, const std::string& field) {
-  return std::ranges::any_of(table.indexes,
-                             [&](const IndexDef& index) { return base::equalFoldAscii(index.fields.front(), field); });
-}
-
 }  // namespace
 
 std::string lettersIndexName(const TableDef& table, const std::string& field) {
   const FieldDef* const found = table.find(field);
-  if (found == nullptr || found->type != Type::Text || !leadsAnIndex(table, field)) return {};
+  if (found == nullptr || found->type != Type::Text || !table.leadsAnIndex(field)) return {};
   return "ix_" + table.name + "_" + found->name + "_letters";
 }
 

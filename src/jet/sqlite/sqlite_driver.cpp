@@ -108,9 +108,7 @@ engine::Extent SqliteDriver::extent(const TableDef& table) {
 
 bool SqliteDriver::readsInOrder(const TableDef& table, std::size_t field) {
   if (table.fields[field].type == Type::Text) return plainColumns_.isPlain(table, field);
-  return std::ranges::any_of(table.indexes, [&](const IndexDef& index) {
-    return base::equalFoldAscii(index.fields.front(), table.fields[field].name);
-  });
+  return table.leadsAnIndex(table.fields[field].name);
 }
 
 void SqliteDriver::attempt(const std::string& sql) noexcept {
@@ -149,7 +147,7 @@ std::int64_t SqliteDriver::read(sqlite3_stmt* pragma) {
 }
 
 // SQLite tells that another connection committed something, not what.
-void SqliteDriver::lookForChanges(engine::ChangeListener& listener) {
+void SqliteDriver::lookForChanges(engine::ChangeListener& listener, bool) {
   if (!connection_.mayHaveMoved()) return;
   const std::int64_t data = read(dataVersion_.get());
   if (data == lastData_) return;

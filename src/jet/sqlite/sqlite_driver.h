@@ -46,7 +46,7 @@ class SqliteDriver final : public engine::Driver {
   void beginView() override { connection_.run("SAVEPOINT jet_view"); }
   void endView() noexcept override { attempt("RELEASE jet_view"); }
 
-  void lookForChanges(engine::ChangeListener& listener) override;
+  void lookForChanges(engine::ChangeListener& listener, bool closely) override;
   void makeDurable() override { connection_.makeDurable(); }
   std::vector<TableRows> copyTo(const std::filesystem::path& file) override;
   std::vector<std::string> damage() override;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "jet/engine/site_values.h"
+
 namespace jet::sqlite {
 
 namespace {
@@ -18,15 +20,6 @@ std::string prefixEnd(std::string prefix) {
   // 'A'..'Z' stand where 'a'..'z' are, so '[' comes next after '@'.
   last = last == '@' ? '[' : static_cast<char>(last + 1);
   return prefix;
-}
-
-std::string containedPattern(const std::string& text) {
-  std::string pattern = "%";
-  for (const char c : text) {
-    if (c == '%' || c == '_' || c == '\\') pattern += '\\';
-    pattern += c;
-  }
-  return pattern + '%';
 }
 
 }  // namespace
@@ -58,7 +51,7 @@ void SqliteQuery::bind(const engine::Arguments& arguments) {
         bindText(statement, parameter, prefixEnd(arguments.sites[binding.site].text), false);
         break;
       case Binding::Kind::Contained:
-        bindText(statement, parameter, containedPattern(arguments.sites[binding.site].text), false);
+        bindText(statement, parameter, engine::containedPattern(arguments.sites[binding.site].text), false);
         break;
       case Binding::Kind::OwnPrefix:
         bindText(statement, parameter, arguments.sites[binding.site].prefixes[binding.index], true);

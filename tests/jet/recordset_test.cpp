@@ -1,10 +1,10 @@
-#include "sqlite_fixture.h"
+#include "database_fixture.h"
 
 namespace jet::test {
 
 namespace {
 
-class RecordsetTest : public SqliteTest {
+class RecordsetTest : public DatabaseFixture {
  protected:
   RecordsetTest() {
     database_->createTable({.name = "Log",
@@ -165,6 +165,7 @@ TEST_F(RecordsetTest, AnotherCopysChangesAreSeen) {
 
   other->execute("delete from Log where Level = 2");
   other->execute("update Log set Level = 30 where Level = 3");
+  seeOthers();
   EXPECT_NE(database_->tableVersion("Log"), version);
   log->moveNext();
   EXPECT_EQ(errorOf([&] { log->get("Level"); }), 3167) << "a deleted row keeps its place until the keys are read again";
@@ -176,6 +177,7 @@ TEST_F(RecordsetTest, AnotherCopysChangesAreSeen) {
   EXPECT_EQ(errorOf([&] { log->edit(); }), 3167);
 
   other->execute("ALTER table Log ADD COLUMN Folder TEXT");
+  seeOthers();
   log->moveFirst();
   EXPECT_EQ(rows("select Folder from Log where Level = 1"), "");
   EXPECT_TRUE(database_->tableDef("log").find("Folder") != nullptr);

@@ -1,31 +1,25 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <memory>
 #include <string>
 
 #include "jet/database.h"
+#include "support/test_place.h"
 
 namespace jet::test {
 
-// A database file in a folder of its own, gone after the test.
-class SqliteTest : public ::testing::Test {
+// A database of a test's own: a file, or on the server that the environment names (support::TestPlace).
+class DatabaseFixture : public ::testing::Test {
  protected:
-  SqliteTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tallybook-jet-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-    file_ = folder_ / "test.mdb";
-    database_ = createDatabase(file_);
-  }
-  ~SqliteTest() override {
-    database_.reset();
-    std::error_code ignored;
-    std::filesystem::permissions(folder_, std::filesystem::perms::owner_all, ignored);
-    std::filesystem::remove_all(folder_, ignored);
-  }
+  using Where = support::TestPlace::Where;
+  explicit DatabaseFixture(Where where = Where::AsTheEnvironmentSays)
+      : place_(where), file_(place_.database("test.mdb")), database_(createDatabase(file_)) {}
+
+  // From here on the connection knows of what others committed before.
+  void seeOthers() { const ReadView now(*database_); }
 
   // The rows as "a|b;c|d".
   std::string rows(std::string_view sql) { return rows(*database_, sql); }
@@ -49,7 +43,7 @@ class SqliteTest : public ::testing::Test {
     return 0;
   }
 
-  std::filesystem::path folder_;
+  support::TestPlace place_;
   std::filesystem::path file_;
   std::unique_ptr<Database> database_;
 };

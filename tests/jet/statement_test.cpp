@@ -1,10 +1,10 @@
-#include "sqlite_fixture.h"
+#include "database_fixture.h"
 
 namespace jet::test {
 
 namespace {
 
-class StatementTest : public SqliteTest {
+class StatementTest : public DatabaseFixture {
  protected:
   StatementTest() {
     database_->createTable({.name = "Calls",

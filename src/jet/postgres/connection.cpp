@@ -1,0 +1,351 @@
+#include "jet/postgres/connection.h"
+
+#include <poll.h>
+
+#include <array>
+#include <cerrno>
+
+#include "jet/engine/faults.h"
+#include "jet/postgres/names.h"
+#include "jet/postgres/sql_states.h"
+
+namespace jet::postgres {
+
+namespace {
+
+// How often the watcher is called.
+constexpr std::chrono::milliseconds kWatchStep{4};
+// Names of statements that are dropped in one go.
+constexpr std::size_t kManyDropped = 50;
+
+// What a connection is told at its start. A dead network is noticed within half a minute; what the address says holds
+// before it, what the driver relies on behind.
+constexpr std::array kDefaults{
+    std::pair{"connect_timeout", "10"},     std::pair{"keepalives_idle", "10"},
+    std::pair{"keepalives_interval", "5"},  std::pair{"keepalives_count", "3"},
+    std::pair{"tcp_user_timeout", "25000"}, std::pair{"fallback_application_name", "tallybook"}};
+
+std::string trimmed(const char* message) {
+  std::string text = message != nullptr ? message : "";
+  while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
+  return text;
+}
+
+bool isLoss(std::string_view state) {
+  return state.starts_with("08") || state == "57P01" || state == "57P02" || state == "57P03" || state == "57P05";
+}
+
+}  // namespace
+
+Connection::Connection(const Address& address, OpenMode mode)
+    : address_(address), place_(address.describe()), readOnly_(mode == OpenMode::ReadOnly) {
+  try {
+    connect(mode);
+    configure(mode);
+  } catch (...) {
+    PQfinish(handle_);
+    throw;
+  }
+}
+
+Connection::~Connection() {
+  PQfinish(handle_);
+}
+
+void Connection::connect(OpenMode) {
+  std::vector<const char*> names;
+  std::vector<const char*> values;
+  const auto add = [&](const char* name, const char* value) {
+    names.push_back(name);
+    values.push_back(value);
+  };
+  for (const auto& [name, value] : kDefaults) add(name, value);
+  add("dbname", address_.uri().c_str());
+  add("client_encoding", "UTF8");
+  add(nullptr, nullptr);
+  handle_ = PQconnectdbParams(names.data(), values.data(), 1);
+  if (PQstatus(handle_) == CONNECTION_OK) return;
+  const std::string reason = trimmed(PQerrorMessage(handle_));
+  // A server that answers has refused: waiting for it will not help.
+  const PGPing ping = PQpingParams(names.data(), values.data(), 1);
+  if (ping == PQPING_OK || ping == PQPING_NO_ATTEMPT) {
+    throw Error(3051,
+                place_ + " cannot be opened. Check the address, the user and his password file (" + reason + ").");
+  }
+  throw Error(Error::kConnectionLost, "The server of " + place_ + " cannot be reached (" + reason + ").");
+}
+
+void Connection::configure(OpenMode mode) {
+  PQsetNoticeProcessor(
+      handle_, [](void*, const char*) {}, nullptr);
+  PQsetnonblocking(handle_, 1);
+  Parameters schema;
+  schema.addText(quotedName(address_.schema()));
+  // Compiling a statement pays for reports over hours only, and holds every list up.
+  run({"SET lock_timeout = '10s'", "SET DateStyle = 'ISO, YMD'", "SET jit = off", "SET client_min_messages = 'error'",
+       "SET statement_timeout = 0",
+       mode == OpenMode::ReadOnly ? "SET default_transaction_read_only = on"
+                                  : "SET default_transaction_read_only = off",
+       "SELECT set_config('search_path', $1, false)"},
+      schema);
+}
+
+void Connection::requireAlive(std::string_view text) {
+  if (lost_ || PQstatus(handle_) == CONNECTION_BAD) failLost(text);
+}
+
+void Connection::failLost(std::string_view text) {
+  lost_ = true;
+  running_ = false;
+  reader_ = nullptr;
+  fault_.reset();
+  const std::string reason = trimmed(PQerrorMessage(handle_));
+  throw Error(
+      Error::kConnectionLost,
+      "Connection to the database " + place_ + " lost" + (reason.empty() ? std::string(".") : " (" + reason + ")."),
+      std::string(text));
+}
+
+void Connection::fail(const PGresult* result, std::string_view text) {
+  const std::string statement(text);
+  const char* const field = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+  const std::string_view state = field != nullptr ? field : "";
+  const std::string reason = trimmed(PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY));
+  if (isLoss(state) || PQstatus(handle_) == CONNECTION_BAD) failLost(text);
+  if (state == "23505") throw engine::duplicateKeyFault(place_, reason, statement);
+  if (state == "55P03" || state == "40P01" || state == "40001") throw engine::lockedFault(place_, statement);
+  if (state == "57014" && canceled_) throw engine::canceledFault(statement);
+  if (state == "42501" || state == "25006") throw engine::readOnlyFault(place_, statement);
+  if (state == "53100") throw engine::fullDiskFault(place_, statement);
+  if (state == kConversionState) throw Error(3421, reason, statement);
+  if (state == kTextTooLongState) throw Error(3163, reason, statement);
+  if (state == kOutOfRangeState) throw Error(3421, "Overflow.", statement);
+  throw Error(3000, place_ + ": " + reason, statement);
+}
+
+// PQsend...: 1 when the statement is on its way.
+void Connection::sent(int answer) {
+  if (answer == 1) return;
+  if (PQstatus(handle_) == CONNECTION_BAD) failLost(text_);
+  throw Error(3000, place_ + ": " + trimmed(PQerrorMessage(handle_)), text_);
+}
+
+void Connection::send(std::string_view sql, const Parameters& parameters) {
+  constexpr int kBinary = 1;
+  sent(PQsendQueryParams(handle_, std::string(sql).c_str(), parameters.count(), nullptr, parameters.values(), nullptr,
+                         nullptr, kBinary));
+}
+
+void Connection::sendPrepared(Prepared& statement, const Parameters& parameters) {
+  constexpr int kBinary = 1;
+  statement_ = &statement;
+  told_ = statement.name.empty();
+  if (told_) {
+    statement.name = "s" + std::to_string(++lastName_);
+    sent(PQsendPrepare(handle_, statement.name.c_str(), statement.sql.c_str(), 0, nullptr));
+    ++answersBefore_;
+  }
+  sent(PQsendQueryPrepared(handle_, statement.name.c_str(), parameters.count(), parameters.values(), nullptr, nullptr,
+                           kBinary));
+}
+
+void Connection::beginPipeline() {
+  running_ = true;
+  answersBefore_ = 0;
+  statement_ = nullptr;
+  told_ = false;
+  reached_ = false;
+  earlier_.clear();
+  canceled_ = false;
+  lastWatch_ = std::chrono::steady_clock::now();
+  guardSet_ = guarded_;
+  PQenterPipelineMode(handle_);
+  if (guardSet_) {
+    send("SAVEPOINT jet_guard", {});
+    ++answersBefore_;
+  }
+}
+
+Result Connection::run(std::initializer_list<std::string_view> statements, const Parameters& parametersOfLast,
+                       std::string_view text) {
+  settle();
+  requireAlive(text);
+  text_ = text;
+  reader_ = nullptr;
+  rowByRow_ = false;
+  beginPipeline();
+  for (const std::string_view& statement : statements) {
+    const bool last = &statement == statements.end() - 1;
+    send(statement, last ? parametersOfLast : Parameters());
+    if (!last) ++answersBefore_;
+  }
+  if (guardSet_) send("RELEASE jet_guard", {});
+  sent(PQpipelineSync(handle_));
+  Result result = next();
+  while (result && next()) {
+  }
+  return result;
+}
+
+void Connection::start(Prepared& statement, const Parameters& parameters, std::span<const std::string> first,
+                       bool rowByRow, Reader* reader, std::string_view text) {
+  settle();
+  requireAlive(text);
+  text_ = text;
+  rowByRow_ = rowByRow;
+  beginPipeline();
+  for (const std::string& earlier : first) {
+    send(earlier, {});
+    ++answersBefore_;
+  }
+  sendPrepared(statement, parameters);
+  if (guardSet_) send("RELEASE jet_guard", {});
+  sent(PQpipelineSync(handle_));
+  reader_ = reader;
+}
+
+Result Connection::next() {
+  if (!running_) return {};
+  for (; answersBefore_ > 0 && !fault_; --answersBefore_) {
+    while (Result before = answer()) earlier_.push_back(std::move(before));
+  }
+  if (!fault_) {
+    if (!reached_ && rowByRow_) PQsetSingleRowMode(handle_);
+    reached_ = true;
+    Result result = answer();
+    if (result && !fault_) return result;
+  }
+  readToEnd();
+  throwFault();
+  return {};
+}
+
+Result Connection::answer() {
+  waitForServer();
+  Result result(PQgetResult(handle_));
+  const ExecStatusType status = result ? PQresultStatus(result.get()) : PGRES_EMPTY_QUERY;
+  if (status == PGRES_FATAL_ERROR && !fault_) fault_ = std::move(result);
+  if (!result && PQstatus(handle_) == CONNECTION_BAD) failLost(text_);
+  return result;
+}
+
+// Up to the mark behind the last statement.
+void Connection::readToEnd() {
+  for (bool atEnd = false; !atEnd;) {
+    const Result result = answer();
+    atEnd = result && PQresultStatus(result.get()) == PGRES_PIPELINE_SYNC;
+  }
+  const Result none(PQgetResult(handle_));
+  PQexitPipelineMode(handle_);
+  running_ = false;
+  reader_ = nullptr;
+}
+
+void Connection::throwFault() {
+  if (!fault_) return;
+  const Result fault = std::move(fault_);
+  if (statement_ != nullptr && told_ && !reached_) statement_->name.clear();
+  const bool undo = guardSet_ && PQtransactionStatus(handle_) == PQTRANS_INERROR;
+  const bool canceled = canceled_;
+  const std::string text = text_;
+  if (undo) {
+    guarded_ = false;
+    try {
+      run({"ROLLBACK TO jet_guard", "RELEASE jet_guard"});
+    } catch (const Error& error) {
+      if (error.connectionLost()) throw;
+    }
+    guarded_ = true;
+  }
+  canceled_ = canceled;
+  fail(fault.get(), text);
+}
+
+// Rows that nobody wants any more: a few are read, many are stopped.
+void Connection::finish() noexcept {
+  constexpr int kFew = 200;
+  try {
+    for (int i = 0; running_; ++i) {
+      if (i == kFew && rowByRow_) cancel();
+      next();
+    }
+  } catch (const Error&) {
+    // Nobody asked for the rest; a lost connection is met by whoever is next.
+    running_ = false;
+  }
+  reader_ = nullptr;
+}
+
+void Connection::settle() {
+  if (reader_ != nullptr) {
+    Reader* const reader = reader_;
+    reader->takeRest();
+  } else if (running_) {
+    finish();
+  }
+  if (dropped_.size() < kManyDropped || guarded_ || PQtransactionStatus(handle_) != PQTRANS_IDLE) return;
+  const std::vector<std::string> names = std::move(dropped_);
+  dropped_.clear();
+  for (const std::string& name : names) run({"DEALLOCATE " + name});
+}
+
+void Connection::drop(Prepared& statement) noexcept {
+  if (statement_ == &statement) statement_ = nullptr;
+  if (!statement.name.empty() && !lost_) dropped_.push_back(std::move(statement.name));
+  statement.name.clear();
+}
+
+bool Connection::hasNotice() {
+  if (running_) return false;
+  requireAlive({});
+  if (PQconsumeInput(handle_) == 0) failLost({});
+  bool any = false;
+  while (PGnotify* const notice = PQnotifies(handle_)) {
+    any = any || notice->be_pid != PQbackendPID(handle_);
+    PQfreemem(notice);
+  }
+  return any;
+}
+
+void Connection::waitForServer() {
+  while (true) {
+    const int unsent = PQflush(handle_);
+    callWatcher();
+    if (unsent < 0) return;  // the next result tells
+    if (unsent == 0 && PQisBusy(handle_) == 0) return;
+    pollfd socket{.fd = PQsocket(handle_), .events = POLLIN, .revents = 0};
+    if (unsent == 1) socket.events |= POLLOUT;
+    const int patience = watcher_ ? static_cast<int>(kWatchStep.count()) : -1;
+    const int ready = poll(&socket, 1, patience);
+    if (ready < 0 && errno != EINTR) return;
+    if (ready > 0 && (socket.revents & ~POLLOUT) != 0 && PQconsumeInput(handle_) == 0) return;
+  }
+}
+
+void Connection::callWatcher() {
+  if (!watcher_ || canceled_) return;
+  const auto now = std::chrono::steady_clock::now();
+  if (now - lastWatch_ < kWatchStep) return;
+  lastWatch_ = now;
+  if (!watcher_()) cancel();
+}
+
+void Connection::cancel() noexcept {
+  canceled_ = true;
+  PGcancel* const request = PQgetCancel(handle_);
+  if (request == nullptr) return;
+  std::array<char, 256> reason{};
+  PQcancel(request, reason.data(), static_cast<int>(reason.size()));
+  PQfreeCancel(request);
+}
+
+std::int64_t integerAt(const PGresult* result, int row, int column) {
+  std::uint64_t value = 0;
+  const char* const bytes = PQgetvalue(result, row, column);
+  for (int i = 0; i < PQgetlength(result, row, column); ++i) {
+    value = value << 8U | static_cast<unsigned char>(bytes[i]);
+  }
+  return static_cast<std::int64_t>(value);
+}
+
+}  // namespace jet::postgres

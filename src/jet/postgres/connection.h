@@ -1,0 +1,127 @@
+#pragma once
+
+#include <libpq-fe.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/database.h"
+#include "jet/postgres/address.h"
+#include "jet/postgres/parameters.h"
+
+namespace jet::postgres {
+
+struct ResultCloser {
+  void operator()(PGresult* result) const { PQclear(result); }
+};
+using Result = std::unique_ptr<PGresult, ResultCloser>;
+
+// A statement that the server is told of once, when it is first run.
+struct Prepared {
+  std::string sql;
+  std::string name = {};  // as long as it is not known to the server, empty
+};
+
+// Who reads rows while they arrive. Only one can: before anything else is run, he takes what is left to himself.
+class Reader {
+ public:
+  virtual ~Reader() = default;
+  virtual void takeRest() = 0;
+};
+
+// The connection to the server: round trips, waiting, and the translation of faults into jet::Error.
+class Connection {
+ public:
+  Connection(const Address& address, OpenMode mode);
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection();
+
+  [[nodiscard]] const Address& address() const { return address_; }
+  [[nodiscard]] const std::string& describe() const { return place_; }
+  [[nodiscard]] bool readOnly() const { return readOnly_; }
+  [[nodiscard]] bool lost() const { return lost_; }
+  [[nodiscard]] PGconn* handle() const { return handle_; }
+
+  // Statements of one round trip, all or none of them outside of a transaction; the result is that of the last.
+  Result run(std::initializer_list<std::string_view> statements) { return run(statements, {}); }
+  Result run(std::initializer_list<std::string_view> statements, const Parameters& parametersOfLast,
+             std::string_view text = {});
+
+  // Within a transaction a fault of a statement undoes that statement alone.
+  void setGuarded(bool guarded) { guarded_ = guarded; }
+
+  // Runs `statement` behind those of `first`, in one round trip. The results are then asked for with next() until there
+  // is none, at once or as the rows arrive, or finish() lets go of the rest. `text` is what errors keep.
+  void start(Prepared& statement, const Parameters& parameters, std::span<const std::string> first, bool rowByRow,
+             Reader* reader, std::string_view text);
+  Result next();
+  // Of a statement of `first`, once the first result was there.
+  [[nodiscard]] const PGresult* earlier(std::size_t index) const { return earlier_[index].get(); }
+  void finish() noexcept;
+  // The server forgets the statement, when there is time for it.
+  void drop(Prepared& statement) noexcept;
+
+  // Ends what another reader left on its way.
+  void settle();
+  // Takes in what the server has said by itself; false when it has said nothing.
+  [[nodiscard]] bool hasNotice();
+
+  void watch(std::function<bool()> watcher) { watcher_ = std::move(watcher); }
+  // With the result's own text behind the sentence. Never returns.
+  [[noreturn]] void fail(const PGresult* result, std::string_view text);
+  [[noreturn]] void failLost(std::string_view text);
+
+ private:
+  void connect(OpenMode mode);
+  void configure(OpenMode mode);
+  void requireAlive(std::string_view text);
+  void send(std::string_view sql, const Parameters& parameters);
+  void sendPrepared(Prepared& statement, const Parameters& parameters);
+  void sent(int answer);
+  void beginPipeline();
+  // The next thing that the server answers in the pipeline; null between the answers to two statements.
+  Result answer();
+  void waitForServer();
+  void callWatcher();
+  void cancel() noexcept;
+  void readToEnd();
+  void throwFault();
+
+  Address address_;
+  std::string place_;
+  bool readOnly_;
+  bool lost_ = false;
+  bool guarded_ = false;
+  PGconn* handle_ = nullptr;
+
+  // Of what is on its way:
+  bool running_ = false;
+  int answersBefore_ = 0;  // of statements before the one whose rows are read
+  bool reached_ = false;   // those are read
+  std::vector<Result> earlier_;
+  bool rowByRow_ = false;
+  bool guardSet_ = false;
+  Reader* reader_ = nullptr;
+  std::string text_;
+  Prepared* statement_ = nullptr;
+  bool told_ = false;  // the server is being told of statement_ in the same round trip
+  Result fault_;       // the first error
+
+  std::uint64_t lastName_ = 0;
+  std::vector<std::string> dropped_;
+  std::function<bool()> watcher_;
+  std::chrono::steady_clock::time_point lastWatch_;
+  bool canceled_ = false;
+};
+
+// A bigint of a result.
+std::int64_t integerAt(const PGresult* result, int row, int column);
+
+}  // namespace jet::postgres

@@ -1,0 +1,253 @@
+#include "jet/postgres/postgres_driver.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "jet/postgres/functions.h"
+#include "jet/postgres/names.h"
+#include "jet/postgres/postgres_query.h"
+#include "jet/postgres/schema_objects.h"
+#include "jet/postgres/statement_emitter.h"
+
+namespace jet::postgres {
+
+namespace {
+
+using engine::Role;
+
+// The type that a field's value is sent as.
+std::string castOf(Type type) {
+  switch (type) {
+    case Type::Boolean:
+      return "::boolean";
+    case Type::Long:
+      return "::bigint";
+    case Type::Double:
+      return "::float8";
+    case Type::DateTime:
+      return "::timestamp";
+    default:
+      return "::text";
+  }
+}
+
+std::string placeholder(std::size_t number, Type type) {
+  return "$" + std::to_string(number) + castOf(type);
+}
+
+std::vector<Type> typesOf(const TableDef& table, std::span<const std::size_t> fields) {
+  std::vector<Type> types;
+  for (const std::size_t field : fields) types.push_back(table.fields[field].type);
+  return types;
+}
+
+std::string insertStatement(const TableDef& table, std::span<const std::size_t> fields, bool withKey) {
+  std::string columns;
+  std::string values;
+  std::size_t number = 0;
+  for (const std::size_t field : fields) {
+    const FieldDef& def = table.fields[field];
+    if (def.autoIncrement && !withKey) continue;
+    columns += (columns.empty() ? "" : ", ") + quotedName(def.name);
+    values += (values.empty() ? "" : ", ") + placeholder(++number, def.type);
+  }
+  const std::string into = "INSERT INTO " + quotedName(table.name);
+  const std::string row = columns.empty() ? " DEFAULT VALUES" : " (" + columns + ") VALUES (" + values + ")";
+  return into + row + " RETURNING " + keyColumn(table);
+}
+
+bool givesManyRows(Role role) {
+  return role == Role::Run || role == Role::OrderedKeys || role == Role::Matches || role == Role::Operands;
+}
+
+bool assignsKey(const bind::BoundStatement& statement) {
+  return std::ranges::any_of(statement.assignments, [&](const bind::BoundAssignment& assignment) {
+    return statement.table().fields[assignment.field].autoIncrement;
+  });
+}
+
+}  // namespace
+
+PostgresDriver::PostgresDriver(const Address& address, OpenMode mode, bool create)
+    : session_(address, mode), catalog_(session_.connection()) {
+  if (create) makeSchema();
+  session_.join();
+  if (mode == OpenMode::ReadWrite) requireRights();
+  if (mode == OpenMode::ReadWrite && !create) makeFunctions();
+}
+
+void PostgresDriver::makeSchema() {
+  Connection& connection = session_.connection();
+  Parameters name;
+  name.addText(schema());
+  const Result found = connection.run({"SELECT 1 FROM pg_namespace WHERE nspname = $1::text"}, name);
+  if (PQntuples(found.get()) > 0) throw Error(3204, "Database " + describe() + " already exists.");
+  makeFunctions();
+  session_.changeAlone(schemaStatements(schema()));
+}
+
+// The functions are those of all schemas of the database.
+void PostgresDriver::makeFunctions() {
+  Connection& connection = session_.connection();
+  const Result version = connection.run(
+      {"SELECT coalesce(obj_description(oid, 'pg_namespace'), '') FROM pg_namespace WHERE nspname = 'jet'"});
+  int number = 0;
+  if (PQntuples(version.get()) > 0) {
+    const std::string_view text = PQgetvalue(version.get(), 0, 0);
+    std::from_chars(text.data(), text.data() + text.size(), number);
+  }
+  if (number >= kFunctionVersion) return;
+  std::vector<std::string> statements{"SELECT pg_advisory_xact_lock(" + std::to_string(writersLock("jet")) + ")"};
+  for (std::string& statement : functionStatements()) statements.push_back(std::move(statement));
+  session_.changeAlone(statements);
+}
+
+void PostgresDriver::requireRights() {
+  Parameters name;
+  name.addText(schema());
+  const Result result = session_.connection().run(
+      {"SELECT (count(*) FILTER (WHERE NOT has_table_privilege(c.oid, 'INSERT')) + pg_is_in_recovery()::int)::bigint "
+       "FROM pg_class AS c JOIN pg_namespace AS n ON n.oid = c.relnamespace "
+       "WHERE n.nspname = $1::text AND c.relkind IN ('r', 'p')"},
+      name);
+  if (integerAt(result.get(), 0, 0) == 0) return;
+  throw Error(3051, describe() + " cannot be written: this user may only read it, or the server follows another one.");
+}
+
+void PostgresDriver::createTable(const TableDef& table) {
+  std::vector<std::string> statements = tableStatements(schema(), table);
+  for (std::string& statement : definitionsChangedStatements(schema())) statements.push_back(std::move(statement));
+  session_.change(statements);
+  catalog_.invalidate();
+}
+
+void PostgresDriver::upgradeTable(const TableDef& table) {
+  if (catalog_.isUpToDate(table)) return;
+  session_.change(tableUpkeepStatements(schema(), table));
+  catalog_.invalidate();
+}
+
+std::unique_ptr<engine::Query> PostgresDriver::prepare(const engine::QueryRequest& request) {
+  const bind::BoundStatement& statement = request.query->statement;
+  Plan plan = emitQuery(request);
+  if (statement.kind == Statement::Kind::Select) {
+    const bool keyed = request.role != Role::Run && request.role != Role::Among;
+    return std::make_unique<PostgresSelect>(session_, std::move(plan), keyed ? 1 : 0, givesManyRows(request.role),
+                                            request.text);
+  }
+  PostgresChange::Around around;
+  if (statement.kind == Statement::Kind::AlterAddColumn) {
+    around.before = definitionsChangedStatements(schema());
+    around.after = sizeStatements(schema(), statement.table().name, statement.newField);
+    around.catalog = &catalog_;
+  }
+  if (statement.kind == Statement::Kind::Insert && assignsKey(statement)) around.after = afterOwnKey(statement.table());
+  return std::make_unique<PostgresChange>(session_, std::move(plan), request.text, std::move(around));
+}
+
+std::unique_ptr<engine::Query> PostgresDriver::scan(const TableDef& table, std::span<const std::size_t> fields,
+                                                    engine::KeyRange range) {
+  const std::string key = keyColumn(table);
+  std::string list = key;
+  for (const std::size_t field : fields) list += ", " + quotedName(table.fields[field].name);
+  Plan plan;
+  plan.sql = "SELECT " + list + " FROM " + quotedName(table.name) + " WHERE " + key + " > $1::bigint AND " + key +
+             " <= $2::bigint ORDER BY " + key;
+  for (std::size_t i = 0; i < 2; ++i) {
+    plan.parameters.push_back({.kind = Parameter::Kind::Extra, .index = i, .type = Type::Long});
+  }
+  auto query = std::make_unique<PostgresSelect>(session_, std::move(plan), 1, true, std::string_view());
+  const std::array<std::int64_t, 2> ends{range.behind, range.last};
+  query->bind({.literals = {}, .sites = {}, .extras = ends});
+  return query;
+}
+
+std::vector<std::string> PostgresDriver::afterOwnKey(const TableDef& table) const {
+  const auto field = std::ranges::find_if(table.fields, &FieldDef::autoIncrement);
+  const std::string sequence =
+      "pg_get_serial_sequence(" + quotedText(quotedName(table.name)) + ", " + quotedText(field->name) + ")::regclass";
+  return {"SELECT setval(" + sequence + ", k) FROM (SELECT max(" + quotedName(field->name) + ") AS k FROM " +
+          quotedName(table.name) + ") AS m WHERE k > coalesce(pg_sequence_last_value(" + sequence + "), 0)"};
+}
+
+std::unique_ptr<engine::RowChange> PostgresDriver::prepareInsert(const TableDef& table,
+                                                                 std::span<const std::size_t> fields) {
+  const auto key = std::ranges::find_if(fields, [&](std::size_t field) { return table.fields[field].autoIncrement; });
+  std::optional<std::size_t> keyValue;
+  if (key != fields.end()) keyValue = static_cast<std::size_t>(key - fields.begin());
+  return std::make_unique<PostgresInsert>(session_, insertStatement(table, fields, false),
+                                          insertStatement(table, fields, true), typesOf(table, fields), keyValue,
+                                          keyValue ? afterOwnKey(table) : std::vector<std::string>());
+}
+
+std::unique_ptr<engine::RowChange> PostgresDriver::prepareUpdate(const TableDef& table,
+                                                                 std::span<const std::size_t> fields) {
+  std::string list;
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const FieldDef& field = table.fields[fields[i]];
+    list += (i == 0 ? "" : ", ") + quotedName(field.name) + " = " + placeholder(i + 2, field.type);
+  }
+  return std::make_unique<PostgresRowChange>(
+      session_, "UPDATE " + quotedName(table.name) + " SET " + list + " WHERE " + keyColumn(table) + " = $1::bigint",
+      typesOf(table, fields));
+}
+
+std::unique_ptr<engine::RowChange> PostgresDriver::prepareRemove(const TableDef& table) {
+  return std::make_unique<PostgresRowChange>(
+      session_, "DELETE FROM " + quotedName(table.name) + " WHERE " + keyColumn(table) + " = $1::bigint",
+      std::vector<Type>());
+}
+
+// As the triggers count them.
+engine::Extent PostgresDriver::extent(const TableDef& table) {
+  const std::string name = quotedName(table.name);
+  const std::string key = keyColumn(table);
+  Parameters parameters;
+  parameters.addText(table.name);
+  const Result result =
+      session_.connection().run({"SELECT (SELECT coalesce(sum(rows), 0) FROM " + quotedName(kBlocksTable) +
+                                 " WHERE name = $1::text)::bigint, (SELECT coalesce(min(" + key + "), 0) FROM " + name +
+                                 ")::bigint, (SELECT coalesce(max(" + key + "), 0) FROM " + name + ")::bigint"},
+                                parameters);
+  const auto number = [&](int column) { return integerAt(result.get(), 0, column); };
+  return {number(0), number(1), number(2)};
+}
+
+std::int64_t PostgresDriver::rowLimit(const TableDef& table) {
+  return extent(table).rows;
+}
+
+bool PostgresDriver::readsInOrder(const TableDef& table, std::size_t field) {
+  return table.leadsAnIndex(table.fields[field].name);
+}
+
+void PostgresDriver::rollback() noexcept {
+  session_.rollback();
+  catalog_.invalidate();
+}
+
+void PostgresDriver::rollbackTo(int level) noexcept {
+  session_.rollbackTo(level);
+  catalog_.invalidate();
+}
+
+void PostgresDriver::lookForChanges(engine::ChangeListener& listener, bool closely) {
+  if (session_.lookForChanges(listener, closely)) catalog_.invalidate();
+}
+
+std::vector<TableRows> PostgresDriver::copyTo(const std::filesystem::path&) {
+  throw Error(3000, describe() + " is on a server: it is saved with pg_dump, not as a copy of a file.");
+}
+
+std::vector<std::string> PostgresDriver::damage() {
+  return {};
+}
+
+std::string library() {
+  const int version = PQlibVersion();
+  constexpr int kMajor = 10'000;
+  return "libpq " + std::to_string(version / kMajor) + "." + std::to_string(version % kMajor);
+}
+
+}  // namespace jet::postgres

@@ -1,0 +1,234 @@
+#include "jet/postgres/schema_objects.h"
+
+#include <cstdio>
+
+#include "base/printf.h"
+#include "jet/postgres/names.h"
+
+namespace jet::postgres {
+
+namespace {
+
+// Bytes of an identifier.
+constexpr std::size_t kLongestIdentifier = 63;
+
+std::uint64_t hashOf(std::string_view text) {
+  std::uint64_t hash = 14695981039346656037U;
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
+  return hash;
+}
+
+std::string shortName(std::string name) {
+  if (name.size() <= kLongestIdentifier) return name;
+  constexpr std::size_t kKept = 46;
+  char digits[17];
+  std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hashOf(name)));
+  std::size_t kept = kKept;
+  while (kept > 0 && (static_cast<unsigned char>(name[kept]) & 0xC0U) == 0x80) --kept;
+  return name.substr(0, kept) + "_" + digits;
+}
+
+std::string inSchema(const std::string& schema, std::string_view name) {
+  return quotedName(schema) + "." + quotedName(name);
+}
+
+std::string tell(const std::string& schema) {
+  return "pg_notify(" + quotedText(channel(schema)) + ", '')";
+}
+
+// Before each statement that changes a table. A table's row is written once a transaction.
+std::string noteFunction(const std::string& schema) {
+  return base::format(R"(CREATE OR REPLACE FUNCTION %s() RETURNS trigger LANGUAGE plpgsql AS $jet$
+BEGIN
+  PERFORM pg_advisory_xact_lock(%s);
+  IF TG_OP = 'INSERT' THEN
+    UPDATE %s SET changed = pg_current_xact_id() WHERE name = TG_TABLE_NAME AND changed <> pg_current_xact_id();
+  ELSE
+    UPDATE %s SET changed = pg_current_xact_id(), rewritten = pg_current_xact_id()
+      WHERE name = TG_TABLE_NAME AND rewritten <> pg_current_xact_id();
+  END IF;
+  PERFORM %s;
+  RETURN NULL;
+END
+$jet$)",
+                      inSchema(schema, "jet note"), std::to_string(writersLock(schema)),
+                      inSchema(schema, kChangesTable), inSchema(schema, kChangesTable), tell(schema));
+}
+
+std::string countFunctionName(const TableDef& table) {
+  return shortName("jet count " + table.name);
+}
+
+// After each statement that adds or takes away rows. A row that was not put behind all others is noted as more than
+// that.
+std::string countFunction(const std::string& schema, const TableDef& table) {
+  const std::string blocks = inSchema(schema, kBlocksTable);
+  const std::string name = quotedText(table.name);
+  const std::string key = keyColumn(table);
+  const std::string block = key + " >> " + std::to_string(kBlockBits);
+  const std::string begin = base::format(R"(CREATE OR REPLACE FUNCTION %s() RETURNS trigger LANGUAGE plpgsql AS $jet$
+DECLARE
+  least bigint;
+  added bigint;
+BEGIN
+)",
+                                         inSchema(schema, countFunctionName(table)));
+  const std::string inserted =
+      base::format(R"(  IF TG_OP = 'INSERT' THEN
+    SELECT min(%s), count(*) INTO least, added FROM "jet rows";
+    IF (SELECT count(*) FROM (SELECT 1 FROM %s WHERE %s >= least LIMIT added + 1) AS behind) > added THEN
+      UPDATE %s SET rewritten = pg_current_xact_id() WHERE name = %s AND rewritten <> pg_current_xact_id();
+    END IF;
+    INSERT INTO %s AS b SELECT %s, %s, count(*) FROM "jet rows" GROUP BY 2 ORDER BY 2
+      ON CONFLICT (name, block) DO UPDATE SET rows = b.rows + excluded.rows;
+)",
+                   key, inSchema(schema, table.name), key, inSchema(schema, kChangesTable), name, blocks, name, block);
+  const std::string removed = base::format(R"(  ELSIF TG_OP = 'DELETE' THEN
+    UPDATE %s AS b SET rows = b.rows - c.rows
+      FROM (SELECT %s AS block, count(*) AS rows FROM "jet rows" GROUP BY 1) AS c
+      WHERE b.name = %s AND b.block = c.block;
+  ELSE
+    DELETE FROM %s WHERE name = %s;
+  END IF;
+  RETURN NULL;
+END
+$jet$)",
+                                           blocks, block, name, blocks, name);
+  return begin + inserted + removed;
+}
+
+std::string trigger(const std::string& schema, const TableDef& table, const std::string& name, const std::string& when,
+                    const std::string& transition, const std::string& functionName) {
+  return "CREATE OR REPLACE TRIGGER " + quotedName(name) + " " + when + " ON " + inSchema(schema, table.name) +
+         transition + " FOR EACH STATEMENT EXECUTE FUNCTION " + inSchema(schema, functionName) + "()";
+}
+
+std::string indexTerm(const TableDef& table, const std::string& name) {
+  const FieldDef* const field = table.find(name);
+  const std::string column = quotedName(field != nullptr ? field->name : name);
+  return field != nullptr && field->type == Type::Text ? "lower(" + column + ")" : column + " NULLS FIRST";
+}
+
+std::string createIndex(const std::string& schema, const TableDef& table, const std::string& name,
+                        const std::string& terms, bool unique) {
+  return std::string("CREATE ") + (unique ? "UNIQUE " : "") + "INDEX IF NOT EXISTS " + quotedName(name) + " ON " +
+         inSchema(schema, table.name) + " (" + terms + ")";
+}
+
+// Texts are found in one index and read in the dialect's order by another; of other columns one serves both. The key
+// behind the fields puts equal rows in the table's order.
+void addIndex(std::vector<std::string>& statements, const std::string& schema, const TableDef& table,
+              const IndexDef& index) {
+  std::string terms;
+  for (const std::string& field : index.fields) terms += (terms.empty() ? "" : ", ") + indexTerm(table, field);
+  const FieldDef* const first = table.find(index.fields.front());
+  const bool text = first != nullptr && first->type == Type::Text;
+  const bool keyed = quotedName(index.fields.back()) == keyColumn(table);
+  if (!index.unique && !text && !keyed) terms += ", " + keyColumn(table);
+  statements.push_back(createIndex(schema, table, indexName(table, index.fields), terms, index.unique));
+  if (!text) return;
+  statements.push_back(createIndex(schema, table, indexName(table, {first->name, "letters"}),
+                                   "jet.letters(" + quotedName(first->name) + ") NULLS FIRST, " + keyColumn(table),
+                                   false));
+}
+
+}  // namespace
+
+std::int64_t writersLock(std::string_view schema) {
+  return static_cast<std::int64_t>(hashOf("jet writers " + std::string(schema)));
+}
+
+std::string channel(std::string_view schema) {
+  return shortName(kOwnPrefix + std::string(schema));
+}
+
+std::vector<std::string> schemaStatements(const std::string& schema) {
+  const std::string changes = inSchema(schema, kChangesTable);
+  return {"CREATE SCHEMA " + quotedName(schema),
+          "CREATE TABLE " + changes + " (name text PRIMARY KEY, changed xid8 NOT NULL, rewritten xid8 NOT NULL)",
+          "INSERT INTO " + changes + " VALUES ('', pg_current_xact_id(), pg_current_xact_id())",
+          "CREATE TABLE " + inSchema(schema, kBlocksTable) +
+              " (name text, block bigint, rows bigint NOT NULL, PRIMARY KEY (name, block)) WITH (fillfactor = 50)",
+          noteFunction(schema)};
+}
+
+std::vector<std::string> tableStatements(const std::string& schema, const TableDef& table) {
+  std::string columns;
+  bool numbered = false;
+  for (const FieldDef& field : table.fields) {
+    columns += (columns.empty() ? "" : ", ") + columnDeclaration(field);
+    numbered = numbered || field.autoIncrement;
+  }
+  if (!numbered) {
+    columns +=
+        (columns.empty() ? "" : ", ") + columnDeclaration({.name = kRowKey, .type = Type::Long, .autoIncrement = true});
+  }
+  std::vector<std::string> statements{"CREATE TABLE " + inSchema(schema, table.name) + " (" + columns + ")"};
+  for (const FieldDef& field : table.fields) {
+    for (std::string& size : sizeStatements(schema, table.name, field)) statements.push_back(std::move(size));
+  }
+  for (std::string& statement : tableUpkeepStatements(schema, table)) statements.push_back(std::move(statement));
+  return statements;
+}
+
+std::vector<std::string> tableUpkeepStatements(const std::string& schema, const TableDef& table) {
+  std::vector<std::string> statements;
+  for (const IndexDef& index : table.indexes) addIndex(statements, schema, table, index);
+  const std::string name = quotedText(table.name);
+  statements.push_back("INSERT INTO " + inSchema(schema, kChangesTable) + " VALUES (" + name +
+                       ", pg_current_xact_id(), pg_current_xact_id()) ON CONFLICT DO NOTHING");
+  statements.push_back(countFunction(schema, table));
+  const std::string counter = countFunctionName(table);
+  statements.push_back(
+      trigger(schema, table, "jet note", "BEFORE INSERT OR UPDATE OR DELETE OR TRUNCATE", "", "jet note"));
+  statements.push_back(
+      trigger(schema, table, "jet added", "AFTER INSERT", " REFERENCING NEW TABLE AS \"jet rows\"", counter));
+  statements.push_back(
+      trigger(schema, table, "jet removed", "AFTER DELETE", " REFERENCING OLD TABLE AS \"jet rows\"", counter));
+  statements.push_back(trigger(schema, table, "jet emptied", "AFTER TRUNCATE", "", counter));
+  statements.push_back("COMMENT ON TABLE " + inSchema(schema, table.name) + " IS " + quotedText(kTableVersion));
+  return statements;
+}
+
+std::vector<std::string> definitionsChangedStatements(const std::string& schema) {
+  return {"UPDATE " + inSchema(schema, kChangesTable) +
+              " SET changed = pg_current_xact_id(), rewritten = pg_current_xact_id() WHERE name = ''",
+          "SELECT " + tell(schema)};
+}
+
+std::vector<std::string> sizeStatements(const std::string& schema, const std::string& table, const FieldDef& field) {
+  if (field.type != Type::Text || field.size == 0) return {};
+  return {"COMMENT ON COLUMN " + inSchema(schema, table) + "." + quotedName(field.name) + " IS " +
+          quotedText(kSizePrefix + std::to_string(field.size))};
+}
+
+std::string columnDeclaration(const FieldDef& field) {
+  std::string text = quotedName(field.name) + ' ';
+  switch (field.type) {
+    case Type::DateTime:
+      text += "timestamp(0)";
+      break;
+    case Type::Boolean:
+      text += "boolean NOT NULL DEFAULT false";  // a Yes/No column holds no Null
+      break;
+    case Type::Double:
+      text += "double precision";
+      break;
+    case Type::Long:
+      text += "bigint";
+      break;
+    default:
+      text += "text COLLATE \"C\"";
+  }
+  if (field.autoIncrement) text += " GENERATED BY DEFAULT AS IDENTITY PRIMARY KEY";
+  if (!field.generatedFrom.empty()) text += " GENERATED ALWAYS AS (" + quotedName(field.generatedFrom) + ") STORED";
+  return text;
+}
+
+std::string indexName(const TableDef& table, const std::vector<std::string>& fields) {
+  std::string name = "ix_" + table.name;
+  for (const std::string& field : fields) name += "_" + field;
+  return shortName(std::move(name));
+}
+
+}  // namespace jet::postgres

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "jet/table_def.h"
+
+namespace jet::postgres {
+
+// What a schema holds beside the tables. Whoever changes a table, with this program or another, passes through its
+// triggers: they let one writer at a time in, note the change and tell the other connections.
+
+// "jet changes": for each table the transaction that changed it last (`changed`), and the last one that did more than
+// to put rows behind all others (`rewritten`). The row of no name is that of the definitions.
+inline constexpr const char* kChangesTable = "jet changes";
+// "jet blocks": for each table the number of rows in each range of 2^kBlockBits keys that has some.
+inline constexpr const char* kBlocksTable = "jet blocks";
+inline constexpr int kBlockBits = 13;
+
+// Names that begin like this are no tables of the program.
+inline constexpr const char* kOwnPrefix = "jet ";
+
+// Kept as the comment of each table: a table with another one gets its indexes and triggers anew.
+inline constexpr const char* kTableVersion = "jet 1";
+
+// The key of the advisory lock that writers of a schema hold to the end of their transaction.
+std::int64_t writersLock(std::string_view schema);
+// Of LISTEN and NOTIFY.
+std::string channel(std::string_view schema);
+
+// Makes the schema and its two tables. Error of the server when it exists.
+std::vector<std::string> schemaStatements(const std::string& schema);
+// Makes a table.
+std::vector<std::string> tableStatements(const std::string& schema, const TableDef& table);
+// Makes its indexes and triggers, where they are missing.
+std::vector<std::string> tableUpkeepStatements(const std::string& schema, const TableDef& table);
+// A change of definitions, noted for the other connections.
+std::vector<std::string> definitionsChangedStatements(const std::string& schema);
+
+// The size of a text column, kept as its comment: a type with a limit would refuse bytes that are no characters, which
+// count for none in the dialect. Nothing for other columns.
+std::vector<std::string> sizeStatements(const std::string& schema, const std::string& table, const FieldDef& field);
+inline constexpr const char* kSizePrefix = "size ";
+
+// A column's declaration: name, type, and what it is filled with by itself.
+std::string columnDeclaration(const FieldDef& field);
+// The name of an index over these fields; none is longer than the server's limit.
+std::string indexName(const TableDef& table, const std::vector<std::string>& fields);
+
+}  // namespace jet::postgres

@@ -1,0 +1,178 @@
+#include "jet/postgres/session.h"
+
+#include <cstdlib>
+
+#include "jet/postgres/names.h"
+#include "jet/postgres/schema_objects.h"
+
+namespace jet::postgres {
+
+namespace {
+
+// A notice comes within a millisecond or so of the change, but nobody promises when: after this time the notes are
+// read without one.
+constexpr std::chrono::milliseconds kBlindTime{20};
+
+std::string levelName(int level) {
+  return "level" + std::to_string(level);
+}
+
+}  // namespace
+
+void Session::join() {
+  Parameters schema;
+  schema.addText(connection_.address().schema());
+  const Result found = connection_.run({"SELECT 1 FROM pg_namespace WHERE nspname = $1::text"}, schema);
+  if (PQntuples(found.get()) == 0) {
+    throw Error(3024, "Could not find the database " + connection_.describe() +
+                          ". Check the address, or make the database with tallyctl init.");
+  }
+  try {
+    connection_.run({"LISTEN " + quotedName(channel(connection_.address().schema()))});
+    listens_ = true;
+  } catch (const Error& error) {
+    // A copy of the server that follows another one tells nothing.
+    if (error.connectionLost()) throw;
+  }
+  noteOthers(connection_.run({changes_.select()}).get());
+}
+
+std::string Session::lockStatement() const {
+  return "SELECT pg_advisory_xact_lock(" + std::to_string(writersLock(connection_.address().schema())) + ")";
+}
+
+// What others committed before the lock was given is in the notes that are read under it.
+void Session::begin() {
+  try {
+    noteOthers(connection_.run({"BEGIN", lockStatement(), changes_.selectOfWriter()}).get());
+  } catch (...) {
+    rollback();
+    throw;
+  }
+  state_ = State::Writing;
+  connection_.setGuarded(true);
+}
+
+void Session::end(const char* statement) {
+  connection_.settle();
+  connection_.setGuarded(false);
+  state_ = State::Idle;
+  const Result result = connection_.run({statement});
+  if (std::string_view(PQcmdStatus(result.get())) == statement) return;
+  throw Error(3000, connection_.describe() + ": the changes begun were undone by an earlier fault. Begin them again.");
+}
+
+void Session::commit() {
+  end("COMMIT");
+}
+
+void Session::rollback() noexcept {
+  try {
+    if (!connection_.lost()) end("ROLLBACK");
+  } catch (const Error&) {
+    // The server undoes what a lost connection began.
+  }
+  connection_.setGuarded(false);
+  state_ = State::Idle;
+}
+
+// The guard of a statement is a level of its own, which would end with it.
+void Session::runUnguarded(std::initializer_list<std::string_view> statements) {
+  connection_.settle();
+  connection_.setGuarded(false);
+  try {
+    connection_.run(statements);
+  } catch (...) {
+    connection_.setGuarded(true);
+    throw;
+  }
+  connection_.setGuarded(true);
+}
+
+void Session::savepoint(int level) {
+  runUnguarded({"SAVEPOINT " + levelName(level)});
+}
+
+void Session::release(int level) {
+  runUnguarded({"RELEASE " + levelName(level)});
+}
+
+void Session::rollbackTo(int level) noexcept {
+  try {
+    runUnguarded({"ROLLBACK TO " + levelName(level), "RELEASE " + levelName(level)});
+  } catch (const Error&) {
+    // As in rollback().
+  }
+}
+
+void Session::beginView() {
+  viewInTransaction_ = state_ == State::Writing;
+  if (viewInTransaction_) return;
+  changes_.take(connection_.run({"BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY", changes_.select()}).get());
+  state_ = State::Viewing;
+}
+
+void Session::endView() noexcept {
+  if (viewInTransaction_ || connection_.lost()) return;
+  try {
+    end("COMMIT");
+  } catch (const Error&) {
+    rollback();
+  }
+}
+
+bool Session::lookForChanges(engine::ChangeListener& listener, bool closely) {
+  const auto now = std::chrono::steady_clock::now();
+  if (state_ == State::Idle && (connection_.hasNotice() || closely || now - lastLook_ > kBlindTime)) {
+    noteOthers(connection_.run({changes_.select()}).get());
+  }
+  return changes_.tell(listener);
+}
+
+void Session::noteOthers(const PGresult* notes) {
+  changes_.take(notes);
+  lastLook_ = std::chrono::steady_clock::now();
+}
+
+Result Session::change(Prepared& statement, const Parameters& parameters, const std::vector<std::string>& before,
+                       std::string_view text, std::int64_t& changed) {
+  constexpr std::size_t kNotes = 1;
+  const bool alone = state_ == State::Idle;
+  std::vector<std::string> first;
+  if (alone) first = {lockStatement(), changes_.selectOfWriter()};
+  first.insert(first.end(), before.begin(), before.end());
+  connection_.start(statement, parameters, first, false, nullptr, text);
+  Result result = connection_.next();
+  while (connection_.next()) {
+  }
+  if (alone) noteOthers(connection_.earlier(kNotes));
+  changed = std::strtoll(PQcmdTuples(result.get()), nullptr, 10);
+  return result;
+}
+
+void Session::runAll(const std::vector<std::string>& statements) {
+  try {
+    for (const std::string& statement : statements) connection_.run({statement});
+  } catch (...) {
+    rollback();
+    throw;
+  }
+}
+
+void Session::change(const std::vector<std::string>& statements) {
+  if (state_ == State::Writing) {
+    for (const std::string& statement : statements) connection_.run({statement});
+    return;
+  }
+  begin();
+  runAll(statements);
+  commit();
+}
+
+void Session::changeAlone(const std::vector<std::string>& statements) {
+  connection_.run({"BEGIN"});
+  runAll(statements);
+  connection_.run({"COMMIT"});
+}
+
+}  // namespace jet::postgres

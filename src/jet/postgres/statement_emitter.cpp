@@ -1,0 +1,280 @@
+#include "jet/postgres/statement_emitter.h"
+
+#include "jet/engine/columns/statistic_plan.h"
+#include "jet/engine/key_query.h"
+#include "jet/postgres/expression_emitter.h"
+#include "jet/postgres/names.h"
+#include "jet/postgres/schema_objects.h"
+
+namespace jet::postgres {
+
+namespace {
+
+using bind::BoundExpression;
+using engine::KeyQuery;
+using engine::Role;
+
+// "i1", "i2": names of columns that a statement around another one reads.
+std::string numbered(char letter, std::size_t index) {
+  return letter + std::to_string(index + 1);
+}
+
+class StatementWriter {
+ public:
+  explicit StatementWriter(const engine::QueryRequest& request)
+      : request_(request),
+        query_(*request.query),
+        statement_(query_.statement),
+        emitter_(plan_, query_, request.sites, engine::qualifiersOf(statement_)) {}
+
+  Plan write() {
+    if (request_.role == Role::Run || request_.role == Role::Among) {
+      run();
+    } else {
+      keyed(engine::keyQuery(request_.role));
+    }
+    return std::move(plan_);
+  }
+
+ private:
+  void run() {
+    const std::string target = quotedName(statement_.table().name);
+    switch (statement_.kind) {
+      case Statement::Kind::Select:
+        plan_.sql = select();
+        break;
+      case Statement::Kind::Insert:
+        insert(target);
+        break;
+      case Statement::Kind::Update:
+        update(target);
+        break;
+      case Statement::Kind::Delete:
+        plan_.sql = "DELETE FROM " + target + where();
+        break;
+      case Statement::Kind::AlterAddColumn:
+        plan_.sql = "ALTER TABLE " + target + " ADD COLUMN " + columnDeclaration(statement_.newField);
+        break;
+    }
+  }
+
+  [[nodiscard]] std::string fieldName(const bind::BoundAssignment& assignment) const {
+    return quotedName(statement_.table().fields[assignment.field].name);
+  }
+
+  // A Null has no type of its own.
+  std::string assigned(const bind::BoundAssignment& assignment) {
+    if (assignment.value.kind == BoundExpression::Kind::Null) return "NULL";
+    return emitter_.emit(assignment.value);
+  }
+
+  void insert(const std::string& target) {
+    std::string columns;
+    std::string values;
+    for (const bind::BoundAssignment& assignment : statement_.assignments) {
+      columns += (columns.empty() ? "" : ", ") + fieldName(assignment);
+      values += (values.empty() ? "" : ", ") + assigned(assignment);
+    }
+    plan_.sql = "INSERT INTO " + target + " (" + columns + ") VALUES (" + values + ")";
+  }
+
+  void update(const std::string& target) {
+    std::string list;
+    for (const bind::BoundAssignment& assignment : statement_.assignments) {
+      list += (list.empty() ? "" : ", ") + fieldName(assignment) + " = " + assigned(assignment);
+    }
+    plan_.sql = "UPDATE " + target + " SET " + list + where();
+  }
+
+  std::string where() {
+    std::string sql;
+    if (statement_.where) sql = " WHERE " + emitter_.condition(*statement_.where);
+    if (request_.role != Role::Among) return sql;
+    std::string list;
+    for (std::size_t i = 0; i < engine::kAmongKeys; ++i) list += (i == 0 ? "" : ", ") + emitter_.extra(i);
+    return sql + (sql.empty() ? " WHERE " : " AND ") + emitter_.key(0) + " IN (" + list + ")";
+  }
+
+  std::string source(const bind::BoundSource& source) {
+    if (source.join == Source::Join::None) {
+      const bind::BoundTable& table = statement_.tables[source.table];
+      return quotedName(table.def->name) + " AS " + quotedName(table.alias);
+    }
+    const char* word = source.join == Source::Join::Left    ? " LEFT JOIN "
+                       : source.join == Source::Join::Right ? " RIGHT JOIN "
+                                                            : " INNER JOIN ";
+    // Only a join on a side needs parentheses; one around a plain table would hide its alias.
+    const auto side = [this](const bind::BoundSource& part) {
+      return part.join == Source::Join::None ? this->source(part) : "(" + this->source(part) + ")";
+    };
+    const std::string left = side(*source.left);
+    const std::string right = side(*source.right);
+    return left + word + right + " ON " + emitter_.condition(source.on);
+  }
+
+  std::string items() {
+    std::string list;
+    for (const bind::BoundItem& item : statement_.items) {
+      list += (list.empty() ? "" : ", ") + emitter_.emit(item.expression);
+    }
+    return list;
+  }
+
+  std::string limit() const { return statement_.top ? " LIMIT " + std::to_string(*statement_.top) : std::string(); }
+
+  std::string select() {
+    // Unlike rows are the groups of all items.
+    const bool grouped = statement_.grouped || statement_.having;
+    if (grouped || statement_.distinct) {
+      std::vector<const BoundExpression*> keys;
+      if (grouped) {
+        for (const BoundExpression& key : statement_.groupBy) keys.push_back(&key);
+      } else {
+        for (const bind::BoundItem& item : statement_.items) keys.push_back(&item.expression);
+      }
+      return grouped && statement_.distinct ? unlikeGroups(keys) : groups(keys);
+    }
+    std::string sql = "SELECT " + items();
+    sql += rows();
+    return sql + rowOrder() + limit();
+  }
+
+  // Rows that are equal in their order follow in that of the table.
+  std::string rowOrder() {
+    std::string sql;
+    bool descending = false;
+    for (const bind::BoundOrder& item : statement_.orderBy) {
+      sql += (sql.empty() ? " ORDER BY " : ", ") + emitter_.orderTerm(item.expression, item.descending);
+      descending = item.descending;
+    }
+    if (sql.empty() || !statement_.readsOneTable()) return sql;
+    return sql + ", " + emitter_.key(0) + (descending ? " DESC" : "");
+  }
+
+  std::string groupClauses(const std::vector<const BoundExpression*>& keys) {
+    std::string sql;
+    for (const BoundExpression* key : keys) sql += (sql.empty() ? " GROUP BY " : ", ") + emitter_.groupKey(*key);
+    if (statement_.having) sql += " HAVING " + emitter_.condition(*statement_.having);
+    return sql;
+  }
+
+  std::string groups(const std::vector<const BoundExpression*>& keys) {
+    const std::string from = rows();
+    emitter_.groupBy(keys);
+    std::string sql = "SELECT " + items() + from;
+    sql += groupClauses(keys);
+    for (std::size_t i = 0; i < statement_.orderBy.size(); ++i) {
+      sql += (i == 0 ? " ORDER BY " : ", ") + groupOrder(statement_.orderBy[i]);
+    }
+    return sql + limit();
+  }
+
+  std::string rows() {
+    std::string sql = " FROM " + source(statement_.source);
+    return sql + where();
+  }
+
+  // Positions stay positions: a repeated aggregate would be worked out twice.
+  std::string groupOrder(const bind::BoundOrder& item) {
+    if (!item.item || item.expression.type == Type::Text) return emitter_.orderTerm(item.expression, item.descending);
+    return std::to_string(*item.item + 1) + (item.descending ? " DESC NULLS LAST" : " NULLS FIRST");
+  }
+
+  // SELECT DISTINCT over groups: groups are made first, then unlike ones chosen, then put in order.
+  std::string unlikeGroups(const std::vector<const BoundExpression*>& keys) {
+    const std::string from = rows();
+    emitter_.groupBy(keys);
+    std::string inner = "SELECT ";
+    std::string unlike;
+    std::string outer;
+    for (std::size_t i = 0; i < statement_.items.size(); ++i) {
+      const BoundExpression& item = statement_.items[i].expression;
+      const std::string name = numbered('i', i);
+      inner += (i == 0 ? "" : ", ") + emitter_.emit(item) + " AS " + name;
+      unlike += (i == 0 ? "" : ", ") + (item.type == Type::Text ? "jet.folded(" + name + ")" : name);
+      outer += (i == 0 ? "" : ", ") + name;
+    }
+    std::string order;
+    for (std::size_t i = 0; i < statement_.orderBy.size(); ++i) {
+      const bind::BoundOrder& item = statement_.orderBy[i];
+      inner += ", " + emitter_.ordered(item.expression) + " AS " + numbered('o', i);
+      order +=
+          (i == 0 ? " ORDER BY " : ", ") + numbered('o', i) + (item.descending ? " DESC NULLS LAST" : " NULLS FIRST");
+    }
+    inner += from + groupClauses(keys);
+    return "SELECT " + outer + " FROM (SELECT DISTINCT ON (" + unlike + ") * FROM (" + inner + ") AS g ORDER BY " +
+           unlike + ") AS d" + order + limit();
+  }
+
+  // Rows that are equal in the select's order follow in key order, in the direction of the last item, so that an index
+  // of that item serves both ways.
+  std::string keyOrder(const KeyQuery& query) {
+    using Order = KeyQuery::Order;
+    if (query.order == Order::None) return {};
+    const bool back = query.order == Order::KeyBack || query.order == Order::SelectBack;
+    const bool select = query.order == Order::Select || query.order == Order::SelectBack;
+    std::string sql = " ORDER BY ";
+    bool descending = back;
+    for (std::size_t i = 0; select && i < statement_.orderBy.size(); ++i) {
+      const bind::BoundOrder& item = statement_.orderBy[i];
+      descending = item.descending != back;
+      sql += emitter_.orderTerm(item.expression, descending) + ", ";
+    }
+    return sql + emitter_.key(0) + (descending ? " DESC" : "");
+  }
+
+  // Rows from the anchor on (before it, when going back). A row whose order value is Null is no anchor: nothing is
+  // found.
+  std::string anchorCondition(bool back) {
+    if (statement_.orderBy.empty()) return emitter_.key(0) + (back ? " < " : " >= ") + emitter_.extra(0);
+    const bind::BoundOrder& item = statement_.orderBy.front();
+    const auto pair = [&] { return emitter_.ordered(item.expression) + ", " + emitter_.key(0); };
+    const char* forward = item.descending ? " <= " : " >= ";
+    const char* backward = item.descending ? " > " : " < ";
+    std::string sql = "(" + pair() + ")" + (back ? backward : forward) + "(SELECT ";
+    sql += pair() + " FROM " + source(statement_.source) + " WHERE ";
+    return sql + emitter_.key(0) + " = " + emitter_.extra(0) + ")";
+  }
+
+  std::string keyedItems(const KeyQuery& query) {
+    if (query.rows == KeyQuery::Rows::Count) return "count(*)";
+    std::string list = emitter_.key(0);
+    if (query.rows == KeyQuery::Rows::Items) list += ", " + items();
+    if (query.rows == KeyQuery::Rows::Fields) {
+      for (const std::size_t field : columns::namedFields(statement_)) list += ", " + emitter_.column(0, field);
+    }
+    return list;
+  }
+
+  void keyed(const KeyQuery& query) {
+    std::string sql = "SELECT " + keyedItems(query) + " FROM " + source(statement_.source);
+    const char* word = " WHERE ";
+    const auto require = [&](const std::string& term) {
+      sql += word + term;
+      word = " AND ";
+    };
+    if (query.where && statement_.where) require(emitter_.condition(*statement_.where));
+    if (query.keyCondition != nullptr) require(emitter_.key(0) + query.keyCondition + emitter_.extra(0));
+    if (query.anchored) require(anchorCondition(query.order == KeyQuery::Order::SelectBack));
+    if (query.criteria) require(emitter_.condition(*query_.criteria));
+    sql += keyOrder(query);
+    if (query.one) sql += " LIMIT 1";
+    if (query.limitExtra >= 0) sql += " LIMIT " + emitter_.extra(static_cast<std::size_t>(query.limitExtra));
+    if (query.offsetExtra >= 0) sql += " OFFSET " + emitter_.extra(static_cast<std::size_t>(query.offsetExtra));
+    plan_.sql = std::move(sql);
+  }
+
+  const engine::QueryRequest& request_;
+  const bind::BoundQuery& query_;
+  const bind::BoundStatement& statement_;
+  Plan plan_;
+  ExpressionEmitter emitter_;
+};
+
+}  // namespace
+
+Plan emitQuery(const engine::QueryRequest& request) {
+  return StatementWriter(request).write();
+}
+
+}  // namespace jet::postgres
