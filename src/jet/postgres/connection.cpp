@@ -2,8 +2,10 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include "jet/engine/faults.h"
 #include "jet/postgres/names.h"
@@ -97,6 +99,7 @@ void Connection::requireAlive(std::string_view text) {
 void Connection::failLost(std::string_view text) {
   lost_ = true;
   running_ = false;
+  copying_ = false;
   reader_ = nullptr;
   fault_.reset();
   const std::string reason = trimmed(PQerrorMessage(handle_));
@@ -116,6 +119,9 @@ void Connection::fail(const PGresult* result, std::string_view text) {
   if (state == "55P03" || state == "40P01" || state == "40001") throw engine::lockedFault(place_, statement);
   if (state == "57014" && canceled_) throw engine::canceledFault(statement);
   if (state == "42501" || state == "25006") throw engine::readOnlyFault(place_, statement);
+  if (state == "25P02") {
+    throw Error(3000, place_ + ": the changes begun were undone by an earlier fault. Begin them again.", statement);
+  }
   if (state == "53100") throw engine::fullDiskFault(place_, statement);
   if (state == kConversionState) throw Error(3421, reason, statement);
   if (state == kTextTooLongState) throw Error(3163, reason, statement);
@@ -149,6 +155,16 @@ void Connection::sendPrepared(Prepared& statement, const Parameters& parameters)
                            kBinary));
 }
 
+void Connection::beginRun(std::string_view text) {
+  settle();
+  requireAlive(text);
+  ++runs_;
+  text_ = text;
+  canceled_ = false;
+  lastWatch_ = std::chrono::steady_clock::now();
+  mayCancel_ = guarded_ || PQtransactionStatus(handle_) == PQTRANS_IDLE;
+}
+
 void Connection::beginPipeline() {
   running_ = true;
   answersBefore_ = 0;
@@ -156,8 +172,6 @@ void Connection::beginPipeline() {
   told_ = false;
   reached_ = false;
   earlier_.clear();
-  canceled_ = false;
-  lastWatch_ = std::chrono::steady_clock::now();
   guardSet_ = guarded_;
   PQenterPipelineMode(handle_);
   if (guardSet_) {
@@ -168,10 +182,7 @@ void Connection::beginPipeline() {
 
 Result Connection::run(std::initializer_list<std::string_view> statements, const Parameters& parametersOfLast,
                        std::string_view text) {
-  settle();
-  requireAlive(text);
-  text_ = text;
-  reader_ = nullptr;
+  beginRun(text);
   rowByRow_ = false;
   beginPipeline();
   for (const std::string_view& statement : statements) {
@@ -189,9 +200,7 @@ Result Connection::run(std::initializer_list<std::string_view> statements, const
 
 void Connection::start(Prepared& statement, const Parameters& parameters, std::span<const std::string> first,
                        bool rowByRow, Reader* reader, std::string_view text) {
-  settle();
-  requireAlive(text);
-  text_ = text;
+  beginRun(text);
   rowByRow_ = rowByRow;
   beginPipeline();
   for (const std::string& earlier : first) {
@@ -266,21 +275,121 @@ void Connection::finish() noexcept {
   constexpr int kFew = 200;
   try {
     for (int i = 0; running_; ++i) {
-      if (i == kFew && rowByRow_) cancel();
+      if (i == kFew && rowByRow_ && mayCancel_) cancel();
       next();
     }
+    if (copying_) finishCopied();
   } catch (const Error&) {
     // Nobody asked for the rest; a lost connection is met by whoever is next.
     running_ = false;
+    copying_ = false;
   }
   reader_ = nullptr;
 }
 
+void Connection::startCopy(const std::string& statement, Reader* reader) {
+  beginRun({});
+  // A COPY has no guard that it could be undone to.
+  mayCancel_ = mayCancel_ && !guarded_;
+  sent(PQsendQuery(handle_, statement.c_str()));
+  const Result result = answer();
+  if (fault_) readCopyEnd();
+  copying_ = true;
+  reader_ = reader;
+}
+
+CopiedRow Connection::nextCopied() {
+  while (copying_) {
+    char* bytes = nullptr;
+    const int size = PQgetCopyData(handle_, &bytes, 1);
+    if (size > 0) {
+      callWatcher();
+      return {bytes, size};
+    }
+    if (size < 0) {
+      copying_ = false;
+      reader_ = nullptr;
+      readCopyEnd();
+    } else {
+      waitForInput();
+    }
+  }
+  return {};
+}
+
+void Connection::finishCopied() {
+  if (mayCancel_) cancel();
+  while (nextCopied()) {
+  }
+}
+
+void Connection::setBulk(Bulk* bulk) {
+  if (bulk_ == bulk) return;
+  settle();
+  bulk_ = bulk;
+}
+
+void Connection::forgetBulk() noexcept {
+  if (Bulk* const bulk = std::exchange(bulk_, nullptr)) bulk->forget();
+}
+
+void Connection::beginCopy(const std::string& statement) {
+  Bulk* const bulk = std::exchange(bulk_, nullptr);
+  beginRun({});
+  bulk_ = bulk;
+  sent(PQsendQuery(handle_, statement.c_str()));
+  const Result result = answer();
+  if (fault_) readCopyEnd();
+}
+
+// The server may refuse rows long before their end; it is asked then.
+void Connection::putCopy(std::string_view bytes) {
+  constexpr std::size_t kMost = 1 << 20;
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kMost))) {
+    const int size = static_cast<int>(std::min(bytes.size(), kMost));
+    int put = PQputCopyData(handle_, bytes.data(), size);
+    for (; put == 0; put = PQputCopyData(handle_, bytes.data(), size)) waitToSend();
+    if (put < 0) failLost({});
+  }
+  if (PQflush(handle_) < 0) failLost({});
+}
+
+void Connection::endCopy() {
+  while (PQputCopyEnd(handle_, nullptr) == 0) waitToSend();
+  readCopyEnd();
+}
+
+void Connection::abandonCopy() noexcept {
+  try {
+    while (PQputCopyEnd(handle_, "undone") == 0) waitToSend();
+    readCopyEnd();
+  } catch (const Error&) {
+    // It was to fail.
+  }
+}
+
+void Connection::readCopyEnd() {
+  while (true) {
+    const Result result = answer();
+    if (!result && PQtransactionStatus(handle_) != PQTRANS_ACTIVE) break;
+  }
+  if (!fault_) return;
+  const Result fault = std::move(fault_);
+  fail(fault.get(), {});
+}
+
+void Connection::waitToSend() {
+  if (PQflush(handle_) < 0) failLost({});
+  pollfd socket{.fd = PQsocket(handle_), .events = POLLIN | POLLOUT, .revents = 0};
+  if (poll(&socket, 1, -1) > 0 && (socket.revents & POLLIN) != 0 && PQconsumeInput(handle_) == 0) failLost({});
+}
+
 void Connection::settle() {
+  if (Bulk* const bulk = std::exchange(bulk_, nullptr)) bulk->finish();
   if (reader_ != nullptr) {
     Reader* const reader = reader_;
     reader->takeRest();
-  } else if (running_) {
+  } else if (running_ || copying_) {
     finish();
   }
   if (dropped_.size() < kManyDropped || guarded_ || PQtransactionStatus(handle_) != PQTRANS_IDLE) return;
@@ -296,7 +405,7 @@ void Connection::drop(Prepared& statement) noexcept {
 }
 
 bool Connection::hasNotice() {
-  if (running_) return false;
+  if (running_ || copying_ || bulk_ != nullptr) return false;
   requireAlive({});
   if (PQconsumeInput(handle_) == 0) failLost({});
   bool any = false;
@@ -313,13 +422,23 @@ void Connection::waitForServer() {
     callWatcher();
     if (unsent < 0) return;  // the next result tells
     if (unsent == 0 && PQisBusy(handle_) == 0) return;
-    pollfd socket{.fd = PQsocket(handle_), .events = POLLIN, .revents = 0};
-    if (unsent == 1) socket.events |= POLLOUT;
-    const int patience = watcher_ ? static_cast<int>(kWatchStep.count()) : -1;
-    const int ready = poll(&socket, 1, patience);
-    if (ready < 0 && errno != EINTR) return;
-    if (ready > 0 && (socket.revents & ~POLLOUT) != 0 && PQconsumeInput(handle_) == 0) return;
+    if (!takeInput(unsent == 1)) return;
   }
+}
+
+void Connection::waitForInput() {
+  callWatcher();
+  if (!takeInput(false)) failLost(text_);
+}
+
+// False when there is nobody to wait for.
+bool Connection::takeInput(bool unsent) {
+  pollfd socket{.fd = PQsocket(handle_), .events = POLLIN, .revents = 0};
+  if (unsent) socket.events |= POLLOUT;
+  const int patience = watcher_ ? static_cast<int>(kWatchStep.count()) : -1;
+  const int ready = poll(&socket, 1, patience);
+  if (ready < 0) return errno == EINTR;
+  return ready == 0 || (socket.revents & ~POLLOUT) == 0 || PQconsumeInput(handle_) != 0;
 }
 
 void Connection::callWatcher() {
@@ -337,15 +456,6 @@ void Connection::cancel() noexcept {
   std::array<char, 256> reason{};
   PQcancel(request, reason.data(), static_cast<int>(reason.size()));
   PQfreeCancel(request);
-}
-
-std::int64_t integerAt(const PGresult* result, int row, int column) {
-  std::uint64_t value = 0;
-  const char* const bytes = PQgetvalue(result, row, column);
-  for (int i = 0; i < PQgetlength(result, row, column); ++i) {
-    value = value << 8U | static_cast<unsigned char>(bytes[i]);
-  }
-  return static_cast<std::int64_t>(value);
 }
 
 }  // namespace jet::postgres

@@ -22,6 +22,23 @@ struct ResultCloser {
 };
 using Result = std::unique_ptr<PGresult, ResultCloser>;
 
+// A row of a COPY from the server; none behind the last one.
+class CopiedRow {
+ public:
+  CopiedRow() = default;
+  CopiedRow(char* bytes, int size) : bytes_(bytes), size_(static_cast<std::size_t>(size)) {}
+
+  explicit operator bool() const { return bytes_ != nullptr; }
+  [[nodiscard]] std::string_view bytes() const { return {bytes_.get(), size_}; }
+
+ private:
+  struct Closer {
+    void operator()(char* bytes) const { PQfreemem(bytes); }
+  };
+  std::unique_ptr<char, Closer> bytes_;
+  std::size_t size_ = 0;
+};
+
 // A statement that the server is told of once, when it is first run.
 struct Prepared {
   std::string sql;
@@ -33,6 +50,14 @@ class Reader {
  public:
   virtual ~Reader() = default;
   virtual void takeRest() = 0;
+};
+
+// Who has rows on their way into a table. They come before anything else that is run.
+class Bulk {
+ public:
+  virtual ~Bulk() = default;
+  virtual void finish() = 0;
+  virtual void forget() noexcept = 0;
 };
 
 // The connection to the server: round trips, waiting, and the translation of faults into jet::Error.
@@ -65,11 +90,26 @@ class Connection {
   // Of a statement of `first`, once the first result was there.
   [[nodiscard]] const PGresult* earlier(std::size_t index) const { return earlier_[index].get(); }
   void finish() noexcept;
+  // A COPY to us, whose rows are asked for with nextCopied(); finish() lets go of the rest.
+  void startCopy(const std::string& statement, Reader* reader);
+  CopiedRow nextCopied();
   // The server forgets the statement, when there is time for it.
   void drop(Prepared& statement) noexcept;
 
-  // Ends what another reader left on its way.
+  // Ends what is on its way: rows that another reader left, rows that go into a table.
   void settle();
+  // The rows of this one are not settled yet; those of another one are before.
+  void setBulk(Bulk* bulk);
+  [[nodiscard]] bool isBulk(const Bulk* bulk) const { return bulk_ == bulk; }
+  // Rows of a bulk that did not arrive are forgotten: its transaction, or a part of it, is being undone.
+  void forgetBulk() noexcept;
+  void beginCopy(const std::string& statement);
+  void putCopy(std::string_view bytes);
+  void endCopy();
+  void abandonCopy() noexcept;
+
+  // Moves with everything that is run.
+  [[nodiscard]] std::uint64_t runs() const { return runs_; }
   // Takes in what the server has said by itself; false when it has said nothing.
   [[nodiscard]] bool hasNotice();
 
@@ -89,10 +129,17 @@ class Connection {
   // The next thing that the server answers in the pipeline; null between the answers to two statements.
   Result answer();
   void waitForServer();
+  void waitForInput();
+  void waitToSend();
+  bool takeInput(bool unsent);
   void callWatcher();
   void cancel() noexcept;
   void readToEnd();
+  void beginRun(std::string_view text);
+  void finishCopied();
   void throwFault();
+  // The last answers to a COPY.
+  void readCopyEnd();
 
   Address address_;
   std::string place_;
@@ -103,8 +150,10 @@ class Connection {
 
   // Of what is on its way:
   bool running_ = false;
-  int answersBefore_ = 0;  // of statements before the one whose rows are read
-  bool reached_ = false;   // those are read
+  bool copying_ = false;    // rows to us, by COPY
+  bool mayCancel_ = false;  // without breaking a transaction
+  int answersBefore_ = 0;   // of statements before the one whose rows are read
+  bool reached_ = false;    // those are read
   std::vector<Result> earlier_;
   bool rowByRow_ = false;
   bool guardSet_ = false;
@@ -114,14 +163,13 @@ class Connection {
   bool told_ = false;  // the server is being told of statement_ in the same round trip
   Result fault_;       // the first error
 
+  Bulk* bulk_ = nullptr;
+  std::uint64_t runs_ = 0;
   std::uint64_t lastName_ = 0;
   std::vector<std::string> dropped_;
   std::function<bool()> watcher_;
   std::chrono::steady_clock::time_point lastWatch_;
   bool canceled_ = false;
 };
-
-// A bigint of a result.
-std::int64_t integerAt(const PGresult* result, int row, int column);
 
 }  // namespace jet::postgres

@@ -1,14 +1,16 @@
 #include "jet/postgres/postgres_driver.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 
+#include "base/printf.h"
+#include "jet/postgres/block_plans.h"
 #include "jet/postgres/functions.h"
 #include "jet/postgres/names.h"
 #include "jet/postgres/postgres_query.h"
 #include "jet/postgres/schema_objects.h"
 #include "jet/postgres/statement_emitter.h"
+#include "jet/postgres/wire.h"
 
 namespace jet::postgres {
 
@@ -61,6 +63,13 @@ bool givesManyRows(Role role) {
   return role == Role::Run || role == Role::OrderedKeys || role == Role::Matches || role == Role::Operands;
 }
 
+// The sequence that numbers the rows, as an expression.
+std::string sequenceOf(const TableDef& table) {
+  const auto field = std::ranges::find_if(table.fields, &FieldDef::autoIncrement);
+  const std::string column = field == table.fields.end() ? std::string(kRowKey) : field->name;
+  return "pg_get_serial_sequence(" + quotedText(quotedName(table.name)) + ", " + quotedText(column) + ")::regclass";
+}
+
 bool assignsKey(const bind::BoundStatement& statement) {
   return std::ranges::any_of(statement.assignments, [&](const bind::BoundAssignment& assignment) {
     return statement.table().fields[assignment.field].autoIncrement;
@@ -74,7 +83,10 @@ PostgresDriver::PostgresDriver(const Address& address, OpenMode mode, bool creat
   if (create) makeSchema();
   session_.join();
   if (mode == OpenMode::ReadWrite) requireRights();
-  if (mode == OpenMode::ReadWrite && !create) makeFunctions();
+  if (mode == OpenMode::ReadWrite && !create) {
+    makeFunctions();
+    adaptToName();
+  }
 }
 
 void PostgresDriver::makeSchema() {
@@ -100,7 +112,39 @@ void PostgresDriver::makeFunctions() {
   if (number >= kFunctionVersion) return;
   std::vector<std::string> statements{"SELECT pg_advisory_xact_lock(" + std::to_string(writersLock("jet")) + ")"};
   for (std::string& statement : functionStatements()) statements.push_back(std::move(statement));
-  session_.changeAlone(statements);
+  changeAsOwner(statements, true);
+}
+
+// A schema that was given another name, or restored under one, has triggers that know the old one.
+void PostgresDriver::adaptToName() {
+  Parameters name;
+  name.addText(schema());
+  const Result result = session_.connection().run(
+      {"SELECT coalesce(obj_description(oid, 'pg_namespace'), '') FROM pg_namespace WHERE nspname = $1::text"}, name);
+  if (PQntuples(result.get()) == 0 || PQgetvalue(result.get(), 0, 0) == schemaComment(schema())) return;
+  std::vector<std::string> statements = renamedStatements(schema());
+  for (const std::string& table : catalog_.names()) {
+    for (std::string& statement : tableUpkeepStatements(schema(), *catalog_.find(table))) {
+      statements.push_back(std::move(statement));
+    }
+  }
+  changeAsOwner(statements, false);
+}
+
+void PostgresDriver::changeAsOwner(const std::vector<std::string>& statements, bool alone) {
+  constexpr int kReadOnly = 3027;
+  try {
+    if (alone) {
+      session_.changeAlone(statements);
+    } else {
+      session_.change(statements);
+    }
+  } catch (const Error& error) {
+    if (error.number() != kReadOnly) throw;
+    throw Error(3051, describe() +
+                          " was made by another version of the program, or given another name. Open it once as "
+                          "the user who made it.");
+  }
 }
 
 void PostgresDriver::requireRights() {
@@ -130,7 +174,8 @@ void PostgresDriver::upgradeTable(const TableDef& table) {
 
 std::unique_ptr<engine::Query> PostgresDriver::prepare(const engine::QueryRequest& request) {
   const bind::BoundStatement& statement = request.query->statement;
-  Plan plan = emitQuery(request);
+  const std::optional<Plan> byPlace = placePlan(request);
+  Plan plan = byPlace ? *byPlace : emitQuery(request);
   if (statement.kind == Statement::Kind::Select) {
     const bool keyed = request.role != Role::Run && request.role != Role::Among;
     return std::make_unique<PostgresSelect>(session_, std::move(plan), keyed ? 1 : 0, givesManyRows(request.role),
@@ -150,24 +195,36 @@ std::unique_ptr<engine::Query> PostgresDriver::scan(const TableDef& table, std::
                                                     engine::KeyRange range) {
   const std::string key = keyColumn(table);
   std::string list = key;
-  for (const std::size_t field : fields) list += ", " + quotedName(table.fields[field].name);
-  Plan plan;
-  plan.sql = "SELECT " + list + " FROM " + quotedName(table.name) + " WHERE " + key + " > $1::bigint AND " + key +
-             " <= $2::bigint ORDER BY " + key;
-  for (std::size_t i = 0; i < 2; ++i) {
-    plan.parameters.push_back({.kind = Parameter::Kind::Extra, .index = i, .type = Type::Long});
+  for (const std::size_t field : fields) {
+    const FieldDef& def = table.fields[field];
+    list += ", " + quotedName(def.name) + castOf(def.type);
   }
-  auto query = std::make_unique<PostgresSelect>(session_, std::move(plan), 1, true, std::string_view());
-  const std::array<std::int64_t, 2> ends{range.behind, range.last};
-  query->bind({.literals = {}, .sites = {}, .extras = ends});
-  return query;
+  return std::make_unique<PostgresScan>(
+      session_,
+      base::format("COPY (SELECT %s FROM %s WHERE %s > %d AND %s <= %d ORDER BY %s) TO STDOUT (FORMAT binary)", list,
+                   quotedName(table.name), key, range.behind, key, range.last, key),
+      typesOf(table, fields));
+}
+
+// Rows of a table that can refuse none, but for a full disk.
+std::unique_ptr<BulkInsert> PostgresDriver::bulkInsert(const TableDef& table, std::span<const std::size_t> fields) {
+  if (std::ranges::any_of(table.indexes, &IndexDef::unique)) return nullptr;
+  std::string columns = keyColumn(table);
+  std::vector<Type> types;
+  for (const std::size_t field : fields) {
+    const FieldDef& def = table.fields[field];
+    if (def.autoIncrement) continue;
+    columns += ", " + quotedName(def.name);
+    types.push_back(def.type);
+  }
+  return std::make_unique<BulkInsert>(
+      session_.connection(), "COPY " + quotedName(table.name) + " (" + columns + ") FROM STDIN (FORMAT binary)",
+      "SELECT setval(" + sequenceOf(table) + ", $1::bigint)", std::move(types));
 }
 
 std::vector<std::string> PostgresDriver::afterOwnKey(const TableDef& table) const {
-  const auto field = std::ranges::find_if(table.fields, &FieldDef::autoIncrement);
-  const std::string sequence =
-      "pg_get_serial_sequence(" + quotedText(quotedName(table.name)) + ", " + quotedText(field->name) + ")::regclass";
-  return {"SELECT setval(" + sequence + ", k) FROM (SELECT max(" + quotedName(field->name) + ") AS k FROM " +
+  const std::string sequence = sequenceOf(table);
+  return {"SELECT setval(" + sequence + ", k) FROM (SELECT max(" + keyColumn(table) + ") AS k FROM " +
           quotedName(table.name) + ") AS m WHERE k > coalesce(pg_sequence_last_value(" + sequence + "), 0)"};
 }
 
@@ -176,9 +233,9 @@ std::unique_ptr<engine::RowChange> PostgresDriver::prepareInsert(const TableDef&
   const auto key = std::ranges::find_if(fields, [&](std::size_t field) { return table.fields[field].autoIncrement; });
   std::optional<std::size_t> keyValue;
   if (key != fields.end()) keyValue = static_cast<std::size_t>(key - fields.begin());
-  return std::make_unique<PostgresInsert>(session_, insertStatement(table, fields, false),
-                                          insertStatement(table, fields, true), typesOf(table, fields), keyValue,
-                                          keyValue ? afterOwnKey(table) : std::vector<std::string>());
+  return std::make_unique<PostgresInsert>(
+      session_, insertStatement(table, fields, false), insertStatement(table, fields, true), typesOf(table, fields),
+      keyValue, keyValue ? afterOwnKey(table) : std::vector<std::string>(), bulkInsert(table, fields));
 }
 
 std::unique_ptr<engine::RowChange> PostgresDriver::prepareUpdate(const TableDef& table,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/engine/driver.h"
+#include "jet/postgres/bulk_insert.h"
 #include "jet/postgres/catalog.h"
 #include "jet/postgres/session.h"
 
@@ -55,8 +56,12 @@ class PostgresDriver final : public engine::Driver {
  private:
   void makeSchema();
   void makeFunctions();
+  void adaptToName();
+  // Of what only the owner may do.
+  void changeAsOwner(const std::vector<std::string>& statements, bool alone);
   void requireRights();
   [[nodiscard]] const std::string& schema() const { return session_.connection().address().schema(); }
+  std::unique_ptr<BulkInsert> bulkInsert(const TableDef& table, std::span<const std::size_t> fields);
   // Moves the numbering of a table behind a row that brought its own number.
   [[nodiscard]] std::vector<std::string> afterOwnKey(const TableDef& table) const;
 

@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "jet/engine/site_values.h"
 #include "jet/operators.h"
+#include "jet/postgres/wire.h"
 
 namespace jet::postgres {
 
@@ -84,6 +85,13 @@ void PostgresSelect::reset() noexcept {
   started_ = false;
 }
 
+PostgresScan::PostgresScan(Session& session, const std::string& copyStatement, const std::vector<Type>& types)
+    : rows_(session.connection()) {
+  std::vector<Type> all{Type::Long};
+  all.insert(all.end(), types.begin(), types.end());
+  rows_.startCopy(copyStatement, all);
+}
+
 PostgresChange::PostgresChange(Session& session, Plan plan, std::string_view text, Around around)
     : session_(session), plan_(std::move(plan)), text_(text), around_(std::move(around)), prepared_{plan_.sql} {}
 
@@ -119,29 +127,48 @@ std::int64_t PostgresRowChange::run(engine::RowKey key, std::span<const Value* c
 }
 
 PostgresInsert::PostgresInsert(Session& session, std::string numbered, std::string withKey, std::vector<Type> types,
-                               std::optional<std::size_t> keyValue, std::vector<std::string> afterOwnKey)
+                               std::optional<std::size_t> keyValue, std::vector<std::string> afterOwnKey,
+                               std::unique_ptr<BulkInsert> bulk)
     : session_(session),
       numbered_{std::move(numbered)},
       withKey_{std::move(withKey)},
       types_(std::move(types)),
       keyValue_(keyValue),
-      afterOwnKey_(std::move(afterOwnKey)) {}
+      afterOwnKey_(std::move(afterOwnKey)),
+      bulk_(std::move(bulk)) {}
 
 PostgresInsert::~PostgresInsert() {
+  bulk_.reset();
   session_.connection().drop(numbered_);
   session_.connection().drop(withKey_);
 }
 
 std::int64_t PostgresInsert::run(engine::RowKey, std::span<const Value* const> values) {
+  Connection& connection = session_.connection();
   const bool ownKey = keyValue_ && !values[*keyValue_]->isNull();
+  if (!ownKey && bulk_ && runs_ == connection.runs() && session_.inTransaction()) {
+    values_.clear();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      if (i != keyValue_) values_.push_back(values[i]);
+    }
+    bulk_->add(++lastKey_, values_);
+  } else {
+    insert(ownKey, values);
+  }
+  runs_ = connection.runs();
+  return lastKey_;
+}
+
+void PostgresInsert::insert(bool ownKey, std::span<const Value* const> values) {
   parameters_.clear();
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (ownKey || i != keyValue_) parameters_.add(*values[i], types_[i]);
   }
   std::int64_t changed = 0;
   const Result result = session_.change(ownKey ? withKey_ : numbered_, parameters_, {}, {}, changed);
+  lastKey_ = integerAt(result.get(), 0, 0);
+  // A number behind those of the table is not the next one of its numbering before that follows.
   if (ownKey) session_.change(afterOwnKey_);
-  return integerAt(result.get(), 0, 0);
 }
 
 }  // namespace jet::postgres

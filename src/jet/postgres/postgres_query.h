@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "jet/engine/driver.h"
+#include "jet/postgres/bulk_insert.h"
 #include "jet/postgres/catalog.h"
 #include "jet/postgres/plan.h"
 #include "jet/postgres/rows.h"
@@ -38,6 +39,25 @@ class PostgresSelect final : public engine::Query {
   Parameters parameters_;
   Rows rows_;
   bool started_ = false;
+};
+
+// Rows of a table by COPY, which costs the least for each of them.
+class PostgresScan final : public engine::Query {
+ public:
+  // `copyStatement` gives the key and fields of `types`, in the server's binary form.
+  PostgresScan(Session& session, const std::string& copyStatement, const std::vector<Type>& types);
+
+  void bind(const engine::Arguments&) override {}
+  bool step() override { return rows_.next(); }
+  [[nodiscard]] engine::RowKey key() const override { return rows_.integer(0); }
+  [[nodiscard]] engine::Cell cell(std::size_t item) const override { return rows_.cell(item + 1); }
+  [[nodiscard]] std::int64_t changed() const override { return 0; }
+  [[nodiscard]] std::int64_t work() const override { return rows_.count(); }
+  void reset() noexcept override { rows_.end(); }
+  [[nodiscard]] bool usable() override { return true; }
+
+ private:
+  Rows rows_;
 };
 
 // A changing statement.
@@ -87,24 +107,32 @@ class PostgresRowChange final : public engine::RowChange {
   Parameters parameters_;
 };
 
+// Rows that follow one another within a transaction go by COPY, numbered here: nobody else can take a number.
 class PostgresInsert final : public engine::RowChange {
  public:
   // Both statements give the key: `numbered`, without the auto-increment column, and `withKey`, of all fields, for a
-  // row whose `keyValue` among the values is not Null; `afterOwnKey` then follows.
+  // row whose `keyValue` among the values is not Null; `afterOwnKey` then follows. `types` are those of all fields.
   PostgresInsert(Session& session, std::string numbered, std::string withKey, std::vector<Type> types,
-                 std::optional<std::size_t> keyValue, std::vector<std::string> afterOwnKey);
+                 std::optional<std::size_t> keyValue, std::vector<std::string> afterOwnKey,
+                 std::unique_ptr<BulkInsert> bulk);
   ~PostgresInsert() override;
 
   std::int64_t run(engine::RowKey key, std::span<const Value* const> values) override;
 
  private:
+  void insert(bool ownKey, std::span<const Value* const> values);
+
   Session& session_;
   Prepared numbered_;
   Prepared withKey_;
   std::vector<Type> types_;
   std::optional<std::size_t> keyValue_;
   std::vector<std::string> afterOwnKey_;
+  std::unique_ptr<BulkInsert> bulk_;  // null for a table whose rows may be refused
   Parameters parameters_;
+  std::vector<const Value*> values_;  // without the key
+  engine::RowKey lastKey_ = 0;
+  std::uint64_t runs_ = 0;  // of the connection, when that row was added
 };
 
 }  // namespace jet::postgres

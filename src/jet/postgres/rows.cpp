@@ -1,10 +1,11 @@
 #include "jet/postgres/rows.h"
 
-#include <bit>
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
-#include "base/datetime.h"
 #include "jet/postgres/texts.h"
+#include "jet/postgres/wire.h"
 
 namespace jet::postgres {
 
@@ -17,26 +18,23 @@ constexpr Oid kBool = 16;
 constexpr Oid kInt8 = 20;
 constexpr Oid kInt2 = 21;
 constexpr Oid kInt4 = 23;
+constexpr Oid kText = 25;
 constexpr Oid kFloat8 = 701;
 constexpr Oid kTimestamp = 1114;
 
-// Days from the dialect's day 0, 1899-12-30, to the server's, 2000-01-01.
-constexpr std::int64_t kDaysToDayZero = 36526;
-constexpr std::int64_t kSecondsOfDay = 86400;
-constexpr std::int64_t kMicroseconds = 1'000'000;
-
-// Of the network's order of bytes.
-std::uint64_t bits(std::string_view bytes) {
-  std::uint64_t value = 0;
-  for (const char c : bytes) value = value << 8U | static_cast<unsigned char>(c);
-  return value;
-}
-
-// A year that the dialect does not have, and infinity, are texts that are no date.
-std::string storedDate(std::int64_t microseconds) {
-  std::int64_t seconds = microseconds / kMicroseconds;
-  if (microseconds % kMicroseconds < 0) --seconds;
-  return base::DateTime(seconds + kDaysToDayZero * kSecondsOfDay).stored();
+Oid serverType(Type type) {
+  switch (type) {
+    case Type::Boolean:
+      return kBool;
+    case Type::Long:
+      return kInt8;
+    case Type::Double:
+      return kFloat8;
+    case Type::DateTime:
+      return kTimestamp;
+    default:
+      return kText;
+  }
 }
 
 void appendLength(std::string& out, std::int32_t length) {
@@ -75,11 +73,19 @@ void Rows::learnTypes(const PGresult* result) {
   texts_.resize(types_.size());
 }
 
+Rows::Field Rows::fieldOf(const PGresult* result, int row, int column) {
+  return {PQgetisnull(result, row, column) != 0,
+          {PQgetvalue(result, row, column), static_cast<std::size_t>(PQgetlength(result, row, column))}};
+}
+
+void Rows::keepField(const Field& field) {
+  appendLength(kept_, field.null ? -1 : static_cast<std::int32_t>(field.bytes.size()));
+  kept_ += field.bytes;
+}
+
 void Rows::readRow(const PGresult* result, int row) {
   for (std::size_t i = 0; i < fields_.size(); ++i) {
-    const int column = static_cast<int>(i);
-    fields_[i].null = PQgetisnull(result, row, column) != 0;
-    fields_[i].bytes = {PQgetvalue(result, row, column), static_cast<std::size_t>(PQgetlength(result, row, column))};
+    fields_[i] = fieldOf(result, row, static_cast<int>(i));
   }
 }
 
@@ -115,8 +121,53 @@ bool Rows::nextKept() {
   return true;
 }
 
+void Rows::startCopy(const std::string& statement, const std::vector<Type>& types) {
+  end();
+  count_ = 0;
+  types_.clear();
+  for (const Type type : types) types_.push_back(serverType(type));
+  fields_.resize(types_.size());
+  texts_.resize(types_.size());
+  connection_.startCopy(statement, this);
+  arriving_ = true;
+  copying_ = true;
+  head_ = true;
+}
+
+// The fields of the row that arrived; false behind the last one.
+bool Rows::readCopied() {
+  constexpr std::size_t kHeadSize = 19;
+  constexpr std::size_t kCountSize = 2;
+  constexpr std::size_t kLengthSize = 4;
+  std::string_view bytes = copied_.bytes();
+  if (std::exchange(head_, false)) bytes.remove_prefix(std::min(bytes.size(), kHeadSize));
+  if (bytes.size() < kCountSize || wholeNumber(bytes.substr(0, kCountSize)) < 0) return false;
+  bytes.remove_prefix(kCountSize);
+  for (Field& field : fields_) {
+    const std::int64_t length = wholeNumber(bytes.substr(0, kLengthSize));
+    bytes.remove_prefix(kLengthSize);
+    field.null = length < 0;
+    field.bytes = bytes.substr(0, field.null ? 0 : static_cast<std::size_t>(length));
+    bytes.remove_prefix(field.bytes.size());
+  }
+  return true;
+}
+
+bool Rows::nextCopied() {
+  while (arriving_) {
+    copied_ = connection_.nextCopied();
+    if (!copied_) {
+      arriving_ = false;
+      copying_ = false;
+    } else if (readCopied()) {
+      return true;
+    }
+  }
+  return false;
+}
+
 bool Rows::next() {
-  const bool found = kept_.empty() ? nextArrived() : nextKept();
+  const bool found = !kept_.empty() ? nextKept() : copying_ ? nextCopied() : nextArrived();
   if (found) ++count_;
   return found;
 }
@@ -124,16 +175,24 @@ bool Rows::next() {
 void Rows::keep(const PGresult* result) {
   for (int row = 0; row < PQntuples(result); ++row) {
     for (int column = 0; column < PQnfields(result); ++column) {
-      const bool null = PQgetisnull(result, row, column) != 0;
-      const int length = PQgetlength(result, row, column);
-      appendLength(kept_, null ? -1 : length);
-      if (!null) kept_.append(PQgetvalue(result, row, column), static_cast<std::size_t>(length));
+      keepField(fieldOf(result, row, column));
     }
   }
 }
 
 // The current row stays the current one: it lies in result_.
 void Rows::takeRest() {
+  if (copying_) {
+    // The current row lies in fields_, where each of the others is read to.
+    CopiedRow current = std::move(copied_);
+    const std::vector<Field> fields = fields_;
+    while (nextCopied()) {
+      for (const Field& field : fields_) keepField(field);
+    }
+    copied_ = std::move(current);
+    fields_ = fields;
+    return;
+  }
   while (const Result more = connection_.next()) {
     learnTypes(more.get());
     keep(more.get());
@@ -149,15 +208,13 @@ Cell Rows::cell(std::size_t column) const {
     case kBool:
       return {.kind = Cell::Kind::Integer, .integer = bytes.front() != 0 ? 1 : 0};
     case kInt2:
-      return {.kind = Cell::Kind::Integer, .integer = static_cast<std::int16_t>(bits(bytes))};
     case kInt4:
-      return {.kind = Cell::Kind::Integer, .integer = static_cast<std::int32_t>(bits(bytes))};
     case kInt8:
-      return {.kind = Cell::Kind::Integer, .integer = static_cast<std::int64_t>(bits(bytes))};
+      return {.kind = Cell::Kind::Integer, .integer = wholeNumber(bytes)};
     case kFloat8:
-      return {.kind = Cell::Kind::Real, .real = std::bit_cast<double>(bits(bytes))};
+      return {.kind = Cell::Kind::Real, .real = realNumber(bytes)};
     case kTimestamp:
-      texts_[column] = storedDate(static_cast<std::int64_t>(bits(bytes)));
+      texts_[column] = moment(bytes).stored();
       return {.kind = Cell::Kind::Text, .text = texts_[column]};
     default:
       if (!holdsBytes(bytes)) return {.kind = Cell::Kind::Text, .text = bytes};
@@ -169,6 +226,8 @@ Cell Rows::cell(std::size_t column) const {
 void Rows::end() noexcept {
   if (arriving_) connection_.finish();
   arriving_ = false;
+  copying_ = false;
+  copied_ = {};
   result_.reset();
   row_ = 0;
   kept_.clear();

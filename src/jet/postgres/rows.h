@@ -22,6 +22,8 @@ class Rows final : private Reader {
 
   // With `many`, rows are handed on as they arrive.
   void start(Prepared& statement, const Parameters& parameters, bool many, std::string_view text);
+  // Of a COPY in binary form, whose columns have these types.
+  void startCopy(const std::string& statement, const std::vector<Type>& types);
   bool next();
   // Of the current row, until the next one.
   [[nodiscard]] engine::Cell cell(std::size_t column) const;
@@ -40,10 +42,17 @@ class Rows final : private Reader {
   void keep(const PGresult* result);
   bool nextKept();
   bool nextArrived();
+  static Field fieldOf(const PGresult* result, int row, int column);
+  void keepField(const Field& field);
   void readRow(const PGresult* result, int row);
+  bool nextCopied();
+  bool readCopied();
 
   Connection& connection_;
   bool arriving_ = false;
+  bool copying_ = false;  // arriving by COPY
+  CopiedRow copied_;
+  bool head_ = false;  // before the first row of a COPY
   Result result_;
   int row_ = 0;
   std::string kept_;  // rows: for each field its length (-1: Null) and its bytes

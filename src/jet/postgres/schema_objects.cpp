@@ -144,12 +144,22 @@ std::string channel(std::string_view schema) {
 
 std::vector<std::string> schemaStatements(const std::string& schema) {
   const std::string changes = inSchema(schema, kChangesTable);
-  return {"CREATE SCHEMA " + quotedName(schema),
-          "CREATE TABLE " + changes + " (name text PRIMARY KEY, changed xid8 NOT NULL, rewritten xid8 NOT NULL)",
-          "INSERT INTO " + changes + " VALUES ('', pg_current_xact_id(), pg_current_xact_id())",
-          "CREATE TABLE " + inSchema(schema, kBlocksTable) +
-              " (name text, block bigint, rows bigint NOT NULL, PRIMARY KEY (name, block)) WITH (fillfactor = 50)",
-          noteFunction(schema)};
+  std::vector<std::string> statements{
+      "CREATE SCHEMA " + quotedName(schema),
+      "CREATE TABLE " + changes + " (name text PRIMARY KEY, changed xid8 NOT NULL, rewritten xid8 NOT NULL)",
+      "INSERT INTO " + changes + " VALUES ('', pg_current_xact_id(), pg_current_xact_id())",
+      "CREATE TABLE " + inSchema(schema, kBlocksTable) +
+          " (name text, block bigint, rows bigint NOT NULL, PRIMARY KEY (name, block)) WITH (fillfactor = 50)"};
+  for (std::string& statement : renamedStatements(schema)) statements.push_back(std::move(statement));
+  return statements;
+}
+
+std::vector<std::string> renamedStatements(const std::string& schema) {
+  return {noteFunction(schema), "COMMENT ON SCHEMA " + quotedName(schema) + " IS " + quotedText(schemaComment(schema))};
+}
+
+std::string schemaComment(const std::string& schema) {
+  return "jet: " + schema;
 }
 
 std::vector<std::string> tableStatements(const std::string& schema, const TableDef& table) {

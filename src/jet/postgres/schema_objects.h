@@ -17,7 +17,7 @@ namespace jet::postgres {
 inline constexpr const char* kChangesTable = "jet changes";
 // "jet blocks": for each table the number of rows in each range of 2^kBlockBits keys that has some.
 inline constexpr const char* kBlocksTable = "jet blocks";
-inline constexpr int kBlockBits = 13;
+inline constexpr int kBlockBits = 11;
 
 // Names that begin like this are no tables of the program.
 inline constexpr const char* kOwnPrefix = "jet ";
@@ -32,6 +32,10 @@ std::string channel(std::string_view schema);
 
 // Makes the schema and its two tables. Error of the server when it exists.
 std::vector<std::string> schemaStatements(const std::string& schema);
+// Fits what was made under another name of the schema to this one; the tables' own statements follow.
+std::vector<std::string> renamedStatements(const std::string& schema);
+// The comment of a schema whose functions know its name.
+std::string schemaComment(const std::string& schema);
 // Makes a table.
 std::vector<std::string> tableStatements(const std::string& schema, const TableDef& table);
 // Makes its indexes and triggers, where they are missing.

@@ -62,12 +62,18 @@ void Session::end(const char* statement) {
   throw Error(3000, connection_.describe() + ": the changes begun were undone by an earlier fault. Begin them again.");
 }
 
+bool Session::inTransaction() const {
+  return state_ == State::Writing && !connection_.lost() &&
+         PQtransactionStatus(connection_.handle()) != PQTRANS_INERROR;
+}
+
 void Session::commit() {
   end("COMMIT");
 }
 
 void Session::rollback() noexcept {
   try {
+    connection_.forgetBulk();
     if (!connection_.lost()) end("ROLLBACK");
   } catch (const Error&) {
     // The server undoes what a lost connection began.
@@ -99,6 +105,7 @@ void Session::release(int level) {
 
 void Session::rollbackTo(int level) noexcept {
   try {
+    connection_.forgetBulk();
     runUnguarded({"ROLLBACK TO " + levelName(level), "RELEASE " + levelName(level)});
   } catch (const Error&) {
     // As in rollback().

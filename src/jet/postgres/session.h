@@ -27,7 +27,7 @@ class Session {
   void savepoint(int level);
   void release(int level);
   void rollbackTo(int level) noexcept;
-  [[nodiscard]] bool inTransaction() const { return state_ == State::Writing && !connection_.lost(); }
+  [[nodiscard]] bool inTransaction() const;
   void beginView();
   void endView() noexcept;
 

@@ -147,8 +147,8 @@ class StatementWriter {
       sql += (sql.empty() ? " ORDER BY " : ", ") + emitter_.orderTerm(item.expression, item.descending);
       descending = item.descending;
     }
-    if (sql.empty() || !statement_.readsOneTable()) return sql;
-    return sql + ", " + emitter_.key(0) + (descending ? " DESC" : "");
+    if (!statement_.readsOneTable()) return sql;
+    return sql + (sql.empty() ? " ORDER BY " : ", ") + emitter_.key(0) + (descending ? " DESC" : "");
   }
 
   std::string groupClauses(const std::vector<const BoundExpression*>& keys) {
