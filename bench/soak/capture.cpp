@@ -8,6 +8,7 @@
 #include <ctime>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 
 #include "base/printf.h"
@@ -88,6 +89,21 @@ long CaptureProgram::memory() const {
     if (word == "VmRSS:") status >> size;
   }
   return size;
+}
+
+bool CaptureProgram::waitForFileLines(std::int64_t count, std::chrono::seconds patience) const {
+  const auto end = std::chrono::steady_clock::now() + patience;
+  while (std::chrono::steady_clock::now() < end) {
+    std::ifstream in(exchange_.monitor() / ".tallymon/status.json");
+    const auto status = nlohmann::json::parse(in, nullptr, false);
+    if (status.is_object()) {
+      for (const auto& source : status["sources"]) {
+        if (source.value("id", "") == "file" && source.value("lines", std::int64_t{0}) >= count) return true;
+      }
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  return false;
 }
 
 bool CaptureProgram::waitUntilEmpty(std::chrono::seconds patience) const {

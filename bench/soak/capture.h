@@ -29,7 +29,10 @@ class CaptureProgram {
   void kill();
   // SIGTERM; the exit status.
   int stop();
-  // Waits until every line of the file is handed over and imported.
+  // Waits until the program has taken so many lines of the file. One that was killed again and again on a busy machine
+  // has much to catch up with.
+  [[nodiscard]] bool waitForFileLines(std::int64_t count, std::chrono::seconds patience) const;
+  // Waits until what the program has taken is handed over and imported.
   [[nodiscard]] bool waitUntilEmpty(std::chrono::seconds patience) const;
 
   [[nodiscard]] std::filesystem::path file() const { return exchange_.folder() / "calls.log"; }

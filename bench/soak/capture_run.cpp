@@ -111,7 +111,8 @@ bool runCaptureKills(int rounds) {
   const int sent = wire.stop();
   const int written = file.stop();
   capture.start();
-  bool good = check(capture.waitUntilEmpty(std::chrono::seconds(600)), "the lines were not all handed over");
+  bool good = check(capture.waitForFileLines(written, std::chrono::seconds(1800)), "the lines were not all taken");
+  good &= check(capture.waitUntilEmpty(std::chrono::seconds(600)), "the lines were not all handed over");
   good &= check(capture.stop() == 0, "the capture program did not end cleanly");
   good &= check(server->stop() == 0, "the service did not end cleanly");
 
