@@ -79,9 +79,10 @@ class FileFollower : public SessionTransport {
     if (file_) file_->seek(offset);
   }
 
-  // Files that a rotation made of ours: "Master.csv.1", "Master.csv-20261124".
-  [[nodiscard]] std::vector<FollowedFile> rotatedFiles() const {
-    std::vector<FollowedFile> files;
+  // Files that a rotation made of ours: "Master.csv.1", "Master.csv-20261124". There may be more of them than this
+  // process may have open: each is closed again unless `use` keeps it.
+  template <typename Use>
+  void forEachRotated(const Use& use) const {
     const std::string own = settings_.path.filename().string();
     const fs::path folder = settings_.path.parent_path();
     std::error_code fault;
@@ -90,20 +91,23 @@ class FileFollower : public SessionTransport {
       const bool rotated = name.size() > own.size() && name.starts_with(own) &&
                            name.find_first_not_of("0123456789.-", own.size()) == std::string::npos;
       if (!rotated || !entry.is_regular_file(fault)) continue;
-      if (auto file = FollowedFile::open(entry.path())) files.push_back(std::move(*file));
+      if (auto file = FollowedFile::open(entry.path())) use(std::move(*file));
     }
-    return files;
   }
 
+  // The file in which the place was, else a copy of it.
   [[nodiscard]] std::optional<FollowedFile> olderFile(const FilePlace& place) const {
-    auto files = rotatedFiles();
-    for (FollowedFile& file : files) {
-      if (file.holds(place)) return std::move(file);
-    }
-    for (FollowedFile& file : files) {
-      if (place.headLength >= kTellingHead && file.holdsContent(place)) return std::move(file);
-    }
-    return std::nullopt;
+    std::optional<FollowedFile> found;
+    std::optional<FollowedFile> copy;
+    forEachRotated([&](FollowedFile file) {
+      if (found) return;
+      if (file.holds(place)) {
+        found = std::move(file);
+      } else if (!copy && place.headLength >= kTellingHead && file.holdsContent(place)) {
+        copy = std::move(file);
+      }
+    });
+    return found ? std::move(found) : std::move(copy);
   }
 
   // Our file was deleted, or compressed, while we were away: the oldest one that was written after our last line. What
@@ -118,10 +122,10 @@ class FileFollower : public SessionTransport {
     const auto since = std::chrono::file_clock::from_sys(
         std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(lastLine)));
     std::optional<FollowedFile> oldest;
-    for (FollowedFile& file : rotatedFiles()) {
-      if (file.lastWrite() <= since || (oldest && oldest->lastWrite() <= file.lastWrite())) continue;
+    forEachRotated([&](FollowedFile file) {
+      if (file.lastWrite() <= since || (oldest && oldest->lastWrite() <= file.lastWrite())) return;
       oldest = std::move(file);
-    }
+    });
     return oldest;
   }
 
@@ -129,10 +133,10 @@ class FileFollower : public SessionTransport {
   [[nodiscard]] std::optional<FollowedFile> nextFile() const {
     std::optional<FollowedFile> next;
     if (file_) {
-      for (FollowedFile& file : rotatedFiles()) {
+      forEachRotated([&](FollowedFile file) {
         const bool newer = file.inode() != file_->inode() && file.lastWrite() > file_->lastWrite();
         if (newer && (!next || file.lastWrite() < next->lastWrite())) next = std::move(file);
-      }
+      });
     }
     return next ? std::move(next) : FollowedFile::open(settings_.path);
   }

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -74,6 +75,32 @@ TEST_F(FileFollower, RotationsWhileTheProgramIsAwayLoseNothing) {
   TransportRun run(FileSettings{file, false}, sink);
   EXPECT_TRUE(run.untilLines(4));
   EXPECT_EQ("first line of the file of Monday|two|three|four|", sink->all());
+}
+
+// A rotation that deletes nothing leaves more files than a process may have open.
+TEST_F(FileFollower, FindsItsPlaceAmongMoreFilesThanCanBeOpen) {
+  constexpr int kFiles = 300;
+  append(file, "first line of the file of Monday\n");
+  EXPECT_EQ("first line of the file of Monday|", taken());
+  fs::rename(file, folder / "Master.csv.1");
+  append(file, "two\n");
+  const auto now = fs::last_write_time(file);
+  fs::last_write_time(folder / "Master.csv.1", now - std::chrono::hours(1));
+  for (int i = 2; i < kFiles; ++i) {
+    const fs::path old = folder / ("Master.csv." + std::to_string(i));
+    append(old, "read long ago\n");
+    fs::last_write_time(old, now - std::chrono::hours(i));
+  }
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  rlimit few = before;
+  few.rlim_cur = kFiles / 2;
+  setrlimit(RLIMIT_NOFILE, &few);
+  TransportRun run(FileSettings{file, false}, sink);
+  EXPECT_TRUE(run.untilLines(2)) << sink->state;
+  EXPECT_TRUE(run.stop());
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ("first line of the file of Monday|two|", sink->all());
 }
 
 // Rotation deletes the oldest file, or packs it. What was written after our last line is read all the same, and nothing
