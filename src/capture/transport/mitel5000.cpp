@@ -22,7 +22,13 @@ class Mitel5000 : public TcpClient {
     co_await send(withLength(kCallRecords + settings_.password + '\0'));
     LengthReading reading(sink());
     sink().breakCame();
-    established("connected to " + settings_.host + ":" + std::to_string(settings_.port));
+    const std::string peer = "connected to " + settings_.host + ":" + std::to_string(settings_.port);
+    // A login that is refused is tried again after growing pauses.
+    if (heard_) {
+      established(peer);
+    } else {
+      sink().connected(true, peer);
+    }
     std::string end;
     try {
       co_await readToTheEnd(reading);
@@ -30,12 +36,14 @@ class Mitel5000 : public TcpClient {
       end = fault.what();
     }
     if (end.empty()) co_return;
-    if (!reading.hasRead()) end += " before a record came: look at the password in its database (System, Sockets)";
+    heard_ = reading.hasRead();
+    if (!heard_) end += " before a record came: look at the password in its database (System, Sockets)";
     throw ConnectionFault(end);
   }
 
  private:
   Mitel5000Settings settings_;
+  bool heard_ = true;  // a record, over the connection before
 };
 
 }  // namespace
