@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -42,6 +43,11 @@ class Database {
   virtual std::unique_ptr<RowWindow> openWindow(std::string_view sql) = 0;
   // Hands every row of a select to `row` as it is read, without keeping any; `row` returns false to stop.
   virtual void forEachRow(std::string_view sql, const std::function<bool(const std::vector<Value>&)>& row) = 0;
+
+  // Reads on, for about `time`, what makes the rows and the number of rows of this select, or of others over the same
+  // columns, quick to find; it does so in memory that is bounded. Nothing is read of a table of more than `mostRows`.
+  // True while there is more to read; false too when it would be of no use. For the moments in which a program waits.
+  virtual bool readAhead(std::string_view sql, std::chrono::milliseconds time, std::int64_t mostRows) = 0;
 
   virtual TableDef tableDef(std::string_view table) = 0;  // 3078 when there is none
   virtual std::vector<std::string> tableNames() = 0;

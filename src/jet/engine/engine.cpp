@@ -148,6 +148,13 @@ void Engine::forEachRow(std::string_view sql, const std::function<bool(const std
   }
 }
 
+bool Engine::readAhead(std::string_view sql, std::chrono::milliseconds time, std::int64_t mostRows) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  const ShapedText text(sql, masksNow());
+  return statistics_.readAhead(text, boundSelect(text), mostRows,
+                               [end] { return std::chrono::steady_clock::now() < end; });
+}
+
 TableDef Engine::tableDef(std::string_view table) {
   versions_.refresh();
   const auto found = driver_->definition(table);

@@ -32,6 +32,7 @@ class Engine final : public Database {
   Snapshot openSnapshot(std::string_view sql) override;
   std::unique_ptr<RowWindow> openWindow(std::string_view sql) override;
   void forEachRow(std::string_view sql, const std::function<bool(const std::vector<Value>&)>& row) override;
+  bool readAhead(std::string_view sql, std::chrono::milliseconds time, std::int64_t mostRows) override;
 
   TableDef tableDef(std::string_view table) override;
   std::vector<std::string> tableNames() override { return driver_->tableNames(); }

@@ -1,6 +1,7 @@
 #include "jet/engine/columns/column_store.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace jet::columns {
 
@@ -11,6 +12,9 @@ constexpr std::size_t kMostBytes = std::size_t{448} << 20U;
 
 constexpr std::int64_t kBeforeAll = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kBehindAll = std::numeric_limits<std::int64_t>::max();
+
+// Rows read ahead at a time: a few milliseconds.
+constexpr std::size_t kAheadRows = 2048;
 
 std::size_t expectedBytes(Type type) {
   switch (type) {
@@ -29,6 +33,7 @@ void ColumnStore::forget() {
   held_.clear();
   held_.resize(definition_->fields.size());
   keys_.reset();
+  reading_.reset();
   counted_.reset();
   work_ = 0;
 }
@@ -58,7 +63,8 @@ bool ColumnStore::extend() {
   for (Column* column : columns) column->reserve(rowLimit());
   const std::int64_t behind = keys_->rows() == 0 ? kBeforeAll : keys_->last();
   try {
-    return source_.readColumns(*definition_, fields, columns, behind, kBehindAll, *keys_).complete();
+    return source_.readColumns(*definition_, fields, columns, behind, kBehindAll, *keys_, ColumnSource::kAllRows)
+        .complete();
   } catch (...) {
     forget();  // some columns may have a row more than others
     throw;
@@ -82,38 +88,81 @@ bool ColumnStore::refuses(std::span<const std::size_t> fields) const {
   return std::ranges::any_of(fields, [this](std::size_t field) { return held_[field].refused; });
 }
 
-bool ColumnStore::load(std::span<const std::size_t> fields, bool eager) {
-  if (fields.empty()) return keys_ != nullptr;
+std::vector<std::size_t> ColumnStore::missing(std::span<const std::size_t> fields) const {
   std::vector<std::size_t> missing;
-  ++uses_;
-  for (const std::size_t field : fields) {
-    held_[field].lastUsed = uses_;
-    if (held_[field].column == nullptr) missing.push_back(field);
-  }
-  if (missing.empty()) return true;
-  if ((!eager && work_ < source_.rowLimit(*definition_)) || !makeRoom(missing)) return false;
-  return read(missing);
+  std::ranges::copy_if(fields, std::back_inserter(missing),
+                       [this](std::size_t field) { return held_[field].column == nullptr; });
+  return missing;
 }
 
-bool ColumnStore::read(std::span<const std::size_t> fields) {
-  std::vector<std::unique_ptr<Column>> made;
-  std::vector<Column*> columns;
+bool ColumnStore::load(std::span<const std::size_t> fields, bool eager) {
+  if (fields.empty()) return keys_ != nullptr;
+  ++uses_;
+  for (const std::size_t field : fields) held_[field].lastUsed = uses_;
+  const std::vector<std::size_t> wanted = missing(fields);
+  if (wanted.empty()) return true;
+  if (!eager && work_ < source_.rowLimit(*definition_)) return false;
+  if (!isRead(wanted)) {
+    if (!makeRoom(wanted)) return false;
+    beginReading(wanted);
+  }
+  return readOn(ColumnSource::kAllRows) == Read::Complete;
+}
+
+bool ColumnStore::readAhead(std::span<const std::size_t> fields, const std::function<bool()>& goesOn) {
+  const std::vector<std::size_t> wanted = missing(fields);
+  if (wanted.empty() || refuses(wanted)) return false;
+  if (!isRead(wanted)) {
+    reading_.reset();
+    if (bytes() + bytesNeeded(wanted) > kMostBytes) return false;
+    for (const std::size_t field : wanted) held_[field].lastUsed = uses_;
+    beginReading(wanted);
+  }
+  while (readOn(kAheadRows) == Read::More) {
+    if (!goesOn()) return true;
+  }
+  return false;
+}
+
+bool ColumnStore::isRead(std::span<const std::size_t> fields) const {
+  return reading_ && std::ranges::all_of(fields, [this](std::size_t field) {
+           return std::ranges::find(reading_->fields, field) != reading_->fields.end();
+         });
+}
+
+void ColumnStore::beginReading(std::span<const std::size_t> fields) {
+  Reading reading{{fields.begin(), fields.end()}, {}, std::make_shared<KeyRuns>()};
   for (const std::size_t field : fields) {
-    made.push_back(std::make_unique<Column>(definition_->fields[field].type));
-    columns.push_back(made.back().get());
-    columns.back()->reserve(rowLimit());
+    reading.columns.push_back(std::make_unique<Column>(definition_->fields[field].type));
+    reading.columns.back()->reserve(rowLimit());
   }
-  auto keys = std::make_shared<KeyRuns>();
-  const bool none = keys_ != nullptr && keys_->rows() == 0;
-  const std::int64_t last = keys_ == nullptr ? kBehindAll : none ? kBeforeAll : keys_->last();
-  const ColumnSource::Read read = source_.readColumns(*definition_, fields, columns, kBeforeAll, last, *keys);
+  reading_ = std::move(reading);
+}
+
+// All columns that are held end with the same row.
+ColumnStore::Read ColumnStore::readOn(std::size_t mostRows) {
+  std::vector<Column*> columns;
+  for (const auto& column : reading_->columns) columns.push_back(column.get());
+  const auto lastOf = [](const KeyRuns& keys) { return keys.rows() == 0 ? kBeforeAll : keys.last(); };
+  const std::size_t before = reading_->keys->rows();
+  ColumnSource::Read read;
+  try {
+    read = source_.readColumns(*definition_, reading_->fields, columns, lastOf(*reading_->keys),
+                               keys_ == nullptr ? kBehindAll : lastOf(*keys_), *reading_->keys, mostRows);
+  } catch (...) {
+    reading_.reset();  // some columns may have a row more than others
+    throw;
+  }
   if (!read.complete()) {
-    refuse(fields[read.refused]);
-    return false;
+    refuse(reading_->fields[read.refused]);
+    reading_.reset();
+    return Read::Refused;
   }
-  if (keys_ == nullptr) keys_ = std::move(keys);
-  for (std::size_t i = 0; i < made.size(); ++i) held_[fields[i]].column = std::move(made[i]);
-  return true;
+  if (reading_->keys->rows() - before == mostRows) return Read::More;
+  if (keys_ == nullptr) keys_ = std::move(reading_->keys);
+  for (std::size_t i = 0; i < columns.size(); ++i) held_[reading_->fields[i]].column = std::move(reading_->columns[i]);
+  reading_.reset();
+  return Read::Complete;
 }
 
 // At least the number of rows, with those that were added since.
@@ -123,11 +172,16 @@ std::size_t ColumnStore::rowLimit() {
   return static_cast<std::size_t>(rows);
 }
 
-// Columns not used for longest give way.
-bool ColumnStore::makeRoom(std::span<const std::size_t> missing) {
+std::size_t ColumnStore::bytesNeeded(std::span<const std::size_t> fields) {
   const std::size_t rows = rowLimit();
   std::size_t needed = 0;
-  for (const std::size_t field : missing) needed += rows * expectedBytes(definition_->fields[field].type);
+  for (const std::size_t field : fields) needed += rows * expectedBytes(definition_->fields[field].type);
+  return needed;
+}
+
+// Columns not used for longest give way.
+bool ColumnStore::makeRoom(std::span<const std::size_t> fields) {
+  const std::size_t needed = bytesNeeded(fields);
   while (bytes() + needed > kMostBytes) {
     Held* oldest = nullptr;
     for (Held& held : held_) {
@@ -143,6 +197,8 @@ bool ColumnStore::makeRoom(std::span<const std::size_t> missing) {
 std::size_t ColumnStore::bytes() const {
   std::size_t sum = 0;
   for (const Held& held : held_) sum += held.column != nullptr ? held.column->bytes() : 0;
+  if (!reading_) return sum;
+  for (const auto& column : reading_->columns) sum += column->bytes();
   return sum;
 }
 

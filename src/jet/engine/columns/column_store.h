@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -24,6 +25,9 @@ class ColumnStore {
   // about as long as reading it takes, or if `eager`, and if they can be held and all together take not too much
   // memory.
   [[nodiscard]] bool load(std::span<const std::size_t> fields, bool eager = false);
+  // Within the same view: reads on as long as `goesOn` says so, toward a load() of these fields that finds them held;
+  // asked for every few thousand rows. No column gives way for it. True while there is more to read.
+  bool readAhead(std::span<const std::size_t> fields, const std::function<bool()>& goesOn);
   // True when a field holds what only the database can compare.
   [[nodiscard]] bool refuses(std::span<const std::size_t> fields) const;
   void refuse(std::size_t field) { held_[field].refused = true; }
@@ -43,10 +47,22 @@ class ColumnStore {
     bool refused = false;
   };
 
+  // Columns that are read from the first row on, a part at a time.
+  struct Reading {
+    std::vector<std::size_t> fields;
+    std::vector<std::unique_ptr<Column>> columns;
+    std::shared_ptr<KeyRuns> keys;
+  };
+  enum class Read { More, Complete, Refused };
+
   void forget();
   [[nodiscard]] bool extend();
-  [[nodiscard]] bool read(std::span<const std::size_t> fields);
-  [[nodiscard]] bool makeRoom(std::span<const std::size_t> missing);
+  [[nodiscard]] std::vector<std::size_t> missing(std::span<const std::size_t> fields) const;
+  [[nodiscard]] bool isRead(std::span<const std::size_t> fields) const;
+  void beginReading(std::span<const std::size_t> fields);
+  Read readOn(std::size_t mostRows);
+  [[nodiscard]] std::size_t bytesNeeded(std::span<const std::size_t> fields);
+  [[nodiscard]] bool makeRoom(std::span<const std::size_t> fields);
   [[nodiscard]] std::size_t rowLimit();
   [[nodiscard]] std::size_t bytes() const;
 
@@ -55,6 +71,7 @@ class ColumnStore {
   ColumnSource::Changes changes_;
   std::vector<Held> held_;  // by place in the definition
   std::shared_ptr<KeyRuns> keys_;
+  std::optional<Reading> reading_;       // rows added meanwhile are still to come
   std::optional<std::int64_t> counted_;  // rows, without their keys
   std::int64_t work_ = 0;                // rows looked at since the columns were forgotten
   std::uint64_t uses_ = 0;

@@ -4,6 +4,14 @@
 
 namespace jet::columns {
 
+std::optional<ColumnPart> columnPartOf(const bind::BoundExpression& expression) {
+  if (expression.kind != bind::BoundExpression::Kind::Call || expression.operands.size() != 1) return std::nullopt;
+  const auto part = datePartCalled(expression.function->name);
+  const bind::BoundExpression& date = expression.operands.front();
+  if (!part || !date.isColumn() || date.type != Type::DateTime) return std::nullopt;
+  return ColumnPart{date.index, *part};
+}
+
 std::int32_t DatePartReader::read(std::int32_t seconds) {
   constexpr std::int32_t kSecondsOfDay = 86'400;
   std::int32_t day = seconds / kSecondsOfDay;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "jet/engine/columns/date_part_reader.h"
+
 namespace jet::columns {
 
 namespace {
@@ -18,6 +20,13 @@ void collectFields(const BoundExpression& expression, std::vector<std::size_t>& 
     fields.push_back(expression.index);
   }
   for (const BoundExpression& operand : expression.operands) collectFields(operand, fields);
+}
+
+// Of a column, or of a part of its dates, with a constant.
+bool isComparison(const BoundExpression& expression) {
+  using Kind = BoundExpression::Kind;
+  return expression.kind == Kind::Compare && expression.operands[1].kind == Kind::Literal &&
+         (expression.operands[0].kind == Kind::Column || columnPartOf(expression.operands[0]));
 }
 
 Truth truthOf(bool holds) {
@@ -77,8 +86,8 @@ bool RowFilter::take(const BoundExpression& expression, const TableDef& definiti
   if (fields.empty()) return true;
   node.field = fields.front();
   const FieldDef& field = definition.fields[fields.front()];
-  const bool compares = expression.kind == Kind::Compare && expression.operands[0].kind == Kind::Column &&
-                        expression.operands[1].kind == Kind::Literal;
+  const bool compares = isComparison(expression);
+  if (compares && expression.operands[0].kind == Kind::Call) node.part = columnPartOf(expression.operands[0])->part;
   if ((field.type == Type::Double || field.type == Type::DateTime) && !compares) return false;
   if (std::find(fields_.begin(), fields_.end(), fields.front()) == fields_.end()) fields_.push_back(fields.front());
   return true;
@@ -136,14 +145,10 @@ void RowFilter::lookUpAll(Node& node, memory::Evaluator& evaluator) {
 }
 
 bool RowFilter::prepareComparison(Node& node, memory::Evaluator& evaluator) {
-  if (node.expression->kind != BoundExpression::Kind::Compare ||
-      node.expression->operands[0].kind != BoundExpression::Kind::Column ||
-      node.expression->operands[1].kind != BoundExpression::Kind::Literal) {
-    return false;
-  }
+  if (!isComparison(*node.expression)) return false;
   node.op = node.expression->op;
   const Value& constant = evaluator.value(node.expression->operands[1]);
-  const bool date = node.column->type() == Type::DateTime;
+  const bool date = node.column->type() == Type::DateTime && !node.part;
   if (date && constant.type() == Type::DateTime) {
     node.constant = static_cast<double>(constant.dateTime().secondsSinceDayZero() - Column::kFirstDate);
     return true;
@@ -197,6 +202,14 @@ void RowFilter::test(const Node& node, std::size_t from, std::size_t count, Trut
   }
 }
 
+// Puts the parts in the place of the dates.
+void RowFilter::readParts(DatePart part, std::size_t count) {
+  DatePartReader reader(part);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (integers_[i] != PackedIntegers::kNone) integers_[i] = reader.read(integers_[i]);
+  }
+}
+
 void RowFilter::testColumn(const Node& node, std::size_t from, std::size_t count, Truth* out) {
   if (!node.field) {
     std::fill(out, out + count, node.known.front());
@@ -207,6 +220,7 @@ void RowFilter::testColumn(const Node& node, std::size_t from, std::size_t count
         node.column->reals(from), count, node.op, node.constant, [](double number) { return number != number; }, out);
   }
   node.column->integers(from, count, integers_.data());
+  if (node.part) readParts(*node.part, count);
   if (node.known.empty() && node.column->least() <= node.column->greatest()) {
     return compareAll(
         integers_.data(), count, node.op, node.constant,

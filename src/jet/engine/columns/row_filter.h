@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "jet/date_part.h"
 #include "jet/engine/columns/column.h"
 #include "jet/engine/memory/evaluator.h"
 #include "jet/table_def.h"
@@ -17,7 +18,7 @@ inline constexpr std::size_t kBlockRows = 2048;
 
 // A condition over the columns of a table, tested block by block. It is taken apart at its And, Or and Not into tests
 // of one column each. A test of texts, or of numbers of a small range, is worked out once for each different value and
-// then looked up; other numbers are compared.
+// then looked up; other numbers, and parts of dates, are compared.
 class RowFilter {
  public:
   // Nothing when a test names several columns or one that can neither be looked up nor compared.
@@ -49,6 +50,7 @@ class RowFilter {
     Truths known;            // without a column: the answer; with one: by value, counted from `first`, for `first` on
     std::int32_t first = 0;  // texts: 0, which is Null; numbers: the least one
     memory::Truth ofNull = memory::Truth::Unknown;
+    std::optional<DatePart> part;   // what is compared of a date; none: the date itself
     Operator op = Operator::Equal;  // with no `known`
     double constant = 0;
   };
@@ -57,6 +59,7 @@ class RowFilter {
   [[nodiscard]] bool take(const bind::BoundExpression& expression, const TableDef& definition, Node& node);
   [[nodiscard]] bool prepare(Node& node, memory::Evaluator& evaluator, std::span<const Column* const> columns);
   [[nodiscard]] bool prepareComparison(Node& node, memory::Evaluator& evaluator);
+  void readParts(DatePart part, std::size_t count);
   void lookUpAll(Node& node, memory::Evaluator& evaluator);
   void test(const Node& node, std::size_t from, std::size_t count, memory::Truth* out, std::size_t depth);
   void testColumn(const Node& node, std::size_t from, std::size_t count, memory::Truth* out);

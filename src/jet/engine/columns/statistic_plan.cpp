@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/text.h"
+#include "jet/engine/columns/date_part_reader.h"
 
 namespace jet::columns {
 
@@ -75,11 +76,8 @@ class StatisticPlan::Maker {
       if (expression.type == Type::Long) return Grouping{Grouping::Kind::Number, expression.index};
       return std::nullopt;
     }
-    if (expression.kind != Kind::Call || expression.operands.size() != 1) return std::nullopt;
-    const auto part = datePartCalled(expression.function->name);
-    const BoundExpression& date = expression.operands.front();
-    if (!part || !date.isColumn() || date.type != Type::DateTime) return std::nullopt;
-    return Grouping{Grouping::Kind::Part, date.index, *part};
+    const auto part = columnPartOf(expression);
+    return part ? std::optional(Grouping{Grouping::Kind::Part, part->field, part->part}) : std::nullopt;
   }
 
   bool isKey(const BoundExpression& expression) const {

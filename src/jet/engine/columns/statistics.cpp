@@ -189,4 +189,17 @@ std::shared_ptr<const KeyOrder> Statistics::order(const engine::ShapedText& text
   return order;
 }
 
+bool Statistics::readAhead(const engine::ShapedText& text, const BoundQueryPtr& query, std::int64_t mostRows,
+                           const std::function<bool()>& goesOn) {
+  const SourceView view(source_);
+  StatisticPlan* const plan = planOf(statistics_, text, query, &StatisticPlan::make);
+  const auto list = plan == nullptr ? listOf(text, query) : std::nullopt;
+  if (plan == nullptr ? !list || !list->eager : !plan->testsCondition()) return false;
+  const auto& definition = (plan == nullptr ? list->plan : plan)->definition();
+  if (source_.rowLimit(*definition) > mostRows) return false;
+  ColumnStore& store = storeOf(*definition);
+  store.refresh(definition);
+  return store.readAhead(plan == nullptr ? list->fields : plan->fieldsWithCondition(), goesOn);
+}
+
 }  // namespace jet::columns

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,10 @@ class Statistics {
   // The keys of such a select in its order; null when the database must find them. So it must for small tables, and for
   // a list that it has an index for: that costs no memory.
   std::shared_ptr<const KeyOrder> order(const engine::ShapedText& text, const BoundQueryPtr& query);
+  // Reads on toward a quick answer to this select, or to its count and order, as long as `goesOn` says so; nothing of a
+  // table of more than `mostRows`. True while there is more to read.
+  bool readAhead(const engine::ShapedText& text, const BoundQueryPtr& query, std::int64_t mostRows,
+                 const std::function<bool()>& goesOn);
 
  private:
   struct Known {
