@@ -15,6 +15,13 @@ CallTotals filteredTotals(const FolderServices& services) {
   return {sums.at(0, "SUM_Price").toDouble(), sums.at(0, "SUM_Duration").toLong()};
 }
 
+std::string callsByHour(int weekday, const FolderServices& services) {
+  return base::format(
+      "select Hour(DateTime) as H, count(*) as N from Calls where Weekday(DateTime) = %d and %s group by "
+      "Hour(DateTime)",
+      weekday, services.filter.runnableCondition());
+}
+
 std::string totalCostText(const CallTotals& totals, const FolderServices& services, const ValueFormatter& formatter) {
   return base::format("Total cost: %s %s, %.2d:%.2d:%.2d", formatter.money(totals.price),
                       services.currencies.Default().name, totals.duration / 3600, totals.duration / 60 % 60,

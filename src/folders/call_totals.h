@@ -16,6 +16,10 @@ struct CallTotals {
 
 // Throws jet::Error and filter::FilterError.
 [[nodiscard]] CallTotals filteredTotals(const FolderServices& services);
+// The select of the filtered calls of a weekday (from 1, Sunday) by hour: `H` from 0 and `N`, their number, a row an
+// hour that has some. Throws filter::FilterError.
+[[nodiscard]] std::string callsByHour(int weekday, const FolderServices& services);
+
 // "Total cost: %s %s, %.2d:%.2d:%.2d"
 [[nodiscard]] std::string totalCostText(const CallTotals& totals, const FolderServices& services,
                                         const ValueFormatter& formatter);

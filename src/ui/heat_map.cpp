@@ -6,9 +6,10 @@
 #include <QPainter>
 #include <QToolTip>
 #include <algorithm>
+#include <chrono>
+#include <limits>
 
-#include "base/printf.h"
-#include "folders/folder_view.h"
+#include "folders/call_totals.h"
 #include "platform/progress.h"
 #include "server/server_doc.h"
 #include "ui/readable_palette.h"
@@ -19,9 +20,6 @@ namespace {
 
 constexpr int kDays = 7;
 constexpr int kHours = 24;
-constexpr int kHourFolder = 116;
-constexpr int kNumberOfCalls = 421;
-constexpr int kKindHour = 431;
 constexpr int kKindWeekday = 429;
 constexpr int kPadding = 4;
 
@@ -35,16 +33,25 @@ QColor readableOn(const QColor& ground) {
   return contrastOf(Qt::black, ground) > contrastOf(Qt::white, ground) ? Qt::black : Qt::white;
 }
 
-// The hour statistic of one weekday.
-void readDay(server::CServerDoc& document, int weekday, std::array<std::int64_t, 24>& counts) {
-  folders::FolderView view(*folders::findFolder(kHourFolder), document.folderServices(), document.valueFormatter());
-  view.narrow(folders::Narrowing{base::format("Weekday([DateTime]) = %d", weekday), {}});
-  view.setLayout({{kKindHour, kNumberOfCalls}, {}});
-  view.readRows(0, kHours, [&](auto row) {
-    const std::int64_t hour = row[0].first->toLong(-1);
-    if (hour >= 0 && hour < kHours) counts[static_cast<std::size_t>(hour)] = row[1].first->toLong();
-    return true;
-  });
+// Nothing when the operator stopped it.
+std::optional<HeatMap::Counts> readWeek(server::CServerDoc& document, platform::Operator& person) {
+  constexpr std::chrono::milliseconds kStep(30);
+  jet::Database& calls = document.database();
+  const std::string sunday = folders::callsByHour(1, document.folderServices());
+  while (calls.readAhead(sunday, kStep, std::numeric_limits<std::int64_t>::max())) {
+    if (!person.progressStep(0)) return std::nullopt;
+  }
+  HeatMap::Counts counts{};
+  for (int weekday = 1; weekday <= kDays; ++weekday) {
+    const jet::Snapshot hours = calls.openSnapshot(folders::callsByHour(weekday, document.folderServices()));
+    for (std::size_t row = 0; row < hours.rowCount(); ++row) {
+      const std::int64_t hour = hours.at(row, "H").toLong(-1);
+      if (hour < 0 || hour >= kHours) continue;
+      counts[static_cast<std::size_t>(weekday)][static_cast<std::size_t>(hour)] = hours.at(row, "N").toLong();
+    }
+    if (!person.progressStep(weekday)) return std::nullopt;
+  }
+  return counts;
 }
 
 class WeekDialog : public FormDialog {
@@ -196,20 +203,20 @@ bool HeatMap::event(QEvent* event) {
 }
 
 std::optional<WeekHour> showWeek(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
-  HeatMap::Counts counts{};
   std::array<QString, 8> weekdays;
+  for (int weekday = 1; weekday <= kDays; ++weekday) {
+    weekdays[static_cast<std::size_t>(weekday)] =
+        toQt(document.valueFormatter().formatCell(kKindWeekday, jet::Value(weekday)));
+  }
+  std::optional<HeatMap::Counts> counts;
   {
     platform::Operator& person = document.app().surroundings().person;
     const platform::Progress progress(person, fromQt(texts("IDS_ACTION_WEEK")), fromQt(texts("IDS_READING_ROWS")),
                                       kDays);
-    for (int weekday = 1; weekday <= kDays; ++weekday) {
-      const auto place = static_cast<std::size_t>(weekday);
-      weekdays[place] = toQt(document.valueFormatter().formatCell(kKindWeekday, jet::Value(weekday)));
-      readDay(document, weekday, counts[place]);
-      if (!person.progressStep(weekday)) return std::nullopt;
-    }
+    counts = readWeek(document, person);
   }
-  WeekDialog dialog(texts, new HeatMap(counts, weekdays), parent);
+  if (!counts) return std::nullopt;
+  WeekDialog dialog(texts, new HeatMap(*counts, weekdays), parent);
   return dialog.exec() == QDialog::Accepted ? dialog.chosen() : std::nullopt;
 }
 
