@@ -95,10 +95,7 @@ void typeInList(Office& office) {
   for (const char* typed : {"0", "02", "021", "0213", "a", "an", "ana", "ana 021", "no such row"}) {
     measure(base::format("list, newest first, typed \"%s\"", typed), [&] {
       const auto view = office.open(kCallList, -401);
-      std::vector<int> kinds;
-      for (const folders::ViewColumn& column : view->columns()) kinds.push_back(column.definition->kind);
-      view->narrow(folders::Narrowing{
-          folders::quickCriteria(view->folder().definition(), kinds, typed, view->services(), view->formatter()), {}});
+      view->narrow(folders::Narrowing{folders::quickCriteria(*view, typed), {}});
       if (view->rowCount() > 0 && view->rows(0, kScreen).empty()) throw std::runtime_error("there are no rows");
     });
   }

@@ -1,5 +1,6 @@
 #include "folders/quick_search.h"
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -62,14 +63,16 @@ constexpr Named kNamed[] = {
 
 class Search {
  public:
-  Search(const FolderDefinition& folder, const FolderServices& services, const ValueFormatter& formatter)
-      : folder_(folder), services_(services), formatter_(formatter) {}
+  explicit Search(const FolderView& list)
+      : folder_(list.folder().definition()), services_(list.services()), formatter_(list.formatter()) {
+    for (const ViewColumn& column : list.columns()) kinds_.push_back(column.definition->kind);
+  }
 
   // The columns in which the word may occur, joined by Or.
-  [[nodiscard]] std::string conditionOf(std::string_view word, std::span<const int> kinds) const {
+  [[nodiscard]] std::string conditionOf(std::string_view word) const {
     std::string any;
     for (const ColumnDefinition& column : folder_.columns) {
-      if ((column.flags & ColumnKey) != 0 || !isShown(column.kind, kinds)) continue;
+      if ((column.flags & ColumnKey) != 0 || !std::ranges::count(kinds_, column.kind)) continue;
       if (isStatistic(folder_) && &column != &folder_.columns[1]) continue;
       const std::string test = testOf(column, word);
       if (!test.empty()) any += (any.empty() ? "" : " Or ") + test;
@@ -78,13 +81,6 @@ class Search {
   }
 
  private:
-  static bool isShown(int kind, std::span<const int> kinds) {
-    for (const int shown : kinds) {
-      if (shown == kind) return true;
-    }
-    return false;
-  }
-
   // Empty when the column cannot hold the word.
   [[nodiscard]] std::string testOf(const ColumnDefinition& column, std::string_view word) const {
     // Some fields are named like words of the SQL dialect.
@@ -139,18 +135,26 @@ class Search {
   const FolderDefinition& folder_;
   const FolderServices& services_;
   const ValueFormatter& formatter_;
+  std::vector<int> kinds_;  // of the shown columns
 };
 
 }  // namespace
 
-std::string quickCriteria(const FolderDefinition& folder, std::span<const int> kinds, std::string_view typed,
-                          const FolderServices& services, const ValueFormatter& formatter) {
-  const Search search(folder, services, formatter);
+std::string quickCriteria(const FolderView& list, std::string_view typed) {
+  const Search search(list);
   std::string all;
   for (const std::string& word : base::split(typed, " \t\r\n")) {
-    all += (all.empty() ? "(" : " AND (") + search.conditionOf(word, kinds) + ")";
+    all += (all.empty() ? "(" : " AND (") + search.conditionOf(word) + ")";
   }
   return all;
+}
+
+std::string quickSelect(const FolderView& list) {
+  constexpr std::string_view kLetterDigitAndMonth = "a 1 1.2000";
+  CDbFolder folder(list.folder().definition(), list.services());
+  folder.setSortKey(list.sortKey());
+  folder.narrow(quickCriteria(list, kLetterDigitAndMonth));
+  return folder.BuildQuery();
 }
 
 }  // namespace folders

@@ -97,6 +97,7 @@ void FilterBar::focusLine() {
 }
 
 bool FilterBar::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == line_ && event->type() == QEvent::FocusIn) emit lineEntered();
   if (watched != line_ || event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
   switch (static_cast<QKeyEvent*>(event)->key()) {
     case Qt::Key_Escape:

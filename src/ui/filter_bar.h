@@ -34,6 +34,8 @@ class FilterBar : public QWidget {
   // After a moment without a key.
   void typedChanged(const QString& text);
   void partRemoved(int index);
+  // The operator is in the line.
+  void lineEntered();
   // From the line into the list.
   void listWanted();
 

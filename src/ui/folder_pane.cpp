@@ -33,6 +33,7 @@ FolderPane::FolderPane(CFolderView* list, const Texts& texts, QWidget* parent)
   layout->addWidget(bar_);
   layout->addLayout(rows, 1);
   setFocusProxy(list_);
+  connect(filter_, &FilterBar::lineEntered, list_, &CFolderView::expectWords);
   connect(filter_, &FilterBar::listWanted, list_, [this] { list_->setFocus(); });
   connect(&list_->model(), &QAbstractItemModel::modelReset, this, &FolderPane::chooseBar);
   connect(list_->verticalScrollBar(), &QScrollBar::rangeChanged, this, &FolderPane::follow);

@@ -120,7 +120,11 @@ class RoomyDelegate : public QStyledItemDelegate {
 }  // namespace
 
 CFolderView::CFolderView(server::CServerDoc& document, const Texts& texts, QWidget* parent)
-    : QTableView(parent), document_(document), texts_(texts), model_(new FolderModel(this)) {
+    : QTableView(parent),
+      document_(document),
+      texts_(texts),
+      model_(new FolderModel(this)),
+      readAhead_(new ReadAhead(document.database(), document.app().surroundings().person, this)) {
   setObjectName("recordList");
   setModel(model_);
   setItemDelegate(new RoomyDelegate(this));
@@ -150,6 +154,15 @@ CFolderView::CFolderView(server::CServerDoc& document, const Texts& texts, QWidg
   connect(this, &QTableView::doubleClicked, this, [this](const QModelIndex& index) { emit rowActivated(index.row()); });
 }
 
+void CFolderView::expectWords() {
+  if (model_->folder() != nullptr) readAhead_->begin(folders::quickSelect(*model_->folder()), ReadAhead::When::Now);
+}
+
+void CFolderView::closeFolder() {
+  readAhead_->end();
+  model_->setFolder(nullptr);
+}
+
 int CFolderView::folderId() const {
   return model_->folder() != nullptr ? model_->folder()->folder().id() : 0;
 }
@@ -160,10 +173,7 @@ std::string CFolderView::progressText() const {
 
 // Both at once, as one condition of the list itself.
 void CFolderView::narrow(folders::FolderView& view, const Narrowed& by) const {
-  std::vector<int> kinds;
-  for (const folders::ViewColumn& column : view.columns()) kinds.push_back(column.definition->kind);
-  const std::string words =
-      folders::quickCriteria(view.folder().definition(), kinds, fromQt(by.words), view.services(), view.formatter());
+  const std::string words = folders::quickCriteria(view, fromQt(by.words));
   if (words.empty() && !by.narrowing) return;
   folders::Narrowing both = by.narrowing.value_or(folders::Narrowing());
   if (!words.empty()) {
@@ -206,6 +216,8 @@ bool CFolderView::show(View view, FolderModel::Window window) {
   try {
     model_->setFolder(std::move(view), window);
     if (window == FolderModel::Window::AtStart) folders::logShown(*model_->folder());
+    readAhead_->begin(folders::quickSelect(*model_->folder()),
+                      window == FolderModel::Window::AtStart ? ReadAhead::When::Soon : ReadAhead::When::Later);
     return true;
   } catch (const jet::Error& error) {
     if (!error.canceled()) emit failed(toQt(error.description()));

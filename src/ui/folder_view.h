@@ -8,6 +8,7 @@
 
 #include "server/server_doc.h"
 #include "ui/folder_model.h"
+#include "ui/read_ahead.h"
 #include "ui/texts.h"
 
 namespace ui {
@@ -38,7 +39,10 @@ class CFolderView : public QTableView {
   bool openFolder(const folders::FolderDefinition& folder, std::optional<folders::Narrowing> narrowing = {});
   // The rows as they are now. The current record stays the current one when it is near its place.
   bool reload();
-  void closeFolder() { model_->setFolder(nullptr); }
+  void closeFolder();
+  // Words are going to be typed: prepares for the first.
+  void expectWords();
+  [[nodiscard]] bool isReadingAhead() const { return readAhead_->reading(); }
   void saveLayout();
 
   // Rows selected, each once, ascending.
@@ -119,6 +123,7 @@ class CFolderView : public QTableView {
   server::CServerDoc& document_;
   const Texts& texts_;
   FolderModel* model_;
+  ReadAhead* readAhead_;
   bool selectsUnderPointer_ = false;
   std::optional<folders::Narrowing> narrowing_;
   QString typedWords_;
