@@ -53,7 +53,7 @@ void addMonitor(Table& table, Context& context) {
   const fs::path folder = base::systemPath(context.folder("PathMonitor"));
   table.add({"Monitor file",
              base::format("%s, %s", (folder / "monitor.data").string(), sizeOf(folder / "monitor.data", context))});
-  const std::string capture = server::readMonitorStatus(folder);
+  const std::string capture = server::readMonitorStatus(folder, context.language());
   if (!capture.empty()) table.add({"Monitor", capture});
   std::error_code fault;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, fault)) {

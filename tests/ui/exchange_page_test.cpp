@@ -33,7 +33,8 @@ class ExchangePageTest : public testing::Test {
   }
   void TearDown() override {
     sheet.reset();
-    static_cast<void>(ui::CaptureProgram(QString::fromStdString(site.string())).run({"stop"}));
+    static_cast<void>(
+        ui::CaptureProgram(QString::fromStdString(site.string()), desktop.person, *desktop.texts).run({"stop"}));
   }
   void write(const char* key, const std::string& value) {
     desktop.app->config().WriteConfigString(value, key, "general", foundation::StoreMachine);

@@ -2,46 +2,71 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QThread>
+#include <QTimer>
+#include <chrono>
+
+#include "platform/progress.h"
 
 namespace ui {
 
 namespace {
 
 constexpr const char* kSystemSiteFile = "/etc/tallymon/tallymon.toml";
-constexpr int kCommandTime = 10'000;     // milliseconds
-constexpr int kPermissionTime = 60'000;  // somebody may be asked for a password
+constexpr int kCommandTime = 10;     // seconds
+constexpr int kPermissionTime = 60;  // seconds: somebody may be asked for a password
+constexpr int kKillTime = 2000;      // milliseconds
+constexpr int kLook = 20;            // milliseconds between two looks at the window
 constexpr int kStartLooks = 50;
-constexpr unsigned long kStartPause = 100;  // milliseconds
+constexpr int kStartPause = 100;  // milliseconds
 
-CaptureProgram::Result runProgram(const QString& program, const QStringList& words, const QByteArray& input,
-                                  int milliseconds) {
+CaptureProgram::Result resultOf(QProcess& process) {
+  CaptureProgram::Result result;
+  result.output = process.readAllStandardOutput();
+  result.message = QString::fromUtf8(process.readAllStandardError()).trimmed();
+  if (result.message.startsWith("tallymon: ")) result.message.remove(0, QString("tallymon: ").size());
+  if (process.error() == QProcess::FailedToStart) {
+    result.message = process.program() + ": " + process.errorString();
+    return result;
+  }
+  result.done = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+  return result;
+}
+
+}  // namespace
+
+CaptureProgram::End CaptureProgram::waitFor(QProcess& process, int milliseconds) const {
+  const platform::Progress progress(person_, fromQt(texts_("IDS_PAGE_EXCHANGE")), fromQt(texts_("IDS_EXCHANGE_BUSY")));
+  QElapsedTimer waited;
+  waited.start();
+  while (process.state() != QProcess::NotRunning && !process.waitForFinished(kLook)) {
+    if (process.state() == QProcess::NotRunning) break;
+    if (waited.elapsed() >= milliseconds) return End::Late;
+    if (!person_.progressStep(0)) return End::GivenUp;
+  }
+  return End::Ended;
+}
+
+CaptureProgram::Result CaptureProgram::runProgram(const QString& program, const QStringList& words,
+                                                  const QByteArray& input, int seconds) const {
+  constexpr int kMilliseconds = 1000;
   QProcess process;
   process.start(program, words);
   process.write(input);
   process.closeWriteChannel();
-  CaptureProgram::Result result;
-  const bool ended = process.waitForFinished(milliseconds);
-  result.output = process.readAllStandardOutput();
-  result.message = QString::fromUtf8(process.readAllStandardError()).trimmed();
-  result.done = ended && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-  if (!ended && result.message.isEmpty()) result.message = program + ": " + process.errorString();
-  if (!ended) process.kill();
-  process.waitForFinished(kCommandTime);
-  if (result.message.startsWith("tallymon: ")) result.message.remove(0, QString("tallymon: ").size());
+  const End end = waitFor(process, seconds * kMilliseconds);
+  if (end == End::Ended) return resultOf(process);
+  process.kill();
+  process.waitForFinished(kKillTime);
+  Result result;
+  result.message = end == End::GivenUp ? texts_("IDS_EXCHANGE_GIVEN_UP")
+                                       : texts_.format("IDS_EXCHANGE_NO_ANSWER", fromQt(program), seconds);
   return result;
 }
-
-QString systemctl(const QStringList& words) {
-  const auto result = runProgram("systemctl", words, {}, kPermissionTime);
-  return result.done ? QString() : result.message;
-}
-
-}  // namespace
 
 QString CaptureProgram::file() {
   const QString beside = QCoreApplication::applicationDirPath() + "/tallymon";
@@ -53,8 +78,27 @@ CaptureProgram::Result CaptureProgram::run(QStringList words, const QByteArray& 
   return ask(words, input);
 }
 
-CaptureProgram::Result CaptureProgram::ask(const QStringList& words, const QByteArray& input) {
+CaptureProgram::Result CaptureProgram::ask(const QStringList& words, const QByteArray& input) const {
   return runProgram(file(), words, input, kCommandTime);
+}
+
+void CaptureProgram::query(QStringList words, QObject* owner, std::function<void(const Result&)> done) const {
+  auto* process = new QProcess(owner);
+  const auto tell = [process, done = std::move(done)] {
+    process->deleteLater();
+    done(resultOf(*process));
+  };
+  QObject::connect(process, &QProcess::finished, owner, tell);
+  QObject::connect(process, &QProcess::errorOccurred, owner, [tell](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) tell();  // it does not finish then
+  });
+  QTimer::singleShot(std::chrono::seconds(kCommandTime), process, [process] { process->kill(); });
+  process->start(file(), words << "--config" << siteFile_);
+}
+
+QString CaptureService::systemctl(const QStringList& words) const {
+  const auto result = program_.runProgram("systemctl", words, {}, kPermissionTime);
+  return result.done ? QString() : result.message;
 }
 
 bool CaptureService::isSystemd() const {
@@ -92,8 +136,14 @@ QString CaptureService::startProcess() const {
   process.setStandardErrorFile(log);
   qint64 number = 0;
   if (!process.startDetached(&number)) return process.errorString();
+  platform::Operator& person = program_.person();
+  const platform::Progress progress(person, fromQt(program_.texts()("IDS_PAGE_EXCHANGE")),
+                                    fromQt(program_.texts()("IDS_EXCHANGE_BUSY")));
   for (int look = 0; look < kStartLooks; ++look) {
-    QThread::msleep(kStartPause);
+    for (int pause = 0; pause < kStartPause; pause += kLook) {
+      QThread::msleep(kLook);
+      if (!person.progressStep(0)) return program_.texts()("IDS_EXCHANGE_GIVEN_UP");
+    }
     if (program_.run({"status"}).done) return {};
     if (!QFileInfo::exists("/proc/" + QString::number(number))) break;
   }

@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QTimer>
 
 namespace ui {
 
@@ -25,7 +26,7 @@ const QHash<QString, const char*>& outcomeKeys() {
 
 }  // namespace
 
-ExchangeLines::ExchangeLines(const Texts& texts) : texts_(texts) {
+ExchangeLines::ExchangeLines(platform::Operator& person, const Texts& texts) : texts_(texts), person_(person) {
   setHeaderLabels({texts("IDS_EXCHANGE_LINE_COLUMN"), texts("IDS_EXCHANGE_RECORD_COLUMN")});
   setRootIsDecorated(false);
   setUniformRowHeights(true);
@@ -35,6 +36,7 @@ ExchangeLines::ExchangeLines(const Texts& texts) : texts_(texts) {
   header()->resizeSection(0, fontMetrics().averageCharWidth() * 60);
   connect(&process_, &QProcess::readyReadStandardOutput, this, &ExchangeLines::readOutput);
   connect(&process_, &QProcess::finished, this, [this] {
+    stopping_ = false;
     readOutput();
     QString why = QString::fromUtf8(process_.readAllStandardError()).trimmed();
     emit said(why.remove("tallymon: "));
@@ -44,15 +46,17 @@ ExchangeLines::ExchangeLines(const Texts& texts) : texts_(texts) {
 
 ExchangeLines::~ExchangeLines() {
   process_.disconnect(this);
-  stop();
+  process_.terminate();
+  if (!process_.waitForFinished(kEndTime)) process_.kill();
+  process_.waitForFinished(kEndTime);
 }
 
 QString ExchangeLines::listen(const QJsonObject& site, const QString& source) {
-  stop();
+  stopAndWait();
   clear();
   items_.clear();
   folder_ = std::make_unique<QTemporaryDir>();
-  const CaptureProgram program(folder_->filePath("site.toml"));
+  const CaptureProgram program(folder_->filePath("site.toml"), person_, texts_);
   const auto written = program.run({"site", "set"}, QJsonDocument(site).toJson());
   if (!written.done) return written.message;
   process_.start(CaptureProgram::file(),
@@ -62,8 +66,17 @@ QString ExchangeLines::listen(const QJsonObject& site, const QString& source) {
 
 void ExchangeLines::stop() {
   if (!isListening()) return;
+  stopping_ = true;
   process_.terminate();
-  if (!process_.waitForFinished(kEndTime)) process_.kill();
+  QTimer::singleShot(kEndTime, &process_, [this] {
+    if (stopping_) process_.kill();
+  });
+}
+
+void ExchangeLines::stopAndWait() {
+  stop();
+  const CaptureProgram program({}, person_, texts_);
+  if (program.waitFor(process_, kEndTime) != CaptureProgram::End::Ended) process_.kill();
   process_.waitForFinished(kEndTime);
 }
 

@@ -18,14 +18,17 @@ class ExchangeLines : public QTreeWidget {
   Q_OBJECT
 
  public:
-  explicit ExchangeLines(const Texts& texts);
+  // Both must outlive it.
+  ExchangeLines(platform::Operator& person, const Texts& texts);
   ~ExchangeLines() override;
 
   // Listens with a site as it is on the page, which need not be saved; `source` is one of it. An empty text, or what
   // is wrong.
   [[nodiscard]] QString listen(const QJsonObject& site, const QString& source);
+  // Asks it to end, or waits until it has: the line has one reader at a time.
   void stop();
-  [[nodiscard]] bool isListening() const { return process_.state() != QProcess::NotRunning; }
+  void stopAndWait();
+  [[nodiscard]] bool isListening() const { return process_.state() != QProcess::NotRunning && !stopping_; }
   // The raw lines that are shown.
   [[nodiscard]] QByteArray lines() const;
 
@@ -42,7 +45,9 @@ class ExchangeLines : public QTreeWidget {
   [[nodiscard]] QString resultText(const QJsonObject& event) const;
 
   const Texts& texts_;
+  platform::Operator& person_;
   QProcess process_;
+  bool stopping_ = false;
   std::unique_ptr<QTemporaryDir> folder_;  // of the site file that is listened with: it may hold passwords
   QHash<qint64, QTreeWidgetItem*> items_;  // by number of the line
 };

@@ -40,10 +40,10 @@ void addRow(QFormLayout& form, const QString& caption, QWidget* editor) {
 
 }  // namespace
 
-ExchangePage::ExchangePage(ExchangePlace place, const Texts& texts)
+ExchangePage::ExchangePage(ExchangePlace place, platform::Operator& person, const Texts& texts)
     : texts_(texts),
       place_(std::move(place)),
-      program_(place_.siteFile),
+      program_(place_.siteFile, person, texts),
       source_(named(new QComboBox, "exchangeSource")),
       tabs_(named(new QTabWidget, "exchangeTabs")),
       id_(named(new QLineEdit, "exchangeId")),
@@ -51,7 +51,7 @@ ExchangePage::ExchangePage(ExchangePlace place, const Texts& texts)
       transport_(named(new QComboBox, "exchangeTransport")),
       reading_(named(new FieldForm(readingFields(), texts), "exchangeReading")),
       quiet_(named(new FieldForm(quietFields(), texts), "exchangeQuiet")),
-      lines_(named(new ExchangeLines(texts), "exchangeLines")),
+      lines_(named(new ExchangeLines(person, texts), "exchangeLines")),
       message_(named(sentence(), "exchangeMessage")),
       state_(named(sentence(), "exchangeState")) {
   auto* layout = new QVBoxLayout(this);
@@ -63,7 +63,7 @@ ExchangePage::ExchangePage(ExchangePlace place, const Texts& texts)
   layout->addWidget(message_);
   layout->addLayout(buildService());
   timer_.setInterval(kRefresh);
-  connect(&timer_, &QTimer::timeout, this, &ExchangePage::refreshService);
+  connect(&timer_, &QTimer::timeout, this, &ExchangePage::lookAtService);
 }
 
 QLayout* ExchangePage::buildChoice() {
@@ -197,7 +197,7 @@ void ExchangePage::loadFormats() {
   const QSignalBlocker quiet(format_);
   format_->clear();
   format_->addItem(texts_("IDS_EXCHANGE_CHOOSE"), QString());
-  const auto formats = QJsonDocument::fromJson(CaptureProgram::ask({"formats", "--json"}).output).array();
+  const auto formats = QJsonDocument::fromJson(program_.ask({"formats", "--json"}).output).array();
   for (const QJsonValue& format : formats) {
     const QString name = format["name"].toString();
     const QString title = format["title"].toString();
@@ -367,7 +367,7 @@ void ExchangePage::toggleListening() {
 void ExchangePage::guessFormat() {
   const QByteArray lines = lines_->lines();
   if (lines.isEmpty()) return say(texts_("IDS_EXCHANGE_NO_LINES"));
-  const auto result = CaptureProgram::ask({"guess", "-", "--json"}, lines);
+  const auto result = program_.ask({"guess", "-", "--json"}, lines);
   const QJsonArray guesses = QJsonDocument::fromJson(result.output).array();
   if (guesses.isEmpty()) return say(result.message);
   const QJsonObject best = guesses.first().toObject();
@@ -380,7 +380,7 @@ void ExchangePage::guessFormat() {
 
 // The service has one reader of the line; it starts with what is saved.
 void ExchangePage::control(QString (CaptureService::*action)() const) {
-  lines_->stop();
+  lines_->stopAndWait();
   say({});
   const bool saved = attempt(this, texts_, [this] {
     const QString open = problem();
@@ -392,14 +392,26 @@ void ExchangePage::control(QString (CaptureService::*action)() const) {
 }
 
 void ExchangePage::refreshService() {
-  const QJsonObject found = objectOf(program_.run({"site", "--json"}).output);
+  ++looks_;
+  showService(objectOf(program_.run({"site", "--json"}).output));
+}
+
+// By the timer: nobody waits for the answer.
+void ExchangePage::lookAtService() {
+  if (program_.person().busy()) return;
+  program_.query({"site", "--json"}, this, [this, look = ++looks_](const CaptureProgram::Result& result) {
+    if (look == looks_) showService(objectOf(result.output));
+  });
+}
+
+void ExchangePage::showService(const QJsonObject& found) {
   const bool running = found["running"].toInt() != 0;
   start_->setEnabled(!running);
   stop_->setEnabled(running);
   const QString folder = found["site"]["deliver"]["folder"].toString();
   const QString own = place_.monitorFolder();
   QString text = texts_(running ? "IDS_EXCHANGE_RUNS" : "IDS_EXCHANGE_STOPPED");
-  const QString summary = toQt(server::readMonitorStatus(fromQt(folder)));
+  const QString summary = toQt(server::readMonitorStatus(fromQt(folder), texts_.language()));
   if (running && !summary.isEmpty()) text += " " + texts_.format("IDS_MONITOR_STATUS", fromQt(summary));
   if (!folder.isEmpty() && !own.isEmpty() && QFileInfo(folder) != QFileInfo(own)) {
     text += " " + texts_.format("IDS_EXCHANGE_OTHER_FOLDER", fromQt(folder), fromQt(own));

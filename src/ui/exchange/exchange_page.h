@@ -25,7 +25,8 @@ class ExchangePage : public QWidget {
   Q_OBJECT
 
  public:
-  ExchangePage(ExchangePlace place, const Texts& texts);
+  // `person` and `texts` must outlive it.
+  ExchangePage(ExchangePlace place, platform::Operator& person, const Texts& texts);
 
   [[nodiscard]] bool changed() const;
   // A sentence that says what is missing; empty: it can be saved.
@@ -56,6 +57,8 @@ class ExchangePage : public QWidget {
   void guessFormat();
   void control(QString (CaptureService::*action)() const);
   void refreshService();
+  void lookAtService();
+  void showService(const QJsonObject& found);
   void say(const QString& text);
 
   [[nodiscard]] QJsonObject sourceOnPage(QJsonObject over) const;
@@ -78,6 +81,7 @@ class ExchangePage : public QWidget {
   std::vector<Source> sources_;
   QJsonArray removed_;  // ids
   int shown_ = -1;
+  int looks_ = 0;  // at the service; a later one counts
 
   QComboBox* source_;
   QPushButton* remove_;

@@ -20,7 +20,8 @@ MonitorPane::MonitorPane(std::function<QString()> monitorFolder, const Texts& te
 
 void MonitorPane::refresh() {
   const QString folder = monitorFolder_();
-  const std::string summary = folder.isEmpty() ? std::string() : server::readMonitorStatus(fromQt(folder));
+  const std::string summary =
+      folder.isEmpty() ? std::string() : server::readMonitorStatus(fromQt(folder), texts_.language());
   setText(summary.empty() ? QString() : texts_.format("IDS_MONITOR_STATUS", summary));
   setVisible(!summary.empty());
 }

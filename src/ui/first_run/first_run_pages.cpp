@@ -160,13 +160,15 @@ void FirstRunPlacePage::initializePage() {
   if (!field("open").toBool() || QFile::exists(monitor)) monitor_->setText(monitor);
 }
 
-FirstRunExchangePage::FirstRunExchangePage(foundation::ConfigManager& config, const Texts& texts) : texts_(texts) {
+FirstRunExchangePage::FirstRunExchangePage(foundation::ConfigManager& config, platform::Operator& person,
+                                           const Texts& texts)
+    : texts_(texts) {
   setTitle(texts("IDS_EXCHANGE_FIRST"));
   setSubTitle(texts("IDS_EXCHANGE_FIRST_TEXT"));
   ExchangePlace place = exchangePlace(config);
   // The setting is not stored before the wizard is finished.
   place.monitorFolder = [this] { return wholePath(field("monitor").toString()); };
-  page_ = new ExchangePage(std::move(place), texts);
+  page_ = new ExchangePage(std::move(place), person, texts);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(new ScrollPage(page_));

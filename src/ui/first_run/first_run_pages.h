@@ -70,7 +70,7 @@ class FirstRunPlacePage : public QWizardPage {
 // Optional: without a kind of exchange nothing is written.
 class FirstRunExchangePage : public QWizardPage {
  public:
-  FirstRunExchangePage(foundation::ConfigManager& config, const Texts& texts);
+  FirstRunExchangePage(foundation::ConfigManager& config, platform::Operator& person, const Texts& texts);
   bool validatePage() override;
   // Throws std::runtime_error.
   void save();

@@ -9,6 +9,7 @@
 #include "ui/dialogs/mnemonics.h"
 #include "ui/first_run/first_run_pages.h"
 #include "ui/icons.h"
+#include "ui/manual.h"
 
 namespace ui {
 
@@ -19,6 +20,8 @@ FirstRunWizard::FirstRunWizard(server::CServerApp& app, const QString& oldFolder
   setWindowTitle(base::kProgramName);
   setPixmap(QWizard::LogoPixmap, icon(Icon::Program).pixmap(48));
   setOption(QWizard::NoBackButtonOnStartPage);
+  setOption(QWizard::HaveHelpButton);
+  connect(this, &QWizard::helpRequested, this, [this] { askForManual(*this); });
   auto* language = new FirstRunLanguagePage(texts_);
   setPage(LanguagePage, language);
   connect(language, &FirstRunLanguagePage::languageChosen, this, [this, language](const QString& code) {
@@ -48,13 +51,14 @@ void FirstRunWizard::buildPages() {
   setPage(TaskPage, new FirstRunTaskPage(texts_, !oldFolder_.isEmpty()));
   setPage(FolderPage, new FirstRunFolderPage(texts_, oldFolder_));
   setPage(PlacePage, new FirstRunPlacePage(texts_));
-  setPage(ExchangePage, new FirstRunExchangePage(app_.config(), texts_));
+  setPage(ExchangePage, new FirstRunExchangePage(app_.config(), app_.surroundings().person, texts_));
   setPage(PasswordPage, new FirstRunPasswordPage(texts_));
   for (const int id : pageIds()) assignMnemonics(*page(id));
   setButtonText(QWizard::NextButton, texts_("IDS_NEXT") + " >");
   setButtonText(QWizard::BackButton, "< " + texts_("IDS_BACK"));
   setButtonText(QWizard::CancelButton, texts_("IDS_CANCEL"));
   setButtonText(QWizard::FinishButton, texts_("IDS_FINISH"));
+  setButtonText(QWizard::HelpButton, texts_("IDS_HELP"));
 }
 
 FirstRunPlan::Task FirstRunWizard::task() const {

@@ -4,8 +4,8 @@
 
 namespace ui {
 
-SettingsPage exchangePage(foundation::ConfigManager& config, const Texts& texts) {
-  auto* widget = new ExchangePage(exchangePlace(config), texts);
+SettingsPage exchangePage(foundation::ConfigManager& config, platform::Operator& person, const Texts& texts) {
+  auto* widget = new ExchangePage(exchangePlace(config), person, texts);
   SettingsPage page;
   page.caption = texts("IDS_PAGE_EXCHANGE");
   page.widget = widget;

@@ -7,6 +7,6 @@
 namespace ui {
 
 // The exchanges and the service that takes their calls, as a page of the sheet.
-SettingsPage exchangePage(foundation::ConfigManager& config, const Texts& texts);
+SettingsPage exchangePage(foundation::ConfigManager& config, platform::Operator& person, const Texts& texts);
 
 }  // namespace ui

@@ -90,7 +90,7 @@ void SettingsSheet::addPages() {
   addPage(accountsPage(parties_, texts_));
   addPage(clientsPage(parties_, texts_));
   addPage(trunksPage(parties_, tariffs_, texts_));
-  addPage(exchangePage(document_.app().config(), texts_));
+  addPage(exchangePage(document_.app().config(), document_.app().surroundings().person, texts_));
   if (document_.tariffs() != nullptr) {
     addGroup("IDS_SETTINGS_TARIFFS");
     for (SettingsPage& page : tariffPages(tariffs_, parties_, currencyCodes(document_.currencies()), texts_)) {
