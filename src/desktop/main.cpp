@@ -19,6 +19,7 @@
 #include "ui/qt_operator.h"
 #include "ui/qt_texts.h"
 #include "ui/readable_palette.h"
+#include "ui/readable_style.h"
 
 namespace {
 
@@ -48,6 +49,7 @@ int main(int argc, char** argv) {
   QApplication::setApplicationVersion(base::kProgramVersion);
   QApplication::setDesktopFileName("tallybook");
 
+  ui::useReadableStyle();
   ui::keepPaletteReadable();
   ui::showFocusOutlines();
   ui::QtOperator person;
@@ -70,6 +72,7 @@ int main(int argc, char** argv) {
   person.setLanguage(app->language());
   ui::QtTexts qtTexts(app->language());
   QApplication::installTranslator(&qtTexts);
+  const ui::ManualKeys manualKeys(*app);
   switch (app->InitInstance(commandLineOf(QApplication::arguments()), server::CServerApp::OneCopy::Enforced)) {
     case server::CServerApp::Start::Ended:
       return 0;
@@ -80,7 +83,6 @@ int main(int argc, char** argv) {
       break;
   }
   const ui::Texts texts(app->language());
-  const ui::ManualKeys manualKeys(*app);
   try {
     std::optional<security::Credentials> chosen;
     if (!ui::firstRun(*app, chosen)) return 0;

@@ -220,14 +220,20 @@ class Drawing {
     for (const ChartBar& bar : chart_.bars) {
       widest = std::max(widest, widthOf(metrics_, shortCaption(metrics_, bar.caption, pitch)));
     }
-    const bool all = places.size() <= kFewColumns;
-    const auto step = all ? std::size_t{1} : static_cast<std::size_t>((widest + pitch) / std::max(1, pitch));
-    for (std::size_t i = 0; i < places.size(); i += std::max<std::size_t>(step, 1)) {
-      const int room = pitch * static_cast<int>(std::max<std::size_t>(step, 1));
-      const QString caption = shortCaption(metrics_, chart_.bars[i].caption, room);
-      QRect place(places[i].center().x() - room / 2, top, room, metrics_.height());
-      place.moveLeft(std::max(place.left(), area_.left()));
-      text(place, Qt::AlignHCenter | Qt::AlignTop, metrics_.elidedText(caption, Qt::ElideRight, room));
+    const int needed = widest + kGap;
+    const int step = places.size() <= kFewColumns ? 1 : std::max(1, (needed + pitch - 1) / std::max(1, pitch));
+    const int room = std::max(1, pitch * step - kGap);
+    int free = area_.left() - kMargin;
+    for (std::size_t i = 0; i < places.size(); i += static_cast<std::size_t>(step)) {
+      const QString caption =
+          metrics_.elidedText(shortCaption(metrics_, chart_.bars[i].caption, room), Qt::ElideRight, room);
+      const int width = widthOf(metrics_, caption);
+      QRect place(places[i].center().x() - width / 2, top, width, metrics_.height());
+      // Those at the ends may reach into the margins, and not beyond.
+      place.moveLeft(std::min(std::max(place.left(), area_.left() - kMargin), area_.right() + kMargin - width));
+      if (place.left() < free) continue;
+      text(place, Qt::AlignHCenter | Qt::AlignTop, caption);
+      free = place.right() + kGap;
     }
   }
 
@@ -246,6 +252,8 @@ class Drawing {
                   metrics_.height());
       place.moveLeft(std::clamp(place.left(), area_.left(), std::max(area_.left(), area_.right() - width)));
       if (std::ranges::any_of(taken, [&](const QRect& other) { return other.intersects(place); })) continue;
+      // The lines go on under it.
+      if (chart_.shape == ChartShape::Line) painter_.fillRect(place, colours_.base());
       text(place, Qt::AlignCenter, bar.valueText);
       taken.push_back(place.adjusted(-kGap, 0, kGap, 0));
     }
