@@ -6,21 +6,14 @@
 
 namespace ui {
 
-namespace {
-
-constexpr int kTextLetters = 70;
-
-}  // namespace
-
 EmptyGuide::EmptyGuide(QWidget* area, QWidget* list)
     : QWidget(list), area_(area), text_(named(new QLabel, "emptyText")), layout_(new QVBoxLayout(this)) {
   setObjectName("emptyGuide");
   text_->setWordWrap(true);
   text_->setAlignment(Qt::AlignCenter);
   text_->setTextFormat(Qt::PlainText);
-  text_->setMinimumWidth(fontMetrics().averageCharWidth() * kTextLetters);
   layout_->addStretch();
-  layout_->addWidget(text_, 0, Qt::AlignHCenter);
+  layout_->addWidget(text_);  // as wide as the list, so that it has the lines that it needs
   layout_->addStretch();
   area_->installEventFilter(this);
   hide();

@@ -1,9 +1,13 @@
 #include "ui/page_setup.h"
 
+#include <QDialogButtonBox>
+#include <QLayout>
 #include <QPageLayout>
 #include <QPageSetupDialog>
+#include <QScrollArea>
 #include <QStringList>
 
+#include "ui/screen_fit.h"
 #include "ui/texts.h"
 
 namespace ui {
@@ -16,6 +20,22 @@ constexpr const char* kLandscape = "landscape";
 constexpr qreal kStandardMargin = 10;
 constexpr qreal kWidestMargin = 80;
 constexpr int kSetupParts = 6;
+
+// Qt's own window is higher than a small screen; its buttons stay in sight.
+void scrollParts(QDialog& dialog) {
+  if (dialog.minimumSizeHint().height() <= availableSize(dialog).height()) return;
+  for (QObject* child : QObjectList(dialog.children())) {
+    auto* part = qobject_cast<QWidget*>(child);
+    if (part == nullptr || qobject_cast<QDialogButtonBox*>(part) != nullptr || part->layout() == nullptr) continue;
+    auto* page = new QScrollArea;
+    delete dialog.layout()->replaceWidget(part, page);
+    page->setWidget(part);
+    page->setWidgetResizable(true);
+    page->setFrameShape(QFrame::NoFrame);
+  }
+  dialog.layout()->setSizeConstraint(QLayout::SetDefaultConstraint);
+  dialog.resize(dialog.sizeHint().boundedTo(availableSize(dialog)));
+}
 
 QPageSize sizeOfKey(const QString& key) {
   for (int id = 0; id <= QPageSize::LastPageSize; ++id) {
@@ -74,6 +94,7 @@ void editPageSetup(QWidget* parent, foundation::ConfigManager& config) {
   usePageSetup(printer, config);
   QPageSetupDialog dialog(&printer, parent);
   dialog.setObjectName("pageSetup");
+  scrollParts(dialog);
   if (dialog.exec() == QDialog::Accepted) keepPageSetup(printer, config);
 }
 

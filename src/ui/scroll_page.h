@@ -13,6 +13,10 @@ class ScrollPage : public QScrollArea {
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void fitHeight();
 };
 
 }  // namespace ui

@@ -31,13 +31,16 @@
 #include "server/server_doc.h"
 #include "support/temporary_folder.h"
 #include "ui/dialogs.h"
+#include "ui/dialogs/columns_dialog.h"
 #include "ui/dialogs/messages.h"
 #include "ui/first_run/first_run_wizard.h"
 #include "ui/heat_map.h"
 #include "ui/login_dialogs.h"
 #include "ui/main_frame.h"
+#include "ui/page_setup.h"
 #include "ui/qt_texts.h"
 #include "ui/readable_palette.h"
+#include "ui/readable_style.h"
 #include "ui/results/results.h"
 #include "ui/settings/settings_sheet.h"
 
@@ -48,6 +51,10 @@ using namespace support;
 using pictures::Album;
 
 constexpr std::int64_t kCalls = 3000;
+// Screens as offices have them, and what a window's frame and the desktop's bar take of them.
+constexpr QSize kUsualScreen(1280, 800);
+constexpr QSize kLargeScreen(1920, 1080);
+constexpr QSize kWindowFrame(0, 60);
 
 // Opens nothing: the pictures are all that is wanted.
 class NoDocuments : public platform::DocumentHandler {
@@ -171,12 +178,18 @@ void takeCharts(Album& album, server::CServerDoc& document, ui::CMainFrame& fram
 void takeFrame(Album& album, Workstation& station, server::CServerDoc& document, const ui::Texts& texts) {
   ui::CMainFrame frame(document, texts, station.person);
   frame.start();
+  frame.resize(kUsualScreen - kWindowFrame);
   for (const int folder : {100, 101, 103, 113, 115, 97, 98, 99}) {
     if (folders::findFolder(folder) == nullptr) continue;
     frame.selectFolder(folder);
     album.take(frame, "main-" + std::to_string(folder));
   }
   takeCharts(album, document, frame);
+  frame.resize(kLargeScreen - kWindowFrame);
+  for (const int folder : {100, 101}) {
+    frame.selectFolder(folder);
+    album.take(frame, "wide-" + std::to_string(folder));
+  }
   frame.selectFolder(100);
 }
 
@@ -228,6 +241,16 @@ void takeDialogs(Album& album, Workstation& station, server::CServerDoc& documen
       "group-members", [&] { ui::editGroup(document, texts, nullptr, group); },
       [](QDialog& dialog) { child<QTabWidget>(dialog, "tabs").setCurrentIndex(1); });
   album.takeModal("convert", [&] { ui::convertOldDatabase(document, texts, nullptr); });
+  album.takeModal("columns", [&] {
+    const folders::FolderDefinition& calls = *folders::findFolder(100);
+    const folders::ColumnLayout layout = folders::defaultLayout(calls.columns, calls.flags);
+    ui::ColumnsDialog(texts, calls, layout, layout, nullptr).exec();
+  });
+  album.takeModal("page-setup", [&] { ui::editPageSetup(nullptr, station.app.config()); });
+  album.takeModal("preview", [&] {
+    folders::FolderView extensions(*folders::findFolder(101), document.folderServices(), document.valueFormatter());
+    ui::previewFolder(document, texts, nullptr, extensions);
+  });
   album.takeModal("week", [&] { ui::showWeek(document, texts, nullptr); });
   album.takeModal("price", [&] { ui::explainPrice(document, texts, nullptr, 1); });
   album.takeModal("keys", [&] { ui::showKeys(texts, nullptr, {{texts("IDS_ACTION_COPY"), "Ctrl+C"}}); });
@@ -324,6 +347,7 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationDisplayName("Tallybook");
   QApplication::setStyle(QStyleFactory::create("Fusion"));
+  ui::useReadableStyle();
   if (argc != 2) {
     std::fputs("usage: ui_pictures FOLDER\n", stderr);
     return 2;

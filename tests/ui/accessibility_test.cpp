@@ -1,7 +1,9 @@
 // What a screen reader is told, walked over the tree that it reads.
 
 #include <QAccessible>
+#include <QCheckBox>
 #include <QPointer>
+#include <QRadioButton>
 #include <QStyle>
 
 #include "frame.h"
@@ -120,7 +122,8 @@ TEST_F(Accessibility, WhatIsPressedChosenOrFilledHasAName) {
     EXPECT_EQ(namelessIn(sheet), std::set<std::string>()) << page.caption.toStdString();
   }
   sheet.close();
-  forEachWindow(desktop, [](QDialog& dialog) { EXPECT_EQ(namelessIn(dialog), std::set<std::string>()); });
+  forEachWindow(
+      desktop, [](QDialog& dialog) { EXPECT_EQ(namelessIn(dialog), std::set<std::string>()); }, Windows::Own);
 }
 
 TEST_F(Accessibility, APaintedChartIsKnownAsOneAndTellsItsMarkedBar) {
@@ -139,7 +142,8 @@ TEST_F(Accessibility, APaintedChartIsKnownAsOneAndTellsItsMarkedBar) {
 TEST_F(Accessibility, TheFocusIsSeen) {
   frame->selectFolder(kExtensions);
   EXPECT_EQ(focusUnseenIn(*frame), std::set<std::string>());
-  forEachWindow(desktop, [](QDialog& dialog) { EXPECT_EQ(focusUnseenIn(dialog), std::set<std::string>()); });
+  forEachWindow(
+      desktop, [](QDialog& dialog) { EXPECT_EQ(focusUnseenIn(dialog), std::set<std::string>()); }, Windows::Own);
 }
 
 // A palette of few colours, in the others' places what the style makes of them.
@@ -175,6 +179,29 @@ TEST(Contrast, TextsAreReadableInLightAndDark) {
     for (int part = 0; part <= 100; ++part) {
       const QColor ground = ui::mixed(palette.color(QPalette::Base), palette.color(QPalette::Highlight), part / 100.0);
       EXPECT_GE(std::max(ui::contrastOf(Qt::black, ground), ui::contrastOf(Qt::white, ground)), ui::kReadable);
+    }
+  }
+}
+
+// The greatest contrast with the ground along a row of pixels.
+double seenOn(const QImage& picture, int row, const QColor& ground) {
+  double most = 1;
+  for (int x = 0; x < picture.width(); ++x) most = std::max(most, ui::contrastOf(picture.pixelColor(x, row), ground));
+  return most;
+}
+
+TEST(Contrast, BoxesThatAreNotTickedAreSeen) {
+  constexpr double kVisible = 3;  // of what is no text
+  for (const QPalette& desktops : {QApplication::style()->standardPalette(), darkPalette()}) {
+    const QPalette palette = ui::readablePalette(desktops);
+    QCheckBox box;
+    QRadioButton round;
+    for (QAbstractButton* button : {static_cast<QAbstractButton*>(&box), static_cast<QAbstractButton*>(&round)}) {
+      button->setPalette(palette);
+      button->resize(button->sizeHint());
+      const QImage picture = button->grab().toImage();
+      EXPECT_GE(seenOn(picture, picture.height() / 2, palette.color(QPalette::Window)), kVisible)
+          << button->metaObject()->className() << " on " << palette.color(QPalette::Window).name().toStdString();
     }
   }
 }

@@ -5,6 +5,8 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
+#include <QElapsedTimer>
+#include <QPointer>
 #include <QTimer>
 #include <functional>
 #include <memory>
@@ -106,30 +108,42 @@ inline void click(QWidget& window, const char* name) {
   child<QAbstractButton>(window, name).click();
 }
 
-// What an operator does with each modal window that opens, in order; windows beyond the script are closed and counted.
+// What an operator does with each modal window that opens, in order; windows beyond the script, and those that a step
+// leaves open, are closed and counted: a test fails by them, and does not wait for them.
 class Script {
  public:
   using Step = std::function<void(QDialog& dialog)>;
   explicit Script(std::vector<Step> steps) : steps_(std::move(steps)) {
     QObject::connect(&timer_, &QTimer::timeout, [this] { act(); });
     timer_.start(5);
+    ++running_;
   }
+  Script(const Script&) = delete;
+  Script& operator=(const Script&) = delete;
   ~Script() {
+    --running_;
     EXPECT_EQ(done_, steps_.size()) << "windows that did not open";
     EXPECT_EQ(unexpected_, 0) << "windows that were not expected";
   }
+  // Whether there is one that answers a window.
+  [[nodiscard]] static bool isRunning() { return running_ > 0; }
 
  private:
+  static constexpr qint64 kLongestOpen = 120'000;  // milliseconds; longer than any step waits
+
   void act() {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (dialog == nullptr || !seen_.insert(dialog).second) return;
+    if (dialog != open_) {
+      open_ = dialog;
+      opened_.start();
+    }
+    if (dialog == nullptr) return;
+    if (opened_.elapsed() > kLongestOpen) return dismiss(*dialog, "window that was left open");
+    if (!seen_.insert(dialog).second) return;
     QObject::connect(dialog, &QObject::destroyed, &timer_, [this, dialog] { seen_.erase(dialog); });
     if (done_ == steps_.size()) {
       ++unexpected_;
-      ADD_FAILURE() << "unexpected window "
-                    << fromQString(dialog->objectName() + ": " + dialog->property("text").toString());
-      dialog->close();
-      return;
+      return dismiss(*dialog, "unexpected window");
     }
     // Not from the timer's own slot: it would not fire for a window that the step opens.
     QTimer::singleShot(0, dialog, [dialog, step = steps_[done_++]] {
@@ -141,9 +155,17 @@ class Script {
       }
     });
   }
+  // Not close(): a question without a Cancel does not heed it.
+  static void dismiss(QDialog& dialog, const char* why) {
+    ADD_FAILURE() << why << ' ' << fromQString(dialog.objectName() + ": " + dialog.property("text").toString());
+    dialog.done(QDialog::Rejected);
+  }
   static std::string fromQString(const QString& text) { return text.toStdString(); }
 
+  inline static int running_ = 0;
   QTimer timer_;
+  QPointer<QDialog> open_;
+  QElapsedTimer opened_;
   std::vector<Step> steps_;
   std::size_t done_ = 0;
   int unexpected_ = 0;

@@ -2,8 +2,11 @@
 
 #include "desktop.h"
 #include "ui/dialogs.h"
+#include "ui/dialogs/columns_dialog.h"
+#include "ui/first_run/first_run_wizard.h"
 #include "ui/heat_map.h"
 #include "ui/login_dialogs.h"
+#include "ui/page_setup.h"
 #include "ui/results/results.h"
 #include "ui/settings/settings_sheet.h"
 
@@ -13,6 +16,7 @@ namespace support {
 struct Window {
   const char* name;
   std::function<void(Desktop& desktop)> open;
+  bool ofQt = false;  // its parts and their names are those of Qt
 };
 
 inline std::int32_t someContact(Desktop& desktop) {
@@ -60,12 +64,29 @@ inline std::vector<Window> windows() {
          ui::SettingsSheet sheet(*d.document, *d.texts);
          sheet.exec();
        }},
+      {"columns",
+       [](Desktop& d) {
+         const folders::FolderDefinition& calls = *folders::findFolder(100);
+         const folders::ColumnLayout layout = folders::defaultLayout(calls.columns, calls.flags);
+         ui::ColumnsDialog(*d.texts, calls, layout, layout, nullptr).exec();
+       }},
+      {"firstRun", [](Desktop& d) { ui::FirstRunWizard(*d.app, {}).exec(); }},
+      {"pageSetup", [](Desktop& d) { ui::editPageSetup(nullptr, d.app->config()); }, true},
+      {"preview",
+       [](Desktop& d) {
+         folders::FolderView extensions(*folders::findFolder(101), d.document->folderServices(),
+                                        d.document->valueFormatter());
+         ui::previewFolder(*d.document, *d.texts, nullptr, extensions);
+       },
+       true},
   };
 }
 
 // Opens each, looks at it and closes it.
-inline void forEachWindow(Desktop& desktop, const std::function<void(QDialog&)>& look) {
+enum class Windows { All, Own };
+inline void forEachWindow(Desktop& desktop, const std::function<void(QDialog&)>& look, Windows which = Windows::All) {
   for (const Window& window : windows()) {
+    if (window.ofQt && which == Windows::Own) continue;
     SCOPED_TRACE(window.name);
     const Script script({[&look](QDialog& dialog) {
       look(dialog);

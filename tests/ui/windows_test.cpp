@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -81,7 +82,17 @@ TEST(Windows, QtsOwnDialogsAreInTheProgramsLanguage) {
   EXPECT_EQ(texts.missing, std::set<std::string>());
 }
 
-class ScreenTest : public testing::Test {
+// Sentences that have fewer lines than they need.
+std::set<std::string> cutTextsIn(QWidget& window) {
+  std::set<std::string> cut;
+  for (const auto* label : window.findChildren<QLabel*>()) {
+    const bool sentence = label->isVisible() && label->wordWrap() && !label->text().isEmpty();
+    if (sentence && label->height() < label->heightForWidth(label->width())) cut.insert(label->text().toStdString());
+  }
+  return cut;
+}
+
+class ScreenTest : public testing::TestWithParam<const char*> {
  protected:
   void SetUp() override { ASSERT_TRUE(desktop.started); }
   static void expectFits(QWidget& window) {
@@ -89,12 +100,13 @@ class ScreenTest : public testing::Test {
     const QSize screen = window.screen()->availableSize();
     EXPECT_LE(window.width(), screen.width()) << window.objectName().toStdString();
     EXPECT_LE(window.height(), screen.height()) << window.objectName().toStdString();
+    EXPECT_EQ(cutTextsIn(window), std::set<std::string>()) << window.objectName().toStdString();
   }
-  Desktop desktop;
+  Desktop desktop{GetParam()};
 };
 
 // Also run on a screen of 640x400, which is what 1280x800 is at 200%.
-TEST_F(ScreenTest, EveryWindowFits) {
+TEST_P(ScreenTest, EveryWindowFitsAndItsSentencesAreWhole) {
   const ui::QtOperator person;
   ui::CMainFrame frame(*desktop.document, *desktop.texts, person);
   frame.start();
@@ -117,5 +129,7 @@ TEST_F(ScreenTest, EveryWindowFits) {
   forEachWindow(desktop, [](QDialog& dialog) { expectFits(dialog); });
   frame.close();
 }
+
+INSTANTIATE_TEST_SUITE_P(Languages, ScreenTest, testing::Values("EN", "RO"));
 
 }  // namespace

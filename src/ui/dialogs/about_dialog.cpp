@@ -1,8 +1,6 @@
 #include <utf8proc.h>
 #include <xlsxwriter.h>
 #include <zlib.h>
-#include <QDialog>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -29,49 +27,48 @@ std::vector<std::pair<QString, QString>> aboutFacts(server::CServerDoc& document
           {QString(), texts("IDS_ABOUT_QT_LICENCE")}};
 }
 
+class AboutDialog : public FormDialog {
+ public:
+  AboutDialog(server::CServerDoc& document, const Texts& texts, QWidget* parent)
+      : FormDialog(texts, "IDS_ACTION_ABOUT", "about", parent) {
+    constexpr int kIconSize = 64;
+    auto* picture = new QLabel;
+    picture->setPixmap(icon(Icon::Program).pixmap(kIconSize));
+    auto* name = new QLabel(base::kProgramName);
+    QFont large = name->font();
+    large.setPointSizeF(large.pointSizeF() * 1.6);
+    large.setBold(true);
+    name->setFont(large);
+    auto* address = new QLabel(QString("<a href=\"%1\">%1</a>").arg(base::kProgramUrl));
+    address->setOpenExternalLinks(true);
+    address->setTextInteractionFlags(Qt::TextBrowserInteraction);
+
+    auto* words = new QVBoxLayout;
+    words->addWidget(name);
+    words->addWidget(new QLabel(texts("IDS_ABOUT_PURPOSE")));
+    words->addWidget(named(new QLabel(texts("IDS_VERSION") + " " + base::kProgramVersion), "version"));
+    words->addWidget(address);
+    auto* facts = new QFormLayout;
+    for (const auto& [caption, text] : aboutFacts(document, texts)) {
+      auto* label = new QLabel(text);
+      label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+      label->setWordWrap(true);
+      facts->addRow(caption, label);
+    }
+    words->addLayout(facts);
+    auto* top = new QHBoxLayout;
+    top->setSpacing(16);
+    top->addWidget(picture, 0, Qt::AlignTop);
+    top->addLayout(words, 1);
+    body()->addLayout(top);
+    cancelButton()->hide();
+  }
+};
+
 }  // namespace
 
 void showAbout(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
-  constexpr int kIconSize = 64;
-  QDialog dialog(parent);
-  dialog.setObjectName("about");
-  dialog.setWindowTitle(texts("IDS_ACTION_ABOUT"));
-  auto* picture = new QLabel;
-  picture->setPixmap(icon(Icon::Program).pixmap(kIconSize));
-  auto* name = new QLabel(base::kProgramName);
-  QFont large = name->font();
-  large.setPointSizeF(large.pointSizeF() * 1.6);
-  large.setBold(true);
-  name->setFont(large);
-  auto* address = new QLabel(QString("<a href=\"%1\">%1</a>").arg(base::kProgramUrl));
-  address->setOpenExternalLinks(true);
-  address->setTextInteractionFlags(Qt::TextBrowserInteraction);
-
-  auto* words = new QVBoxLayout;
-  words->addWidget(name);
-  words->addWidget(new QLabel(texts("IDS_ABOUT_PURPOSE")));
-  words->addWidget(named(new QLabel(texts("IDS_VERSION") + " " + base::kProgramVersion), "version"));
-  words->addWidget(address);
-  auto* facts = new QFormLayout;
-  for (const auto& [caption, text] : aboutFacts(document, texts)) {
-    auto* label = new QLabel(text);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    label->setWordWrap(true);
-    facts->addRow(caption, label);
-  }
-  words->addLayout(facts);
-  auto* top = new QHBoxLayout;
-  top->setSpacing(16);
-  top->addWidget(picture, 0, Qt::AlignTop);
-  top->addLayout(words, 1);
-  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
-  named(buttons->button(QDialogButtonBox::Ok), "ok")->setText(texts("IDS_OK"));
-  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-  auto* layout = new QVBoxLayout(&dialog);
-  layout->setSpacing(12);
-  layout->addLayout(top);
-  layout->addWidget(buttons);
-  dialog.exec();
+  AboutDialog(document, texts, parent).exec();
 }
 
 }  // namespace ui

@@ -6,6 +6,7 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QTreeWidget>
+#include <algorithm>
 
 #include "ui/dialogs/mnemonics.h"
 #include "ui/manual.h"
@@ -52,16 +53,30 @@ void FormDialog::setVisible(bool visible) {
     scrollWhatIsTooLarge();
     focusButtonsLast(*buttons_);
     prepared_ = true;
-    if (!testAttribute(Qt::WA_Resized)) adjustSize();
+    resize(roomySize());
     fitToScreen(*this);
   }
   QDialog::setVisible(visible);
 }
 
+// High enough for its sentences on as many lines as they take: QWidget::adjustSize() would stop at two thirds of the
+// screen, and cut them.
+QSize FormDialog::roomySize() const {
+  QSize size = testAttribute(Qt::WA_Resized) ? this->size() : sizeHint();
+  if (!layout()->hasHeightForWidth()) return size;
+  const int needed = testAttribute(Qt::WA_Resized) ? layout()->totalMinimumHeightForWidth(size.width())
+                                                   : layout()->totalHeightForWidth(size.width());
+  return size.expandedTo({0, needed});
+}
+
 // The body alone: the buttons stay in sight.
 void FormDialog::scrollWhatIsTooLarge() {
   layout()->activate();
-  const QSize least = layout()->totalMinimumSize();
+  QSize least = layout()->totalMinimumSize();
+  if (layout()->hasHeightForWidth()) {
+    const int width = std::max(roomySize().width(), least.width());
+    least = least.expandedTo({0, layout()->totalMinimumHeightForWidth(width)});
+  }
   const QSize available = availableSize(*this);
   if (least.width() <= available.width() && least.height() <= available.height()) return;
   auto* outer = static_cast<QVBoxLayout*>(layout());

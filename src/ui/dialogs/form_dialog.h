@@ -44,6 +44,7 @@ class FormDialog : public QDialog {
   void allowOnlyLooking();
 
  private:
+  [[nodiscard]] QSize roomySize() const;
   void scrollWhatIsTooLarge();
 
   const Texts& texts_;

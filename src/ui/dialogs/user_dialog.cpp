@@ -43,7 +43,9 @@ class UserEditDlg : public FormDialog {
     restriction_ = new RestrictionPicker(document.parties(), toQt(user_.SQLSubquery), texts);
     auto* tabs = named(new QTabWidget, "tabs");
     auto* account = new QWidget;
-    account->setLayout(form);
+    auto* accountLayout = new QVBoxLayout(account);
+    accountLayout->addLayout(form);
+    accountLayout->addStretch();
     tabs->addTab(account, texts("IDS_USER"));
     auto* sight = new QWidget;
     auto* sightLayout = new QVBoxLayout(sight);

@@ -344,7 +344,10 @@ void addField(QFormLayout& form, const Option& option, const Source& source, con
 
 SettingsPage optionPage(const QString& caption, std::span<const Option> options, const Source& source) {
   auto* form = new QWidget;
-  auto* layout = new QFormLayout(form);
+  auto* whole = new QVBoxLayout(form);
+  auto* layout = new QFormLayout;
+  whole->addLayout(layout);
+  whole->addStretch();
   layout->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
   auto fields = std::make_shared<std::vector<Field>>();
   for (const Option& option : options) {
