@@ -7,8 +7,15 @@
 namespace ui {
 
 EmptyGuide::EmptyGuide(QWidget* area, QWidget* list)
-    : QWidget(list), area_(area), text_(named(new QLabel, "emptyText")), layout_(new QVBoxLayout(this)) {
+    : ScrollPage(new QWidget, list),
+      area_(area),
+      text_(named(new QLabel, "emptyText")),
+      layout_(new QVBoxLayout(widget())) {
   setObjectName("emptyGuide");
+  setFocusPolicy(Qt::NoFocus);
+  // The list is seen through it.
+  viewport()->setAutoFillBackground(false);
+  widget()->setAutoFillBackground(false);
   text_->setWordWrap(true);
   text_->setAlignment(Qt::AlignCenter);
   text_->setTextFormat(Qt::PlainText);
@@ -25,7 +32,7 @@ void EmptyGuide::guide(const QString& text, const std::vector<QAction*>& ways) {
   text_->setText(text);
   for (QAction* way : ways) {
     if (!way->isVisible() || !way->isEnabled()) continue;
-    auto* button = new QPushButton(way->icon(), QString(way->text()).remove('&'), this);
+    auto* button = new QPushButton(way->icon(), QString(way->text()).remove('&'), widget());
     button->setObjectName(way->objectName());
     button->setToolTip(way->toolTip());
     connect(button, &QPushButton::clicked, way, &QAction::trigger, Qt::QueuedConnection);
@@ -41,7 +48,7 @@ bool EmptyGuide::eventFilter(QObject* watched, QEvent* event) {
   if (watched == area_ && (event->type() == QEvent::Resize || event->type() == QEvent::Move)) {
     setGeometry(area_->geometry());
   }
-  return QWidget::eventFilter(watched, event);
+  return ScrollPage::eventFilter(watched, event);
 }
 
 }  // namespace ui

@@ -4,13 +4,15 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <QWidget>
 #include <vector>
+
+#include "ui/scroll_page.h"
 
 namespace ui {
 
-// Stands in the place of a list's rows when there are none: says why, and offers what leads on as buttons.
-class EmptyGuide : public QWidget {
+// Stands in the place of a list's rows when there are none: says why, and offers what leads on as buttons. Scrolls
+// where the list is small.
+class EmptyGuide : public ScrollPage {
   Q_OBJECT
 
  public:

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QWizard>
+#include <chrono>
 #include <fstream>
 
 #include "desktop.h"
@@ -185,6 +186,40 @@ TEST_F(ExchangePageTest, TheServiceIsStartedShownAndStopped) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return lines.topLevelItemCount() == 1; }, kPatience));
   click(*page, "exchangeStop");
   EXPECT_FALSE(child<QPushButton>(*page, "exchangeStop").isEnabled());
+}
+
+TEST(MonitorPane, SpeaksTheLanguageInUse) {
+  const std::pair<const char*, const char*> languages[] = {
+      {"EN", "Monitor: does not run; when it did: last call 09:14, 4 unknown lines, 1 alarm"},
+      {"RO", "Monitor: nu rulează; când rula: ultimul apel 09:14, linii necunoscute: 4, o alarmă"}};
+  for (const auto& [language, shown] : languages) {
+    const Desktop desktop(language);
+    const std::filesystem::path folder = desktop.files.folder / ".tallymon";
+    std::filesystem::create_directory(folder);
+    std::ofstream(folder / "status.json") << R"({"sources": [{"last_call": "2026-11-25 08:59:00", "unknown_today": 1},
+      {"last_call": "2026-11-25 09:14:07", "unknown_today": 3}, {"last_call": ""}], "alarms": [{}]})";
+    const ui::MonitorPane now([&] { return ui::toQt(desktop.path("")); }, *desktop.texts);
+    EXPECT_FALSE(now.text().contains(QString::fromUtf8(shown).section("; ", 0, 0))) << qPrintable(now.text());
+    using namespace std::chrono_literals;
+    std::filesystem::last_write_time(folder / "status.json", std::filesystem::file_time_type::clock::now() - 1h);
+    const ui::MonitorPane later([&] { return ui::toQt(desktop.path("")); }, *desktop.texts);
+    EXPECT_EQ(later.text(), QString::fromUtf8(shown));
+  }
+}
+
+TEST(CaptureProgramTest, WaitingForItHasAnEnd) {
+  Desktop desktop;
+  const ui::CaptureProgram program({}, desktop.person, *desktop.texts);
+  const auto late = program.runProgram("sleep", {"60"}, {}, 1);
+  EXPECT_FALSE(late.done);
+  EXPECT_TRUE(late.message.startsWith("sleep did not answer within 1 seconds")) << qPrintable(late.message);
+  desktop.person.stopAt = 0;
+  const auto givenUp = program.runProgram("sleep", {"60"}, {}, 60);
+  EXPECT_FALSE(givenUp.done);
+  EXPECT_TRUE(givenUp.message.startsWith("Stopped before there was an answer")) << qPrintable(givenUp.message);
+  const auto missing = program.runProgram("no-such-program", {}, {}, 60);
+  EXPECT_FALSE(missing.done);
+  EXPECT_TRUE(missing.message.startsWith("no-such-program: ")) << qPrintable(missing.message);
 }
 
 }  // namespace

@@ -126,4 +126,18 @@ TEST_F(FilterBarTest, AFilterIsKeptUnderANameAndUsedAgain) {
   EXPECT_EQ(parts(), QStringList({"Number: 9999999"}));
 }
 
+// What a search reads is read beforehand; when the operator is about to type, and not when the list is gone.
+TEST_F(FilterBarTest, ReadingAheadEndsByItselfAndWithTheList) {
+  frame->selectFolder(kCalls);
+  EXPECT_TRUE(list().isReadingAhead());
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !list().isReadingAhead(); }));
+  frame->show();
+  frame->activateWindow();
+  EXPECT_TRUE(QTest::qWaitForWindowActive(frame.get()));
+  action("IDS_ACTION_QUICK_FILTER").trigger();
+  EXPECT_TRUE(list().isReadingAhead());
+  list().closeFolder();
+  EXPECT_FALSE(list().isReadingAhead());
+}
+
 }  // namespace

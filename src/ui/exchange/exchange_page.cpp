@@ -12,6 +12,7 @@
 #include "server/monitor_status.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
+#include "ui/sentence.h"
 
 namespace ui {
 
@@ -22,13 +23,6 @@ constexpr int kRefresh = 3000;   // milliseconds between two looks at the servic
 
 QJsonObject objectOf(const QByteArray& json) {
   return QJsonDocument::fromJson(json).object();
-}
-
-QLabel* sentence(const QString& text = {}) {
-  auto* label = new QLabel(text);
-  label->setWordWrap(true);
-  label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-  return label;
 }
 
 void addRow(QFormLayout& form, const QString& caption, QWidget* editor) {
@@ -52,8 +46,8 @@ ExchangePage::ExchangePage(ExchangePlace place, platform::Operator& person, cons
       reading_(named(new FieldForm(readingFields(), texts), "exchangeReading")),
       quiet_(named(new FieldForm(quietFields(), texts), "exchangeQuiet")),
       lines_(named(new ExchangeLines(person, texts), "exchangeLines")),
-      message_(named(sentence(), "exchangeMessage")),
-      state_(named(sentence(), "exchangeState")) {
+      message_(named(makeSentence(), "exchangeMessage")),
+      state_(named(makeSentence(), "exchangeState")) {
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(buildChoice());
   tabs_->addTab(buildConnection(), texts_("IDS_EXCHANGE_TAB_CONNECTION"));
@@ -137,7 +131,7 @@ QWidget* ExchangePage::buildLines() {
   connect(lines_, &ExchangeLines::ended, this, [this] { listen_->setText(texts_("IDS_EXCHANGE_LISTEN_NOW")); });
   layout->addLayout(row);
   layout->addWidget(lines_, 1);
-  layout->addWidget(sentence(texts_("IDS_EXCHANGE_LINES_HINT")));
+  layout->addWidget(makeSentence(texts_("IDS_EXCHANGE_LINES_HINT")));
   return tab;
 }
 

@@ -13,19 +13,9 @@
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
 #include "ui/scroll_page.h"
+#include "ui/sentence.h"
 
 namespace ui {
-
-namespace {
-
-QLabel* explanation(const QString& text) {
-  auto* label = new QLabel(text);
-  label->setWordWrap(true);
-  label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-  return label;
-}
-
-}  // namespace
 
 FirstRunLanguagePage::FirstRunLanguagePage(const Texts& texts)
     : texts_(texts), languages_(named(new QComboBox, "language")), label_(new QLabel) {
@@ -57,7 +47,7 @@ FirstRunTaskPage::FirstRunTaskPage(const Texts& texts, bool proposeConversion) {
     auto* button = named(new QRadioButton(texts(key)), name);
     button->setChecked(chosen);
     layout->addWidget(button);
-    QLabel* more = explanation(texts(explainedBy));
+    QLabel* more = makeSentence(texts(explainedBy));
     more->setIndent(fontMetrics().height() + 6);
     layout->addWidget(more);
     layout->addSpacing(8);
@@ -133,14 +123,14 @@ FirstRunPlacePage::FirstRunPlacePage(const Texts& texts)
   setSubTitle(texts("IDS_FIRST_PLACE_TEXT"));
   auto* form = new QFormLayout(this);
   form->addRow(texts("IDS_OPT_COUNTRY_CODE"), country_);
-  form->addRow(QString(), explanation(texts("IDS_HINT_COUNTRY_CODE")));
+  form->addRow(QString(), makeSentence(texts("IDS_HINT_COUNTRY_CODE")));
   form->addRow(texts("IDS_OPT_AREA_CODE"), area_);
-  form->addRow(QString(), explanation(texts("IDS_HINT_AREA_CODE")));
+  form->addRow(QString(), makeSentence(texts("IDS_HINT_AREA_CODE")));
   auto* label = new QLabel(texts("IDS_OPT_MONITOR_FOLDER"));
   label->setBuddy(monitor_);
   monitor_->setAccessibleName(label->text());
   form->addRow(label, withBrowseButton(monitor_, texts));
-  form->addRow(QString(), explanation(texts("IDS_HINT_MONITOR_FOLDER")));
+  form->addRow(QString(), makeSentence(texts("IDS_HINT_MONITOR_FOLDER")));
   for (QLineEdit* code : {country_, area_}) {
     code->setMaxLength(8);
     code->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), code));
@@ -192,7 +182,7 @@ FirstRunPasswordPage::FirstRunPasswordPage(const Texts& texts)
   form->addRow(texts("IDS_PASSWORD"), password_);
   form->addRow(texts("IDS_REPEAT_PASSWORD"), repeated_);
   for (QLineEdit* line : {password_, repeated_}) line->setEchoMode(QLineEdit::Password);
-  finish_ = explanation({});
+  finish_ = makeSentence({});
   form->addRow(QString(), finish_);
   registerField("password", password_);
 }

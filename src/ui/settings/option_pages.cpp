@@ -18,6 +18,7 @@
 #include "base/path.h"
 #include "schema/database_place.h"
 #include "ui/dialogs/folder_line.h"
+#include "ui/sentence.h"
 
 namespace ui {
 
@@ -335,9 +336,7 @@ void addField(QFormLayout& form, const Option& option, const Source& source, con
     form.addRow(label, field.editor);
   }
   if (option.hintKey == nullptr) return;
-  auto* hint = new QLabel(source.text(option.hintKey));
-  hint->setWordWrap(true);
-  hint->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  QLabel* hint = makeSentence(source.text(option.hintKey));
   focused->setAccessibleDescription(hint->text());
   form.addRow(QString(), hint);
 }

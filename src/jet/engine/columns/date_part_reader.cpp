@@ -21,6 +21,11 @@ std::int32_t DatePartReader::read(std::int32_t seconds) {
     second += kSecondsOfDay;
   }
   switch (part_) {
+    case DatePart::Weekday: {
+      constexpr std::int32_t kDaysOfWeek = 7;  // the first day is a Saturday, the seventh
+      const std::int32_t weekday = (day + kDaysOfWeek - 1) % kDaysOfWeek;
+      return (weekday < 0 ? weekday + kDaysOfWeek : weekday) + 1;
+    }
     case DatePart::Hour:
       return second / 3600;
     case DatePart::Minute:
