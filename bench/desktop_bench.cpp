@@ -102,12 +102,19 @@ void typeKeys(ui::CMainFrame& frame) {
 
 void openWindow(ui::CMainFrame& frame, const char* command) {
   const Watch watch;
+  bool opened = false;
   QTimer timer;
   QObject::connect(&timer, &QTimer::timeout, [&] {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
     if (dialog == nullptr || !dialog->isVisible() || dialog->objectName() == "progress") return;
+    if (!opened) {
+      dialog->grab();
+      watch.tell(command);
+    }
+    opened = true;
+    if (dialog->property("reading").toBool()) return;
     dialog->grab();
-    watch.tell(command);
+    watch.tell(base::format("%s, filled", command));
     dialog->done(QDialog::Rejected);
   });
   timer.start(1);

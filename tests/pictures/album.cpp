@@ -54,7 +54,8 @@ void Album::meetModals(const std::function<void()>& open, std::vector<Step> step
   std::set<QWidget*> seen;
   QObject::connect(&timer, &QTimer::timeout, [&] {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (dialog == nullptr || !dialog->isVisible() || !seen.insert(dialog).second) return;
+    const bool ready = dialog != nullptr && dialog->isVisible() && !dialog->property("reading").toBool();
+    if (!ready || !seen.insert(dialog).second) return;
     if (met == steps.size()) {
       qWarning("A window that nobody expected: %s", qPrintable(dialog->objectName()));
       dialog->done(QDialog::Rejected);

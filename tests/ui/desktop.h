@@ -137,7 +137,7 @@ class Script {
       open_ = dialog;
       opened_.start();
     }
-    if (dialog == nullptr) return;
+    if (dialog == nullptr || dialog->property("reading").toBool()) return;  // what it shows is still read
     if (opened_.elapsed() > kLongestOpen) return dismiss(*dialog, "window that was left open");
     if (!seen_.insert(dialog).second) return;
     QObject::connect(dialog, &QObject::destroyed, &timer_, [this, dialog] { seen_.erase(dialog); });

@@ -194,10 +194,12 @@ class MissedDialog : public ResultDialog {
 
 std::optional<folders::Narrowing> showMissedCalls(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
   MissedDialog dialog(document, texts, parent);
-  if (!dialog.search()) return std::nullopt;
-  folders::logShown(document.folderServices(), texts.language().Translate("IDS_MONTH_MISSED"));
-  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return dialog.calls();
+  const int result = dialog.execReading([&] {
+    if (!dialog.search()) return false;
+    folders::logShown(document.folderServices(), texts.language().Translate("IDS_MONTH_MISSED"));
+    return true;
+  });
+  return result == QDialog::Accepted ? dialog.calls() : std::nullopt;
 }
 
 }  // namespace ui

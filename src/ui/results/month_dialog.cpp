@@ -171,7 +171,7 @@ class MonthDialog : public ResultDialog {
 
 std::filesystem::path showMonth(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
   MonthDialog dialog(document, texts, parent);
-  if (dialog.read()) dialog.exec();
+  dialog.execReading([&dialog] { return dialog.read(); });
   return dialog.written();
 }
 

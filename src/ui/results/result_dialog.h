@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QTimer>
+#include <functional>
 #include <optional>
 
 #include "folders/folder_view.h"
@@ -20,6 +22,19 @@ class ResultDialog : public FormDialog {
     cancelButton()->setText(texts("IDS_CLOSE"));
     resize(fontMetrics().averageCharWidth() * 170, fontMetrics().lineSpacing() * 42);
   }
+
+  // Shows the window at once and has it read what it shows then; a window that could not, or was stopped, is closed.
+  // Its property "reading" is true meanwhile.
+  int execReading(const std::function<bool()>& read) {
+    setProperty(kReading, true);
+    QTimer::singleShot(0, this, [this, read] {
+      const bool done = read();
+      setProperty(kReading, false);
+      if (!done) reject();
+    });
+    return exec();
+  }
+  static constexpr const char* kReading = "reading";
 
   // What the accepted window leads to.
   [[nodiscard]] const std::optional<folders::Narrowing>& calls() const { return calls_; }

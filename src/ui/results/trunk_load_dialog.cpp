@@ -256,8 +256,7 @@ class TrunkLoadDialog : public ResultDialog {
 
 std::optional<folders::Narrowing> showTrunkLoad(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
   TrunkLoadDialog dialog(document, texts, parent);
-  if (!dialog.start() || dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return dialog.calls();
+  return dialog.execReading([&dialog] { return dialog.start(); }) == QDialog::Accepted ? dialog.calls() : std::nullopt;
 }
 
 }  // namespace ui
