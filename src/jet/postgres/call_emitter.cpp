@@ -1,6 +1,7 @@
 // Calls of the dialect's functions.
 
-#include <array>
+#include <algorithm>
+#include <stdexcept>
 #include <string_view>
 
 #include "jet/postgres/expression_emitter.h"
@@ -13,8 +14,8 @@ namespace {
 using bind::BoundExpression;
 
 // What stands for a call with so many arguments. In `sql` "%t1" is the first argument as a text, "%n1" as a Double,
-// "%w1" as a whole number, "%d1" as a date, "%b1" as a condition. `when`: only if an argument is of a type, "w1" whole
-// or Yes/No, "d1" a date, "t1" a text. The first line that fits holds.
+// "%w1" as a whole number, "%d1" as a date, "%b1" as a condition; "%c0" is the time now. `when`: only if an argument is
+// of a type, "w1" whole or Yes/No, "d1" a date, "t1" a text. The first line that fits holds.
 struct CallForm {
   std::string_view name;
   std::size_t arguments;
@@ -42,9 +43,9 @@ constexpr CallForm kForms[] = {
     {"timeserial", 3, "", "jet.time_serial(%w1, %w2, %w3)"},
     {"datevalue", 1, "", "date_trunc('day', %d1)"},
     {"cdate", 1, "", "%d1"},
-    {"date", 0, "", "date_trunc('day', %now)"},
-    {"now", 0, "", "%now"},
-    {"time", 0, "", "(timestamp '1899-12-30' + (%now)::time)"},
+    {"date", 0, "", "date_trunc('day', %c0)"},
+    {"now", 0, "", "%c0"},
+    {"time", 0, "", "(timestamp '1899-12-30' + (%c0)::time)"},
     {"left", 2, "", "jet.left(%t1, %w2)"},
     {"right", 2, "", "jet.right(%t1, %w2)"},
     {"mid", 2, "", "jet.mid(%t1, %w2)"},
@@ -97,6 +98,8 @@ constexpr CallForm kForms[] = {
     {"mask_name", 2, "", "jet.mask_name(%t1, %b2)"},
 };
 
+constexpr char kClock = 'c';
+
 bool isOf(char form, Type type) {
   switch (form) {
     case 'w':
@@ -117,6 +120,38 @@ bool fits(const CallForm& form, const BoundExpression& call) {
   return form.when.empty() || isOf(form.when[0], call.operands[placeOf(form.when[1])].type);
 }
 
+// Whether a value of the type may be none of what the form asks for, which is an error.
+bool mayFail(char form, Type type) {
+  switch (form) {
+    case 'n':
+      return type == Type::Text;
+    case 'w':
+      return type != Type::Long && type != Type::Boolean;
+    case 'd':
+      return type != Type::DateTime;
+    default:
+      return false;
+  }
+}
+
+// Calls `take` with the letter and the digit of each mark, and with the text before it; gives the text behind all.
+template <typename Take>
+std::string_view forEachMark(std::string_view sql, Take take) {
+  for (std::size_t mark = sql.find('%'); mark != std::string_view::npos; mark = sql.find('%')) {
+    take(sql[mark + 1], sql[mark + 2], sql.substr(0, mark));
+    sql.remove_prefix(mark + 3);
+  }
+  return sql;
+}
+
+bool mayFail(const CallForm& form, const BoundExpression& call) {
+  bool found = false;
+  forEachMark(form.sql, [&](char letter, char digit, std::string_view) {
+    found = found || (letter != kClock && mayFail(letter, call.operands[placeOf(digit)].type));
+  });
+  return found;
+}
+
 }  // namespace
 
 std::string ExpressionEmitter::argument(char form, const BoundExpression& expression) {
@@ -135,25 +170,22 @@ std::string ExpressionEmitter::argument(char form, const BoundExpression& expres
 }
 
 std::string ExpressionEmitter::call(const BoundExpression& expression) {
-  constexpr std::string_view kNow = "%now";
-  for (const CallForm& form : kForms) {
-    if (!fits(form, expression)) continue;
-    std::string sql;
-    std::string_view rest = form.sql;
-    for (std::size_t mark = rest.find('%'); mark != std::string_view::npos; mark = rest.find('%')) {
-      sql.append(rest.substr(0, mark));
-      rest.remove_prefix(mark);
-      if (rest.starts_with(kNow)) {
-        sql += parameter({.kind = Parameter::Kind::Now, .type = Type::DateTime});
-        rest.remove_prefix(kNow.size());
-        continue;
-      }
-      sql += argument(rest[1], expression.operands[placeOf(rest[2])]);
-      rest.remove_prefix(3);
-    }
-    return sql.append(rest);
+  const auto* const form = std::ranges::find_if(kForms, [&](const CallForm& each) { return fits(each, expression); });
+  if (form == std::end(kForms)) throw std::logic_error("no form of " + std::string(expression.function->name));
+  std::string sql;
+  const std::string_view rest = forEachMark(form->sql, [&](char letter, char digit, std::string_view before) {
+    sql.append(before);
+    sql += letter == kClock ? parameter({.kind = Parameter::Kind::Now, .type = Type::DateTime})
+                            : argument(letter, expression.operands[placeOf(digit)]);
+  });
+  sql.append(rest);
+  if (expression.operands.size() < 2 || !mayFail(*form, expression)) return sql;
+  // An argument that is Null hides what is wrong with another.
+  std::string nulls;
+  for (const BoundExpression& operand : expression.operands) {
+    if (!operand.isLiteral()) nulls += (nulls.empty() ? "" : " OR ") + emit(operand) + " IS NULL";
   }
-  throw std::logic_error("no form of " + std::string(expression.function->name));
+  return nulls.empty() ? sql : "(CASE WHEN NOT (" + nulls + ") THEN " + sql + " END)";
 }
 
 }  // namespace jet::postgres

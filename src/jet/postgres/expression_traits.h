@@ -9,9 +9,15 @@
 
 namespace jet::postgres {
 
-// Whether it costs nothing to work it out twice.
-inline bool isSimple(const bind::BoundExpression& expression) {
+inline bool isLeaf(const bind::BoundExpression& expression) {
   return expression.isColumn() || expression.isLiteral() || expression.kind == bind::BoundExpression::Kind::Null;
+}
+
+// Whether it costs next to nothing to work it out twice: a leaf, or a sum of two that are whole.
+inline bool isSimple(const bind::BoundExpression& expression) {
+  const bool sum = expression.kind == bind::BoundExpression::Kind::Arithmetic && expression.type == Type::Long &&
+                   (expression.op == Operator::Add || expression.op == Operator::Subtract);
+  return isLeaf(expression) || (sum && std::ranges::all_of(expression.operands, isLeaf));
 }
 
 inline bool holdsAggregate(const bind::BoundExpression& expression) {

@@ -98,8 +98,11 @@ std::string ExpressionEmitter::aggregateOver(const BoundExpression& expression) 
       return "count(" + emit(value) + ")";
     case Aggregate::Sum:
       return expression.type == Type::Long ? "sum(" + asWhole(value) + ")::bigint" : "sum(" + asDouble(value) + ")";
-    case Aggregate::Average:
-      return "avg(" + asDouble(value) + ")";
+    case Aggregate::Average: {
+      // avg() adds squares up as well, which overflow first.
+      const std::string sum = "sum(" + asDouble(value) + ")";
+      return "(" + sum + " / NULLIF(count(" + emit(value) + "), 0))";
+    }
     case Aggregate::StDev:
       return "stddev_samp(" + asDouble(value) + ")";
     case Aggregate::Var:

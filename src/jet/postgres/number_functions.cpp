@@ -65,6 +65,7 @@ BEGIN
   IF a = 0 THEN RETURN CASE WHEN b > 0 THEN 0 END; END IF;
   IF a < 0 AND b <> floor(b) THEN RETURN NULL; END IF;
   IF abs(a) = 1 THEN RETURN power(a, b); END IF;
+  IF abs(b) < 1e-300 THEN RETURN 1; END IF;
   size := CASE WHEN abs(b) > 1e300 THEN sign(b) * sign(ln(abs(a))) * 1e300 ELSE b * ln(abs(a)) END;
   IF size > 709.782712893384 THEN RETURN NULL; END IF;
   IF size < -745.13 THEN RETURN 0; END IF;

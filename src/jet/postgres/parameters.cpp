@@ -58,6 +58,7 @@ void Parameters::add(const Value& value, Type type) {
   if (value.isNull()) return addNull();
   switch (type) {
     case Type::Boolean:
+      if (!value.toBool(false) && value.toBool(true)) return addNull();
       return addOwned(value.toBool() ? "t" : "f");
     case Type::Long:
       return add(value.toLong());

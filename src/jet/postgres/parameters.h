@@ -17,7 +17,7 @@ class Parameters {
   void addNull();
   void add(std::int64_t value);
   // A value that does not convert becomes one that equals none of a column's: "infinity" for a date, "NaN" for a
-  // number. Numbers that are not finite are Null.
+  // number, Null for Yes/No. Numbers that are not finite are Null.
   void add(const Value& value, Type type);
   void addText(std::string_view text);
   void addOwned(std::string text);

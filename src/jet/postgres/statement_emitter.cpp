@@ -139,7 +139,8 @@ class StatementWriter {
     return sql + rowOrder() + limit();
   }
 
-  // Rows that are equal in their order follow in that of the table.
+  // Rows that are equal in their order follow in that of the table; so do all without an order, which stand where the
+  // server found room for them.
   std::string rowOrder() {
     std::string sql;
     bool descending = false;

@@ -163,10 +163,11 @@ BEGIN
   RETURN '^' || made || '$';)";
 
 // A text behind its key and the number of its row, so that min() and max() find the first row of the least text.
+// The mark between them is less than what any letter becomes.
 constexpr std::string_view kTagged = R"(
-  RETURN jet.letters_of(x) || chr(1) || lpad(place::text, 19, '0') || x;)";
+  RETURN replace(jet.letters_of(x), E'\x01', E'\x01\x02') || E'\x01\x01' || lpad(place::text, 19, '0') || x;)";
 constexpr std::string_view kUntagged = R"(
-  RETURN substr(x, strpos(x, chr(1)) + 20);)";
+  RETURN substr(x, strpos(x, E'\x01\x01') + 21);)";
 
 // The last digits of a text as "X".
 constexpr std::string_view kMaskEnd = R"(
