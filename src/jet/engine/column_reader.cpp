@@ -64,10 +64,10 @@ columns::ColumnSource::Extent ColumnReader::extent(const TableDef& table) {
 
 columns::ColumnSource::Read ColumnReader::readColumns(const TableDef& table, std::span<const std::size_t> fields,
                                                       std::span<columns::Column* const> columns, std::int64_t behind,
-                                                      std::int64_t last, columns::KeyRuns& keys, std::size_t mostRows) {
+                                                      std::int64_t last, columns::KeyRuns& keys) {
   const auto scan = engine_.driver().scan(table, fields, {behind, last});
   Read read;
-  for (std::size_t rows = 0; rows < mostRows && scan->step(); ++rows) {
+  while (scan->step()) {
     if (!addRow(*scan, columns, read)) break;
     keys.add(scan->key());
   }

@@ -13,8 +13,8 @@ constexpr std::size_t kMostBytes = std::size_t{448} << 20U;
 constexpr std::int64_t kBeforeAll = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kBehindAll = std::numeric_limits<std::int64_t>::max();
 
-// Rows read ahead at a time: a few milliseconds.
-constexpr std::size_t kAheadRows = 2048;
+// Rows read ahead at a time, about: a few milliseconds.
+constexpr std::int64_t kAheadRows = 2048;
 
 std::size_t expectedBytes(Type type) {
   switch (type) {
@@ -63,8 +63,7 @@ bool ColumnStore::extend() {
   for (Column* column : columns) column->reserve(rowLimit());
   const std::int64_t behind = keys_->rows() == 0 ? kBeforeAll : keys_->last();
   try {
-    return source_.readColumns(*definition_, fields, columns, behind, kBehindAll, *keys_, ColumnSource::kAllRows)
-        .complete();
+    return source_.readColumns(*definition_, fields, columns, behind, kBehindAll, *keys_).complete();
   } catch (...) {
     forget();  // some columns may have a row more than others
     throw;
@@ -74,9 +73,9 @@ bool ColumnStore::extend() {
 // Keys without a gap, as most tables have them, are known by the first and the last.
 std::int64_t ColumnStore::countRows() {
   if (keys_ != nullptr) return static_cast<std::int64_t>(keys_->rows());
-  if (counted_) return *counted_;
+  if (counted_) return counted_->rows;
   const ColumnSource::Extent extent = source_.extent(*definition_);
-  counted_ = extent.rows;
+  counted_ = extent;
   if (extent.rows > 0 && extent.lastKey - extent.firstKey == extent.rows - 1) {
     keys_ = std::make_shared<KeyRuns>();
     keys_->addRun(extent.firstKey, static_cast<std::size_t>(extent.rows));
@@ -106,7 +105,7 @@ bool ColumnStore::load(std::span<const std::size_t> fields, bool eager) {
     if (!makeRoom(wanted)) return false;
     beginReading(wanted);
   }
-  return readOn(ColumnSource::kAllRows) == Read::Complete;
+  return readOn(Part::Rest) == Read::Complete;
 }
 
 bool ColumnStore::readAhead(std::span<const std::size_t> fields, const std::function<bool()>& goesOn) {
@@ -118,7 +117,7 @@ bool ColumnStore::readAhead(std::span<const std::size_t> fields, const std::func
     for (const std::size_t field : wanted) held_[field].lastUsed = uses_;
     beginReading(wanted);
   }
-  while (readOn(kAheadRows) == Read::More) {
+  while (readOn(Part::Step) == Read::More) {
     if (!goesOn()) return true;
   }
   return false;
@@ -130,8 +129,20 @@ bool ColumnStore::isRead(std::span<const std::size_t> fields) const {
          });
 }
 
+ColumnSource::Extent ColumnStore::extent() {
+  const std::int64_t rows = countRows();
+  if (keys_ == nullptr) return *counted_;
+  return rows == 0 ? ColumnSource::Extent() : ColumnSource::Extent{rows, keys_->key(0), keys_->last()};
+}
+
 void ColumnStore::beginReading(std::span<const std::size_t> fields) {
-  Reading reading{{fields.begin(), fields.end()}, {}, std::make_shared<KeyRuns>()};
+  const ColumnSource::Extent extent = this->extent();
+  Reading reading{{fields.begin(), fields.end()}, {}, std::make_shared<KeyRuns>(), kBeforeAll, kBeforeAll, 0};
+  if (extent.rows > 0) {
+    reading.readTo = extent.firstKey - 1;
+    reading.lastKey = extent.lastKey;
+    reading.stepKeys = kAheadRows * ((extent.lastKey - extent.firstKey) / extent.rows + 1);  // wider with gaps
+  }
   for (const std::size_t field : fields) {
     reading.columns.push_back(std::make_unique<Column>(definition_->fields[field].type));
     reading.columns.back()->reserve(rowLimit());
@@ -139,16 +150,16 @@ void ColumnStore::beginReading(std::span<const std::size_t> fields) {
   reading_ = std::move(reading);
 }
 
-// All columns that are held end with the same row.
-ColumnStore::Read ColumnStore::readOn(std::size_t mostRows) {
+// All columns that are held end with the same row. Parts are told by keys, which every database finds at once.
+ColumnStore::Read ColumnStore::readOn(Part part) {
   std::vector<Column*> columns;
   for (const auto& column : reading_->columns) columns.push_back(column.get());
-  const auto lastOf = [](const KeyRuns& keys) { return keys.rows() == 0 ? kBeforeAll : keys.last(); };
-  const std::size_t before = reading_->keys->rows();
+  const std::int64_t end = keys_ == nullptr ? kBehindAll : keys_->rows() == 0 ? kBeforeAll : keys_->last();
+  const bool last = part == Part::Rest || reading_->lastKey <= reading_->readTo + reading_->stepKeys;
+  const std::int64_t to = last ? end : std::min(end, reading_->readTo + reading_->stepKeys);
   ColumnSource::Read read;
   try {
-    read = source_.readColumns(*definition_, reading_->fields, columns, lastOf(*reading_->keys),
-                               keys_ == nullptr ? kBehindAll : lastOf(*keys_), *reading_->keys, mostRows);
+    read = source_.readColumns(*definition_, reading_->fields, columns, reading_->readTo, to, *reading_->keys);
   } catch (...) {
     reading_.reset();  // some columns may have a row more than others
     throw;
@@ -158,7 +169,8 @@ ColumnStore::Read ColumnStore::readOn(std::size_t mostRows) {
     reading_.reset();
     return Read::Refused;
   }
-  if (reading_->keys->rows() - before == mostRows) return Read::More;
+  reading_->readTo = to;
+  if (to != end) return Read::More;
   if (keys_ == nullptr) keys_ = std::move(reading_->keys);
   for (std::size_t i = 0; i < columns.size(); ++i) held_[reading_->fields[i]].column = std::move(reading_->columns[i]);
   reading_.reset();

@@ -52,7 +52,11 @@ class ColumnStore {
     std::vector<std::size_t> fields;
     std::vector<std::unique_ptr<Column>> columns;
     std::shared_ptr<KeyRuns> keys;
+    std::int64_t readTo;    // a key: of the rows up to it all are read
+    std::int64_t lastKey;   // when it began
+    std::int64_t stepKeys;  // the keys of a part
   };
+  enum class Part { Step, Rest };
   enum class Read { More, Complete, Refused };
 
   void forget();
@@ -60,9 +64,10 @@ class ColumnStore {
   [[nodiscard]] std::vector<std::size_t> missing(std::span<const std::size_t> fields) const;
   [[nodiscard]] bool isRead(std::span<const std::size_t> fields) const;
   void beginReading(std::span<const std::size_t> fields);
-  Read readOn(std::size_t mostRows);
+  Read readOn(Part part);
   [[nodiscard]] std::size_t bytesNeeded(std::span<const std::size_t> fields);
   [[nodiscard]] bool makeRoom(std::span<const std::size_t> fields);
+  [[nodiscard]] ColumnSource::Extent extent();
   [[nodiscard]] std::size_t rowLimit();
   [[nodiscard]] std::size_t bytes() const;
 
@@ -71,9 +76,9 @@ class ColumnStore {
   ColumnSource::Changes changes_;
   std::vector<Held> held_;  // by place in the definition
   std::shared_ptr<KeyRuns> keys_;
-  std::optional<Reading> reading_;       // rows added meanwhile are still to come
-  std::optional<std::int64_t> counted_;  // rows, without their keys
-  std::int64_t work_ = 0;                // rows looked at since the columns were forgotten
+  std::optional<Reading> reading_;               // rows added meanwhile are still to come
+  std::optional<ColumnSource::Extent> counted_;  // where the keys are not known
+  std::int64_t work_ = 0;                        // rows looked at since the columns were forgotten
   std::uint64_t uses_ = 0;
 };
 
