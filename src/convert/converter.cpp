@@ -9,8 +9,8 @@
 
 #include "base/printf.h"
 #include "base/text.h"
-#include "convert/partial_folder.h"
 #include "convert/table_writer.h"
+#include "convert/unfinished_place.h"
 #include "jet/database.h"
 #include "schema/database_place.h"
 
@@ -107,11 +107,16 @@ class FileConversion {
 };
 
 // A bill's page that was adapted to the office stays in use.
-void carryTemplateOver(const fs::path& oldFolder, const schema::DatabasePlace& place, ConversionReport& report) {
-  const std::string name = place.billPage().filename().string();
+void carryTemplateOver(const fs::path& oldFolder, const fs::path& newPage, ConversionReport& report) {
+  const std::string name = newPage.filename().string();
   const auto page = findFile(oldFolder, name);
   if (!page) return;
-  fs::copy_file(*page, place.billPage());
+  if (fs::exists(newPage)) {
+    report.notes.push_back(base::format("%s was there already and was left as it is; the old page of a bill is %s.",
+                                        newPage.string(), page->string()));
+    return;
+  }
+  fs::copy_file(*page, newPage);
   report.notes.push_back(base::format("%s, the page of a bill, was copied.", name));
 }
 
@@ -153,10 +158,10 @@ ConversionReport convertFolder(const fs::path& oldFolder, const fs::path& newFol
     }
   }
 
-  PartialFolder partial(newFolder);
+  UnfinishedPlace partial(newFolder);
   ConversionReport report;
   try {
-    const auto place = schema::DatabasePlace::ofFolder(partial.path());
+    const schema::DatabasePlace& place = partial.place();
     for (std::size_t i = 0; i < kinds.size(); ++i) {
       FileConversion conversion(kinds[i], place, options, person, report);
       if (found[i]) {
@@ -166,8 +171,8 @@ ConversionReport convertFolder(const fs::path& oldFolder, const fs::path& newFol
       }
       conversion.finish();
     }
-    carryTemplateOver(oldFolder, place, report);
-    writeReport(report, partial.path() / kReportFile);
+    carryTemplateOver(oldFolder, place.billPage(options.beside / ""), report);
+    writeReport(report, (partial.folder() != nullptr ? partial.folder()->path() : options.beside) / kReportFile);
     partial.publish();
   } catch (const jet::Error& fault) {
     throw ConversionError(

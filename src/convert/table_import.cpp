@@ -6,8 +6,8 @@
 #include "base/printf.h"
 #include "base/text.h"
 #include "convert/conversion_error.h"
-#include "convert/partial_folder.h"
 #include "convert/table_move.h"
+#include "convert/unfinished_place.h"
 #include "jet/database.h"
 #include "platform/progress.h"
 #include "schema/database_place.h"
@@ -127,11 +127,10 @@ TableManifest readManifest(const fs::path& source) {
 
 TableManifest importTables(const fs::path& source, const fs::path& newFolder, platform::Operator& person) {
   TableManifest manifest = readManifest(source);
-  PartialFolder partial(newFolder);
+  UnfinishedPlace partial(newFolder);
   try {
-    const auto place = schema::DatabasePlace::ofFolder(partial.path());
     for (const schema::DatabaseKind& kind : schema::databaseKinds())
-      makeDatabase(kind, manifest, source, place, person);
+      makeDatabase(kind, manifest, source, partial.place(), person);
     partial.publish();
   } catch (const jet::Error& fault) {
     throw ConversionError(

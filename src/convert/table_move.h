@@ -21,7 +21,8 @@ TableManifest exportTables(const schema::DatabasePlace& place, const std::filesy
                            platform::Operator& person);
 
 // Makes the databases anew from such a folder: equal tables with equal rows. What this program needs and the folder
-// does not name is made empty. The new folder must not exist or be empty; it appears when it is whole. Throws
+// does not name is made empty. The new folder must not exist or be empty; it appears when it is whole. It may be the
+// address of a server, which must not have the databases. Throws
 // ConversionError that names the file and the line.
 TableManifest importTables(const std::filesystem::path& source, const std::filesystem::path& newFolder,
                            platform::Operator& person);

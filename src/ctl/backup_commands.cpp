@@ -41,8 +41,9 @@ int backup(const Invocation& call) {
   context.document().noteBackup(made.at);
   print(call, made);
   if (call.global.format != TableFormat::Text) return 0;
-  call.out << base::format("%s was made and read back. Restore it with: tallyctl restore '%s' NEWDIR\n",
-                           made.folder.string(), made.folder.string());
+  call.out << base::format("%s was made and read back. Restore it with: tallyctl restore '%s' %s\n",
+                           made.folder.string(), made.folder.string(),
+                           server::isOfServer(made) ? "postgresql://user@host/NEWDATABASE/" : "NEWDIR");
   return 0;
 }
 
@@ -76,7 +77,9 @@ constexpr OptionSpec kBackup[] = {
 };
 constexpr OptionSpec kRestore[] = {
     {.name = "BACKUP", .help = "Folder of one backup", .required = true},
-    {.name = "NEWDIR", .help = "Data folder to make", .required = true},
+    {.name = "NEWDIR",
+     .help = "Data folder to make, or the address of a new database for a backup of a PostgreSQL server",
+     .required = true},
     kUseOption,
 };
 

@@ -30,7 +30,14 @@ server::StartDuties dutiesOf(Duty duty, const GlobalOptions& options) {
 
 // What helps when the databases were not opened; the reason was said.
 std::string databaseHelp(const std::string& folder) {
-  if (convert::isOldDatabase(schema::DatabasePlace::ofSetting(folder).file(schema::Which::Main))) {
+  const auto place = schema::DatabasePlace::ofSetting(folder);
+  if (place.onServer()) {
+    return base::format(
+        "The databases at %s were not opened. Look at the server and the rights there, point setting PathDatabase "
+        "elsewhere, or make new databases there with: tallyctl init. docs/postgresql.md tells what a desk needs.",
+        place.describe());
+  }
+  if (convert::isOldDatabase(place.file(schema::Which::Main))) {
     return base::format("The databases in %s are old ones. Carry them over with: tallyctl convert '%s' NEWDIR --use",
                         folder, folder);
   }
@@ -108,7 +115,7 @@ void Context::failToStart() {
       throw Failure(accountHelp(user));
     case server::StartEnd::DefinitionsFailed:
       throw Failure(base::format("The databases in %s cannot be used as they are. Restore them from a copy.",
-                                 folder("PathDatabase")));
+                                 schema::DatabasePlace::ofSetting(folder("PathDatabase")).describe()));
     default:
       throw Failure(databaseHelp(folder("PathDatabase")));
   }

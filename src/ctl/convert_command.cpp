@@ -3,6 +3,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/new_data_folder.h"
+#include "schema/database_place.h"
 
 namespace ctl {
 
@@ -15,19 +16,22 @@ int convertOld(const Invocation& call) {
   const fs::path newFolder = call.arguments.text("NEWDIR");
   convert::ConversionOptions options;
   options.salvage = call.arguments.has("--salvage");
+  options.beside = fs::absolute(call.context.machineStore().file()).parent_path();
   options.codepage = static_cast<int>(call.arguments.integer("--codepage", 0, 1, 65535));
   // Ctrl-C ends it between two rows, so that nothing is left behind.
   call.context.interrupts().begin();
   const convert::ConversionReport report =
       convert::convertFolder(call.arguments.text("OLDDIR"), newFolder, options, call.context.person());
-  call.out << report.text() << base::format("Saved as %s\n", (newFolder / convert::kReportFile).string());
+  const bool onServer = schema::DatabasePlace::ofTyped(newFolder).onServer();
+  const fs::path reportFile = (onServer ? options.beside : newFolder) / convert::kReportFile;
+  call.out << report.text() << base::format("Saved as %s\n", reportFile.string());
   finishNewDataFolder(call, newFolder);
   return report.whole() ? 0 : 1;
 }
 
 constexpr OptionSpec kOptions[] = {
     {.name = "OLDDIR", .help = "Folder with the old tallybook.mdb", .required = true},
-    {.name = "NEWDIR", .help = "Folder to make", .required = true},
+    {.name = "NEWDIR", .help = "Folder to make, or the address of a PostgreSQL database", .required = true},
     {.name = "--salvage", .takes = Takes::Nothing, .help = "Carry over what can be read when a file is damaged"},
     {.name = "--codepage",
      .help = "Code page of the texts of a Jet 3 file that names none or a wrong one",

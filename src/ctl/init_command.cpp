@@ -5,6 +5,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ctl/terminal_prompt.h"
+#include "jet/stored_database.h"
 #include "schema/database_place.h"
 #include "server/data_folder.h"
 
@@ -19,14 +20,14 @@ bool hasDataFolder(Context& context) {
   return !known.empty() && known != "---";
 }
 
-void refuseToOverwrite(const fs::path& folder, Context& context) {
-  server::refuseExistingDatabases(folder);
+void refuseToOverwrite(const schema::DatabasePlace& place, Context& context) {
+  server::refuseExistingDatabases(place.setting());
   const std::string known = context.folder("PathDatabase");
-  if (hasDataFolder(context) && known != server::folderSetting(folder)) {
+  if (hasDataFolder(context) && known != place.setting()) {
     throw Failure(
         base::format("The machine store %s points to %s already. Give --store FILE for a machine store of "
                      "its own.",
-                     context.machineStore().file().string(), known));
+                     context.machineStore().file().string(), jet::withoutPassword(known)));
   }
 }
 
@@ -39,10 +40,10 @@ std::string choosePassword() {
   return *typed;
 }
 
-void writeMachineStore(Context& context, const fs::path& folder, const std::string& password) {
-  bool written = server::useDataFolder(folder, context.config());
+void writeMachineStore(Context& context, const server::DataFolderPlan& plan) {
+  bool written = server::useDataFolder(plan.folder, context.config(), plan.monitor);
   // Without a password there is nothing to keep secret, and commands can log in by themselves.
-  if (password.empty()) {
+  if (plan.password.empty()) {
     written = written && context.config().WriteConfigString(server::kAdministrator, "AutoLoginUser", "general",
                                                             foundation::StoreMachine);
   }
@@ -52,47 +53,74 @@ void writeMachineStore(Context& context, const fs::path& folder, const std::stri
   }
 }
 
+void print(const Invocation& call, const schema::DatabasePlace& place, const server::DataFolderPlan& plan) {
+  Context& context = call.context;
+  call.out << "Made in " << place.describe() << ":\n";
+  for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
+    const std::string name = place.onServer() ? fs::path(kind.name).stem().string() : kind.name;
+    call.out << base::format("  %-16s %s\n", name, kind.holds);
+  }
+  const fs::path billPage = place.billPage(fs::absolute(context.machineStore().file()));
+  const fs::path folder = billPage.parent_path() / "";
+  const std::string monitor = context.folder("PathMonitor");
+  const bool beside = monitor == (folder / "monitor/").string();
+  if (place.onServer()) call.out << "And in " << folder.string() << ":\n";
+  call.out << base::format("  %-16s the page of a bill\n", billPage.filename().string())
+           << base::format("  %-16s where the monitor leaves monitor.data\n", beside ? "monitor/" : monitor)
+           << (plan.withSample ? "Filled with the sample exchange.\n" : "")
+           << "Machine store: " << context.machineStore().file().string() << '\n'
+           << "User " << server::kAdministrator << ", group Administrators"
+           << (plan.password.empty() ? ", no password: give it one with tallyctl passwd" : "") << '\n';
+  if (plan.role.empty()) return;
+  call.out << base::format(
+      "Role %s of the server may use it and no more. For each desk: CREATE ROLE name LOGIN IN ROLE \"%s\";\n",
+      plan.role, plan.role);
+}
+
 int init(const Invocation& call) {
   if (call.arguments.has("--empty") && call.arguments.has("--sample")) {
     throw WrongUsage("Give --empty or --sample, not both.");
   }
   if (call.arguments.has("--if-missing") && hasDataFolder(call.context)) return 0;
-  const bool withSample = call.arguments.has("--sample");
-  const fs::path folder = fs::absolute(call.arguments.text("DIR")).lexically_normal() / "";
-  const fs::path target = folder.parent_path();
-  refuseToOverwrite(target, call.context);
-  const std::string password = choosePassword();
-  server::makeDataFolder({target, password, withSample},
-                         {call.context.config(), call.context.person(), call.context.clock()},
-                         [&] { writeMachineStore(call.context, target, password); });
-
-  call.out << "Made in " << target.string() << ":\n";
-  for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
-    call.out << base::format("  %-16s %s\n", kind.name, kind.holds);
+  Context& context = call.context;
+  const auto place = schema::DatabasePlace::ofTyped(call.arguments.text("DIR"));
+  if (call.arguments.has("--role") && !place.onServer()) {
+    throw WrongUsage("--role is for databases on a server; rights to a folder are those of its files.");
   }
-  call.out << "  template.html    the page of a bill\n"
-           << "  monitor/         where the monitor leaves monitor.data\n"
-           << (withSample ? "Filled with the sample exchange.\n" : "")
-           << "Machine store: " << call.context.machineStore().file().string() << '\n'
-           << "User " << server::kAdministrator << ", group Administrators"
-           << (password.empty() ? ", no password: give it one with tallyctl passwd" : "") << '\n';
+  refuseToOverwrite(place, context);
+  server::DataFolderPlan plan{.folder = place.setting(),
+                              .password = choosePassword(),
+                              .withSample = call.arguments.has("--sample"),
+                              .role = place.onServer() ? call.arguments.text("--role", "tallybook") : ""};
+  if (call.arguments.has("--monitor")) plan.monitor = fs::absolute(call.arguments.text("--monitor")).lexically_normal();
+  server::makeDataFolder(plan, {context.config(), context.person(), context.clock()},
+                         [&] { writeMachineStore(context, plan); });
+  print(call, place, plan);
   return 0;
 }
 
 constexpr OptionSpec kOptions[] = {
-    {.name = "DIR", .help = "Data folder to make", .required = true},
+    {.name = "DIR", .help = "Data folder to make, or the address of a PostgreSQL database", .required = true},
     {.name = "--empty", .takes = Takes::Nothing, .help = "Empty databases (the default)"},
     {.name = "--sample", .takes = Takes::Nothing, .help = "Databases of a made-up company's exchange"},
     {.name = "--if-missing",
      .takes = Takes::Nothing,
      .help = "Do nothing when the machine store names a data folder already"},
+    {.name = "--monitor",
+     .help = "Folder where the monitor leaves monitor.data (else: monitor/ beside the databases, or beside the machine "
+             "store when they are on a server)",
+     .valueName = "FOLDER"},
+    {.name = "--role",
+     .help = "On a server: role whose members may use the databases, made where it is missing (else: tallybook)",
+     .valueName = "NAME"},
 };
 
 constexpr Command kCommands[] = {
     {"init",
      "Make the three databases, an administrator and a machine store that points to them",
      "tallyctl init demo --sample\n"
-     "tallyctl --store site.ini init /srv/tallybook --empty",
+     "tallyctl --store site.ini init /srv/tallybook --empty\n"
+     "tallyctl --store site.ini init postgresql://office@server/office/ --monitor /srv/monitor",
      kOptions,
      {},
      init},

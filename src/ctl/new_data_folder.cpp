@@ -30,9 +30,9 @@ constexpr WorkstationSetting kWorkstationSettings[] = {
     {"AreaCode", "tallyctl setting set AreaCode 21 --where machine", "needed for local numbers"},
 };
 
-void pointTo(const std::string& folder, Context& context) {
-  if (!context.config().WriteConfigString(folder, "PathDatabase", kGeneral, StoreMachine)) {
-    throw Failure(base::format("The new folder %s is whole, but the machine store %s cannot be written.", folder,
+void pointTo(const schema::DatabasePlace& place, Context& context) {
+  if (!context.config().WriteConfigString(place.setting(), "PathDatabase", kGeneral, StoreMachine)) {
+    throw Failure(base::format("%s is whole, but the machine store %s cannot be written.", place.describe(),
                                context.machineStore().file().string()));
   }
 }
@@ -50,11 +50,11 @@ void requireRightToUse(const Invocation& call) {
 }
 
 void finishNewDataFolder(const Invocation& call, const fs::path& folder) {
-  // Folder settings are appended to as they are, so they end with their separator.
-  const std::string setting = (fs::absolute(folder).lexically_normal() / "").string();
+  const auto place = schema::DatabasePlace::ofTyped(folder);
+  const std::string& setting = place.setting();
   Context& context = call.context;
   if (call.arguments.has("--use")) {
-    pointTo(setting, context);
+    pointTo(place, context);
     call.out << base::format("The machine store %s points to %s now.\n", context.machineStore().file().string(),
                              setting);
   }

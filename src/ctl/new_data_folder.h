@@ -13,7 +13,7 @@ inline constexpr OptionSpec kUseOption = {
 // program, that takes the right to change the settings; while it names none, or old ones, there is no one to log in.
 void requireRightToUse(const Invocation& call);
 
-// With --use: points the machine store to the folder. In any case says which commands come next.
+// With --use: points the machine store to the folder or the server. In any case says which commands come next.
 void finishNewDataFolder(const Invocation& call, const std::filesystem::path& folder);
 
 }  // namespace ctl

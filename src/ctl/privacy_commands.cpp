@@ -36,7 +36,7 @@ int forget(const Invocation& call) {
   security::requireAllCalls(context.document().user(), context.language());
   const exchange::PartyDefinitions& parties = context.parties();
   const analysis::SubscriberNumbers numbers(parties.countryCode, parties.areaCode);
-  const auto phonebook = server::openPhonebookFile(context.document().databaseFolder());
+  const auto phonebook = server::openPhonebookFile(context.document().databases());
   privacy::PersonData person(context.main(), phonebook.get(), numbers, call.arguments.text("PERSON"));
   const std::vector<StoredItem> items = person.find();
   const bool erase = call.arguments.has("--erase") && !items.empty();

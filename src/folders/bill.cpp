@@ -78,9 +78,10 @@ std::string summary(const BillTotals& totals, const FolderServices& services, co
   return table + "</TABLE>\n";
 }
 
-// Nothing when the database folder has no template that can be read.
+// Nothing when there is no template that can be read.
 std::optional<std::string> readTemplate(const FolderServices& services) {
-  return platform::readRegularFile(schema::DatabasePlace::ofFolder(services.main.path().parent_path()).billPage());
+  return platform::readRegularFile(
+      schema::DatabasePlace::of(services.main).billPage(services.config.machineStore().file()));
 }
 
 // What a placeholder stands for; nothing for other words between percent signs. The template's own bytes stay as they

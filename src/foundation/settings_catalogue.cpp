@@ -7,6 +7,8 @@
 #include "base/path.h"
 #include "base/printf.h"
 #include "base/text.h"
+#include "jet/error.h"
+#include "jet/stored_database.h"
 
 namespace foundation {
 
@@ -238,6 +240,16 @@ bool isDecimal(std::string_view text) {
   return !fraction.empty() && isDigits(fraction);
 }
 
+// Of the databases.
+static std::string storableAddress(std::string_view typed) {
+  try {
+    return jet::storableAddress(typed);
+  } catch (const jet::Error& error) {
+    const std::string reason = error.description();
+    throw std::invalid_argument(reason.ends_with('.') ? reason.substr(0, reason.size() - 1) : reason);
+  }
+}
+
 std::string storableValue(const Setting& setting, std::string_view typed) {
   const std::string_view value = base::trim(typed);
   if (setting.type == SettingType::Binary) {
@@ -255,6 +267,7 @@ std::string storableValue(const Setting& setting, std::string_view typed) {
     throw std::invalid_argument(
         base::format("%s takes a number such as 7.5, with a point, not \"%s\"", setting.key, typed));
   }
+  if (setting.form == SettingForm::Folder && jet::isServerAddress(value)) return storableAddress(value);
   if (setting.form == SettingForm::Folder && value != "---") return base::withSeparator(value);
   return std::string(setting.form == SettingForm::Any ? typed : value);
 }

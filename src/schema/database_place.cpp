@@ -1,9 +1,10 @@
 #include "schema/database_place.h"
 
 #include <algorithm>
-#include <system_error>
+#include <vector>
 
 #include "base/path.h"
+#include "jet/stored_database.h"
 #include "schema/schema.h"
 
 namespace schema {
@@ -38,27 +39,53 @@ DatabasePlace DatabasePlace::ofFolder(const fs::path& folder) {
 }
 
 DatabasePlace DatabasePlace::ofSetting(std::string_view setting) {
+  if (jet::isServerAddress(setting)) return DatabasePlace(std::string(setting));
   return DatabasePlace(base::systemPath(setting).string());
+}
+
+DatabasePlace DatabasePlace::ofTyped(const fs::path& typed) {
+  if (jet::isServerAddress(typed.native())) return DatabasePlace(jet::completedAddress(typed.native()));
+  return ofFolder(fs::absolute(typed).lexically_normal());
+}
+
+DatabasePlace DatabasePlace::of(const jet::Database& main) {
+  const std::string& path = main.path().native();
+  const std::string_view name = kindOf(Which::Main).name;
+  const std::size_t ending = path.ends_with(name) ? name.size() : main.path().filename().native().size();
+  return DatabasePlace(path.substr(0, path.size() - ending));
+}
+
+bool DatabasePlace::onServer() const {
+  return jet::isServerAddress(prefix_);
+}
+
+std::string DatabasePlace::askServer() const {
+  return jet::askServer(file(Which::Main).native());
 }
 
 fs::path DatabasePlace::file(Which which) const {
   return prefix_ + kindOf(which).name;
 }
 
-// What cannot even be looked at is as good as missing: using it says why.
 bool DatabasePlace::exists(Which which) const {
-  std::error_code ignored;
-  return fs::exists(file(which), ignored);
+  return jet::databaseExists(file(which));
 }
 
 std::optional<std::uintmax_t> DatabasePlace::size(Which which) const {
-  std::error_code missing;
-  const auto bytes = fs::file_size(file(which), missing);
-  return missing ? std::nullopt : std::optional(bytes);
+  return jet::databaseSize(file(which));
 }
 
-fs::path DatabasePlace::billPage() const {
-  return prefix_ + "template.html";
+std::string DatabasePlace::describe() const {
+  return onServer() ? jet::withoutPassword(prefix_) : prefix_;
+}
+
+std::string DatabasePlace::describe(Which which) const {
+  return jet::describeDatabase(file(which));
+}
+
+fs::path DatabasePlace::billPage(const fs::path& machineStore) const {
+  constexpr const char* kName = "template.html";
+  return onServer() ? machineStore.parent_path() / kName : fs::path(prefix_ + kName);
 }
 
 std::unique_ptr<jet::Database> DatabasePlace::create(Which which) const {
@@ -80,10 +107,19 @@ jet::OpenedDatabase DatabasePlace::openWritableOrReadOnly(Which which) const {
 }
 
 void DatabasePlace::remove(Which which) const noexcept {
-  for (const char* part : {"", "-wal", "-shm", "-journal"}) {
-    std::error_code ignored;
-    fs::remove(file(which).string() + part, ignored);
+  jet::removeDatabase(file(which));
+}
+
+void DatabasePlace::rename(const DatabasePlace& to) const {
+  std::vector<jet::Renamed> names;
+  for (const DatabaseKind& kind : kKinds) {
+    if (exists(kind.which)) names.push_back({file(kind.which), to.file(kind.which)});
   }
+  jet::renameDatabases(names);
+}
+
+void DatabasePlace::grantUse(const std::string& role) const {
+  for (const DatabaseKind& kind : kKinds) jet::grantUse(file(kind.which), role);
 }
 
 NewDatabases::~NewDatabases() {

@@ -30,19 +30,32 @@ std::span<const DatabaseKind> databaseKinds();  // Main, Tariffs, Phonebook
 const DatabaseKind& kindOf(Which which);
 const DatabaseKind* kindCalled(std::string_view name);  // null when it is none of the three
 
-// Where the three databases are: today files in one folder. Nothing but this joins a folder and a database's name, so
-// that they can be somewhere else one day. Errors are those of jet/database.h.
+// Where the three databases are: files in one folder, or schemas of one database on a server. Nothing but this joins a
+// place and a database's name. Errors are those of jet/database.h.
 class DatabasePlace {
  public:
   static DatabasePlace ofFolder(const std::filesystem::path& folder);
   // As setting "PathDatabase" says it; the files' names are appended to it as it stands.
   static DatabasePlace ofSetting(std::string_view setting);
+  // As a person types it: a folder, or the address of a server, each with or without its last slash.
+  static DatabasePlace ofTyped(const std::filesystem::path& typed);
+  // Of the open main database.
+  static DatabasePlace of(const jet::Database& main);
+  // Beside these, for work that is to get their names when it is finished. On a server only.
+  [[nodiscard]] DatabasePlace unfinished() const { return DatabasePlace(prefix_ + "unfinished_"); }
+
+  [[nodiscard]] bool onServer() const;
+  // For setting "PathDatabase".
+  [[nodiscard]] const std::string& setting() const { return prefix_; }
+  // Connects to the server; its version. Throws 3051, which says what is wrong with the address or the server.
+  std::string askServer() const;
 
   [[nodiscard]] bool exists(Which which) const;
   // Bytes; nothing when it is missing.
   [[nodiscard]] std::optional<std::uintmax_t> size(Which which) const;
-  // For messages to a person.
-  [[nodiscard]] std::string describe(Which which) const { return file(which).string(); }
+  // For messages to a person; without a password.
+  [[nodiscard]] std::string describe() const;
+  [[nodiscard]] std::string describe(Which which) const;
   // With tables and the rows that must exist; refuses (3204) when it exists.
   [[nodiscard]] std::unique_ptr<jet::Database> create(Which which) const;
   // Without any table.
@@ -51,11 +64,15 @@ class DatabasePlace {
   [[nodiscard]] jet::OpenedDatabase openWritableOrReadOnly(Which which) const;
   // Of one that was not finished and that nobody has open; what cannot be removed stays.
   void remove(Which which) const noexcept;
+  // Gives the databases here, on a server and open nowhere, the names of that place's: all of them or none.
+  void rename(const DatabasePlace& to) const;
+  // On a server: lets the members of a role use the databases, with no more rights than that takes.
+  void grantUse(const std::string& role) const;
 
-  // Of a database in a folder, where an old one may be as well.
+  // Of a database in a folder, where an old one may be as well; else its address.
   [[nodiscard]] std::filesystem::path file(Which which) const;
-  // The page "template.html" of a bill, beside the databases.
-  [[nodiscard]] std::filesystem::path billPage() const;
+  // The page "template.html" of a bill: beside the databases, or beside the machine store when they are on a server.
+  [[nodiscard]] std::filesystem::path billPage(const std::filesystem::path& machineStore) const;
 
  private:
   explicit DatabasePlace(std::string prefix) : prefix_(std::move(prefix)) {}

@@ -16,6 +16,7 @@
 #include "convert/conversion_error.h"
 #include "convert/partial_folder.h"
 #include "jet/error.h"
+#include "server/server_dump.h"
 
 namespace server {
 
@@ -112,6 +113,30 @@ BackupFile copyDatabase(const schema::DatabasePlace& place, const schema::Databa
   return described(file, std::move(tables));
 }
 
+// Those on a server are one file of the server's own format.
+BackupFile dumpOfServer(const schema::DatabasePlace& place, const fs::path& folder, const std::function<bool()>& goOn) {
+  const fs::path file = folder / kDumpFile;
+  std::vector<jet::TableRows> tables = dumpDatabases(place, file, goOn);
+  if (const std::string fault = faultOfDump(file, tables); !fault.empty()) {
+    throw BackupError(base::format("The backup of %s was read back and is not whole: %s. Nothing was kept.",
+                                   place.describe(), fault));
+  }
+  return described(file, std::move(tables));
+}
+
+std::vector<BackupFile> copyDatabases(const schema::DatabasePlace& place, const fs::path& folder,
+                                      const std::function<bool()>& goOn) {
+  std::vector<BackupFile> files;
+  if (place.onServer()) {
+    files.push_back(dumpOfServer(place, folder, goOn));
+    return files;
+  }
+  for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
+    if (place.exists(kind.which) || kind.required) files.push_back(copyDatabase(place, kind, folder, goOn));
+  }
+  return files;
+}
+
 std::string manifestText(const Backup& backup) {
   auto files = nlohmann::ordered_json::array();
   for (const BackupFile& file : backup.files) {
@@ -160,7 +185,8 @@ void checkFile(const Backup& backup, const BackupFile& file) {
     failDamaged(backup.folder, base::format("%s is not as it was written", file.name));
   }
   if (file.tables.empty()) return;
-  if (const std::string fault = faultOf(path, file.tables); !fault.empty()) {
+  const std::string fault = file.name == kDumpFile ? faultOfDump(path, file.tables) : faultOf(path, file.tables);
+  if (!fault.empty()) {
     failDamaged(backup.folder, base::format("%s: %s", file.name, fault));
   }
 }
@@ -189,11 +215,9 @@ Backup makeBackup(const BackupSource& source, const fs::path& folder, base::Date
   try {
     convert::PartialFolder work(backup.folder);
     fs::permissions(work.path(), fs::perms::owner_all);
-    for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
-      if (!source.databases.exists(kind.which) && !kind.required) continue;
-      backup.files.push_back(copyDatabase(source.databases, kind, work.path(), goOn));
-    }
-    addFile(source.databases.billPage(), schema::DatabasePlace::ofFolder(work.path()).billPage(), backup.files);
+    backup.files = copyDatabases(source.databases, work.path(), goOn);
+    const fs::path billPage = source.databases.billPage(source.machineStore);
+    addFile(billPage, work.path() / billPage.filename(), backup.files);
     addFile(source.machineStore, work.path() / kMachineStore, backup.files);
     std::ofstream manifest(work.path() / kManifest, std::ios::binary);
     manifest << manifestText(backup);
@@ -208,10 +232,15 @@ Backup makeBackup(const BackupSource& source, const fs::path& folder, base::Date
   return backup;
 }
 
+bool isOfServer(const Backup& backup) {
+  return std::ranges::any_of(backup.files, [](const BackupFile& file) { return file.name == kDumpFile; });
+}
+
 Backup checkBackup(const fs::path& folder) {
   Backup backup = readManifest(folder);
-  const bool hasMain = std::ranges::any_of(
-      backup.files, [](const BackupFile& file) { return file.name == schema::kindOf(schema::Which::Main).name; });
+  const bool hasMain = isOfServer(backup) || std::ranges::any_of(backup.files, [](const BackupFile& file) {
+                         return file.name == schema::kindOf(schema::Which::Main).name;
+                       });
   if (!hasMain) failDamaged(folder, "it lacks the main database");
   for (const BackupFile& file : backup.files) checkFile(backup, file);
   return backup;
@@ -219,6 +248,20 @@ Backup checkBackup(const fs::path& folder) {
 
 Backup restoreBackup(const fs::path& folder, const fs::path& target) {
   Backup backup = checkBackup(folder);
+  const auto place = schema::DatabasePlace::ofTyped(target);
+  if (isOfServer(backup) != place.onServer()) {
+    throw BackupError(
+        place.onServer()
+            ? base::format("%s is a backup of files. Restore it to a folder, and move that to the server then.",
+                           folder.string())
+            : base::format("%s is a backup of a PostgreSQL server. Give the address of a new database, such as "
+                           "postgresql://user@host/database/",
+                           folder.string()));
+  }
+  if (place.onServer()) {
+    restoreDump(folder / kDumpFile, place);
+    return backup;
+  }
   try {
     convert::PartialFolder work(target);
     for (const BackupFile& file : backup.files) {

@@ -27,8 +27,8 @@ struct BackupFile {
   std::vector<jet::TableRows> tables;
 };
 
-// A folder "tallybook-YYYYMMDD-HHMMSS" with the databases as they were at one moment each, the bill's page, the machine
-// store, and backup.json, which says what they are.
+// A folder "tallybook-YYYYMMDD-HHMMSS" with the databases as they were at one moment each (of a server: all of the
+// same, in one file), the bill's page, the machine store, and backup.json, which says what they are.
 struct Backup {
   std::filesystem::path folder;
   base::DateTime at;
@@ -49,8 +49,11 @@ Backup makeBackup(const BackupSource& source, const std::filesystem::path& folde
 // Reads a backup and checks it: sizes, checksums, every database as a whole, the counts of rows. Throws BackupError.
 Backup checkBackup(const std::filesystem::path& folder);
 
-// Checks a backup and makes `target` from it, a new data folder, which appears when it is whole. Throws BackupError
-// when the backup is damaged or the target is there already.
+[[nodiscard]] bool isOfServer(const Backup& backup);
+
+// Checks a backup and makes `target` from it, a new data folder, which appears when it is whole; of a backup of a
+// server, the schemas in the database whose address `target` is. Throws BackupError when the backup is damaged or the
+// target is there already.
 Backup restoreBackup(const std::filesystem::path& folder, const std::filesystem::path& target);
 
 // The rule by which old backups are thinned: of the names in any order, those to delete. Kept are all of the newest

@@ -8,6 +8,7 @@
 #include "base/printf.h"
 #include "folders/bill_template.h"
 #include "foundation/change_tags.h"
+#include "jet/stored_database.h"
 #include "sample/sample_exchange.h"
 #include "sample/tariff_plan.h"
 #include "schema/database_place.h"
@@ -27,9 +28,17 @@ bool stands(const fs::path& file) {
   return fs::exists(file, ignored);
 }
 
-// The bill's page is beside the databases, where it can be adapted.
-void writeBillTemplate(const schema::DatabasePlace& place) {
-  const fs::path file = place.billPage();
+// What belongs to the databases and is a file: beside them, or beside the machine store when they are on a server.
+fs::path folderOfFiles(const schema::DatabasePlace& place, foundation::ConfigManager& config) {
+  return place.billPage(fs::absolute(config.machineStore().file())).parent_path();
+}
+
+fs::path monitorOf(const fs::path& given, const schema::DatabasePlace& place, foundation::ConfigManager& config) {
+  return given.empty() ? folderOfFiles(place, config) / kMonitor : given;
+}
+
+// The bill's page can be adapted.
+void writeBillTemplate(const fs::path& file) {
   if (stands(file)) return;
   std::ofstream out(file, std::ios::binary);
   out << folders::defaultBillTemplate();
@@ -65,10 +74,12 @@ void makeDatabases(const schema::DatabasePlace& place, const DataFolderPlan& pla
 // What was made goes again when it cannot be finished.
 class HalfMade {
  public:
-  explicit HalfMade(const fs::path& folder)
-      : folder_(folder), folderIsNew_(!stands(folder)), databases_(schema::DatabasePlace::ofFolder(folder)) {
-    for (const fs::path& beside : {place().billPage(), folder / kMonitor}) {
-      if (!stands(beside)) newFiles_.push_back(beside);
+  HalfMade(const schema::DatabasePlace& place, const std::vector<fs::path>& beside)
+      : folder_(place.onServer() ? fs::path() : fs::path(place.setting())),
+        folderIsNew_(!place.onServer() && !stands(folder_)),
+        databases_(place) {
+    for (const fs::path& file : beside) {
+      if (!stands(file)) newFiles_.push_back(file);
     }
   }
   HalfMade(const HalfMade&) = delete;
@@ -80,7 +91,6 @@ class HalfMade {
     for (const fs::path& file : newFiles_) fs::remove(file, ignored);
     if (folderIsNew_) fs::remove_all(folder_, ignored);
   }
-  [[nodiscard]] const schema::DatabasePlace& place() const { return databases_.place(); }
   void finish() {
     databases_.publish();
     finished_ = true;
@@ -97,30 +107,36 @@ class HalfMade {
 }  // namespace
 
 std::string folderSetting(const fs::path& folder) {
+  if (jet::isServerAddress(folder.native())) return jet::completedAddress(folder.native());
   return base::withSeparator(folder.string());
 }
 
 void refuseExistingDatabases(const fs::path& folder) {
-  const auto place = schema::DatabasePlace::ofFolder(folder);
+  const auto place = schema::DatabasePlace::ofTyped(folder);
+  if (place.onServer()) place.askServer();
   for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
     if (place.exists(kind.which)) {
-      throw DataFolderError(
-          base::format("%s exists already and is left as it is. Give another folder.", place.describe(kind.which)));
+      throw DataFolderError(base::format("%s exists already and is left as it is. Give another %s.",
+                                         place.describe(kind.which), place.onServer() ? "database" : "folder"));
     }
   }
 }
 
 void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, const std::function<void()>& finish) {
   refuseExistingDatabases(plan.folder);
-  HalfMade halfMade(plan.folder);
+  const auto place = schema::DatabasePlace::ofTyped(plan.folder);
+  const fs::path monitor = monitorOf(plan.monitor, place, tools.config);
+  const fs::path billPage = place.billPage(fs::absolute(tools.config.machineStore().file()));
+  HalfMade halfMade(place, {billPage, monitor});
   std::error_code fault;
-  fs::create_directories(plan.folder / kMonitor, fault);
+  fs::create_directories(monitor, fault);
   if (fault) {
     throw DataFolderError(base::format("The folder %s cannot be made (%s). Choose another one, or check the rights.",
-                                       plan.folder.string(), fault.message()));
+                                       monitor.string(), fault.message()));
   }
-  writeBillTemplate(halfMade.place());
-  makeDatabases(halfMade.place(), plan, tools);
+  writeBillTemplate(billPage);
+  makeDatabases(place, plan, tools);
+  if (!plan.role.empty()) place.grantUse(plan.role);
   finish();
   halfMade.finish();
 }
@@ -142,12 +158,14 @@ void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std:
   rows->update();
 }
 
-bool useDataFolder(const fs::path& folder, foundation::ConfigManager& config) {
+bool useDataFolder(const fs::path& folder, foundation::ConfigManager& config, const fs::path& monitor) {
   using foundation::StoreMachine;
-  return config.WriteConfigString(folderSetting(folder), "PathDatabase", foundation::kGeneral, StoreMachine) &&
-         config.WriteConfigString(folderSetting(folder / kMonitor), "PathMonitor", foundation::kGeneral,
+  const auto place = schema::DatabasePlace::ofTyped(folder);
+  return config.WriteConfigString(place.setting(), "PathDatabase", foundation::kGeneral, StoreMachine) &&
+         config.WriteConfigString(folderSetting(monitorOf(monitor, place, config)), "PathMonitor", foundation::kGeneral,
                                   StoreMachine) &&
-         config.WriteConfigString(folderSetting(folder), "Path", foundation::kGeneral, StoreMachine) &&
+         config.WriteConfigString(folderSetting(folderOfFiles(place, config)), "Path", foundation::kGeneral,
+                                  StoreMachine) &&
          config.WriteConfigString(kAdministrator, "LastUser", foundation::kGeneral, StoreMachine) &&
          showBarsAtFirst(config);
 }

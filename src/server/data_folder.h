@@ -22,11 +22,14 @@ class DataFolderError : public std::runtime_error {
 };
 
 struct DataFolderPlan {
-  std::filesystem::path folder;  // absolute
+  std::filesystem::path folder;  // absolute; or the address of a server
   std::string password;          // of the administrator; empty: none
   bool withSample = false;       // filled with the sample exchange
   // An empty password is to be changed at the next login; else it stays until somebody sets one.
   bool passwordIsDue = true;
+  // Empty: "monitor" beside the databases, or beside the machine store when they are on a server.
+  std::filesystem::path monitor = {};
+  std::string role = {};  // of the server, whose members are to use the databases; empty: none
 };
 
 // What an operator needs around it too: the machine store whose `config` gets the codes of the sample.
@@ -36,7 +39,7 @@ struct DataFolderTools {
   const platform::Clock& clock;
 };
 
-// Throws DataFolderError when one of the databases is there already.
+// Throws DataFolderError when one of the databases is there already; jet::Error when the server does not answer.
 void refuseExistingDatabases(const std::filesystem::path& folder);
 
 // Makes the three databases, the monitor's folder, the bill's page and the administrator; `finish` is the last step and
@@ -48,9 +51,10 @@ void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, co
 void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password,
                    bool passwordIsDue = true);
 
-// Points the machine store to a data folder: databases, monitor's folder, reports, the proposed user, and the bars of
-// the desktop (showBarsAtFirst). False when the store cannot be written.
-bool useDataFolder(const std::filesystem::path& folder, foundation::ConfigManager& config);
+// Points the machine store to a data folder or a server: databases, monitor's folder (as DataFolderPlan says), reports,
+// the proposed user, and the bars of the desktop (showBarsAtFirst). False when the store cannot be written.
+bool useDataFolder(const std::filesystem::path& folder, foundation::ConfigManager& config,
+                   const std::filesystem::path& monitor = {});
 
 // A machine store that says nothing about the desktop's toolbar and status bar shows them from now on: settings that
 // are not there count as 0, hidden. False when the store cannot be written.

@@ -51,8 +51,13 @@ class Examination {
             "Make one: tallyctl init DIR");
       return std::move(findings_);
     }
-    checkDataFolder(base::systemPath(data));
-    examineDatabases(schema::DatabasePlace::ofSetting(data), patient_.clock.now(), findings_);
+    const auto databases = schema::DatabasePlace::ofSetting(data);
+    if (databases.onServer()) {
+      checkServer(databases);
+    } else {
+      checkDataFolder(base::systemPath(data));
+    }
+    examineDatabases(databases, patient_.clock.now(), findings_);
     checkMonitor();
     checkLiveSocket();
     checkOutput();
@@ -119,6 +124,15 @@ class Examination {
                          known.section, known.key));
     }
     if (faults == 0) good("settings", "those of the machine are of the right type and in range");
+  }
+
+  void checkServer(const schema::DatabasePlace& databases) {
+    try {
+      good("database server", base::format("PostgreSQL %s answers", databases.askServer()), databases.describe());
+    } catch (const jet::Error& error) {
+      wrong("database server", "it cannot be reached, or refuses", error.description(),
+            "Is it running, and may this user and machine connect (pg_hba.conf, the password file ~/.pgpass)?");
+    }
   }
 
   void checkDataFolder(const fs::path& folder) {

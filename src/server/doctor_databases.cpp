@@ -141,8 +141,11 @@ void examineDatabase(const schema::DatabasePlace& place, const schema::DatabaseK
                                       : "Prices or names are missing until it is restored."});
     return;
   }
+  bool writable = false;
   try {
-    const auto database = place.open(kind.which, jet::OpenMode::ReadOnly);
+    const auto database = place.onServer() ? place.openWritableOrReadOnly(kind.which).database
+                                           : place.open(kind.which, jet::OpenMode::ReadOnly);
+    writable = place.onServer() ? !database->readOnly() : access(place.file(kind.which).c_str(), W_OK) == 0;
     const bool whole = checkDatabase(*database, kind, where, findings);
     if (whole && kind.which == Which::Main) checkContent(*database, now, findings);
   } catch (const jet::Error& error) {
@@ -150,10 +153,11 @@ void examineDatabase(const schema::DatabasePlace& place, const schema::DatabaseK
                         "Mend what the message says; run this as the user of the service."});
     return;
   }
-  if (access(place.file(kind.which).c_str(), W_OK) != 0) {
-    findings.push_back({Health::Wrong, kDatabases, base::format("this user may not write %s", kind.name), where,
-                        "Run this as the user of the service, or let the file's owner give the right."});
-  }
+  if (writable) return;
+  findings.push_back({Health::Wrong, kDatabases, base::format("this user may not write %s", kind.name), where,
+                      place.onServer()
+                          ? "Make the user of the server a member of the role that may use the databases."
+                          : "Run this as the user of the service, or let the file's owner give the right."});
 }
 
 }  // namespace

@@ -21,6 +21,7 @@
 #include "ingest/phonebook.h"
 #include "ingest/recorder.h"
 #include "schedule/report_maker.h"
+#include "schema/database_place.h"
 #include "security/audit_log.h"
 #include "security/login.h"
 #include "security/users.h"
@@ -119,7 +120,7 @@ class CServerDoc {
   // What scheduled reports are made from; only after a successful start.
   [[nodiscard]] schedule::ReportMaker::Parts reportParts();
   [[nodiscard]] bool HasRight(int object, int right);
-  [[nodiscard]] std::filesystem::path databaseFolder() const { return main_->path().parent_path(); }
+  [[nodiscard]] schema::DatabasePlace databases() const { return schema::DatabasePlace::of(*main_); }
   // Height of the main window's upper pane in percent; kept at the close.
   [[nodiscard]] int upperPane() const { return upperPane_; }
   void setUpperPane(int percent) { upperPane_ = percent; }

@@ -100,7 +100,8 @@ void Service::run() {
       document_, [this](std::span<const unsigned char> record) { return takeLiveRecord(record); },
       [this] { importAsked_ = true; });
   say_(base::Priority::Notice,
-       base::format("Serving %s; live calls on %s.", document_.database().path().string(), channel->socket().string()));
+       base::format("Serving %s; live calls on %s.", document_.databases().describe(schema::Which::Main),
+                    channel->socket().string()));
   const ingest::ImportOptions options{.shouldStop = ended};
   auto nextImport = Clock::now() + times_.import;
   auto nextRefresh = Clock::now() + times_.refresh;

@@ -46,7 +46,7 @@ CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts, const Q
   server::showBarsAtFirst(document.app().config());
   setWindowIcon(icon(Icon::Program));
   // The window system's title goes on with the program's name.
-  const QString folder = toQt(document.databaseFolder().string());
+  const QString folder = toQt(document.databases().describe());
   setWindowTitle(document.DatabaseReadOnly() ? texts.format("IDS_TITLE_READONLY", fromQt(folder)) : folder);
   actions_ = std::make_unique<Actions>(
       texts, [&document](int object, int right) { return document.HasRight(object, right); }, this);

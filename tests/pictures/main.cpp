@@ -203,7 +203,7 @@ void takeSettings(Album& album, server::CServerDoc& document, const ui::Texts& t
       calculate->click();
     }
     if (auto* tried = page.widget->findChild<QPushButton*>("priceTry")) {
-      child<QLineEdit>(sheet, "priceFile").setText(ui::toQt((document.databaseFolder() / "prices.csv").string()));
+      child<QLineEdit>(sheet, "priceFile").setText(ui::toQt(document.databases().setting() + "prices.csv"));
       child<QLineEdit>(sheet, "priceIncrement").setText("60/1");
       tried->click();
     }

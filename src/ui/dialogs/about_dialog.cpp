@@ -22,7 +22,7 @@ std::vector<std::pair<QString, QString>> aboutFacts(server::CServerDoc& document
   for (const std::string& library : server::libraryVersions()) libraries += toQt(library);
   libraries += {QString("libxlsxwriter %1").arg(lxw_version()), QString("utf8proc %1").arg(utf8proc_version()),
                 QString("zlib %1").arg(zlibVersion())};
-  return {{texts("IDS_ABOUT_DATA"), toQt(document.databaseFolder().string())},
+  return {{texts("IDS_ABOUT_DATA"), toQt(document.databases().describe())},
           {texts("IDS_ABOUT_LIBRARIES"), libraries.join(", ")},
           {QString(), texts("IDS_ABOUT_QT_LICENCE")}};
 }

@@ -44,8 +44,9 @@ convert::ConversionReport convertFolder(const ConversionTask& task, server::CSer
   convert::ConversionOptions options;
   options.salvage = task.salvage;
   options.codepage = task.codepage;
+  options.beside = std::filesystem::absolute(app.config().machineStore().file()).parent_path();
   auto report = convert::convertFolder(task.oldFolder, task.newFolder, options, app.surroundings().person);
-  const auto main = schema::DatabasePlace::ofFolder(task.newFolder).open(schema::Which::Main, jet::OpenMode::ReadWrite);
+  const auto main = schema::DatabasePlace::ofTyped(task.newFolder).open(schema::Which::Main, jet::OpenMode::ReadWrite);
   if (main->openRecordset("SELECT * FROM Users")->eof()) {
     server::addFirstUsers(*main, app.surroundings().clock, task.password);
   }

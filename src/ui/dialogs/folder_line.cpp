@@ -5,6 +5,8 @@
 #include <QHBoxLayout>
 #include <QPushButton>
 
+#include "jet/stored_database.h"
+
 namespace ui {
 
 QWidget* withBrowseButton(QLineEdit* line, const Texts& texts) {
@@ -25,6 +27,7 @@ QWidget* withBrowseButton(QLineEdit* line, const Texts& texts) {
 
 QString wholePath(QString path) {
   path = path.trimmed();
+  if (jet::isServerAddress(fromQt(path))) return path;
   if (path == "~" || path.startsWith("~/")) path.replace(0, 1, QDir::homePath());
   return path.isEmpty() ? path : QDir::cleanPath(QDir(path).absolutePath());
 }

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <QWizard>
 
+#include "jet/stored_database.h"
 #include "sample/company.h"
 #include "schema/database_place.h"
 #include "ui/dialogs/folder_line.h"
@@ -70,6 +71,7 @@ FirstRunFolderPage::FirstRunFolderPage(const Texts& texts, QString oldFolder)
   form->setRowWrapPolicy(QFormLayout::WrapAllRows);
   oldFolder_ = addFolder(*form, oldLabel_, "oldFolder");
   folder_ = addFolder(*form, folderLabel_, "folder");
+  form->addRow(explanation(texts("IDS_HINT_DATABASE_FOLDER")));
   form->addRow(sample_);
   registerField("sample", sample_);
   registerField("folder", folder_);
@@ -102,17 +104,38 @@ void FirstRunFolderPage::initializePage() {
 bool FirstRunFolderPage::validatePage() {
   folder_->setText(wholePath(folder_->text()));
   oldFolder_->setText(wholePath(oldFolder_->text()));
-  const bool has = schema::DatabasePlace::ofFolder(fromQt(folder_->text())).exists(schema::Which::Main);
-  QString fault;
+  QString fault = folder_->text().isEmpty() ? QString() : faultOfServer();
+  const bool has = fault.isEmpty() && placeOfDatabases().exists(schema::Which::Main);
+  if (!fault.isEmpty()) {
+    warn(this, texts_, fault);
+    return false;
+  }
   if (folder_->text().isEmpty() || (field("convert").toBool() && oldFolder_->text().isEmpty())) {
     fault = texts_("IDS_FIRST_NO_FOLDER");
   } else if (field("open").toBool() && !has) {
-    fault = texts_.format("IDS_FIRST_NO_DATABASE", fromQt(folder_->text()));
+    fault = texts_.format(placeOfDatabases().onServer() ? "IDS_SERVER_NO_DATABASE" : "IDS_FIRST_NO_DATABASE",
+                          placeOfDatabases().describe());
   } else if (!field("open").toBool() && has) {
     fault = texts_.format("IDS_FIRST_HAS_DATABASE", fromQt(folder_->text()));
   }
   if (!fault.isEmpty()) warn(this, texts_, fault);
   return fault.isEmpty();
+}
+
+schema::DatabasePlace FirstRunFolderPage::placeOfDatabases() const {
+  return schema::DatabasePlace::ofTyped(fromQt(folder_->text()));
+}
+
+// A server that was typed is tried; what it says when it cannot be used, else nothing.
+QString FirstRunFolderPage::faultOfServer() const {
+  const auto place = placeOfDatabases();
+  if (!place.onServer()) return {};
+  try {
+    place.askServer();
+    return {};
+  } catch (const jet::Error& error) {
+    return toQt(error.description());
+  }
 }
 
 FirstRunPlacePage::FirstRunPlacePage(const Texts& texts)
@@ -145,6 +168,8 @@ void FirstRunPlacePage::initializePage() {
   // The sample's numbers are those of its own town.
   if (country_->text().isEmpty()) country_->setText(toQt(sample::kCountryCode));
   if (area_->text().isEmpty() && field("sample").toBool()) area_->setText(toQt(sample::kAreaCode));
+  // Of databases on a server it is beside the machine store, unless one is named.
+  if (jet::isServerAddress(fromQt(field("folder").toString()))) return;
   const QString monitor = field("folder").toString() + "/monitor";
   // A folder that is opened may have its monitor elsewhere.
   if (!field("open").toBool() || QFile::exists(monitor)) monitor_->setText(monitor);

@@ -8,6 +8,7 @@
 #include <QRadioButton>
 #include <QWizardPage>
 
+#include "schema/database_place.h"
 #include "ui/exchange/exchange_page.h"
 #include "ui/first_run/first_run_plan.h"
 #include "ui/texts.h"
@@ -46,6 +47,8 @@ class FirstRunFolderPage : public QWizardPage {
 
  private:
   QLineEdit* addFolder(QFormLayout& form, QLabel* label, const char* name);
+  [[nodiscard]] schema::DatabasePlace placeOfDatabases() const;
+  [[nodiscard]] QString faultOfServer() const;
 
   const Texts& texts_;
   QString proposedOld_;

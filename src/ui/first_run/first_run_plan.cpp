@@ -20,11 +20,8 @@ void storeSettings(const FirstRunPlan& plan, server::CServerApp& app) {
   const auto keep = [&config](const std::string& value, const char* key) {
     return config.WriteConfigString(value, key, "general", foundation::StoreMachine);
   };
-  bool written = server::useDataFolder(plan.folder, config) && keep(plan.countryCode, "CountryCode") &&
-                 keep(plan.areaCode, "AreaCode");
-  if (!plan.monitorFolder.empty()) {
-    written = written && keep(server::folderSetting(plan.monitorFolder), "PathMonitor");
-  }
+  bool written = server::useDataFolder(plan.folder, config, plan.monitorFolder) &&
+                 keep(plan.countryCode, "CountryCode") && keep(plan.areaCode, "AreaCode");
   if (!written) {
     throw server::DataFolderError(
         app.language().TranslateFormat("IDS_CANTWRITEFILE", config.machineStore().file().string()));
@@ -33,7 +30,11 @@ void storeSettings(const FirstRunPlan& plan, server::CServerApp& app) {
 
 void make(const FirstRunPlan& plan, server::CServerApp& app) {
   const server::Surroundings& around = app.surroundings();
-  server::makeDataFolder({plan.folder, plan.password, plan.withSample, false},
+  server::makeDataFolder({.folder = plan.folder,
+                          .password = plan.password,
+                          .withSample = plan.withSample,
+                          .passwordIsDue = false,
+                          .monitor = plan.monitorFolder},
                          {app.config(), around.person, around.clock}, [&] { storeSettings(plan, app); });
   if (!plan.withSample) return;
   // Imported at the start that follows. Without them the sample is only emptier.
@@ -41,7 +42,8 @@ void make(const FirstRunPlan& plan, server::CServerApp& app) {
   calls.count = kSampleCalls;
   calls.days = kSampleDays;
   calls.lastDay = around.clock.now();
-  const auto monitor = plan.monitorFolder.empty() ? plan.folder / "monitor" : std::filesystem::path(plan.monitorFolder);
+  const std::filesystem::path monitor =
+      app.config().ReadConfigString("PathMonitor", "general", foundation::StoreMachine, "");
   // A file that a capture program left holds real calls.
   if (exists(monitor / "monitor.data")) return;
   create_directories(monitor);
@@ -49,7 +51,7 @@ void make(const FirstRunPlan& plan, server::CServerApp& app) {
 }
 
 void open(const FirstRunPlan& plan, server::CServerApp& app) {
-  const auto place = schema::DatabasePlace::ofFolder(plan.folder);
+  const auto place = schema::DatabasePlace::ofTyped(plan.folder);
   const auto file = place.file(schema::Which::Main);
   if (convert::isOldDatabase(file)) {
     throw server::DataFolderError(app.language().TranslateFormat("IDS_FIRST_IS_OLD", file.string()));

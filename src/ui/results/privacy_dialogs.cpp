@@ -70,7 +70,7 @@ class PersonDialog : public ResultDialog {
       server::CServerDoc& data = document();
       security::requireAllCalls(data.user(), texts().language());
       const analysis::SubscriberNumbers numbers(data.parties().countryCode, data.parties().areaCode);
-      const auto phonebook = server::openPhonebookFile(data.databaseFolder());
+      const auto phonebook = server::openPhonebookFile(data.databases());
       privacy::PersonData person(data.database(), phonebook.get(), numbers, searched_);
       use(person);
     });

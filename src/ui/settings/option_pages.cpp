@@ -16,7 +16,9 @@
 
 #include "analysis/working_hours.h"
 #include "base/path.h"
+#include "jet/stored_database.h"
 #include "schema/database_place.h"
+#include "server/data_folder.h"
 #include "ui/dialogs/folder_line.h"
 #include "ui/sentence.h"
 
@@ -106,7 +108,8 @@ constexpr const char* kDatabaseFolderKey = "IDS_OPT_DATABASE_FOLDER";
 constexpr Option kPlace[] = {
     {"IDS_OPT_MONITOR_FOLDER", "general", "PathMonitor", M, OptionKind::Folder, 0, 0, 0, nullptr, nullptr,
      "IDS_HINT_MONITOR_FOLDER"},
-    {kDatabaseFolderKey, "general", "PathDatabase", M, OptionKind::Folder},
+    {kDatabaseFolderKey, "general", "PathDatabase", M, OptionKind::Folder, 0, 0, 0, nullptr, nullptr,
+     "IDS_HINT_DATABASE_FOLDER"},
     {"IDS_OPT_PROGRAM_FOLDER", "general", "Path", M, OptionKind::Folder},
     {"IDS_OPT_COUNTRY_CODE", "general", "CountryCode", M, OptionKind::Digits, 0, 0, 0, nullptr, nullptr,
      "IDS_HINT_COUNTRY_CODE"},
@@ -249,6 +252,17 @@ Field textField(const Option& option, const Source& source) {
       edit, [edit] { return edit->text().trimmed(); }, source.stringWriter(option));
 }
 
+// What is wrong with the address of a server, after a trial of it; empty: the databases can be used.
+QString faultOfAddress(const QString& address, const Texts& texts) {
+  const auto place = schema::DatabasePlace::ofTyped(fromQt(address));
+  try {
+    place.askServer();
+  } catch (const jet::Error& error) {
+    return toQt(error.description());
+  }
+  return place.exists(schema::Which::Main) ? QString() : texts.format("IDS_SERVER_NO_DATABASE", place.describe());
+}
+
 Field folderField(const Option& option, const Source& source) {
   auto* edit = new QLineEdit(toQt(source.string(option)));
   edit->setCursorPosition(0);
@@ -258,13 +272,14 @@ Field folderField(const Option& option, const Source& source) {
       withBrowseButton(edit, source.texts),
       [edit] {
         const QString folder = edit->text().trimmed();
-        return folder.isEmpty() || folder.endsWith('/') || folder.endsWith('\\') ? folder : folder + '/';
+        return toQt(server::folderSetting(fromQt(folder)));
       },
       source.stringWriter(option));
   const bool ofDatabase = option.captionKey == kDatabaseFolderKey;
   field.check = [edit, ofDatabase, changed = field.changed, &texts = source.texts]() -> QString {
     const QString folder = edit->text().trimmed();
     if (!changed() || (folder.isEmpty() && !ofDatabase)) return {};
+    if (ofDatabase && jet::isServerAddress(fromQt(folder))) return faultOfAddress(folder, texts);
     const auto place = base::systemPath(fromQt(folder));
     std::error_code fault;
     if (!std::filesystem::is_directory(place, fault)) return texts.format("IDS_SETTINGS_NO_FOLDER", fromQt(folder));

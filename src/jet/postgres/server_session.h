@@ -1,0 +1,35 @@
+#pragma once
+
+#include <libpq-fe.h>
+
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "jet/postgres/address.h"
+
+namespace jet::postgres {
+
+// A connection for a few plain statements about whole databases: no table of ours is read or written through it. Errors
+// are 3051, with the server's own text.
+class ServerSession {
+ public:
+  explicit ServerSession(const Address& address);
+
+  // The first column of the first row; nothing without a row.
+  std::optional<std::string> run(const std::string& statement, std::initializer_list<const char*> values = {});
+  [[nodiscard]] std::string quoted(const std::string& name) const;
+
+ private:
+  struct Closer {
+    void operator()(PGconn* connection) const { PQfinish(connection); }
+  };
+
+  [[noreturn]] void fail() const;
+
+  std::string description_;
+  std::unique_ptr<PGconn, Closer> connection_;
+};
+
+}  // namespace jet::postgres
