@@ -61,6 +61,10 @@ int restore(const Invocation& call) {
   requireRightToUse(call);
   const fs::path target = call.arguments.text("NEWDIR");
   const server::Backup restored = server::restoreBackup(call.arguments.text("BACKUP"), target);
+  const auto place = schema::DatabasePlace::ofTyped(target);
+  if (const std::string role = call.arguments.text("--role", "tallybook"); place.onServer() && !role.empty()) {
+    place.grantUse(role);
+  }
   print(call, restored);
   call.out << base::format("Restored as it was on %s.\n", restored.at.format(folders::kDateTimeFormat));
   finishNewDataFolder(call, target);
@@ -80,6 +84,9 @@ constexpr OptionSpec kRestore[] = {
     {.name = "NEWDIR",
      .help = "Data folder to make, or the address of a new database for a backup of a PostgreSQL server",
      .required = true},
+    {.name = "--role",
+     .help = "On a server: role whose members may use the databases, made where it is missing (else: tallybook)",
+     .valueName = "NAME"},
     kUseOption,
 };
 

@@ -24,9 +24,15 @@ std::int32_t LiveRecorder::record(std::span<const unsigned char> bytes) {
   if (bytes.size() == exchange::kNormalRecordSize) exchange::fillTexts(buffer);
   exchange::CallRecord call = exchange::decodeRecord(buffer, recorder_.parts().language.codepage());
   try {
+    if (!connected()) return refuse("the connection to the database is lost");
+    if (wasStored(bytes)) return 1;
     return store(call) ? 1 : refuse("the calls are not open");
   } catch (const std::exception& fault) {
-    logException(call);
+    if (!recorder_.parts().main.connected()) {
+      uncertain_.emplace(bytes.begin(), bytes.end());
+    } else {
+      logException(call);
+    }
     return refuse(fault.what());
   }
 }
@@ -34,6 +40,27 @@ std::int32_t LiveRecorder::record(std::span<const unsigned char> bytes) {
 std::int32_t LiveRecorder::refuse(std::string why) {
   refusal_ = std::move(why);
   return 0;
+}
+
+bool LiveRecorder::connected() const {
+  const ExchangeParts& parts = recorder_.parts();
+  return parts.main.connected() && (parts.tariffs == nullptr || parts.tariffs->database().connected()) &&
+         (parts.phonebook == nullptr || parts.phonebook->database().connected());
+}
+
+void LiveRecorder::settleLostCommit() {
+  if (!uncertain_) return;
+  if (recorder_.parts().main.lostCommitDone()) stored_.push_back(std::move(*uncertain_));
+  uncertain_.reset();
+  // Senders that never come again.
+  if (stored_.size() > kMostHeld) stored_.erase(stored_.begin());
+}
+
+bool LiveRecorder::wasStored(std::span<const unsigned char> bytes) {
+  const auto found = std::ranges::find_if(stored_, [&](const Bytes& each) { return std::ranges::equal(each, bytes); });
+  if (found == stored_.end()) return false;
+  stored_.erase(found);
+  return true;
 }
 
 bool LiveRecorder::store(exchange::CallRecord& call) {

@@ -31,6 +31,16 @@ class Database {
   [[nodiscard]] virtual const std::filesystem::path& path() const = 0;
   [[nodiscard]] virtual bool readOnly() const = 0;
 
+  // Of a database on a server. False once the connection was lost (Error 3151): everything throws that from then on,
+  // until reconnect() gave true. Costs nothing.
+  [[nodiscard]] virtual bool connected() const = 0;
+  // Outside of transactions. Connects anew where the connection is lost, noticed or not; false while the server cannot
+  // be reached. Recordsets and windows from
+  // before have to be opened anew. Throws Error when the server answers and refuses.
+  virtual bool reconnect() = 0;
+  // After that: whether the transaction in whose commit() the connection was lost was committed after all.
+  virtual bool lostCommitDone() = 0;
+
   // Runs a changing statement; the result is the number of rows changed. A fault undoes the whole statement.
   virtual std::int64_t execute(std::string_view sql) = 0;
   // A dynaset over a select.

@@ -65,4 +65,8 @@ std::string databaseLibrary() {
   return sqlite::library();
 }
 
+std::string serverLibrary() {
+  return postgres::library();
+}
+
 }  // namespace jet

@@ -6,7 +6,7 @@ namespace server {
 
 std::vector<std::string> libraryVersions() {
   // The reader of old databases cannot say its version; that of the build is what the program was tested with.
-  return {jet::databaseLibrary(), "libmdb " TALLYBOOK_LIBMDB_VERSION};
+  return {jet::databaseLibrary(), jet::serverLibrary(), "libmdb " TALLYBOOK_LIBMDB_VERSION};
 }
 
 }  // namespace server

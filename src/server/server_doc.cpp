@@ -236,7 +236,8 @@ void CServerDoc::stepAlarms() {
   try {
     if (alarms_) alarms_->step(alarmMailer(config_));
   } catch (const jet::Error& error) {
-    log_.WriteLog(security::LogError, "Alarms: %s", error.description());
+    // What is lost with the connection is said by who takes it up again.
+    if (main_->connected()) log_.WriteLog(security::LogError, "Alarms: %s", error.description());
   }
 }
 
@@ -291,23 +292,43 @@ ingest::ImportResult CServerDoc::resumeStoppedImports(const ingest::ImportOption
 
 ingest::ImportResult CServerDoc::catchUp(const ingest::ImportOptions& options) {
   using Outcome = ingest::ImportResult::Outcome;
-  ingest::ImportResult resumed;
   try {
-    resumed = resumeStoppedImports(options);
+    const ingest::ImportResult resumed = resumeStoppedImports(options);
+    // A file of which the rest was not read stays where it is, ahead of the monitor's newer one.
+    if (resumed.outcome == Outcome::Failed || resumed.outcome == Outcome::Interrupted) return resumed;
+    ingest::ImportResult result = importMonitorFile(options);
+    result.addEarlier(resumed);
+    return result;
   } catch (const jet::Error& error) {
     return {.outcome = Outcome::Failed, .message = error.description()};
   }
-  // A file of which the rest was not read stays where it is, ahead of the monitor's newer one.
-  if (resumed.outcome == Outcome::Failed || resumed.outcome == Outcome::Interrupted) return resumed;
-  ingest::ImportResult result = importMonitorFile(options);
-  result.addEarlier(resumed);
-  return result;
 }
 
 ingest::ImportResult CServerDoc::importFile(const std::filesystem::path& file, const ingest::ImportOptions& options) {
   const ingest::ImportResult result = ingest::MonitorImport(*recorder_, options).importFile(file);
   stepAlarms();
   return result;
+}
+
+std::vector<jet::Database*> CServerDoc::openDatabases() const {
+  std::vector<jet::Database*> databases = {main_.get()};
+  if (tariffs_) databases.push_back(&tariffs_->database());
+  if (phonebook_) databases.push_back(&phonebook_->database());
+  return databases;
+}
+
+bool CServerDoc::connected() const {
+  return std::ranges::all_of(openDatabases(), [](const jet::Database* each) { return each->connected(); });
+}
+
+bool CServerDoc::reconnect() {
+  try {
+    if (!std::ranges::all_of(openDatabases(), [](jet::Database* each) { return each->reconnect(); })) return false;
+    if (live_) live_->settleLostCommit();
+    return true;
+  } catch (const jet::Error&) {
+    return false;  // a server that is starting, or was set up anew, refuses for a while
+  }
 }
 
 void CServerDoc::refresh() {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "alarms/alarm_desk.h"
 #include "contacts/contacts_manager.h"
@@ -78,6 +79,12 @@ class CServerDoc {
   // Takes over what other copies changed in definitions and currencies.
   void refresh();
 
+  // False after the connection to the databases' server was lost: nothing can be read or changed until reconnect() gave
+  // true. Costs nothing.
+  [[nodiscard]] bool connected() const;
+  // Connects anew; false while the server cannot be reached or refuses. Lists have to be read anew then.
+  bool reconnect();
+
   // When the last backup was made, as a sentence for the operator: said before much is deleted.
   [[nodiscard]] std::string lastBackupText();
   void noteBackup(base::DateTime at);
@@ -134,6 +141,7 @@ class CServerDoc {
   StartEnd start(StartDuties duties);
   StartEnd openAndLogIn(const StartDuties& duties);
   StartEnd logIn(const StartDuties& duties);
+  [[nodiscard]] std::vector<jet::Database*> openDatabases() const;
   void addMissingTables();
   void upgradeSchema();
   bool loadReferenceData(const StartDuties& duties);

@@ -77,6 +77,7 @@ Service::Service(CServerDoc& document, base::Say say, ServiceTimes times)
     : document_(document),
       say_(std::move(say)),
       reports_(document.reportParts(), document.app().config(), say_),
+      reconnection_(document, say_),
       times_(times),
       stopEvent_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
@@ -108,9 +109,18 @@ void Service::run() {
   while (!ended()) {
     std::array<pollfd, 3> wait{
         {{channel->descriptor(), POLLIN, 0}, {signals.descriptor(), POLLIN, 0}, {stopEvent_, POLLIN, 0}}};
-    poll(wait.data(), wait.size(), millisecondsUntil(std::min(nextImport, nextRefresh)));
+    const auto next = std::min({nextImport, nextRefresh, reconnection_.nextTry()});
+    poll(wait.data(), wait.size(), millisecondsUntil(next));
     channel->process();
     sayWhenFull(*channel);
+    if (!reconnection_.ready()) {
+      nextImport = nextRefresh = Clock::now() + times_.refresh;
+      continue;
+    }
+    if (reconnection_.takeBack()) {
+      stopped_ = true;
+      nextImport = nextRefresh = Clock::now();
+    }
     if (Clock::now() >= nextRefresh) {
       refreshNow();
       sendReports();
@@ -129,6 +139,8 @@ void Service::run() {
 
 std::int32_t Service::takeLiveRecord(std::span<const unsigned char> record) {
   const std::int32_t result = document_.liveRecorder().record(record);
+  // What is refused while the connection is lost is no fault of its own; the loss was said.
+  if (result == 0 && !document_.connected()) return 0;
   ++(result != 0 ? liveRecorded_ : liveRefused_);
   if (result == 0) sayRefusal(document_.liveRecorder().refusal());
   return result;
@@ -187,11 +199,12 @@ void Service::importNow(const ingest::ImportOptions& options) {
   ingest::ImportResult result;
   try {
     // A run that failed left its file aside; only catching up reads it.
-    result = importFault_.empty() ? document_.importMonitorFile(options) : document_.catchUp(options);
+    result = importFault_.empty() && !stopped_ ? document_.importMonitorFile(options) : document_.catchUp(options);
   } catch (const std::exception& error) {
     result = {.outcome = ingest::ImportResult::Outcome::Failed, .message = error.what()};
   }
   sayImport(result);
+  stopped_ = !document_.connected();
   if (result.message.empty()) {
     clear(importFault_);
   } else {
@@ -220,7 +233,8 @@ void Service::sayImport(const ingest::ImportResult& result) {
 }
 
 void Service::note(std::string& fault, const std::string& text, bool logged) {
-  if (fault == text) return;
+  // That the connection was lost is said by who takes it up again.
+  if (fault == text || !document_.connected()) return;
   fault = text;
   if (!logged) heldEntries_.push_back(text);
   say_(base::Priority::Error, text);

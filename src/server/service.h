@@ -11,6 +11,7 @@
 #include "base/journal_line.h"
 #include "platform/live_channel.h"
 #include "schedule/runner.h"
+#include "server/reconnection.h"
 #include "server/server_doc.h"
 
 namespace server {
@@ -30,7 +31,8 @@ struct ServiceTimes {
 
 // The document without a window: imports on a timer, takes live calls, sends scheduled reports, until SIGTERM or
 // SIGINT. Faults of the database, the disk or the monitor's folder do not end it: they are said once, written to the
-// audit log as soon as it takes an entry, and what they held up is made up for by the next run.
+// audit log as soon as it takes an entry, and what they held up is made up for by the next run. While the connection to
+// a server is lost, live calls are answered 0, and nothing is imported.
 class Service {
  public:
   // `say` takes a line for the service's journal: at most one an import while all goes well.
@@ -62,6 +64,7 @@ class Service {
   CServerDoc& document_;
   base::Say say_;
   schedule::Runner reports_;
+  Reconnection reconnection_;
   ServiceTimes times_;
   int stopEvent_ = -1;
   // Faults that come back at every try until somebody mends them; empty while all is well.
@@ -73,6 +76,7 @@ class Service {
   std::int64_t liveRefused_ = 0;
   std::set<std::string> saidRefusals_;  // reasons that were said, since then
   bool importAsked_ = false;            // by a sender, since the last import
+  bool stopped_ = false;                // an import was, when the connection was lost
   bool saidFull_ = false;
   std::string saidPhonebookFault_;
 };

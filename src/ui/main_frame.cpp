@@ -41,7 +41,10 @@ constexpr int kRetry = 150;
 }  // namespace
 
 CMainFrame::CMainFrame(server::CServerDoc& document, const Texts& texts, const QtOperator& person)
-    : document_(document), texts_(texts), person_(person) {
+    : document_(document),
+      texts_(texts),
+      person_(person),
+      reconnection_(document, [this](base::Priority, const std::string& text) { say(toQt(text)); }) {
   setObjectName("mainFrame");
   server::showBarsAtFirst(document.app().config());
   setWindowIcon(icon(Icon::Program));
@@ -343,7 +346,7 @@ void CMainFrame::backToStatistic() {
 
 void CMainFrame::importCalls() {
   // What was stopped goes on first: nothing of a file is left behind.
-  if (!person_.busy()) tellImport(document_.catchUp());
+  if (!person_.busy() && reconnection_.ready()) tellImport(document_.catchUp());
 }
 
 void CMainFrame::importCallsOf(const std::filesystem::path& file) {
@@ -391,10 +394,14 @@ void CMainFrame::refreshFromOtherCopies() {
   if (person_.busy() || refreshing_) return;
   refreshing_ = true;
   if (live_) live_->process();
+  if (!reconnection_.ready()) {
+    refreshing_ = false;
+    return;
+  }
   importWhenAsked();
   try {
     document_.refresh();
-    if (watch_ && watch_->changed()) reloadFolder();
+    if (reconnection_.takeBack() || (watch_ && watch_->changed())) reloadFolder();
     tellAlarms();
   } catch (const jet::Error& error) {
     say(toQt(error.description()));

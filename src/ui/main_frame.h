@@ -16,6 +16,7 @@
 #include "filter/parts.h"
 #include "foundation/table_watch.h"
 #include "platform/live_channel.h"
+#include "server/reconnection.h"
 #include "server/server_doc.h"
 #include "ui/actions.h"
 #include "ui/chart_pane.h"
@@ -110,6 +111,7 @@ class CMainFrame : public QMainWindow {
   server::CServerDoc& document_;
   const Texts& texts_;
   const QtOperator& person_;
+  server::Reconnection reconnection_;
   std::unique_ptr<Actions> actions_;
   CSelectorView* selector_ = nullptr;
   CFolderView* list_ = nullptr;

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -8,6 +7,7 @@
 #include "contacts/contacts_manager.h"
 #include "contacts/vcard.h"
 #include "schema/schema.h"
+#include "support/database_folder.h"
 
 namespace contacts {
 namespace {
@@ -25,13 +25,13 @@ class ScriptedOperator : public platform::NoOperator {
 // One copy of the program on a database; a second one on the same files stands for another workstation.
 class Copy {
  public:
-  explicit Copy(const fs::path& folder)
+  explicit Copy(const support::DatabaseFolder& folder)
       : store(folder / "store.ini"),
         tags(person),
         config(store),
         log(config, clock, [] { return std::string(); }),
         contacts(config, tags, language, log, person) {
-    database = fs::exists(folder / schema::kMainFile)
+    database = jet::databaseExists(folder / schema::kMainFile)
                    ? jet::openDatabase(folder / schema::kMainFile, jet::OpenMode::ReadWrite)
                    : schema::createMainDatabase(folder / schema::kMainFile);
     tags.LoadTouch(*database);
@@ -53,18 +53,6 @@ class Copy {
 
 class ContactsTest : public testing::Test {
  protected:
-  ContactsTest() {
-    folder = fs::temp_directory_path() / ("tb_contacts_" + std::to_string(getpid()) + "_" +
-                                          testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    copy = std::make_unique<Copy>(folder);
-  }
-  ~ContactsTest() override {
-    copy.reset();
-    fs::remove_all(folder);
-  }
-
   Contact person(const char* name, const char* organization, const char* tel) {
     Contact contact;
     contact.name = name;
@@ -83,8 +71,8 @@ class ContactsTest : public testing::Test {
     return names;
   }
 
-  fs::path folder;
-  std::unique_ptr<Copy> copy;
+  support::DatabaseFolder folder;
+  std::unique_ptr<Copy> copy = std::make_unique<Copy>(folder);
 };
 
 using Names = std::vector<std::string>;
@@ -181,7 +169,7 @@ TEST_F(ContactsTest, WritesTheResultsPageEscapedAndNeverThroughALink) {
   result.matches.push_back({"<b>Șerban & fiii</b>", "Str. É", "021", 1});
   std::ofstream(folder / "elsewhere.html") << "precious";
   fs::create_symlink(folder / "elsewhere.html", folder / "cautare.html");
-  const auto page = writeSearchPage(result, copy->language, folder);
+  const auto page = writeSearchPage(result, copy->language, folder / "");
   ASSERT_TRUE(page);
   const auto content = [](const fs::path& file) {
     std::ifstream in(file, std::ios::binary);

@@ -8,9 +8,9 @@
 #include "filter/call_filter.h"
 #include "schema/schema.h"
 #include "security/audit_log.h"
+#include "support/database_folder.h"
 #include "support/fixed_clock.h"
 #include "support/scripted_operator.h"
-#include "support/temporary_folder.h"
 #include "tariff/currencies.h"
 
 // An office with an empty database, its settings and a filter.
@@ -43,7 +43,7 @@ class CallOffice {
     config.WriteConfigInt(value, key, "general", foundation::StoreDatabase);
   }
 
-  support::TemporaryFolder folder;
+  support::DatabaseFolder folder;
   ScriptedOperator person;
   FixedClock clock{*base::DateTime::fromParts(2025, 3, 31, 14, 5, 9)};
   std::unique_ptr<jet::Database> main = schema::createMainDatabase(folder / schema::kMainFile);

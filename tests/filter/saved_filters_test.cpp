@@ -4,7 +4,7 @@
 
 #include "filter/parts.h"
 #include "filter/periods.h"
-#include "support/temporary_folder.h"
+#include "support/database_folder.h"
 
 namespace filter {
 
@@ -69,7 +69,7 @@ TEST(Periods, AreComparedWithThoseBefore) {
 
 class SavedFiltersTest : public testing::Test {
  protected:
-  TemporaryFolder folder;
+  DatabaseFolder folder;
   foundation::MachineStore store{folder / "machine.ini"};
   foundation::ConfigManager config{store};
   SavedFilters saved{config, foundation::StoreMachine};

@@ -5,8 +5,8 @@
 #include <thread>
 
 #include "schema/schema.h"
+#include "support/database_folder.h"
 #include "support/scripted_operator.h"
-#include "support/temporary_folder.h"
 
 namespace foundation {
 
@@ -29,7 +29,7 @@ class TwoCopies : public testing::Test {
     return a_->openSnapshot("select [Value] from Touch where Tag = '" + tag + "'").at(0, 0).toLong();
   }
 
-  TemporaryFolder folder_;
+  DatabaseFolder folder_;
   ScriptedOperator personA_;
   ScriptedOperator personB_;
   std::unique_ptr<jet::Database> a_;
@@ -41,6 +41,7 @@ class TwoCopies : public testing::Test {
 TEST_F(TwoCopies, TheOtherCopySeesAChangeOnce) {
   EXPECT_FALSE(tagsB_.IsTouched("Config"));
   tagsA_.Touch("Config");
+  hearOfChanges(*b_);
   EXPECT_TRUE(tagsB_.IsTouched("Config"));
   EXPECT_FALSE(tagsB_.IsTouched("Config"));
   EXPECT_FALSE(tagsA_.IsTouched("Config"));
@@ -52,6 +53,7 @@ TEST_F(TwoCopies, TouchCallsIsSeenByItsOwnCopyToo) {
   tagsA_.TouchCalls();
   EXPECT_TRUE(tagsA_.IsTouched("Calls"));
   EXPECT_FALSE(tagsA_.IsTouched("Calls"));
+  hearOfChanges(*b_);
   EXPECT_TRUE(tagsB_.IsTouched("Calls"));
 }
 
@@ -62,6 +64,7 @@ TEST_F(TwoCopies, AMissingTagAlwaysCountsAsChanged) {
   EXPECT_EQ(personA_.messages, std::vector<std::string>(3, "Non-fatal: Invalid touch tag."));
 
   b_->execute("delete from Touch where Tag = 'Log'");
+  hearOfChanges(*a_);
   EXPECT_TRUE(tagsA_.IsTouched("Log"));
 }
 
@@ -69,6 +72,7 @@ TEST_F(TwoCopies, ATagThatAppearsLaterCountsFromZero) {
   a_->execute("insert into Touch (Tag, [Value]) values ('Later', 0)");
   EXPECT_FALSE(tagsA_.IsTouched("Later"));
   tagsB_.Touch("Later");
+  hearOfChanges(*a_);
   EXPECT_TRUE(tagsA_.IsTouched("Later"));
 }
 

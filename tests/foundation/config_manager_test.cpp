@@ -7,8 +7,8 @@
 
 #include "jet/error.h"
 #include "schema/schema.h"
+#include "support/database_folder.h"
 #include "support/scripted_operator.h"
-#include "support/temporary_folder.h"
 
 namespace foundation {
 
@@ -18,7 +18,7 @@ namespace {
 
 class MachineSettings : public testing::Test {
  protected:
-  TemporaryFolder folder_;
+  DatabaseFolder folder_;
   MachineStore store_{folder_ / "store.ini"};
   ConfigManager config_{store_};
 };
@@ -60,7 +60,7 @@ TEST_F(MachineSettings, KeepsTheWindowPlacement) {
 
 // One copy of the program on a database file.
 struct Copy {
-  Copy(const TemporaryFolder& folder, const char* store, jet::OpenMode mode = jet::OpenMode::ReadWrite)
+  Copy(const DatabaseFolder& folder, const char* store, jet::OpenMode mode = jet::OpenMode::ReadWrite)
       : machine(folder / store), database(jet::openDatabase(folder / schema::kMainFile, mode)) {
     tags.LoadTouch(*database);
     config.OpenConfig(*database, tags);
@@ -78,7 +78,7 @@ struct Copy {
 class SharedSettings : public testing::Test {
  protected:
   SharedSettings() { schema::createMainDatabase(folder_ / schema::kMainFile); }
-  TemporaryFolder folder_;
+  DatabaseFolder folder_;
 };
 
 TEST_F(SharedSettings, AreFoundByTheirPath) {

@@ -172,6 +172,7 @@ TEST(ImportKillTest, AKillBetweenAnyTwoChangesOfFilesKeepsEveryRecordOnce) {
   constexpr int kFew = 9;
   constexpr int kMostChanges = 1000;
   const std::string rest = "no record";
+  if (support::DatabaseFolder().onServer()) GTEST_SKIP() << "about files";
   const StepFiles place;
   int change = 0;
   bool ended = false;
@@ -194,6 +195,7 @@ TEST(ImportKillTest, AKillBetweenAnyTwoChangesOfFilesKeepsEveryRecordOnce) {
 
 TEST(ImportKillTest, AFullDiskStopsTheImportAndLosesNothing) {
   const support::ExchangeFiles files;
+  if (files.folder.onServer()) GTEST_SKIP() << "about files";
   files.writeMonitorFile(support::sampleRecords(kRecords));
   ASSERT_TRUE(failsWithFilesUpTo(files, 300 * 1024));
   support::RunningCopy copy(files);

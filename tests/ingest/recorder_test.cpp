@@ -183,7 +183,7 @@ TEST_F(RecorderTest, NothingIsRecordedWhileTheCallsAreClosed) {
 TEST(RecorderLongColumnsTest, StoreTheIntegersOfExtensionAndTrunk) {
   support::ExchangeFiles files;
   {
-    std::filesystem::remove(files.folder / schema::kMainFile);
+    files.folder.removeDatabase(schema::kMainFile);
     const auto main = jet::createDatabase(files.folder / schema::kMainFile);
     for (jet::TableDef table : schema::mainTables()) {
       for (jet::FieldDef& field : table.fields) {

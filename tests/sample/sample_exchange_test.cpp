@@ -17,6 +17,7 @@
 #include "sample/world.h"
 #include "schema/schema.h"
 #include "security/audit_log.h"
+#include "support/database_folder.h"
 #include "tariff/price.h"
 
 namespace sample {
@@ -26,14 +27,11 @@ namespace {
 class SampleExchange : public ::testing::Test {
  protected:
   SampleExchange()
-      : folder(std::filesystem::temp_directory_path() / ("tallybook_sample_" + std::to_string(::getpid()))),
-        machine(folder / "machine.ini"),
+      : machine(folder / "machine.ini"),
         config(machine),
         tags(person),
         log(config, clock, [] { return std::string(); }),
         parties(config) {
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
     main = schema::createMainDatabase(folder / schema::kMainFile);
     tags.LoadTouch(*main);
     config.OpenConfig(*main, tags);
@@ -49,7 +47,6 @@ class SampleExchange : public ::testing::Test {
     log.CloseLog();
     config.CloseConfig();
     tags.CloseTouch();
-    std::filesystem::remove_all(folder);
   }
 
   struct Priced {
@@ -75,7 +72,7 @@ class SampleExchange : public ::testing::Test {
     return {outcome, output.price, output.currency};
   }
 
-  std::filesystem::path folder;
+  support::DatabaseFolder folder;
   platform::NoOperator person;
   platform::SystemClock clock;
   foundation::MachineStore machine;
@@ -146,7 +143,7 @@ TEST_F(SampleExchange, CallsCostWhatThePlansSay) {
 }
 
 TEST_F(SampleExchange, ThePhonebookNamesItsSubscribersHoweverTheyAreDialled) {
-  const auto phonebook = ingest::Phonebook::open((folder / "").string());
+  const auto phonebook = ingest::Phonebook::open(folder.setting());
   for (const PhonebookTable& table : phonebookTables()) {
     const Subscriber person = subscriber(table, 5);
     const std::string name = person.lastName + " " + person.firstName;

@@ -11,9 +11,9 @@
 #include "security/login.h"
 #include "security/rights.h"
 #include "security/users.h"
+#include "support/database_folder.h"
 #include "support/fixed_clock.h"
 #include "support/scripted_operator.h"
-#include "support/temporary_folder.h"
 
 namespace security {
 
@@ -96,7 +96,7 @@ class SecurityFixture : public testing::Test {
     return all;
   }
 
-  support::TemporaryFolder folder_;
+  support::DatabaseFolder folder_;
   ScriptedOperator person_;
   FixedClock clock_{*base::DateTime::fromParts(2025, 3, 10, 12, 0, 0)};
   foundation::MachineStore machine_{folder_ / "store.ini"};

@@ -164,6 +164,7 @@ TEST_F(Users, ChangesMoveTheirTag) {
   foundation::ChangeTags tags(person_);
   tags.LoadTouch(*other);
   addUser("x", "p", "");
+  support::hearOfChanges(*other);
   EXPECT_TRUE(tags.IsTouched("Users"));
   EXPECT_FALSE(tags.IsTouched("Groups"));
 }

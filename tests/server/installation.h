@@ -36,14 +36,14 @@ class Installation {
   Installation() {
     std::ofstream(programFolder() / "Tallybook.lng") << "LANG en 1252 English\nSET NATIVE en\nen IDS_OK OK\n";
     foundation::MachineStore machine(machineStore());
-    machine.writeString("general", "PathDatabase", (files.folder / "").string());
+    machine.writeString("general", "PathDatabase", files.folder.setting());
     machine.writeString("general", "LiveSocket", (files.folder / "live.sock").string());
     addUser(*openMain());
   }
 
   // Makes the main database again, with the table of calls lacking a column, as if by a version that did not know it.
   void remakeMainWithout(const std::string& column) const {
-    std::filesystem::remove(mainFile());
+    files.folder.removeDatabase(schema::kMainFile);
     const auto main = jet::createDatabase(mainFile());
     for (jet::TableDef table : schema::mainTables()) {
       if (table.name == "Calls") {

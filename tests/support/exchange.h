@@ -57,7 +57,7 @@ class ExchangeFiles {
     main.execute("insert into Contacts (RecordID, Contact, Tel_String) values (1, 'Maria', '0040219999999')");
   }
 
-  TemporaryFolder folder;
+  DatabaseFolder folder;
 
  private:
   static void setting(jet::Database& main, const char* path, const char* text) {

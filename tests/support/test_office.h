@@ -13,7 +13,7 @@
 #include "platform/clock.h"
 #include "platform/operator.h"
 #include "schema/schema.h"
-#include "support/temporary_folder.h"
+#include "support/database_folder.h"
 
 namespace support {
 
@@ -48,7 +48,7 @@ struct TestOffice {
     config.WriteConfigString("21", "AreaCode", "general", foundation::StoreMachine);
   }
 
-  TemporaryFolder folder;
+  DatabaseFolder folder;
   ListeningOperator person;
   StoppedClock clock;
   foundation::LanguageFile language;

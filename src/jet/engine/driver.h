@@ -155,6 +155,14 @@ class Driver {
   virtual ~Driver() = default;
 
   [[nodiscard]] virtual bool readOnly() const = 0;
+  // False once the connection to a server was lost (Error 3151). No round trip.
+  [[nodiscard]] virtual bool connected() const { return true; }
+  // Asks the server whether the connection is there, and connects anew when it is not; false while the server cannot be
+  // reached. What was running has ended, what was prepared and is
+  // usable() can be used again, and everything may have changed meanwhile.
+  virtual bool reconnect() { return true; }
+  // After reconnect(): whether the transaction in whose commit() the connection was lost was committed after all.
+  virtual bool lostCommitDone() { return false; }
   // For messages to a person: the path of the file, or where the database is.
   [[nodiscard]] virtual std::string describe() const = 0;
 

@@ -178,6 +178,12 @@ void Engine::upgradeTable(std::string_view table) {
   driver_->upgradeTable(tableDef(table));
 }
 
+bool Engine::reconnect() {
+  if (!driver_->reconnect()) return false;
+  versions_.touchAll();
+  return true;
+}
+
 void Engine::begin() {
   if (depth_ == 0) {
     driver_->begin();

@@ -26,6 +26,9 @@ class Engine final : public Database {
 
   [[nodiscard]] const std::filesystem::path& path() const override { return path_; }
   [[nodiscard]] bool readOnly() const override { return driver_->readOnly(); }
+  [[nodiscard]] bool connected() const override { return driver_->connected(); }
+  bool reconnect() override;
+  bool lostCommitDone() override { return driver_->lostCommitDone(); }
 
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<Recordset> openRecordset(std::string_view sql) override;

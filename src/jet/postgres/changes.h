@@ -18,6 +18,8 @@ class Changes {
   // Reads the notes and the number of the transaction that reads them, which is then one of its own.
   [[nodiscard]] std::string selectOfWriter() const;
   [[nodiscard]] std::string select() const;
+  // The number of the transaction that selectOfWriter() was last read in.
+  [[nodiscard]] const std::string& writer() const { return own_; }
   // The answer of either.
   void take(const PGresult* notes);
   // Tells what was taken since the last call; true when definitions changed.

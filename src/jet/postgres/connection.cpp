@@ -54,6 +54,29 @@ Connection::~Connection() {
   PQfinish(handle_);
 }
 
+bool Connection::reconnect() {
+  forgetBulk();
+  PQfinish(handle_);
+  handle_ = nullptr;
+  lost_ = guarded_ = running_ = copying_ = false;
+  reader_ = nullptr;
+  statement_ = nullptr;
+  fault_.reset();
+  earlier_.clear();
+  dropped_.clear();
+  ++number_;
+  const OpenMode mode = readOnly_ ? OpenMode::ReadOnly : OpenMode::ReadWrite;
+  try {
+    connect(mode);
+    configure(mode);
+    return true;
+  } catch (const Error& error) {
+    lost_ = true;
+    if (error.connectionLost()) return false;
+    throw;
+  }
+}
+
 void Connection::connect(OpenMode) {
   std::vector<const char*> names;
   std::vector<const char*> values;
@@ -145,9 +168,10 @@ void Connection::send(std::string_view sql, const Parameters& parameters) {
 void Connection::sendPrepared(Prepared& statement, const Parameters& parameters) {
   constexpr int kBinary = 1;
   statement_ = &statement;
-  told_ = statement.name.empty();
+  told_ = statement.name.empty() || statement.connection != number_;
   if (told_) {
     statement.name = "s" + std::to_string(++lastName_);
+    statement.connection = number_;
     sent(PQsendPrepare(handle_, statement.name.c_str(), statement.sql.c_str(), 0, nullptr));
     ++answersBefore_;
   }
@@ -400,7 +424,8 @@ void Connection::settle() {
 
 void Connection::drop(Prepared& statement) noexcept {
   if (statement_ == &statement) statement_ = nullptr;
-  if (!statement.name.empty() && !lost_) dropped_.push_back(std::move(statement.name));
+  if (!statement.name.empty() && !lost_ && statement.connection == number_)
+    dropped_.push_back(std::move(statement.name));
   statement.name.clear();
 }
 

@@ -42,7 +42,8 @@ class CopiedRow {
 // A statement that the server is told of once, when it is first run.
 struct Prepared {
   std::string sql;
-  std::string name = {};  // as long as it is not known to the server, empty
+  std::string name = {};         // as long as it is not known to the server, empty
+  std::uint64_t connection = 0;  // the number of the connection that knows it
 };
 
 // Who reads rows while they arrive. Only one can: before anything else is run, he takes what is left to himself.
@@ -72,6 +73,8 @@ class Connection {
   [[nodiscard]] const std::string& describe() const { return place_; }
   [[nodiscard]] bool readOnly() const { return readOnly_; }
   [[nodiscard]] bool lost() const { return lost_; }
+  // After it was lost: connects anew; false while the server cannot be reached.
+  bool reconnect();
   [[nodiscard]] PGconn* handle() const { return handle_; }
 
   // Statements of one round trip, all or none of them outside of a transaction; the result is that of the last.
@@ -165,6 +168,7 @@ class Connection {
 
   Bulk* bulk_ = nullptr;
   std::uint64_t runs_ = 0;
+  std::uint64_t number_ = 1;  // of connections so far
   std::uint64_t lastName_ = 0;
   std::vector<std::string> dropped_;
   std::function<bool()> watcher_;

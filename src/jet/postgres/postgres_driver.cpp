@@ -79,9 +79,9 @@ bool assignsKey(const bind::BoundStatement& statement) {
 }  // namespace
 
 PostgresDriver::PostgresDriver(const Address& address, OpenMode mode, bool create)
-    : session_(address, mode), catalog_(session_.connection()) {
+    : session_(std::make_shared<Session>(address, mode)), catalog_(session_->connection()) {
   if (create) makeSchema();
-  session_.join();
+  session_->join();
   if (mode == OpenMode::ReadWrite) requireRights();
   if (mode == OpenMode::ReadWrite && !create) {
     makeFunctions();
@@ -90,18 +90,18 @@ PostgresDriver::PostgresDriver(const Address& address, OpenMode mode, bool creat
 }
 
 void PostgresDriver::makeSchema() {
-  Connection& connection = session_.connection();
+  Connection& connection = session_->connection();
   Parameters name;
   name.addText(schema());
   const Result found = connection.run({"SELECT 1 FROM pg_namespace WHERE nspname = $1::text"}, name);
   if (PQntuples(found.get()) > 0) throw Error(3204, "Database " + describe() + " already exists.");
   makeFunctions();
-  session_.changeAlone(schemaStatements(schema()));
+  session_->changeAlone(schemaStatements(schema()));
 }
 
 // The functions are those of all schemas of the database.
 void PostgresDriver::makeFunctions() {
-  Connection& connection = session_.connection();
+  Connection& connection = session_->connection();
   const Result version = connection.run(
       {"SELECT coalesce(obj_description(oid, 'pg_namespace'), '') FROM pg_namespace WHERE nspname = 'jet'"});
   int number = 0;
@@ -119,7 +119,7 @@ void PostgresDriver::makeFunctions() {
 void PostgresDriver::adaptToName() {
   Parameters name;
   name.addText(schema());
-  const Result result = session_.connection().run(
+  const Result result = session_->connection().run(
       {"SELECT coalesce(obj_description(oid, 'pg_namespace'), '') FROM pg_namespace WHERE nspname = $1::text"}, name);
   if (PQntuples(result.get()) == 0 || PQgetvalue(result.get(), 0, 0) == schemaComment(schema())) return;
   std::vector<std::string> statements = renamedStatements(schema());
@@ -135,9 +135,9 @@ void PostgresDriver::changeAsOwner(const std::vector<std::string>& statements, b
   constexpr int kReadOnly = 3027;
   try {
     if (alone) {
-      session_.changeAlone(statements);
+      session_->changeAlone(statements);
     } else {
-      session_.change(statements);
+      session_->change(statements);
     }
   } catch (const Error& error) {
     if (error.number() != kReadOnly) throw;
@@ -150,7 +150,7 @@ void PostgresDriver::changeAsOwner(const std::vector<std::string>& statements, b
 void PostgresDriver::requireRights() {
   Parameters name;
   name.addText(schema());
-  const Result result = session_.connection().run(
+  const Result result = session_->connection().run(
       {"SELECT (count(*) FILTER (WHERE NOT has_table_privilege(c.oid, 'INSERT')) + pg_is_in_recovery()::int)::bigint "
        "FROM pg_class AS c JOIN pg_namespace AS n ON n.oid = c.relnamespace "
        "WHERE n.nspname = $1::text AND c.relkind IN ('r', 'p')"},
@@ -162,13 +162,13 @@ void PostgresDriver::requireRights() {
 void PostgresDriver::createTable(const TableDef& table) {
   std::vector<std::string> statements = tableStatements(schema(), table);
   for (std::string& statement : definitionsChangedStatements(schema())) statements.push_back(std::move(statement));
-  session_.change(statements);
+  session_->change(statements);
   catalog_.invalidate();
 }
 
 void PostgresDriver::upgradeTable(const TableDef& table) {
   if (catalog_.isUpToDate(table)) return;
-  session_.change(tableUpkeepStatements(schema(), table));
+  session_->change(tableUpkeepStatements(schema(), table));
   catalog_.invalidate();
 }
 
@@ -218,7 +218,7 @@ std::unique_ptr<BulkInsert> PostgresDriver::bulkInsert(const TableDef& table, st
     types.push_back(def.type);
   }
   return std::make_unique<BulkInsert>(
-      session_.connection(), "COPY " + quotedName(table.name) + " (" + columns + ") FROM STDIN (FORMAT binary)",
+      session_->connection(), "COPY " + quotedName(table.name) + " (" + columns + ") FROM STDIN (FORMAT binary)",
       "SELECT setval(" + sequenceOf(table) + ", $1::bigint)", std::move(types));
 }
 
@@ -263,10 +263,10 @@ engine::Extent PostgresDriver::extent(const TableDef& table) {
   Parameters parameters;
   parameters.addText(table.name);
   const Result result =
-      session_.connection().run({"SELECT (SELECT coalesce(sum(rows), 0) FROM " + quotedName(kBlocksTable) +
-                                 " WHERE name = $1::text)::bigint, (SELECT coalesce(min(" + key + "), 0) FROM " + name +
-                                 ")::bigint, (SELECT coalesce(max(" + key + "), 0) FROM " + name + ")::bigint"},
-                                parameters);
+      session_->connection().run({"SELECT (SELECT coalesce(sum(rows), 0) FROM " + quotedName(kBlocksTable) +
+                                  " WHERE name = $1::text)::bigint, (SELECT coalesce(min(" + key + "), 0) FROM " +
+                                  name + ")::bigint, (SELECT coalesce(max(" + key + "), 0) FROM " + name + ")::bigint"},
+                                 parameters);
   const auto number = [&](int column) { return integerAt(result.get(), 0, column); };
   return {number(0), number(1), number(2)};
 }
@@ -280,17 +280,23 @@ bool PostgresDriver::readsInOrder(const TableDef& table, std::size_t field) {
 }
 
 void PostgresDriver::rollback() noexcept {
-  session_.rollback();
+  session_->rollback();
   catalog_.invalidate();
 }
 
 void PostgresDriver::rollbackTo(int level) noexcept {
-  session_.rollbackTo(level);
+  session_->rollbackTo(level);
   catalog_.invalidate();
 }
 
+bool PostgresDriver::reconnect() {
+  if (!session_->reconnect()) return false;
+  catalog_.invalidate();
+  return true;
+}
+
 void PostgresDriver::lookForChanges(engine::ChangeListener& listener, bool closely) {
-  if (session_.lookForChanges(listener, closely)) catalog_.invalidate();
+  if (session_->lookForChanges(listener, closely)) catalog_.invalidate();
 }
 
 std::vector<TableRows> PostgresDriver::copyTo(const std::filesystem::path&) {

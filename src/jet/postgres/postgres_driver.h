@@ -16,8 +16,11 @@ class PostgresDriver final : public engine::Driver {
   // exists.
   PostgresDriver(const Address& address, OpenMode mode, bool create);
 
-  [[nodiscard]] bool readOnly() const override { return session_.connection().readOnly(); }
-  [[nodiscard]] std::string describe() const override { return session_.connection().describe(); }
+  [[nodiscard]] bool readOnly() const override { return session_->connection().readOnly(); }
+  [[nodiscard]] bool connected() const override { return !session_->connection().lost(); }
+  bool reconnect() override;
+  bool lostCommitDone() override { return session_->lostCommitDone(); }
+  [[nodiscard]] std::string describe() const override { return session_->connection().describe(); }
 
   bind::TableDefPtr definition(std::string_view table) override { return catalog_.find(table); }
   std::vector<std::string> tableNames() override { return catalog_.names(); }
@@ -36,22 +39,22 @@ class PostgresDriver final : public engine::Driver {
   engine::Extent extent(const TableDef& table) override;
   bool readsInOrder(const TableDef& table, std::size_t field) override;
 
-  void begin() override { session_.begin(); }
-  void commit() override { session_.commit(); }
+  void begin() override { session_->begin(); }
+  void commit() override { session_->commit(); }
   void rollback() noexcept override;
-  void savepoint(int level) override { session_.savepoint(level); }
-  void release(int level) override { session_.release(level); }
+  void savepoint(int level) override { session_->savepoint(level); }
+  void release(int level) override { session_->release(level); }
   void rollbackTo(int level) noexcept override;
-  [[nodiscard]] bool inTransaction() const override { return session_.inTransaction(); }
-  void beginView() override { session_.beginView(); }
-  void endView() noexcept override { session_.endView(); }
+  [[nodiscard]] bool inTransaction() const override { return session_->inTransaction(); }
+  void beginView() override { session_->beginView(); }
+  void endView() noexcept override { session_->endView(); }
 
   void lookForChanges(engine::ChangeListener& listener, bool closely) override;
   // A commit waits for the disk already, unless the server was told not to.
   void makeDurable() override {}
   std::vector<TableRows> copyTo(const std::filesystem::path& file) override;
   std::vector<std::string> damage() override;
-  void watch(std::function<bool()> watcher) override { session_.connection().watch(std::move(watcher)); }
+  void watch(std::function<bool()> watcher) override { session_->connection().watch(std::move(watcher)); }
 
  private:
   void makeSchema();
@@ -60,12 +63,12 @@ class PostgresDriver final : public engine::Driver {
   // Of what only the owner may do.
   void changeAsOwner(const std::vector<std::string>& statements, bool alone);
   void requireRights();
-  [[nodiscard]] const std::string& schema() const { return session_.connection().address().schema(); }
+  [[nodiscard]] const std::string& schema() const { return session_->connection().address().schema(); }
   std::unique_ptr<BulkInsert> bulkInsert(const TableDef& table, std::span<const std::size_t> fields);
   // Moves the numbering of a table behind a row that brought its own number.
   [[nodiscard]] std::vector<std::string> afterOwnKey(const TableDef& table) const;
 
-  Session session_;
+  std::shared_ptr<Session> session_;
   Catalog catalog_;
 };
 

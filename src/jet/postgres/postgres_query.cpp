@@ -50,18 +50,19 @@ void addParameters(Parameters& parameters, const Plan& plan, const engine::Argum
 
 }  // namespace
 
-PostgresSelect::PostgresSelect(Session& session, Plan plan, std::size_t keyColumns, bool many, std::string_view text)
-    : session_(session),
+PostgresSelect::PostgresSelect(std::shared_ptr<Session> session, Plan plan, std::size_t keyColumns, bool many,
+                               std::string_view text)
+    : session_(std::move(session)),
       plan_(std::move(plan)),
       keyColumns_(keyColumns),
       many_(many),
       text_(text),
       prepared_{plan_.sql},
-      rows_(session.connection()) {}
+      rows_(session_->connection()) {}
 
 PostgresSelect::~PostgresSelect() {
   rows_.end();
-  session_.connection().drop(prepared_);
+  session_->connection().drop(prepared_);
 }
 
 void PostgresSelect::bind(const engine::Arguments& arguments) {
@@ -85,18 +86,23 @@ void PostgresSelect::reset() noexcept {
   started_ = false;
 }
 
-PostgresScan::PostgresScan(Session& session, const std::string& copyStatement, const std::vector<Type>& types)
-    : rows_(session.connection()) {
+PostgresScan::PostgresScan(std::shared_ptr<Session> session, const std::string& copyStatement,
+                           const std::vector<Type>& types)
+    : session_(std::move(session)), rows_(session_->connection()) {
   std::vector<Type> all{Type::Long};
   all.insert(all.end(), types.begin(), types.end());
   rows_.startCopy(copyStatement, all);
 }
 
-PostgresChange::PostgresChange(Session& session, Plan plan, std::string_view text, Around around)
-    : session_(session), plan_(std::move(plan)), text_(text), around_(std::move(around)), prepared_{plan_.sql} {}
+PostgresChange::PostgresChange(std::shared_ptr<Session> session, Plan plan, std::string_view text, Around around)
+    : session_(std::move(session)),
+      plan_(std::move(plan)),
+      text_(text),
+      around_(std::move(around)),
+      prepared_{plan_.sql} {}
 
 PostgresChange::~PostgresChange() {
-  session_.connection().drop(prepared_);
+  session_->connection().drop(prepared_);
 }
 
 void PostgresChange::bind(const engine::Arguments& arguments) {
@@ -104,17 +110,17 @@ void PostgresChange::bind(const engine::Arguments& arguments) {
 }
 
 bool PostgresChange::step() {
-  session_.change(prepared_, parameters_, around_.before, text_, changed_);
-  if (!around_.after.empty()) session_.change(around_.after);
+  session_->change(prepared_, parameters_, around_.before, text_, changed_);
+  if (!around_.after.empty()) session_->change(around_.after);
   if (around_.catalog != nullptr) around_.catalog->invalidate();
   return false;
 }
 
-PostgresRowChange::PostgresRowChange(Session& session, std::string sql, std::vector<Type> types)
-    : session_(session), prepared_{std::move(sql)}, types_(std::move(types)) {}
+PostgresRowChange::PostgresRowChange(std::shared_ptr<Session> session, std::string sql, std::vector<Type> types)
+    : session_(std::move(session)), prepared_{std::move(sql)}, types_(std::move(types)) {}
 
 PostgresRowChange::~PostgresRowChange() {
-  session_.connection().drop(prepared_);
+  session_->connection().drop(prepared_);
 }
 
 std::int64_t PostgresRowChange::run(engine::RowKey key, std::span<const Value* const> values) {
@@ -122,14 +128,14 @@ std::int64_t PostgresRowChange::run(engine::RowKey key, std::span<const Value* c
   parameters_.add(key);
   for (std::size_t i = 0; i < values.size(); ++i) parameters_.add(*values[i], types_[i]);
   std::int64_t changed = 0;
-  session_.change(prepared_, parameters_, {}, {}, changed);
+  session_->change(prepared_, parameters_, {}, {}, changed);
   return changed;
 }
 
-PostgresInsert::PostgresInsert(Session& session, std::string numbered, std::string withKey, std::vector<Type> types,
-                               std::optional<std::size_t> keyValue, std::vector<std::string> afterOwnKey,
-                               std::unique_ptr<BulkInsert> bulk)
-    : session_(session),
+PostgresInsert::PostgresInsert(std::shared_ptr<Session> session, std::string numbered, std::string withKey,
+                               std::vector<Type> types, std::optional<std::size_t> keyValue,
+                               std::vector<std::string> afterOwnKey, std::unique_ptr<BulkInsert> bulk)
+    : session_(std::move(session)),
       numbered_{std::move(numbered)},
       withKey_{std::move(withKey)},
       types_(std::move(types)),
@@ -139,14 +145,14 @@ PostgresInsert::PostgresInsert(Session& session, std::string numbered, std::stri
 
 PostgresInsert::~PostgresInsert() {
   bulk_.reset();
-  session_.connection().drop(numbered_);
-  session_.connection().drop(withKey_);
+  session_->connection().drop(numbered_);
+  session_->connection().drop(withKey_);
 }
 
 std::int64_t PostgresInsert::run(engine::RowKey, std::span<const Value* const> values) {
-  Connection& connection = session_.connection();
+  Connection& connection = session_->connection();
   const bool ownKey = keyValue_ && !values[*keyValue_]->isNull();
-  if (!ownKey && bulk_ && runs_ == connection.runs() && session_.inTransaction()) {
+  if (!ownKey && bulk_ && runs_ == connection.runs() && session_->inTransaction()) {
     values_.clear();
     for (std::size_t i = 0; i < values.size(); ++i) {
       if (i != keyValue_) values_.push_back(values[i]);
@@ -165,10 +171,10 @@ void PostgresInsert::insert(bool ownKey, std::span<const Value* const> values) {
     if (ownKey || i != keyValue_) parameters_.add(*values[i], types_[i]);
   }
   std::int64_t changed = 0;
-  const Result result = session_.change(ownKey ? withKey_ : numbered_, parameters_, {}, {}, changed);
+  const Result result = session_->change(ownKey ? withKey_ : numbered_, parameters_, {}, {}, changed);
   lastKey_ = integerAt(result.get(), 0, 0);
   // A number behind those of the table is not the next one of its numbering before that follows.
-  if (ownKey) session_.change(afterOwnKey_);
+  if (ownKey) session_->change(afterOwnKey_);
 }
 
 }  // namespace jet::postgres

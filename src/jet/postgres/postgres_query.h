@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,10 +15,12 @@
 
 namespace jet::postgres {
 
+// What is prepared may outlive the database (a recordset that is let go of last), and keeps the session until then.
+
 class PostgresSelect final : public engine::Query {
  public:
   // `keyColumns` stand before the items: 0 or 1. With `many`, there may be more rows than fit into memory.
-  PostgresSelect(Session& session, Plan plan, std::size_t keyColumns, bool many, std::string_view text);
+  PostgresSelect(std::shared_ptr<Session> session, Plan plan, std::size_t keyColumns, bool many, std::string_view text);
   ~PostgresSelect() override;
 
   void bind(const engine::Arguments& arguments) override;
@@ -30,7 +33,7 @@ class PostgresSelect final : public engine::Query {
   [[nodiscard]] bool usable() override { return true; }
 
  private:
-  Session& session_;
+  std::shared_ptr<Session> session_;
   Plan plan_;
   std::size_t keyColumns_;
   bool many_;
@@ -45,7 +48,7 @@ class PostgresSelect final : public engine::Query {
 class PostgresScan final : public engine::Query {
  public:
   // `copyStatement` gives the key and fields of `types`, in the server's binary form.
-  PostgresScan(Session& session, const std::string& copyStatement, const std::vector<Type>& types);
+  PostgresScan(std::shared_ptr<Session> session, const std::string& copyStatement, const std::vector<Type>& types);
 
   void bind(const engine::Arguments&) override {}
   bool step() override { return rows_.next(); }
@@ -57,6 +60,7 @@ class PostgresScan final : public engine::Query {
   [[nodiscard]] bool usable() override { return true; }
 
  private:
+  std::shared_ptr<Session> session_;
   Rows rows_;
 };
 
@@ -70,7 +74,7 @@ class PostgresChange final : public engine::Query {
     std::vector<std::string> after;
     Catalog* catalog = nullptr;
   };
-  PostgresChange(Session& session, Plan plan, std::string_view text, Around around);
+  PostgresChange(std::shared_ptr<Session> session, Plan plan, std::string_view text, Around around);
   ~PostgresChange() override;
 
   void bind(const engine::Arguments& arguments) override;
@@ -83,7 +87,7 @@ class PostgresChange final : public engine::Query {
   [[nodiscard]] bool usable() override { return true; }
 
  private:
-  Session& session_;
+  std::shared_ptr<Session> session_;
   Plan plan_;
   std::string text_;
   Around around_;
@@ -95,13 +99,13 @@ class PostgresChange final : public engine::Query {
 // An update or a removal: parameter $1 is the key, those of the values follow it.
 class PostgresRowChange final : public engine::RowChange {
  public:
-  PostgresRowChange(Session& session, std::string sql, std::vector<Type> types);
+  PostgresRowChange(std::shared_ptr<Session> session, std::string sql, std::vector<Type> types);
   ~PostgresRowChange() override;
 
   std::int64_t run(engine::RowKey key, std::span<const Value* const> values) override;
 
  private:
-  Session& session_;
+  std::shared_ptr<Session> session_;
   Prepared prepared_;
   std::vector<Type> types_;
   Parameters parameters_;
@@ -112,7 +116,7 @@ class PostgresInsert final : public engine::RowChange {
  public:
   // Both statements give the key: `numbered`, without the auto-increment column, and `withKey`, of all fields, for a
   // row whose `keyValue` among the values is not Null; `afterOwnKey` then follows. `types` are those of all fields.
-  PostgresInsert(Session& session, std::string numbered, std::string withKey, std::vector<Type> types,
+  PostgresInsert(std::shared_ptr<Session> session, std::string numbered, std::string withKey, std::vector<Type> types,
                  std::optional<std::size_t> keyValue, std::vector<std::string> afterOwnKey,
                  std::unique_ptr<BulkInsert> bulk);
   ~PostgresInsert() override;
@@ -122,7 +126,7 @@ class PostgresInsert final : public engine::RowChange {
  private:
   void insert(bool ownKey, std::span<const Value* const> values);
 
-  Session& session_;
+  std::shared_ptr<Session> session_;
   Prepared numbered_;
   Prepared withKey_;
   std::vector<Type> types_;

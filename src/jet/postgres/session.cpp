@@ -1,6 +1,7 @@
 #include "jet/postgres/session.h"
 
 #include <cstdlib>
+#include <thread>
 
 #include "jet/postgres/names.h"
 #include "jet/postgres/schema_objects.h"
@@ -22,11 +23,15 @@ std::string levelName(int level) {
 void Session::join() {
   Parameters schema;
   schema.addText(connection_.address().schema());
-  const Result found = connection_.run({"SELECT 1 FROM pg_namespace WHERE nspname = $1::text"}, schema);
+  const Result found =
+      connection_.run({"SELECT (SELECT pid || ' ' || backend_start FROM pg_stat_activity WHERE pid = pg_backend_pid()) "
+                       "FROM pg_namespace WHERE nspname = $1::text"},
+                      schema);
   if (PQntuples(found.get()) == 0) {
     throw Error(3024, "Could not find the database " + connection_.describe() +
                           ". Check the address, or make the database with tallyctl init.");
   }
+  backend_ = PQgetvalue(found.get(), 0, 0);
   try {
     connection_.run({"LISTEN " + quotedName(channel(connection_.address().schema()))});
     listens_ = true;
@@ -43,6 +48,7 @@ std::string Session::lockStatement() const {
 
 // What others committed before the lock was given is in the notes that are read under it.
 void Session::begin() {
+  lostCommit_.clear();
   try {
     noteOthers(connection_.run({"BEGIN", lockStatement(), changes_.selectOfWriter()}).get());
   } catch (...) {
@@ -68,7 +74,60 @@ bool Session::inTransaction() const {
 }
 
 void Session::commit() {
-  end("COMMIT");
+  try {
+    end("COMMIT");
+  } catch (const Error& error) {
+    if (error.connectionLost()) lostCommit_ = changes_.writer();
+    throw;
+  }
+}
+
+bool Session::reconnect() {
+  if (stillConnected()) return true;
+  state_ = State::Idle;
+  viewInTransaction_ = false;
+  if (!connection_.reconnect()) return false;
+  endLostBackend();
+  join();
+  return true;
+}
+
+// A loss is not noticed before something is asked.
+bool Session::stillConnected() {
+  if (connection_.lost()) return false;
+  try {
+    connection_.run({"SELECT 1"});
+    return true;
+  } catch (const Error& error) {
+    if (!error.connectionLost()) throw;
+    return false;
+  }
+}
+
+// Behind a dead network the server may go on holding the writers' lock for a connection that is gone.
+void Session::endLostBackend() {
+  Parameters backend;
+  backend.addText(backend_);
+  try {
+    connection_.run({"SELECT pg_terminate_backend(pid) FROM pg_stat_activity "
+                     "WHERE pid <> pg_backend_pid() AND pid || ' ' || backend_start = $1::text"},
+                    backend);
+  } catch (const Error& error) {
+    if (error.connectionLost()) throw;
+  }
+}
+
+bool Session::lostCommitDone() {
+  constexpr std::chrono::milliseconds kLook{20};
+  if (lostCommit_.empty()) return false;
+  Parameters transaction;
+  transaction.addText(lostCommit_);
+  for (;;) {
+    const Result result = connection_.run({"SELECT pg_xact_status($1::text::xid8)"}, transaction);
+    const std::string_view state = PQgetvalue(result.get(), 0, 0);
+    if (state != "in progress") return state == "committed";
+    std::this_thread::sleep_for(kLook);
+  }
 }
 
 void Session::rollback() noexcept {

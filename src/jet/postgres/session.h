@@ -21,6 +21,12 @@ class Session {
   // Reads what the schema is like now, and asks to be told of changes. Error 3024 when there is no such schema.
   void join();
 
+  // When the connection is lost, or turns out to be: connects anew, ends what the server still does for the lost one,
+  // and joins; false while the server cannot be reached.
+  bool reconnect();
+  // Whether the transaction in whose commit() the connection was lost was committed.
+  bool lostCommitDone();
+
   void begin();
   void commit();
   void rollback() noexcept;
@@ -44,6 +50,8 @@ class Session {
   void changeAlone(const std::vector<std::string>& statements);
 
  private:
+  [[nodiscard]] bool stillConnected();
+  void endLostBackend();
   enum class State { Idle, Writing, Viewing };
 
   [[nodiscard]] std::string lockStatement() const;
@@ -55,6 +63,8 @@ class Session {
   Connection connection_;
   Changes changes_;
   State state_ = State::Idle;
+  std::string backend_;     // the server's process for this connection, and since when
+  std::string lostCommit_;  // the transaction in whose commit() the connection was lost
   bool viewInTransaction_ = false;
   bool listens_ = false;
   std::chrono::steady_clock::time_point lastLook_;

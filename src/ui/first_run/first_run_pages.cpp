@@ -71,7 +71,7 @@ FirstRunFolderPage::FirstRunFolderPage(const Texts& texts, QString oldFolder)
   form->setRowWrapPolicy(QFormLayout::WrapAllRows);
   oldFolder_ = addFolder(*form, oldLabel_, "oldFolder");
   folder_ = addFolder(*form, folderLabel_, "folder");
-  form->addRow(explanation(texts("IDS_HINT_DATABASE_FOLDER")));
+  form->addRow(makeSentence(texts("IDS_HINT_DATABASE_FOLDER")));
   form->addRow(sample_);
   registerField("sample", sample_);
   registerField("folder", folder_);

@@ -1,0 +1,135 @@
+// What a lost connection to the databases' server must not do: lose a call, or store one twice.
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "ingest/live_recorder.h"
+#include "installation.h"
+#include "server/reconnection.h"
+#include "support/cutting_proxy.h"
+
+namespace server {
+namespace {
+
+using support::sampleCall;
+
+// The folder of the test server's socket, from "postgresql://user@%2Ffolder/database/".
+std::string socketFolder(const std::string& address) {
+  std::string folder = address.substr(address.find('@') + 1);
+  folder.resize(folder.find('/'));
+  for (std::size_t at = folder.find("%2F"); at != std::string::npos; at = folder.find("%2F"))
+    folder.replace(at, 3, "/");
+  return folder;
+}
+
+// A workstation that reaches the server through a proxy.
+class LostConnection : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!place.files.folder.onServer()) GTEST_SKIP() << "about a server";
+    const std::string setting = place.files.folder.setting();
+    const std::string real = socketFolder(setting);
+    const std::string own = (place.files.folder / "p").string();
+    std::filesystem::create_directory(own);
+    proxy = std::make_unique<support::CuttingProxy>(own + "/.s.PGSQL.5432", real + "/.s.PGSQL.5432");
+    foundation::MachineStore machine(place.machineStore());
+    machine.writeString("general", "PathDatabase", throughProxy(setting, own));
+    copy = std::make_unique<Copy>(place);
+    ASSERT_TRUE(copy->start());
+  }
+  void TearDown() override {
+    copy.reset();
+    proxy.reset();
+  }
+
+  static std::string throughProxy(const std::string& setting, const std::string& folder) {
+    std::string host;
+    for (const char c : folder) host += c == '/' ? "%2F" : std::string(1, c);
+    const std::size_t begin = setting.find('@') + 1;
+    return setting.substr(0, begin) + host + setting.substr(setting.find('/', begin));
+  }
+
+  void reconnect() {
+    proxy->heal();
+    while (!copy->document.reconnect()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+
+  // Calls are told apart by their pulses.
+  void expectEachOnce(int calls) const {
+    EXPECT_EQ(place.value("select count(*) as n from Calls"), std::to_string(calls));
+    const auto main = place.openMain();
+    EXPECT_EQ(main->openSnapshot("select Pulses, count(*) as n from Calls group by Pulses").rowCount(),
+              static_cast<std::size_t>(calls));
+  }
+
+  Installation place;
+  std::unique_ptr<support::CuttingProxy> proxy;
+  std::unique_ptr<Copy> copy;
+};
+
+TEST_F(LostConnection, NoLiveCallIsLostOrStoredTwice) {
+  constexpr int kCalls = 40;
+  std::mt19937 random(20261125);
+  // A call takes about eight kilobytes on the way.
+  std::uniform_int_distribution<long> bytes(1, 9000);
+  int losses = 0;
+  for (int i = 0; i < kCalls; ++i) {
+    exchange::CallRecord call = sampleCall();
+    call.pulses = i;
+    const std::string record = exchange::encodeRecord(call, true, 1252);
+    const std::span sent(reinterpret_cast<const unsigned char*>(record.data()), record.size());
+    proxy->cutAfter(bytes(random));
+    while (copy->document.liveRecorder().record(sent) == 0) {
+      ASSERT_TRUE(proxy->isCut()) << copy->document.liveRecorder().refusal();
+      ++losses;
+      EXPECT_EQ(copy->document.liveRecorder().record(sent), 0) << "while the connection is lost";
+      reconnect();
+      // The second attempt is cut as well, now and then.
+      if (losses % 3 == 0) proxy->cutAfter(bytes(random));
+    }
+    reconnect();
+  }
+  EXPECT_GT(losses, kCalls / 4);
+  expectEachOnce(kCalls);
+}
+
+TEST_F(LostConnection, AnImportGoesOnWhereItWas) {
+  constexpr int kCalls = 600;
+  place.files.writeMonitorFile(support::sampleRecords(kCalls));
+  std::mt19937 random(7);
+  std::uniform_int_distribution<long> bytes(1, 50000);
+  int losses = 0;
+  ingest::ImportResult result;
+  do {
+    // A copy that comes back reads its definitions anew: it must get that far, too.
+    constexpr long kMoreEachTime = 30000;
+    proxy->cutAfter(bytes(random) + losses * kMoreEachTime);
+    result = copy->document.catchUp({.recordsPerBatch = 20});
+    losses += proxy->isCut() ? 1 : 0;
+    reconnect();
+  } while (result.outcome == ingest::ImportResult::Outcome::Failed);
+  EXPECT_GT(losses, 0);
+  expectEachOnce(kCalls);
+}
+
+TEST_F(LostConnection, IsSaidOnceAndMended) {
+  Messages said;
+  Reconnection reconnection(copy->document, [&](base::Priority, const std::string& text) { said.push_back(text); });
+  EXPECT_TRUE(reconnection.ready());
+  proxy->cutAfter(0);
+  EXPECT_THROW(copy->document.database().execute("update Config set Int_Value = 1 where Path = 'x'"), jet::Error);
+  EXPECT_FALSE(reconnection.ready());
+  EXPECT_FALSE(reconnection.ready());
+  EXPECT_EQ(said, Messages{"IDS_CONNECTION_LOST"});
+  proxy->heal();
+  while (!reconnection.ready()) std::this_thread::sleep_until(reconnection.nextTry());
+  EXPECT_EQ(said, (Messages{"IDS_CONNECTION_LOST", "IDS_CONNECTION_BACK"}));
+  EXPECT_TRUE(reconnection.takeBack());
+  EXPECT_FALSE(reconnection.takeBack());
+  // What was prepared before serves again.
+  copy->document.database().execute("update Config set Int_Value = 1 where Path = 'x'");
+}
+
+}  // namespace
+}  // namespace server
