@@ -7,6 +7,8 @@
 
 #include "base/printf.h"
 #include "jet/database.h"
+#include "jet/stored_database.h"
+#include "schema/database_place.h"
 #include "schema/schema.h"
 
 namespace soak {
@@ -24,7 +26,22 @@ fs::path newFolder() {
   return name;
 }
 
+std::string server;
+
+// A name before those of the schemas that nobody else has.
+std::string placeOf(const fs::path& folder) {
+  return Exchange::onServer() ? server + folder.filename().string() + "_" : (folder / "data/").string();
+}
+
 }  // namespace
+
+void Exchange::putOnServer(const std::string& address) {
+  server = address;
+}
+
+bool Exchange::onServer() {
+  return !server.empty();
+}
 
 NumberedCalls::NumberedCalls(std::int64_t count, int days, std::uint64_t seed)
     : generator_({.count = count, .lastDay = *base::DateTime::fromParts(2026, 11, 20), .days = days, .seed = seed}) {}
@@ -40,12 +57,13 @@ int Census::stored(std::int32_t number) const {
   return at < counts_.size() ? counts_[at] : 0;
 }
 
-Exchange::Exchange() : folder_(newFolder()), tallyctl_(folder_ / "machine.ini") {
-  tallyctl_.must({"init", data().string(), "--sample"});
+Exchange::Exchange() : folder_(newFolder()), place_(placeOf(folder_)), tallyctl_(folder_ / "machine.ini") {
+  tallyctl_.must({"init", onServer() ? place_ : data().string(), "--sample"});
   tallyctl_.must({"setting", "set", "LiveSocket", socket().string(), "--where", "machine"});
 }
 
 Exchange::~Exchange() {
+  for (const schema::DatabaseKind& kind : schema::databaseKinds()) jet::removeDatabase(place_ + kind.name);
   std::error_code ignored;  // a folder left behind is seen and harmless
   fs::remove_all(folder_, ignored);
 }
@@ -78,9 +96,13 @@ bool Exchange::waitUntilImported(std::chrono::seconds patience) const {
   return true;
 }
 
+std::filesystem::path Exchange::mainDatabase() const {
+  return place_ + schema::kMainFile;
+}
+
 Census Exchange::census() const {
   Census census;
-  const auto main = jet::openDatabase(data() / schema::kMainFile, jet::OpenMode::ReadOnly);
+  const auto main = jet::openDatabase(mainDatabase(), jet::OpenMode::ReadOnly);
   main->forEachRow("SELECT Pulses FROM Calls", [&census](const std::vector<jet::Value>& row) {
     const auto number = static_cast<std::size_t>(row[0].toLong());
     if (number >= census.counts_.size()) census.counts_.resize(number + number / 2 + 1);
@@ -93,7 +115,7 @@ Census Exchange::census() const {
 
 std::vector<std::string> Exchange::loggedErrors() const {
   std::vector<std::string> texts;
-  const auto main = jet::openDatabase(data() / schema::kMainFile, jet::OpenMode::ReadOnly);
+  const auto main = jet::openDatabase(mainDatabase(), jet::OpenMode::ReadOnly);
   main->forEachRow("SELECT [Desc] FROM Log WHERE [Level] = 9", [&texts](const std::vector<jet::Value>& row) {
     texts.push_back(row[0].toText());
     return true;

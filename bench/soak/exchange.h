@@ -37,6 +37,10 @@ class Census {
 // A fresh sample exchange in a folder of its own, removed with everything in it at the end.
 class Exchange {
  public:
+  // From now on exchanges have their databases on that server ("postgresql://user@host/database/").
+  static void putOnServer(const std::string& address);
+  static bool onServer();
+
   Exchange();
   Exchange(const Exchange&) = delete;
   Exchange& operator=(const Exchange&) = delete;
@@ -44,7 +48,8 @@ class Exchange {
 
   [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
   [[nodiscard]] std::filesystem::path data() const { return folder_ / "data"; }
-  [[nodiscard]] std::filesystem::path monitor() const { return data() / "monitor"; }
+  [[nodiscard]] std::filesystem::path monitor() const { return (onServer() ? folder_ : data()) / "monitor"; }
+  [[nodiscard]] std::filesystem::path mainDatabase() const;
   [[nodiscard]] std::filesystem::path socket() const { return folder_ / "live.sock"; }
   [[nodiscard]] const Tallyctl& tallyctl() const { return tallyctl_; }
 
@@ -64,6 +69,7 @@ class Exchange {
 
  private:
   std::filesystem::path folder_;
+  std::string place_;  // before the names of databases
   Tallyctl tallyctl_;
 };
 

@@ -136,7 +136,7 @@ bool lockedDatabase() {
   Aftermath aftermath(exchange);
   bool good = true;
   {
-    const auto other = jet::openDatabase(exchange.data() / schema::kMainFile, jet::OpenMode::ReadWrite);
+    const auto other = jet::openDatabase(exchange.mainDatabase(), jet::OpenMode::ReadWrite);
     jet::Transaction lock(*other);
     other->execute("delete from Calls where Pulses = -1");
     aftermath.dropFile();
@@ -204,8 +204,9 @@ bool readOnlyFolder() {
 
 bool runFaults() {
   bool good = secondCopy();
-  good &= readOnlyFolder();
-  good &= fullDisk();
+  // About files.
+  if (!Exchange::onServer()) good &= readOnlyFolder();
+  if (!Exchange::onServer()) good &= fullDisk();
   good &= lockedDatabase();
   good &= lostMonitorFolder();
   return good;

@@ -2,14 +2,27 @@
 // was lost, doubled or not said.
 
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <iostream>
+#include <stdexcept>
 
+#include "exchange.h"
 #include "runs.h"
 
 int main(int count, char** words) {
   CLI::App app("Endurance and faults of tallyctl serve, on a fresh sample exchange");
   app.require_subcommand(1);
   bool good = false;
+
+  app.add_flag_callback(
+      "--postgres",
+      [] {
+        const char* const address = std::getenv("TALLYBOOK_TEST_POSTGRES");
+        if (address == nullptr)
+          throw std::runtime_error("run it as: tools/private-postgres run -- soak --postgres ...");
+        soak::Exchange::putOnServer(address);
+      },
+      "On the server of TALLYBOOK_TEST_POSTGRES instead of files");
 
   soak::LoadPlan plan;
   CLI::App* load = app.add_subcommand("load", "Live calls, files to import and listings at the same time");
