@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <memory>
 
 #include "base/printf.h"
 #include "base/text.h"
 #include "convert/conversion_error.h"
+#include "convert/table_fill.h"
 #include "convert/table_move.h"
 #include "convert/unfinished_place.h"
 #include "jet/database.h"
@@ -22,69 +22,27 @@ namespace {
   throw ConversionError(base::format("%s, %s. Nothing was left behind.", file, what));
 }
 
-// Puts the rows of one table's file into the table.
-class TableFill {
- public:
-  TableFill(jet::Database& database, const ExportedTable& table, platform::Operator& person)
-      : database_(database),
-        table_(table),
-        columns_(storedColumns(table.definition)),
-        person_(person),
-        rows_(database.openRecordset(base::format("SELECT * FROM [%s]", table.definition.name))) {
-    for (const jet::FieldDef& column : columns_) {
-      const auto& names = rows_->fieldNames();
-      const auto at = std::find_if(names.begin(), names.end(),
-                                   [&](const auto& name) { return base::equalFoldAscii(name, column.name); });
-      positions_.push_back(static_cast<std::size_t>(at - names.begin()));
+void takeRows(TableFill& fill, const ExportedTable& table, const std::vector<jet::FieldDef>& columns, std::istream& in,
+              TextFormat format) {
+  std::int64_t line = 0;
+  try {
+    const auto reader = makeReader(format, in, columns);
+    OldRow row;
+    while (reader->next(row)) {
+      line = reader->line();
+      fill.add(row);
     }
+  } catch (const RowTextError& fault) {
+    fail(table.data, fault.what());
+  } catch (const jet::Error& fault) {
+    fail(table.data, base::format("line %d: %s", line, fault.description()));
   }
-
-  void run(std::istream& in, TextFormat format) {
-    std::int64_t line = 0;
-    try {
-      const auto reader = makeReader(format, in, columns_);
-      OldRow row;
-      while (reader->next(row)) {
-        line = reader->line();
-        add(row);
-      }
-    } catch (const RowTextError& fault) {
-      fail(table_.data, fault.what());
-    } catch (const jet::Error& fault) {
-      fail(table_.data, base::format("line %d: %s", line, fault.description()));
-    }
-    if (transaction_) transaction_->commit();
-    if (table_.rows && *table_.rows != count_) {
-      fail(table_.data,
-           base::format("%d rows where %s says %d; if they were changed on purpose, take \"rows\" out there", count_,
-                        kManifestFile, *table_.rows));
-    }
+  const std::int64_t count = fill.finish();
+  if (table.rows && *table.rows != count) {
+    fail(table.data, base::format("%d rows where %s says %d; if they were changed on purpose, take \"rows\" out there",
+                                  count, kManifestFile, *table.rows));
   }
-
- private:
-  void add(const OldRow& row) {
-    if (!transaction_) transaction_ = std::make_unique<jet::Transaction>(database_);
-    rows_->addNew();
-    for (std::size_t i = 0; i < row.size(); ++i) rows_->set(positions_[i], row[i]);
-    rows_->update();
-    if (++count_ % kProgressStep == 0 && !person_.progressStep(count_)) {
-      throw ConversionStopped("Stopped. Nothing was left behind.");
-    }
-    if (count_ % kRowsPerTransaction == 0) {
-      transaction_->commit();
-      transaction_.reset();
-    }
-  }
-
-  jet::Database& database_;
-  const ExportedTable& table_;
-  std::vector<jet::FieldDef> columns_;
-  platform::Operator& person_;
-  std::unique_ptr<jet::Recordset> rows_;
-  std::vector<std::size_t> positions_;  // of the columns in the recordset
-  std::unique_ptr<jet::Transaction> transaction_;
-  std::int64_t count_ = 0;
-};
+}
 
 void fillTable(jet::Database& database, const ExportedTable& table, const fs::path& source, TextFormat format,
                platform::Operator& person) {
@@ -92,7 +50,9 @@ void fillTable(jet::Database& database, const ExportedTable& table, const fs::pa
   if (!in) fail((source / table.data).string(), "which schema.json names, cannot be read");
   database.createTable(table.definition);
   const platform::Progress progress(person, table.database, table.definition.name, table.rows.value_or(0));
-  TableFill(database, table, person).run(in, format);
+  const auto columns = storedColumns(table.definition);
+  TableFill fill(database, table.definition.name, columns, person);
+  takeRows(fill, table, columns, in, format);
 }
 
 void makeDatabase(const schema::DatabaseKind& kind, const TableManifest& manifest, const fs::path& source,

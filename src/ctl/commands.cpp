@@ -31,14 +31,14 @@ constexpr CommandGroup kGroups[] = {
 std::vector<const Command*> allCommands() {
   std::vector<const Command*> all;
   for (const auto commands :
-       {initCommands(),      statusCommands(),    settingCommands(),   importCommands(),    folderCommands(),
-        filterCommands(),    reportCommands(),    missedCommands(),    trunkLoadCommands(), alarmCommands(),
-        contactCommands(),   priceCommands(),     extensionCommands(), accountCommands(),   trunkCommands(),
-        clientCommands(),    providerCommands(),  tariffCommands(),    currencyCommands(),  logCommands(),
-        logFilterCommands(), sampleCommands(),    serveCommands(),     sendCommands(),      maintenanceCommands(),
-        resetCommands(),     privacyCommands(),   userCommands(),      groupCommands(),     passwordCommands(),
-        convertCommands(),   tableMoveCommands(), scheduleCommands(),  mailCommands(),      backupCommands(),
-        doctorCommands(),    selfCommands()}) {
+       {initCommands(),      statusCommands(),    settingCommands(),      importCommands(),    folderCommands(),
+        filterCommands(),    reportCommands(),    missedCommands(),       trunkLoadCommands(), alarmCommands(),
+        contactCommands(),   priceCommands(),     extensionCommands(),    accountCommands(),   trunkCommands(),
+        clientCommands(),    providerCommands(),  tariffCommands(),       currencyCommands(),  logCommands(),
+        logFilterCommands(), sampleCommands(),    serveCommands(),        sendCommands(),      maintenanceCommands(),
+        resetCommands(),     privacyCommands(),   userCommands(),         groupCommands(),     passwordCommands(),
+        convertCommands(),   tableMoveCommands(), moveDatabaseCommands(), scheduleCommands(),  mailCommands(),
+        backupCommands(),    doctorCommands(),    selfCommands()}) {
     for (const Command& command : commands) all.push_back(&command);
   }
   return all;

@@ -42,6 +42,7 @@ std::span<const Command> statusCommands();
 std::span<const Command> sampleCommands();
 std::span<const Command> convertCommands();
 std::span<const Command> tableMoveCommands();
+std::span<const Command> moveDatabaseCommands();
 std::span<const Command> backupCommands();
 std::span<const Command> doctorCommands();
 std::span<const Command> selfCommands();

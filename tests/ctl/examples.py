@@ -73,6 +73,7 @@ SKIPPED = {
     "tallyctl --store site.ini init postgresql:": "needs a server; the suite on a server makes the exchange there",
     "tallyctl init 'postgresql:": "the same",
     "tallyctl restore /mnt/backup/tallybook-20261125-023000 'postgresql:": "the same",
+    "tallyctl move-database": "needs a server; the suite on a server moves databases there and back",
     "tallyctl convert": "needs an old database; tests/convert has them",
     "tallyctl mail test": "needs a mail server; tests/ctl/schedule_test.cpp has one",
     "tallyctl schedule run": "the same",

@@ -121,4 +121,17 @@ TEST_F(Moving, TablesGoOutAndComeBack) {
   run("--user admin import-tables tables-csv from-csv", 1);  // never over something
 }
 
+TEST_F(Moving, DatabasesMoveToAnotherPlace) {
+  makeOldFolder("long-extension");
+  run("convert old new --use");
+  run("--user maria move-database new other", 1);  // who may not see everything takes nothing along
+  EXPECT_FALSE(fs::exists(folder_ / "other"));
+  const std::string moved = run("--user admin move-database new other --use");
+  EXPECT_TRUE(contains(moved, "is the same")) << moved;
+  EXPECT_TRUE(contains(run("--user admin setting get PathDatabase"), (folder_ / "other/").string()));
+  EXPECT_TRUE(contains(run("--user admin status --format csv"), "Rows of Calls,174\n"));
+  run("--user admin move-database new other", 1);  // never over something
+  run("--user admin move-database new third --role desk", 2);
+}
+
 }  // namespace

@@ -251,6 +251,7 @@ inline constexpr const char* kLines[] = {
     "export-tables tables",
     "import-tables nowhere new --use",
     "convert nowhere new --use",
+    "move-database nowhere new --use",
     "user list --format csv",
     "user add eva --groups Operators --password e",
     "user add eva --groups Operators --password e --restriction \"CLng(DialNumber)=1\"",
