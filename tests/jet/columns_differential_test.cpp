@@ -284,6 +284,7 @@ TEST_F(ListDifferentialTest, AnOpenListKeepsItsRowsUntilItIsRefreshed) {
 }
 
 TEST_F(StatisticsDifferentialTest, WhatOtherProgramsPutIntoAColumnIsLeftToTheDatabase) {
+  if (place_.onServer()) GTEST_SKIP() << "a server keeps nothing in a column that is not of its type";
   const std::string statistics[] = {
       "select Extension, SUM(TotalTime) AS T, SUM(Price) AS P from Calls where not Hidden group by Extension%s",
       "select Hour(DateTime) as H, count(*) as n from Calls where DateTime >= #3/1/2026# group by Hour(DateTime)%s",

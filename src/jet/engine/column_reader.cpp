@@ -41,6 +41,10 @@ bool ColumnReader::readsInOrder(const TableDef& table, std::size_t field) {
   return engine_.driver().readsInOrder(table, field);
 }
 
+bool ColumnReader::addsUpItself() const {
+  return engine_.driver().addsUpItself();
+}
+
 columns::ColumnSource::Changes ColumnReader::changes(std::string_view table) {
   Versions& versions = engine_.versions();
   const Versions::Own& own = versions.own(table);

@@ -13,6 +13,7 @@ class ColumnReader final : public columns::ColumnSource {
 
   std::int64_t rowLimit(const TableDef& table) override;
   bool readsInOrder(const TableDef& table, std::size_t field) override;
+  [[nodiscard]] bool addsUpItself() const override;
   Changes changes(std::string_view table) override;
   void beginView() override;
   void endView() noexcept override;

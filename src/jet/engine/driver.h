@@ -190,6 +190,9 @@ class Driver {
   // Whether rows can be read in the order of that column without sorting all of them.
   virtual bool readsInOrder(const TableDef& table, std::size_t field) = 0;
 
+  // Whether a select that groups costs less than handing its rows over to be added up here.
+  [[nodiscard]] virtual bool addsUpItself() const { return false; }
+
   // Transactions. begin() waits for the other writers (Error 3260 after a while); from then on only this connection
   // changes the database until commit() or rollback(): what is read within can be relied on by what is written.
   virtual void begin() = 0;

@@ -33,6 +33,8 @@ class ExpressionEmitter {
 
   // From now on expressions are of groups: a column outside of an aggregate is that of the group's first row.
   void groupBy(std::vector<const bind::BoundExpression*> keys);
+  // Whether it is one of them; false for one with literals in it.
+  [[nodiscard]] bool isGroupKey(const bind::BoundExpression& expression) const;
 
   // A parameter that the caller fills in.
   std::string extra(std::size_t index);
@@ -81,7 +83,6 @@ class ExpressionEmitter {
   std::string extreme(const bind::BoundExpression& expression);
   std::string ofGroup(const bind::BoundExpression& expression);
   std::string ofFirstRow(const bind::BoundExpression& expression, bool last);
-  [[nodiscard]] bool isGroupKey(const bind::BoundExpression& expression) const;
 
   Plan& plan_;
   const bind::BoundQuery& query_;

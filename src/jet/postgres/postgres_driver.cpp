@@ -271,8 +271,11 @@ engine::Extent PostgresDriver::extent(const TableDef& table) {
   return {number(0), number(1), number(2)};
 }
 
+// Keys count from 1.
 std::int64_t PostgresDriver::rowLimit(const TableDef& table) {
-  return extent(table).rows;
+  const Result result = session_.connection().run(
+      {base::format("SELECT coalesce(max(%s), 0)::bigint FROM %s", keyColumn(table), quotedName(table.name))});
+  return integerAt(result.get(), 0, 0);
 }
 
 bool PostgresDriver::readsInOrder(const TableDef& table, std::size_t field) {

@@ -38,6 +38,7 @@ class PostgresDriver final : public engine::Driver {
   std::int64_t rowLimit(const TableDef& table) override;
   engine::Extent extent(const TableDef& table) override;
   bool readsInOrder(const TableDef& table, std::size_t field) override;
+  [[nodiscard]] bool addsUpItself() const override { return true; }
 
   void begin() override { session_->begin(); }
   void commit() override { session_->commit(); }

@@ -143,13 +143,11 @@ class StatementWriter {
   // server found room for them.
   std::string rowOrder() {
     std::string sql;
-    bool descending = false;
     for (const bind::BoundOrder& item : statement_.orderBy) {
       sql += (sql.empty() ? " ORDER BY " : ", ") + emitter_.orderTerm(item.expression, item.descending);
-      descending = item.descending;
     }
     if (!statement_.readsOneTable()) return sql;
-    return sql + (sql.empty() ? " ORDER BY " : ", ") + emitter_.key(0) + (descending ? " DESC" : "");
+    return sql + (sql.empty() ? " ORDER BY " : ", ") + emitter_.key(0);
   }
 
   std::string groupClauses(const std::vector<const BoundExpression*>& keys) {
@@ -164,10 +162,18 @@ class StatementWriter {
     emitter_.groupBy(keys);
     std::string sql = "SELECT " + items() + from;
     sql += groupClauses(keys);
-    for (std::size_t i = 0; i < statement_.orderBy.size(); ++i) {
-      sql += (i == 0 ? " ORDER BY " : ", ") + groupOrder(statement_.orderBy[i]);
+    return sql + groupsOrder(keys) + limit();
+  }
+
+  // Groups that are equal in their order follow in that of what they are groups of.
+  std::string groupsOrder(const std::vector<const BoundExpression*>& keys) {
+    std::string sql;
+    const auto add = [&sql](const std::string& term) { sql += (sql.empty() ? " ORDER BY " : ", ") + term; };
+    for (const bind::BoundOrder& item : statement_.orderBy) add(groupOrder(item));
+    for (const BoundExpression* key : keys) {
+      if (emitter_.isGroupKey(*key)) add(emitter_.orderTerm(*key, false));
     }
-    return sql + limit();
+    return sql;
   }
 
   std::string rows() {

@@ -40,6 +40,8 @@ class ColumnSource {
   // Whether rows can be read in the order of that column without sorting all of them.
   virtual bool readsInOrder(const TableDef& table, std::size_t field) = 0;
   virtual Changes changes(std::string_view table) = 0;
+  // Whether a select that groups costs less than reading its rows.
+  [[nodiscard]] virtual bool addsUpItself() const = 0;
 
   // Between the two, what is read is of one moment. changes() is of that moment, too.
   virtual void beginView() = 0;

@@ -69,6 +69,10 @@ std::shared_ptr<const StatisticRows> Statistics::answer(const engine::ShapedText
   }
   // Without groups nothing is sorted, and the database is as fast.
   if (plan->grouping().kind == StatisticPlan::Grouping::Kind::All) return nullptr;
+  if (source_.addsUpItself()) {
+    store.addWork(source_.rowLimit(*plan->definition()));
+    return nullptr;
+  }
   return fromDatabase(text, *plan, *constants, store);
 }
 
