@@ -1,5 +1,6 @@
 // What an operator waits for: statistics over many calls beside the same queries written by hand for SQLite, the first
 // screen of the call list, and a list report beside the bare query and the same bytes. Usage: folder_bench [CALLS]
+// [--postgres ADDRESS]
 //
 // A line a measurement: what, milliseconds of the folder, milliseconds of the yardstick, their ratio; the best of some
 // rounds in turn. Statistics have two more figures: the folder in a program just started, and its ratio.
@@ -25,6 +26,15 @@ using bench::Office;
 constexpr int kReportRows = 100'000;  // calls in the report
 constexpr int kRounds = 3;
 
+// Runs a query written by hand.
+using ByHand = std::function<void(const std::string& sql)>;
+
+struct Data {
+  fs::path folder;
+  fs::path main;
+  bool server = false;
+};
+
 void print(const std::string& what, double folder, double yardstick) {
   std::cout << base::format("%-42s %9.1f %9.1f  %.2f\n", what, folder, yardstick, folder / yardstick) << std::flush;
 }
@@ -33,28 +43,31 @@ struct Grouping {
   int folder;
   const char* name;
   const char* byHand;
+  const char* byHandOnServer = nullptr;  // where it is another
 };
-constexpr Grouping kGroupings[] = {{101, "extensions", "Extension"},
-                                   {102, "numbers", "DialNumber"},
-                                   {103, "areas", "Area"},
-                                   {104, "trunks", "Trunk"},
-                                   {106, "departments", "Department"},
-                                   {107, "clients", "Owner"},
-                                   {108, "files", "Folder"},
-                                   {109, "accounts", "AccountCode"},
-                                   {110, "names", "Name"},
-                                   {111, "countries", "Country"},
-                                   {112, "providers", "Provider"},
-                                   {113, "weekdays", "cast(strftime('%w', [DateTime]) as integer)"},
-                                   {114, "days", "cast(substr([DateTime], 9, 2) as integer)"},
-                                   {115, "months", "cast(substr([DateTime], 6, 2) as integer)"},
-                                   {116, "hours", "cast(substr([DateTime], 12, 2) as integer)"}};
+constexpr Grouping kGroupings[] = {
+    {101, "extensions", "Extension"},
+    {102, "numbers", "DialNumber"},
+    {103, "areas", "Area"},
+    {104, "trunks", "Trunk"},
+    {106, "departments", "Department"},
+    {107, "clients", "Owner"},
+    {108, "files", "Folder"},
+    {109, "accounts", "AccountCode"},
+    {110, "names", "Name"},
+    {111, "countries", "Country"},
+    {112, "providers", "Provider"},
+    {113, "weekdays", "cast(strftime('%w', [DateTime]) as integer)", "extract(dow from DateTime)::int"},
+    {114, "days", "cast(substr([DateTime], 9, 2) as integer)", "extract(day from DateTime)::int"},
+    {115, "months", "cast(substr([DateTime], 6, 2) as integer)", "extract(month from DateTime)::int"},
+    {116, "hours", "cast(substr([DateTime], 12, 2) as integer)", "extract(hour from DateTime)::int"}};
 
 // The folder of a program that has it opened before, of one just started, and the query, in turn.
-void compareStatistic(Office& office, Bare& bare, const fs::path& data, const bench::Narrowing& narrowing,
+void compareStatistic(Office& office, const ByHand& bare, const Data& data, const bench::Narrowing& narrowing,
                       const Grouping& grouping) {
+  const bool other = data.server && grouping.byHandOnServer != nullptr;
   const std::string byHand =
-      std::string("select ") + grouping.byHand +
+      std::string("select ") + (other ? grouping.byHandOnServer : grouping.byHand) +
       ", sum(TotalTime), count(*), sum(Price_Ref), sum(Price_Ref * (0 + 100) / 100), sum(Ring), avg(Price_Ref), "
       "avg(Price_Ref * (0 + 100) / 100), avg(Ring) from Calls where " +
       narrowing.byHand + " group by 1";
@@ -63,8 +76,8 @@ void compareStatistic(Office& office, Bare& bare, const fs::path& data, const be
   double yardstick = 1e12;
   for (int round = 0; round < kRounds; ++round) {
     again = std::min(again, millisecondsOf([&] { office.firstScreen(grouping.folder, 0); }));
-    yardstick = std::min(yardstick, millisecondsOf([&] { bare.readAll(byHand); }));
-    Office started(data);
+    yardstick = std::min(yardstick, millisecondsOf([&] { bare(byHand); }));
+    Office started(data.folder, data.main);
     started.filter(narrowing.settings);
     fresh = std::min(fresh, millisecondsOf([&] { started.firstScreen(grouping.folder, 0); }));
   }
@@ -74,7 +87,7 @@ void compareStatistic(Office& office, Bare& bare, const fs::path& data, const be
             << std::flush;
 }
 
-void compareStatistics(Office& office, Bare& bare, const fs::path& data) {
+void compareStatistics(Office& office, const ByHand& bare, const Data& data) {
   for (const bench::Narrowing& narrowing : bench::narrowings()) {
     office.filter(narrowing.settings);
     for (const Grouping& grouping : kGroupings) compareStatistic(office, bare, data, narrowing, grouping);
@@ -82,7 +95,7 @@ void compareStatistics(Office& office, Bare& bare, const fs::path& data) {
   office.filter({});
 }
 
-void openLists(Office& office, Bare& bare) {
+void openLists(Office& office, const ByHand& bare) {
   struct Order {
     const char* name;
     int sortKey;
@@ -92,27 +105,28 @@ void openLists(Office& office, Bare& bare) {
                              Order{"dearest first", -408, " order by Price_Ref desc"}}) {
     print(base::format("first screen of the call list, %s", order.name),
           milliseconds([&] { office.firstScreen(100, order.sortKey); }),
-          milliseconds([&] { bare.readAll(base::format("select * from Calls%s limit %d", order.byHand, kScreen)); }));
+          milliseconds([&] { bare(base::format("select * from Calls%s limit %d", order.byHand, kScreen)); }));
   }
   const auto list = office.open(100);
   print("number of rows of the call list", milliseconds([&] {
           list->refresh();
           if (list->rowCount() == 0) throw std::runtime_error("there are no rows");
         }),
-        milliseconds([&] { bare.readAll("select count(*) from Calls"); }));
+        milliseconds([&] { bare("select count(*) from Calls"); }));
 }
 
 void writeReport() {
   const DataFolder folder("folder_bench.report");
   makeCalls(folder.path() / schema::kMainFile, kReportRows);
   Office office(folder.path());
-  Bare bare(folder.path() / schema::kMainFile);
+  Bare file(folder.path() / schema::kMainFile);
+  const auto bare = [&file](const std::string& sql) { file.readAll(sql); };
   const fs::path page = folder.path() / "list.html";
   const double report = milliseconds([&] { office.report(page); });
   const std::string block(1 << 16, 'x');
   const auto size = static_cast<std::int64_t>(fs::file_size(page));
   const double yardstick = milliseconds([&] {
-    bare.readAll("select * from Calls");
+    bare("select * from Calls");
     std::ofstream copy(folder.path() / "bytes", std::ios::binary);
     for (std::int64_t left = size; left > 0; left -= static_cast<std::int64_t>(block.size())) {
       copy.write(block.data(), static_cast<std::streamsize>(block.size()));
@@ -124,16 +138,35 @@ void writeReport() {
 }  // namespace
 
 int main(int count, char** words) {
+  const std::optional<std::string> address = bench::takeAddress(count, words);
   const std::int64_t calls = count > 1 ? std::max(1LL, std::atoll(words[1])) : 1'000'000;
   const DataFolder folder("folder_bench");
-  makeCalls(folder.path() / schema::kMainFile, calls);
+  std::optional<bench::ServerPlace> server;
+  if (address) server.emplace(*address);
+  bench::byTheClock = address.has_value();
+  const Data data{folder.path(),
+                  server ? fs::path(server->prefix() + schema::kMainFile) : folder.path() / schema::kMainFile,
+                  address.has_value()};
+  if (server) {
+    bench::makeCallsOnServer(*server, calls);
+  } else {
+    makeCalls(data.main, calls);
+  }
   std::cout << base::format("%d calls%35s ms  by hand ratio, just started\n", calls, "");
   {
-    Office office(folder.path());
-    Bare bare(folder.path() / schema::kMainFile);
+    Office office(data.folder, data.main);
+    std::optional<Bare> file;
+    std::optional<bench::ServerBare> onServer;
+    if (server) {
+      onServer.emplace(*server);
+    } else {
+      file.emplace(data.main);
+    }
+    const ByHand bare = [&](const std::string& sql) { server ? onServer->readAll(sql) : file->readAll(sql); };
     openLists(office, bare);
-    compareStatistics(office, bare, folder.path());
+    compareStatistics(office, bare, data);
   }
+  if (server) return 0;
   writeReport();
   return 0;
 }

@@ -1,5 +1,6 @@
 // How fast and in how much memory the monitor's file is imported: priced and enriched against the reference data of a
-// large site, beside a bare INSERT of the same rows into the same schema. Usage: import_bench [RECORDS]
+// large site, beside a bare INSERT of the same rows into the same schema: into files, or on a server, where the bare
+// one is pipelined. Usage: import_bench [RECORDS] [--postgres ADDRESS]
 //
 // The last line: ratio R import N/s insert N/s rss M MiB
 
@@ -24,6 +25,7 @@
 #include "ingest/phonebook.h"
 #include "ingest/recorder.h"
 #include "platform/clock.h"
+#include "postgres_place.h"
 #include "sample/call_generator.h"
 #include "sample/random.h"
 #include "sample/row_writer.h"
@@ -121,22 +123,23 @@ void writeMonitorFile(const fs::path& file, std::int64_t records) {
 // The objects of the document, as the program has them while it imports.
 class Document {
  public:
-  explicit Document(const fs::path& folder) : folder_(folder), machine_(folder / "machine.ini") {
+  // `prefix` stands before the names of the databases.
+  Document(const fs::path& folder, std::string prefix) : prefix_(std::move(prefix)), machine_(folder / "machine.ini") {
     config_.WriteConfigString((folder / "monitor" / "").string(), "PathMonitor", "general", foundation::StoreMachine);
-    config_.WriteConfigString((folder / "").string(), "PathDatabase", "general", foundation::StoreMachine);
+    config_.WriteConfigString(prefix_, "PathDatabase", "general", foundation::StoreMachine);
   }
 
   void make() {
-    main_ = schema::createMainDatabase(folder_ / schema::kMainFile);
+    main_ = schema::createMainDatabase(prefix_ + schema::kMainFile);
     open();
     growMain(*main_, config_);
-    growTariffs(*schema::createTariffDatabase(folder_ / schema::kTariffFile));
-    sample::fillPhonebook(*schema::createPhonebookDatabase(folder_ / schema::kPhonebookFile));
+    growTariffs(*schema::createTariffDatabase(prefix_ + schema::kTariffFile));
+    sample::fillPhonebook(*schema::createPhonebookDatabase(prefix_ + schema::kPhonebookFile));
     close();
   }
 
   void openExisting() {
-    main_ = jet::openDatabase(folder_ / schema::kMainFile, jet::OpenMode::ReadWrite);
+    main_ = jet::openDatabase(prefix_ + schema::kMainFile, jet::OpenMode::ReadWrite);
     open();
   }
 
@@ -148,8 +151,8 @@ class Document {
   }
 
   ingest::ImportResult import() {
-    const auto tariffs = tariff::TariffDatabase::open((folder_ / "").string());
-    const auto phonebook = ingest::Phonebook::open((folder_ / "").string());
+    const auto tariffs = tariff::TariffDatabase::open(prefix_);
+    const auto phonebook = ingest::Phonebook::open(prefix_);
     exchange::PartyDefinitions parties(config_);
     parties.load(*main_, &tariffs->database());
     tariff::Currencies currencies(config_, language_, person_);
@@ -173,7 +176,7 @@ class Document {
     log_.OpenLog(*main_);
   }
 
-  fs::path folder_;
+  std::string prefix_;
   platform::NoOperator person_;
   platform::SystemClock clock_;
   foundation::MachineStore machine_;
@@ -199,12 +202,12 @@ long peakMemory() {
 }
 
 // In a process of its own, whose memory is not counted.
-bool makeData(const fs::path& folder, std::int64_t records) {
+bool makeData(const fs::path& folder, const std::string& prefix, std::int64_t records) {
   const pid_t child = fork();
   if (child == 0) {
     int status = 0;
     try {
-      Document(folder).make();
+      Document(folder, prefix).make();
       writeMonitorFile(folder / "monitor" / "monitor.data", records);
     } catch (const std::exception& error) {
       std::cerr << error.what() << std::endl;
@@ -219,17 +222,21 @@ bool makeData(const fs::path& folder, std::int64_t records) {
 }  // namespace
 
 int main(int count, char** words) {
+  const std::optional<std::string> address = bench::takeAddress(count, words);
   const std::int64_t records = count > 1 ? std::atoll(words[1]) : 1'000'000;
   if (records < 1) {
-    std::cerr << "Usage: import_bench [RECORDS]\n";
+    std::cerr << "Usage: import_bench [RECORDS] [--postgres ADDRESS]\n";
     return 2;
   }
   const bench::DataFolder folder("import_bench");
   fs::create_directories(folder.path() / "monitor");
-  if (!makeData(folder.path(), records)) return 1;
+  std::optional<bench::ServerPlace> server;
+  if (address) server.emplace(*address);
+  const std::string prefix = server ? server->prefix() : (folder.path() / "").string();
+  if (!makeData(folder.path(), prefix, records)) return 1;
   std::cout << "reference data and " << records << " records made" << std::endl;
 
-  Document document(folder.path());
+  Document document(folder.path(), prefix);
   document.openExisting();
   const auto start = Clock::now();
   const double startOfProcessor = bench::processorTime();
@@ -243,7 +250,8 @@ int main(int count, char** words) {
     return 1;
   }
   const bench::BareInsert bare =
-      bench::insertBare(folder.path() / schema::kMainFile, folder.path() / "bare.db", "Calls", kRowsPerBatch);
+      server ? bench::insertBareOnServer(*server, schema::kMainFile, "Calls", kRowsPerBatch)
+             : bench::insertBare(folder.path() / schema::kMainFile, folder.path() / "bare.db", "Calls", kRowsPerBatch);
   std::cout << base::format("import %.1f s, bare insert %.1f s for %d rows\n", importSeconds, bare.seconds, bare.rows)
             << base::format("of the processor: import %.2f s, bare insert %.2f s, ratio %.2f\n", processorSeconds,
                             bare.processorSeconds, processorSeconds / bare.processorSeconds)

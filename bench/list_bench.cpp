@@ -1,5 +1,6 @@
 // The call list and the statistics of very many calls: first screens in every order, jumps and scrolling, counting and
 // finding, with a filter and without, and the memory that all of it takes. Usage: list_bench [CALLS] [FOLDER] [typing]
+// or list_bench [CALLS] --postgres ADDRESS
 //
 // With a folder, the calls made there are kept and used again. A line a measurement: what, milliseconds the first time
 // and at the best of three more. "typing" as third word measures the line over the list alone.
@@ -104,6 +105,7 @@ void typeInList(Office& office) {
 }  // namespace
 
 int main(int count, char** words) {
+  const std::optional<std::string> address = bench::takeAddress(count, words);
   const std::int64_t calls = count > 1 ? std::max(1LL, std::atoll(words[1])) : 10'000'000;
   std::optional<bench::DataFolder> passing;
   std::filesystem::path folder;
@@ -113,19 +115,27 @@ int main(int count, char** words) {
   } else {
     folder = passing.emplace("list_bench").path();
   }
-  const std::filesystem::path file = folder / schema::kMainFile;
-  if (!std::filesystem::exists(file)) bench::makeCalls(file, calls);
+  std::optional<bench::ServerPlace> server;
+  if (address) server.emplace(*address);
+  bench::byTheClock = address.has_value();
+  const std::filesystem::path file =
+      server ? std::filesystem::path(server->prefix() + schema::kMainFile) : folder / schema::kMainFile;
+  if (server) {
+    bench::makeCallsOnServer(*server, calls);
+  } else if (!std::filesystem::exists(file)) {
+    bench::makeCalls(file, calls);
+  }
   std::cout << base::format("%-58s %9s %9s\n", "", "first ms", "again ms");
   {
-    Office office(folder);
+    Office office(folder, file);
     typeInList(office);
   }
   if (count > 3) return 0;
   for (const bench::Narrowing& narrowing : bench::narrowings()) {
-    Office office(folder);
+    Office office(folder, file);
     openLists(office, narrowing);
   }
-  Office office(folder);
+  Office office(folder, file);
   for (const bench::Narrowing& narrowing : bench::narrowings()) openStatistics(office, narrowing);
   return 0;
 }

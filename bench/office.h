@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -17,6 +18,7 @@
 #include "folders/folder_view.h"
 #include "folders/list_report.h"
 #include "foundation/change_tags.h"
+#include "postgres_place.h"
 #include "processor_time.h"
 #include "schema/schema.h"
 
@@ -28,11 +30,16 @@ namespace fs = std::filesystem;
 
 constexpr int kScreen = 50;  // rows
 
-// Of processor time. The file is in the system's cache.
+// Of processor time, with the file in the system's cache; on a server of the clock.
+inline bool byTheClock = false;
+inline double millisecondsNow() {
+  const std::chrono::duration<double, std::milli> clock = std::chrono::steady_clock::now().time_since_epoch();
+  return byTheClock ? clock.count() : processorTime();
+}
 inline double millisecondsOf(const std::function<void()>& work) {
-  const double start = processorTime();
+  const double start = millisecondsNow();
   work();
-  return processorTime() - start;
+  return millisecondsNow() - start;
 }
 
 // The best of some rounds.
@@ -75,6 +82,34 @@ class Bare {
   std::int64_t bytes_ = 0;
 };
 
+// The same on a server, by statements as they are written for SQLite: names are of one case in a view.
+class ServerBare {
+ public:
+  explicit ServerBare(const ServerPlace& place) : server_(place.address()) {
+    const std::string source = "\"" + place.schema(schema::kMainFile) + "\".\"Calls\"";
+    const std::string own = "\"" + place.schema("byhand") + "\"";
+    server_.execute("CREATE SCHEMA IF NOT EXISTS " + own);
+    server_.execute("SET search_path = " + own);
+    server_.execute("CREATE OR REPLACE VIEW calls AS SELECT " +
+                    server_.value("SELECT string_agg(quote_ident(attname) || ' AS ' || lower(attname), ', ' ORDER BY "
+                                  "attnum) FROM pg_attribute WHERE attrelid = '" +
+                                  source + "'::regclass AND attnum > 0 AND NOT attisdropped") +
+                    " FROM " + source);
+  }
+  void readAll(std::string sql) {
+    const auto replace = [&sql](std::string_view old, std::string_view with) {
+      for (std::size_t at = sql.find(old); at != std::string::npos; at = sql.find(old))
+        sql.replace(at, old.size(), with);
+    };
+    replace("[DateTime]", "DateTime");
+    replace("where 1 ", "where true ");
+    server_.readAll(sql);
+  }
+
+ private:
+  Server server_;
+};
+
 // Calls of twelve months up to the end of November 2026, in order of time.
 inline void addCalls(const fs::path& file, std::int64_t calls) {
   Bare(file).execute(base::format(
@@ -89,6 +124,23 @@ inline void addCalls(const fs::path& file, std::int64_t calls) {
       calls - 1, calls));
 }
 
+inline void makeCallsOnServer(const ServerPlace& place, std::int64_t calls) {
+  schema::createMainDatabase(place.prefix() + schema::kMainFile);
+  Server server(place.address());
+  server.execute("SET search_path = \"" + place.schema(schema::kMainFile) + "\"");
+  server.execute(base::format(
+      "INSERT INTO \"Calls\" (\"DialNumber\", \"Name\", \"Area\", \"Country\", \"Provider\", \"DateTime\", "
+      "\"Extension\", \"Trunk\", \"TotalTime\", \"AccountCode\", \"Price\", \"Price_Ref\", \"Currency\", "
+      "\"Department\", \"Incoming\", \"Ring\", \"Hidden\") "
+      "SELECT '07' || floor(random() * 90000)::int, 'Abonat ' || (i * 7919 %% 20000), 'Zona ' || (i * 31 %% 900), "
+      "'Tara ' || (i * 31 %% 40), 'Operator ' || (i %% 3), "
+      "timestamp '2025-12-01' + make_interval(secs => i * 31536000 / %d), 200 + i * 7919 %% 300, 1 + i %% 8, "
+      "i * 104729 %% 900, '', (i * 104729 %% 900) / 300.0, (i * 104729 %% 900) / 300.0, 'RON', "
+      "'Birou ' || (i * 7919 %% 300 / 20), i %% 3 > 0, i %% 30, false FROM generate_series(0::bigint, %d) AS i",
+      calls, calls - 1));
+  server.execute("VACUUM ANALYZE \"Calls\"");
+}
+
 inline void makeCalls(const fs::path& file, std::int64_t calls) {
   schema::createMainDatabase(file);
   addCalls(file, calls);
@@ -96,9 +148,9 @@ inline void makeCalls(const fs::path& file, std::int64_t calls) {
 
 class Office {
  public:
-  explicit Office(const fs::path& folder)
-      : machine_(folder / "machine.ini"),
-        main_(jet::openDatabase(folder / schema::kMainFile, jet::OpenMode::ReadWrite)) {
+  explicit Office(const fs::path& folder) : Office(folder, folder / schema::kMainFile) {}
+  Office(const fs::path& folder, const fs::path& main)
+      : machine_(folder / "machine.ini"), main_(jet::openDatabase(main, jet::OpenMode::ReadWrite)) {
     tags_.LoadTouch(*main_);
     config_.OpenConfig(*main_, tags_);
     log_.OpenLog(*main_);

@@ -165,13 +165,19 @@ class StatementWriter {
     return sql + groupsOrder(keys) + limit();
   }
 
-  // Groups that are equal in their order follow in that of what they are groups of.
+  // Groups that are equal in their order follow in that of what they are groups of, as columns put them; unlike rows in
+  // that of the first of each.
   std::string groupsOrder(const std::vector<const BoundExpression*>& keys) {
     std::string sql;
     const auto add = [&sql](const std::string& term) { sql += (sql.empty() ? " ORDER BY " : ", ") + term; };
     for (const bind::BoundOrder& item : statement_.orderBy) add(groupOrder(item));
+    if (!statement_.grouped && !statement_.having) {
+      if (statement_.readsOneTable()) add("min(" + emitter_.key(0) + ")");
+      return sql;
+    }
+    const bool back = statement_.orderBy.size() == 1 && statement_.orderBy.front().descending;
     for (const BoundExpression* key : keys) {
-      if (emitter_.isGroupKey(*key)) add(emitter_.orderTerm(*key, false));
+      if (emitter_.isGroupKey(*key)) add(emitter_.orderTerm(*key, back));
     }
     return sql;
   }
