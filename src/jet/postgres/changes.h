@@ -22,6 +22,8 @@ class Changes {
   [[nodiscard]] const std::string& writer() const { return own_; }
   // The answer of either.
   void take(const PGresult* notes);
+  // The number of the last transaction of this connection that changed something.
+  [[nodiscard]] const std::string& ownTransaction() const { return own_; }
   // Tells what was taken since the last call; true when definitions changed.
   bool tell(engine::ChangeListener& listener);
 
@@ -33,7 +35,7 @@ class Changes {
 
   std::string schema_;
   std::unordered_map<std::string, Note> known_;  // by table
-  std::string own_;                              // the last transaction of this connection that changed something
+  std::string own_;
   bool started_ = false;
   bool definitions_ = false;
   std::set<std::string> appended_;

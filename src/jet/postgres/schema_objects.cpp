@@ -196,6 +196,11 @@ std::vector<std::string> tableUpkeepStatements(const std::string& schema, const 
   statements.push_back(
       trigger(schema, table, "jet removed", "AFTER DELETE", " REFERENCING OLD TABLE AS \"jet rows\"", counter));
   statements.push_back(trigger(schema, table, "jet emptied", "AFTER TRUNCATE", "", counter));
+  // Rows that are there already.
+  const std::string blocks = inSchema(schema, kBlocksTable);
+  statements.push_back(base::format("DELETE FROM %s WHERE name = %s", blocks, name));
+  statements.push_back(base::format("INSERT INTO %s SELECT %s, %s >> %d, count(*) FROM %s GROUP BY 2", blocks, name,
+                                    keyColumn(table), kBlockBits, inSchema(schema, table.name)));
   statements.push_back("COMMENT ON TABLE " + inSchema(schema, table.name) + " IS " + quotedText(kTableVersion));
   return statements;
 }
