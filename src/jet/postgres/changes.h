@@ -22,8 +22,6 @@ class Changes {
   [[nodiscard]] const std::string& writer() const { return own_; }
   // The answer of either.
   void take(const PGresult* notes);
-  // The number of the last transaction of this connection that changed something.
-  [[nodiscard]] const std::string& ownTransaction() const { return own_; }
   // Tells what was taken since the last call; true when definitions changed.
   bool tell(engine::ChangeListener& listener);
 

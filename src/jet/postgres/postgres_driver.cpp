@@ -273,7 +273,7 @@ engine::Extent PostgresDriver::extent(const TableDef& table) {
 
 // Keys count from 1.
 std::int64_t PostgresDriver::rowLimit(const TableDef& table) {
-  const Result result = session_.connection().run(
+  const Result result = session_->connection().run(
       {base::format("SELECT coalesce(max(%s), 0)::bigint FROM %s", keyColumn(table), quotedName(table.name))});
   return integerAt(result.get(), 0, 0);
 }

@@ -74,7 +74,6 @@ bool Session::inTransaction() const {
 }
 
 void Session::commit() {
-<<<<<<< HEAD
   try {
     end("COMMIT");
   } catch (const Error& error) {
@@ -129,36 +128,6 @@ bool Session::lostCommitDone() {
     if (state != "in progress") return state == "committed";
     std::this_thread::sleep_for(kLook);
   }
-=======
-  const bool asked = !connection_.lost();
-  try {
-    end("COMMIT");
-  } catch (const Error& error) {
-    if (!error.connectionLost() || !asked || !wasCommitted()) throw;
-  }
-}
-
-// The answer to a commit can get lost where the commit does not: who repeated it would have everything twice. The
-// server knows what became of the transaction; false when it cannot be asked for so long.
-bool Session::wasCommitted() const {
-  constexpr std::chrono::seconds kPatience{5};
-  constexpr std::chrono::milliseconds kPause{100};
-  Parameters transaction;
-  transaction.addText(changes_.ownTransaction());
-  const auto end = std::chrono::steady_clock::now() + kPatience;
-  while (std::chrono::steady_clock::now() < end) {
-    try {
-      Connection another(connection_.address(), OpenMode::ReadOnly);
-      const Result result = another.run({"SELECT coalesce(pg_xact_status($1::xid8), '')"}, transaction);
-      const std::string_view status = PQgetvalue(result.get(), 0, 0);
-      if (status != "in progress") return status == "committed";
-    } catch (const Error&) {
-      // A server that starts again, or a network that comes back.
-    }
-    std::this_thread::sleep_for(kPause);
-  }
-  return false;
->>>>>>> c42d2cc (What became of a commit whose answer was lost is asked of the server; the storage on a server described)
 }
 
 void Session::rollback() noexcept {

@@ -55,7 +55,6 @@ class Session {
   enum class State { Idle, Writing, Viewing };
 
   [[nodiscard]] std::string lockStatement() const;
-  [[nodiscard]] bool wasCommitted() const;
   void noteOthers(const PGresult* notes);
   void runUnguarded(std::initializer_list<std::string_view> statements);
   void runAll(const std::vector<std::string>& statements);
