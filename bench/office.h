@@ -136,7 +136,7 @@ inline void makeCallsOnServer(const ServerPlace& place, std::int64_t calls) {
       "'Tara ' || (i * 31 %% 40), 'Operator ' || (i %% 3), "
       "timestamp '2025-12-01' + make_interval(secs => i * 31536000 / %d), 200 + i * 7919 %% 300, 1 + i %% 8, "
       "i * 104729 %% 900, '', (i * 104729 %% 900) / 300.0, (i * 104729 %% 900) / 300.0, 'RON', "
-      "'Birou ' || (i * 7919 %% 300 / 20), i %% 3 > 0, i %% 30, false FROM generate_series(0::bigint, %d) AS i",
+      "'Birou ' || (i * 7919 %% 300 / 20), (i %% 3 > 0)::int, i %% 30, false FROM generate_series(0::bigint, %d) AS i",
       calls, calls - 1));
   server.execute("VACUUM ANALYZE \"Calls\"");
 }

@@ -141,7 +141,8 @@ void Connection::fail(const PGresult* result, std::string_view text) {
   if (state == "23505") throw engine::duplicateKeyFault(place_, reason, statement);
   if (state == "55P03" || state == "40P01" || state == "40001") throw engine::lockedFault(place_, statement);
   if (state == "57014" && canceled_) throw engine::canceledFault(statement);
-  if (state == "42501" || state == "25006") throw engine::readOnlyFault(place_, statement);
+  if (state == "25006") throw engine::readOnlyFault(place_, statement);
+  if (state == "42501") throw Error(3027, place_ + ": this user has no right to do that (" + reason + ").", statement);
   if (state == "25P02") {
     throw Error(3000, place_ + ": the changes begun were undone by an earlier fault. Begin them again.", statement);
   }
@@ -294,8 +295,12 @@ void Connection::throwFault() {
   fail(fault.get(), text);
 }
 
+void Connection::finish(const Reader* reader) noexcept {
+  if (reader_ == reader) finishRun();
+}
+
 // Rows that nobody wants any more: a few are read, many are stopped.
-void Connection::finish() noexcept {
+void Connection::finishRun() noexcept {
   constexpr int kFew = 200;
   try {
     for (int i = 0; running_; ++i) {
@@ -414,7 +419,7 @@ void Connection::settle() {
     Reader* const reader = reader_;
     reader->takeRest();
   } else if (running_ || copying_) {
-    finish();
+    finishRun();
   }
   if (dropped_.size() < kManyDropped || guarded_ || PQtransactionStatus(handle_) != PQTRANS_IDLE) return;
   const std::vector<std::string> names = std::move(dropped_);

@@ -92,7 +92,8 @@ class Connection {
   Result next();
   // Of a statement of `first`, once the first result was there.
   [[nodiscard]] const PGresult* earlier(std::size_t index) const { return earlier_[index].get(); }
-  void finish() noexcept;
+  // Nothing when something else is running by now.
+  void finish(const Reader* reader) noexcept;
   // A COPY to us, whose rows are asked for with nextCopied(); finish() lets go of the rest.
   void startCopy(const std::string& statement, Reader* reader);
   CopiedRow nextCopied();
@@ -138,6 +139,7 @@ class Connection {
   void callWatcher();
   void cancel() noexcept;
   void readToEnd();
+  void finishRun() noexcept;
   void beginRun(std::string_view text);
   void finishCopied();
   void throwFault();

@@ -224,7 +224,7 @@ Cell Rows::cell(std::size_t column) const {
 }
 
 void Rows::end() noexcept {
-  if (arriving_) connection_.finish();
+  if (arriving_) connection_.finish(this);
   arriving_ = false;
   copying_ = false;
   copied_ = {};

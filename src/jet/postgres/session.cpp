@@ -21,25 +21,40 @@ std::string levelName(int level) {
 }  // namespace
 
 void Session::join() {
-  Parameters schema;
-  schema.addText(connection_.address().schema());
+  constexpr int kNoRight = 3027;
+  requireSchema();
+  try {
+    connection_.run({"LISTEN " + quotedName(channel(connection_.address().schema()))});
+  } catch (const Error& error) {
+    // A server that follows another one tells nothing: its notes are read from time to time.
+    if (error.connectionLost()) throw;
+  }
+  try {
+    noteOthers(connection_.run({changes_.select()}).get());
+  } catch (const Error& error) {
+    if (error.number() == kNoRight) throw Error(3051, error.description());
+    throw;
+  }
+}
+
+void Session::requireSchema() {
+  Parameters names;
+  names.addText(connection_.address().schema());
+  names.addText(kChangesTable);
   const Result found =
-      connection_.run({"SELECT (SELECT pid || ' ' || backend_start FROM pg_stat_activity WHERE pid = pg_backend_pid()) "
-                       "FROM pg_namespace WHERE nspname = $1::text"},
-                      schema);
+      connection_.run({"SELECT c.oid IS NOT NULL, "
+                       "(SELECT pid || ' ' || backend_start FROM pg_stat_activity WHERE pid = pg_backend_pid()) "
+                       "FROM pg_namespace AS n LEFT JOIN pg_class AS c "
+                       "ON c.relnamespace = n.oid AND c.relname = $2::text WHERE n.nspname = $1::text"},
+                      names);
   if (PQntuples(found.get()) == 0) {
     throw Error(3024, "Could not find the database " + connection_.describe() +
                           ". Check the address, or make the database with tallyctl init.");
   }
-  backend_ = PQgetvalue(found.get(), 0, 0);
-  try {
-    connection_.run({"LISTEN " + quotedName(channel(connection_.address().schema()))});
-    listens_ = true;
-  } catch (const Error& error) {
-    // A copy of the server that follows another one tells nothing.
-    if (error.connectionLost()) throw;
+  if (*PQgetvalue(found.get(), 0, 0) == 0) {
+    throw Error(3343, connection_.describe() + " is not a Tallybook database, but a schema of another program.");
   }
-  noteOthers(connection_.run({changes_.select()}).get());
+  backend_ = PQgetvalue(found.get(), 0, 1);
 }
 
 std::string Session::lockStatement() const {

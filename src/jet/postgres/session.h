@@ -54,6 +54,7 @@ class Session {
   void endLostBackend();
   enum class State { Idle, Writing, Viewing };
 
+  void requireSchema();
   [[nodiscard]] std::string lockStatement() const;
   void noteOthers(const PGresult* notes);
   void runUnguarded(std::initializer_list<std::string_view> statements);
@@ -66,7 +67,6 @@ class Session {
   std::string backend_;     // the server's process for this connection, and since when
   std::string lostCommit_;  // the transaction in whose commit() the connection was lost
   bool viewInTransaction_ = false;
-  bool listens_ = false;
   std::chrono::steady_clock::time_point lastLook_;
 };
 
