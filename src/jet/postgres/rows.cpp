@@ -169,6 +169,7 @@ bool Rows::nextCopied() {
 bool Rows::next() {
   const bool found = !kept_.empty() ? nextKept() : copying_ ? nextCopied() : nextArrived();
   if (found) ++count_;
+  if (!found && fault_) throw Error(*fault_);
   return found;
 }
 
@@ -180,8 +181,19 @@ void Rows::keep(const PGresult* result) {
   }
 }
 
-// The current row stays the current one: it lies in result_.
+// A fault is one of these rows: it is met where they are read.
 void Rows::takeRest() {
+  try {
+    keepRest();
+  } catch (const Error& error) {
+    fault_ = error;
+  }
+  arriving_ = false;
+  copying_ = false;
+}
+
+// The current row stays the current one: it lies in result_ or copied_.
+void Rows::keepRest() {
   if (copying_) {
     // The current row lies in fields_, where each of the others is read to.
     CopiedRow current = std::move(copied_);
@@ -197,7 +209,6 @@ void Rows::takeRest() {
     learnTypes(more.get());
     keep(more.get());
   }
-  arriving_ = false;
 }
 
 Cell Rows::cell(std::size_t column) const {
@@ -232,6 +243,7 @@ void Rows::end() noexcept {
   row_ = 0;
   kept_.clear();
   place_ = 0;
+  fault_.reset();
 }
 
 }  // namespace jet::postgres

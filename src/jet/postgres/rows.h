@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -38,6 +39,7 @@ class Rows final : private Reader {
   };
 
   void takeRest() override;
+  void keepRest();
   void learnTypes(const PGresult* result);
   void keep(const PGresult* result);
   bool nextKept();
@@ -57,6 +59,7 @@ class Rows final : private Reader {
   int row_ = 0;
   std::string kept_;  // rows: for each field its length (-1: Null) and its bytes
   std::size_t place_ = 0;
+  std::optional<Error> fault_;  // behind the rows that are kept
   std::vector<Oid> types_;
   std::vector<Field> fields_;
   mutable std::vector<std::string> texts_;  // of cells whose form is another than the server's
