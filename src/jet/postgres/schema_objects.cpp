@@ -69,20 +69,20 @@ std::string countFunction(const std::string& schema, const TableDef& table) {
   const std::string begin = base::format(R"(CREATE OR REPLACE FUNCTION %s() RETURNS trigger LANGUAGE plpgsql AS $jet$
 DECLARE
   least bigint;
-  added bigint;
 BEGIN
 )",
                                          inSchema(schema, countFunctionName(table)));
   const std::string inserted =
       base::format(R"(  IF TG_OP = 'INSERT' THEN
-    SELECT min(%s), count(*) INTO least, added FROM "jet rows";
-    IF (SELECT count(*) FROM (SELECT 1 FROM %s WHERE %s >= least LIMIT added + 1) AS behind) > added THEN
+    SELECT min(%s) INTO least FROM "jet rows";
+    IF (SELECT max(last) FROM %s WHERE name = %s AND block >= least >> %d) > least THEN
       UPDATE %s SET rewritten = pg_current_xact_id() WHERE name = %s AND rewritten <> pg_current_xact_id();
     END IF;
-    INSERT INTO %s AS b SELECT %s, %s, count(*) FROM "jet rows" GROUP BY 2 ORDER BY 2
-      ON CONFLICT (name, block) DO UPDATE SET rows = b.rows + excluded.rows;
+    INSERT INTO %s AS b SELECT %s, %s, count(*), max(%s) FROM "jet rows" GROUP BY 2 ORDER BY 2
+      ON CONFLICT (name, block) DO UPDATE
+        SET rows = b.rows + excluded.rows, last = greatest(b.last, excluded.last);
 )",
-                   key, inSchema(schema, table.name), key, inSchema(schema, kChangesTable), name, blocks, name, block);
+                   key, blocks, name, kBlockBits, inSchema(schema, kChangesTable), name, blocks, name, block, key);
   const std::string removed = base::format(R"(  ELSIF TG_OP = 'DELETE' THEN
     UPDATE %s AS b SET rows = b.rows - c.rows
       FROM (SELECT %s AS block, count(*) AS rows FROM "jet rows" GROUP BY 1) AS c
@@ -149,7 +149,8 @@ std::vector<std::string> schemaStatements(const std::string& schema) {
       "CREATE TABLE " + changes + " (name text PRIMARY KEY, changed xid8 NOT NULL, rewritten xid8 NOT NULL)",
       "INSERT INTO " + changes + " VALUES ('', pg_current_xact_id(), pg_current_xact_id())",
       "CREATE TABLE " + inSchema(schema, kBlocksTable) +
-          " (name text, block bigint, rows bigint NOT NULL, PRIMARY KEY (name, block)) WITH (fillfactor = 50)"};
+          " (name text, block bigint, rows bigint NOT NULL, last bigint NOT NULL, PRIMARY KEY (name, block)) WITH "
+          "(fillfactor = 50)"};
   for (std::string& statement : renamedStatements(schema)) statements.push_back(std::move(statement));
   return statements;
 }
@@ -199,8 +200,9 @@ std::vector<std::string> tableUpkeepStatements(const std::string& schema, const 
   // Rows that are there already.
   const std::string blocks = inSchema(schema, kBlocksTable);
   statements.push_back(base::format("DELETE FROM %s WHERE name = %s", blocks, name));
-  statements.push_back(base::format("INSERT INTO %s SELECT %s, %s >> %d, count(*) FROM %s GROUP BY 2", blocks, name,
-                                    keyColumn(table), kBlockBits, inSchema(schema, table.name)));
+  statements.push_back(base::format("INSERT INTO %s SELECT %s, %s >> %d, count(*), max(%s) FROM %s GROUP BY 2", blocks,
+                                    name, keyColumn(table), kBlockBits, keyColumn(table),
+                                    inSchema(schema, table.name)));
   statements.push_back("COMMENT ON TABLE " + inSchema(schema, table.name) + " IS " + quotedText(kTableVersion));
   return statements;
 }

@@ -15,7 +15,8 @@ namespace jet::postgres {
 // "jet changes": for each table the transaction that changed it last (`changed`), and the last one that did more than
 // to put rows behind all others (`rewritten`). The row of no name is that of the definitions.
 inline constexpr const char* kChangesTable = "jet changes";
-// "jet blocks": for each table the number of rows in each range of 2^kBlockBits keys that has some.
+// "jet blocks": for each table the number of rows in each range of 2^kBlockBits keys that has some, and the greatest
+// key that ever was in it (`last`).
 inline constexpr const char* kBlocksTable = "jet blocks";
 inline constexpr int kBlockBits = 11;
 
