@@ -27,7 +27,8 @@ class DatabaseFolder {
   TestPlace place_;
 };
 
-// From now on this copy knows what others committed before; on a server it would else hear of it some milliseconds later.
+// From now on this copy knows what others committed before; on a server it would else hear of it some milliseconds
+// later.
 inline void hearOfChanges(jet::Database& copy) {
   const jet::ReadView view(copy);
 }
