@@ -23,4 +23,9 @@ std::vector<std::string> csvFields(std::string_view line, char separator) {
   return fields;
 }
 
+std::string csvQuoted(std::string text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  return "\"" + replaceAll(std::move(text), "\"", "\"\"") + "\"";
+}
+
 }  // namespace base

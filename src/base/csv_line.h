@@ -10,4 +10,7 @@ namespace base {
 // quotation mark doubled.
 [[nodiscard]] std::vector<std::string> csvFields(std::string_view line, char separator);
 
+// A text as a field of a CSV line, in quotation marks where it holds a comma, a quotation mark or a line end.
+[[nodiscard]] std::string csvQuoted(std::string text);
+
 }  // namespace base

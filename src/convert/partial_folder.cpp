@@ -1,14 +1,11 @@
 #include "convert/partial_folder.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <fstream>
 #include <system_error>
 
 #include "base/printf.h"
 #include "convert/conversion_error.h"
+#include "platform/durable_files.h"
 
 namespace convert {
 
@@ -24,16 +21,8 @@ fs::path withoutSeparator(const fs::path& folder) {
   return whole.has_filename() ? whole : whole.parent_path();
 }
 
-void syncToDisk(const fs::path& path) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) throw fs::filesystem_error("cannot be opened", path, {errno, std::generic_category()});
-  const int result = fsync(descriptor);
-  const int reason = errno;
-  close(descriptor);
-  // Some file systems cannot sync a folder and say so with EINVAL.
-  if (result != 0 && reason != EINVAL) {
-    throw fs::filesystem_error("cannot be written to the disk", path, {reason, std::generic_category()});
-  }
+void require(const fs::path& path, std::error_code fault) {
+  if (fault) throw fs::filesystem_error("cannot be written to the disk", path, fault);
 }
 
 }  // namespace
@@ -66,12 +55,12 @@ PartialFolder::~PartialFolder() {
 
 void PartialFolder::publish() {
   fs::remove(path_ / kMarker);
-  for (const auto& entry : fs::directory_iterator(path_)) syncToDisk(entry.path());
-  syncToDisk(path_);
+  for (const auto& entry : fs::directory_iterator(path_)) require(entry.path(), platform::syncFile(entry.path()));
+  require(path_, platform::syncFolder(path_));
   if (fs::exists(target_)) fs::remove(target_);
   fs::rename(path_, target_);
   kept_ = true;
-  syncToDisk(target_.parent_path());
+  require(target_.parent_path(), platform::syncFolder(target_.parent_path()));
 }
 
 }  // namespace convert

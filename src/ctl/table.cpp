@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "base/csv_line.h"
 #include "base/printf.h"
 
 namespace ctl {
@@ -22,16 +23,6 @@ std::string oneLine(std::string text) {
   std::replace_if(
       text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
   return text;
-}
-
-std::string csvField(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted + '"';
 }
 
 }  // namespace
@@ -91,7 +82,7 @@ void TextColumns::printRow(std::ostream& out, const std::vector<std::string>& ce
 }
 
 void printCsvLine(std::ostream& out, const std::vector<std::string>& fields) {
-  for (std::size_t i = 0; i < fields.size(); ++i) out << (i > 0 ? "," : "") << csvField(fields[i]);
+  for (std::size_t i = 0; i < fields.size(); ++i) out << (i > 0 ? "," : "") << base::csvQuoted(fields[i]);
   out << '\n';
 }
 

@@ -78,8 +78,8 @@ void FilterDescription::appendItems(std::string& page, const FilterSettings& set
   if (settings.onName == 1) item(kBlank, "IDS_FILTER_NAME", settings.name);
   if (settings.onPeriod != 0) {
     page += base::format("<li>%s <b>%s</b> %s <b>%s</b></li>", label("IDS_FILTER_BETWEEN"),
-                         shownPeriod(settings.intervalStart, "12/31/1999 00:00:00"), label("IDS_AND"),
-                         shownPeriod(settings.intervalEnd, "12/31/2002 23:59:59"));
+                         shownPeriod(settings.intervalStart, foundation::kDefaultPeriodStart), label("IDS_AND"),
+                         shownPeriod(settings.intervalEnd, foundation::kDefaultPeriodEnd));
   }
   if (!settings.numberPrefix.empty()) item(kBlank, "IDS_FILTER_NUMBER", settings.numberPrefix);
   if (!settings.number.empty()) item(kBlank, "IDS_FILTER_NUMBER_EXACT", settings.number);
@@ -131,7 +131,7 @@ std::vector<DescriptionPiece> FilterDescription::pieces() {
     const std::string end =
         filter_.config().ReadConfigString("IntervalEnd", kFilterSection, foundation::StoreMachine, kEnd);
     lines.line("IDS_FILTER_PERIOD",
-               shownPeriod(settings.intervalStart, "12/31/1999 00:00:00") + " si\n" + shownPeriod(end, kEnd));
+               shownPeriod(settings.intervalStart, foundation::kDefaultPeriodStart) + " si\n" + shownPeriod(end, kEnd));
   }
   if (!settings.numberPrefix.empty()) lines.line("IDS_FILTER_PHONE", settings.numberPrefix);
   if (!settings.number.empty()) lines.line("IDS_FILTER_PHONE", settings.number);

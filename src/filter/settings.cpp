@@ -49,8 +49,8 @@ constexpr std::array kKeys = {
     number("OnArea", &F::onArea),
     text("Area", &F::area),
     number("OnPeriod", &F::onPeriod),
-    date("IntervalStart", "12/31/1999 00:00:00", &F::intervalStart),
-    date("IntervalEnd", "12/31/2002 23:59:59", &F::intervalEnd),
+    date("IntervalStart", foundation::kDefaultPeriodStart, &F::intervalStart),
+    date("IntervalEnd", foundation::kDefaultPeriodEnd, &F::intervalEnd),
     text("NumberPrefix", &F::numberPrefix),
     text("Number", &F::number),
     text("Country", &F::country),
@@ -219,7 +219,7 @@ base::DateTime parsePeriod(std::string_view stored, std::string_view fallback) {
 
 DialogPeriod readDialogPeriod(foundation::ConfigManager& config) {
   constexpr std::string_view kStart = "1/1/2001 00:00:00";
-  constexpr std::string_view kEnd = "12/31/2002 23:59:59";
+  constexpr std::string_view kEnd = foundation::kDefaultPeriodEnd;
   const auto read = [&](std::string_view key, std::string_view fallback) {
     return parsePeriod(config.ReadConfigString(key, kFilterSection, foundation::StoreMachine, fallback), fallback);
   };

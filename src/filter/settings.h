@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "base/datetime.h"
-#include "foundation/config_manager.h"
+#include "foundation/settings_catalogue.h"
 
 namespace filter {
 
@@ -40,8 +40,8 @@ struct FilterSettings {
   std::int32_t onArea = 0;
   std::string area;
   std::int32_t onPeriod = 0;
-  std::string intervalStart = "12/31/1999 00:00:00";  // "%m/%d/%Y %H:%M:%S"
-  std::string intervalEnd = "12/31/2002 23:59:59";
+  std::string intervalStart{foundation::kDefaultPeriodStart};  // "%m/%d/%Y %H:%M:%S"
+  std::string intervalEnd{foundation::kDefaultPeriodEnd};
   std::string numberPrefix;
   std::string number;
   std::string country;

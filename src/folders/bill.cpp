@@ -126,8 +126,8 @@ std::optional<std::string> fillTemplate(std::string_view text, const BillRequest
 
 BillRequest billFromFilter(foundation::ConfigManager& config) {
   const filter::FilterSettings settings = filter::readSettings(config);
-  return {settings.extension, filter::parsePeriod(settings.intervalStart, "12/31/1999 00:00:00"),
-          filter::parsePeriod(settings.intervalEnd, "12/31/2002 23:59:59")};
+  return {settings.extension, filter::parsePeriod(settings.intervalStart, foundation::kDefaultPeriodStart),
+          filter::parsePeriod(settings.intervalEnd, foundation::kDefaultPeriodEnd)};
 }
 
 std::vector<BillHeading> billHeadings(const FolderServices& services) {

@@ -1,6 +1,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "base/csv_line.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "folders/exports.h"
@@ -49,8 +50,7 @@ std::string csvField(std::string_view text) {
   if (!field.empty() && kFormulaStarts.find(field.front()) != std::string_view::npos && !isPlainNumber(field)) {
     field.insert(0, 1, '\'');
   }
-  if (field.find_first_of(",\"\r\n") == std::string::npos) return field;
-  return "\"" + base::replaceAll(std::move(field), "\"", "\"\"") + "\"";
+  return base::csvQuoted(std::move(field));
 }
 
 bool exportCsv(FolderView& view, const std::filesystem::path& path, CsvMark mark) {

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "foundation/ini_text.h"
+#include "platform/durable_files.h"
 #include "platform/regular_file.h"
 
 namespace foundation {
@@ -69,11 +70,6 @@ void takeOverSharing(int descriptor, const struct stat& old) {
   if (sharedWithGroup(old) && (given || fchown(descriptor, kSameOwner, old.st_gid) == 0)) fchmod(descriptor, 0660);
 }
 
-void syncFolder(const std::filesystem::path& folder) {
-  const Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (descriptor.valid()) fsync(descriptor.number());
-}
-
 // Puts `content` in place of `file` at once: a process that opens the file sees the old or the new text whole, also
 // after a power failure.
 bool replaceFile(const std::filesystem::path& file, std::string_view content) {
@@ -87,7 +83,7 @@ bool replaceFile(const std::filesystem::path& file, std::string_view content) {
     unlink(temporary.c_str());
     return false;
   }
-  syncFolder(file.parent_path().empty() ? "." : file.parent_path());
+  static_cast<void>(platform::syncFolder(file.parent_path()));  // the new text is there in any case
   return true;
 }
 

@@ -33,6 +33,10 @@ struct Setting {
   std::int32_t most = std::numeric_limits<std::int32_t>::max();
 };
 
+// The period of a filter whose period was never set.
+inline constexpr std::string_view kDefaultPeriodStart = "12/31/1999 00:00:00";
+inline constexpr std::string_view kDefaultPeriodEnd = "12/31/2002 23:59:59";
+
 [[nodiscard]] std::span<const Setting> knownSettings();
 
 // The setting of that name, case ignored and placeholders matched; nullptr when it is not known.

@@ -57,7 +57,12 @@ std::error_code syncFolderOf(const std::filesystem::path& file) {
 }  // namespace
 
 std::error_code syncFolder(const std::filesystem::path& folder) {
-  return syncPath(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
+  const std::error_code error = syncPath(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
+  return error == std::errc::invalid_argument ? std::error_code() : error;
+}
+
+std::error_code syncFile(const std::filesystem::path& file) {
+  return syncPath(file, O_RDONLY);
 }
 
 std::error_code renameDurably(const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -15,8 +15,11 @@ std::error_code renameDurably(const std::filesystem::path& from, const std::file
 // Deletes a file; a missing one is errc::no_such_file_or_directory.
 std::error_code removeDurably(const std::filesystem::path& file);
 
-// Returns when the names in a folder are on the disk. renameDurably() and removeDurably() do it themselves.
+// Returns when the names in a folder are on the disk; renameDurably() and removeDurably() do it themselves. Nothing
+// where the file system cannot do it.
 std::error_code syncFolder(const std::filesystem::path& folder);
+// Returns when the content of a file is on the disk.
+std::error_code syncFile(const std::filesystem::path& file);
 
 // Makes `bytes` the end of the file, from `offset` on; what was there is replaced. Makes the file when there is none.
 // Never writes through a link.
