@@ -20,32 +20,37 @@ bool canName(std::string_view key, std::string_view section) {
 
 void ConfigManager::OpenConfig(jet::Database& database, ChangeTags& tags) {
   CloseConfig();
-  configRecordset_ = database.openRecordset("SELECT * FROM Config");
+  ConfigRecordset_ = database.openRecordset("SELECT * FROM Config");
   database_ = &database;
   tags_ = &tags;
 }
 
 void ConfigManager::CloseConfig() {
-  configRecordset_.reset();
+  ConfigRecordset_.reset();
   database_ = nullptr;
   tags_ = nullptr;
+  forget();
+}
+
+void ConfigManager::forget() {
   cache_.clear();
+  ++settingsVersion_;
 }
 
 void ConfigManager::refresh() {
   const jet::ReadView view(*database_);  // one look at the file for both tables
   // The tag is asked on every access, also when the rows in memory are known to be good: it reports a missing tag.
   if (tags_->IsTouched("Config")) {
-    cache_.clear();
+    forget();
     try {
-      configRecordset_ = database_->openRecordset("SELECT * FROM Config");
+      ConfigRecordset_ = database_->openRecordset("SELECT * FROM Config");
     } catch (const jet::Error&) {
       // By rule: the operation works on what the recordset holds.
     }
   }
   const std::uint64_t version = database_->tableVersion("Config");
   if (version != cacheVersion_) {
-    cache_.clear();
+    forget();
     cacheVersion_ = version;
   }
 }
@@ -59,12 +64,12 @@ const ConfigManager::Row& ConfigManager::findRow(std::string_view key, std::stri
   const auto known = cache_.find(lookup_);
   if (known != cache_.end()) return known->second;
 
-  configRecordset_->findFirst(base::format("Path = \"%s\\%s\"", section, key));
+  ConfigRecordset_->findFirst(base::format("Path = \"%s\\%s\"", section, key));
   Row row;
-  row.found = !configRecordset_->noMatch();
+  row.found = !ConfigRecordset_->noMatch();
   if (row.found) {
-    row.text = configRecordset_->get("String_Value").toText();
-    row.number = static_cast<std::int32_t>(configRecordset_->get("Int_Value").toLong());
+    row.text = ConfigRecordset_->get("String_Value").toText();
+    row.number = static_cast<std::int32_t>(ConfigRecordset_->get("Int_Value").toLong());
   }
   return cache_.insert_or_assign(lookup_, std::move(row)).first->second;
 }
@@ -112,18 +117,18 @@ bool ConfigManager::writeDatabase(std::string_view key, std::string_view section
   // One transaction, so that two copies that store a new setting do not make two rows of it.
   jet::Transaction transaction(*database_);
   const std::string path = base::format("%s\\%s", section, key);
-  configRecordset_->findFirst("Path = \"" + path + "\"");
-  if (configRecordset_->noMatch()) {
-    configRecordset_->addNew();
+  ConfigRecordset_->findFirst("Path = \"" + path + "\"");
+  if (ConfigRecordset_->noMatch()) {
+    ConfigRecordset_->addNew();
   } else {
-    configRecordset_->edit();
+    ConfigRecordset_->edit();
   }
-  configRecordset_->set(field, value);
-  configRecordset_->set("Path", path);
-  configRecordset_->update();
+  ConfigRecordset_->set(field, value);
+  ConfigRecordset_->set("Path", path);
+  ConfigRecordset_->update();
   tags_->Touch("Config");
   transaction.commit();
-  cache_.clear();
+  forget();
   lastFound_ = true;
   return true;
 }

@@ -60,6 +60,9 @@ class ConfigManager {
   bool WriteConfigString(std::optional<std::string_view> value, std::string_view key, std::string_view section,
                          int store);
   bool WriteConfigInt(std::int32_t value, std::string_view key, std::string_view section, int store);
+  // Moves whenever a setting of the database store may have another value than before, as the latest View or call saw
+  // it: for code that needs the same settings for every call.
+  [[nodiscard]] std::uint64_t settingsVersion() const { return settingsVersion_; }
   // Hands out the number that a setting of the database store counts, and counts it on: to one copy only, since both
   // are one transaction. Nothing when the setting is missing or -1; the number is then 0, and 1 is stored. Throws
   // jet::Error.
@@ -84,6 +87,7 @@ class ConfigManager {
 
   // Reopens the recordset when another copy changed `Config`.
   void refresh();
+  void forget();
   const Row& findRow(std::string_view key, std::string_view section);
   bool writeDatabase(std::string_view key, std::string_view section, std::string_view field, const jet::Value& value);
   bool writeMachine(bool done);
@@ -91,12 +95,13 @@ class ConfigManager {
   MachineStore& machine_;
   jet::Database* database_ = nullptr;
   ChangeTags* tags_ = nullptr;
-  std::unique_ptr<jet::Recordset> configRecordset_;
+  std::unique_ptr<jet::Recordset> ConfigRecordset_;
   bool lastFound_ = false;
 
   // Rows read since the table last changed, by folded path: settings are asked for several times a recorded call.
   std::unordered_map<std::string, Row> cache_;
   std::uint64_t cacheVersion_ = 0;
+  std::uint64_t settingsVersion_ = 1;
   int views_ = 0;
   std::string lookup_;  // kept for its memory
 };

@@ -25,6 +25,10 @@ std::string withoutWildcards(std::string_view number) {
 
 }  // namespace
 
+Enrichment::Enrichment(const ExchangeParts& parts)
+    : parts_(parts),
+      contactsByNumber_(base::format("SELECT * FROM %s WHERE %s LIKE \"*%s*\"", "Contacts", "Tel_String")) {}
+
 void Enrichment::setName(CallRow& row, const exchange::CallRecord& record, const tariff::PricingContext& context) {
   // Without a known provider there is no normalised number to look for, and an empty one would match everybody.
   if (base::characterCount(record.dialledNumber) <= kLongestUnnamedNumber || context.number.empty()) return;
@@ -32,8 +36,7 @@ void Enrichment::setName(CallRow& row, const exchange::CallRecord& record, const
 }
 
 std::optional<std::string> Enrichment::nameOf(std::string_view normalisedNumber) {
-  const jet::Snapshot contacts = parts_.main.openSnapshot(base::format(
-      "SELECT * FROM %s WHERE %s LIKE \"*%s*\"", "Contacts", "Tel_String", withoutWildcards(normalisedNumber)));
+  const jet::Snapshot contacts = contactsByNumber_.open(parts_.main, withoutWildcards(normalisedNumber));
   if (!contacts.empty()) return contacts.at(0, "Contact").toText();
   if (parts_.phonebook == nullptr) return std::nullopt;
   if (parts_.config.ReadConfigInt("ExternalPhonebook", "Calls", foundation::StoreDatabase, 1) == 0) return std::nullopt;

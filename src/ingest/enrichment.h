@@ -3,6 +3,7 @@
 #include "exchange/call_record.h"
 #include "ingest/call_row.h"
 #include "ingest/exchange_parts.h"
+#include "jet/prepared_select.h"
 #include "tariff/price.h"
 
 namespace ingest {
@@ -10,7 +11,7 @@ namespace ingest {
 // Adds to a row of `Calls` what the exchange does not report. Shared by recording and repricing.
 class Enrichment {
  public:
-  explicit Enrichment(const ExchangeParts& parts) : parts_(parts) {}
+  explicit Enrichment(const ExchangeParts& parts);
 
   // From now on a fault of the phonebook is logged again, once.
   void beginRun() { phonebookFault_.clear(); }
@@ -32,6 +33,7 @@ class Enrichment {
   [[nodiscard]] std::optional<std::string> nameInPhonebook(std::string_view normalisedNumber);
 
   ExchangeParts parts_;
+  jet::PreparedSelect contactsByNumber_;
   std::string phonebookFault_;  // of this run; empty while there is none
 };
 

@@ -8,6 +8,16 @@
 
 namespace ingest {
 
+namespace {
+
+std::string subscriberPattern(std::string_view table) {
+  std::string name;
+  for (const char c : table) name.append(c == '%' ? 2 : 1, c);
+  return base::format("SELECT TOP %d * FROM [%s] WHERE ", 1, name) + "(Tel=%d)";
+}
+
+}  // namespace
+
 Phonebook::Phonebook(std::unique_ptr<jet::Database> database) : database_(std::move(database)) {
   try {
     readMap();
@@ -34,7 +44,7 @@ std::unique_ptr<Phonebook> Phonebook::open(std::string_view folder) {
 std::optional<std::string> Phonebook::nameOf(std::string_view normalisedNumber) {
   const auto found = prefixes_.find(normalisedNumber);
   if (!found) return std::nullopt;
-  const MapRow& row = map_[*found];
+  MapRow& row = map_[*found];
   const std::string_view rest = normalisedNumber.substr(row.prefix.size());
   // `Tel` holds 32 bits: a longer number, or one with more than digits in it, is no one's there and must not be cut to
   // somebody's.
@@ -42,8 +52,8 @@ std::optional<std::string> Phonebook::nameOf(std::string_view normalisedNumber) 
   const char* end = rest.data() + rest.size();
   const auto [stop, fault] = std::from_chars(rest.data(), end, tel);
   if (fault != std::errc() || stop != end) return std::nullopt;
-  const jet::Snapshot subscribers = database_->openSnapshot(
-      base::format("SELECT TOP %d * FROM [%s] WHERE ", 1, row.table) + base::format("(Tel=%d)", tel));
+  if (!row.subscriber) row.subscriber.emplace(subscriberPattern(row.table));
+  const jet::Snapshot subscribers = row.subscriber->open(*database_, tel);
   if (subscribers.empty()) return std::nullopt;
   return base::format("%s %s", subscribers.at(0, "Lastname").toText(), subscribers.at(0, "Firstname").toText());
 }

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "exchange/party_index.h"
-#include "jet/database.h"
+#include "jet/prepared_select.h"
 
 namespace ingest {
 
@@ -32,6 +32,7 @@ class Phonebook {
   struct MapRow {
     std::string prefix;
     std::string table;
+    std::optional<jet::PreparedSelect> subscriber = {};  // by the rest of the number; made when it is asked for
   };
 
   std::unique_ptr<jet::Database> database_;

@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/printf.h"
 #include "jet/error.h"
 #include "jet/masks.h"
 #include "jet/recordset.h"
@@ -18,6 +20,8 @@
 #include "jet/table_rows.h"
 
 namespace jet {
+
+class PreparedSelect;
 
 enum class OpenMode { ReadWrite, ReadOnly };
 
@@ -39,6 +43,8 @@ class Database {
   // and a change by this or another copy is seen by the next call (within a ReadView: by the next view). Of a change by
   // a copy on another machine, the next ReadView and Transaction know at once, other calls some milliseconds later.
   virtual Snapshot openSnapshot(std::string_view sql) = 0;
+  // The same for a select that is run often, with the values of this run.
+  virtual Snapshot openSnapshot(PreparedSelect& select, std::span<const base::FormatArgument> values) = 0;
   // The rows of a select as a scrollable list.
   virtual std::unique_ptr<RowWindow> openWindow(std::string_view sql) = 0;
   // Hands every row of a select to `row` as it is read, without keeping any; `row` returns false to stop.

@@ -22,13 +22,20 @@ class RowSearch {
 // Shared between the results of one select.
 using ColumnNames = std::shared_ptr<const std::vector<std::string>>;
 
-// The rows of a finished select, row after row in one vector. Shared between snapshots of the same text, never changed.
+// The rows of a finished select. Shared between snapshots of the same text, never changed.
 struct ResultTable {
   ColumnNames columns;
-  std::vector<Value> cells;
+  std::vector<Value> cells;  // row after row; none when the rows are borrowed
   std::size_t rows = 0;
+  // Rows that are held in memory anyway, as they stand, and what keeps them there.
+  std::vector<const Value*> borrowed = {};
+  std::shared_ptr<const void> lender = nullptr;
   // What find() keeps from search to search. Made by the first one, on the thread of the Database.
   mutable std::shared_ptr<RowSearch> search = nullptr;
+
+  [[nodiscard]] const Value& at(std::size_t row, std::size_t column) const {
+    return borrowed.empty() ? cells[row * columns->size() + column] : borrowed[row][column];
+  }
 };
 
 // A finished select whose rows are held in memory. Cheap to copy.
@@ -44,9 +51,7 @@ class Snapshot {
   [[nodiscard]] ColumnNames columnNames() const { return table_ ? table_->columns : nullptr; }
   // Index of the column of that name, case ignored; Error 3265 when there is none.
   [[nodiscard]] std::size_t column(std::string_view name) const;
-  [[nodiscard]] const Value& at(std::size_t row, std::size_t column) const {
-    return table_->cells[row * table_->columns->size() + column];
-  }
+  [[nodiscard]] const Value& at(std::size_t row, std::size_t column) const { return table_->at(row, column); }
   [[nodiscard]] const Value& at(std::size_t row, std::string_view name) const { return at(row, column(name)); }
 
   // The first row that meets the criteria (as Recordset::findFirst takes them); nothing when there is none. Repeated

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "base/printf.h"
-
 namespace tariff {
 
 namespace {
@@ -51,11 +49,6 @@ std::optional<std::int64_t> secondsInBand(const ChargeBand& band, const ChargedI
 
 }  // namespace
 
-std::string dayClause(DayEncoding encoding, int dayCode) {
-  if (encoding == DayEncoding::Plain) return base::format(" (charge_days = %d) ", dayCode);
-  return base::format(" (charge_days mod %d = 0) ", primeOf(dayCode));
-}
-
 bool daysMatch(DayEncoding encoding, std::int64_t chargeDays, int dayCode) {
   return encoding == DayEncoding::Plain ? chargeDays == dayCode : chargeDays % primeOf(dayCode) == 0;
 }
@@ -73,33 +66,44 @@ ChargedInterval chargedInterval(base::DateTime callStart, std::int64_t freeSecon
   return {start, start.plusSeconds(chargedSeconds)};
 }
 
-std::string timeCondition(DayEncoding encoding, const ChargedInterval& interval) {
-  // Days in between have no times: from the eighth on, their terms say again what the first seven said.
-  constexpr int kDistinctDaysBetween = 7;
-  const int days = interval.days();
-  const int endMinute = minuteOfDay(interval.end);
-  const int firstDayEnd = days == 1 ? endMinute : 23 * 60 + 59;
-  std::string condition = base::format(" (%s and charge_start_time <= #%d:%d#)",
-                                       dayClause(encoding, interval.dayCode(0)), firstDayEnd / 60, firstDayEnd % 60);
-  for (int day = 1; day < days - 1 && day <= kDistinctDaysBetween; ++day) {
-    condition += " or ";
-    condition += dayClause(encoding, interval.dayCode(day));
-  }
-  if (days > 1) {
-    condition += " or ";
-    // Drops bands that end before the call's end minute, although the sum would count them: required so.
-    condition += base::format(" (%s and charge_end_time >= #%d:%d#)", dayClause(encoding, interval.dayCode(days - 1)),
-                              endMinute / 60, endMinute % 60);
-  }
+// Days in between have no times: from the eighth on, their terms would say again what the first seven said.
+int daysInCondition(const ChargedInterval& interval) {
+  return std::min(interval.days(), kMostDaysInCondition);
+}
+
+std::string timeCondition(DayEncoding encoding, int daysInCondition) {
+  const std::string_view day = encoding == DayEncoding::Plain ? " (charge_days = %d) " : " (charge_days mod %d = 0) ";
+  std::string condition;
+  condition.append(" (").append(day).append(" and charge_start_time <= #%d:%d#)");
+  for (int between = 1; between < daysInCondition - 1; ++between) condition.append(" or ").append(day);
+  // Drops bands that end before the call's end minute, although the sum would count them: required so.
+  if (daysInCondition > 1) condition.append(" or  (").append(day).append(" and charge_end_time >= #%d:%d#)");
   return condition;
 }
 
+void addTimeValues(DayEncoding encoding, const ChargedInterval& interval, std::vector<base::FormatArgument>& values) {
+  const int days = interval.days();
+  const int between = daysInCondition(interval) - 2;
+  const std::int64_t endMinute = minuteOfDay(interval.end);
+  const auto addDay = [&](int day) {
+    const int code = interval.dayCode(day);
+    values.emplace_back(std::int64_t{encoding == DayEncoding::Plain ? code : primeOf(code)});
+  };
+  addDay(0);
+  values.emplace_back(days == 1 ? endMinute : std::int64_t{23 * 60 + 59});
+  for (int day = 1; day <= between; ++day) addDay(day);
+  if (days > 1) {
+    addDay(days - 1);
+    values.emplace_back(endMinute);
+  }
+}
+
 void BandSum::add(const ChargeBand& band, const std::function<void(const BandDay&)>* report) {
-  const int days = interval_.days();
-  for (int day = 0; day < days; ++day) {
-    BandDay charged{.day = day, .dayCode = interval_.dayCode(day)};
+  constexpr int kWeek = 7;
+  for (int day = 0; day < days_; ++day) {
+    BandDay charged{.day = day, .dayCode = (firstDayCode_ + day) % kWeek};
     if (!daysMatch(encoding_, band.days, charged.dayCode)) continue;
-    const auto seconds = secondsInBand(band, interval_, day, days);
+    const auto seconds = secondsInBand(band, interval_, day, days_);
     if (!seconds) continue;
     charged.seconds = *seconds;
     if (day == 0 && !firstCharged_) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/datetime.h"
+#include "base/printf.h"
 
 namespace tariff {
 
@@ -17,8 +18,6 @@ enum class DayEncoding {
   Product,  // the product of its days' primes: Monday 2, Tuesday 3, .. Saturday 13, Sunday 17
 };
 
-// The condition on `charge_days` for a day code (Sunday 0 .. Saturday 6).
-[[nodiscard]] std::string dayClause(DayEncoding encoding, int dayCode);
 [[nodiscard]] bool daysMatch(DayEncoding encoding, std::int64_t chargeDays, int dayCode);
 
 // The part of a call that is charged.
@@ -35,8 +34,13 @@ struct ChargedInterval {
 [[nodiscard]] ChargedInterval chargedInterval(base::DateTime callStart, std::int64_t freeSeconds,
                                               std::int64_t chargedSeconds);
 
-// The bands that may apply to some part of the interval, as a condition on `charges`.
-[[nodiscard]] std::string timeCondition(DayEncoding encoding, const ChargedInterval& interval);
+// The bands that may apply to some part of the interval, as a condition on `charges` in the terms of
+// jet::PreparedSelect. It is the same for all intervals with the same number of days in it.
+[[nodiscard]] int daysInCondition(const ChargedInterval& interval);  // 1 .. kMostDaysInCondition
+inline constexpr int kMostDaysInCondition = 9;
+[[nodiscard]] std::string timeCondition(DayEncoding encoding, int daysInCondition);
+// Appends its values.
+void addTimeValues(DayEncoding encoding, const ChargedInterval& interval, std::vector<base::FormatArgument>& values);
 
 // One row of `charges`.
 struct ChargeBand {
@@ -65,7 +69,8 @@ struct BandDay {
 // Sums the bands of one call; bands are added in the order in which the database returned them.
 class BandSum {
  public:
-  BandSum(DayEncoding encoding, const ChargedInterval& interval) : encoding_(encoding), interval_(interval) {}
+  BandSum(DayEncoding encoding, const ChargedInterval& interval)
+      : encoding_(encoding), interval_(interval), days_(interval.days()), firstDayCode_(interval.dayCode(0)) {}
 
   // `report`, when given, hears of every day on which the band was charged.
   void add(const ChargeBand& band, const std::function<void(const BandDay&)>* report = nullptr);
@@ -74,6 +79,8 @@ class BandSum {
  private:
   DayEncoding encoding_;
   ChargedInterval interval_;
+  int days_;
+  int firstDayCode_;
   bool firstCharged_ = false;
   double price_ = 0;
 };

@@ -1,6 +1,7 @@
 #include "tariff/price.h"
 
 #include <array>
+#include <span>
 
 #include "base/characters.h"
 #include "base/printf.h"
@@ -17,6 +18,8 @@ namespace {
 // Stand in for a trunk or provider without definition: provider 0, no profile, all switches off.
 const exchange::tagTRUNKINFO kNoTrunk;
 const exchange::ProviderDefinition kNoProvider;
+
+constexpr std::int32_t kIgnoresNone = -1;
 
 }  // namespace
 
@@ -54,35 +57,19 @@ std::string profileQuery(const std::string& profile, base::DateTime date, std::i
   return base::format(text, profile, day.month, day.day, day.year, providerId);
 }
 
-std::string dialledDestinationQuery(std::int32_t providerId, std::string_view number) {
-  return base::format(
-      "select destination_id from prefixe where prefix_id <> '' and provider_id=%d and '%s' like prefix_id+'*' "
-      "order by prefix_id desc",
-      providerId, number);
-}
+constexpr const char* kDialledDestination =
+    "select destination_id from prefixe where prefix_id <> '' and provider_id=%d and '%s' like prefix_id+'*' "
+    "order by prefix_id desc";
+constexpr const char* kLocalDestination =
+    "select destination_id from prefixe where provider_id=%d and (prefix_id = '' or prefix_id is null)";
+constexpr const char* kNormalisedDestination =
+    "select destination_id from prefixe where provider_id=%d and '%s' like prefix_id+'*' order by prefix_id desc";
+constexpr const char* kPulseCharge =
+    "select top 1 * from charges where destination_id = %d and profile_id = %d and charge_minimum_digits <= %d";
 
-std::string localDestinationQuery(std::int32_t providerId) {
-  return base::format(
-      "select destination_id from prefixe where provider_id=%d and (prefix_id = '' or prefix_id is null)", providerId);
-}
-
-std::string normalisedDestinationQuery(std::int32_t providerId, std::string_view number) {
-  return base::format(
-      "select destination_id from prefixe where provider_id=%d and '%s' like prefix_id+'*' order by prefix_id desc",
-      providerId, number);
-}
-
-std::string pulseChargeQuery(std::int64_t destinationId, std::int64_t profileId, std::size_t digits) {
-  return base::format(
-      "select top 1 * from charges where destination_id = %d and profile_id = %d and charge_minimum_digits <= %d",
-      destinationId, profileId, digits);
-}
-
-std::string timeChargeQuery(std::int64_t destinationId, std::int64_t profileId, const std::string& condition,
-                            std::size_t digits) {
-  return base::format(
-      "select * from charges where destination_id = %d and profile_id = %d and (%s) and charge_minimum_digits <= %d",
-      destinationId, profileId, condition, digits);
+std::string timeCharges(DayEncoding encoding, int days) {
+  return "select * from charges where destination_id = %d and profile_id = %d and (" + timeCondition(encoding, days) +
+         ") and charge_minimum_digits <= %d";
 }
 
 // The prefix that won: the same query, asked for its other column.
@@ -133,11 +120,16 @@ PriceCalculator::PriceCalculator(foundation::ConfigManager& config, const exchan
       log_(log),
       language_(language),
       operator_(person),
+      dialledDestination_(kDialledDestination),
+      localDestination_(kLocalDestination),
+      normalisedDestination_(kNormalisedDestination),
+      pulseCharge_(kPulseCharge),
       chargeColumns_(kChargeColumns) {}
 
 PriceOutcome PriceCalculator::CalcPrice(CallRecord& record, PricingContext& output, std::int32_t& ignore,
                                         PriceTrace* trace) {
   const foundation::ConfigManager::View settings(config_);
+  readSettings();
   ignore = 0;
   output.price = 0;
   output.currency.clear();
@@ -173,12 +165,17 @@ std::string PriceCalculator::normalise(std::string_view number, const exchange::
   return normaliseNumber(number, provider.nationalPrefix, parties_.countryCode, parties_.areaCode);
 }
 
-bool PriceCalculator::isIgnoredAsShort(Call& call) {
-  constexpr std::int32_t kOff = -1;
-  const std::int32_t threshold = config_.ReadConfigInt("Ignore_short_calls", "Calls", StoreDatabase, kOff);
-  if (threshold == kOff) return false;
-  if (call.trace != nullptr) call.trace->ignoredUpTo = threshold;
-  return call.duration <= threshold;
+void PriceCalculator::readSettings() {
+  if (settings_.version == config_.settingsVersion()) return;
+  settings_ = {.version = config_.settingsVersion(),
+               .ignoredUpTo = config_.ReadConfigInt("Ignore_short_calls", "Calls", StoreDatabase, kIgnoresNone),
+               .secondsNotCharged = config_.ReadConfigInt("Seconds_not_charged", "Calls", StoreDatabase, 0) != 0};
+}
+
+bool PriceCalculator::isIgnoredAsShort(Call& call) const {
+  if (settings_.ignoredUpTo == kIgnoresNone) return false;
+  if (call.trace != nullptr) call.trace->ignoredUpTo = settings_.ignoredUpTo;
+  return call.duration <= settings_.ignoredUpTo;
 }
 
 void PriceCalculator::findTrunk(Call& call, PricingContext& output) const {
@@ -242,8 +239,8 @@ PriceCalculator::KnownProfile& PriceCalculator::rememberedProfile(const Call& ca
 
 // With "Seconds_not_charged" the free seconds leave the record itself, so that they are not stored either. Only the
 // seconds field is touched, even where that leaves it below 0: the three fields are read as one sum again.
-void PriceCalculator::takeFreeSecondsOff(Call& call) {
-  const bool wanted = config_.ReadConfigInt("Seconds_not_charged", "Calls", StoreDatabase, 0) != 0;
+void PriceCalculator::takeFreeSecondsOff(Call& call) const {
+  const bool wanted = settings_.secondsNotCharged;
   if (wanted && call.chargedSeconds() >= 1) call.record.takeOffSeconds(call.freeSeconds);
   if (wanted && call.chargedSeconds() < 1) call.record.durationSeconds = 0;
   if (call.trace != nullptr) {
@@ -261,27 +258,32 @@ bool PriceCalculator::isLocal(const Call& call) const {
 // the number in international form.
 bool PriceCalculator::findDestination(Call& call) {
   jet::Database& database = tariffs_->database();
-  std::string query = dialledDestinationQuery(call.trunk->providerId, skipServiceCode(call.record.dialledNumber));
+  const std::int64_t provider = call.trunk->providerId;
+  jet::PreparedSelect* select = &dialledDestination_;
+  std::array<base::FormatArgument, 2> values = {provider, skipServiceCode(call.record.dialledNumber)};
+  std::span<const base::FormatArgument> used(values);
   auto match = PriceTrace::Match::Dialled;
   const bool local = isLocal(call);
-  jet::Snapshot rows = database.openSnapshot(query);
+  jet::Snapshot rows = select->openWith(database, used);
   if (rows.empty()) {
     match = local ? PriceTrace::Match::LocalCatchAll : PriceTrace::Match::Normalised;
-    query = local ? localDestinationQuery(call.trunk->providerId)
-                  : normalisedDestinationQuery(call.trunk->providerId, call.normalised);
-    rows = database.openSnapshot(query);
+    select = local ? &localDestination_ : &normalisedDestination_;
+    values[1] = std::string_view(call.normalised);
+    used = std::span<const base::FormatArgument>(values).first(local ? 1 : 2);
+    rows = select->openWith(database, used);
   }
   if (rows.empty()) return false;
   call.destinationId = rows.at(0, 0).toLong();
   if (call.trace != nullptr) {
-    call.trace->destination = PriceTrace::Destination{call.destinationId, match, winningPrefix(database, query)};
+    call.trace->destination =
+        PriceTrace::Destination{call.destinationId, match, winningPrefix(database, select->text(used))};
   }
   return true;
 }
 
 PriceOutcome PriceCalculator::priceByPulses(const Call& call, PricingContext& output) {
-  const jet::Snapshot rows = tariffs_->database().openSnapshot(
-      pulseChargeQuery(call.destinationId, call.profileId, base::characterCount(call.record.dialledNumber)));
+  const jet::Snapshot rows = pulseCharge_.open(tariffs_->database(), call.destinationId, call.profileId,
+                                               base::characterCount(call.record.dialledNumber));
   if (rows.empty()) return reportNoRule(call, PriceOutcome::NoCharge);
   const jet::Value& currency = rows.at(0, "charge_currency");
   if (currency.type() != jet::Type::Text) return PriceOutcome::UnusableCharge;
@@ -299,9 +301,7 @@ PriceOutcome PriceCalculator::priceByTime(const Call& call, PricingContext& outp
     call.trace->dayEncoding = encoding;
     call.trace->interval = interval;
   }
-  const jet::Snapshot rows = tariffs_->database().openSnapshot(
-      timeChargeQuery(call.destinationId, call.profileId, timeCondition(encoding, interval),
-                      base::characterCount(call.record.dialledNumber)));
+  const jet::Snapshot rows = openTimeCharges(call, encoding, interval);
   if (rows.empty()) return reportNoRule(call, PriceOutcome::NoCharge);
 
   const ChargePlaces& columns = chargeColumns_.in(rows);
@@ -323,6 +323,17 @@ PriceOutcome PriceCalculator::priceByTime(const Call& call, PricingContext& outp
   }
   output.price = sum.price();
   return outcome;
+}
+
+jet::Snapshot PriceCalculator::openTimeCharges(const Call& call, DayEncoding encoding,
+                                               const ChargedInterval& interval) {
+  const int days = daysInCondition(interval);
+  auto& select = timeCharges_[static_cast<std::size_t>(encoding)][static_cast<std::size_t>(days - 1)];
+  if (!select) select.emplace(timeCharges(encoding, days));
+  chargeValues_.assign({call.destinationId, call.profileId});
+  addTimeValues(encoding, interval, chargeValues_);
+  chargeValues_.emplace_back(static_cast<std::int64_t>(base::characterCount(call.record.dialledNumber)));
+  return select->openWith(tariffs_->database(), chargeValues_);
 }
 
 PriceOutcome PriceCalculator::reportNoRule(const Call& call, PriceOutcome outcome) {

@@ -4,12 +4,14 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "exchange/call_record.h"
 #include "exchange/party_definitions.h"
 #include "foundation/config_manager.h"
 #include "foundation/language_file.h"
 #include "jet/column_places.h"
+#include "jet/prepared_select.h"
 #include "platform/operator.h"
 #include "security/audit_log.h"
 #include "tariff/charge_bands.h"
@@ -50,15 +52,16 @@ class PriceCalculator {
  private:
   struct Call;
 
-  bool isIgnoredAsShort(Call& call);
+  [[nodiscard]] bool isIgnoredAsShort(Call& call) const;
   void findTrunk(Call& call, PricingContext& output) const;
   void findProvider(Call& call, PricingContext& output) const;
   bool findProfile(Call& call);
-  void takeFreeSecondsOff(Call& call);
+  void takeFreeSecondsOff(Call& call) const;
   [[nodiscard]] bool isLocal(const Call& call) const;
   bool findDestination(Call& call);
   PriceOutcome priceByPulses(const Call& call, PricingContext& output);
   PriceOutcome priceByTime(const Call& call, PricingContext& output);
+  jet::Snapshot openTimeCharges(const Call& call, DayEncoding encoding, const ChargedInterval& interval);
   PriceOutcome reportNoRule(const Call& call, PriceOutcome outcome);
 
   // The profile that was in force on a day, valid while the table has that version: calls of one trunk and day follow
@@ -73,13 +76,29 @@ class PriceCalculator {
   };
   KnownProfile& rememberedProfile(const Call& call);
 
+  // The settings that every price asks for, as of their version.
+  struct KnownSettings {
+    std::uint64_t version = 0;
+    std::int32_t ignoredUpTo = 0;  // seconds, "Ignore_short_calls"; -1: none is ignored
+    bool secondsNotCharged = false;
+  };
+  void readSettings();
+
   foundation::ConfigManager& config_;
   const exchange::PartyDefinitions& parties_;
   TariffDatabase* tariffs_;
   security::AuditLog& log_;
   const foundation::LanguageFile& language_;
   platform::Operator& operator_;
+  KnownSettings settings_;
   std::array<KnownProfile, 32> profiles_;
+  jet::PreparedSelect dialledDestination_;
+  jet::PreparedSelect localDestination_;
+  jet::PreparedSelect normalisedDestination_;
+  jet::PreparedSelect pulseCharge_;
+  // By encoding and number of days in the condition.
+  std::array<std::array<std::optional<jet::PreparedSelect>, kMostDaysInCondition>, 2> timeCharges_;
+  std::vector<base::FormatArgument> chargeValues_;  // kept for its memory
   jet::ColumnPlaces<8> chargeColumns_;
   bool destinationBeeped_ = false;  // the missing destination is heard once a run only
 };

@@ -4,6 +4,8 @@
 
 #include <limits>
 
+#include "jet/prepared_select.h"
+
 namespace tariff {
 namespace {
 
@@ -185,7 +187,10 @@ TEST(ChargedIntervalTest, TheLongestDurationIsChargedWhole) {
 
 TEST(TimeConditionTest, HasATermForEachDay) {
   const auto text = [](DayEncoding encoding, base::DateTime start, std::int64_t seconds) {
-    return timeCondition(encoding, chargedInterval(start, 0, seconds));
+    const ChargedInterval interval = chargedInterval(start, 0, seconds);
+    std::vector<base::FormatArgument> values;
+    addTimeValues(encoding, interval, values);
+    return jet::PreparedSelect(timeCondition(encoding, daysInCondition(interval))).text(values);
   };
   EXPECT_EQ(text(kPlain, at(1, 10, 5), 60), " ( (charge_days = 1)  and charge_start_time <= #10:6#)");
   EXPECT_EQ(text(kProduct, at(0, 23, 58), 300),

@@ -99,7 +99,12 @@ std::unique_ptr<Recordset> Engine::openRecordset(std::string_view sql) {
 
 Snapshot Engine::openSnapshot(std::string_view sql) {
   versions_.refresh();
-  return Snapshot(masksNow() ? maskedMemory_->memory.open(sql) : memory_.open(sql));
+  return Snapshot(memoryNow().open(sql));
+}
+
+Snapshot Engine::openSnapshot(PreparedSelect& select, std::span<const base::FormatArgument> values) {
+  versions_.refresh();
+  return Snapshot(memoryNow().open(select, values));
 }
 
 std::shared_ptr<const ResultTable> Engine::runSelect(const ShapedText& text, std::span<const RowKey> keys) {

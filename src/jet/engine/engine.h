@@ -30,6 +30,7 @@ class Engine final : public Database {
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<Recordset> openRecordset(std::string_view sql) override;
   Snapshot openSnapshot(std::string_view sql) override;
+  Snapshot openSnapshot(PreparedSelect& select, std::span<const base::FormatArgument> values) override;
   std::unique_ptr<RowWindow> openWindow(std::string_view sql) override;
   void forEachRow(std::string_view sql, const std::function<bool(const std::vector<Value>&)>& row) override;
   bool readAhead(std::string_view sql, std::chrono::milliseconds time, std::int64_t mostRows) override;
@@ -76,8 +77,9 @@ class Engine final : public Database {
     memory::QueryMemory memory;
   };
 
-  // What a select that is opened now is run under.
+  // What a select that is opened now is run under, and answered from.
   [[nodiscard]] const MasksPtr& masksNow() const;
+  memory::QueryMemory& memoryNow() { return masksNow() ? maskedMemory_->memory : memory_; }
   // A select, bound; Error 3065 for a text that changes something.
   BoundQueryPtr boundSelect(const ShapedText& text);
 

@@ -247,7 +247,25 @@ Truth Evaluator::compareSides(const BoundExpression& expression) {
   if (left.kind == Kind::Column && right.kind == Kind::Literal) {
     return compared(expression.op, row_[left.index], literals_[right.index]);
   }
+  if (right.kind == Kind::Literal && literals_[right.index].type() == Type::Long) {
+    if (const auto rest = wholeRest(left)) {
+      return truthOf(jet::holds(expression.op, order(*rest, literals_[right.index].integer())));
+    }
+  }
   return compared(expression.op, value(left), value(right));
+}
+
+// Column Mod literal, both whole, as the days of a charge are tested: without values in between. Nothing where it is
+// another expression, or Null.
+std::optional<std::int64_t> Evaluator::wholeRest(const BoundExpression& expression) const {
+  if (expression.kind != Kind::Arithmetic || expression.op != Operator::Modulo) return std::nullopt;
+  const BoundExpression& left = expression.operands[0];
+  const BoundExpression& right = expression.operands[1];
+  if (left.kind != Kind::Column || right.kind != Kind::Literal) return std::nullopt;
+  const Value& divided = row_[left.index];
+  const Value& by = literals_[right.index];
+  if (divided.type() != Type::Long || by.type() != Type::Long || by.integer() < 1) return std::nullopt;
+  return divided.integer() % by.integer();
 }
 
 // No counts as less than Yes.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -35,10 +37,16 @@ class Evaluator {
   const Value& value(const bind::BoundExpression& expression);
   // A converted literal, by the index that the bound Literal has.
   [[nodiscard]] const Value& literal(std::size_t index) const { return literals_[index]; }
+  // An empty list for the rows of a run, in storage that is used again.
+  std::vector<std::uint32_t>& clearedRows() {
+    selected_.clear();
+    return selected_;
+  }
 
  private:
   Truth testLogic(const bind::BoundExpression& expression);
   Truth compareSides(const bind::BoundExpression& expression);
+  [[nodiscard]] std::optional<std::int64_t> wholeRest(const bind::BoundExpression& expression) const;
   Truth compareTruth(const bind::BoundExpression& expression);
   Truth testIn(const bind::BoundExpression& expression);
   Truth testLike(const bind::BoundExpression& expression);
@@ -50,6 +58,7 @@ class Evaluator {
   const Value* row_ = nullptr;
   std::vector<Value> literals_;
   std::vector<Value> results_;
+  std::vector<std::uint32_t> selected_;
 };
 
 }  // namespace jet::memory

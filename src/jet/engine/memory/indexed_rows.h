@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "jet/engine/memory/evaluator.h"
@@ -36,7 +37,7 @@ Probes findProbes(const bind::BoundExpression& condition);
 // Rows with the indexes that conditions have asked for. The cells must stay where they are.
 class IndexedRows {
  public:
-  explicit IndexedRows(RowSet rows) : rows_(rows) {}
+  explicit IndexedRows(RowSet rows) : rows_(std::move(rows)) {}
 
   [[nodiscard]] const RowSet& rows() const { return rows_; }
   // The rows, ascending, among which all those are that meet the condition; nothing when no index serves and every row

@@ -123,20 +123,27 @@ void RowIndex::build(std::vector<Entry> entries) {
   std::size_t size = 16;
   while (size < entries.size() * 2) size *= 2;
   slots_.resize(size);
-  rows_.reserve(entries.size());
-  for (const Entry& entry : entries) {
-    std::size_t at = entry.hash & (size - 1);
-    while (slots_[at].count != 0 && slots_[at].hash != entry.hash) at = (at + 1) & (size - 1);
-    if (slots_[at].count == 0) slots_[at] = {entry.hash, static_cast<std::uint32_t>(rows_.size()), 0};
-    ++slots_[at].count;
-    rows_.push_back(entry.row);
+  for (std::size_t first = 0; first < entries.size();) {
+    const std::uint64_t hash = entries[first].hash;
+    std::size_t end = first;
+    const auto start = static_cast<std::uint32_t>(rows_.size());
+    for (; end < entries.size() && entries[end].hash == hash; ++end) rows_.push_back(entries[end].row);
+    const auto count = static_cast<std::uint32_t>(end - first);
+    if (count == 1) rows_.pop_back();
+    std::size_t at = hash & (size - 1);
+    while (slots_[at].count != 0) at = (at + 1) & (size - 1);
+    slots_[at] = {hash, count == 1 ? entries[first].row : start, count};
+    first = end;
   }
+  rows_.shrink_to_fit();
 }
 
 std::span<const std::uint32_t> RowIndex::find(std::uint64_t hash) const {
   const std::size_t mask = slots_.size() - 1;
   for (std::size_t at = hash & mask; slots_[at].count != 0; at = (at + 1) & mask) {
-    if (slots_[at].hash == hash) return {rows_.data() + slots_[at].start, slots_[at].count};
+    const Slot& slot = slots_[at];
+    if (slot.hash != hash) continue;
+    return slot.count == 1 ? std::span(&slot.start, 1) : std::span(rows_.data() + slot.start, slot.count);
   }
   return {};
 }

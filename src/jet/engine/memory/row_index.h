@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -16,6 +17,7 @@ struct RowSet {
   const Value* cells = nullptr;
   std::size_t width = 0;
   std::size_t count = 0;
+  std::shared_ptr<const void> lender = nullptr;  // keeps the cells for whoever borrows rows; null when nobody may
   [[nodiscard]] const Value* row(std::size_t index) const { return cells + index * width; }
 };
 
@@ -58,7 +60,7 @@ class RowIndex {
  private:
   struct Slot {
     std::uint64_t hash = 0;
-    std::uint32_t start = 0;
+    std::uint32_t start = 0;  // in rows_; the row itself when it is the only one
     std::uint32_t count = 0;  // 0: free
   };
   struct Entry {

@@ -21,6 +21,18 @@ bool isColumnsInOrder(const bind::BoundStatement& statement) {
   return true;
 }
 
+// Rows that an index found lie apart in the memory. Asked for together, they come while the first of them is tested.
+constexpr std::size_t kFetchedAhead = 8;
+
+void fetchAhead(const RowSet& rows, std::span<const std::uint32_t> candidates) {
+  constexpr std::size_t kLine = 64;  // bytes that the memory gives at once
+  const std::size_t bytes = rows.width * sizeof(Value);
+  for (const std::uint32_t row : candidates) {
+    const char* const start = reinterpret_cast<const char*>(rows.row(row));
+    for (std::size_t at = 0; at < bytes; at += kLine) __builtin_prefetch(start + at);
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<SelectPlan> SelectPlan::make(std::shared_ptr<const bind::BoundQuery> query) {
@@ -37,11 +49,47 @@ SelectPlan::SelectPlan(std::shared_ptr<const bind::BoundQuery> query) : query_(s
   std::vector<std::string> names;
   for (const bind::BoundItem& item : statement().items) names.push_back(item.name);
   columns_ = std::make_shared<const std::vector<std::string>>(std::move(names));
-  if (statement().where) probes_ = findProbes(*statement().where);
+  if (statement().where) {
+    probes_ = findProbes(*statement().where);
+    addParts(*statement().where);
+  }
   wholeRows_ = isColumnsInOrder(statement());
   auto noRows = std::make_shared<ResultTable>();
   noRows->columns = columns_;
   noRows_ = std::move(noRows);
+}
+
+void SelectPlan::addParts(const bind::BoundExpression& condition) {
+  if (condition.kind == Kind::Logic && condition.op == Operator::And) {
+    for (const bind::BoundExpression& side : condition.operands) addParts(side);
+    return;
+  }
+  const bool comparesColumn = condition.kind == Kind::Compare && condition.operands[0].kind == Kind::Column &&
+                              condition.operands[0].type == Type::Long && condition.operands[1].kind == Kind::Literal;
+  parts_.push_back({&condition, comparesColumn});
+}
+
+// In the order of And: a part after one that is false is not looked at, after one that is unknown it is.
+bool SelectPlan::holds(Evaluator& evaluator, const Value* row) const {
+  evaluator.setRow(row);
+  bool all = true;
+  for (const Part& part : parts_) {
+    const bind::BoundExpression& test = *part.test;
+    if (part.comparesColumn) {
+      const Value& cell = row[test.operands[0].index];
+      const Value& literal = evaluator.literal(test.operands[1].index);
+      if (cell.type() == Type::Long && literal.type() == Type::Long) {
+        const std::int64_t a = cell.integer();
+        const std::int64_t b = literal.integer();
+        if (!jet::holds(test.op, a < b ? -1 : a > b ? 1 : 0)) return false;
+        continue;
+      }
+    }
+    const Truth truth = evaluator.test(test);
+    if (truth == Truth::False) return false;
+    all = all && truth == Truth::True;
+  }
+  return all;
 }
 
 // Of the rows that are equal in the items DISTINCT leaves one; its other columns are nobody's.
@@ -62,7 +110,7 @@ void SelectPlan::begin(Evaluator& evaluator, std::span<const Value> literals) co
 
 std::shared_ptr<const ResultTable> SelectPlan::run(Evaluator& evaluator, const RowSet& rows,
                                                    std::optional<std::span<const std::uint32_t>> candidates) const {
-  std::vector<std::uint32_t> selected;
+  std::vector<std::uint32_t>& selected = evaluator.clearedRows();
   select(evaluator, rows, candidates, selected);
   if (statement().distinct) dropDuplicates(evaluator, rows, selected);
   if (!statement().orderBy.empty()) sort(evaluator, rows, selected);
@@ -72,9 +120,24 @@ std::shared_ptr<const ResultTable> SelectPlan::run(Evaluator& evaluator, const R
   auto result = std::make_shared<ResultTable>();
   result->columns = columns_;
   result->rows = selected.size();
-  result->cells.reserve(selected.size() * columns_->size());
-  for (const std::uint32_t row : selected) appendItems(evaluator, rows.row(row), result->cells);
+  if (wholeRows_ && rows.lender) {
+    borrow(*result, rows, selected);
+  } else {
+    copy(*result, evaluator, rows, selected);
+  }
   return result;
+}
+
+void SelectPlan::borrow(ResultTable& result, const RowSet& rows, const std::vector<std::uint32_t>& selected) {
+  result.borrowed.reserve(selected.size());
+  for (const std::uint32_t row : selected) result.borrowed.push_back(rows.row(row));
+  result.lender = rows.lender;
+}
+
+void SelectPlan::copy(ResultTable& result, Evaluator& evaluator, const RowSet& rows,
+                      const std::vector<std::uint32_t>& selected) const {
+  result.cells.reserve(selected.size() * columns_->size());
+  for (const std::uint32_t row : selected) appendItems(evaluator, rows.row(row), result.cells);
 }
 
 void SelectPlan::select(Evaluator& evaluator, const RowSet& rows,
@@ -82,12 +145,11 @@ void SelectPlan::select(Evaluator& evaluator, const RowSet& rows,
                         std::vector<std::uint32_t>& selected) const {
   const bool anyRows = statement().top && !statement().distinct && statement().orderBy.empty();
   const std::size_t enough = anyRows ? *statement().top : rows.count;
-  const auto& where = statement().where;
   const std::size_t count = candidates ? candidates->size() : rows.count;
+  if (candidates && count <= kFetchedAhead) fetchAhead(rows, *candidates);
   for (std::size_t i = 0; i < count && selected.size() < enough; ++i) {
     const std::uint32_t row = candidates ? (*candidates)[i] : static_cast<std::uint32_t>(i);
-    evaluator.setRow(rows.row(row));
-    if (!where || evaluator.holds(*where)) selected.push_back(row);
+    if (holds(evaluator, rows.row(row))) selected.push_back(row);
   }
 }
 

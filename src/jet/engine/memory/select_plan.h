@@ -32,16 +32,28 @@ class SelectPlan {
  private:
   explicit SelectPlan(std::shared_ptr<const bind::BoundQuery> query);
   [[nodiscard]] const bind::BoundStatement& statement() const { return query_->statement; }
+  // One of the parts of a condition that must hold together.
+  struct Part {
+    const bind::BoundExpression* test = nullptr;  // of query_
+    bool comparesColumn = false;                  // a column of whole numbers with a literal
+  };
+
+  void addParts(const bind::BoundExpression& condition);
+  [[nodiscard]] bool holds(Evaluator& evaluator, const Value* row) const;
   [[nodiscard]] bool sortsItsItems() const;
 
   void select(Evaluator& evaluator, const RowSet& rows, std::optional<std::span<const std::uint32_t>> candidates,
               std::vector<std::uint32_t>& selected) const;
+  static void borrow(ResultTable& result, const RowSet& rows, const std::vector<std::uint32_t>& selected);
+  void copy(ResultTable& result, Evaluator& evaluator, const RowSet& rows,
+            const std::vector<std::uint32_t>& selected) const;
   void dropDuplicates(Evaluator& evaluator, const RowSet& rows, std::vector<std::uint32_t>& selected) const;
   void sort(Evaluator& evaluator, const RowSet& rows, std::vector<std::uint32_t>& selected) const;
   void appendItems(Evaluator& evaluator, const Value* row, std::vector<Value>& cells) const;
 
   std::shared_ptr<const bind::BoundQuery> query_;
   Probes probes_;
+  std::vector<Part> parts_;
   bool wholeRows_ = false;  // the items are the table's columns as they stand
   ColumnNames columns_;
   std::shared_ptr<const ResultTable> noRows_;

@@ -8,18 +8,25 @@ namespace {
 
 // A value of the column tells its type; a column of Nulls has none and equals nothing.
 Type typeOf(const ResultTable& table, std::size_t column) {
-  const std::size_t width = table.columns->size();
   for (std::size_t row = 0; row < table.rows; ++row) {
-    const Value& cell = table.cells[row * width + column];
+    const Value& cell = table.at(row, column);
     if (!cell.isNull()) return cell.type();
   }
   return Type::Text;
 }
 
+std::vector<Value> copiedRows(const ResultTable& table) {
+  std::vector<Value> cells;
+  cells.reserve(table.borrowed.size() * table.columns->size());
+  for (const Value* const row : table.borrowed) cells.insert(cells.end(), row, row + table.columns->size());
+  return cells;
+}
+
 }  // namespace
 
 SnapshotSearch::SnapshotSearch(const ResultTable& table)
-    : rows_(RowSet{table.cells.data(), table.columns->size(), table.rows}) {
+    : copied_(copiedRows(table)),
+      rows_(RowSet{table.borrowed.empty() ? table.cells.data() : copied_.data(), table.columns->size(), table.rows}) {
   auto columns = std::make_shared<TableDef>();
   for (std::size_t i = 0; i < table.columns->size(); ++i) {
     columns->fields.push_back({.name = (*table.columns)[i], .type = typeOf(table, i)});

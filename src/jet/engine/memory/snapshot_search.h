@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "base/text.h"
 #include "jet/engine/memory/indexed_rows.h"
@@ -31,6 +32,7 @@ class SnapshotSearch final : public RowSearch {
   const Criteria& criteriaOf(std::string_view text);
 
   bind::TableDefPtr columns_;
+  std::vector<Value> copied_;  // of rows that are borrowed
   IndexedRows rows_;
   Evaluator evaluator_;
   Shape shape_;  // its storage is used again from search to search

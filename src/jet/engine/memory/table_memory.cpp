@@ -72,14 +72,15 @@ void TableMemory::load() {
   std::size_t count = 0;
   bool fits = true;
   source_.readRows(*definition_, [&](const std::vector<Value>& row) {
-    fits = keepRow(row, held->cells, bytes);
+    fits = keepRow(row, *held->cells, bytes);
     ++count;
     return fits;
   });
   refused_ = !fits;
   if (refused_) return;
-  held->cells.shrink_to_fit();
-  held->rows = std::make_unique<IndexedRows>(RowSet{held->cells.data(), definition_->fields.size(), count});
+  held->cells->shrink_to_fit();
+  held->rows = std::make_unique<IndexedRows>(
+      RowSet{.cells = held->cells->data(), .width = definition_->fields.size(), .count = count, .lender = held->cells});
   held_ = std::move(held);
   packed_.reset();
   // Their positions are others.

@@ -23,6 +23,8 @@ class TableMemory {
 
   // To be called before each select: forgets what is out of date.
   void refresh();
+  // Whether rows are held, and are not out of date.
+  [[nodiscard]] bool holdsRows() const { return (held_ || packed_) && version_ == counters_.now(); }
 
   [[nodiscard]] const VersionCounters& counters() const { return counters_; }
   // Null when there is no such table any more.
@@ -41,7 +43,7 @@ class TableMemory {
 
  private:
   struct Held {
-    std::vector<Value> cells;
+    std::shared_ptr<std::vector<Value>> cells = std::make_shared<std::vector<Value>>();
     std::unique_ptr<IndexedRows> rows;
   };
   struct Texts {
