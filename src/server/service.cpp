@@ -69,7 +69,8 @@ std::unique_ptr<platform::LiveChannelServer> openChannel(CServerDoc& document, p
 
 std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document, std::function<void()> importAsked) {
   return openChannel(
-      document, [&document](std::span<const unsigned char> record) { return document.liveRecorder().record(record); },
+      document,
+      [&document](std::span<const unsigned char> record) { return document.smdr().liveRecorder().record(record); },
       std::move(importAsked));
 }
 
@@ -127,9 +128,9 @@ void Service::run() {
 }
 
 std::int32_t Service::takeLiveRecord(std::span<const unsigned char> record) {
-  const std::int32_t result = document_.liveRecorder().record(record);
+  const std::int32_t result = document_.smdr().liveRecorder().record(record);
   ++(result != 0 ? liveRecorded_ : liveRefused_);
-  if (result == 0) sayRefusal(document_.liveRecorder().refusal());
+  if (result == 0) sayRefusal(document_.smdr().liveRecorder().refusal());
   return result;
 }
 
@@ -163,8 +164,8 @@ void Service::sayWhenFull(const platform::LiveChannelServer& channel) {
 
 void Service::refreshNow() {
   try {
-    document_.refresh();
-    document_.liveRecorder().writeHeldEntries();
+    document_.smdr().refreshDefinitions();
+    document_.smdr().liveRecorder().writeHeldEntries();
     writeHeldEntries();
     clear(refreshFault_);
   } catch (const std::exception& error) {
@@ -186,7 +187,7 @@ void Service::importNow(const ingest::ImportOptions& options) {
   ingest::ImportResult result;
   try {
     // A run that failed left its file aside; only catching up reads it.
-    result = importFault_.empty() ? document_.importMonitorFile(options) : document_.catchUp(options);
+    result = importFault_.empty() ? document_.smdr().importMonitorFile(options) : document_.smdr().catchUp(options);
   } catch (const std::exception& error) {
     result = {.outcome = ingest::ImportResult::Outcome::Failed, .message = error.what()};
   }

@@ -65,8 +65,8 @@ class ContactsTest : public testing::Test {
     fs::remove_all(folder);
   }
 
-  Contact person(const char* name, const char* organization, const char* tel) {
-    Contact contact;
+  CONTACTENTRYDESC person(const char* name, const char* organization, const char* tel) {
+    CONTACTENTRYDESC contact;
     contact.name = name;
     contact.organization = organization;
     contact.contact = displayName(contact);
@@ -123,11 +123,11 @@ TEST_F(ContactsTest, RestartsAMissingCounterAndGivesZero) {
 
 TEST_F(ContactsTest, NeverOverwritesWhatAnotherCopyChanged) {
   Copy other(folder);
-  const Contact original = person("Ana", "", "0721000111");
-  Contact theirs = *other.contacts.find(original.recordId);
+  const CONTACTENTRYDESC original = person("Ana", "", "0721000111");
+  CONTACTENTRYDESC theirs = *other.contacts.find(original.recordId);
   theirs.note = "cheamă după-amiaza";
   EXPECT_EQ(other.contacts.save(*other.contacts.find(original.recordId), theirs), SaveResult::Done);
-  Contact mine = original;
+  CONTACTENTRYDESC mine = original;
   mine.email = "ana@example.org";
   EXPECT_EQ(copy->contacts.save(original, mine), SaveResult::ChangedByOther);
   EXPECT_EQ(copy->contacts.find(original.recordId)->note, theirs.note);
@@ -210,7 +210,7 @@ TEST_F(ContactsTest, SearchedNumbersHoldTheFormsThatCallsAndPeopleUse) {
 }
 
 TEST(VCard, KeepsContactsThroughWritingAndReading) {
-  Contact contact;
+  CONTACTENTRYDESC contact;
   contact.name = "Ștefan cel Mare, domn; voievod";
   contact.organization = "Țara Moldovei";
   contact.contact = contact.name;
