@@ -15,7 +15,6 @@
 namespace jet::test {
 
 using engine::Role, engine::RowKey;
-
 constexpr int kNotDone = 3000;  // number of the error for what the fake driver cannot do
 
 struct FakeRow {
@@ -194,8 +193,7 @@ class FakeQuery final : public FoundRows {
     }
     table().rows = std::move(rows);
     if (statement_.kind != Statement::Kind::Insert) return;
-    table().add(assigned(std::vector<Value>(statement_.table().fields.size())));
-    changed_ = 1;
+    changed_ = table().add(assigned(std::vector<Value>(statement_.table().fields.size()))) > 0 ? 1 : 0;
   }
 
   FakeTables& tables_;
