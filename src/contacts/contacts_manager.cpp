@@ -55,14 +55,14 @@ std::optional<CONTACTENTRYDESC> ContactsManager::find(std::int32_t recordId) {
 
 std::int32_t ContactsManager::NextRecordNumber() {
   const auto taken = config_.takeNumber("Next RecID", "Contacts");
-  if (!taken) operator_.messageBox(language_.Translate("IDS_CANTGETNEXTRECID"));
+  if (!taken) person_.messageBox(language_.Translate("IDS_CANTGETNEXTRECID"));
   return taken.value_or(0);
 }
 
 std::int32_t ContactsManager::AddFromCall(std::string_view first, std::string_view second, std::string_view address,
                                           std::string_view telephone, const EditSheet& editSheet) {
   if (!isOpen()) {
-    operator_.messageBox(language_.Translate("IDS_SMDR_CANTADDTOCONTACTS"));
+    person_.messageBox(language_.Translate("IDS_SMDR_CANTADDTOCONTACTS"));
     return 0;
   }
   CONTACTENTRYDESC contact;
@@ -76,7 +76,7 @@ std::int32_t ContactsManager::AddFromCall(std::string_view first, std::string_vi
   contact.telString = contact.telView = contact.tel = telephone;
   contact.address = address;
   const std::int32_t recordId = add(std::move(contact));
-  if (editSheet && !editSheet(recordId)) operator_.messageBox(language_.Translate("IDS_CANTEDITRECORD"));
+  if (editSheet && !editSheet(recordId)) person_.messageBox(language_.Translate("IDS_CANTEDITRECORD"));
   return recordId;
 }
 
@@ -144,7 +144,7 @@ void ContactsManager::writeFields(jet::Recordset& row, const CONTACTENTRYDESC& c
     const auto* field = std::find_if(kContactTextFields.begin(), kContactTextFields.end(),
                                      [&](const auto& f) { return base::equalFoldAscii(f.column, names[i]); });
     if (field == kContactTextFields.end()) {
-      operator_.messageBox("Non-fatal: field not found in buffer (WriteBuffer)");
+      person_.messageBox("Non-fatal: field not found in buffer (WriteBuffer)");
     } else {
       row.set(i, contact.*field->member);
     }
@@ -159,8 +159,8 @@ void ContactsManager::updateOrReport(jet::Recordset& row) {
     try {
       row.cancelUpdate();
     } catch (const jet::Error& error) {
-      operator_.messageBox(base::format("Cleanup: CancelUpdate failed. File: %s, Line: %d. Error:\n%s", "ContactsSheet",
-                                        __LINE__, error.description()));
+      person_.messageBox(base::format("Cleanup: CancelUpdate failed. File: %s, Line: %d. Error:\n%s", "ContactsSheet",
+                                      __LINE__, error.description()));
     }
     throw;
   }

@@ -30,7 +30,7 @@ class ContactsManager {
  public:
   ContactsManager(foundation::ConfigManager& config, foundation::ChangeTags& tags,
                   const foundation::LanguageFile& language, security::AuditLog& log, platform::Operator& person)
-      : config_(config), tags_(tags), language_(language), log_(log), operator_(person) {}
+      : config_(config), tags_(tags), language_(language), log_(log), person_(person) {}
 
   void Open(jet::Database& database);
   void Close();
@@ -75,7 +75,7 @@ class ContactsManager {
   foundation::ChangeTags& tags_;
   const foundation::LanguageFile& language_;
   security::AuditLog& log_;
-  platform::Operator& operator_;
+  platform::Operator& person_;
   jet::Database* database_ = nullptr;
   std::unique_ptr<jet::Recordset> recordset_;
 };

@@ -62,7 +62,7 @@ bool nameable(const jet::TableDef& table) {
 
 TableWriter::TableWriter(std::string file, std::vector<jet::TableDef> knownTables, jet::Database& database,
                          platform::Operator& person, ConversionReport& report)
-    : file_(std::move(file)), known_(std::move(knownTables)), database_(database), operator_(person), report_(report) {}
+    : file_(std::move(file)), known_(std::move(knownTables)), database_(database), person_(person), report_(report) {}
 
 void TableWriter::beginTable(const OldTable& table) {
   TableReport entry;
@@ -102,7 +102,7 @@ void TableWriter::beginTable(const OldTable& table) {
   progress_ = 0;
   declaredRows_ = table.declaredRows;
   open_ = true;
-  shown_.emplace(operator_, file_, made.name, table.declaredRows);
+  shown_.emplace(person_, file_, made.name, table.declaredRows);
   if (skipped_) return;
   database_.createTable(made);
   made_.push_back(made.name);
@@ -131,7 +131,7 @@ void TableWriter::openRows(const std::string& table) {
 
 void TableWriter::row(const OldRow& row) {
   current().read.add(current().columns, row);
-  if (++progress_ % kProgressStep == 0 && !operator_.progressStep(progress_)) {
+  if (++progress_ % kProgressStep == 0 && !person_.progressStep(progress_)) {
     throw ConversionStopped("Stopped. Nothing was converted.");
   }
   if (skipped_) return;

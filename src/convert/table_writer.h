@@ -39,7 +39,7 @@ class TableWriter : public OldFileSink {
   std::string file_;
   std::vector<jet::TableDef> known_;
   jet::Database& database_;
-  platform::Operator& operator_;
+  platform::Operator& person_;
   ConversionReport& report_;
   std::vector<std::string> made_;  // names of the tables made so far
 

@@ -62,9 +62,9 @@ std::string accountHelp(const security::CurrentUser& user) {
 
 Context::Context(const GlobalOptions& options)
     : options_(options),
-      operator_(interrupts_),
+      person_(interrupts_),
       prompt_(options.user),
-      app_(storeFile(options), server::programFilesFolder(), {operator_, prompt_, clock_, documents_, {}}) {
+      app_(storeFile(options), server::programFilesFolder(), {person_, prompt_, clock_, documents_, {}}) {
   if (machineStore().usable()) return;
   throw Failure(
       base::format("The machine store %s is not a file. Name one with --store FILE.", machineStore().file().string()));
@@ -88,7 +88,7 @@ void Context::open(Duty duty) {
   }
   if (duty == Duty::Serve) {
     interrupts_.begin();
-    operator_.leave();
+    person_.leave();
   }
   document_.emplace(app_);
   if (!document_->OnNewDocument(dutiesOf(duty, options_))) failToStart();

@@ -25,7 +25,7 @@ class Context {
   [[nodiscard]] foundation::ConfigManager& config() { return app_.config(); }
   [[nodiscard]] foundation::MachineStore& machineStore() { return app_.config().machineStore(); }
   [[nodiscard]] server::CServerApp& app() { return app_; }
-  [[nodiscard]] TerminalOperator& person() { return operator_; }
+  [[nodiscard]] TerminalOperator& person() { return person_; }
   [[nodiscard]] TerminalPrompt& prompt() { return prompt_; }
   [[nodiscard]] const platform::Clock& clock() const { return clock_; }
   [[nodiscard]] InterruptWatch& interrupts() { return interrupts_; }
@@ -53,7 +53,7 @@ class Context {
 
   GlobalOptions options_;
   InterruptWatch interrupts_;
-  TerminalOperator operator_;
+  TerminalOperator person_;
   TerminalPrompt prompt_;
   TerminalDocuments documents_;
   platform::SystemClock clock_;

@@ -51,15 +51,15 @@ void appendParties(std::string& condition, const FilterSettings& settings, bool 
   }
 }
 
-std::string periodEnd(std::string_view stored, std::string_view key) {
+std::string periodLimit(std::string_view stored, std::string_view key) {
   return parsePeriod(stored, findFilterKey(key)->fallback).format(kPeriodFormat);
 }
 
 void appendCall(std::string& condition, const FilterSettings& settings) {
   if (settings.onPeriod != 0) {
     condition += base::format(" (DateTime >= #%s# and DateTime <= #%s#) AND ",
-                              periodEnd(settings.intervalStart, "IntervalStart"),
-                              periodEnd(settings.intervalEnd, "IntervalEnd"));
+                              periodLimit(settings.intervalStart, "IntervalStart"),
+                              periodLimit(settings.intervalEnd, "IntervalEnd"));
   }
   if (!settings.numberPrefix.empty()) {
     condition += base::format(" (DialNumber LIKE \"%s*\") AND ", settings.numberPrefix);

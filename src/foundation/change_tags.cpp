@@ -84,7 +84,7 @@ void ChangeTags::bump(std::string_view name, bool markSeen) {
 }
 
 void ChangeTags::reportInvalid() {
-  operator_.messageBox("Non-fatal: Invalid touch tag.");
+  person_.messageBox("Non-fatal: Invalid touch tag.");
 }
 
 }  // namespace foundation

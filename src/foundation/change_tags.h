@@ -17,7 +17,7 @@ namespace foundation {
 // Tags: "Config", "Contacts", "Calls", "Users", "Groups", "Log".
 class ChangeTags {
  public:
-  explicit ChangeTags(platform::Operator& person) : operator_(person) {}
+  explicit ChangeTags(platform::Operator& person) : person_(person) {}
 
   // Opens the recordset over `Touch` and takes the values it holds as seen.
   void LoadTouch(jet::Database& database);
@@ -45,7 +45,7 @@ class ChangeTags {
   void bump(std::string_view name, bool markSeen);
   void reportInvalid();
 
-  platform::Operator& operator_;
+  platform::Operator& person_;
   jet::Database* database_ = nullptr;
   std::unique_ptr<jet::Recordset> TouchRecordset_;
   std::unordered_map<std::string, Tag, base::TextHash, std::equal_to<>> SeenTags_;

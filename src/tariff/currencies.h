@@ -29,7 +29,7 @@ struct CURRENCYDESC {
 class Currencies {
  public:
   Currencies(foundation::ConfigManager& config, const foundation::LanguageFile& language, platform::Operator& person)
-      : config_(config), language_(language), operator_(person) {}
+      : config_(config), language_(language), person_(person) {}
 
   // Both throw jet::Error. Saving replaces the table's rows in one transaction: where other copies may have the
   // database open, part of a foundation::DefinitionChange.
@@ -58,7 +58,7 @@ class Currencies {
  private:
   foundation::ConfigManager& config_;
   const foundation::LanguageFile& language_;
-  platform::Operator& operator_;
+  platform::Operator& person_;
   std::uint64_t loadedVersion_ = 0;
 };
 

@@ -119,7 +119,7 @@ PriceCalculator::PriceCalculator(foundation::ConfigManager& config, const exchan
       tariffs_(tariffs),
       log_(log),
       language_(language),
-      operator_(person),
+      person_(person),
       dialledDestination_(kDialledDestination),
       localDestination_(kLocalDestination),
       normalisedDestination_(kNormalisedDestination),
@@ -339,10 +339,10 @@ jet::Snapshot PriceCalculator::openTimeCharges(const Call& call, DayEncoding enc
 PriceOutcome PriceCalculator::reportNoRule(const Call& call, PriceOutcome outcome) {
   if (call.trace != nullptr) return outcome;
   if (outcome == PriceOutcome::NoCharge) {
-    operator_.beep(platform::Operator::Sound::Asterisk);
+    person_.beep(platform::Operator::Sound::Asterisk);
   } else if (!destinationBeeped_) {
     destinationBeeped_ = true;
-    operator_.beep(platform::Operator::Sound::Hand);
+    person_.beep(platform::Operator::Sound::Hand);
   }
   log_.WriteLog(
       security::LogError, "%s",

@@ -89,7 +89,7 @@ class PriceCalculator {
   TariffDatabase* tariffs_;
   security::AuditLog& log_;
   const foundation::LanguageFile& language_;
-  platform::Operator& operator_;
+  platform::Operator& person_;
   KnownSettings settings_;
   std::array<KnownProfile, 32> profiles_;
   jet::PreparedSelect dialledDestination_;

@@ -46,7 +46,7 @@ std::vector<std::int64_t> KeyedWindow::run(Role role, std::initializer_list<std:
 }
 
 const columns::KeyOrder* KeyedWindow::order() {
-  if (!order_) order_ = engine_.statistics().order(text_, bound_);
+  if (!order_) order_ = engine_.statistics().keyOrder(text_, bound_);
   return order_->get();
 }
 

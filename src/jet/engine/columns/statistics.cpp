@@ -167,7 +167,7 @@ std::optional<std::int64_t> Statistics::count(const engine::ShapedText& text, co
   return cells.front().toLong();
 }
 
-std::shared_ptr<const KeyOrder> Statistics::order(const engine::ShapedText& text, const BoundQueryPtr& query) {
+std::shared_ptr<const KeyOrder> Statistics::keyOrder(const engine::ShapedText& text, const BoundQueryPtr& query) {
   const SourceView view(source_);
   const auto list = listOf(text, query);
   if (!list || !list->plan->listOrder()) return nullptr;

@@ -34,7 +34,7 @@ class Statistics {
   std::optional<std::int64_t> count(const engine::ShapedText& text, const BoundQueryPtr& query);
   // The keys of such a select in its order; null when the database must find them. So it must for small tables, and for
   // a list that it has an index for: that costs no memory.
-  std::shared_ptr<const KeyOrder> order(const engine::ShapedText& text, const BoundQueryPtr& query);
+  std::shared_ptr<const KeyOrder> keyOrder(const engine::ShapedText& text, const BoundQueryPtr& query);
   // Reads on toward a quick answer to this select, or to its count and order, as long as `goesOn` says so; nothing of a
   // table of more than `mostRows`. True while there is more to read.
   bool readAhead(const engine::ShapedText& text, const BoundQueryPtr& query, std::int64_t mostRows,
