@@ -13,7 +13,7 @@ inline constexpr const char* kContactsTable = "Contacts";
 inline constexpr std::int32_t kLastRelationship = 5;
 
 // One row of table `Contacts`: a person or company of the organization's address book.
-struct Contact {
+struct CONTACTENTRYDESC {
   std::int32_t recordId = 0;
   std::string name;          // the person
   std::string organization;  // the company
@@ -27,31 +27,32 @@ struct Contact {
   std::string telString;  // numbers as searched
   std::string tel;        // the first number
 
-  bool operator==(const Contact&) const = default;
+  bool operator==(const CONTACTENTRYDESC&) const = default;
 };
 
-// The text columns and where they are in a Contact: one table for reading, writing, the command line and the sheet.
+// The text columns and where they are in a CONTACTENTRYDESC: one table for reading, writing, the command line and the
+// sheet.
 struct ContactTextField {
   std::string_view column;
-  std::string Contact::*member;
+  std::string CONTACTENTRYDESC::*member;
 };
 inline constexpr std::array<ContactTextField, 10> kContactTextFields = {{
-    {"Name", &Contact::name},
-    {"Organization", &Contact::organization},
-    {"Contact", &Contact::contact},
-    {"Note", &Contact::note},
-    {"Address", &Contact::address},
-    {"Web", &Contact::web},
-    {"Email", &Contact::email},
-    {"Tel_View", &Contact::telView},
-    {"Tel_String", &Contact::telString},
-    {"Tel", &Contact::tel},
+    {"Name", &CONTACTENTRYDESC::name},
+    {"Organization", &CONTACTENTRYDESC::organization},
+    {"Contact", &CONTACTENTRYDESC::contact},
+    {"Note", &CONTACTENTRYDESC::note},
+    {"Address", &CONTACTENTRYDESC::address},
+    {"Web", &CONTACTENTRYDESC::web},
+    {"Email", &CONTACTENTRYDESC::email},
+    {"Tel_View", &CONTACTENTRYDESC::telView},
+    {"Tel_String", &CONTACTENTRYDESC::telString},
+    {"Tel", &CONTACTENTRYDESC::tel},
 }};
 
 // The current row of a recordset over the table.
-Contact readContact(jet::Recordset& row);
+CONTACTENTRYDESC readContact(jet::Recordset& row);
 
 // "%s (%s)" of name and organization when both are there, otherwise whichever is.
-std::string displayName(const Contact& contact);
+std::string displayName(const CONTACTENTRYDESC& contact);
 
 }  // namespace contacts

@@ -71,7 +71,7 @@ SearchResult searchContacts(const SearchInput& input, ContactsManager& contacts,
       result.tooMany = true;
       break;
     }
-    const Contact contact = readContact(rows);
+    const CONTACTENTRYDESC contact = readContact(rows);
     result.matches.push_back({displayName(contact), contact.address, contact.telView, contact.recordId});
   }
   return result;

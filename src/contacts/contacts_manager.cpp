@@ -46,7 +46,7 @@ std::unique_ptr<jet::Recordset> ContactsManager::openSheetRecordset() {
   return database_->openRecordset(base::format("SELECT * FROM %s", kContactsTable));
 }
 
-std::optional<Contact> ContactsManager::find(std::int32_t recordId) {
+std::optional<CONTACTENTRYDESC> ContactsManager::find(std::int32_t recordId) {
   const auto row = openSheetRecordset();
   row->findFirst(base::format("RecordID = %d", recordId));
   if (row->noMatch()) return std::nullopt;
@@ -65,7 +65,7 @@ std::int32_t ContactsManager::AddFromCall(std::string_view first, std::string_vi
     person_.messageBox(language_.Translate("IDS_SMDR_CANTADDTOCONTACTS"));
     return 0;
   }
-  Contact contact;
+  CONTACTENTRYDESC contact;
   if (!second.empty()) {
     contact.name = base::format("%s %s", first, second);
     contact.contact = contact.name;
@@ -80,7 +80,7 @@ std::int32_t ContactsManager::AddFromCall(std::string_view first, std::string_vi
   return recordId;
 }
 
-std::int32_t ContactsManager::add(Contact contact) {
+std::int32_t ContactsManager::add(CONTACTENTRYDESC contact) {
   contact.recordId = NextRecordNumber();  // before the transaction: the operator may be told something
   jet::Transaction transaction(*database_);
   recordset_->addNew();
@@ -92,7 +92,7 @@ std::int32_t ContactsManager::add(Contact contact) {
   return contact.recordId;
 }
 
-SaveResult ContactsManager::save(const Contact& original, const Contact& edited, bool overwrite) {
+SaveResult ContactsManager::save(const CONTACTENTRYDESC& original, const CONTACTENTRYDESC& edited, bool overwrite) {
   jet::Transaction transaction(*database_);
   const auto row = openSheetRecordset();
   row->findFirst(base::format("RecordID = %d", original.recordId));
@@ -107,7 +107,7 @@ SaveResult ContactsManager::save(const Contact& original, const Contact& edited,
   return SaveResult::Done;
 }
 
-SaveResult ContactsManager::remove(const Contact& contact) {
+SaveResult ContactsManager::remove(const CONTACTENTRYDESC& contact) {
   jet::Transaction transaction(*database_);
   const auto row = openSheetRecordset();
   row->findFirst(base::format("RecordID = %d", contact.recordId));
@@ -130,7 +130,7 @@ std::string ContactsManager::message(SaveResult result) const {
   }
 }
 
-void ContactsManager::writeFields(jet::Recordset& row, const Contact& contact) {
+void ContactsManager::writeFields(jet::Recordset& row, const CONTACTENTRYDESC& contact) {
   const auto& names = row.fieldNames();
   for (std::size_t i = 0; i < names.size(); ++i) {
     if (base::equalFoldAscii(names[i], "RecordID")) {

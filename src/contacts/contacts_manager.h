@@ -38,7 +38,7 @@ class ContactsManager {
   [[nodiscard]] jet::Recordset& recordset() { return *recordset_; }
   [[nodiscard]] bool isOpen() const { return recordset_ != nullptr; }
 
-  [[nodiscard]] std::optional<Contact> find(std::int32_t recordId);
+  [[nodiscard]] std::optional<CONTACTENTRYDESC> find(std::int32_t recordId);
 
   // The next free RecordID. Without the counter the operator is told, the counter restarts at 1 and 0 is given.
   std::int32_t NextRecordNumber();
@@ -51,10 +51,10 @@ class ContactsManager {
                            std::string_view telephone, const EditSheet& editSheet);
 
   // Adds a contact; its recordId is given by the counter and returned. Throws jet::Error.
-  std::int32_t add(Contact contact);
+  std::int32_t add(CONTACTENTRYDESC contact);
   // Writes `edited` over the row that was read as `original`; `overwrite` writes even when another copy changed it.
-  SaveResult save(const Contact& original, const Contact& edited, bool overwrite = false);
-  SaveResult remove(const Contact& contact);
+  SaveResult save(const CONTACTENTRYDESC& original, const CONTACTENTRYDESC& edited, bool overwrite = false);
+  SaveResult remove(const CONTACTENTRYDESC& contact);
 
   // The operator's text for a result that is not Done; empty for Done and Failed.
   [[nodiscard]] std::string message(SaveResult result) const;
@@ -67,7 +67,7 @@ class ContactsManager {
   [[nodiscard]] std::string localPrefix();
 
  private:
-  void writeFields(jet::Recordset& row, const Contact& contact);
+  void writeFields(jet::Recordset& row, const CONTACTENTRYDESC& contact);
   void updateOrReport(jet::Recordset& row);
   std::unique_ptr<jet::Recordset> openSheetRecordset();
 

@@ -47,7 +47,7 @@ void appendProperty(std::string& out, std::string_view name, std::string_view va
   if (!value.empty()) appendLine(out, base::format("%s:%s", name, escapeValue(value)));
 }
 
-void appendCard(std::string& out, const Contact& contact) {
+void appendCard(std::string& out, const CONTACTENTRYDESC& contact) {
   appendLine(out, "BEGIN:VCARD");
   appendLine(out, "VERSION:3.0");
   // Given and family names are not told apart here: the whole name is written as the family name.
@@ -217,7 +217,7 @@ void appendNumber(std::string& numbers, std::string_view number) {
   numbers += number;
 }
 
-void takeProperty(Contact& contact, const Property& property) {
+void takeProperty(CONTACTENTRYDESC& contact, const Property& property) {
   const auto parts = components(property.value);
   if (property.name == "n") contact.name = nameOf(parts);
   if (property.name == "fn" && contact.contact.empty()) contact.contact = joined(parts, "; ");
@@ -235,22 +235,22 @@ void takeProperty(Contact& contact, const Property& property) {
 
 }  // namespace
 
-std::string writeVCards(const std::vector<Contact>& contacts) {
+std::string writeVCards(const std::vector<CONTACTENTRYDESC>& contacts) {
   std::string out;
-  for (const Contact& contact : contacts) appendCard(out, contact);
+  for (const CONTACTENTRYDESC& contact : contacts) appendCard(out, contact);
   return out;
 }
 
 VCardImport readVCards(std::string_view text) {
   VCardImport result;
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  Contact card;
+  CONTACTENTRYDESC card;
   std::size_t begunAt = 0;  // line of the open card, 0 when none is open
   for (const Line& line : unfold(text)) {
     const Property property = parseProperty(line.text);
     const std::string value = base::foldAscii(base::trim(property.value));
     if (property.name == "begin" && value == "vcard") {
-      card = Contact();
+      card = CONTACTENTRYDESC();
       begunAt = line.number;
     } else if (property.name == "end" && value == "vcard" && begunAt != 0) {
       if (card.name.empty() && card.organization.empty()) card.name = card.contact;

@@ -9,11 +9,11 @@
 namespace contacts {
 
 // vCard 3.0 text (UTF-8, CRLF, folded lines) of the contacts. Several telephone numbers become several TEL lines.
-std::string writeVCards(const std::vector<Contact>& contacts);
+std::string writeVCards(const std::vector<CONTACTENTRYDESC>& contacts);
 
 struct VCardImport {
-  std::vector<Contact> contacts;      // recordId and telString are left for the store to fill
-  std::vector<std::string> problems;  // one sentence for each card that could not be taken, with its line number
+  std::vector<CONTACTENTRYDESC> contacts;  // recordId and telString are left for the store to fill
+  std::vector<std::string> problems;       // one sentence for each card that could not be taken, with its line number
 };
 
 // Reads vCard 2.1, 3.0 and 4.0: N, FN, ORG, TEL, EMAIL, ADR, URL, NOTE and the relationship that writeVCards keeps;

@@ -300,7 +300,7 @@ int acknowledge(const Invocation& call) {
   requireAllCalls(context);
   context.requireWritable();
   const std::int64_t id = call.arguments.integer("ID", 0, 1, std::numeric_limits<std::int64_t>::max());
-  if (!alarms::acknowledge(context.main(), id, context.document().user().Name, context.clock().now())) {
+  if (!alarms::acknowledge(context.main(), id, context.document().user().CurrentUserName, context.clock().now())) {
     throw Failure(base::format("There is no alarm %d that waits to be acknowledged. See tallyctl alarm list.", id));
   }
   context.log().WriteLog(security::LogEdit, context.language().Translate("IDS_LOG_ALARM_ACKNOWLEDGED"), id);

@@ -23,13 +23,13 @@ namespace ctl {
 namespace contact_commands {
 
 namespace fs = std::filesystem;
-using contacts::Contact;
+using contacts::CONTACTENTRYDESC;
 using contacts::ContactsManager;
 
 constexpr std::int64_t kMostId = std::numeric_limits<std::int32_t>::max();
 
-std::vector<Contact> allContacts(ContactsManager& book) {
-  std::vector<Contact> all;
+std::vector<CONTACTENTRYDESC> allContacts(ContactsManager& book) {
+  std::vector<CONTACTENTRYDESC> all;
   jet::Recordset& rows = book.recordset();
   for (rows.moveFirst(); !rows.eof(); rows.moveNext()) all.push_back(contacts::readContact(rows));
   return all;
@@ -44,7 +44,7 @@ void requireChangeable(const Invocation& call) {
 int list(const Invocation& call) {
   const folders::ValueFormatter& formatter = call.context.document().valueFormatter();
   Table table({"ID", "Name", "Organization", "Contact", "Relationship", "Web", "Email", "Numbers"});
-  for (const Contact& contact : allContacts(call.context.document().contactBook())) {
+  for (const CONTACTENTRYDESC& contact : allContacts(call.context.document().contactBook())) {
     table.add({std::int64_t{contact.recordId}, contact.name, contact.organization, contact.contact,
                formatter.contactTypeName(contact.tip), contact.web, contact.email, contact.telView});
   }
@@ -55,27 +55,27 @@ int list(const Invocation& call) {
 // Where the options of add and edit go.
 struct FieldOption {
   std::string_view option;
-  std::string Contact::*member;
+  std::string CONTACTENTRYDESC::*member;
 };
 constexpr FieldOption kFieldOptions[] = {
-    {"--name", &Contact::name},       {"--organization", &Contact::organization},
-    {"--contact", &Contact::contact}, {"--note", &Contact::note},
-    {"--address", &Contact::address}, {"--web", &Contact::web},
-    {"--email", &Contact::email},     {"--phones", &Contact::telView},
+    {"--name", &CONTACTENTRYDESC::name},       {"--organization", &CONTACTENTRYDESC::organization},
+    {"--contact", &CONTACTENTRYDESC::contact}, {"--note", &CONTACTENTRYDESC::note},
+    {"--address", &CONTACTENTRYDESC::address}, {"--web", &CONTACTENTRYDESC::web},
+    {"--email", &CONTACTENTRYDESC::email},     {"--phones", &CONTACTENTRYDESC::telView},
 };
 
-const std::string& usualDisplayName(const Contact& contact) {
+const std::string& usualDisplayName(const CONTACTENTRYDESC& contact) {
   return contact.name.empty() ? contact.organization : contact.name;
 }
 
-void fillNumbers(Contact& contact, ContactsManager& book) {
+void fillNumbers(CONTACTENTRYDESC& contact, ContactsManager& book) {
   contact.telString = book.searchedNumbers(contact.telView);
   const std::vector<std::string> numbers = base::split(contact.telView, ",;/\r\n");
   contact.tel = numbers.empty() ? std::string() : std::string(base::trim(numbers.front()));
 }
 
 // Takes over what was typed. Calls show the display name, so it follows a name that it repeated.
-void takeOver(Contact& contact, const Arguments& arguments, ContactsManager& book) {
+void takeOver(CONTACTENTRYDESC& contact, const Arguments& arguments, ContactsManager& book) {
   const bool repeatsName = contact.contact == usualDisplayName(contact);
   for (const FieldOption& field : kFieldOptions) {
     if (const auto typed = arguments.find(field.option)) contact.*field.member = *typed;
@@ -90,13 +90,13 @@ void takeOver(Contact& contact, const Arguments& arguments, ContactsManager& boo
 int add(const Invocation& call) {
   requireChangeable(call);
   ContactsManager& book = call.context.document().contactBook();
-  Contact contact;
+  CONTACTENTRYDESC contact;
   takeOver(contact, call.arguments, book);
   call.out << base::format("added contact %d\n", book.add(contact));
   return 0;
 }
 
-Contact contactOf(const Invocation& call) {
+CONTACTENTRYDESC contactOf(const Invocation& call) {
   const auto id = static_cast<std::int32_t>(call.arguments.integer("ID", 0, 0, kMostId));
   const auto found = call.context.document().contactBook().find(id);
   if (!found) throw Failure(base::format("There is no contact %d.", id));
@@ -111,8 +111,8 @@ int done(ContactsManager& book, contacts::SaveResult result) {
 int edit(const Invocation& call) {
   requireChangeable(call);
   ContactsManager& book = call.context.document().contactBook();
-  const Contact original = contactOf(call);
-  Contact edited = original;
+  const CONTACTENTRYDESC original = contactOf(call);
+  CONTACTENTRYDESC edited = original;
   takeOver(edited, call.arguments, book);
   return done(book, book.save(original, edited));
 }
@@ -182,7 +182,7 @@ contacts::VCardImport readCards(const std::string& file) {
 }
 
 // A card of somebody with the same names and numbers as a contact is that contact.
-std::tuple<std::string, std::string, std::string> identity(const Contact& contact) {
+std::tuple<std::string, std::string, std::string> identity(const CONTACTENTRYDESC& contact) {
   return {contact.name, contact.organization, contact.telView};
 }
 
@@ -191,10 +191,10 @@ int importCards(const Invocation& call) {
   contacts::VCardImport cards = readCards(call.arguments.text("FILE"));
   ContactsManager& book = call.context.document().contactBook();
   std::set<std::tuple<std::string, std::string, std::string>> known;
-  for (const Contact& contact : allContacts(book)) known.insert(identity(contact));
+  for (const CONTACTENTRYDESC& contact : allContacts(book)) known.insert(identity(contact));
   std::int64_t added = 0;
   jet::Transaction transaction(call.context.main());
-  for (Contact& contact : cards.contacts) {
+  for (CONTACTENTRYDESC& contact : cards.contacts) {
     if (!known.insert(identity(contact)).second) continue;
     if (contact.contact.empty()) contact.contact = usualDisplayName(contact);
     fillNumbers(contact, book);

@@ -57,12 +57,12 @@ std::string databaseHelp(const std::string& folder) {
 std::string accountHelp(const security::CurrentUser& user) {
   if ((user.Flags & security::UserDisabled) != 0 || user.groups.empty()) {
     return base::format("%s is not let in. Let an administrator change that (tallyctl user set), or give --user NAME.",
-                        user.Name);
+                        user.CurrentUserName);
   }
   return base::format(
       "%s is not let in before the password is changed: tallyctl --user %s passwd. Without a terminal, "
       "give it the present one in TALLYBOOK_PASSWORD and the new one in TALLYBOOK_NEW_PASSWORD.",
-      user.Name, user.Name);
+      user.CurrentUserName, user.CurrentUserName);
 }
 
 }  // namespace
@@ -124,10 +124,10 @@ void Context::failToStart() {
 void Context::require(const Access& access) {
   open(access.duty);
   if (document_->HasRight(access.object, access.right)) return;
-  throw Failure(
-      base::format("%s may not do this: the right %s is missing. Let an administrator give it to a group of %s, or "
-                   "give --user NAME.",
-                   document_->user().Name, rightText({access.object, access.right}), document_->user().Name));
+  throw Failure(base::format(
+      "%s may not do this: the right %s is missing. Let an administrator give it to a group of %s, or "
+      "give --user NAME.",
+      document_->user().CurrentUserName, rightText({access.object, access.right}), document_->user().CurrentUserName));
 }
 
 void Context::requireWritable() {

@@ -43,7 +43,7 @@ class Context {
   // Only after open().
   [[nodiscard]] server::CServerDoc& document() { return *document_; }
   [[nodiscard]] jet::Database& main() { return document_->database(); }
-  [[nodiscard]] exchange::PartyDefinitions& parties() { return document_->parties(); }
+  [[nodiscard]] exchange::PartyDefinitions& parties() { return document_->smdr().parties(); }
   [[nodiscard]] tariff::Currencies& currencies() { return document_->currencies(); }
   [[nodiscard]] security::AuditLog& log() { return document_->log(); }
   [[nodiscard]] const foundation::LanguageFile& language() { return app_.language(); }

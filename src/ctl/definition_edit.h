@@ -66,7 +66,7 @@ class DefinitionEdit : public foundation::DefinitionChange<exchange::PartyDefini
     return context;
   }
   static jet::Database* tariffsOf(Context& context) {
-    tariff::TariffDatabase* const tariffs = context.document().tariffs();
+    tariff::TariffDatabase* const tariffs = context.document().smdr().tariffs();
     return tariffs == nullptr ? nullptr : &tariffs->database();
   }
 };

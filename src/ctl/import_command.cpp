@@ -44,7 +44,8 @@ int runImport(const Invocation& call) {
   };
   const auto file = call.arguments.find("--file");
   server::CServerDoc& document = context.document();
-  const ingest::ImportResult result = file ? document.importFile(*file, options) : document.importMonitorFile(options);
+  const ingest::ImportResult result =
+      file ? document.smdr().importFile(*file, options) : document.smdr().importMonitorFile(options);
   call.out << base::format("imported %d\n", result.imported);
   call.out.flush();  // the count first
   if (!result.restFile.empty()) {

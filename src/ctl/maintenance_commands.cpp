@@ -10,11 +10,11 @@ namespace ctl {
 
 namespace maintenance_commands {
 
-int hideOrShow(const Invocation& call, void (server::CServerDoc::*command)(std::string_view)) {
+int hideOrShow(const Invocation& call, void (ingest::SMDRManager2::*command)(std::string_view)) {
   call.context.requireWritable();
   const std::string number = call.arguments.text("NUMBER");
   try {
-    (call.context.document().*command)(number);
+    (call.context.document().smdr().*command)(number);
   } catch (const jet::Error& error) {
     if (!ingest::endsQuotes(number)) throw;
     throw Failure(error.description());
@@ -23,11 +23,11 @@ int hideOrShow(const Invocation& call, void (server::CServerDoc::*command)(std::
 }
 
 int hide(const Invocation& call) {
-  return hideOrShow(call, &server::CServerDoc::hideNumber);
+  return hideOrShow(call, &ingest::SMDRManager2::hideNumber);
 }
 
 int show(const Invocation& call) {
-  return hideOrShow(call, &server::CServerDoc::showNumber);
+  return hideOrShow(call, &ingest::SMDRManager2::showNumber);
 }
 
 int purge(const Invocation& call) {
@@ -37,7 +37,7 @@ int purge(const Invocation& call) {
     call.out << "All calls are kept: setting Sterge (section Calls) names no number of days.\n";
     return 0;
   }
-  call.out << base::format("deleted %d\n", call.context.document().purgeOldCalls());
+  call.out << base::format("deleted %d\n", call.context.document().smdr().purgeOldCalls());
   return 0;
 }
 
@@ -68,7 +68,7 @@ int recalc(const Invocation& call) {
   const ingest::RecalcOptions options = recalcOptions(call.arguments);
   call.context.requireWritable();
   call.context.interrupts().begin();
-  const ingest::RecalcResult result = call.context.document().recalc(options);
+  const ingest::RecalcResult result = call.context.document().smdr().recalc(options);
   if (result.error.empty() || result.rows > 0) {
     call.out << base::format("changed %d of %d calls\n", result.changed, result.rows);
   }

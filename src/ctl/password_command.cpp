@@ -19,15 +19,15 @@ int passwd(const Invocation& call) {
     throw Failure(
         base::format("The password of %s was not changed. Without a terminal, give the current one in "
                      "TALLYBOOK_PASSWORD and the new one in TALLYBOOK_NEW_PASSWORD.",
-                     document.user().Name));
+                     document.user().CurrentUserName));
   }
   // A user who logs in automatically stays able to.
   foundation::ConfigManager& config = context.config();
   const std::string automatic = config.ReadConfigString("AutoLoginUser", "general", foundation::StoreMachine, "");
-  if (!automatic.empty() && automatic == document.user().Name) {
+  if (!automatic.empty() && automatic == document.user().CurrentUserName) {
     config.WriteConfigString(document.user().password, "AutoLoginPassword", "general", foundation::StoreMachine);
   }
-  call.out << base::format("The password of %s is changed.\n", document.user().Name);
+  call.out << base::format("The password of %s is changed.\n", document.user().CurrentUserName);
   return 0;
 }
 

@@ -36,7 +36,8 @@ int price(const Invocation& call) {
   tariff::PricingContext output;
   tariff::PriceTrace trace;
   std::int32_t ignored = 0;
-  const tariff::PriceOutcome outcome = call.context.document().prices().CalcPrice(record, output, ignored, &trace);
+  const tariff::PriceOutcome outcome =
+      call.context.document().smdr().prices().CalcPrice(record, output, ignored, &trace);
   for (const std::string& line :
        tariff::priceReport(trace, record, output, outcome, call.context.document().app().language()))
     call.out << line << '\n';

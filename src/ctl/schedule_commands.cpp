@@ -83,7 +83,8 @@ void takeOptions(Schedule& changed, const Arguments& arguments) {
 // A report of another user may show what the session's does not see.
 void requireOwn(const Invocation& call, const Schedule& report) {
   const security::CurrentUser& user = call.context.document().user();
-  if (!base::equalFoldAscii(report.user, user.Name)) security::requireAllCalls(user, call.context.language());
+  if (!base::equalFoldAscii(report.user, user.CurrentUserName))
+    security::requireAllCalls(user, call.context.language());
 }
 
 int set(const Invocation& call) {
@@ -91,7 +92,7 @@ int set(const Invocation& call) {
   server::CServerDoc& document = call.context.document();
   ScheduleTable table(call.context.main());
   const std::string name = call.arguments.text("NAME");
-  Schedule changed = table.find(name).value_or(Schedule{.name = name, .user = document.user().Name});
+  Schedule changed = table.find(name).value_or(Schedule{.name = name, .user = document.user().CurrentUserName});
   try {
     takeOptions(changed, call.arguments);
     requireOwn(call, changed);

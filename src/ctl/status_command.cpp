@@ -88,7 +88,7 @@ int status(const Invocation& call) {
   table.add({"Version", std::string(base::kProgramVersion)});
   table.add({"Database version",
              std::int64_t{context.config().ReadConfigInt("DbVersion", "general", foundation::StoreDatabase, 0)}});
-  table.add({"User", context.document().user().Name});
+  table.add({"User", context.document().user().CurrentUserName});
   addFiles(table, context);
   addMonitor(table, context);
   addCounts(table, context);

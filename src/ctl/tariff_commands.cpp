@@ -145,7 +145,7 @@ int importList(const Invocation& call) {
   const exchange::ProviderDefinition& provider = providerOf(call);
   const std::string profile = call.arguments.text("--profile");
   requirePlain("--profile", profile);
-  tariff::TariffDatabase* tariffs = context.document().tariffs();
+  tariff::TariffDatabase* tariffs = context.document().smdr().tariffs();
   if (tariffs == nullptr) throw Failure("There is no tariff database to import into.");
   const bool dryRun = call.arguments.has("--dry-run");
   // The trial prices the calls of a month.

@@ -47,7 +47,7 @@ tagTRUNKINFO& entryFor(std::vector<tagTRUNKINFO>& trunks, const std::string& num
 }
 
 jet::Database& tariffDatabase(Context& context) {
-  tariff::TariffDatabase* tariffs = context.document().tariffs();
+  tariff::TariffDatabase* tariffs = context.document().smdr().tariffs();
   if (tariffs == nullptr) throw Failure("There is no tariff database, which holds the providers.");
   return tariffs->database();
 }

@@ -8,16 +8,16 @@ void ChangeTags::LoadTouch(jet::Database& database) {
   tableVersion_ = database.tableVersion("Touch");
   for (; !recordset->eof(); recordset->moveNext()) {
     const auto value = static_cast<std::int32_t>(recordset->get("Value").toLong());
-    seenTags_[recordset->get("Tag").toText()] = {true, value, value, true};
+    SeenTags_[recordset->get("Tag").toText()] = {true, value, value, true};
   }
-  touchRecordset_ = std::move(recordset);
+  TouchRecordset_ = std::move(recordset);
   database_ = &database;
 }
 
 void ChangeTags::CloseTouch() {
-  touchRecordset_.reset();
+  TouchRecordset_.reset();
   database_ = nullptr;
-  seenTags_.clear();
+  SeenTags_.clear();
 }
 
 bool ChangeTags::IsTouched(std::string_view name) {
@@ -40,8 +40,8 @@ void ChangeTags::TouchCalls() {
 }
 
 ChangeTags::Tag& ChangeTags::find(std::string_view name) {
-  auto found = seenTags_.find(name);
-  if (found == seenTags_.end()) found = seenTags_.try_emplace(std::string(name)).first;
+  auto found = SeenTags_.find(name);
+  if (found == SeenTags_.end()) found = SeenTags_.try_emplace(std::string(name)).first;
   return found->second;
 }
 
@@ -50,13 +50,13 @@ ChangeTags::Tag& ChangeTags::look(std::string_view name) {
   if (database_ == nullptr) return tag;
   const std::uint64_t version = database_->tableVersion("Touch");
   if (version != tableVersion_) {
-    for (auto& [other, entry] : seenTags_) entry.current = false;
+    for (auto& [other, entry] : SeenTags_) entry.current = false;
     tableVersion_ = version;
   }
   if (tag.current) return tag;
-  touchRecordset_->findFirst("Tag = \"" + std::string(name) + "\"");
-  tag.present = !touchRecordset_->noMatch();
-  if (tag.present) tag.value = static_cast<std::int32_t>(touchRecordset_->get("Value").toLong());
+  TouchRecordset_->findFirst("Tag = \"" + std::string(name) + "\"");
+  tag.present = !TouchRecordset_->noMatch();
+  if (tag.present) tag.value = static_cast<std::int32_t>(TouchRecordset_->get("Value").toLong());
   tag.current = true;
   return tag;
 }
@@ -65,17 +65,17 @@ void ChangeTags::bump(std::string_view name, bool markSeen) {
   if (database_ == nullptr) return;
   // Read and written within one transaction, so that two copies' increments cannot fall together.
   jet::Transaction transaction(*database_);
-  touchRecordset_->findFirst("Tag = \"" + std::string(name) + "\"");
-  if (touchRecordset_->noMatch()) {
+  TouchRecordset_->findFirst("Tag = \"" + std::string(name) + "\"");
+  if (TouchRecordset_->noMatch()) {
     transaction.commit();
     reportInvalid();
     return;
   }
-  touchRecordset_->edit();
+  TouchRecordset_->edit();
   // Wraps as 32-bit counters do.
-  const auto next = static_cast<std::int32_t>(static_cast<std::uint32_t>(touchRecordset_->get("Value").toLong()) + 1U);
-  touchRecordset_->set("Value", next);
-  touchRecordset_->update();
+  const auto next = static_cast<std::int32_t>(static_cast<std::uint32_t>(TouchRecordset_->get("Value").toLong()) + 1U);
+  TouchRecordset_->set("Value", next);
+  TouchRecordset_->update();
   transaction.commit();
   Tag& tag = find(name);
   tag.present = true;

@@ -47,8 +47,8 @@ class ChangeTags {
 
   platform::Operator& person_;
   jet::Database* database_ = nullptr;
-  std::unique_ptr<jet::Recordset> touchRecordset_;
-  std::unordered_map<std::string, Tag, base::TextHash, std::equal_to<>> seenTags_;
+  std::unique_ptr<jet::Recordset> TouchRecordset_;
+  std::unordered_map<std::string, Tag, base::TextHash, std::equal_to<>> SeenTags_;
   std::uint64_t tableVersion_ = 0;
 };
 

@@ -89,7 +89,7 @@ bool LanguageFile::LoadLanguageFile(const std::filesystem::path& file) {
 void LanguageFile::parse(std::string_view content) {
   languages_.clear();
   native_.clear();
-  texts_.clear();
+  TextMap_.clear();
   all_.clear();
   while (!content.empty()) {
     const std::size_t end = content.find('\n');
@@ -121,7 +121,7 @@ void LanguageFile::parseLine(std::string_view line) {
   if (language == nullptr) return;
   std::string text = decodeText(rest, language->codepage);
   // Only what is read while its language is the one in use goes into the map.
-  if (base::equalFoldAscii(language->code, native_)) texts_.insert_or_assign(std::string(second), text);
+  if (base::equalFoldAscii(language->code, native_)) TextMap_.insert_or_assign(std::string(second), text);
   all_.push_back({language->code, std::string(second), std::move(text)});
 }
 
@@ -147,8 +147,8 @@ int LanguageFile::codepage() const {
 }
 
 std::string LanguageFile::Translate(std::string_view key) const {
-  const auto found = texts_.find(key);
-  return found == texts_.end() ? std::string(key) : replaceEscapes(found->second);
+  const auto found = TextMap_.find(key);
+  return found == TextMap_.end() ? std::string(key) : replaceEscapes(found->second);
 }
 
 std::string LanguageFile::translateBracketed(const std::string& text) const {
@@ -173,9 +173,9 @@ void LanguageFile::CheckCodepage(std::string_view code, platform::Operator& pers
   const Language* chosen = findLanguage(code);
   if (chosen != nullptr) {
     native_ = chosen->code;
-    texts_.clear();
-    for (const LanguageText& line : all_) {
-      if (line.language == native_) texts_.insert_or_assign(line.key, line.text);
+    TextMap_.clear();
+    for (const TRANSLATE_ITEM& line : all_) {
+      if (line.language == native_) TextMap_.insert_or_assign(line.key, line.text);
     }
   }
   const Language* used = findLanguage(native_);

@@ -20,7 +20,7 @@ struct Language {
 };
 
 // One line of the file: a text of a language.
-struct LanguageText {
+struct TRANSLATE_ITEM {
   std::string language;
   std::string key;
   std::string text;  // escapes as they are in the file
@@ -77,7 +77,7 @@ class LanguageFile {
   [[nodiscard]] const std::string& NativeLanguage() const { return native_; }
   // Code page of the language in use, 1252 when it declares none: that of the monitor's records too.
   [[nodiscard]] int codepage() const;
-  [[nodiscard]] const std::vector<LanguageText>& allTexts() const { return all_; }
+  [[nodiscard]] const std::vector<TRANSLATE_ITEM>& allTexts() const { return all_; }
 
   // Takes the content of a language file in place of what was read before.
   void parse(std::string_view content);
@@ -90,8 +90,8 @@ class LanguageFile {
   int (*currentCodepage_)();
   std::vector<Language> languages_;
   std::string native_;
-  std::unordered_map<std::string, std::string, base::TextHash, std::equal_to<>> texts_;
-  std::vector<LanguageText> all_;
+  std::unordered_map<std::string, std::string, base::TextHash, std::equal_to<>> TextMap_;
+  std::vector<TRANSLATE_ITEM> all_;
 };
 
 }  // namespace foundation

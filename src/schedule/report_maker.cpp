@@ -140,7 +140,7 @@ security::CurrentUser userOf(const std::string& name, security::UserDirectory& u
   }
   security::CurrentUser user;
   user.RecordID = record->RecordID;
-  user.Name = record->Name;
+  user.CurrentUserName = record->Name;
   user.Fullname = record->Fullname;
   user.Flags = record->Flags;
   user.SQLSubquery = record->SQLSubquery;

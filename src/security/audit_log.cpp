@@ -73,30 +73,30 @@ AuditLog::AuditLog(foundation::ConfigManager& config, const platform::Clock& clo
 
 void AuditLog::OpenLog(jet::Database& database) {
   const jet::AsStored stored(database);
-  logRecordset_ = database.openRecordset("SELECT * FROM Log ORDER BY DateTime DESC;");
+  LogRecordset_ = database.openRecordset("SELECT * FROM Log ORDER BY DateTime DESC;");
   database_ = &database;
 }
 
 void AuditLog::CloseLog() {
-  logRecordset_.reset();
+  LogRecordset_.reset();
   database_ = nullptr;
 }
 
 void AuditLog::LoadLogLevels() {
   for (const Category& category : kCategories) {
-    logLevelEnabled_[static_cast<std::size_t>(category.level) - 1] =
+    LogLevelEnabled_[static_cast<std::size_t>(category.level) - 1] =
         config_.ReadConfigInt(category.recordKey, foundation::kGeneral, foundation::StoreMachine, 0);
   }
 }
 
 bool AuditLog::writeEntry(int level, std::string text) {
   if (database_ == nullptr || database_->readOnly()) return false;
-  logRecordset_->addNew();
-  logRecordset_->set("Desc", base::firstCharacters(text, kMaxText));
-  logRecordset_->set("UserName", userName_());
-  logRecordset_->set("DateTime", clock_.now());
-  logRecordset_->set("Level", level);
-  logRecordset_->update();
+  LogRecordset_->addNew();
+  LogRecordset_->set("Desc", base::firstCharacters(text, kMaxText));
+  LogRecordset_->set("UserName", userName_());
+  LogRecordset_->set("DateTime", clock_.now());
+  LogRecordset_->set("Level", level);
+  LogRecordset_->update();
   return true;
 }
 

@@ -57,9 +57,9 @@ class AuditLog {
   const platform::Clock& clock_;
   std::function<std::string()> userName_;
   jet::Database* database_ = nullptr;
-  std::unique_ptr<jet::Recordset> logRecordset_;
+  std::unique_ptr<jet::Recordset> LogRecordset_;
   // Read from `Log_Login` .. `Log_Err` and kept, but never consulted: the writer records every entry.
-  std::array<std::int32_t, 9> logLevelEnabled_{};
+  std::array<std::int32_t, 9> LogLevelEnabled_{};
 };
 
 }  // namespace security

@@ -34,7 +34,7 @@ void LoginManager::show(const char* key) {
 }
 
 void LoginManager::log(LogLevel level, const char* key) {
-  services_.log.WriteLog(level, services_.texts.Translate(key), session_.Name);
+  services_.log.WriteLog(level, services_.texts.Translate(key), session_.CurrentUserName);
 }
 
 std::optional<Credentials> LoginManager::ask() {
@@ -52,7 +52,7 @@ bool LoginManager::Login(AutoLogin automatic) {
     switch (tryLogin(*answer)) {
       case Attempt::Accepted:
         if (!autoUser.empty()) {
-          keepSetting("AutoLoginUser", session_.Name);
+          keepSetting("AutoLoginUser", session_.CurrentUserName);
           keepSetting("AutoLoginPassword", session_.password);
         }
         session_.UserLoggedIn = true;
@@ -101,7 +101,7 @@ bool LoginManager::LoadUser(jet::Recordset& users, bool withGroups) {
   session_.PasswordDate = users.get("PasswordDate").toDateTime();
   session_.SQLSubquery = users.get("SQLSubquery").toText();
   if (base::characterCount(session_.SQLSubquery) >= kRestrictionLimit) session_.SQLSubquery.clear();
-  session_.Name = base::firstCharacters(users.get("Name").toText(), kMaxUserName);
+  session_.CurrentUserName = base::firstCharacters(users.get("Name").toText(), kMaxUserName);
   session_.Fullname = users.get("Fullname").toText();
   if (withGroups) {
     loadGroups(users.get("Groups").toText());
@@ -168,7 +168,7 @@ bool LoginManager::passwordExpired() const {
 }
 
 bool LoginManager::ChangePassword(bool forced) {
-  while (const auto answer = prompt_.askPasswordChange(session_.Name, forced)) {
+  while (const auto answer = prompt_.askPasswordChange(session_.CurrentUserName, forced)) {
     if (answer->wanted != answer->repeated) {
       show("IDS_NOREENTER");
     } else if (PasswordDigest(answer->current) != session_.passwordDigest) {

@@ -84,7 +84,7 @@ jet::MasksPtr databaseMasks(const Mask& mask) {
 }
 
 void requireUnmasked(const CurrentUser& user, const foundation::LanguageFile& texts) {
-  if (user.mask.any()) throw RestrictedUserError(texts.TranslateFormat("IDS_MASKED_USER", user.Name));
+  if (user.mask.any()) throw RestrictedUserError(texts.TranslateFormat("IDS_MASKED_USER", user.CurrentUserName));
 }
 
 }  // namespace security

@@ -16,7 +16,8 @@ class RestrictedUserError : public jet::Error {
 // Throws RestrictedUserError when the user has a restriction on calls, or sees their numbers or names in part only. For
 // work whose result, count or fault would tell about what he does not see, or which would change it.
 inline void requireAllCalls(const CurrentUser& user, const foundation::LanguageFile& texts) {
-  if (!user.SQLSubquery.empty()) throw RestrictedUserError(texts.TranslateFormat("IDS_RESTRICTED_USER", user.Name));
+  if (!user.SQLSubquery.empty())
+    throw RestrictedUserError(texts.TranslateFormat("IDS_RESTRICTED_USER", user.CurrentUserName));
   requireUnmasked(user, texts);
 }
 

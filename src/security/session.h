@@ -29,10 +29,10 @@ struct Mask {
   bool operator==(const Mask&) const = default;
 };
 
-// The session's user. Names with a capital are the columns of `Users`.
+// The session's user. Other names with a capital are the columns of `Users`.
 struct CurrentUser {
   std::int32_t RecordID = 0;
-  std::string Name;
+  std::string CurrentUserName;
   std::string Fullname;
   std::uint32_t passwordDigest = 0;
   std::string password;  // in clear, so that auto-login follows a changed password
@@ -50,7 +50,7 @@ struct CurrentUser {
   bool UserLoggedIn = false;
 
   // The name that the audit log stamps: empty while no one is logged in.
-  [[nodiscard]] std::string stampName() const { return UserLoggedIn ? Name : std::string(); }
+  [[nodiscard]] std::string stampName() const { return UserLoggedIn ? CurrentUserName : std::string(); }
 };
 
 }  // namespace security

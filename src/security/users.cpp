@@ -200,7 +200,7 @@ bool UserDirectory::mayGive(const UserRecord& user) {
   if (session_.SQLSubquery.empty() || user.SQLSubquery == session_.SQLSubquery) return true;
   const auto stored = user.RecordID == 0 ? std::nullopt : findUser(user.RecordID);
   if (stored && stored->SQLSubquery == user.SQLSubquery) return true;
-  person_.messageBox(texts_.TranslateFormat("IDS_RESTRICTED_USER", session_.Name));
+  person_.messageBox(texts_.TranslateFormat("IDS_RESTRICTED_USER", session_.CurrentUserName));
   return false;
 }
 

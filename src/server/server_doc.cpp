@@ -35,9 +35,10 @@ CServerDoc::CServerDoc(CServerApp& app)
       tags_(person_),
       log_(config_, app.surroundings().clock, [this] { return user_.stampName(); }),
       currencies_(config_, language_, person_),
-      parties_(config_),
+      smdr_({config_, tags_, log_, currencies_, user_, language_, person_, app.surroundings().clock,
+             [this] { stepAlarms(); }, [this] { return lastBackupText(); }}),
       contacts_(config_, tags_, language_, log_, person_),
-      filter_(config_, parties_, user_, app.surroundings().clock, language_),
+      filter_(config_, smdr_.parties(), user_, app.surroundings().clock, language_),
       description_(filter_, language_, currencies_) {}
 
 CServerDoc::~CServerDoc() {
@@ -142,7 +143,7 @@ StartEnd CServerDoc::logIn(const StartDuties& duties) {
 }
 
 schedule::ReportMaker::Parts CServerDoc::reportParts() {
-  return {*main_, language_, parties_, currencies_, log_, *users_, app_.surroundings().clock};
+  return {*main_, language_, smdr_.parties(), currencies_, log_, *users_, app_.surroundings().clock};
 }
 
 // A database of an earlier version, or one that was converted from an old file, may lack a table or what an order of
@@ -188,13 +189,12 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
   const std::string folder =
       config_.ReadConfigString("PathDatabase", foundation::kGeneral, foundation::StoreMachine, "---");
   try {
-    // Without tariffs every price is 0, and each call says so in the log.
-    tariffs_ = tariff::TariffDatabase::open(folder);
+    smdr_.openTariffs(folder);
   } catch (const jet::Error& error) {
     report(error);
   }
   try {
-    phonebook_ = ingest::Phonebook::open(folder);
+    smdr_.openPhonebook(folder);
   } catch (const jet::Error& error) {
     // Without the file there is just no phonebook; what is wrong with one that is there can be mended.
     constexpr int kFileNotFound = 3024;
@@ -202,19 +202,15 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
     person_.messageBox(error.number() == kFileNotFound ? text : text + "\n" + error.description());
   }
   try {
-    output_ = std::make_unique<ingest::OutputPort>(config_, log_);
-    if (duties.outputPort) output_->Open();
-    parties_.load(*main_, tariffs_ ? &tariffs_->database() : nullptr);
-    prices_ = std::make_unique<tariff::PriceCalculator>(config_, parties_, tariffs_.get(), log_, language_, person_);
+    smdr_.load(*main_, duties.outputPort);
     contacts_.Open(*main_);
     alarms_ = std::make_unique<alarms::AlarmDesk>(alarmServices());
-    recorder_ = std::make_unique<ingest::Recorder>(exchangeParts());
-    recorder_->open();
-    live_ = std::make_unique<ingest::LiveRecorder>(*recorder_);
-    folderServices_ = std::make_unique<folders::FolderServices>(folders::FolderServices{
-        *main_, config_, language_, parties_, currencies_, filter_, log_, user_, person_, app_.surroundings().clock});
-    formatter_ = std::make_unique<folders::ValueFormatter>(config_, language_, parties_);
-    if (duties.maintain) deleteOldCalls();
+    smdr_.startRecording(alarms_.get());
+    folderServices_ = std::make_unique<folders::FolderServices>(
+        folders::FolderServices{*main_, config_, language_, smdr_.parties(), currencies_, filter_, log_, user_, person_,
+                                app_.surroundings().clock});
+    formatter_ = std::make_unique<folders::ValueFormatter>(config_, language_, smdr_.parties());
+    if (duties.maintain) smdr_.deleteOldCalls();
     referenceDataLoaded_ = true;
   } catch (const jet::Error& error) {
     report(error);
@@ -222,13 +218,8 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
   return referenceDataLoaded_;
 }
 
-ingest::ExchangeParts CServerDoc::exchangeParts() {
-  return {*main_, tariffs_.get(), phonebook_.get(), parties_, *prices_,      currencies_,  config_,
-          tags_,  log_,           language_,        person_,  output_.get(), alarms_.get()};
-}
-
 alarms::DeskServices CServerDoc::alarmServices() {
-  return {*main_, config_, parties_, currencies_, language_, log_, app_.surroundings().clock};
+  return {*main_, config_, smdr_.parties(), currencies_, language_, log_, app_.surroundings().clock};
 }
 
 // An alarm that cannot be told now is told at the next step.
@@ -243,36 +234,27 @@ void CServerDoc::stepAlarms() {
 
 void CServerDoc::firstImport() {
   if (DatabaseReadOnly()) return;
-  const auto result = catchUp();
-  if (const std::string kept = keptText(result); !kept.empty()) person_.messageBox(kept);
+  const auto result = smdr_.catchUp();
+  if (const std::string kept = smdr_.keptText(result); !kept.empty()) person_.messageBox(kept);
   if (result.outcome != ingest::ImportResult::Outcome::Failed) return;
   person_.messageBox(language_.Translate("IDS_SMDR_CANTREADLOG"));
   person_.messageBox(result.message);
 }
 
-std::string CServerDoc::keptText(const ingest::ImportResult& result) const {
-  std::string text;
-  if (result.refused > 0) text = language_.TranslateFormat("IDS_IMPORT_REFUSED", result.refused, result.refusedFile);
-  if (!result.restFile.empty()) {
-    text += (text.empty() ? "" : "\n") + language_.TranslateFormat("IDS_IMPORT_REST", result.restFile);
-  }
-  return text;
-}
-
 void CServerDoc::redenominate() {
   if (DatabaseReadOnly()) return;
   try {
-    tariff::redenominate(*main_, tariffs_ ? &tariffs_->database() : nullptr, currencies_, config_,
-                         app_.surroundings().clock, person_);
+    tariff::redenominate(*main_, smdr_.tariffDatabase(), currencies_, config_, app_.surroundings().clock, person_);
   } catch (const jet::Error& error) {
     report(error);
   }
 }
 
 // With what a database lacks, where that is the cause: the error names neither file nor column.
-std::string CServerDoc::describe(const jet::Error& error) const {
+std::string CServerDoc::describe(const jet::Error& error) {
   std::string missing = main_ ? schema::missingFrom(schema::Which::Main, *main_) : std::string();
-  if (missing.empty() && tariffs_) missing = schema::missingFrom(schema::Which::Tariffs, tariffs_->database());
+  jet::Database* const tariffs = smdr_.tariffDatabase();
+  if (missing.empty() && tariffs != nullptr) missing = schema::missingFrom(schema::Which::Tariffs, *tariffs);
   return missing.empty() ? error.description() : error.description() + " " + missing;
 }
 
@@ -280,40 +262,9 @@ void CServerDoc::report(const jet::Error& error) {
   person_.messageBox(describe(error));
 }
 
-ingest::ImportResult CServerDoc::importMonitorFile(const ingest::ImportOptions& options) {
-  const ingest::ImportResult result = ingest::MonitorImport(*recorder_, options).run();
-  stepAlarms();
-  return result;
-}
-
-ingest::ImportResult CServerDoc::resumeStoppedImports(const ingest::ImportOptions& options) {
-  return ingest::MonitorImport(*recorder_, options).resumeStoppedImports();
-}
-
-ingest::ImportResult CServerDoc::catchUp(const ingest::ImportOptions& options) {
-  using Outcome = ingest::ImportResult::Outcome;
-  try {
-    const ingest::ImportResult resumed = resumeStoppedImports(options);
-    // A file of which the rest was not read stays where it is, ahead of the monitor's newer one.
-    if (resumed.outcome == Outcome::Failed || resumed.outcome == Outcome::Interrupted) return resumed;
-    ingest::ImportResult result = importMonitorFile(options);
-    result.addEarlier(resumed);
-    return result;
-  } catch (const jet::Error& error) {
-    return {.outcome = Outcome::Failed, .message = error.description()};
-  }
-}
-
-ingest::ImportResult CServerDoc::importFile(const std::filesystem::path& file, const ingest::ImportOptions& options) {
-  const ingest::ImportResult result = ingest::MonitorImport(*recorder_, options).importFile(file);
-  stepAlarms();
-  return result;
-}
-
 std::vector<jet::Database*> CServerDoc::openDatabases() const {
-  std::vector<jet::Database*> databases = {main_.get()};
-  if (tariffs_) databases.push_back(&tariffs_->database());
-  if (phonebook_) databases.push_back(&phonebook_->database());
+  std::vector<jet::Database*> databases = smdr_.databases();
+  databases.insert(databases.begin(), main_.get());
   return databases;
 }
 
@@ -324,15 +275,11 @@ bool CServerDoc::connected() const {
 bool CServerDoc::reconnect() {
   try {
     if (!std::ranges::all_of(openDatabases(), [](jet::Database* each) { return each->reconnect(); })) return false;
-    if (live_) live_->settleLostCommit();
+    smdr_.settleLostCommit();
     return true;
   } catch (const jet::Error&) {
     return false;  // a server that is starting, or was set up anew, refuses for a while
   }
-}
-
-void CServerDoc::refresh() {
-  if (recorder_) recorder_->refreshDefinitions();
 }
 
 std::string CServerDoc::lastBackupText() {
@@ -385,53 +332,8 @@ bool CServerDoc::deleteZeroLengthCalls() {
   return true;
 }
 
-// More than a day's calls go when the setting was changed, or after a long pause.
-std::int64_t CServerDoc::deleteOldCalls() {
-  return ingest::deleteOldCalls(*main_, config_, app_.surroundings().clock, [this] {
-    person_.messageBox(base::format("%s\n%s", language_.Translate("IDS_RETENTION_DELETES"), lastBackupText()));
-  });
-}
-
-std::int64_t CServerDoc::purgeOldCalls() {
-  security::requireAllCalls(user_, language_);
-  const std::int64_t deleted = deleteOldCalls();
-  if (deleted > 0) tags_.TouchCalls();
-  return deleted;
-}
-
-void CServerDoc::hideNumber(std::string_view number) {
-  security::requireAllCalls(user_, language_);
-  jet::Transaction transaction(*main_);
-  ingest::HideNumber(*main_, number);
-  tags_.TouchCalls();
-  transaction.commit();
-}
-
-void CServerDoc::showNumber(std::string_view number) {
-  security::requireAllCalls(user_, language_);
-  jet::Transaction transaction(*main_);
-  ingest::ShowNumber(*main_, number);
-  tags_.TouchCalls();
-  transaction.commit();
-}
-
-ingest::RecalcResult CServerDoc::recalc(const ingest::RecalcOptions& options) {
-  security::requireAllCalls(user_, language_);
-  const auto result = ingest::Recalc(exchangeParts(), options);
-  tags_.TouchCalls();
-  return result;
-}
-
 bool CServerDoc::HasRight(int object, int right) {
   return security::HasRight(user_, object, right, person_);
-}
-
-// What another copy changed meanwhile is newer than what this one loaded, and stays.
-void CServerDoc::saveDefinitions() {
-  if (!maintains_ || !referenceDataLoaded_ || DatabaseReadOnly()) return;
-  jet::Transaction transaction(*main_);
-  if (!parties_.changed(*main_, tariffs_ ? &tariffs_->database() : nullptr)) parties_.save(*main_);
-  transaction.commit();
 }
 
 void CServerDoc::OnCloseDocument() {
@@ -441,27 +343,23 @@ void CServerDoc::OnCloseDocument() {
       config_.WriteConfigInt(previewMode_, "Preview mode", foundation::kGeneral, foundation::StoreMachine);
       config_.WriteConfigInt(upperPane_, "Upper pane %", foundation::kGeneral, foundation::StoreMachine);
     }
-    if (user_.UserLoggedIn) log_.WriteLog(security::LogLogin, language_.Translate("IDS_LOG_LOGOUT"), user_.Name);
-    saveDefinitions();
+    if (user_.UserLoggedIn)
+      log_.WriteLog(security::LogLogin, language_.Translate("IDS_LOG_LOGOUT"), user_.CurrentUserName);
+    if (maintains_ && referenceDataLoaded_ && !DatabaseReadOnly()) smdr_.saveDefinitions();
   } catch (const jet::Error& error) {
     // The close goes on: what could not be written now is written again at the next start or change.
     report(error);
   }
   formatter_.reset();
   folderServices_.reset();
-  live_.reset();
-  recorder_.reset();
+  smdr_.Close();
   alarms_.reset();
-  if (output_) output_->Close();
-  prices_.reset();
   contacts_.Close();
   log_.CloseLog();
   config_.CloseConfig();
   tags_.CloseTouch();
   login_.reset();
   users_.reset();
-  phonebook_.reset();
-  tariffs_.reset();
   main_.reset();
   std::error_code ignored;
   if (!previewFile_.empty()) std::filesystem::remove(previewFile_, ignored);

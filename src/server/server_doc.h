@@ -9,18 +9,12 @@
 
 #include "alarms/alarm_desk.h"
 #include "contacts/contacts_manager.h"
-#include "exchange/party_definitions.h"
 #include "filter/call_filter.h"
 #include "filter/description.h"
 #include "folders/services.h"
 #include "folders/value_formatter.h"
 #include "foundation/change_tags.h"
-#include "ingest/import.h"
-#include "ingest/live_recorder.h"
-#include "ingest/maintenance.h"
-#include "ingest/output_port.h"
-#include "ingest/phonebook.h"
-#include "ingest/recorder.h"
+#include "ingest/smdr_manager.h"
 #include "schedule/report_maker.h"
 #include "schema/database_place.h"
 #include "security/audit_log.h"
@@ -28,8 +22,6 @@
 #include "security/users.h"
 #include "server/server_app.h"
 #include "tariff/currencies.h"
-#include "tariff/price.h"
-#include "tariff/tariff_database.h"
 
 namespace server {
 
@@ -66,19 +58,6 @@ class CServerDoc {
   // The close: pane settings, logout, definitions, output port, databases. Also done on destruction.
   void OnCloseDocument();
 
-  // One run over the monitor's file, as the import timer asks for it; faults are logged and tried again at the next
-  // one.
-  ingest::ImportResult importMonitorFile(const ingest::ImportOptions& options = {});
-  // Completes imports that were interrupted; to be called once before the first run.
-  ingest::ImportResult resumeStoppedImports(const ingest::ImportOptions& options = {});
-  // Both: what was interrupted, by a kill or by a fault, then the monitor's file. Does not throw.
-  ingest::ImportResult catchUp(const ingest::ImportOptions& options = {});
-  // For the operator: which files keep what did not become a call, in the language in use; empty when nothing was kept.
-  [[nodiscard]] std::string keptText(const ingest::ImportResult& result) const;
-  ingest::ImportResult importFile(const std::filesystem::path& file, const ingest::ImportOptions& options = {});
-  // Takes over what other copies changed in definitions and currencies.
-  void refresh();
-
   // False after the connection to the databases' server was lost: nothing can be read or changed until reconnect() gave
   // true. Costs nothing.
   [[nodiscard]] bool connected() const;
@@ -94,29 +73,21 @@ class CServerDoc {
   bool resetCalls();
   bool resetContacts();
   bool deleteZeroLengthCalls();
-  // Retention, as at the start; the number of calls deleted.
-  std::int64_t purgeOldCalls();
-  void hideNumber(std::string_view number);
-  void showNumber(std::string_view number);
-  ingest::RecalcResult recalc(const ingest::RecalcOptions& options);
 
   [[nodiscard]] CServerApp& app() { return app_; }
   [[nodiscard]] jet::Database& database() { return *main_; }
   [[nodiscard]] bool DatabaseReadOnly() const { return main_ != nullptr && main_->readOnly(); }
   // Why the main database could be opened read-only only; empty while it can be written.
   [[nodiscard]] const std::string& readOnlyReason() const { return readOnlyReason_; }
-  [[nodiscard]] tariff::TariffDatabase* tariffs() { return tariffs_.get(); }
-  [[nodiscard]] ingest::Phonebook* phonebook() { return phonebook_.get(); }
+  // Definitions, prices, recording, import and what is done to stored calls.
+  [[nodiscard]] ingest::SMDRManager2& smdr() { return smdr_; }
   [[nodiscard]] foundation::ChangeTags& tags() { return tags_; }
   [[nodiscard]] security::AuditLog& log() { return log_; }
   [[nodiscard]] security::CurrentUser& user() { return user_; }
   [[nodiscard]] security::UserDirectory& users() { return *users_; }
   [[nodiscard]] security::LoginManager& login() { return *login_; }
-  [[nodiscard]] exchange::PartyDefinitions& parties() { return parties_; }
   [[nodiscard]] tariff::Currencies& currencies() { return currencies_; }
-  [[nodiscard]] tariff::PriceCalculator& prices() { return *prices_; }
   [[nodiscard]] contacts::ContactsManager& contactBook() { return contacts_; }
-  [[nodiscard]] ingest::LiveRecorder& liveRecorder() { return *live_; }
   // What alarms are judged with.
   [[nodiscard]] alarms::DeskServices alarmServices();
   [[nodiscard]] filter::CallFilter& callFilter() { return filter_; }
@@ -145,15 +116,12 @@ class CServerDoc {
   void addMissingTables();
   void upgradeSchema();
   bool loadReferenceData(const StartDuties& duties);
-  std::int64_t deleteOldCalls();
   void firstImport();
   void redenominate();
   void stepAlarms();
-  void saveDefinitions();
   bool confirmDeletion(std::string_view question, std::string_view count);
-  [[nodiscard]] std::string describe(const jet::Error& error) const;
+  [[nodiscard]] std::string describe(const jet::Error& error);
   void report(const jet::Error& error);
-  [[nodiscard]] ingest::ExchangeParts exchangeParts();
 
   CServerApp& app_;
   platform::Operator& person_;
@@ -165,7 +133,7 @@ class CServerDoc {
   security::CurrentUser user_;
   security::AuditLog log_;
   tariff::Currencies currencies_;
-  exchange::PartyDefinitions parties_;
+  ingest::SMDRManager2 smdr_;
   contacts::ContactsManager contacts_;
   filter::CallFilter filter_;
   filter::FilterDescription description_;
@@ -173,13 +141,7 @@ class CServerDoc {
   std::unique_ptr<folders::ValueFormatter> formatter_;
   std::unique_ptr<security::UserDirectory> users_;
   std::unique_ptr<security::LoginManager> login_;
-  std::unique_ptr<tariff::TariffDatabase> tariffs_;
-  std::unique_ptr<ingest::Phonebook> phonebook_;
-  std::unique_ptr<tariff::PriceCalculator> prices_;
-  std::unique_ptr<ingest::OutputPort> output_;
   std::unique_ptr<alarms::AlarmDesk> alarms_;
-  std::unique_ptr<ingest::Recorder> recorder_;
-  std::unique_ptr<ingest::LiveRecorder> live_;
 
   StartEnd startEnd_ = StartEnd::NotOpened;
   std::string readOnlyReason_;

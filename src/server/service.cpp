@@ -69,7 +69,8 @@ std::unique_ptr<platform::LiveChannelServer> openChannel(CServerDoc& document, p
 
 std::unique_ptr<platform::LiveChannelServer> openLiveChannel(CServerDoc& document, std::function<void()> importAsked) {
   return openChannel(
-      document, [&document](std::span<const unsigned char> record) { return document.liveRecorder().record(record); },
+      document,
+      [&document](std::span<const unsigned char> record) { return document.smdr().liveRecorder().record(record); },
       std::move(importAsked));
 }
 
@@ -138,11 +139,11 @@ void Service::run() {
 }
 
 std::int32_t Service::takeLiveRecord(std::span<const unsigned char> record) {
-  const std::int32_t result = document_.liveRecorder().record(record);
+  const std::int32_t result = document_.smdr().liveRecorder().record(record);
   // What is refused while the connection is lost is no fault of its own; the loss was said.
   if (result == 0 && !document_.connected()) return 0;
   ++(result != 0 ? liveRecorded_ : liveRefused_);
-  if (result == 0) sayRefusal(document_.liveRecorder().refusal());
+  if (result == 0) sayRefusal(document_.smdr().liveRecorder().refusal());
   return result;
 }
 
@@ -176,8 +177,8 @@ void Service::sayWhenFull(const platform::LiveChannelServer& channel) {
 
 void Service::refreshNow() {
   try {
-    document_.refresh();
-    document_.liveRecorder().writeHeldEntries();
+    document_.smdr().refreshDefinitions();
+    document_.smdr().liveRecorder().writeHeldEntries();
     writeHeldEntries();
     clear(refreshFault_);
   } catch (const std::exception& error) {
@@ -199,7 +200,8 @@ void Service::importNow(const ingest::ImportOptions& options) {
   ingest::ImportResult result;
   try {
     // A run that failed left its file aside; only catching up reads it.
-    result = importFault_.empty() && !stopped_ ? document_.importMonitorFile(options) : document_.catchUp(options);
+    result = importFault_.empty() && !stopped_ ? document_.smdr().importMonitorFile(options)
+                                               : document_.smdr().catchUp(options);
   } catch (const std::exception& error) {
     result = {.outcome = ingest::ImportResult::Outcome::Failed, .message = error.what()};
   }

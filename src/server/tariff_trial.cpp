@@ -38,7 +38,7 @@ void addCall(CServerDoc& document, const std::vector<jet::Value>& row, TariffTri
   tariff::PriceTrace trace;  // an enquiry: a gap is not logged
   std::int32_t ignored = 0;
   if (record.dialledNumber.find('\'') != std::string::npos) return;  // breaks the statement; no such call is stored
-  document.prices().CalcPrice(record, output, ignored, &trace);
+  document.smdr().prices().CalcPrice(record, output, ignored, &trace);
   ++trial.calls;
   trial.before += row[5].toDouble();
   trial.after += document.currencies().Convert(output.price, output.currency);
@@ -48,7 +48,7 @@ void addCall(CServerDoc& document, const std::vector<jet::Value>& row, TariffTri
 
 TariffTrial tryOnLastMonth(CServerDoc& document, tariff::PriceListImport& plan,
                            const exchange::ProviderDefinition& provider, const std::string& profile) {
-  tariff::TariffDatabase& tariffs = *document.tariffs();
+  tariff::TariffDatabase& tariffs = *document.smdr().tariffs();
   TariffTrial trial{.from = monthBefore(document.app().surroundings().clock.now())};
   const base::DateTime end = monthBefore(trial.from.plusDays(62));  // the first of the month after
   {

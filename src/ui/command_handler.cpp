@@ -110,7 +110,8 @@ void hideOrShow(const CommandTarget& target, bool hide) {
   const std::vector<std::string> numbers = selectedNumbers(target.list);
   if (numbers.empty()) return target.frame.say(target.texts("IDS_SELECT_NUMBERS"));
   const auto set = [&document = target.document, numbers](bool hidden) {
-    for (const std::string& number : numbers) hidden ? document.hideNumber(number) : document.showNumber(number);
+    for (const std::string& number : numbers)
+      hidden ? document.smdr().hideNumber(number) : document.smdr().showNumber(number);
   };
   set(hide);
   const std::string what = numbers.size() == 1

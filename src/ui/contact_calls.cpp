@@ -18,7 +18,7 @@ std::string textLiteral(std::string_view text) {
   return "'" + base::replaceAll(std::string(text), "'", "''") + "'";
 }
 
-folders::Narrowing callsOf(const contacts::Contact& contact) {
+folders::Narrowing callsOf(const contacts::CONTACTENTRYDESC& contact) {
   std::string criteria;
   if (!contact.contact.empty()) criteria = "Name = " + textLiteral(contact.contact);
   if (!contact.telString.empty()) {
@@ -29,7 +29,7 @@ folders::Narrowing callsOf(const contacts::Contact& contact) {
   return {criteria.empty() ? "1=0" : criteria, contacts::displayName(contact)};
 }
 
-std::optional<contacts::Contact> contactWithNumber(server::CServerDoc& document, const std::string& number) {
+std::optional<contacts::CONTACTENTRYDESC> contactWithNumber(server::CServerDoc& document, const std::string& number) {
   std::string any;
   for (const std::string& form : base::split(document.contactBook().searchedNumbers(number), " ")) {
     if (form.size() <= static_cast<std::size_t>(kLongestShortNumber)) continue;
@@ -45,7 +45,7 @@ folders::Narrowing callsWithNumberOf(server::CServerDoc& document, std::int64_t 
   jet::Database& main = document.database();
   const std::string itself = base::format("RecordID = %d", recordId);
   const jet::Snapshot call = main.openSnapshot("select DialNumber from Calls where " + itself);
-  const exchange::PartyDefinitions& parties = document.parties();
+  const exchange::PartyDefinitions& parties = document.smdr().parties();
   const analysis::SubscriberNumbers subscribers(parties.countryCode, parties.areaCode);
   const std::string key = call.empty() ? std::string() : subscribers.key(call.at(0, 0).toText());
   if (key.empty()) return {itself, shown};

@@ -10,11 +10,11 @@
 namespace ui {
 
 // The calls of a contact: those recorded under its name, and those to and from its numbers.
-[[nodiscard]] folders::Narrowing callsOf(const contacts::Contact& contact);
+[[nodiscard]] folders::Narrowing callsOf(const contacts::CONTACTENTRYDESC& contact);
 
 // A contact that has the number, in whichever form; nothing when there is none. Throws jet::Error.
-[[nodiscard]] std::optional<contacts::Contact> contactWithNumber(server::CServerDoc& document,
-                                                                 const std::string& number);
+[[nodiscard]] std::optional<contacts::CONTACTENTRYDESC> contactWithNumber(server::CServerDoc& document,
+                                                                          const std::string& number);
 
 // The calls to and from the subscriber of a call, in whatever form the exchange gave the number; the call alone where
 // it has no number. `shown` is the number as it is shown. Throws jet::Error.

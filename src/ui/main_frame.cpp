@@ -310,7 +310,7 @@ void CMainFrame::showCallsBehind(std::int64_t position) {
   if (const auto narrowing = folder->callsBehind(position)) openNarrowed(*narrowing, position);
 }
 
-void CMainFrame::showCallsOf(const contacts::Contact& contact) {
+void CMainFrame::showCallsOf(const contacts::CONTACTENTRYDESC& contact) {
   const QModelIndex current = list_->currentIndex();
   openNarrowed(callsOf(contact), current.isValid() ? list_->model().position(current.row()) : 0);
 }
@@ -346,12 +346,12 @@ void CMainFrame::backToStatistic() {
 
 void CMainFrame::importCalls() {
   // What was stopped goes on first: nothing of a file is left behind.
-  if (!person_.busy() && reconnection_.ready()) tellImport(document_.catchUp());
+  if (!person_.busy() && reconnection_.ready()) tellImport(document_.smdr().catchUp());
 }
 
 void CMainFrame::importCallsOf(const std::filesystem::path& file) {
   if (person_.busy()) return;
-  const auto result = document_.importFile(file);
+  const auto result = document_.smdr().importFile(file);
   tellImport(result);
   if (result.outcome == ingest::ImportResult::Outcome::AlreadyComplete) {
     say(texts_.format("IDS_IMPORT_COMPLETE", file.string()));
@@ -364,7 +364,7 @@ void CMainFrame::tellImport(const ingest::ImportResult& result) {
   if (result.imported > 0) reloadFolder();
   if (result.outcome == ingest::ImportResult::Outcome::Interrupted) return say(texts_("IDS_STATUS_IMPORT_STOPPED"));
   if (result.imported > 0) say(texts_.format("IDS_STATUS_IMPORTED", result.imported));
-  const std::string kept = document_.keptText(result);
+  const std::string kept = document_.smdr().keptText(result);
   if (!kept.empty()) say(toQt(kept));
   // Who answered to go on is still there, and must know where the calls are.
   if (result.refused > 0) return document_.app().surroundings().person.messageBox(kept);
@@ -400,7 +400,7 @@ void CMainFrame::refreshFromOtherCopies() {
   }
   importWhenAsked();
   try {
-    document_.refresh();
+    document_.smdr().refreshDefinitions();
     if (reconnection_.takeBack() || (watch_ && watch_->changed())) reloadFolder();
     tellAlarms();
   } catch (const jet::Error& error) {

@@ -58,7 +58,7 @@ class CMainFrame : public QMainWindow {
   // A message in the status bar; the totals come back after a while.
   void say(const QString& text);
   // The list of the calls of a contact.
-  void showCallsOf(const contacts::Contact& contact);
+  void showCallsOf(const contacts::CONTACTENTRYDESC& contact);
   // Those of a row of another window.
   void showCallsOf(const folders::Narrowing& calls) { openNarrowed(calls, 0); }
   // Those of a weekday's hour.

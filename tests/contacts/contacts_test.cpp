@@ -53,8 +53,8 @@ class Copy {
 
 class ContactsTest : public testing::Test {
  protected:
-  Contact person(const char* name, const char* organization, const char* tel) {
-    Contact contact;
+  CONTACTENTRYDESC person(const char* name, const char* organization, const char* tel) {
+    CONTACTENTRYDESC contact;
     contact.name = name;
     contact.organization = organization;
     contact.contact = displayName(contact);
@@ -111,11 +111,11 @@ TEST_F(ContactsTest, RestartsAMissingCounterAndGivesZero) {
 
 TEST_F(ContactsTest, NeverOverwritesWhatAnotherCopyChanged) {
   Copy other(folder);
-  const Contact original = person("Ana", "", "0721000111");
-  Contact theirs = *other.contacts.find(original.recordId);
+  const CONTACTENTRYDESC original = person("Ana", "", "0721000111");
+  CONTACTENTRYDESC theirs = *other.contacts.find(original.recordId);
   theirs.note = "cheamă după-amiaza";
   EXPECT_EQ(other.contacts.save(*other.contacts.find(original.recordId), theirs), SaveResult::Done);
-  Contact mine = original;
+  CONTACTENTRYDESC mine = original;
   mine.email = "ana@example.org";
   EXPECT_EQ(copy->contacts.save(original, mine), SaveResult::ChangedByOther);
   EXPECT_EQ(copy->contacts.find(original.recordId)->note, theirs.note);
@@ -198,7 +198,7 @@ TEST_F(ContactsTest, SearchedNumbersHoldTheFormsThatCallsAndPeopleUse) {
 }
 
 TEST(VCard, KeepsContactsThroughWritingAndReading) {
-  Contact contact;
+  CONTACTENTRYDESC contact;
   contact.name = "Ștefan cel Mare, domn; voievod";
   contact.organization = "Țara Moldovei";
   contact.contact = contact.name;

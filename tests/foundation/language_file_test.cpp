@@ -154,7 +154,7 @@ class BuiltLanguageFile : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(file_.LoadLanguageFile("Tallybook.lng"));
-    for (const LanguageText& line : file_.allTexts()) {
+    for (const TRANSLATE_ITEM& line : file_.allTexts()) {
       EXPECT_TRUE(texts_[line.language].emplace(line.key, line.text).second) << line.language << " " << line.key;
     }
   }

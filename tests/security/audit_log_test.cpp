@@ -25,7 +25,7 @@ class Log : public SecurityFixture {
 
 TEST_F(Log, StampsTimeLevelAndTheUserLoggedIn) {
   EXPECT_TRUE(log_.WriteLog(LogError, "can't open %s", "x.txt"));
-  session_.Name = "ana";
+  session_.CurrentUserName = "ana";
   EXPECT_TRUE(log_.WriteLog(LogAdd, "100%% of %d", 5));
   session_.UserLoggedIn = true;
   EXPECT_TRUE(log_.WriteLog(LogEdit, "edited"));

@@ -10,7 +10,7 @@ using Account = SecurityFixture;
 TEST_F(Login, FillsTheSessionAndTheRow) {
   ASSERT_TRUE(logIn("ANA", "one"));
   EXPECT_TRUE(session_.UserLoggedIn);
-  EXPECT_EQ(session_.Name, "ana");
+  EXPECT_EQ(session_.CurrentUserName, "ana");
   EXPECT_EQ(session_.password, "one");
   EXPECT_EQ(session_.groups, std::vector<std::int32_t>{1});
   EXPECT_EQ(directory().findUser("ana")->LastAccessDate, clock_.time);
@@ -64,7 +64,7 @@ TEST_F(Login, CanBeToldNotToHappenByItself) {
   setMachine("AutoLoginPassword", "one");
   prompt_.logins = {{"dan", "two"}};
   EXPECT_TRUE(login().Login(AutoLogin::Ignored));
-  EXPECT_EQ(session_.Name, "dan");
+  EXPECT_EQ(session_.CurrentUserName, "dan");
   EXPECT_EQ(machine("AutoLoginUser"), "ana");
 }
 

@@ -92,7 +92,7 @@ std::string startOn(const Installation& place) {
   const bool started = copy.start();
   for (const std::string& message : copy.person.messages) said += message + "\n";
   if (started) {
-    const auto again = copy.document.catchUp();
+    const auto again = copy.document.smdr().catchUp();
     said += again.message + "\n";
   }
   return said;
@@ -141,7 +141,7 @@ TEST(DamageTest, ADamagedPhonebookIsToldOnceARun) {
   place.files.writeMonitorFile(support::sampleRecords(kRecords));
   Copy copy(place);
   ASSERT_TRUE(copy.start({.firstImport = false}));
-  const auto result = copy.document.importMonitorFile();
+  const auto result = copy.document.smdr().importMonitorFile();
   EXPECT_EQ(result.outcome, ingest::ImportResult::Outcome::Done);
   EXPECT_EQ(result.refused, 0);
   const std::string missing = "phonebook.mdb: the table Bucharest lacks the column Firstname";

@@ -80,10 +80,10 @@ TEST_F(LostConnection, NoLiveCallIsLostOrStoredTwice) {
     const std::string record = exchange::encodeRecord(call, true, 1252);
     const std::span sent(reinterpret_cast<const unsigned char*>(record.data()), record.size());
     proxy->cutAfter(bytes(random));
-    while (copy->document.liveRecorder().record(sent) == 0) {
-      ASSERT_TRUE(proxy->isCut()) << copy->document.liveRecorder().refusal();
+    while (copy->document.smdr().liveRecorder().record(sent) == 0) {
+      ASSERT_TRUE(proxy->isCut()) << copy->document.smdr().liveRecorder().refusal();
       ++losses;
-      EXPECT_EQ(copy->document.liveRecorder().record(sent), 0) << "while the connection is lost";
+      EXPECT_EQ(copy->document.smdr().liveRecorder().record(sent), 0) << "while the connection is lost";
       reconnect();
       // The second attempt is cut as well, now and then.
       if (losses % 3 == 0) proxy->cutAfter(bytes(random));
@@ -105,7 +105,7 @@ TEST_F(LostConnection, AnImportGoesOnWhereItWas) {
     // A copy that comes back reads its definitions anew: it must get that far, too.
     constexpr long kMoreEachTime = 30000;
     proxy->cutAfter(bytes(random) + losses * kMoreEachTime);
-    result = copy->document.catchUp({.recordsPerBatch = 20});
+    result = copy->document.smdr().catchUp({.recordsPerBatch = 20});
     losses += proxy->isCut() ? 1 : 0;
     reconnect();
   } while (result.outcome == ingest::ImportResult::Outcome::Failed);

@@ -32,7 +32,7 @@ class DialogsTest : public testing::Test {
   // Records of the sample exchange's calls.
   void importCalls(int count) {
     desktop.files.writeMonitorFile(sampleRecords(count));
-    document().importMonitorFile();
+    document().smdr().importMonitorFile();
   }
 
   Desktop desktop;
@@ -390,7 +390,7 @@ class ContactsSheetTest : public DialogsTest {
   void SetUp() override {
     DialogsTest::SetUp();
     document().app().config().WriteConfigInt(10, "Next RecID", "Contacts", foundation::StoreDatabase);
-    contacts::Contact contact;
+    contacts::CONTACTENTRYDESC contact;
     contact.name = "Ion Pop";
     contact.organization = "Alfa";
     contact.address = "Cluj";
@@ -559,7 +559,7 @@ TEST_F(ContactsSheetTest, SearchListsOpensAndWritesAPage) {
 }
 
 TEST_F(ContactsSheetTest, TooManyMatchesAreCutAndOptionsKept) {
-  contacts::Contact another;
+  contacts::CONTACTENTRYDESC another;
   another.name = "Ion Radu";
   document().contactBook().add(another);
   document().app().config().WriteConfigInt(1, "iface_searchmaxresults", "general", foundation::StoreMachine);

@@ -113,7 +113,7 @@ TEST_F(DirectoryDialogsTest, AConditionWrittenByHandTicksWhatItSaysOrShutsTheLis
 }
 
 TEST_F(DirectoryDialogsTest, AChoiceThatIsTooLongIsSaidBeforeItIsSaved) {
-  auto& extensions = desktop.document->parties().extensions;
+  auto& extensions = desktop.document->smdr().parties().extensions;
   for (int number = 300; number < 330; ++number) extensions.push_back({std::to_string(number), "Desk", "Sales"});
   const Script script({[](QDialog& dialog) {
     tick(dialog, "restrictExtensions", "3");

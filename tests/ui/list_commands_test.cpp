@@ -17,7 +17,7 @@ using namespace support;
 class ListCommands : public MainFrameTest {
  protected:
   std::int32_t addContact(const char* name, const char* number) {
-    contacts::Contact contact;
+    contacts::CONTACTENTRYDESC contact;
     contact.name = contact.contact = name;
     contact.telView = contact.tel = number;
     contact.telString = desktop.document->contactBook().searchedNumbers(number);

@@ -18,7 +18,7 @@ class LongWork : public testing::Test {
   void SetUp() override {
     ASSERT_TRUE(desktop.started);
     desktop.files.writeMonitorFile(sampleRecords(1500));
-    desktop.document->importMonitorFile();
+    desktop.document->smdr().importMonitorFile();
     desktop.document->database().watch([this] { return person.progressPulse(); });
   }
 

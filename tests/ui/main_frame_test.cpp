@@ -161,7 +161,7 @@ TEST_F(MainFrameTest, SelectedCallsAreSummedInTheStatusBar) {
 
 TEST_F(MainFrameTest, ContactsAreAListOfTheirOwn) {
   desktop.document->database().execute("delete from Contacts");
-  contacts::Contact contact;
+  contacts::CONTACTENTRYDESC contact;
   contact.name = "Ana Pop";
   contact.telView = "3456789";
   desktop.document->contactBook().add(contact);
@@ -262,7 +262,7 @@ TEST(FolderModel, AWindowOverALongFolderShowsTheSameRecordsWhereverItStands) {
   Desktop desktop;
   ASSERT_TRUE(desktop.started);
   desktop.files.writeMonitorFile(sampleRecords(300));
-  desktop.document->importMonitorFile();
+  desktop.document->smdr().importMonitorFile();
   constexpr std::int64_t kWindow = 100;
   ui::FolderModel model(nullptr, kWindow);
   model.setFolder(std::make_unique<folders::FolderView>(
@@ -321,7 +321,7 @@ class LoginTest : public testing::Test {
 
 TEST_F(LoginTest, TheRightPasswordOpensAndTheNameIsProposedNextTime) {
   EXPECT_TRUE(start({logIn("ana", "secret")}));
-  EXPECT_EQ(document.user().Name, "ana");
+  EXPECT_EQ(document.user().CurrentUserName, "ana");
   EXPECT_EQ(first.setting("general", "LastUser"), "ana");
 }
 

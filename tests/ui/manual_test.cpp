@@ -35,7 +35,7 @@ TEST(ManualTest, EveryWindowHasItsPage) {
   Desktop desktop;
   ASSERT_TRUE(desktop.started);
   desktop.files.writeMonitorFile(sampleRecords(1));
-  desktop.document->importMonitorFile();
+  desktop.document->smdr().importMonitorFile();
   const ui::ManualKeys keys(*desktop.app);
   const std::map<std::string, std::string> pages = {
       {"callsFilter", "filter"}, {"logFilter", "users"},        {"currencies", "tariffs"},  {"recalc", "tariffs"},

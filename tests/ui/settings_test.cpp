@@ -39,7 +39,7 @@ class SettingsTest : public testing::Test {
   // What is stored, as a later start reads it.
   exchange::PartyDefinitions stored() {
     exchange::PartyDefinitions parties(desktop.app->config());
-    parties.load(desktop.document->database(), &desktop.document->tariffs()->database());
+    parties.load(desktop.document->database(), &desktop.document->smdr().tariffs()->database());
     return parties;
   }
 
@@ -131,7 +131,9 @@ TEST_F(SettingsTest, DeletedRowsComeBackInTheSheet) {
 TEST_F(SettingsTest, SavedDefinitionsAndTariffsCanBeBroughtBack) {
   const exchange::PartyDefinitions before = stored();
   const std::string count = "select count(*) as c from prefixe";
-  const auto prefixes = [&] { return desktop.document->tariffs()->database().openSnapshot(count).at(0, 0).toLong(); };
+  const auto prefixes = [&] {
+    return desktop.document->smdr().tariffs()->database().openSnapshot(count).at(0, 0).toLong();
+  };
   const std::int64_t prefixesBefore = prefixes();
   ui::UndoStack undo;
   sheet->keepStepsIn(undo);
@@ -149,7 +151,7 @@ TEST_F(SettingsTest, SavedDefinitionsAndTariffsCanBeBroughtBack) {
   EXPECT_EQ(stored().trunks[0], before.trunks[0]);
   EXPECT_EQ(stored().providers, before.providers);
   EXPECT_EQ(prefixes(), prefixesBefore);
-  EXPECT_EQ(desktop.document->parties().extensions, before.extensions);
+  EXPECT_EQ(desktop.document->smdr().parties().extensions, before.extensions);
 }
 
 TEST_F(SettingsTest, WhatSomebodyChangedSinceIsNotTakenBack) {
@@ -167,7 +169,7 @@ TEST_F(SettingsTest, WhatSomebodyChangedSinceIsNotTakenBack) {
 
 TEST_F(SettingsTest, ATrunkThatWasMetMeanwhileStays) {
   ASSERT_TRUE(set("trunksTable", 0, 1, "Main line"));
-  desktop.document->parties().trunks[9].label = "met";
+  desktop.document->smdr().parties().trunks[9].label = "met";
   sheet->accept();
   EXPECT_EQ(stored().trunks[0].label, "Main line");
   EXPECT_EQ(stored().trunks[9].label, "met");

@@ -71,8 +71,8 @@ class OtherProcess {
   pid_t child_ = 0;
 };
 
-contacts::Contact ana() {
-  contacts::Contact contact;
+contacts::CONTACTENTRYDESC ana() {
+  contacts::CONTACTENTRYDESC contact;
   contact.name = "Ana";
   return contact;
 }

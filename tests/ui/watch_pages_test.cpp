@@ -50,7 +50,7 @@ class WatchPages : public testing::Test {
 TEST_F(WatchPages, ARuleIsTriedOnLastMonthThenSavedAndRemoved) {
   desktop.clock.time = *base::DateTime::fromParts(2024, 4, 15, 12);
   desktop.files.writeMonitorFile(sampleRecords(2));  // of March
-  desktop.document->importMonitorFile();
+  desktop.document->smdr().importMonitorFile();
   addRow("alarmRulesTable", {{0, "Long"}, {1, "call"}, {4, "Duration"}, {6, "30"}});
   {
     const Script script({[](QDialog& dialog) {
@@ -182,7 +182,7 @@ TEST_F(WatchPages, ATestMailThatDoesNotGoSaysWhy) {
 TEST_F(WatchPages, APriceListIsTriedThenTakenOver) {
   desktop.clock.time = *base::DateTime::fromParts(2024, 4, 15, 12);
   desktop.files.writeMonitorFile(sampleRecords(2));
-  desktop.document->importMonitorFile();
+  desktop.document->smdr().importMonitorFile();
   std::ofstream(desktop.path("prices.csv")) << "prefix;name;price\n+4021;Bucharest;0,20\n0033;France;0,50\n";
   child<QLineEdit>(*sheet, "priceFile").setText(QString::fromStdString(desktop.path("prices.csv")));
   child<QComboBox>(*sheet, "priceProfile").setEditText("Normal");
@@ -192,7 +192,7 @@ TEST_F(WatchPages, APriceListIsTriedThenTakenOver) {
   EXPECT_FALSE(child<QAbstractButton>(*sheet, "priceTake").isEnabled());
   click(*sheet, "priceTry");
   const std::string profiles = "select count(*) from profiles";
-  jet::Database& tariffs = desktop.document->tariffs()->database();
+  jet::Database& tariffs = desktop.document->smdr().tariffs()->database();
   EXPECT_EQ(tariffs.openSnapshot(profiles).at(0, 0).toLong(), 1) << "a trial";
   const auto& changes = *child<QTableView>(*sheet, "priceChanges").model();
   const auto kindOf = [&changes](const QString& prefix) {

@@ -20,7 +20,7 @@ struct Window {
 };
 
 inline std::int32_t someContact(Desktop& desktop) {
-  contacts::Contact contact;
+  contacts::CONTACTENTRYDESC contact;
   contact.name = contact.contact = "Ana";
   contact.telView = contact.tel = "0213456789";
   return desktop.document->contactBook().add(contact);

@@ -125,7 +125,7 @@ TEST_P(ScreenTest, EveryWindowFitsAndItsSentencesAreWhole) {
   }
   sheet.close();
   desktop.files.writeMonitorFile(sampleRecords(1));
-  desktop.document->importMonitorFile();
+  desktop.document->smdr().importMonitorFile();
   forEachWindow(desktop, [](QDialog& dialog) { expectFits(dialog); });
   frame.close();
 }

@@ -30,7 +30,7 @@ class BillDialog : public FormDialog {
  public:
   BillDialog(server::CServerDoc& document, const Texts& texts, QWidget* parent, const QString& extension)
       : FormDialog(texts, "IDS_ACTION_BILL", "bill", parent), document_(document) {
-    const exchange::PartyDefinitions& parties = document.parties();
+    const exchange::PartyDefinitions& parties = document.smdr().parties();
     extension_ = named(new ChoiceBox([&parties] { return extensionChoices(parties); }, texts), "extension");
     extension_->loadList();
     period_ = named(new PeriodEdit(PeriodEdit::Times::Shown, texts), "period");
@@ -61,7 +61,7 @@ class BillDialog : public FormDialog {
     const folders::BillRequest request{fromQt(extension_->value()), period_->start(), period_->end()};
     folders::BillTotals totals;
     if (!write(request, totals)) return;
-    if (totals.calls == 0) return warn(this, texts(), nothingToBill(document_.parties(), request, texts()));
+    if (totals.calls == 0) return warn(this, texts(), nothingToBill(document_.smdr().parties(), request, texts()));
     QDialog::accept();
   }
 

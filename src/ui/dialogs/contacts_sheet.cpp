@@ -15,7 +15,7 @@ namespace ui {
 
 namespace {
 
-using contacts::Contact;
+using contacts::CONTACTENTRYDESC;
 using contacts::SaveResult;
 
 constexpr int kWatchInterval = 1000;  // milliseconds
@@ -25,18 +25,18 @@ constexpr int kLongestText = 255;  // of the columns
 struct FieldDeclaration {
   const char* key;
   const char* name;
-  std::string Contact::*member;
+  std::string CONTACTENTRYDESC::*member;
   bool manyLines;
 };
 constexpr FieldDeclaration kFields[] = {
-    {"IDS_NAME", "name", &Contact::name, false},
-    {"IDS_ORGANIZATION", "organization", &Contact::organization, false},
-    {"IDS_CONTACT", "contact", &Contact::contact, false},
-    {"IDS_PHONE_NUMBERS", "phones", &Contact::telView, false},
-    {"IDS_EMAIL", "email", &Contact::email, false},
-    {"IDS_WEB", "web", &Contact::web, false},
-    {"IDS_ADDRESS", "address", &Contact::address, true},
-    {"IDS_NOTE", "note", &Contact::note, true},
+    {"IDS_NAME", "name", &CONTACTENTRYDESC::name, false},
+    {"IDS_ORGANIZATION", "organization", &CONTACTENTRYDESC::organization, false},
+    {"IDS_CONTACT", "contact", &CONTACTENTRYDESC::contact, false},
+    {"IDS_PHONE_NUMBERS", "phones", &CONTACTENTRYDESC::telView, false},
+    {"IDS_EMAIL", "email", &CONTACTENTRYDESC::email, false},
+    {"IDS_WEB", "web", &CONTACTENTRYDESC::web, false},
+    {"IDS_ADDRESS", "address", &CONTACTENTRYDESC::address, true},
+    {"IDS_NOTE", "note", &CONTACTENTRYDESC::note, true},
 };
 
 bool mayChange(server::CServerDoc& document) {
@@ -64,7 +64,7 @@ void ContactsSheet::Field::setText(const std::string& text) const {
   }
 }
 
-ContactsSheet::ContactsSheet(server::CServerDoc& document, const Texts& texts, std::optional<Contact> contact,
+ContactsSheet::ContactsSheet(server::CServerDoc& document, const Texts& texts, std::optional<CONTACTENTRYDESC> contact,
                              std::optional<foundation::TableWatch> watch, QWidget* parent)
     : FormDialog(texts, "IDS_CONTACTS", "contactsSheet", parent),
       document_(document),
@@ -77,7 +77,7 @@ ContactsSheet::ContactsSheet(server::CServerDoc& document, const Texts& texts, s
     delete_->setEnabled(mayChange(document));
     connect(delete_, &QPushButton::clicked, this, [this] { removeContact(); });
   }
-  show(original_.value_or(Contact()));
+  show(original_.value_or(CONTACTENTRYDESC()));
   if (!mayChange(document)) allowOnlyLooking();
   if (original_ && table_) {
     connect(&watch_, &QTimer::timeout, this, [this] { lookForChanges(); });
@@ -104,15 +104,15 @@ void ContactsSheet::buildForm() {
       line->setMinimumWidth(fontMetrics().averageCharWidth() * 44);
       editor = line;
     }
-    if (declared.member == &Contact::contact) {
+    if (declared.member == &CONTACTENTRYDESC::contact) {
       qobject_cast<QLineEdit*>(editor)->setPlaceholderText(texts()("IDS_CONTACT_DISPLAY_NAME"));
     }
-    if (declared.member == &Contact::telView) {
+    if (declared.member == &CONTACTENTRYDESC::telView) {
       qobject_cast<QLineEdit*>(editor)->setPlaceholderText(texts()("IDS_CONTACT_SEVERAL_NUMBERS"));
     }
     form->addRow(texts()(declared.key), named(editor, declared.name));
     fields_.push_back({editor, declared.member, texts()(declared.key)});
-    if (declared.member == &Contact::contact) {
+    if (declared.member == &CONTACTENTRYDESC::contact) {
       tip_ = named(new QComboBox, "relationship");
       for (int i = 0; i < kRelationships; ++i) tip_->addItem(toQt(document_.valueFormatter().contactTypeName(i)));
       form->addRow(texts()("IDS_RELATIONSHIP"), tip_);
@@ -124,7 +124,7 @@ void ContactsSheet::buildForm() {
   body()->addLayout(form);
 }
 
-void ContactsSheet::show(const Contact& contact) {
+void ContactsSheet::show(const CONTACTENTRYDESC& contact) {
   for (Field& field : fields_) {
     field.setText(contact.*field.member);
     field.shown = field.text();
@@ -139,8 +139,8 @@ bool ContactsSheet::modified() const {
          std::any_of(fields_.begin(), fields_.end(), [](const Field& field) { return field.text() != field.shown; });
 }
 
-Contact ContactsSheet::edited() {
-  Contact contact = original_.value_or(Contact());
+CONTACTENTRYDESC ContactsSheet::edited() {
+  CONTACTENTRYDESC contact = original_.value_or(CONTACTENTRYDESC());
   const std::string numbersBefore = contact.telView;
   for (const Field& field : fields_) {
     if (field.text() != field.shown || !original_) contact.*field.member = field.text();
@@ -156,7 +156,7 @@ Contact ContactsSheet::edited() {
 }
 
 bool ContactsSheet::save() {
-  const Contact contact = edited();
+  const CONTACTENTRYDESC contact = edited();
   if (contact.contact.empty()) {  // nor a name or organization to take it from
     warn(this, texts(), texts()("IDS_CONTACT_NAMELESS"));
     return false;
@@ -240,7 +240,7 @@ void ContactsSheet::lookForChanges() {
 }
 
 // A field that only one of the two changed has the changed text; where both did, the operator is asked.
-void ContactsSheet::takeOver(const Contact& stored) {
+void ContactsSheet::takeOver(const CONTACTENTRYDESC& stored) {
   QString news = texts()("IDS_LAN_RECORD_CHANGED") + "\n";
   std::vector<ConflictDialog::Field> conflicts;
   std::vector<std::pair<const Field*, std::string>> kept;

@@ -18,7 +18,7 @@ namespace ui {
 class ContactsSheet : public FormDialog {
  public:
   // Without a contact a new one is made. `watch` was started before the contact was read.
-  ContactsSheet(server::CServerDoc& document, const Texts& texts, std::optional<contacts::Contact> contact,
+  ContactsSheet(server::CServerDoc& document, const Texts& texts, std::optional<contacts::CONTACTENTRYDESC> contact,
                 std::optional<foundation::TableWatch> watch, QWidget* parent);
 
   void accept() override;
@@ -26,12 +26,12 @@ class ContactsSheet : public FormDialog {
   void reject() override;
 
  private:
-  using Contact = contacts::Contact;
+  using CONTACTENTRYDESC = contacts::CONTACTENTRYDESC;
 
   // An editor and the field that it edits; one of the two widgets.
   struct Field {
     QWidget* editor = nullptr;
-    std::string Contact::*member = nullptr;
+    std::string CONTACTENTRYDESC::*member = nullptr;
     QString label = {};
     std::string shown = {};  // its text before any edit
 
@@ -40,19 +40,19 @@ class ContactsSheet : public FormDialog {
   };
 
   void buildForm();
-  void show(const Contact& contact);
-  [[nodiscard]] Contact edited();
+  void show(const CONTACTENTRYDESC& contact);
+  [[nodiscard]] CONTACTENTRYDESC edited();
   [[nodiscard]] bool modified() const;
   [[nodiscard]] bool save();
   void removeContact();
   void lookForChanges();
-  void takeOver(const Contact& stored);
+  void takeOver(const CONTACTENTRYDESC& stored);
   [[nodiscard]] QString relationship(int tip) const;
   // The row is gone: true when the operator wants to keep it as a new one, else the sheet closes.
   bool keepDeleted();
 
   server::CServerDoc& document_;
-  std::optional<Contact> original_;  // as it was read; nothing for a new one
+  std::optional<CONTACTENTRYDESC> original_;  // as it was read; nothing for a new one
   std::vector<Field> fields_;
   QComboBox* tip_ = nullptr;
   QPushButton* delete_ = nullptr;  // null for a new contact

@@ -102,7 +102,7 @@ std::vector<ChoiceBox::Choice> CCallsFilterDlg::read(const std::function<std::ve
 }
 
 void CCallsFilterDlg::buildParties(QGridLayout& grid) {
-  const exchange::PartyDefinitions& parties = document_.parties();
+  const exchange::PartyDefinitions& parties = document_.smdr().parties();
   addRow(grid, "IDS_EXTENSION", "extension", {.flag = &F::onExtension, .text = &F::extension, .exactlyOne = true},
          [&parties] { return extensionChoices(parties); })
       .list->loadList();
@@ -129,7 +129,7 @@ void CCallsFilterDlg::buildParties(QGridLayout& grid) {
 }
 
 void CCallsFilterDlg::buildDestinations(QGridLayout& grid) {
-  const exchange::PartyDefinitions& parties = document_.parties();
+  const exchange::PartyDefinitions& parties = document_.smdr().parties();
   const Row& name = addRow(grid, "IDS_FILTER_NAME", "name", {.flag = &F::onName, .text = &F::name, .exactlyOne = true});
   name.line->setPlaceholderText(texts()("IDS_FILTER_NAME_HINT"));
   name.line->setToolTip(texts()("IDS_FILTER_NAME_HINT"));

@@ -32,7 +32,7 @@ class RecalcDialog : public FormDialog {
     }
     provider_ = named(new QComboBox, "provider");
     provider_->addItem(texts("IDS_RECALC_ALL_PROVIDERS"), "");
-    for (const auto& provider : document.parties().providers) {
+    for (const auto& provider : document.smdr().parties().providers) {
       provider_->addItem(toQt(provider.name), toQt(provider.name));
     }
     auto* form = new QFormLayout;
@@ -112,7 +112,7 @@ bool updateStoredCalls(server::CServerDoc& document, const Texts& texts, QWidget
   security::requireAllCalls(document.user(), document.app().language());
   RecalcDialog dialog(document, texts, parent);
   if (dialog.exec() != QDialog::Accepted) return false;
-  const ingest::RecalcResult result = document.recalc(dialog.options());
+  const ingest::RecalcResult result = document.smdr().recalc(dialog.options());
   if (!result.error.empty()) {
     warn(parent, texts, texts.format("IDS_RECALC_FAILED", result.changed, result.error));
   } else {

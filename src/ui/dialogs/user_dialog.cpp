@@ -40,7 +40,7 @@ class UserEditDlg : public FormDialog {
     mustChange_ = addFlag(*form, "IDS_USER_MUST_CHANGE", "mustChange", security::UserMustChangePassword);
     disabled_ = addFlag(*form, "IDS_USER_DISABLED", "disabled", security::UserDisabled);
     addGroups(*form);
-    restriction_ = new RestrictionPicker(document.parties(), toQt(user_.SQLSubquery), texts);
+    restriction_ = new RestrictionPicker(document.smdr().parties(), toQt(user_.SQLSubquery), texts);
     auto* tabs = named(new QTabWidget, "tabs");
     auto* account = new QWidget;
     auto* accountLayout = new QVBoxLayout(account);

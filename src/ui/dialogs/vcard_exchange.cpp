@@ -16,16 +16,17 @@ namespace {
 constexpr const char* kFileKinds = "vCard (*.vcf)";
 constexpr std::size_t kProblemsShown = 10;
 
-std::vector<contacts::Contact> wholeBook(jet::Recordset& rows) {
-  std::vector<contacts::Contact> book;
+std::vector<contacts::CONTACTENTRYDESC> wholeBook(jet::Recordset& rows) {
+  std::vector<contacts::CONTACTENTRYDESC> book;
   if (rows.bof() && rows.eof()) return book;
   for (rows.moveFirst(); !rows.eof(); rows.moveNext()) book.push_back(contacts::readContact(rows));
   return book;
 }
 
-std::vector<contacts::Contact> contactsOf(contacts::ContactsManager& book, const std::vector<std::int32_t>& recordIds) {
+std::vector<contacts::CONTACTENTRYDESC> contactsOf(contacts::ContactsManager& book,
+                                                   const std::vector<std::int32_t>& recordIds) {
   if (recordIds.empty()) return wholeBook(book.recordset());
-  std::vector<contacts::Contact> found;
+  std::vector<contacts::CONTACTENTRYDESC> found;
   for (const std::int32_t recordId : recordIds) {
     if (auto contact = book.find(recordId)) found.push_back(std::move(*contact));
   }
@@ -33,13 +34,13 @@ std::vector<contacts::Contact> contactsOf(contacts::ContactsManager& book, const
 }
 
 // All cards or, when the operator stops it or a fault comes, none.
-std::size_t addAll(server::CServerDoc& document, const Texts& texts, std::vector<contacts::Contact> cards) {
+std::size_t addAll(server::CServerDoc& document, const Texts& texts, std::vector<contacts::CONTACTENTRYDESC> cards) {
   platform::Operator& person = document.app().surroundings().person;
   const platform::Progress progress(person, fromQt(texts("IDS_CONTACTS")), fromQt(texts("IDS_UPDATING_DATABASE")),
                                     static_cast<std::int64_t>(cards.size()));
   jet::Transaction transaction(document.database());
   std::int64_t done = 0;
-  for (contacts::Contact& card : cards) {
+  for (contacts::CONTACTENTRYDESC& card : cards) {
     card.telString = document.contactBook().searchedNumbers(card.telView);
     document.contactBook().add(std::move(card));
     if (!person.progressStep(++done)) return 0;

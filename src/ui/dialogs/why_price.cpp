@@ -60,7 +60,7 @@ void explainPrice(server::CServerDoc& document, const Texts& texts, QWidget* par
     tariff::PricingContext output;
     tariff::PriceTrace trace;
     std::int32_t ignore = 0;
-    const auto outcome = document.prices().CalcPrice(record, output, ignore, &trace);
+    const auto outcome = document.smdr().prices().CalcPrice(record, output, ignore, &trace);
     for (const std::string& line : tariff::priceReport(trace, record, output, outcome, texts.language())) {
       lines << toQt(line);
     }

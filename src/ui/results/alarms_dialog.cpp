@@ -89,7 +89,7 @@ class AlarmsDialog : public ResultDialog {
       for (const alarms::ListedAlarm* alarm : alarms) {
         if (!alarm->acknowledged.empty()) continue;
         // Another workstation may have been faster.
-        if (!alarms::acknowledge(data.database(), alarm->id, data.user().Name, now)) continue;
+        if (!alarms::acknowledge(data.database(), alarm->id, data.user().CurrentUserName, now)) continue;
         data.log().WriteLog(security::LogEdit, texts().language().Translate("IDS_LOG_ALARM_ACKNOWLEDGED"), alarm->id);
       }
     });

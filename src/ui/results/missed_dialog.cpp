@@ -72,7 +72,7 @@ class MissedDialog : public ResultDialog {
   }
 
   bool search() {
-    const exchange::PartyDefinitions& parties = document().parties();
+    const exchange::PartyDefinitions& parties = document().smdr().parties();
     const bool found = work([&] {
       std::optional<analysis::WorkingHours> during;
       if (working_->isChecked()) during = analysis::workingHours(document().app().config());

@@ -69,7 +69,7 @@ class PersonDialog : public ResultDialog {
     return work([&] {
       server::CServerDoc& data = document();
       security::requireAllCalls(data.user(), texts().language());
-      const analysis::SubscriberNumbers numbers(data.parties().countryCode, data.parties().areaCode);
+      const analysis::SubscriberNumbers numbers(data.smdr().parties().countryCode, data.smdr().parties().areaCode);
       const auto phonebook = server::openPhonebookFile(data.databases());
       privacy::PersonData person(data.database(), phonebook.get(), numbers, searched_);
       use(person);

@@ -75,7 +75,7 @@ class TrunkLoadDialog : public ResultDialog {
   bool start() {
     if (!measure()) return false;
     QHash<QString, QString> labels;
-    for (const auto& trunk : document().parties().trunks) labels.insert(toQt(trunk.trunk), toQt(trunk.label));
+    for (const auto& trunk : document().smdr().parties().trunks) labels.insert(toQt(trunk.trunk), toQt(trunk.label));
     for (const analysis::TrunkUse& use : load_.trunks) {
       const QString number = toQt(use.trunk);
       const QString name = labels.value(number);
@@ -114,7 +114,7 @@ class TrunkLoadDialog : public ResultDialog {
   bool measure() {
     const bool measured = work([&] {
       load_ = analysis::trunkLoad(document().database(), analysis::activeScope(document().callFilter()),
-                                  document().parties(), chosen());
+                                  document().smdr().parties(), chosen());
     });
     if (!measured) return false;
     sentence_ = analysis::trunkVerdict(load_, texts().language());

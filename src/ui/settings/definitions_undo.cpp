@@ -11,19 +11,19 @@ namespace {
 using Lists = EditedParties::Lists;
 
 tariff::TariffTables loadTariffs(server::CServerDoc& document) {
-  return tariff::loadTariffTables(document.tariffs()->database(), document.tariffs()->dayEncoding());
+  return tariff::loadTariffTables(document.smdr().tariffs()->database(), document.smdr().tariffs()->dayEncoding());
 }
 
 using Change = foundation::DefinitionChange<exchange::PartyDefinitions>;
 
 jet::Database* tariffDatabase(server::CServerDoc& document) {
-  return document.tariffs() != nullptr ? &document.tariffs()->database() : nullptr;
+  return document.smdr().tariffs() != nullptr ? &document.smdr().tariffs()->database() : nullptr;
 }
 
 bool changedSince(server::CServerDoc& document, const StoredDefinitions& after) {
   if (after.tariffs && loadTariffs(document) != *after.tariffs) return true;
-  const Change look(document.parties(), document.database(), tariffDatabase(document));
-  const Lists now(document.parties());
+  const Change look(document.smdr().parties(), document.database(), tariffDatabase(document));
+  const Lists now(document.smdr().parties());
   return now.extensions != after.parties.extensions || now.accounts != after.parties.accounts ||
          now.clients != after.parties.clients;
 }
@@ -41,12 +41,12 @@ void bringBack(server::CServerDoc& document, const StoredDefinitions& before, co
     return app.surroundings().person.messageBox(app.language().Translate("IDS_UNDO_CHANGED"));
   }
   if (before.tariffs) {
-    tariff::saveTariffTables(document.tariffs()->database(), *before.tariffs);
-    document.tariffs()->detectDayEncoding();
-    document.parties().load(document.database(), &document.tariffs()->database());
+    tariff::saveTariffTables(document.smdr().tariffs()->database(), *before.tariffs);
+    document.smdr().tariffs()->detectDayEncoding();
+    document.smdr().parties().load(document.database(), &document.smdr().tariffs()->database());
   }
-  Change change(document.parties(), document.database(), tariffDatabase(document));
-  exchange::PartyDefinitions& parties = document.parties();
+  Change change(document.smdr().parties(), document.database(), tariffDatabase(document));
+  exchange::PartyDefinitions& parties = document.smdr().parties();
   parties.extensions = before.parties.extensions;
   parties.accounts = before.parties.accounts;
   parties.clients = before.parties.clients;
@@ -62,9 +62,9 @@ void bringBack(server::CServerDoc& document, const StoredDefinitions& before, co
 }  // namespace
 
 StoredDefinitions storedDefinitions(server::CServerDoc& document, bool withTariffs) {
-  document.parties().reloadIfChanged(document.database(), tariffDatabase(document));
-  StoredDefinitions stored{Lists(document.parties()), {}};
-  if (withTariffs && document.tariffs() != nullptr) stored.tariffs = loadTariffs(document);
+  document.smdr().parties().reloadIfChanged(document.database(), tariffDatabase(document));
+  StoredDefinitions stored{Lists(document.smdr().parties()), {}};
+  if (withTariffs && document.smdr().tariffs() != nullptr) stored.tariffs = loadTariffs(document);
   return stored;
 }
 

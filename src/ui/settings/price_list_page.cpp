@@ -57,7 +57,7 @@ PriceListPage::PriceListPage(server::CServerDoc& document, std::shared_ptr<Edite
       take_(named(new QPushButton(texts("IDS_PRICES_TAKE")), "priceTake")),
       summary_(named(new QLabel, "priceSummary")),
       changes_(new ResultTable(document, texts, "priceChanges")) {
-  for (const exchange::ProviderDefinition& each : document.parties().providers) {
+  for (const exchange::ProviderDefinition& each : document.smdr().parties().providers) {
     provider_->addItem(toQt(each.name), each.id);
   }
   profile_->setEditable(true);
@@ -144,13 +144,13 @@ void PriceListPage::forgetTrial() {
 }
 
 const exchange::ProviderDefinition* PriceListPage::provider() const {
-  const auto& providers = document_.parties().providers;
+  const auto& providers = document_.smdr().parties().providers;
   const auto found = std::ranges::find(providers, provider_->currentData().toInt(), &exchange::ProviderDefinition::id);
   return found == providers.end() ? nullptr : &*found;
 }
 
 void PriceListPage::readList() {
-  tariff::PriceListOptions options{.countryCode = document_.parties().countryCode,
+  tariff::PriceListOptions options{.countryCode = document_.smdr().parties().countryCode,
                                    .columns = tariff::readColumnHeadings(fromQt(headings_->text())),
                                    .currency = fromQt(currency_->currentText()),
                                    .codepage = texts_.language().codepage()};
@@ -163,8 +163,8 @@ void PriceListPage::readList() {
 tariff::PriceListImport PriceListPage::plan() {
   const QDate day = from_->date();
   const exchange::ProviderDefinition& chosen = *provider();
-  const exchange::PartyDefinitions& parties = document_.parties();
-  return {*document_.tariffs(),
+  const exchange::PartyDefinitions& parties = document_.smdr().parties();
+  return {*document_.smdr().tariffs(),
           {chosen.id, fromQt(profile_->currentText().trimmed()),
            *base::DateTime::fromParts(day.year(), day.month(), day.day()), parties.countryCode, parties.areaCode,
            chosen.localPrefixes},
@@ -249,7 +249,7 @@ void PriceListPage::takeList() {
                              profile);
   });
   if (!done) return;
-  const auto& trunks = document_.parties().trunks;
+  const auto& trunks = document_.smdr().parties().trunks;
   const bool used = std::ranges::any_of(trunks, [&](const exchange::tagTRUNKINFO& trunk) {
     return trunk.providerId == provider()->id && base::equalFold(trunk.profile, profile);
   });

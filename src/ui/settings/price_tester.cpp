@@ -33,7 +33,8 @@ PriceTester::PriceTester(server::CServerDoc& document, const Texts& texts, QWidg
       document_(document),
       texts_(texts),
       number_(named(new QLineEdit, "testerNumber")),
-      trunk_(named(new ChoiceBox([&document] { return trunkChoices(document.parties()); }, texts), "testerTrunk")),
+      trunk_(
+          named(new ChoiceBox([&document] { return trunkChoices(document.smdr().parties()); }, texts), "testerTrunk")),
       start_(new QDateTimeEdit(QDateTime::currentDateTime())),
       duration_(spinBox("testerDuration", 60, kLongestCall)),
       pulses_(spinBox("testerPulses", 0, kMostPulses)),
@@ -90,7 +91,7 @@ void PriceTester::calculate() {
   tariff::PriceTrace trace;
   std::int32_t ignore = 0;
   try {
-    const auto outcome = document_.prices().CalcPrice(record, output, ignore, &trace);
+    const auto outcome = document_.smdr().prices().CalcPrice(record, output, ignore, &trace);
     QStringList lines;
     for (const std::string& line : tariff::priceReport(trace, record, output, outcome, texts_.language())) {
       lines << toQt(line);

@@ -125,7 +125,7 @@ RecordTableModel* makeSchedulesModel(const EditedList<Schedule>& schedules, serv
   const auto text = [&](const char* key, std::string Schedule::*member) {
     return textColumn(texts(key), schedules, member);
   };
-  const std::string self = document.user().Name;
+  const std::string self = document.user().CurrentUserName;
   return new RecordTableModel(
       {text("IDS_NAME", &Schedule::name), switchColumn(texts("IDS_RULE_ENABLED"), schedules, &Schedule::enabled),
        reportColumn(schedules, texts),

@@ -47,7 +47,7 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
       document_(document),
       texts_(texts),
       allowed_(mayChangeAdministration(document)),
-      parties_(std::make_shared<EditedParties>(document.parties())),
+      parties_(std::make_shared<EditedParties>(document.smdr().parties())),
       tariffs_(std::make_shared<EditedTariffs>(
           document.app().config().ReadConfigString("CountryCode", "general", foundation::StoreMachine, ""))),
       list_(named(new QListWidget, "pages")),
@@ -56,8 +56,9 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
                                     QDialogButtonBox::Help)) {
   setObjectName("settingsSheet");
   setWindowTitle(texts("IDS_SETTINGS"));
-  if (document.tariffs() != nullptr) {
-    tariffs_->tables = tariff::loadTariffTables(document.tariffs()->database(), document.tariffs()->dayEncoding());
+  if (document.smdr().tariffs() != nullptr) {
+    tariffs_->tables =
+        tariff::loadTariffTables(document.smdr().tariffs()->database(), document.smdr().tariffs()->dayEncoding());
   }
   list_->setAccessibleName(texts("IDS_SETTINGS"));
   buildButtons();
@@ -91,7 +92,7 @@ void SettingsSheet::addPages() {
   addPage(clientsPage(parties_, texts_));
   addPage(trunksPage(parties_, tariffs_, texts_));
   addPage(exchangePage(document_.app().config(), document_.app().surroundings().person, texts_));
-  if (document_.tariffs() != nullptr) {
+  if (document_.smdr().tariffs() != nullptr) {
     addGroup("IDS_SETTINGS_TARIFFS");
     for (SettingsPage& page : tariffPages(tariffs_, parties_, currencyCodes(document_.currencies()), texts_)) {
       addPage(std::move(page));
@@ -128,7 +129,7 @@ void SettingsSheet::addPriceListPage() {
 
 // After a change of the database that was not made in the tables.
 void SettingsSheet::reloadTariffs() {
-  tariff::TariffDatabase& tariffs = *document_.tariffs();
+  tariff::TariffDatabase& tariffs = *document_.smdr().tariffs();
   tariffs.detectDayEncoding();
   const auto tables = [this](void (RecordTableModel::*step)()) {
     for (const SettingsPage& page : pages_) {
@@ -246,22 +247,22 @@ void SettingsSheet::savePartiesAndTariffs() {
   const bool withTariffs = tariffs_->changed();
   StoredDefinitions before = storedDefinitions(document_, withTariffs);
   if (withTariffs) {
-    tariff::saveTariffTables(document_.tariffs()->database(), tariffs_->tables);
-    document_.tariffs()->detectDayEncoding();
-    document_.parties().load(document_.database(), &document_.tariffs()->database());
+    tariff::saveTariffTables(document_.smdr().tariffs()->database(), tariffs_->tables);
+    document_.smdr().tariffs()->detectDayEncoding();
+    document_.smdr().parties().load(document_.database(), &document_.smdr().tariffs()->database());
     tariffs_->markSaved();
   }
   {
-    tariff::TariffDatabase* const tariffs = document_.tariffs();
-    foundation::DefinitionChange change(document_.parties(), document_.database(),
+    tariff::TariffDatabase* const tariffs = document_.smdr().tariffs();
+    foundation::DefinitionChange change(document_.smdr().parties(), document_.database(),
                                         tariffs == nullptr ? nullptr : &tariffs->database());
-    parties_->putInto(document_.parties());
+    parties_->putInto(document_.smdr().parties());
     change.save();
   }
   for (const SettingsPage& page : pages_) {
     if (page.table != nullptr) page.table->model()->beginBulkChange();
   }
-  parties_->takeFrom(document_.parties());
+  parties_->takeFrom(document_.smdr().parties());
   for (const SettingsPage& page : pages_) {
     if (page.table == nullptr) continue;
     page.table->model()->endBulkChange();
