@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
+#include "base/printf.h"
 #include "exchange/call_record.h"
 #include "tariff/charge_bands.h"
 #include "tariff/dialled_number.h"
@@ -22,7 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto encoding = record.incoming != 0 ? tariff::DayEncoding::Plain : tariff::DayEncoding::Product;
     const auto interval = tariff::chargedInterval(*start, record.ring, std::int64_t{duration} - record.ring);
     if (interval.end >= interval.start) {
-      static_cast<void>(tariff::timeCondition(encoding, interval));
+      std::vector<base::FormatArgument> values;
+      tariff::addTimeValues(encoding, interval, values);
+      static_cast<void>(tariff::timeCondition(encoding, tariff::daysInCondition(interval)));
       tariff::BandSum sum(encoding, interval);
       sum.add({.startMinute = record.minute,
                .endMinute = 1439,
