@@ -41,7 +41,7 @@ TEST_F(ConvertDialogTest, AnOldDatabaseIsConvertedBesideTheOpenOneAndUsedFromThe
   EXPECT_TRUE(convert());
   EXPECT_EQ(desktop.setting("general", "PathDatabase"), desktop.path("converted") + "/");
   EXPECT_EQ(desktop.setting("general", "PathMonitor"), monitor);
-  const auto main = jet::openDatabase(desktop.path("converted/tallybook.mdb"), jet::OpenMode::ReadOnly);
+  const auto main = jet::openDatabase(desktop.path("converted") + "/tallybook.mdb", jet::OpenMode::ReadOnly);
   EXPECT_FALSE(main->openSnapshot("select * from Users").empty());
 }
 
@@ -60,13 +60,13 @@ TEST_F(ConvertDialogTest, AFolderWithoutAnOldDatabaseIsToldAndNothingIsMade) {
 TEST_F(ConvertDialogTest, AFolderThatIsInUseIsRefused) {
   const Script script({[this](QDialog& dialog) {
                          enterFolders(dialog);
-                         child<QLineEdit>(dialog, "newFolder").setText(ui::toQt(desktop.path("")));
+                         child<QLineEdit>(dialog, "newFolder").setText(ui::toQt(desktop.files.folder.setting()));
                          click(dialog, "ok");
                          click(dialog, "cancel");
                        },
                        [](QDialog& question) { click(question, "no"); }});
   EXPECT_FALSE(convert());
-  EXPECT_EQ(desktop.setting("general", "PathDatabase"), desktop.path(""));
+  EXPECT_EQ(desktop.setting("general", "PathDatabase"), desktop.files.folder.setting());
 }
 
 }  // namespace

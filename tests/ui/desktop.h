@@ -60,7 +60,7 @@ class Desktop {
                        static_cast<std::int32_t>(security::PasswordDigest(""))));
     }
     foundation::MachineStore machine(storeFile());
-    machine.writeString("general", "PathDatabase", path(""));
+    machine.writeString("general", "PathDatabase", files.folder.setting());
     machine.writeString("general", "Path", path(""));
     machine.writeString("general", "AutoLoginUser", "admin");
     machine.writeString("general", "Language", language);

@@ -126,6 +126,7 @@ TEST_F(TwoProcesses, TheListShowsEveryChangeOfEveryTable) {
     const Table& table = tables[static_cast<std::size_t>(round) % std::size(tables)];
     frame->selectFolder(table.folder);
     other.order(base::format(table.order, round));
+    hearOfChanges(desktop->document->database());
     frame->refreshFromOtherCopies();
     ASSERT_TRUE(listShows(QString("round %1").arg(round))) << table.order << ' ' << round;
   }
@@ -151,6 +152,7 @@ TEST_F(TwoProcesses, TheSheetAndTheListBothHearOfAChangeWhoeverLooksFirst) {
       return QTest::qWaitFor([&] { return child<QLineEdit>(sheet, "name").text() == name; }, 5000);
     };
     if (round % 2 == 0) sheetHears();
+    hearOfChanges(desktop->document->database());
     frame->refreshFromOtherCopies();
     EXPECT_TRUE(listShows(name)) << round;
     ASSERT_TRUE(sheetHears()) << round;
