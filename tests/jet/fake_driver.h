@@ -183,17 +183,16 @@ class FakeQuery final : public FoundRows {
   }
 
   void change() {
-    changed_ = 0;
+    changed_ = statement_.kind == Statement::Kind::Insert ? 1 : 0;
+    if (changed_ > 0) return void(table().add(assigned(std::vector<Value>(statement_.table().fields.size()))));
     std::map<RowKey, std::vector<Value>> rows;  // a fault leaves all as it was
     for (const auto& [key, cells] : table().rows) {
-      const bool wanted = statement_.kind != Statement::Kind::Insert && holds(statement_.where, cells);
+      const bool wanted = holds(statement_.where, cells);
       changed_ += wanted ? 1 : 0;
       if (wanted && statement_.kind == Statement::Kind::Delete) continue;
       rows.emplace(key, wanted ? assigned(cells) : cells);
     }
     table().rows = std::move(rows);
-    if (statement_.kind != Statement::Kind::Insert) return;
-    changed_ = table().add(assigned(std::vector<Value>(statement_.table().fields.size()))) > 0 ? 1 : 0;
   }
 
   FakeTables& tables_;

@@ -14,8 +14,8 @@ constexpr std::int64_t kMicroseconds = 1'000'000;
 }  // namespace
 
 std::int64_t wholeNumber(std::string_view bytes) {
-  // The first byte brings the sign.
-  auto value = static_cast<std::int64_t>(static_cast<signed char>(bytes.front()));
+  constexpr std::int64_t kSign = 0x80;  // in the first byte
+  std::int64_t value = (static_cast<unsigned char>(bytes.front()) ^ kSign) - kSign;
   for (const char c : bytes.substr(1)) value = value * 256 + static_cast<unsigned char>(c);
   return value;
 }
