@@ -130,7 +130,7 @@ class ChangeListener {
  public:
   virtual ~ChangeListener() = default;
   virtual void tableChanged(std::string_view table) = 0;
-  virtual void tableAppended(std::string_view table) = 0;  // rows were put behind all others, and that was all
+  virtual void tableAppended(std::string_view table) = 0;  // rows were added after all others, and that was all
   virtual void everythingChanged() = 0;                    // when the driver cannot tell which table it was
   virtual void definitionsChanged() = 0;
 };

@@ -26,7 +26,7 @@ struct KeyQuery {
 // Of the roles that give keys.
 KeyQuery keyQuery(Role role);
 
-// What stands before the columns of each table of a statement: its alias, quoted, with a dot; nothing in a change.
+// What comes before the columns of each table of a statement: its alias, quoted, with a dot; nothing in a change.
 std::vector<std::string> qualifiersOf(const bind::BoundStatement& statement);
 
 }  // namespace jet::engine

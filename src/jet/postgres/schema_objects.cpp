@@ -59,7 +59,7 @@ std::string countFunctionName(const TableDef& table) {
   return shortName("jet count " + table.name);
 }
 
-// After each statement that adds or takes away rows. A row that was not put behind all others is noted as more than
+// After each statement that adds or takes away rows. A row that was not added after all others is noted as more than
 // that.
 std::string countFunction(const std::string& schema, const TableDef& table) {
   const std::string blocks = inSchema(schema, kBlocksTable);

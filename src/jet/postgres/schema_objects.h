@@ -13,7 +13,7 @@ namespace jet::postgres {
 // triggers: they let one writer at a time in, note the change and tell the other connections.
 
 // "jet changes": for each table the transaction that changed it last (`changed`), and the last one that did more than
-// to put rows behind all others (`rewritten`). The row of no name is that of the definitions.
+// to add rows after all others (`rewritten`). The row of no name is that of the definitions.
 inline constexpr const char* kChangesTable = "jet changes";
 // "jet blocks": for each table the number of rows in each range of 2^kBlockBits keys that has some, and the greatest
 // key that ever was in it (`last`).

@@ -19,7 +19,7 @@ namespace jet::columns {
 class ColumnSource {
  public:
   // Numbers that move when the table's rows may have changed: `rows` by any change, `rewrites` by every change other
-  // than rows that this program put behind all others.
+  // than rows that this program added after all others.
   struct Changes {
     std::uint64_t rows = 0;
     std::uint64_t rewrites = 0;

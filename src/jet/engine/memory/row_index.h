@@ -17,7 +17,7 @@ struct RowSet {
   const Value* cells = nullptr;
   std::size_t width = 0;
   std::size_t count = 0;
-  std::shared_ptr<const void> lender = nullptr;  // keeps the cells for whoever borrows rows; null when nobody may
+  std::shared_ptr<const void> lender = nullptr;  // keeps the cells while rows of it are in use; null: copy them
   [[nodiscard]] const Value* row(std::size_t index) const { return cells + index * width; }
 };
 
