@@ -15,7 +15,7 @@ namespace soak {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr int kDays = 365;
+constexpr int kSizeDays = 365;
 
 double secondsOf(const Exchange& exchange, const std::vector<std::string>& words) {
   const auto start = Clock::now();
@@ -29,7 +29,7 @@ double secondsOf(const Exchange& exchange, const std::vector<std::string>& words
 
 void writeMonitorFile(const Exchange& exchange, std::int64_t calls) {
   std::ofstream out(exchange.monitor() / "monitor.data", std::ios::binary);
-  NumberedCalls numbered(calls, kDays, 5);
+  NumberedCalls numbered(calls, kSizeDays, 5);
   for (std::int64_t i = 1; i <= calls; ++i) out << numbered.next(static_cast<std::int32_t>(i));
 }
 

@@ -23,7 +23,7 @@ void putQuoted(std::string& out, std::string_view text) {
   out += '"';
 }
 
-void putText(std::string& out, std::string_view text) {
+void putTextCell(std::string& out, std::string_view text) {
   const bool plain = !text.empty() && text.find_first_of(",\"\r\n") == std::string_view::npos &&
                      base::trim(text).size() == text.size();
   if (plain) {
@@ -33,7 +33,7 @@ void putText(std::string& out, std::string_view text) {
   }
 }
 
-void putValue(std::string& out, const jet::Value& value) {
+void putCell(std::string& out, const jet::Value& value) {
   switch (value.type()) {
     case jet::Type::Null:
       return;
@@ -47,7 +47,7 @@ void putValue(std::string& out, const jet::Value& value) {
       out += exactNumber(value.number());
       return;
     case jet::Type::Text:
-      putText(out, value.text());
+      putTextCell(out, value.text());
       return;
     case jet::Type::DateTime:
       out += value.dateTime().stored();
@@ -62,7 +62,7 @@ class CsvWriter : public RowTextWriter {
   void head(std::string& out) override {
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       if (i > 0) out += ',';
-      putText(out, columns_[i].name);
+      putTextCell(out, columns_[i].name);
     }
     out += '\n';
   }
@@ -70,7 +70,7 @@ class CsvWriter : public RowTextWriter {
   void row(std::string& out, const OldRow& row) override {
     for (std::size_t i = 0; i < row.size(); ++i) {
       if (i > 0) out += ',';
-      putValue(out, row[i]);
+      putCell(out, row[i]);
     }
     out += '\n';
   }

@@ -33,7 +33,7 @@ bool isRegularFile(const std::filesystem::path& file) {
   return std::filesystem::is_regular_file(file, ignored);
 }
 
-bool isThere(const std::filesystem::path& file) {
+bool fileExists(const std::filesystem::path& file) {
   std::error_code ignored;
   return std::filesystem::exists(file, ignored);
 }
@@ -143,7 +143,7 @@ ImportResult MonitorImport::run() {
 
 // The reason when it is still there: then the new file must not take its name.
 std::optional<std::string> MonitorImport::moveLeftOverAside(const MonitorFolder& folder) {
-  if (!isThere(folder.backup())) return std::nullopt;
+  if (!fileExists(folder.backup())) return std::nullopt;
   const std::filesystem::path name = folder.freeBackupName();
   recorder_.parts().log.WriteLog(security::LogError, "monitor.data.bk exists, renaming to %s", name.string());
   if (const std::error_code error = platform::renameDurably(folder.backup(), name)) {
@@ -158,7 +158,7 @@ std::optional<ImportResult> MonitorImport::takeOver(const MonitorFolder& folder)
   std::error_code error;
   const auto status = std::filesystem::symlink_status(folder.source(), error);
   if (status.type() == std::filesystem::file_type::not_found) {
-    const bool folderThere = isThere(folder.source().parent_path());
+    const bool folderThere = fileExists(folder.source().parent_path());
     return folderThere ? nothingToDo() : nothingToDo(cannot("read", folder.source().parent_path(), error));
   }
   if (error) return nothingToDo(cannot("read", folder.source(), error));
@@ -226,7 +226,7 @@ FileProgress MonitorImport::progressOf(const std::filesystem::path& file) {
     if (further && beginsAsRead(file, row)) best = &row;
   }
   FileProgress result = best != nullptr ? *best : FileProgress{.digest = ReadPosition().digest.text()};
-  if (best == nullptr || !isThere(best->file)) {
+  if (best == nullptr || !fileExists(best->file)) {
     result.file = file.string();
     jet::Transaction transaction(recorder_.parts().main);
     rows_.setAside(result.file);
@@ -297,7 +297,7 @@ std::string MonitorImport::deleteComplete(const std::filesystem::path& file, con
   recorder_.parts().main.makeDurable();
   const std::error_code error = platform::removeDurably(file);
   if (error && error != std::errc::no_such_file_or_directory) return cannot("delete", file, error);
-  if (isThere(progress.file)) return {};
+  if (fileExists(progress.file)) return {};
   rows_.forget(progress.file);
   // Named for a record that could be stored after all.
   if (progress.refused.bytes == 0 && !progress.refused.file.empty()) rows_.forget(progress.refused.file);

@@ -13,7 +13,7 @@ namespace ingest {
 
 namespace {
 
-bool isThere(const std::filesystem::path& file) {
+bool nameTaken(const std::filesystem::path& file) {
   std::error_code ignored;
   return std::filesystem::exists(std::filesystem::symlink_status(file, ignored));
 }
@@ -40,7 +40,7 @@ MonitorFolder::MonitorFolder(std::string_view setting) {
 std::filesystem::path MonitorFolder::freeBackupName() const {
   for (int n = 1;; ++n) {
     const std::filesystem::path name = base::format("%s.%d", backup_.string(), n);
-    if (!isThere(name)) return name;
+    if (!nameTaken(name)) return name;
   }
 }
 
@@ -60,7 +60,7 @@ std::vector<std::filesystem::path> MonitorFolder::backups() const {
   std::sort(numbered.begin(), numbered.end());
   std::vector<std::filesystem::path> result;
   for (auto& [number, path] : numbered) result.push_back(std::move(path));
-  if (isThere(backup_)) result.push_back(backup_);
+  if (nameTaken(backup_)) result.push_back(backup_);
   return result;
 }
 

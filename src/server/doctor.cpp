@@ -32,7 +32,7 @@ bool mayWrite(const fs::path& path) {
   return access(path.c_str(), W_OK) == 0;
 }
 
-bool isThere(const fs::path& path) {
+bool fileExists(const fs::path& path) {
   std::error_code ignored;
   return fs::exists(path, ignored);
 }
@@ -82,7 +82,7 @@ class Examination {
     if (!patient_.machineStore.usable()) {
       return wrong("machine store", "it is not a file", file.string(), "Name another one with --store FILE.");
     }
-    if (!isThere(file))
+    if (!fileExists(file))
       return note("machine store", "there is none yet", file.string(), "tallyctl init DIR makes one.");
     if (access(file.c_str(), R_OK) != 0) {
       return wrong("machine store", "it cannot be read", file.string(),
@@ -97,7 +97,7 @@ class Examination {
   void checkLanguageFile() {
     const std::string folder = base::withSeparator(setting("path"));
     fs::path file = base::systemPath(folder + "Tallybook.lng");
-    if (!file.has_parent_path() || !isThere(file)) file = patient_.programFolder / "Tallybook.lng";
+    if (!file.has_parent_path() || !fileExists(file)) file = patient_.programFolder / "Tallybook.lng";
     foundation::LanguageFile language;
     if (!language.LoadLanguageFile(file)) {
       return wrong("language file", "it cannot be read", file.string(), "Install the program's files again.");
@@ -136,7 +136,7 @@ class Examination {
   }
 
   void checkDataFolder(const fs::path& folder) {
-    if (!isThere(folder)) {
+    if (!fileExists(folder)) {
       return wrong("data folder", "it is not there", folder.string(),
                    "Is its disk or share connected? Else point setting PathDatabase to the right folder.");
     }
@@ -174,7 +174,7 @@ class Examination {
                   "tallyctl setting set PathMonitor FOLDER/ --where machine");
     }
     const fs::path folder = base::systemPath(set);
-    if (!isThere(folder)) {
+    if (!fileExists(folder)) {
       return wrong("monitor folder", "it is not there", folder.string(),
                    "Is its disk or share connected? Else point setting PathMonitor to the right folder.");
     }
@@ -225,7 +225,7 @@ class Examination {
     const std::string file = setting("OutFile");
     if (file.empty()) return;
     const fs::path path = base::systemPath(file);
-    if (isThere(path) ? mayWrite(path) : mayWrite(path.parent_path())) {
+    if (fileExists(path) ? mayWrite(path) : mayWrite(path.parent_path())) {
       return good("output file", "it can be written", path.string());
     }
     wrong("output file", "this user may not write it", path.string(), "Give the right, or change setting OutFile.");
@@ -233,7 +233,7 @@ class Examination {
 
   void checkOutputPort(const std::string& port) {
     const ingest::OutputAddress address = ingest::outputAddress(config_, port);
-    if (address.device.empty() || !isThere(address.device)) {
+    if (address.device.empty() || !fileExists(address.device)) {
       return wrong("output port", "there is no such device", port + ' ' + address.device,
                    "Name the device in setting Device_COMn, or mend setting COMOut.");
     }

@@ -18,14 +18,14 @@ namespace {
 using nlohmann::ordered_json;
 
 // One that this user may not look at counts as there.
-bool isThere(const std::filesystem::path& file) {
+bool fileExists(const std::filesystem::path& file) {
   std::error_code fault;
   return std::filesystem::status(file, fault).type() != std::filesystem::file_type::not_found;
 }
 
 bool isWritable(const std::filesystem::path& file) {
   std::filesystem::path at = std::filesystem::absolute(file).parent_path();
-  while (!isThere(at) && at.has_relative_path()) at = at.parent_path();
+  while (!fileExists(at) && at.has_relative_path()) at = at.parent_path();
   return ::access(at.c_str(), W_OK) == 0;
 }
 
@@ -33,7 +33,7 @@ bool isWritable(const std::filesystem::path& file) {
 ordered_json siteJson(const std::string& file) {
   ordered_json json;
   json["file"] = file;
-  json["exists"] = isThere(file);
+  json["exists"] = fileExists(file);
   json["writable"] = isWritable(file);
   json["running"] = 0;
   json["fault"] = "";
@@ -68,7 +68,7 @@ int show(const std::string& file, bool asJson) {
 }
 
 std::string currentText(const std::string& file) {
-  return isThere(file) ? capture::siteFileText(file) : std::string();
+  return fileExists(file) ? capture::siteFileText(file) : std::string();
 }
 
 int write(const std::string& file, const std::string& text, bool dryRun) {

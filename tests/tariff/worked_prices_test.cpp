@@ -7,7 +7,7 @@ namespace {
 
 constexpr int kWorkingDays = 2310;  // Monday 2 * 3 * 5 * 7 * 11 Friday
 constexpr int kWeekend = 221;       // Saturday 13 * 17 Sunday
-constexpr int kWholeWeek = 510510;
+constexpr int kEachDay = 510510;
 
 // An exchange with several providers, profiles and encodings of a price at once; what each call costs was worked out
 // on paper, as written beside it.
@@ -43,14 +43,14 @@ class WorkedPrices : public testing::Test {
         {101, 10, 0, "20:00", "23:59", kWorkingDays, 100, 0, 0.002, 0.02, "RON"},
         {101, 10, 0, "0:00", "7:59", kWorkingDays, 3000, 60, 0.04, 0.01, "RON"},
         {101, 10, 0, "0:00", "23:59", kWeekend, 6000, 120, 0.10, 0.03, "RON"},
-        {101, 11, 0, "0:00", "23:59", kWholeWeek, 6000, 0, 0.20, 0, "EUR"},
-        {102, 10, 0, "0:00", "23:59", kWholeWeek, 100, 0, 1.00, 0, "USD"},
-        {101, 12, 10, "0:00", "23:59", kWholeWeek, 1000, 0, 0.05, 0, "RON"},
-        {200, 20, 0, "0:00", "23:59", kWholeWeek, 6000, 60, 0.50, 0.10, "RON"},
-        {201, 20, 0, "0:00", "23:59", kWholeWeek, 0, 60, 9.00, 1.50, "eur"},
-        {300, 30, 3, "0:00", "23:59", kWholeWeek, 6000, 0, 0.13, 5.00, "XXX"},
-        {100, 10, 0, "0:00", "23:59", kWholeWeek, 6000, 0, 0.07, 0, "RON"},
-        {104, 10, 0, "0:00", "23:59", kWholeWeek, 4500, 0, 0.11, 0, "RON"},
+        {101, 11, 0, "0:00", "23:59", kEachDay, 6000, 0, 0.20, 0, "EUR"},
+        {102, 10, 0, "0:00", "23:59", kEachDay, 100, 0, 1.00, 0, "USD"},
+        {101, 12, 10, "0:00", "23:59", kEachDay, 1000, 0, 0.05, 0, "RON"},
+        {200, 20, 0, "0:00", "23:59", kEachDay, 6000, 60, 0.50, 0.10, "RON"},
+        {201, 20, 0, "0:00", "23:59", kEachDay, 0, 60, 9.00, 1.50, "eur"},
+        {300, 30, 3, "0:00", "23:59", kEachDay, 6000, 0, 0.13, 5.00, "XXX"},
+        {100, 10, 0, "0:00", "23:59", kEachDay, 6000, 0, 0.07, 0, "RON"},
+        {104, 10, 0, "0:00", "23:59", kEachDay, 4500, 0, 0.11, 0, "RON"},
     };
     for (const Charge& charge : charges) office.charge(charge);
   }

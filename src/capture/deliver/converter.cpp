@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/characters.h"
+#include "capture/time_units.h"
 
 namespace capture {
 
@@ -15,8 +16,7 @@ constexpr std::size_t kFullRecords = 512 * 1024;  // bytes
 constexpr std::uint64_t kFullEntries = 5000;
 constexpr std::size_t kFreshLimit = 20'000;       // entries kept in memory for a conversion that is late
 constexpr std::uint64_t kStateEntries = 100'000;  // enough for every state of a parser at any rate
-constexpr std::int64_t kMillisecondsPerHour = 3'600'000;
-constexpr std::size_t kShownLength = 400;  // characters of an unknown line
+constexpr std::size_t kShownLength = 400;         // characters of an unknown line
 
 std::string localDay(std::int64_t milliseconds) {
   const std::time_t seconds = milliseconds / 1000;

@@ -30,7 +30,7 @@ bool readNumber(std::string_view text, std::uint64_t& value) {
   return error == std::errc() && !text.empty() && end == text.data() + text.size();
 }
 
-[[noreturn]] void fail(const fs::path& file, const std::string& what) {
+[[noreturn]] void failSpool(const fs::path& file, const std::string& what) {
   throw SpoolFault(file.string() + ": " + what);
 }
 
@@ -53,7 +53,7 @@ std::string advice(int reason) {
 }
 
 [[noreturn]] void failWith(const fs::path& file, int reason) {
-  fail(file, advice(reason));
+  failSpool(file, advice(reason));
 }
 
 void check(const fs::path& file, std::error_code error) {
@@ -103,7 +103,7 @@ std::optional<ReadyFile> ReadyFile::fromName(std::string_view name) {
 Spool::Spool(const fs::path& folder, Role role) : folder_(folder) {
   std::error_code error;
   if (!fs::is_directory(folder_, error)) {
-    fail(folder_, "there is no such folder. It is the one of Tallybook's setting PathMonitor (section general).");
+    failSpool(folder_, "there is no such folder. It is the one of Tallybook's setting PathMonitor (section general).");
   }
   if (::mkdir(ownFolder().c_str(), 0770) != 0 && errno != EEXIST) failWith(ownFolder(), errno);
   if (role == Role::Guest) return;
@@ -113,8 +113,9 @@ Spool::Spool(const fs::path& folder, Role role) : folder_(folder) {
     throw SpoolFault(fault.what());
   }
   if (!lock_) {
-    fail(folder_, "another tallymon (process " + std::to_string(platform::InstanceLock::holder(ownFolder() / "lock")) +
-                      ") delivers into this folder. One a folder; several exchanges are several sources of one.");
+    failSpool(folder_, "another tallymon (process " +
+                           std::to_string(platform::InstanceLock::holder(ownFolder() / "lock")) +
+                           ") delivers into this folder. One a folder; several exchanges are several sources of one.");
   }
 }
 
@@ -123,7 +124,7 @@ platform::InstanceLock Spool::lockDecisions() const {
   for (int i = 0; i < kTries; ++i) {
     if (auto lock = platform::InstanceLock::acquire(ownFolder() / "replay.lock")) return std::move(*lock);
   }
-  fail(ownFolder(), "another tallymon has been handing lines over for seconds; try again.");
+  failSpool(ownFolder(), "another tallymon has been handing lines over for seconds; try again.");
 }
 
 void Spool::write(const ReadyFile& file, std::string_view records, const std::optional<ReadyFile>& replaced) const {

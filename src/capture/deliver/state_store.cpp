@@ -4,13 +4,13 @@
 #include <array>
 
 #include "capture/journal/journal_keeping.h"
+#include "capture/time_units.h"
 
 namespace capture {
 
 namespace {
 
 constexpr int kUnknownKept = 20;  // lines a day, for the installer to look at
-constexpr std::int64_t kMillisecondsPerDay = 86'400'000;
 constexpr std::array<std::int32_t, 2> kFirstNumber = {1001, 9'000'001};
 
 constexpr const char* kTables = R"(

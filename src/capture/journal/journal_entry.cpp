@@ -6,6 +6,7 @@
 
 #include "base/datetime.h"
 #include "capture/format/clean.h"
+#include "capture/time_units.h"
 
 namespace capture {
 
@@ -13,7 +14,6 @@ namespace {
 
 constexpr std::string_view kNoOrigin = "-";
 constexpr std::size_t kTimeLength = 24;  // 2026-11-25T07:14:31.123Z
-constexpr std::int64_t kMillisecondsPerSecond = 1000;
 // Seconds from day 0 of base::DateTime to 1970-01-01.
 constexpr std::int64_t kEpoch = 25569LL * 86400;
 

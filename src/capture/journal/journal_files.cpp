@@ -23,7 +23,7 @@ constexpr std::size_t kPiece = 64 * 1024;
 constexpr std::string_view kPlainEnding = ".log";
 constexpr std::string_view kCompressedEnding = ".log.zst";
 
-[[noreturn]] void fail(const fs::path& file, const std::string& what) {
+[[noreturn]] void failJournal(const fs::path& file, const std::string& what) {
   throw std::runtime_error("Journal " + file.string() + ": " + what);
 }
 
@@ -31,7 +31,7 @@ class OpenFile {
  public:
   OpenFile(const fs::path& file, int flags, mode_t mode = 0)
       : path_(file), descriptor_(::open(file.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, mode)) {
-    if (descriptor_ < 0) fail(file, std::strerror(errno));
+    if (descriptor_ < 0) failJournal(file, std::strerror(errno));
   }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
@@ -39,19 +39,19 @@ class OpenFile {
 
   std::size_t read(char* to, std::size_t size) {
     const ssize_t count = ::read(descriptor_, to, size);
-    if (count < 0) fail(path_, std::strerror(errno));
+    if (count < 0) failJournal(path_, std::strerror(errno));
     return static_cast<std::size_t>(count);
   }
   void write(const char* from, std::size_t size) {
     while (size > 0) {
       const ssize_t count = ::write(descriptor_, from, size);
-      if (count < 0) fail(path_, std::strerror(errno));
+      if (count < 0) failJournal(path_, std::strerror(errno));
       from += count;
       size -= static_cast<std::size_t>(count);
     }
   }
   void sync() {
-    if (::fsync(descriptor_) != 0) fail(path_, std::strerror(errno));
+    if (::fsync(descriptor_) != 0) failJournal(path_, std::strerror(errno));
   }
 
  private:
@@ -122,7 +122,7 @@ class CompressedLines : public LinesOfPieces {
     const std::size_t result = ZSTD_decompressStream(stream_, &out, &in_);
     text.resize(before + out.pos);
     if (ZSTD_isError(result) != 0)
-      fail(path_, std::string("cannot be decompressed (") + ZSTD_getErrorName(result) + ")");
+      failJournal(path_, std::string("cannot be decompressed (") + ZSTD_getErrorName(result) + ")");
     return out.pos > 0 || in_.size > 0;
   }
 
@@ -184,7 +184,8 @@ struct CompressedWriter::Stream {
     do {
       ZSTD_outBuffer piece{packed.data(), packed.size(), 0};
       left = ZSTD_compressStream2(context, &piece, &in, end);
-      if (ZSTD_isError(left) != 0) fail(path, std::string("cannot be compressed (") + ZSTD_getErrorName(left) + ")");
+      if (ZSTD_isError(left) != 0)
+        failJournal(path, std::string("cannot be compressed (") + ZSTD_getErrorName(left) + ")");
       out.write(packed.data(), piece.pos);
     } while (in.pos < in.size || (end == ZSTD_e_end && left > 0));
     waiting.clear();

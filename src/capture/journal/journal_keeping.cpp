@@ -10,6 +10,7 @@
 #include "base/datetime.h"
 #include "capture/journal/journal_entry.h"
 #include "capture/journal/journal_files.h"
+#include "capture/time_units.h"
 #include "platform/instance_lock.h"
 
 namespace capture {
@@ -18,7 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int64_t kMillisecondsPerDay = 86'400'000;
 constexpr std::size_t kSureLength = 7;  // digits that are no accident wherever they stand
 
 bool isDigit(char c) {

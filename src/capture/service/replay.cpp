@@ -7,12 +7,11 @@
 #include "capture/deliver/source_delivery.h"
 #include "capture/format/format.h"
 #include "capture/journal/journal_reader.h"
+#include "capture/time_units.h"
 
 namespace capture {
 
 namespace {
-
-constexpr std::int64_t kMillisecondsPerHour = 3'600'000;
 
 // What one format makes of the entries: the results by the position of their line.
 class Reading {

@@ -1,6 +1,7 @@
 #include <asio/thread_pool.hpp>
 #include <ctime>
 
+#include "capture/time_units.h"
 #include "capture/transport/kinds.h"
 #include "capture/transport/seen_rows.h"
 #include "capture/transport/session_transport.h"
@@ -12,7 +13,6 @@ namespace capture {
 namespace {
 
 constexpr std::size_t kRowsAStep = 500;  // rows a step
-constexpr std::int64_t kMillisecondsPerSecond = 1000;
 
 // Asks an exchange's database for new rows. A row appears when its call ends but is found by when it began, so every
 // query reaches back longer than the longest call, and the rows' keys tell which are new.
