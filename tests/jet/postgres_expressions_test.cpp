@@ -252,9 +252,28 @@ TEST_F(PostgresExpressionsTest, OperatorsGiveTheSameValues) {
     }
     expectSameValues("t" + std::string(sign) + "m");
   }
-  for (const char* expression :
-       {"d + n", "d - m", "d - e", "e + x", "d + t", "t + u", "t & u", "x & t", "d & b", "-x", "-n", "-b", "-t",
-        "(x + y) * 2", "x * (19 + 100) / 100", "(x / y) * (y / x)", "x + 1 - y * 3"}) {
+  for (const char* expression : {"d + n",
+                                 "d - m",
+                                 "d - e",
+                                 "e + x",
+                                 "d + t",
+                                 "t + u",
+                                 "t & u",
+                                 "x & t",
+                                 "d & b",
+                                 "-x",
+                                 "-n",
+                                 "-b",
+                                 "-t",
+                                 "(x + y) * 2",
+                                 "x * (19 + 100) / 100",
+                                 "(x / y) * (y / x)",
+                                 "x + 1 - y * 3",
+                                 "x * y / 100",
+                                 "n * x / m",
+                                 "x / y / m",
+                                 "x / (n / y)",
+                                 "1.5 * x * y * m"}) {
     expectSameValues(expression);
   }
 }

@@ -6,6 +6,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -140,6 +141,12 @@ struct KeyRange {
   RowKey last = std::numeric_limits<RowKey>::max();    // itself, too
 };
 
+// A row of a list, and how many stand before it.
+struct Place {
+  std::int64_t position = 0;
+  RowKey key = 0;
+};
+
 // The number of all rows and the least and greatest of their keys.
 struct Extent {
   std::int64_t rows = 0;
@@ -189,6 +196,15 @@ class Driver {
   virtual Extent extent(const TableDef& table) = 0;
   // Whether rows can be read in the order of that column without sorting all of them.
   virtual bool readsInOrder(const TableDef& table, std::size_t field) = 0;
+
+  // A row at or before `position` of a select in its order, from which that position is quickly reached; nothing when
+  // none is known. A driver for which passing many rows is slow looks for such rows beside its other work, from the
+  // first question on; the request's role is of no matter.
+  virtual std::optional<Place> placeBefore(const QueryRequest& request, const Arguments& arguments,
+                                           std::int64_t position) {
+    static_cast<void>(request), static_cast<void>(arguments), static_cast<void>(position);
+    return std::nullopt;
+  }
 
   // Whether a select that groups costs less than handing its rows over to be added up here.
   [[nodiscard]] virtual bool addsUpItself() const { return false; }

@@ -8,6 +8,8 @@ namespace {
 
 // Of pages seen, one row in this many is kept as a place to start from.
 constexpr std::int64_t kAnchorSpacing = 1000;
+// The driver is asked for a place to start from when more rows would be passed.
+constexpr std::int64_t kManyPassed = 16'384;
 
 }  // namespace
 
@@ -29,13 +31,20 @@ void KeyedWindow::refresh() {
 
 std::int64_t KeyedWindow::rowCount() {
   if (!count_ && order_ && *order_) count_ = (*order_)->count();
-  if (!count_) count_ = engine_.statistics().count(text_, bound_);
+  if (count_) return *count_;
+  count_ = engine_.statistics().count(text_, bound_);
   if (!count_) {
     Execution count = engine_.statements().open(Role::Count, text_);
     count.step();
     count_ = count.key();
   }
+  if (*count_ > kManyPassed) lookForPlaces();
   return *count_;
+}
+
+// So that the driver has some by the time somebody jumps.
+void KeyedWindow::lookForPlaces() {
+  if (orderItems_ == 1) static_cast<void>(engine_.statements().placeBefore(text_, 0));
 }
 
 std::vector<std::int64_t> KeyedWindow::run(Role role, std::initializer_list<std::int64_t> extras) {
@@ -79,9 +88,9 @@ std::vector<std::int64_t> KeyedWindow::fetchKeys(std::int64_t first, std::int64_
 // Nothing when no anchor is nearer than both ends, or when rows before or behind it are missing by now.
 std::optional<std::vector<std::int64_t>> KeyedWindow::keysByAnchor(std::int64_t first, std::int64_t count) {
   if (orderItems_ > 1) return std::nullopt;
-  const Anchor* best = nullptr;
+  const Place* best = nullptr;
   std::int64_t distance = std::min(first, rowCount() - first - count);
-  const auto consider = [&](const Anchor& anchor) {
+  const auto consider = [&](const Place& anchor) {
     const std::int64_t skip = anchor.position <= first ? first - anchor.position : anchor.position - first - count;
     if (skip < 0 || skip >= distance) return;
     distance = skip;
@@ -91,6 +100,9 @@ std::optional<std::vector<std::int64_t>> KeyedWindow::keysByAnchor(std::int64_t 
   for (int i = 0; i < 2 && behind != anchors_.end(); ++i, ++behind) consider(behind->second);
   auto before = anchors_.upper_bound(first / kAnchorSpacing);
   for (int i = 0; i < 2 && before != anchors_.begin(); ++i) consider((--before)->second);
+  std::optional<Place> known;
+  if (distance > kManyPassed) known = engine_.statements().placeBefore(text_, first);
+  if (known) consider(*known);
   if (best == nullptr) return std::nullopt;
   const bool back = best->position > first;
   std::vector<std::int64_t> keys = run(back ? Role::KeysBefore : Role::KeysFrom, {best->key, count, distance});
@@ -100,7 +112,7 @@ std::optional<std::vector<std::int64_t>> KeyedWindow::keysByAnchor(std::int64_t 
 }
 
 void KeyedWindow::keepAnchor(std::int64_t position, std::int64_t key) {
-  anchors_.insert_or_assign(position / kAnchorSpacing, Anchor{position, key});
+  anchors_.insert_or_assign(position / kAnchorSpacing, Place{position, key});
 }
 
 Snapshot KeyedWindow::rows(std::int64_t first, std::int64_t count) {

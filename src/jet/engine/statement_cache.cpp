@@ -42,17 +42,30 @@ Execution StatementCache::openWith(Role role, const ShapedText& text, const Shap
                                    std::span<const std::int64_t> extras) {
   std::shared_ptr<CachedQuery> query = lookUp(role, text, criteria);
   bindIfOld(*query, text.text);
-  readWildcards(*query->bound);
-  bind::convertAll(query->bound->literals, text.shape.literals,
-                   criteria != nullptr ? std::span<const Value>(criteria->shape.literals) : std::span<const Value>(),
-                   literals_);
-  classify(*query->bound);
+  readValues(*query->bound, text, criteria);
   Variant& variant = variantFor(*query, role, text.text);
   variant.literals.swap(literals_);
   variant.sites.swap(sites_);
   Execution execution(std::move(query), variant);
   variant.query->bind({variant.literals, variant.sites, extras});
   return execution;
+}
+
+// Into literals_, sites_ and variantKey_.
+void StatementCache::readValues(const bind::BoundQuery& query, const ShapedText& text, const ShapedText* criteria) {
+  readWildcards(query);
+  bind::convertAll(query.literals, text.shape.literals,
+                   criteria != nullptr ? std::span<const Value>(criteria->shape.literals) : std::span<const Value>(),
+                   literals_);
+  classify(query);
+}
+
+std::optional<Place> StatementCache::placeBefore(const ShapedText& text, std::int64_t position) {
+  const std::shared_ptr<CachedQuery> query = lookUp(Role::KeysPage, text, nullptr);
+  bindIfOld(*query, text.text);
+  readValues(*query->bound, text, nullptr);
+  return driver_.placeBefore({.role = Role::KeysPage, .query = query->bound.get(), .sites = sites_, .text = text.text},
+                             {literals_, sites_, {}}, position);
 }
 
 BoundQueryPtr StatementCache::bound(const ShapedText& text) {

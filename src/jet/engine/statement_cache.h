@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <list>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -79,6 +80,8 @@ class StatementCache {
   }
   Execution openWith(Role role, const ShapedText& text, const ShapedText* criteria,
                      std::span<const std::int64_t> extras);
+  // As Driver says.
+  std::optional<Place> placeBefore(const ShapedText& text, std::int64_t position);
   // The statement, bound to the definitions as they are.
   BoundQueryPtr bound(const ShapedText& text);
 
@@ -95,6 +98,7 @@ class StatementCache {
   std::shared_ptr<CachedQuery> lookUp(Role role, const ShapedText& text, const ShapedText* criteria);
   std::shared_ptr<CachedQuery> insert(const ShapedText& text, const ShapedText* criteria);
   void bindIfOld(CachedQuery& query, std::string_view text);
+  void readValues(const bind::BoundQuery& query, const ShapedText& text, const ShapedText* criteria);
   Variant& variantFor(CachedQuery& query, Role role, std::string_view text);
   void readWildcards(const bind::BoundQuery& query);
   void classify(const bind::BoundQuery& query);

@@ -23,16 +23,12 @@ class KeyedWindow final : public RowWindow {
   void refresh() override;
 
  private:
-  struct Anchor {
-    std::int64_t position;
-    std::int64_t key;
-  };
-
   std::vector<std::int64_t> keys(std::int64_t first, std::int64_t count);
   std::vector<std::int64_t> fetchKeys(std::int64_t first, std::int64_t count);
   const columns::KeyOrder* order();
   std::optional<std::vector<std::int64_t>> keysByAnchor(std::int64_t first, std::int64_t count);
   std::vector<std::int64_t> run(Role role, std::initializer_list<std::int64_t> extras);
+  void lookForPlaces();
   void keepAnchor(std::int64_t position, std::int64_t key);
 
   Engine& engine_;
@@ -43,7 +39,7 @@ class KeyedWindow final : public RowWindow {
   // Of this refresh:
   std::optional<std::shared_ptr<const columns::KeyOrder>> order_;  // null: the keys are fetched
   std::optional<std::int64_t> count_;
-  std::map<std::int64_t, Anchor> anchors_;  // by position / kAnchorSpacing
+  std::map<std::int64_t, Place> anchors_;  // by position / kAnchorSpacing
 };
 
 // A window over a select that groups, joins or drops duplicates: its rows are worked out once for each refresh. Those

@@ -1,5 +1,7 @@
 #include "jet/postgres/changes.h"
 
+#include <cstdlib>
+
 #include "jet/postgres/names.h"
 #include "jet/postgres/schema_objects.h"
 
@@ -18,6 +20,11 @@ std::string Changes::select() const {
 std::string Changes::selectOfWriter() const {
   return "SELECT name, changed::text, rewritten::text, pg_current_xact_id()::text FROM " + quotedName(schema_) + "." +
          quotedName(kChangesTable);
+}
+
+std::int64_t Changes::rewritten(const std::string& table) const {
+  const auto note = known_.find(table);
+  return note == known_.end() ? 0 : std::strtoll(note->second.rewritten.c_str(), nullptr, 10);
 }
 
 // One writer at a time: whatever was noted since, but by the last own transaction, is of others.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -20,6 +21,9 @@ class Changes {
   [[nodiscard]] std::string select() const;
   // The number of the transaction that selectOfWriter() was last read in.
   [[nodiscard]] const std::string& writer() const { return own_; }
+  // The last transaction that is known to have done more to the table than to add rows after all others; 0 when none
+  // is.
+  [[nodiscard]] std::int64_t rewritten(const std::string& table) const;
   // The answer of either.
   void take(const PGresult* notes);
   // Tells what was taken since the last call; true when definitions changed.

@@ -48,6 +48,22 @@ int bitsOf(const BoundExpression& expression) {
   }
 }
 
+// The number of columns and literals that are multiplied and divided, at least kTooMany where there is something else.
+constexpr int kTooMany = 5;
+int factorsOf(const BoundExpression& expression) {
+  const bool number = expression.type == Type::Double || expression.type == Type::Long;
+  if (expression.isColumn() || expression.isLiteral()) return number ? 1 : kTooMany;
+  const bool factors = expression.kind == Kind::Arithmetic && expression.type == Type::Double &&
+                       (expression.op == Operator::Multiply || expression.op == Operator::Divide);
+  return factors ? factorsOf(expression.operands[0]) + factorsOf(expression.operands[1]) : kTooMany;
+}
+
+// A single product or quotient is short by itself.
+bool isShortChain(const BoundExpression& expression) {
+  const int factors = factorsOf(expression);
+  return factors > 2 && factors < kTooMany;
+}
+
 }  // namespace
 
 std::string ExpressionEmitter::parameter(Parameter parameter) {
@@ -246,7 +262,35 @@ std::string ExpressionEmitter::arithmetic(const BoundExpression& expression) {
   }
 }
 
+// Products and quotients of a few columns and literals: plain operators where all of them are far from what a Double
+// cannot hold, and a call a step for the rest. `careful` is that.
+struct ExpressionEmitter::Chain {
+  std::string condition;
+  std::string plain;
+  std::string careful;
+};
+
+ExpressionEmitter::Chain ExpressionEmitter::chain(const BoundExpression& expression, bool mayBeZero) {
+  if (expression.kind != Kind::Arithmetic || expression.type == Type::Long) {
+    const std::string value = asDouble(expression);
+    const std::string size = "abs(" + value + ")";
+    const std::string zero = mayBeZero ? " OR " + value + " = 0" : "";
+    return {size + " <= 1e60 AND (" + size + " >= 1e-60" + zero + ")", value, value};
+  }
+  const bool product = expression.op == Operator::Multiply;
+  const Chain left = chain(expression.operands[0], mayBeZero);
+  const Chain right = chain(expression.operands[1], mayBeZero && product);
+  const bool simple = std::ranges::all_of(expression.operands, isSimple);
+  return {left.condition + " AND " + right.condition, "(" + left.plain + (product ? " * " : " / ") + right.plain + ")",
+          std::string(product ? "jet.multiply" : "jet.divide") + (simple ? "(" : "_of(") + left.careful + ", " +
+              right.careful + ")"};
+}
+
 std::string ExpressionEmitter::doubleArithmetic(const BoundExpression& expression) {
+  if (isShortChain(expression)) {
+    const Chain parts = chain(expression, true);
+    return "CASE WHEN " + parts.condition + " THEN " + parts.plain + " ELSE " + parts.careful + " END";
+  }
   const char* name = expression.op == Operator::Add        ? "jet.add"
                      : expression.op == Operator::Subtract ? "jet.subtract"
                      : expression.op == Operator::Multiply ? "jet.multiply"

@@ -36,6 +36,10 @@ class ExpressionEmitter {
   // Whether it is one of them; false for one with literals in it.
   [[nodiscard]] bool isGroupKey(const bind::BoundExpression& expression) const;
 
+  // The text that a group of one table has in common, as the row with that key writes it.
+  [[nodiscard]] bool isTextOfGroup(const bind::BoundExpression& expression) const;
+  std::string ofRow(const bind::BoundExpression& expression, const std::string& rowKey);
+
   // A parameter that the caller fills in.
   std::string extra(std::size_t index);
   [[nodiscard]] std::string column(std::size_t table, std::size_t field) const;
@@ -59,6 +63,8 @@ class ExpressionEmitter {
 
   std::string arithmetic(const bind::BoundExpression& expression);
   std::string doubleArithmetic(const bind::BoundExpression& expression);
+  struct Chain;
+  Chain chain(const bind::BoundExpression& expression, bool mayBeZero);
   std::string wholeArithmetic(const bind::BoundExpression& expression);
   std::string wholeDivision(const bind::BoundExpression& expression);
 

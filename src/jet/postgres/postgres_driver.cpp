@@ -300,6 +300,7 @@ bool PostgresDriver::reconnect() {
 
 void PostgresDriver::lookForChanges(engine::ChangeListener& listener, bool closely) {
   if (session_->lookForChanges(listener, closely)) catalog_.invalidate();
+  ladders_.takeMade();
 }
 
 std::vector<TableRows> PostgresDriver::copyTo(const std::filesystem::path&) {

@@ -3,6 +3,7 @@
 #include "jet/engine/driver.h"
 #include "jet/postgres/bulk_insert.h"
 #include "jet/postgres/catalog.h"
+#include "jet/postgres/ladders.h"
 #include "jet/postgres/session.h"
 
 namespace jet::postgres {
@@ -38,6 +39,10 @@ class PostgresDriver final : public engine::Driver {
   std::int64_t rowLimit(const TableDef& table) override;
   engine::Extent extent(const TableDef& table) override;
   bool readsInOrder(const TableDef& table, std::size_t field) override;
+  std::optional<engine::Place> placeBefore(const engine::QueryRequest& request, const engine::Arguments& arguments,
+                                           std::int64_t position) override {
+    return ladders_.placeBefore(request, arguments, position);
+  }
   [[nodiscard]] bool addsUpItself() const override { return true; }
 
   void begin() override { session_->begin(); }
@@ -71,6 +76,7 @@ class PostgresDriver final : public engine::Driver {
 
   std::shared_ptr<Session> session_;
   Catalog catalog_;
+  Ladders ladders_{session_};
 };
 
 }  // namespace jet::postgres

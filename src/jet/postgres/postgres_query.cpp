@@ -43,12 +43,12 @@ void addParameter(Parameters& parameters, const Parameter& parameter, const engi
   }
 }
 
+}  // namespace
+
 void addParameters(Parameters& parameters, const Plan& plan, const engine::Arguments& arguments) {
   parameters.clear();
   for (const Parameter& parameter : plan.parameters) addParameter(parameters, parameter, arguments);
 }
-
-}  // namespace
 
 PostgresSelect::PostgresSelect(std::shared_ptr<Session> session, Plan plan, std::size_t keyColumns, bool many,
                                std::string_view text)

@@ -17,6 +17,9 @@ namespace jet::postgres {
 
 // What is prepared may outlive the database (a recordset that is let go of last), and keeps the session until then.
 
+// The values of a run of the plan.
+void addParameters(Parameters& parameters, const Plan& plan, const engine::Arguments& arguments);
+
 class PostgresSelect final : public engine::Query {
  public:
   // `keyColumns` stand before the items: 0 or 1. With `many`, there may be more rows than fit into memory.

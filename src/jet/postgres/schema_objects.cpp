@@ -129,7 +129,9 @@ void addIndex(std::vector<std::string>& statements, const std::string& schema, c
   if (!text) return;
   statements.push_back(createIndex(schema, table, indexName(table, {first->name, "letters"}),
                                    "jet.letters(" + quotedName(first->name) + ") NULLS FIRST, " + keyColumn(table),
-                                   false));
+                                   false) +
+                       // Rows are passed without being fetched when the index has all that the expression is made of.
+                       " INCLUDE (" + quotedName(first->name) + ")");
 }
 
 }  // namespace
@@ -150,7 +152,10 @@ std::vector<std::string> schemaStatements(const std::string& schema) {
       "INSERT INTO " + changes + " VALUES ('', pg_current_xact_id(), pg_current_xact_id())",
       "CREATE TABLE " + inSchema(schema, kBlocksTable) +
           " (name text, block bigint, rows bigint NOT NULL, last bigint NOT NULL, PRIMARY KEY (name, block)) WITH "
-          "(fillfactor = 50)"};
+          "(fillfactor = 50)",
+      "CREATE TABLE " + inSchema(schema, kLaddersTable) +
+          " (what text PRIMARY KEY, made timestamptz NOT NULL, rewritten bigint NOT NULL, last bigint NOT NULL, keys "
+          "bigint[] NOT NULL, positions bigint[] NOT NULL)"};
   for (std::string& statement : renamedStatements(schema)) statements.push_back(std::move(statement));
   return statements;
 }

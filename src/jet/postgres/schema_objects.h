@@ -20,6 +20,11 @@ inline constexpr const char* kChangesTable = "jet changes";
 inline constexpr const char* kBlocksTable = "jet blocks";
 inline constexpr int kBlockBits = 11;
 
+// "jet ladders": rows far apart in an order of a table (`what`, the select that finds them), for jumps (ladders.h):
+// their keys and positions among the keys up to `last`, after the change `rewritten` of "jet changes". Passed over when
+// the table is missing or cannot be written.
+inline constexpr const char* kLaddersTable = "jet ladders";
+
 // Names that begin like this are no tables of the program.
 inline constexpr const char* kOwnPrefix = "jet ";
 
@@ -31,7 +36,7 @@ std::int64_t writersLock(std::string_view schema);
 // Of LISTEN and NOTIFY.
 std::string channel(std::string_view schema);
 
-// Makes the schema and its two tables. Error of the server when it exists.
+// Makes the schema and its own tables. Error of the server when it exists.
 std::vector<std::string> schemaStatements(const std::string& schema);
 // Fits what was made under another name of the schema to this one; the tables' own statements follow.
 std::vector<std::string> renamedStatements(const std::string& schema);

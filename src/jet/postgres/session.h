@@ -40,6 +40,9 @@ class Session {
   // True when definitions changed.
   bool lookForChanges(engine::ChangeListener& listener, bool closely);
 
+  // As Changes says.
+  [[nodiscard]] std::int64_t rewritten(const std::string& table) const { return changes_.rewritten(table); }
+
   // A change of rows. Outside of a transaction it waits for the other writers, in the same round trip; `before` goes
   // with it. The result is the statement's; `changed`, the number of rows.
   Result change(Prepared& statement, const Parameters& parameters, const std::vector<std::string>& before,

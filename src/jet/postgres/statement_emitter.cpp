@@ -1,5 +1,7 @@
 #include "jet/postgres/statement_emitter.h"
 
+#include <algorithm>
+
 #include "jet/engine/columns/statistic_plan.h"
 #include "jet/engine/key_query.h"
 #include "jet/postgres/expression_emitter.h"
@@ -33,6 +35,46 @@ class StatementWriter {
     } else {
       keyed(engine::keyQuery(request_.role));
     }
+    return std::move(plan_);
+  }
+
+  // From one row to the next, each time by the index: that costs a fifth of numbering all rows.
+  Plan ladder(std::int64_t step) {
+    const bind::BoundOrder& item = statement_.orderBy.front();
+    const std::string value = emitter_.ordered(item.expression);
+    const std::string key = emitter_.key(0);
+    const std::string order = keyOrder({.order = KeyQuery::Order::Select});
+    const auto rowsWith = [&](const std::string& condition) {
+      std::string sql = rows();
+      return sql + (statement_.where ? " AND " : " WHERE ") + condition;
+    };
+    std::string before = "0::bigint";
+    if (!item.descending) before = "(SELECT count(*)" + rowsWith(value + " IS NULL") + ")";
+    plan_.sql = "WITH RECURSIVE \"jet rows\"(k, v, n) AS ((SELECT " + key + ", " + value + ", " + before;
+    plan_.sql += rowsWith(value + " IS NOT NULL") + order + " LIMIT 1) UNION ALL SELECT r.k, r.v, \"jet rows\".n + " +
+                 std::to_string(step) + " FROM \"jet rows\" CROSS JOIN LATERAL (SELECT " + key + " AS k, " + value +
+                 " AS v";
+    plan_.sql += rowsWith("(" + value + ", " + key + ")" + (item.descending ? " <= " : " >= ") +
+                          "(\"jet rows\".v, \"jet rows\".k)") +
+                 order + " OFFSET " + std::to_string(step) + " LIMIT 1) AS r) SELECT k, n FROM \"jet rows\"";
+    return std::move(plan_);
+  }
+
+  Plan rowsBefore() {
+    const bind::BoundOrder& item = statement_.orderBy.front();
+    const std::string key = emitter_.key(0);
+    const auto row = [&](const std::string& items, std::size_t extra) {
+      return "SELECT " + items + " FROM " + source(statement_.source) + " WHERE " + key + " = " + emitter_.extra(extra);
+    };
+    const std::string value = emitter_.ordered(item.expression);
+    std::string before = "(" + value + ", " + key + ")" + (item.descending ? " > " : " < ");
+    before += "(SELECT v, k FROM \"jet row\")";
+    if (!item.descending) before += " OR " + value + " IS NULL";
+    plan_.sql = "WITH \"jet row\" AS MATERIALIZED (" + row(value + " AS v, " + key + " AS k", 0) + ") ";
+    plan_.sql += "SELECT count(*) FILTER (WHERE " + before + "), count(*), EXISTS (" + row("", 1);
+    plan_.sql += ") AND (SELECT rewritten FROM " + quotedName(kChangesTable) +
+                 " WHERE name = " + quotedText(statement_.table().name) + ")::text::bigint = " + emitter_.extra(2);
+    plan_.sql += rows() + (statement_.where ? " AND " : " WHERE ") + key + " > " + emitter_.extra(1);
     return std::move(plan_);
   }
 
@@ -160,9 +202,43 @@ class StatementWriter {
   std::string groups(const std::vector<const BoundExpression*>& keys) {
     const std::string from = rows();
     emitter_.groupBy(keys);
+    const auto isText = [this](const bind::BoundItem& item) { return emitter_.isTextOfGroup(item.expression); };
+    if (std::ranges::any_of(statement_.items, isText)) return groupsAndTexts(from, keys);
     std::string sql = "SELECT " + items() + from;
     sql += groupClauses(keys);
     return sql + groupsOrder(keys) + limit();
+  }
+
+  // The texts of groups are looked up behind the grouping: a lookup within it keeps the server from grouping in several
+  // processes.
+  std::string groupsAndTexts(const std::string& from, const std::vector<const BoundExpression*>& keys) {
+    std::string inner = "SELECT min(" + emitter_.key(0) + ") AS k";
+    std::string outer = "SELECT ";
+    for (std::size_t i = 0; i < statement_.items.size(); ++i) {
+      const BoundExpression& item = statement_.items[i].expression;
+      outer += i == 0 ? "" : ", ";
+      if (emitter_.isTextOfGroup(item)) {
+        outer += emitter_.ofRow(item, "g.k");
+        continue;
+      }
+      inner += ", " + emitter_.emit(item) + " AS " + numbered('i', i);
+      outer += "g." + numbered('i', i);
+    }
+    std::string order;
+    std::size_t terms = 0;
+    const auto add = [&](const BoundExpression& term, bool descending) {
+      const std::string name = numbered('o', terms++);
+      inner += ", " + emitter_.ordered(term) + " AS " + name;
+      order += (order.empty() ? " ORDER BY g." : ", g.") + name + (descending ? " DESC NULLS LAST" : " NULLS FIRST");
+    };
+    for (const bind::BoundOrder& item : statement_.orderBy) add(item.expression, item.descending);
+    const bool back = statement_.orderBy.size() == 1 && statement_.orderBy.front().descending;
+    const bool unlike = !statement_.grouped && !statement_.having;
+    for (const BoundExpression* key : keys) {
+      if (!unlike && emitter_.isGroupKey(*key)) add(*key, back);
+    }
+    if (unlike) order += std::string(order.empty() ? " ORDER BY " : ", ") + "g.k";
+    return outer + " FROM (" + inner + from + groupClauses(keys) + ") AS g" + order + limit();
   }
 
   // Groups that are equal in their order follow in that of what they are groups of, as columns put them; unlike rows in
@@ -288,6 +364,14 @@ class StatementWriter {
 
 Plan emitQuery(const engine::QueryRequest& request) {
   return StatementWriter(request).write();
+}
+
+Plan emitLadder(const engine::QueryRequest& request, std::int64_t step) {
+  return StatementWriter(request).ladder(step);
+}
+
+Plan emitRowsBefore(const engine::QueryRequest& request) {
+  return StatementWriter(request).rowsBefore();
 }
 
 }  // namespace jet::postgres

@@ -9,4 +9,12 @@ namespace jet::postgres {
 // query with keys selects the key first.
 Plan emitQuery(const engine::QueryRequest& request);
 
+// Of a select of one table and one order item. Every `step`th of the rows whose value in the order is not Null: the
+// key `k` and how many rows stand before it, `n`.
+Plan emitLadder(const engine::QueryRequest& request, std::int64_t step);
+// Of the same select, and the row of key extra 0, whose value is not Null. Three columns: how many rows with keys
+// behind extra 1 stand before it; how many such rows there are; whether the row of key extra 1 is there and no row was
+// changed or taken away since the change extra 2 of the table ("rewritten").
+Plan emitRowsBefore(const engine::QueryRequest& request);
+
 }  // namespace jet::postgres

@@ -1,0 +1,171 @@
+// Any place of a long list in the orders of its indexes, whoever changes it meanwhile: the rows that the same select
+// gives when it is run. On a server jumps start at places that were looked for beforehand.
+
+#include <unistd.h>
+
+#include <vector>
+
+#include "database_fixture.h"
+
+namespace jet::test {
+
+namespace {
+
+constexpr int kCalls = 40'000;
+
+class LongListTest : public DatabaseFixture {
+ protected:
+  void SetUp() override {
+    database_->createTable({.name = "Calls",
+                            .fields = {{.name = "RecordID", .type = Type::Long, .autoIncrement = true},
+                                       {.name = "Number"},
+                                       {.name = "Price", .type = Type::Double},
+                                       {.name = "At", .type = Type::DateTime}},
+                            .indexes = {{{"Number"}}, {{"Price"}}, {{"At"}}}});
+    add(*database_, 0, kCalls);
+    if (place_.onServer()) other_ = std::make_unique<support::OtherProgram>(place_.address());
+  }
+
+  // Many rows are equal in each order, some have no value, and the order of the table is none of them.
+  static void add(Database& database, int first, int last) {
+    static const char* const kLetters[] = {"a", "Ă", "b", "ș", "Z"};
+    const auto calls = database.openRecordset("select * from Calls");
+    Transaction transaction(database);
+    for (int i = first; i < last; ++i) {
+      calls->addNew();
+      if (i % 11 != 0) calls->set("Number", kLetters[i % 5] + std::to_string(i * 7919 % 5000));
+      if (i % 9 != 0) calls->set("Price", i % 4 == 0 ? 0 : i * 7919 % 10007 * 0.25);
+      if (i % 7 != 0) calls->set("At", base::DateTime(3'900'000'000).plusSeconds(i * 104729L % 15000));
+      calls->update();
+    }
+    transaction.commit();
+  }
+
+  std::vector<std::int64_t> keysOf(const std::string& select) {
+    std::vector<std::int64_t> keys;
+    database_->forEachRow(select, [&](const std::vector<Value>& row) {
+      keys.push_back(row[0].toLong());
+      return true;
+    });
+    return keys;
+  }
+
+  // Far jumps, then on in both directions from each. In a list, rows that are equal follow in the direction of the
+  // rest.
+  void expectRows(RowWindow& window, const std::string& select) {
+    SCOPED_TRACE(select);
+    const std::vector<std::int64_t> all =
+        keysOf(select + (select.ends_with("DESC") ? ", RecordID DESC" : ", RecordID"));
+    const auto count = static_cast<std::int64_t>(all.size());
+    window.refresh();
+    ASSERT_EQ(window.rowCount(), count);
+    constexpr int kPage = 20;
+    for (const std::int64_t jump : {count / 2, count - kPage, count / 2 + 1500, std::int64_t{17'000}, count - 17'500}) {
+      for (const std::int64_t first : {jump, jump + kPage, jump - kPage}) {
+        const std::int64_t expected = std::max<std::int64_t>(0, std::min<std::int64_t>(kPage, count - first));
+        const Snapshot page = window.rows(first, kPage);
+        ASSERT_EQ(static_cast<std::int64_t>(page.rowCount()), expected) << first;
+        for (std::size_t i = 0; i < page.rowCount(); ++i) {
+          EXPECT_EQ(page.at(i, "RecordID").toLong(), all[static_cast<std::size_t>(first) + i]) << first;
+        }
+      }
+    }
+  }
+
+  void expectRows(const std::string& select) { expectRows(*database_->openWindow(select), select); }
+
+  [[nodiscard]] std::string ladders() const { return "\"" + place_.schema("test.mdb") + "\".\"jet ladders\""; }
+  // Until the places of so many orders are known; a file needs none.
+  void waitForLadders(const std::string& count) {
+    if (!other_) return;
+    for (int i = 0; i < 60'000 && other_->run("SELECT count(*) FROM " + ladders()) != count; ++i) usleep(1000);
+    ASSERT_EQ(other_->run("SELECT count(*) FROM " + ladders()), count);
+  }
+
+  std::unique_ptr<support::OtherProgram> other_;
+};
+
+const std::string kOrders[] = {"At", "At DESC", "Price", "Price DESC", "Number", "Number DESC"};
+
+std::string listIn(const std::string& order) {
+  return "select * from Calls order by " + order;
+}
+
+TEST_F(LongListTest, EveryPlaceShowsItsRowsAfterEachKindOfChange) {
+  int looked = 0;
+  for (const std::string& order : kOrders) {
+    expectRows(listIn(order));
+    waitForLadders(std::to_string(++looked));
+  }
+  const auto expectAll = [&] {
+    for (const std::string& order : kOrders) expectRows(listIn(order));
+  };
+  expectAll();
+
+  // Rows that come first, in the middle, last, and without a value, by this copy and by another.
+  add(*database_, kCalls, kCalls + 500);
+  const auto copy = openDatabase(file_, OpenMode::ReadWrite);
+  add(*copy, kCalls + 500, kCalls + 6'000);
+  copy->execute("insert into Calls (Number, Price, At) values ('!', -1, #1/1/1990#)");
+  seeOthers();
+  expectAll();
+
+  copy->execute("delete from Calls where RecordID between 10000 and 12000 or Price = 5");
+  seeOthers();
+  expectAll();
+  database_->execute("update Calls set At = #1/1/1995#, Number = 'zz', Price = 3 where RecordID between 500 and 900");
+  expectAll();
+  database_->execute("insert into Calls (RecordID, Number) values (10500, 'between')");
+  expectAll();
+}
+
+TEST_F(LongListTest, AChangeBetweenTwoLooksIsSeenAfterARefresh) {
+  const std::string select = listIn("At DESC");
+  const auto window = database_->openWindow(select);
+  expectRows(*window, select);
+  waitForLadders("1");
+  for (int round = 0; round < 3; ++round) {
+    add(*database_, round, round + 3'000);
+    expectRows(*window, select);
+  }
+  {
+    // What a transaction has done is seen within it, and is gone when it is undone.
+    Transaction transaction(*database_);
+    database_->execute("delete from Calls where RecordID < 3000");
+    expectRows(*window, select);
+  }
+  expectRows(*window, select);
+}
+
+TEST_F(LongListTest, AListWithAConditionHasPlacesOfItsOwn) {
+  for (const char* const condition :
+       {"Price >= 100", "Price is null or Price < 2000", "RecordID > 100 and Price is not null"}) {
+    const std::string select = std::string("select * from Calls where ") + condition + " order by Price";
+    for (int round = 0; round < 3; ++round) expectRows(select);
+  }
+  if (other_) {
+    EXPECT_EQ(other_->run("SELECT count(*) FROM " + ladders()), "0");
+  }
+}
+
+// A start finds the places that another copy looked for; they serve as long as nothing but rows added came since.
+TEST_F(LongListTest, PlacesAreSharedOnAServer) {
+  if (!other_) GTEST_SKIP() << "TALLYBOOK_TEST_POSTGRES names no server";
+  const std::string select = listIn("At");
+  expectRows(select);
+  waitForLadders("1");
+  const std::int64_t expected = keysOf(select + ", RecordID")[20'000];
+  // Moved by one row, so that it shows who uses them.
+  other_->run("UPDATE " + ladders() + " SET positions = ARRAY(SELECT p + 1 FROM unnest(positions) AS p)");
+  const auto rowSeen = [&] {
+    const auto copy = openDatabase(file_, OpenMode::ReadWrite);
+    return copy->openWindow(select)->rows(20'000, 1).at(0, "RecordID").toLong();
+  };
+  EXPECT_NE(rowSeen(), expected);
+  database_->execute("update Calls set Number = 'other' where RecordID = 3");
+  EXPECT_EQ(rowSeen(), expected);
+}
+
+}  // namespace
+
+}  // namespace jet::test
