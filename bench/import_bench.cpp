@@ -1,16 +1,18 @@
 // How fast and in how much memory the monitor's file is imported: priced and enriched against the reference data of a
 // large site, beside a bare INSERT of the same rows into the same schema: into files, or on a server, where the bare
-// one is pipelined. Usage: import_bench [RECORDS] [--postgres ADDRESS]
+// one is pipelined; then how long records take that come one by one. Usage: import_bench [RECORDS] [--postgres ADDRESS]
 //
 // The last line: ratio R import N/s insert N/s rss M MiB
 
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -22,6 +24,7 @@
 #include "foundation/change_tags.h"
 #include "foundation/language_file.h"
 #include "ingest/import.h"
+#include "ingest/live_recorder.h"
 #include "ingest/phonebook.h"
 #include "ingest/recorder.h"
 #include "platform/clock.h"
@@ -46,6 +49,8 @@ constexpr int kExtensions = 300;
 constexpr int kContacts = 100'000;
 constexpr int kFilteredNumbers = 1'000;
 constexpr std::int64_t kRowsPerBatch = 1'000;
+constexpr int kLiveRecords = 2'000;
+const base::DateTime kLastDay = *base::DateTime::fromParts(2026, 11, 20);
 
 double secondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
@@ -112,8 +117,7 @@ void growMain(jet::Database& main, foundation::ConfigManager& config) {
 
 void writeMonitorFile(const fs::path& file, std::int64_t records) {
   std::ofstream out(file, std::ios::binary);
-  sample::CallGenerator generator(
-      {.count = records, .lastDay = *base::DateTime::fromParts(2026, 11, 20), .days = 365, .seed = 5});
+  sample::CallGenerator generator({.count = records, .lastDay = kLastDay, .days = 365, .seed = 5});
   for (std::int64_t i = 0; i < records; ++i) {
     const std::string record = generator.next();
     out.write(record.data(), static_cast<std::streamsize>(record.size()));
@@ -151,6 +155,37 @@ class Document {
   }
 
   ingest::ImportResult import() {
+    ingest::ImportResult result;
+    withRecorder([&](ingest::Recorder& recorder) {
+      ingest::ImportOptions options;
+      options.recordsPerBatch = kRowsPerBatch;
+      ingest::MonitorImport import(recorder, options);
+      result = import.run();
+    });
+    return result;
+  }
+
+  // Milliseconds from each record to its stored row, as they come one by one, in ascending order.
+  std::vector<double> recordLive(int records) {
+    std::vector<double> times;
+    withRecorder([&](ingest::Recorder& recorder) {
+      ingest::LiveRecorder live(recorder);
+      sample::CallGenerator generator({.count = records, .lastDay = kLastDay, .days = 1, .seed = 6});
+      for (int i = 0; i < records; ++i) {
+        const std::string record = generator.next();
+        const auto start = Clock::now();
+        if (live.record({reinterpret_cast<const unsigned char*>(record.data()), record.size()}) != 1) {
+          throw std::runtime_error("a record is refused: " + live.refusal());
+        }
+        times.push_back(secondsSince(start) * 1000);
+      }
+    });
+    std::ranges::sort(times);
+    return times;
+  }
+
+ private:
+  void withRecorder(const std::function<void(ingest::Recorder&)>& work) {
     const auto tariffs = tariff::TariffDatabase::open(prefix_);
     const auto phonebook = ingest::Phonebook::open(prefix_);
     exchange::PartyDefinitions parties(config_);
@@ -161,15 +196,10 @@ class Document {
     ingest::Recorder recorder({*main_, tariffs.get(), phonebook.get(), parties, prices, currencies, config_, tags_,
                                log_, language_, person_, nullptr});
     recorder.open();
-    ingest::ImportOptions options;
-    options.recordsPerBatch = kRowsPerBatch;
-    ingest::MonitorImport import(recorder, options);
-    const ingest::ImportResult result = import.run();
+    work(recorder);
     recorder.close();
-    return result;
   }
 
- private:
   void open() {
     tags_.LoadTouch(*main_);
     config_.OpenConfig(*main_, tags_);
@@ -244,6 +274,7 @@ int main(int count, char** words) {
   const double importSeconds = secondsSince(start);
   const double processorSeconds = (bench::processorTime() - startOfProcessor) / 1000;
   const long peak = peakMemory();
+  const std::vector<double> live = document.recordLive(kLiveRecords);
   document.close();
   if (result.imported != records) {
     std::cerr << "imported " << result.imported << " of " << records << ": " << result.message << '\n';
@@ -252,10 +283,16 @@ int main(int count, char** words) {
   const bench::BareInsert bare =
       server ? bench::insertBareOnServer(*server, schema::kMainFile, "Calls", kRowsPerBatch)
              : bench::insertBare(folder.path() / schema::kMainFile, folder.path() / "bare.db", "Calls", kRowsPerBatch);
-  std::cout << base::format("import %.1f s, bare insert %.1f s for %d rows\n", importSeconds, bare.seconds, bare.rows)
-            << base::format("of the processor: import %.2f s, bare insert %.2f s, ratio %.2f\n", processorSeconds,
-                            bare.processorSeconds, processorSeconds / bare.processorSeconds)
-            << base::format(
+  std::cout << base::format(
+                   "a live record to its stored row: median %.2f ms, 99th percentile %.2f ms, longest %.1f ms\n",
+                   live[live.size() / 2], live[live.size() * 99 / 100], live.back())
+            << base::format("import %.1f s, bare insert %.1f s for %d rows\n", importSeconds, bare.seconds, bare.rows);
+  // A server's processor time is not this program's.
+  if (!server) {
+    std::cout << base::format("of the processor: import %.2f s, bare insert %.2f s, ratio %.2f\n", processorSeconds,
+                              bare.processorSeconds, processorSeconds / bare.processorSeconds);
+  }
+  std::cout << base::format(
                    "ratio %.2f import %.0f/s insert %.0f/s rss %d MiB",
                    (importSeconds / static_cast<double>(records)) / (bare.seconds / static_cast<double>(bare.rows)),
                    static_cast<double>(records) / importSeconds, static_cast<double>(bare.rows) / bare.seconds,

@@ -124,8 +124,7 @@ inline void addCalls(const fs::path& file, std::int64_t calls) {
       calls - 1, calls));
 }
 
-inline void makeCallsOnServer(const ServerPlace& place, std::int64_t calls) {
-  schema::createMainDatabase(place.prefix() + schema::kMainFile);
+inline void addCallsOnServer(const ServerPlace& place, std::int64_t calls) {
   Server server(place.address());
   server.execute("SET search_path = \"" + place.schema(schema::kMainFile) + "\"");
   server.execute(base::format(
@@ -139,6 +138,11 @@ inline void makeCallsOnServer(const ServerPlace& place, std::int64_t calls) {
       "'Birou ' || (i * 7919 %% 300 / 20), (i %% 3 > 0)::int, i %% 30, false FROM generate_series(0::bigint, %d) AS i",
       calls, calls - 1));
   server.execute("VACUUM ANALYZE \"Calls\"");
+}
+
+inline void makeCallsOnServer(const ServerPlace& place, std::int64_t calls) {
+  schema::createMainDatabase(place.prefix() + schema::kMainFile);
+  addCallsOnServer(place, calls);
 }
 
 inline void makeCalls(const fs::path& file, std::int64_t calls) {

@@ -78,14 +78,17 @@ class Server {
   std::int64_t bytes_ = 0;
 };
 
-// Schemas with names of their own, taken away at the end.
+// Schemas with names of their own, taken away at the end; with a name, they are kept and used again.
 class ServerPlace {
  public:
-  explicit ServerPlace(std::string address)
-      : address_(std::move(address)), name_(base::format("bench%d_", ::getpid())) {}
+  explicit ServerPlace(std::string address, const std::string& kept = {})
+      : address_(std::move(address)),
+        kept_(!kept.empty()),
+        name_(kept_ ? kept + "_" : base::format("bench%d_", ::getpid())) {}
   ServerPlace(const ServerPlace&) = delete;
   ServerPlace& operator=(const ServerPlace&) = delete;
   ~ServerPlace() {
+    if (kept_) return;
     try {
       Server server(address_);
       const std::string ours =
@@ -105,6 +108,7 @@ class ServerPlace {
 
  private:
   std::string address_;
+  bool kept_;
   std::string name_;
 };
 
