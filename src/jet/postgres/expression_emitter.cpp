@@ -263,9 +263,10 @@ std::string ExpressionEmitter::arithmetic(const BoundExpression& expression) {
 }
 
 // Products and quotients of a few columns and literals: plain operators where all of them are far from what a Double
-// cannot hold, and a call a step for the rest. `careful` is that.
+// cannot hold, and a call a step for the rest.
 struct ExpressionEmitter::Chain {
-  std::string condition;
+  std::string usual;  // most values meet it, and it costs little
+  std::string far;    // all that are far enough meet it
   std::string plain;
   std::string careful;
 };
@@ -275,13 +276,15 @@ ExpressionEmitter::Chain ExpressionEmitter::chain(const BoundExpression& express
     const std::string value = asDouble(expression);
     const std::string size = "abs(" + value + ")";
     const std::string zero = mayBeZero ? " OR " + value + " = 0" : "";
-    return {size + " <= 1e60 AND (" + size + " >= 1e-60" + zero + ")", value, value};
+    return {value + " >= 1e-60 AND " + value + " <= 1e60", size + " <= 1e60 AND (" + size + " >= 1e-60" + zero + ")",
+            value, value};
   }
   const bool product = expression.op == Operator::Multiply;
   const Chain left = chain(expression.operands[0], mayBeZero);
   const Chain right = chain(expression.operands[1], mayBeZero && product);
   const bool simple = std::ranges::all_of(expression.operands, isSimple);
-  return {left.condition + " AND " + right.condition, "(" + left.plain + (product ? " * " : " / ") + right.plain + ")",
+  return {left.usual + " AND " + right.usual, left.far + " AND " + right.far,
+          "(" + left.plain + (product ? " * " : " / ") + right.plain + ")",
           std::string(product ? "jet.multiply" : "jet.divide") + (simple ? "(" : "_of(") + left.careful + ", " +
               right.careful + ")"};
 }
@@ -289,7 +292,8 @@ ExpressionEmitter::Chain ExpressionEmitter::chain(const BoundExpression& express
 std::string ExpressionEmitter::doubleArithmetic(const BoundExpression& expression) {
   if (isShortChain(expression)) {
     const Chain parts = chain(expression, true);
-    return "CASE WHEN " + parts.condition + " THEN " + parts.plain + " ELSE " + parts.careful + " END";
+    return "CASE WHEN " + parts.usual + " THEN " + parts.plain + " WHEN " + parts.far + " THEN " + parts.plain +
+           " ELSE " + parts.careful + " END";
   }
   const char* name = expression.op == Operator::Add        ? "jet.add"
                      : expression.op == Operator::Subtract ? "jet.subtract"

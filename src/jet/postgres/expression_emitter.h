@@ -36,9 +36,11 @@ class ExpressionEmitter {
   // Whether it is one of them; false for one with literals in it.
   [[nodiscard]] bool isGroupKey(const bind::BoundExpression& expression) const;
 
-  // The text that a group of one table has in common, as the row with that key writes it.
+  // Whether it is a text that a group of one table has in common, to be read in the group's first row.
   [[nodiscard]] bool isTextOfGroup(const bind::BoundExpression& expression) const;
-  std::string ofRow(const bind::BoundExpression& expression, const std::string& rowKey);
+  // A value of that row, where the row is joined: its table and the condition for the key.
+  std::string inFirstRow(const bind::BoundExpression& expression);
+  std::string firstRowWithKey(const char* word, const std::string& rowKey);
 
   // A parameter that the caller fills in.
   std::string extra(std::size_t index);

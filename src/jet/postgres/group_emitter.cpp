@@ -64,7 +64,7 @@ std::string ExpressionEmitter::ofFirstRow(const BoundExpression& expression, boo
   std::string sql;
   if (statement_.readsOneTable()) {
     const std::string chosen = std::string(last ? "max(" : "min(") + key(0) + ")";
-    sql = ofRow(expression, chosen);
+    sql = "(SELECT " + inFirstRow(expression) + " FROM " + firstRowWithKey(" WHERE ", chosen) + ")";
   } else {
     sql = (last ? "jet.last(" : "jet.first(") + emit(expression) + ")";
   }
@@ -76,13 +76,19 @@ bool ExpressionEmitter::isTextOfGroup(const BoundExpression& expression) const {
   return expression.isColumn() && expression.type == Type::Text && statement_.readsOneTable() && isGroupKey(expression);
 }
 
-std::string ExpressionEmitter::ofRow(const BoundExpression& expression, const std::string& rowKey) {
+std::string ExpressionEmitter::inFirstRow(const BoundExpression& expression) {
   const bool ofGroups = std::exchange(ofGroups_, false);
   const std::string outer = std::exchange(qualifiers_[0], std::string(kFirstRow) + ".");
-  std::string sql = "(SELECT " + emit(expression) + " FROM " + quotedName(statement_.table().name) + " AS " +
-                    kFirstRow + " WHERE " + key(0) + " = " + rowKey + ")";
+  std::string sql = emit(expression);
   qualifiers_[0] = outer;
   ofGroups_ = ofGroups;
+  return sql;
+}
+
+std::string ExpressionEmitter::firstRowWithKey(const char* word, const std::string& rowKey) {
+  const std::string outer = std::exchange(qualifiers_[0], std::string(kFirstRow) + ".");
+  std::string sql = quotedName(statement_.table().name) + " AS " + kFirstRow + word + key(0) + " = " + rowKey;
+  qualifiers_[0] = outer;
   return sql;
 }
 
@@ -111,7 +117,9 @@ std::string ExpressionEmitter::aggregateOver(const BoundExpression& expression) 
       return expression.type == Type::Long ? "sum(" + asWhole(value) + ")::bigint" : "sum(" + asDouble(value) + ")";
     case Aggregate::Average: {
       // avg() adds squares up as well, which overflow first.
-      const std::string sum = "sum(" + asDouble(value) + ")";
+      // Columns of whole numbers are added up exactly, and once when their sum is asked for as well.
+      const bool whole = value.isColumn() && value.type == Type::Long;
+      const std::string sum = whole ? "sum(" + emit(value) + ")::float8" : "sum(" + asDouble(value) + ")";
       return "(" + sum + " / NULLIF(count(" + emit(value) + "), 0))";
     }
     case Aggregate::StDev:

@@ -218,7 +218,7 @@ class StatementWriter {
       const BoundExpression& item = statement_.items[i].expression;
       outer += i == 0 ? "" : ", ";
       if (emitter_.isTextOfGroup(item)) {
-        outer += emitter_.ofRow(item, "g.k");
+        outer += emitter_.inFirstRow(item);
         continue;
       }
       inner += ", " + emitter_.emit(item) + " AS " + numbered('i', i);
@@ -238,7 +238,9 @@ class StatementWriter {
       if (!unlike && emitter_.isGroupKey(*key)) add(*key, back);
     }
     if (unlike) order += std::string(order.empty() ? " ORDER BY " : ", ") + "g.k";
-    return outer + " FROM (" + inner + from + groupClauses(keys) + ") AS g" + order + limit();
+    inner += from;
+    inner += groupClauses(keys);
+    return outer + " FROM (" + inner + ") AS g JOIN " + emitter_.firstRowWithKey(" ON ", "g.k") + order + limit();
   }
 
   // Groups that are equal in their order follow in that of what they are groups of, as columns put them; unlike rows in
