@@ -124,9 +124,10 @@ inline void addCalls(const fs::path& file, std::int64_t calls) {
       calls - 1, calls));
 }
 
-inline void addCallsOnServer(const ServerPlace& place, std::int64_t calls) {
-  Server server(place.address());
-  server.execute("SET search_path = \"" + place.schema(schema::kMainFile) + "\"");
+// The same into an empty table of a server.
+inline void addCallsOnServer(const std::string& address, const std::string& schema, std::int64_t calls) {
+  Server server(address);
+  server.execute("SET search_path = \"" + schema + "\"");
   server.execute(base::format(
       "INSERT INTO \"Calls\" (\"DialNumber\", \"Name\", \"Area\", \"Country\", \"Provider\", \"DateTime\", "
       "\"Extension\", \"Trunk\", \"TotalTime\", \"AccountCode\", \"Price\", \"Price_Ref\", \"Currency\", "
@@ -138,6 +139,10 @@ inline void addCallsOnServer(const ServerPlace& place, std::int64_t calls) {
       "'Birou ' || (i * 7919 %% 300 / 20), (i %% 3 > 0)::int, i %% 30, false FROM generate_series(0::bigint, %d) AS i",
       calls, calls - 1));
   server.execute("VACUUM ANALYZE \"Calls\"");
+}
+
+inline void addCallsOnServer(const ServerPlace& place, std::int64_t calls) {
+  addCallsOnServer(place.address(), place.schema(schema::kMainFile), calls);
 }
 
 inline void makeCallsOnServer(const ServerPlace& place, std::int64_t calls) {
