@@ -268,6 +268,30 @@ TEST_F(ListDifferentialTest, ColumnsAndFileGiveTheSameOrder) {
   EXPECT_GT(stepsAhead_, 20);
 }
 
+// A window is drawn meanwhile, and its Cancel is heard.
+TEST_F(ListDifferentialTest, RowsInMemoryAreGoneThroughUnderTheWatcher) {
+  const std::string list = "select RecordID from Calls where Name LIKE '*7*' order by Extension";
+  while (database_->readAhead(list, std::chrono::milliseconds(100), 20'000)) {
+  }
+  int calls = 0;
+  database_->watch([&calls] {
+    ++calls;
+    return false;
+  });
+  for (const bool counted : {true, false}) {
+    try {
+      const auto window = database_->openWindow(list);
+      counted ? static_cast<void>(window->rowCount()) : static_cast<void>(window->rows(0, 10));
+      ADD_FAILURE() << "it was not stopped";
+    } catch (const Error& error) {
+      EXPECT_TRUE(error.canceled());
+    }
+  }
+  EXPECT_EQ(calls, 2);
+  database_->watch({});
+  EXPECT_GT(database_->openWindow(list)->rowCount(), 0);
+}
+
 TEST_F(ListDifferentialTest, AnOpenListKeepsItsRowsUntilItIsRefreshed) {
   const auto window = database_->openWindow("select RecordID from Calls where not Hidden order by Extension");
   const std::int64_t rows = window->rowCount();

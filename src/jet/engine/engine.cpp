@@ -48,11 +48,15 @@ const MasksPtr& Engine::masksNow() const {
 
 // A changing statement that is stopped would take its whole transaction with it.
 void Engine::watch(std::function<bool()> watcher) {
-  if (!watcher) return driver_->watch({});
-  driver_->watch([this, watcher = std::move(watcher)] {
-    const bool goOn = watcher();
-    return goOn || depth_ > 0;
-  });
+  std::function<bool()> watched;
+  if (watcher) {
+    watched = [this, watcher = std::move(watcher)] {
+      const bool goOn = watcher();
+      return goOn || depth_ > 0;
+    };
+  }
+  statistics_.watch(watched);
+  driver_->watch(std::move(watched));
 }
 
 void Engine::requireWritable(std::string_view statement) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "jet/engine/faults.h"
 #include "jet/error.h"
 
 namespace jet::columns {
@@ -18,17 +19,25 @@ bool readsOneTable(const bind::BoundStatement& statement) {
 // Fewer are quick to search however it is done.
 constexpr std::int64_t kManyRows = 10'000;
 
-std::vector<std::uint32_t> selectedRows(RowFilter& filter, std::size_t all) {
+// Of rows, between two calls of the watcher: a millisecond at most.
+constexpr std::size_t kWatchedRows = 4 * kBlockRows;
+
+}  // namespace
+
+void Statistics::look(std::size_t from) const {
+  if (watcher_ && from % kWatchedRows == 0 && from > 0 && !watcher_()) throw engine::canceledFault({});
+}
+
+std::vector<std::uint32_t> Statistics::selectedRows(RowFilter& filter, std::size_t all) const {
   std::vector<std::uint32_t> selected;
   std::vector<std::uint32_t> rows;
   for (std::size_t from = 0; from < all; from += kBlockRows) {
+    look(from);
     filter.select(from, std::min(kBlockRows, all - from), rows);
     for (const std::uint32_t row : rows) selected.push_back(static_cast<std::uint32_t>(from) + row);
   }
   return selected;
 }
-
-}  // namespace
 
 StatisticPlan* Statistics::planOf(Plans& plans, const engine::ShapedText& text, const BoundQueryPtr& query,
                                   Maker make) {
@@ -95,6 +104,7 @@ std::shared_ptr<const StatisticRows> Statistics::fromColumns(StatisticPlan& plan
   std::vector<std::uint32_t> rows;
   const std::size_t all = store.keys()->rows();
   for (std::size_t from = 0; from < all; from += kBlockRows) {
+    look(from);
     const std::size_t count = std::min(kBlockRows, all - from);
     if (filter != nullptr) {
       filter->select(from, count, rows);

@@ -39,6 +39,9 @@ class Statistics {
   // table of more than `mostRows`. True while there is more to read.
   bool readAhead(const engine::ShapedText& text, const BoundQueryPtr& query, std::int64_t mostRows,
                  const std::function<bool()>& goesOn);
+  // `watcher` is called every few milliseconds while rows are gone through in memory; its answer false stops that with
+  // Error 3059.
+  void watch(std::function<bool()> watcher) { watcher_ = std::move(watcher); }
 
  private:
   struct Known {
@@ -56,6 +59,9 @@ class Statistics {
     bool eager;  // worth reading the table for at once
   };
 
+  // Before the rows from `from` on.
+  void look(std::size_t from) const;
+  [[nodiscard]] std::vector<std::uint32_t> selectedRows(RowFilter& filter, std::size_t all) const;
   std::optional<List> listOf(const engine::ShapedText& text, const BoundQueryPtr& query);
   [[nodiscard]] bool beginFilter(StatisticPlan& plan, std::span<const Column* const> columns);
   StatisticPlan* planOf(Plans& plans, const engine::ShapedText& text, const BoundQueryPtr& query, Maker make);
@@ -70,6 +76,7 @@ class Statistics {
   Plans lists_;
   std::unordered_map<std::string, ColumnStore, base::TextHash, std::equal_to<>> stores_;  // by table
   memory::Evaluator evaluator_;
+  std::function<bool()> watcher_;
 };
 
 }  // namespace jet::columns
