@@ -1,6 +1,7 @@
 #include "folders/folder_view.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "base/text.h"
 
@@ -110,19 +111,36 @@ CellValue FolderView::cellOf(const jet::Snapshot& rows, std::size_t row, std::si
   return {&rows.at(row, place.first), place.second ? &rows.at(row, *place.second) : &kNull};
 }
 
-std::vector<FolderView::ShownRow> FolderView::shownRows(std::int64_t first, std::int64_t count) {
-  const jet::Snapshot read = folder_.result()->rows(first, count);
+template <typename ValueAt>
+FolderView::ShownRow FolderView::shownRow(const ValueAt& valueAt) const {
   const auto key = findField(folder_.result()->columns(), "RecordID");
   const auto mark = findField(folder_.result()->columns(), "Hidden");
-  std::vector<ShownRow> shown(read.rowCount());
-  for (std::size_t row = 0; row < shown.size(); ++row) {
-    for (std::size_t column = 0; column < columns_.size(); ++column) {
-      shown[row].texts.push_back(text(column, cellOf(read, row, column)));
-    }
-    if (key) shown[row].key = read.at(row, *key).toText();
-    if (mark) shown[row].hidden = read.at(row, *mark).toBool();
+  ShownRow shown;
+  for (std::size_t column = 0; column < columns_.size(); ++column) {
+    const Place& place = places_[column];
+    shown.texts.push_back(text(column, {&valueAt(place.first), place.second ? &valueAt(*place.second) : &kNull}));
+  }
+  if (key) shown.key = valueAt(*key).toText();
+  if (mark) shown.hidden = valueAt(*mark).toBool();
+  return shown;
+}
+
+std::vector<FolderView::ShownRow> FolderView::shownRows(std::int64_t first, std::int64_t count) {
+  const jet::Snapshot read = folder_.result()->rows(first, count);
+  std::vector<ShownRow> shown;
+  for (std::size_t row = 0; row < read.rowCount(); ++row) {
+    shown.push_back(shownRow([&](std::size_t place) -> const jet::Value& { return read.at(row, place); }));
   }
   return shown;
+}
+
+void FolderView::forEachOrderedRow(const std::function<bool(OrderedRow&&)>& row) {
+  const std::size_t by = placeOf(std::abs(folder_.sortKey())).first;
+  const std::size_t key = fieldIndex(folder_.result()->columns(), "RecordID");
+  services_.main.forEachRow(folder_.BuildQuery(), [&](const std::vector<jet::Value>& values) {
+    return row({values[by], values[key].toLong(),
+                shownRow([&](std::size_t place) -> const jet::Value& { return values[place]; })});
+  });
 }
 
 std::vector<std::vector<std::string>> FolderView::rows(std::int64_t first, std::int64_t count) {

@@ -87,6 +87,15 @@ class FolderView {
   // Rows [first, first + count) of the open result. `row` gets a cell a shown column and returns false to stop.
   void readRows(std::int64_t first, std::int64_t count, const RowReader& row);
 
+  // A row of the table with what it is sorted by, for lists of single records that are sorted.
+  struct OrderedRow {
+    jet::Value by;
+    std::int64_t key = 0;
+    ShownRow row;
+  };
+  // The rows in order as the database finds them, without counting them or reading others; `row` returns false to stop.
+  void forEachOrderedRow(const std::function<bool(OrderedRow&&)>& row);
+
   // Every row in order, streamed: memory does not grow with their number. `row` as for readRows.
   void forEachRow(const RowReader& row);
   // From now on forEachRow tells how many rows it has handed out, every kWatchedRows; the watcher throws to stop it.
@@ -124,6 +133,9 @@ class FolderView {
     std::optional<std::size_t> second;
   };
   [[nodiscard]] Place placeOf(int kind) const;
+  // A row whose values are asked for by their place in the result.
+  template <typename ValueAt>
+  [[nodiscard]] ShownRow shownRow(const ValueAt& valueAt) const;
   [[nodiscard]] CellValue cellOf(const jet::Snapshot& rows, std::size_t row, std::size_t column) const;
   std::vector<Place> places_;  // of the shown columns
   std::function<void(std::int64_t)> watcher_;

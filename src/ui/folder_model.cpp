@@ -4,6 +4,7 @@
 #include <QFont>
 #include <QStringList>
 #include <algorithm>
+#include <iterator>
 
 namespace ui {
 
@@ -24,6 +25,17 @@ constexpr ColumnTip kColumnTips[] = {
     {425, "IDS_TIP_AVERAGE"}, {428, "IDS_TIP_PULSES"},
 };
 
+int qtAlignment(folders::Alignment alignment) {
+  switch (alignment) {
+    case folders::Alignment::Right:
+      return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
+    case folders::Alignment::Center:
+      return static_cast<int>(Qt::AlignCenter);
+    default:
+      return static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter);
+  }
+}
+
 }  // namespace
 
 void FolderModel::setFolder(std::unique_ptr<folders::FolderView> folder, Window window) {
@@ -41,6 +53,29 @@ void FolderModel::setFolder(std::unique_ptr<folders::FolderView> folder, Window 
   rows_ = static_cast<int>(std::min(total_, windowRows_));
   start_ = window == Window::WhereItWas ? std::clamp<std::int64_t>(start_, 0, total_ - rows_) : 0;
   endResetModel();
+}
+
+void FolderModel::setFirstRows(std::unique_ptr<folders::FolderView> folder, Page rows) {
+  beginResetModel();
+  folder_ = std::move(folder);
+  pages_.clear();
+  missed_.clear();
+  rows_ = static_cast<int>(rows.size());
+  total_ = rows_;
+  start_ = 0;
+  pages_.emplace(0, std::move(rows));
+  endResetModel();
+}
+
+void FolderModel::addFirstRows(Page rows) {
+  if (rows.empty()) return;
+  const int more = static_cast<int>(rows.size());
+  beginInsertRows({}, rows_, rows_ + more - 1);
+  Page& page = pages_[0];
+  std::ranges::move(rows, std::back_inserter(page));
+  rows_ += more;
+  total_ = rows_;
+  endInsertRows();
 }
 
 void FolderModel::setLayout(const folders::ColumnLayout& layout) {
@@ -173,14 +208,7 @@ QVariant FolderModel::data(const QModelIndex& index, int role) const {
       return italic;
     }
     case Qt::TextAlignmentRole:
-      switch (folder_->columns()[static_cast<std::size_t>(index.column())].alignment) {
-        case folders::Alignment::Right:
-          return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
-        case folders::Alignment::Center:
-          return static_cast<int>(Qt::AlignCenter);
-        default:
-          return static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter);
-      }
+      return qtAlignment(folder_->columns()[static_cast<std::size_t>(index.column())].alignment);
     default:
       return {};
   }
@@ -190,6 +218,7 @@ QVariant FolderModel::headerData(int section, Qt::Orientation orientation, int r
   if (!folder_ || orientation != Qt::Horizontal) return {};
   const folders::ViewColumn& column = folder_->columns()[static_cast<std::size_t>(section)];
   if (role == Qt::DisplayRole) return toQt(column.caption);
+  if (role == Qt::TextAlignmentRole) return qtAlignment(column.alignment);
   if (role != Qt::ToolTipRole) return {};
   const auto& texts = folder_->services().texts;
   const auto* tip = std::ranges::find(kColumnTips, column.definition->kind, &ColumnTip::kind);

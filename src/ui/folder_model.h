@@ -28,6 +28,10 @@ class FolderModel : public QAbstractTableModel {
   // jet::Error, and keeps the folder that was open then.
   void setFolder(std::unique_ptr<folders::FolderView> folder, Window window = Window::AtStart);
   [[nodiscard]] folders::FolderView* folder() const { return folder_.get(); }
+  // The same with the first rows as they are known, at most kFirstRows; nothing else is read. More may follow them.
+  static constexpr std::size_t kFirstRows = 128;
+  void setFirstRows(std::unique_ptr<folders::FolderView> folder, std::vector<folders::FolderView::ShownRow> rows);
+  void addFirstRows(std::vector<folders::FolderView::ShownRow> rows);
   void setLayout(const folders::ColumnLayout& layout);
 
   // While `busy` says so, other work uses the database: rows that are not at hand show nothing until it is done.
@@ -66,7 +70,7 @@ class FolderModel : public QAbstractTableModel {
   void pageMissed(std::int64_t number) const;
 
  private:
-  static constexpr int kPageRows = 128;
+  static constexpr int kPageRows = kFirstRows;
   static constexpr std::size_t kPagesKept = 64;
 
   using Page = std::vector<folders::FolderView::ShownRow>;

@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <QToolTip>
 #include <algorithm>
+#include <chrono>
 #include <set>
 #include <utility>
 
@@ -30,6 +31,10 @@ constexpr std::int64_t kCopyLimit = 100'000;
 
 // Milliseconds after which rows that were wanted while other work went on are asked for again.
 constexpr int kRetryInterval = 50;
+
+// For how long the first rows with typed words are looked for at a time: before the list is shown, and after that.
+constexpr std::chrono::milliseconds kFirstLook(40);
+constexpr std::chrono::milliseconds kFurtherLook(8);
 
 // The order in which a folder opens. Newest calls first is what the desk asks for, and the dearest of the numbers.
 int firstSortKey(int folder) {
@@ -54,7 +59,7 @@ int firstSortKey(int folder) {
 // A first width for a column without a kept one, in digits: of calls, duration and cost are seen in a window of 1280
 // pixels.
 int defaultLetters(int kind, folders::Format format) {
-  constexpr std::pair<int, int> kWidths[] = {{381, 70}, {400, 15}, {403, 6},  {404, 9},
+  constexpr std::pair<int, int> kWidths[] = {{371, 60}, {381, 70}, {400, 15}, {403, 6}, {404, 9},
                                              {405, 9},  {407, 19}, {408, 10}, {411, 14}};
   for (const auto& [column, letters] : kWidths) {
     if (column == kind) return letters;
@@ -149,6 +154,8 @@ CFolderView::CFolderView(server::CServerDoc& document, const Texts& texts, QWidg
   });
   platform::Operator& person = document.app().surroundings().person;
   model_->setBusy([&person] { return person.busy(); });
+  searching_.setSingleShot(true);
+  connect(&searching_, &QTimer::timeout, this, &CFolderView::goOnSearching);
   connect(model_, &FolderModel::pageMissed, this, &CFolderView::readMissedPage, Qt::QueuedConnection);
   connect(model_, &FolderModel::readFailed, this, &CFolderView::failed, Qt::QueuedConnection);
   connect(this, &QTableView::doubleClicked, this, [this](const QModelIndex& index) { emit rowActivated(index.row()); });
@@ -159,6 +166,7 @@ void CFolderView::expectWords() {
 }
 
 void CFolderView::closeFolder() {
+  first_.reset();
   readAhead_->end();
   model_->setFolder(nullptr);
 }
@@ -215,6 +223,7 @@ bool CFolderView::show(View view, FolderModel::Window window) {
   const platform::Progress progress(document_.app().surroundings().person, view->folder().caption(), progressText());
   try {
     model_->setFolder(std::move(view), window);
+    first_.reset();
     if (window == FolderModel::Window::AtStart) folders::logShown(*model_->folder());
     readAhead_->begin(folders::quickSelect(*model_->folder()),
                       window == FolderModel::Window::AtStart ? ReadAhead::When::Soon : ReadAhead::When::Later);
@@ -273,29 +282,80 @@ bool CFolderView::find(const QString& typed) {
   const folders::FolderView* open = model_->folder();
   if (open == nullptr) return false;
   const folders::ColumnLayout layout = open->layout();
-  if (!show(openView(open->folder().definition(), open->sortKey(), {narrowing_, typed}, &layout),
-            FolderModel::Window::AtStart)) {
-    return false;
-  }
+  if (!typed.isEmpty()) readAhead_->begin(folders::quickSelect(*open), ReadAhead::When::Now);
+  const bool first = !typed.isEmpty() && folders::FirstMatches::canFind(*open) && readAhead_->goOn();
+  const bool shown = first ? showFirst(typed)
+                           : show(openView(open->folder().definition(), open->sortKey(), {narrowing_, typed}, &layout),
+                                  FolderModel::Window::AtStart);
+  if (!shown) return false;
   typedWords_ = typed;
   scrollToTop();
   if (!typed.isEmpty() && model_->rowCount() > 0) setCurrentIndex(model_->index(0, 0));
   return true;
 }
 
+// What the search needs is not read yet: the first rows are found without it.
+bool CFolderView::showFirst(const QString& typed) {
+  const folders::FolderView& open = *model_->folder();
+  const folders::ColumnLayout layout = open.layout();
+  View list = openView(open.folder().definition(), open.sortKey(), {narrowing_, {}}, &layout);
+  View found = openView(open.folder().definition(), open.sortKey(), {narrowing_, typed}, &layout);
+  if (!list || !found) return false;
+  try {
+    first_ = std::make_unique<folders::FirstMatches>(std::move(list), folders::quickCriteria(*found, fromQt(typed)),
+                                                     FolderModel::kFirstRows);
+    first_->lookFor(kFirstLook);
+    model_->setFirstRows(std::move(found), first_->rows());
+  } catch (const jet::Error& error) {
+    first_.reset();
+    emit failed(toQt(error.description()));
+    return false;
+  }
+  searching_.start(0);
+  return true;
+}
+
+void CFolderView::goOnSearching() {
+  if (!first_) return;
+  if (document_.app().surroundings().person.busy()) return searching_.start(kRetryInterval);
+  if (!readAhead_->reading()) return finishSearching();
+  if (first_->done()) return searching_.start(kRetryInterval);
+  const auto before = static_cast<std::ptrdiff_t>(first_->rows().size());
+  try {
+    first_->lookFor(kFurtherLook);
+  } catch (const jet::Error& error) {
+    first_.reset();
+    return emit failed(toQt(error.description()));
+  }
+  searching_.start(0);
+  if (first_->rows().begin() + before == first_->rows().end()) return;
+  model_->addFirstRows({first_->rows().begin() + before, first_->rows().end()});
+  if (before == 0) setCurrentIndex(model_->index(0, 0));
+  emit searched();
+}
+
+// The rows that are shown stay where they are; the others follow them.
+void CFolderView::finishSearching() {
+  const folders::FolderView& open = *model_->folder();
+  const folders::ColumnLayout layout = open.layout();
+  if (showWhereItWas(openView(open.folder().definition(), open.sortKey(), present(), &layout))) emit searched();
+}
+
 bool CFolderView::reload() {
   folders::FolderView* open = model_->folder();
   if (open == nullptr) return false;
+  if (searching()) return find(typedWords_);
+  const folders::ColumnLayout layout = open->layout();
+  return showWhereItWas(openView(open->folder().definition(), open->sortKey(), present(), &layout));
+}
+
+bool CFolderView::showWhereItWas(View view) {
   const std::int64_t before = model_->totalRows();
   const int top = rowAt(0);
   const QModelIndex current = currentIndex();
   const std::int64_t position = current.isValid() ? model_->position(current.row()) : -1;
   const std::string key = current.isValid() ? model_->key(current.row()) : std::string();
-  const folders::ColumnLayout layout = open->layout();
-  if (!show(openView(open->folder().definition(), open->sortKey(), present(), &layout),
-            FolderModel::Window::WhereItWas)) {
-    return false;
-  }
+  if (!show(std::move(view), FolderModel::Window::WhereItWas)) return false;
   // New rows stand above the record in a list that begins with the newest, below it in one that ends with them.
   for (const std::int64_t place : {position, position + model_->totalRows() - before}) {
     const int row = model_->rowAt(place);
@@ -512,6 +572,7 @@ CFolderView::Nothing CFolderView::nothing() const {
   const folders::FolderView* open = model_->folder();
   if (open == nullptr || model_->totalRows() > 0) return Nothing::HasRows;
   const folders::FolderDefinition& folder = open->folder().definition();
+  if (searching()) return Nothing::Searching;
   if (!typedWords_.isEmpty()) return Nothing::NotFound;
   if (folder.id == folders::kContactsList) return Nothing::NoContacts;
   if (folder.condition != folders::ConditionSource::CallFilter) return Nothing::NoEntries;
@@ -522,6 +583,8 @@ QString CFolderView::emptyText() const {
   switch (nothing()) {
     case Nothing::HasRows:
       return {};
+    case Nothing::Searching:
+      return texts_("IDS_SEARCHING");
     case Nothing::NotFound:
       return texts_.format("IDS_EMPTY_FOUND", fromQt(typedWords_));
     case Nothing::Filtered:

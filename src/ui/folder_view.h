@@ -2,10 +2,12 @@
 
 #include <QElapsedTimer>
 #include <QTableView>
+#include <QTimer>
 #include <map>
 #include <optional>
 #include <string>
 
+#include "folders/first_matches.h"
 #include "server/server_doc.h"
 #include "ui/folder_model.h"
 #include "ui/read_ahead.h"
@@ -33,6 +35,8 @@ class CFolderView : public QTableView {
   // Leaves the rows that hold every typed word; an empty text brings all back. As openFolder.
   bool find(const QString& typed);
   [[nodiscard]] const QString& typed() const { return typedWords_; }
+  // True while the list holds the first rows with the typed words, and the others are still looked for.
+  [[nodiscard]] bool searching() const { return first_ != nullptr; }
 
   // Shows the folder, or the calls behind a row of a statistic. True when it is shown; when the operator stopped it, or
   // after a fault (failed), the folder that was open stays.
@@ -56,7 +60,7 @@ class CFolderView : public QTableView {
   [[nodiscard]] QString currentText(int kind) const;
   [[nodiscard]] QString currentText() const;
   // Why there are no rows, for what can be done about it, and in words; empty words when there are some.
-  enum class Nothing { HasRows, NotFound, Filtered, NoCalls, NoContacts, NoEntries };
+  enum class Nothing { HasRows, Searching, NotFound, Filtered, NoCalls, NoContacts, NoEntries };
   [[nodiscard]] Nothing nothing() const;
   [[nodiscard]] QString emptyText() const;
   // The open folder over the calls of other settings of the filter, narrowed and with columns as it is here. Throws
@@ -69,6 +73,8 @@ class CFolderView : public QTableView {
   void chooseColumns();
 
  signals:
+  // More rows with the typed words are there, or all of them.
+  void searched();
   void rowsSelected();
   void sorted();
   void currentCellChanged();
@@ -110,6 +116,10 @@ class CFolderView : public QTableView {
   [[nodiscard]] View openView(const folders::FolderDefinition& folder, int sortKey, const Narrowed& by,
                               const folders::ColumnLayout* layout);
   bool show(View view, FolderModel::Window window);
+  bool showWhereItWas(View view);
+  bool showFirst(const QString& typed);
+  void goOnSearching();
+  void finishSearching();
   void readMissedPage(std::int64_t number);
   void sortByColumn(int column);
   [[nodiscard]] QStringList cellsOf(int row) const;
@@ -127,6 +137,8 @@ class CFolderView : public QTableView {
   bool selectsUnderPointer_ = false;
   std::optional<folders::Narrowing> narrowing_;
   QString typedWords_;
+  std::unique_ptr<folders::FirstMatches> first_;
+  QTimer searching_;
   std::map<int, Left> left_;  // by folder
   QString typed_;
   QElapsedTimer sinceTyped_;

@@ -104,6 +104,11 @@ void CMainFrame::buildCentre() {
     showDetails();
   });
   connect(list_, &CFolderView::rowActivated, this, &CMainFrame::drillDown);
+  connect(list_, &CFolderView::searched, this, [this] {
+    if (!list_->searching()) return folderShown();
+    guideWhenEmpty();
+    updateStatus();
+  });
   connect(list_, &CFolderView::sorted, this, &CMainFrame::showChart);
   connect(chart_, &ChartPane::choiceChanged, this, &CMainFrame::showChart);
   connect(chart_, &ChartPane::saved, this, [this](const QString& file) { sayFile(fromQt(file)); });
@@ -269,6 +274,7 @@ void CMainFrame::folderShown() {
   showChart();
   showDetails();
   updateStatus();
+  if (list_->searching()) return status_->refresh();
   const bool allCalls = list_->folderId() == kFolderCalls && !narrowing && list_->typed().isEmpty();
   try {
     if (allCalls && list_->model().totalRows() <= kSummedRows) readTotals();
@@ -490,8 +496,9 @@ void CMainFrame::updateStatus() {
   QAction* undo = (*actions_)[Command::Undo];
   undo->setEnabled(!undo_.empty());
   undo->setText(undo_.empty() ? undoText_ : undoText_ + ": " + undo_.what().replace("&", "&&"));
-  status_->showCount(
-      toQt(folders::recordCountText(list_->model().totalRows(), list_->selectedCount(), texts_.language())));
+  status_->showCount(list_->searching() ? texts_.format("IDS_FOUND_SO_FAR", list_->model().totalRows())
+                                        : toQt(folders::recordCountText(list_->model().totalRows(),
+                                                                        list_->selectedCount(), texts_.language())));
 }
 
 void CMainFrame::showError(const QString& text) {

@@ -37,6 +37,7 @@ void ReadAhead::begin(std::string select, When when) {
 }
 
 void ReadAhead::step() {
+  timer_.stop();
   if (person_.busy()) return timer_.start(kWhileBusy);
   try {
     const std::int64_t mostRows = asked_ ? std::numeric_limits<std::int64_t>::max() : kMostUnasked;

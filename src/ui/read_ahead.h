@@ -22,6 +22,11 @@ class ReadAhead : public QObject {
   void begin(std::string select, When when);
   void end() { timer_.stop(); }
   [[nodiscard]] bool reading() const { return timer_.isActive(); }
+  // Reads a little at once. True while there is more to read.
+  bool goOn() {
+    step();
+    return reading();
+  }
 
  private:
   void step();

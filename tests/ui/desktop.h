@@ -45,6 +45,14 @@ class ListeningDesktop : public platform::DocumentHandler {
   platform::Printed printing = platform::Printed::Done;
 };
 
+// With work of its own, beside which nothing is to begin, while it says so.
+class PersonAtDesk : public ScriptedOperator {
+ public:
+  [[nodiscard]] bool busy() const override { return isBusy; }
+
+  bool isBusy = false;
+};
+
 // The document over a small exchange's files, with an administrator logged in and reports going to the same folder.
 class Desktop {
  public:
@@ -87,7 +95,7 @@ class Desktop {
   }
 
   ExchangeFiles files;
-  ScriptedOperator person;
+  PersonAtDesk person;
   NobodyLogsIn login;
   StoppedClock clock;
   ListeningDesktop documents;

@@ -126,6 +126,43 @@ TEST_F(FilterBarTest, AFilterIsKeptUnderANameAndUsedAgain) {
   EXPECT_EQ(parts(), QStringList({"Number: 9999999"}));
 }
 
+// While what a search needs is still to be read, the first rows are there; the others follow, and nothing moves.
+TEST_F(FilterBarTest, TheFirstRowsDoNotWaitForTheOthers) {
+  desktop.person.isBusy = true;  // nothing is read ahead
+  ASSERT_TRUE(list().find("3456789"));
+  EXPECT_TRUE(list().searching());
+  ASSERT_EQ(rows(), 2);
+  const std::vector<std::string> found = {list().model().key(0), list().model().key(1)};
+  list().setCurrentIndex(list().model().index(1, 0));
+  desktop.person.isBusy = false;
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !list().searching(); }));
+  ASSERT_EQ(rows(), 2);
+  EXPECT_EQ((std::vector<std::string>{list().model().key(0), list().model().key(1)}), found);
+  EXPECT_EQ(list().currentIndex().row(), 1);
+
+  desktop.person.isBusy = true;
+  ASSERT_TRUE(list().find("nobody"));
+  EXPECT_EQ(list().nothing(), ui::CFolderView::Nothing::Searching);
+  desktop.person.isBusy = false;
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !list().searching(); }));
+  EXPECT_EQ(list().nothing(), ui::CFolderView::Nothing::NotFound);
+}
+
+// A search that the operator left for another word, or for another folder, is over.
+TEST_F(FilterBarTest, ASearchEndsWithItsWords) {
+  desktop.person.isBusy = true;
+  ASSERT_TRUE(list().find("3456789"));
+  ASSERT_TRUE(list().find("9999999"));
+  EXPECT_EQ(rows(), 1);
+  ASSERT_TRUE(list().find(""));
+  EXPECT_FALSE(list().searching());
+  EXPECT_EQ(rows(), 3);
+  ASSERT_TRUE(list().find("3456789"));
+  frame->selectFolder(kExtensions);
+  EXPECT_FALSE(list().searching());
+  desktop.person.isBusy = false;
+}
+
 // What a search reads is read beforehand; when the operator is about to type, and not when the list is gone.
 TEST_F(FilterBarTest, ReadingAheadEndsByItselfAndWithTheList) {
   frame->selectFolder(kCalls);
