@@ -77,6 +77,10 @@ nlohmann::ordered_json amount(const std::optional<double>& value) {
   return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
 }
 
+std::string textOf(const tariff::PriceListNote& note) {
+  return (note.leftOut ? "left out, " : "") + note.what.english();
+}
+
 void printJson(std::ostream& out, const tariff::PriceListImport& plan, const tariff::PriceList& list,
                const std::optional<server::TariffTrial>& trial) {
   nlohmann::ordered_json page = {{"dry_run", trial.has_value()}, {"rows", list.rows}};
@@ -99,7 +103,7 @@ void printJson(std::ostream& out, const tariff::PriceListImport& plan, const tar
   }
   page["changes"] = std::move(changes);
   auto notes = nlohmann::ordered_json::array();
-  for (const tariff::PriceListNote& note : list.notes) notes.push_back({{"line", note.line}, {"text", note.text}});
+  for (const tariff::PriceListNote& note : list.notes) notes.push_back({{"line", note.line}, {"text", textOf(note)}});
   page["notes"] = std::move(notes);
   out << jsonText(page) << '\n';
 }
@@ -122,7 +126,8 @@ void printText(const Invocation& call, const tariff::PriceListImport& plan, cons
     call.print(table);
   }
   if (call.global.format == TableFormat::Csv) return;
-  for (const tariff::PriceListNote& note : list.notes) call.out << base::format("line %d: %s\n", note.line, note.text);
+  for (const tariff::PriceListNote& note : list.notes)
+    call.out << base::format("line %d: %s\n", note.line, textOf(note));
   if (list.notesInAll > static_cast<std::int64_t>(list.notes.size())) {
     call.out << base::format("... %d such lines in all\n", list.notesInAll);
   }

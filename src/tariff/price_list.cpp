@@ -84,9 +84,9 @@ class Reader {
 
  private:
   [[nodiscard]] base::Refusal nothingRead() const {
-    const std::string why = list_.notes.empty()
-                                ? std::string()
-                                : base::format(" Line %d: %s", list_.notes.front().line, list_.notes.front().text);
+    const std::string why = list_.notes.empty() ? std::string()
+                                                : base::format(" Line %d: %s", list_.notes.front().line,
+                                                               list_.notes.front().what.english());
     return {"IDS_PRICE_LIST_NO_PRICES",
             "No row of the file has a prefix and a price. Name its columns, as in --columns "
             "\"prefix=Code,price=Rate\".%s",
@@ -127,7 +127,7 @@ class Reader {
     constexpr int kUtf8 = 65001;
     std::string utf8 = base::decode(line, kUtf8);
     if (utf8 == line) return line;
-    if (!toldCodepage_) note(base::format("no UTF-8: read in code page %d", options_.codepage));
+    if (!toldCodepage_) note({"IDS_PRICE_LIST_CODEPAGE", "no UTF-8: read in code page %d", options_.codepage});
     toldCodepage_ = true;
     return base::decode(line, options_.codepage);
   }
@@ -182,7 +182,7 @@ class Reader {
     }
     const std::string prefix = cell(Prefix, fields);
     const auto price = amountOf(cell(Price, fields));
-    if (!price) return note(base::format("left out, no price: \"%s\"", cell(Price, fields)));
+    if (!price) return leaveOut({"IDS_PRICE_LIST_NO_PRICE", "no price: \"%s\"", cell(Price, fields)});
     const auto terms = termsOf(fields, *price);
     if (!terms) return;
     try {
@@ -190,7 +190,7 @@ class Reader {
         add({std::move(one), cell(Name, fields), *terms, line_});
       }
     } catch (const PriceListError& error) {
-      note(base::format("left out, %s", error.what()));
+      leaveOut(error);
     }
   }
 
@@ -202,7 +202,7 @@ class Reader {
     const std::string connection = cell(Connection, fields);
     const auto fee = connection.empty() ? std::optional(0.0) : amountOf(connection);
     if (!fee) {
-      note(base::format("left out, no amount: \"%s\"", connection));
+      leaveOut({"IDS_PRICE_LIST_NO_AMOUNT", "no amount: \"%s\"", connection});
       return std::nullopt;
     }
     terms.connection = *fee;
@@ -210,7 +210,7 @@ class Reader {
       if (!cell(Increment, fields).empty())
         readIncrement(cell(Increment, fields), terms.firstSeconds, terms.nextSeconds);
     } catch (const PriceListError& error) {
-      note(base::format("left out, %s", error.what()));
+      leaveOut(error);
       return std::nullopt;
     }
     return terms;
@@ -223,15 +223,19 @@ class Reader {
       return;
     }
     PriceListEntry& before = list_.entries[known->second];
-    note(before.terms == entry.terms
-             ? base::format("repeats %s of line %d", entry.prefix, before.line)
-             : base::format("another price for %s than line %d; this one holds", entry.prefix, before.line));
+    if (before.terms == entry.terms) {
+      note({"IDS_PRICE_LIST_REPEATS", "repeats %s of line %d", entry.prefix, before.line});
+    } else {
+      note({"IDS_PRICE_LIST_ANOTHER", "another price for %s than line %d; this one holds", entry.prefix, before.line});
+    }
     before = std::move(entry);
   }
 
-  void note(std::string text) {
+  void note(const base::Refusal& what) { keepNote({line_, what, false}); }
+  void leaveOut(const base::Refusal& why) { keepNote({line_, why, true}); }
+  void keepNote(PriceListNote note) {
     ++list_.notesInAll;
-    if (list_.notes.size() < PriceList::kMostNotes) list_.notes.push_back({line_, std::move(text)});
+    if (list_.notes.size() < PriceList::kMostNotes) list_.notes.push_back(std::move(note));
   }
 
   std::istream& in_;
@@ -245,6 +249,10 @@ class Reader {
   std::unordered_map<std::string, std::size_t> known_;
 };
 
+base::Refusal noIncrement(std::string_view text) {
+  return {"IDS_PRICE_LIST_INCREMENT", "no increment of seconds such as 60/1: \"%s\"", text};
+}
+
 int secondsOf(std::string_view text) {
   constexpr int kMostSeconds = 3600;
   int seconds = 0;
@@ -252,7 +260,7 @@ int secondsOf(std::string_view text) {
   const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), seconds);
   if (text.empty() || fault != std::errc() || end != text.data() + text.size() || seconds < 1 ||
       seconds > kMostSeconds) {
-    throw PriceListError(base::format("no increment of seconds such as 60/1: \"%s\"", text));
+    throw PriceListError(noIncrement(text));
   }
   return seconds;
 }
@@ -262,7 +270,7 @@ int secondsOf(std::string_view text) {
 void readIncrement(std::string_view text, int& firstSeconds, int& nextSeconds) {
   const std::vector<std::string> parts = base::split(text, "/+");
   if (parts.empty() || parts.size() > 2) {
-    throw PriceListError(base::format("no increment of seconds such as 60/1: \"%s\"", text));
+    throw PriceListError(noIncrement(text));
   }
   firstSeconds = secondsOf(parts.front());
   nextSeconds = secondsOf(parts.back());

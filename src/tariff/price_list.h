@@ -34,7 +34,8 @@ struct PriceListEntry {
 // A row that was left out or read in a way that its sender may not have meant.
 struct PriceListNote {
   std::int64_t line = 0;
-  std::string text;
+  base::Refusal what;
+  bool leftOut = false;
 };
 
 struct PriceList {
@@ -62,8 +63,6 @@ struct PriceListOptions {
 class PriceListError : public base::Refused<std::runtime_error> {
  public:
   using Refused::Refused;
-  // Of one row, for a note: in English.
-  explicit PriceListError(const std::string& text) : Refused(base::Refusal("", "%s", text)) {}
 };
 
 // "60/1" or "60"; throws PriceListError.

@@ -15,6 +15,10 @@ namespace {
 constexpr std::size_t kLongestPrefix = 18;  // digits; so many fit a 64-bit number
 constexpr std::uint64_t kMostOfRange = 10'000;
 
+base::Refusal noPrefix(std::string_view text) {
+  return {"IDS_PRICE_LIST_NO_PREFIX", "no prefix: \"%s\"", text};
+}
+
 // Digits, with a leading plus sign as "00"; signs that only make a number readable are dropped.
 std::string digitsOf(std::string_view text) {
   std::string digits;
@@ -24,7 +28,7 @@ std::string digitsOf(std::string_view text) {
     } else if (c == '+' && digits.empty()) {
       digits = kInternational;
     } else if (c != ' ' && c != '(' && c != ')' && c != '.') {
-      throw PriceListError(base::format("no prefix: \"%s\"", text));
+      throw PriceListError(noPrefix(text));
     }
   }
   return digits;
@@ -34,12 +38,13 @@ std::string international(std::string_view text, std::string_view countryCode) {
   const std::string digits = digitsOf(text);
   const bool hasInternational = digits.starts_with(kInternational);
   if (digits.empty() || digits == kInternational || digits == "0" || digits.size() > kLongestPrefix) {
-    throw PriceListError(base::format("no prefix: \"%s\"", text));
+    throw PriceListError(noPrefix(text));
   }
   if (hasInternational) return digits;
   if (digits[0] != '0') return std::string(kInternational) + digits;
   if (countryCode.empty()) {
-    throw PriceListError(base::format("a national prefix, and setting CountryCode is not set: \"%s\"", text));
+    throw PriceListError(base::Refusal("IDS_PRICE_LIST_NATIONAL",
+                                       "a national prefix, and setting CountryCode is not set: \"%s\"", text));
   }
   return base::format("%s%s%s", kInternational, countryCode, digits.substr(1));
 }
@@ -56,7 +61,8 @@ void addRange(std::string_view text, const std::string& first, std::string last,
   const std::uint64_t from = numberOf(first);
   const std::uint64_t to = numberOf(last);
   if (last.size() != first.size() || to < from || to - from >= kMostOfRange) {
-    throw PriceListError(base::format("no range of prefixes, or one of more than %d: \"%s\"", kMostOfRange, text));
+    throw PriceListError(base::Refusal("IDS_PRICE_LIST_RANGE", "no range of prefixes, or one of more than %d: \"%s\"",
+                                       kMostOfRange, text));
   }
   for (std::uint64_t number = from; number <= to; ++number) {
     const std::string digits = std::to_string(number);
@@ -85,7 +91,7 @@ std::vector<std::string> internationalPrefixes(std::string_view cell, std::strin
     addRange(text, international(before, countryCode),
              behind.size() < before.size() ? digitsOf(behind) : international(behind, countryCode), prefixes);
   }
-  if (prefixes.empty()) throw PriceListError(base::format("no prefix: \"%s\"", cell));
+  if (prefixes.empty()) throw PriceListError(noPrefix(cell));
   return prefixes;
 }
 

@@ -102,7 +102,7 @@ TEST(PriceList, FilesThatAreTooLargeOrInAnotherFormAreRefusedInWords) {
   // In a wrong code page the names alone are wrong, and the file's form is told.
   const PriceList list = read("prefix;name;price\n40;Bra\xBAov;0.1\n", {.codepage = 1252});
   EXPECT_EQ(list.entries.at(0).prefix, "0040");
-  EXPECT_EQ(list.notes.at(0).text, "no UTF-8: read in code page 1252");
+  EXPECT_EQ(list.notes.at(0).what.english(), "no UTF-8: read in code page 1252");
   EXPECT_EQ(read("prefix;name;price\n40;Bra\xBAov;0.1\n", {.codepage = 1250}).entries.at(0).name, "Braşov");
 }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "foundation/refusal_text.h"
 #include "platform/progress.h"
 #include "security/audit_log.h"
 #include "security/restriction.h"
@@ -226,7 +227,9 @@ void PriceListPage::showPlan(const tariff::PriceListImport& plan, const server::
                          document_.valueFormatter().money(trial.before), currency,
                          document_.valueFormatter().money(trial.after), change);
   for (std::size_t i = 0; i < std::min(list_.notes.size(), kNotesShown); ++i) {
-    lines << texts_.format("IDS_PRICES_NOTE", list_.notes[i].line, list_.notes[i].text);
+    const tariff::PriceListNote& note = list_.notes[i];
+    lines << texts_.format(note.leftOut ? "IDS_PRICES_LEFT_OUT" : "IDS_PRICES_NOTE", note.line,
+                           foundation::refusalText(note.what, language));
   }
   if (list_.notesInAll > static_cast<std::int64_t>(kNotesShown)) {
     lines << texts_.format("IDS_PRICES_NOTES", list_.notesInAll);
