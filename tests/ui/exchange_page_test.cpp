@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "desktop.h"
+#include "ui/exchange/exchange_faults.h"
 #include "ui/exchange/monitor_pane.h"
 #include "ui/first_run.h"
 #include "ui/settings/settings_sheet.h"
@@ -128,7 +129,7 @@ TEST_F(ExchangePageTest, WhatTheCaptureProgramRefusesIsToldAndNothingIsWritten) 
   fill("listen", "port", "99999");
   {
     const Script script({[](QDialog& message) {
-      EXPECT_TRUE(message.property("text").toString().contains("\"port\" must be"))
+      EXPECT_TRUE(message.property("text").toString().contains("Port: a whole number"))
           << qPrintable(message.property("text").toString());
       click(message, "ok");
     }});
@@ -220,6 +221,38 @@ TEST(CaptureProgramTest, WaitingForItHasAnEnd) {
   const auto missing = program.runProgram("no-such-program", {}, {}, 60);
   EXPECT_FALSE(missing.done);
   EXPECT_TRUE(missing.message.startsWith("no-such-program: ")) << qPrintable(missing.message);
+}
+
+// What the capture program says about a field, as it says it today, is found again and told by the field's caption.
+TEST_F(ExchangePageTest, AFaultOfAFieldIsToldByItsCaption) {
+  const struct {
+    const char* source;
+    const char* told;
+  } cases[] = {
+      {R"({"id": "main", "format": "hicom", "listen": {"port": 0}})", "Port: a whole number from 1 to 65535."},
+      {R"({"id": "main", "format": "hicom", "listen": {}})", "Port"},
+      {R"({"id": "main", "format": "hicom", "serial": {"device": ""}})", "Device: fill it in."},
+      {R"({"id": "main", "format": "hicom", "serial": {"device": "/dev/x", "line": "fast"}})", "Speed and form: speed"},
+      {R"({"id": "main", "format": "hicom", "serial": {"device": "/dev/x", "line": "9600 4N1"}})",
+       "Speed and form: speed"},
+      {R"({"id": "a b", "format": "hicom", "listen": {"port": 2300}})", "Name: letters, digits, - and _, 32 at most."},
+      {R"({"id": "a", "format": "hicom", "listen": {"port": 2300, "address": "here"}})", "Address of this machine: an"},
+      {R"({"id": "a", "format": "hicom", "http": {"port": 2300, "path": "x"}})", "Path: it begins with a slash."},
+      {R"({"id": "a", "format": "hicom", "http": {"port": 2300, "address": "0.0.0.0"}})",
+       "Address of this machine: other machines reach"},
+      {R"({"id": "a", "format": "hicom", "get": {"url": "ftp://x", "id": ["a"]}})", "URL: it begins with http"},
+      {R"({"id": "a", "format": "hicom", "listen": {"port": 2300}, "quiet": {"minutes": 9, "hours": "always"}})",
+       "Within these hours: days and times"},
+  };
+  const ui::CaptureProgram program(QString::fromStdString(site.string()), desktop.person, *desktop.texts);
+  for (const auto& one : cases) {
+    const std::string given =
+        R"({"deliver": {"folder": ")" + monitor.string() + R"("}, "source": [)" + one.source + "]}";
+    const auto result = program.run({"site", "set"}, QByteArray::fromStdString(given));
+    EXPECT_FALSE(result.done) << one.source;
+    const std::string told = ui::exchangeFault(result.message, *desktop.texts).toStdString();
+    EXPECT_EQ(told.substr(0, std::string(one.told).size()), one.told) << result.message.toStdString();
+  }
 }
 
 }  // namespace

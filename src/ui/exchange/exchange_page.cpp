@@ -12,6 +12,7 @@
 #include "server/monitor_status.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
+#include "ui/exchange/exchange_faults.h"
 #include "ui/sentence.h"
 
 namespace ui {
@@ -20,6 +21,7 @@ namespace {
 
 constexpr int kTitleShown = 24;  // characters of a title, at least
 constexpr int kRefresh = 3000;   // milliseconds between two looks at the service
+constexpr int kSpare = 4;        // pixels
 
 QJsonObject objectOf(const QByteArray& json) {
   return QJsonDocument::fromJson(json).object();
@@ -30,6 +32,14 @@ void addRow(QFormLayout& form, const QString& caption, QWidget* editor) {
   label->setBuddy(editor);
   editor->setAccessibleName(caption);
   form.addRow(label, editor);
+}
+
+// Forms that stand below each other have their fields in one line; there is room left for the marks of letters.
+void alignLabels(const QWidget& tab) {
+  const auto labels = tab.findChildren<QLabel*>();
+  int widest = 0;
+  for (const QLabel* label : labels) widest = std::max(widest, label->sizeHint().width() + kSpare);
+  for (QLabel* label : labels) label->setMinimumWidth(widest);
 }
 
 }  // namespace
@@ -103,6 +113,7 @@ QWidget* ExchangePage::buildConnection() {
   layout->addStretch();
   connect(format_, &QComboBox::currentIndexChanged, this, &ExchangePage::useFormat);
   connect(transport_, &QComboBox::currentIndexChanged, this, &ExchangePage::useTransport);
+  alignLabels(*tab);
   useTransport();
   return tab;
 }
@@ -113,6 +124,7 @@ QWidget* ExchangePage::buildReading() {
   layout->addWidget(reading_);
   layout->addWidget(quiet_);
   layout->addStretch();
+  alignLabels(*tab);
   return tab;
 }
 
@@ -166,7 +178,7 @@ void ExchangePage::load() {
   }
   loadFormats();
   const QJsonObject found = objectOf(program_.run({"site", "--json"}).output);
-  say(found["fault"].toString());
+  say(exchangeFault(found["fault"].toString(), texts_));
   site_ = found["site"].toObject();
   sources_.clear();
   removed_ = {};
@@ -341,7 +353,7 @@ void ExchangePage::save() {
   }
   if (!gone.isEmpty()) site.insert("remove", gone);
   const auto result = program_.run({"site", "set"}, QJsonDocument(site).toJson());
-  if (!result.done) throw std::runtime_error(fromQt(result.message));
+  if (!result.done) throw std::runtime_error(fromQt(exchangeFault(result.message, texts_)));
   const bool running = objectOf(program_.run({"site", "--json"}).output)["running"].toInt() != 0;
   const QString fault = running ? service_.reload() : QString();
   load();
@@ -354,7 +366,7 @@ void ExchangePage::toggleListening() {
   const QJsonObject source = currentSource();
   if (source["format"].toString().isEmpty()) return say(texts_("IDS_EXCHANGE_NO_FORMAT"));
   const QString fault = lines_->listen(siteWith({source}), source["id"].toString());
-  if (!fault.isEmpty()) return say(fault);
+  if (!fault.isEmpty()) return say(exchangeFault(fault, texts_));
   listen_->setText(texts_("IDS_EXCHANGE_LISTEN_STOP"));
 }
 
