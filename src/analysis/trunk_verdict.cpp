@@ -1,6 +1,7 @@
 #include "analysis/trunk_verdict.h"
 
 #include "base/printf.h"
+#include "base/text.h"
 
 namespace analysis {
 
@@ -18,12 +19,18 @@ std::string peakSentence(const TrunkLoad& load, const foundation::LanguageFile& 
                       base::format("%.2d:%.2d:%.2d", busy / 3600, busy / 60 % 60, busy % 60));
 }
 
+// "1,16", as the language writes it.
+std::string decimalText(double number, const foundation::LanguageFile& texts) {
+  const std::string separator = texts.Translate("IDS_DECIMAL_SEPARATOR");
+  return base::replaceAll(base::format("%.2f", number), ".", separator.size() == 1 ? separator : ".");
+}
+
 }  // namespace
 
 std::string trunkVerdict(const TrunkLoad& load, const foundation::LanguageFile& texts) {
   if (load.peak == 0) return texts.Translate("IDS_TRUNKS_NO_CALLS");
   return peakSentence(load, texts) + " " +
-         base::format(texts.Translate("IDS_TRUNKS_NEEDED"), load.erlangMax, load.linesFor1Percent,
+         base::format(texts.Translate("IDS_TRUNKS_NEEDED"), decimalText(load.erlangMax, texts), load.linesFor1Percent,
                       load.linesForTenthPercent);
 }
 

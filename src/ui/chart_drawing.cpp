@@ -26,6 +26,9 @@ double largestValue(const std::vector<ChartBar>& bars) {
   return largest;
 }
 
+// Of the names of weekdays and months, where they are too long.
+constexpr int kBriefLetters = 3;
+
 // "08:00 - 08:59" is told by its hour.
 QString shortCaption(const QFontMetrics& metrics, const QString& caption, int width) {
   return widthOf(metrics, caption) <= width ? caption : caption.section(':', 0, 0);
@@ -184,6 +187,7 @@ class Drawing {
         places.back() = places.back().united(before);
       }
       bar(place);
+      own_.push_back(place);
     }
     return places;
   }
@@ -224,9 +228,10 @@ class Drawing {
     const int step = places.size() <= kFewColumns ? 1 : std::max(1, (needed + pitch - 1) / std::max(1, pitch));
     const int room = std::max(1, pitch * step - kGap);
     int free = area_.left() - kMargin;
+    const bool brief = step == 1 && widest > room;
     for (std::size_t i = 0; i < places.size(); i += static_cast<std::size_t>(step)) {
-      const QString caption =
-          metrics_.elidedText(shortCaption(metrics_, chart_.bars[i].caption, room), Qt::ElideRight, room);
+      const QString full = shortCaption(metrics_, chart_.bars[i].caption, room);
+      const QString caption = metrics_.elidedText(brief ? full.left(kBriefLetters) : full, Qt::ElideRight, room);
       const int width = widthOf(metrics_, caption);
       QRect place(places[i].center().x() - width / 2, top, width, metrics_.height());
       // Those at the ends may reach into the margins, and not beyond.
@@ -248,8 +253,9 @@ class Drawing {
       const ChartBar& bar = chart_.bars[i];
       if (bar.value <= 0) continue;
       const int width = widthOf(metrics_, bar.valueText);
-      QRect place(places[i].center().x() - width / 2, places[i].top() - metrics_.height() - 1, width,
-                  metrics_.height());
+      // Over the bar itself: where the period before reaches higher, a value there would be taken for its.
+      const QRect& own = own_.empty() ? places[i] : own_[i];
+      QRect place(own.center().x() - width / 2, own.top() - metrics_.height() - 1, width, metrics_.height());
       place.moveLeft(std::clamp(place.left(), area_.left(), std::max(area_.left(), area_.right() - width)));
       if (std::ranges::any_of(taken, [&](const QRect& other) { return other.intersects(place); })) continue;
       // The lines go on under it.
@@ -264,7 +270,8 @@ class Drawing {
   const QPalette& colours_;
   const QFont& font_;
   QFontMetrics metrics_;
-  QRect area_;  // under the title
+  QRect area_;              // under the title
+  std::vector<QRect> own_;  // of columns: without that of the period before
   double largest_ = 0;
 };
 

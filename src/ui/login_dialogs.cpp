@@ -20,6 +20,7 @@ namespace ui {
 namespace {
 
 constexpr int kPictureSize = 36;
+constexpr int kSpace = 16;  // pixels beside the picture and above the buttons
 
 // Its texts are keys in brackets until the window is translated.
 class PasswordForm : public QDialog {
@@ -31,11 +32,13 @@ class PasswordForm : public QDialog {
     picture->setPixmap(icon(Icon::Program).pixmap(kPictureSize));
     form_ = new QFormLayout;
     auto* top = new QHBoxLayout;
-    top->setSpacing(16);
+    top->setSpacing(kSpace);
     top->addWidget(picture, 0, Qt::AlignTop);
     top->addLayout(form_, 1);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
+    layout->addStretch();
+    layout->addSpacing(kSpace);
     buttons_ = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     named(buttons_->button(QDialogButtonBox::Ok), "ok")->setText("<IDS_OK>");
     named(buttons_->button(QDialogButtonBox::Cancel), "cancel")->setText("<IDS_CANCEL>");

@@ -56,6 +56,18 @@ class Assignment {
   QSet<QChar> taken_;
 };
 
+// A text is drawn in parts around its marked letter, which takes a little more room than the whole that the label
+// asks for.
+void mark(QLabel& label, Assignment& assignment) {
+  constexpr int kBetweenParts = 2;
+  const bool wasMarked = label.text().contains('&');
+  label.setText(assignment.marked(label.text()));
+  if (wasMarked) return;
+  QMargins margins = label.contentsMargins();
+  margins.setRight(margins.right() + kBetweenParts);
+  label.setContentsMargins(margins);
+}
+
 bool hasOwnKey(const QAbstractButton& button) {
   return button.objectName() == "ok" || button.objectName() == "cancel" || qobject_cast<const QToolButton*>(&button);
 }
@@ -77,7 +89,7 @@ QSet<QChar> assignMnemonics(QWidget& window, QSet<QChar> taken) {
   }
   for (QWidget* widget : window.findChildren<QWidget*>()) {
     auto* label = qobject_cast<QLabel*>(widget);
-    if (label != nullptr && label->buddy() != nullptr) label->setText(assignment.marked(label->text()));
+    if (label != nullptr && label->buddy() != nullptr) mark(*label, assignment);
     auto* button = qobject_cast<QAbstractButton*>(widget);
     if (button != nullptr && !hasOwnKey(*button)) button->setText(assignment.marked(button->text()));
   }

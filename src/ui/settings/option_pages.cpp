@@ -30,6 +30,7 @@ constexpr foundation::Store M = foundation::StoreMachine;
 constexpr foundation::Store D = foundation::StoreDatabase;
 constexpr int kLongestCode = 8;    // of a country or area
 constexpr int kHeadingSpace = 10;  // above it, in pixels
+constexpr int kHintSpace = 2;      // below the field, in pixels
 
 enum class OptionKind {
   Heading,
@@ -338,22 +339,27 @@ void addHeading(QFormLayout& form, const QString& text) {
   form.addRow(label);
 }
 
+// The field and, close below it, what is to be known of it.
+QLayout* withHint(QWidget* editor, const QString& text) {
+  auto* layout = new QVBoxLayout;
+  layout->setSpacing(kHintSpace);
+  const bool grows = (QWidgetItem(editor).expandingDirections() & Qt::Horizontal) != 0;
+  layout->addWidget(editor, 0, grows ? Qt::Alignment() : Qt::AlignLeft);
+  layout->addWidget(makeSentence(text));
+  return layout;
+}
+
 void addField(QFormLayout& form, const Option& option, const Source& source, const Field& field) {
   // The line of a folder has its button beside it.
   QWidget* focused = field.editor->focusProxy() != nullptr ? field.editor->focusProxy() : field.editor;
   focused->setObjectName(option.key);
   focused->setAccessibleName(source.text(option.captionKey));
-  if (option.kind == OptionKind::Switch) {
-    form.addRow(QString(), field.editor);
-  } else {
-    auto* label = new QLabel(source.text(option.captionKey));
-    label->setBuddy(focused);
-    form.addRow(label, field.editor);
-  }
-  if (option.hintKey == nullptr) return;
-  QLabel* hint = makeSentence(source.text(option.hintKey));
-  focused->setAccessibleDescription(hint->text());
-  form.addRow(QString(), hint);
+  auto* label = option.kind == OptionKind::Switch ? nullptr : new QLabel(source.text(option.captionKey));
+  if (label != nullptr) label->setBuddy(focused);
+  if (option.hintKey == nullptr) return form.addRow(label, field.editor);
+  const QString hint = source.text(option.hintKey);
+  focused->setAccessibleDescription(hint);
+  form.addRow(label, withHint(field.editor, hint));
 }
 
 SettingsPage optionPage(const QString& caption, std::span<const Option> options, const Source& source) {
