@@ -12,7 +12,7 @@ namespace {
 // Of the progress window; ranges of calls may be larger than a window's 32 bits.
 constexpr int kProgressSteps = 1000;
 // The window is drawn and heard at least this often, in milliseconds.
-constexpr qint64 kEventInterval = 40;
+constexpr qint64 kEventInterval = 20;
 // Work that is done sooner than this, in milliseconds, shows no progress window.
 constexpr qint64 kPatience = 300;
 

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QTabBar>
 #include <QToolButton>
+#include <algorithm>
 #include <optional>
 
 namespace ui {
@@ -60,12 +61,9 @@ class Assignment {
 // asks for.
 void mark(QLabel& label, Assignment& assignment) {
   constexpr int kBetweenParts = 2;
-  const bool wasMarked = label.text().contains('&');
   label.setText(assignment.marked(label.text()));
-  if (wasMarked) return;
-  QMargins margins = label.contentsMargins();
-  margins.setRight(margins.right() + kBetweenParts);
-  label.setContentsMargins(margins);
+  if (!label.wordWrap())
+    label.setMinimumWidth(std::max(label.minimumWidth(), label.sizeHint().width() + kBetweenParts));
 }
 
 bool hasOwnKey(const QAbstractButton& button) {
