@@ -38,9 +38,9 @@ class ExpressionEmitter {
 
   // Whether it is a text that a group of one table has in common, to be read in the group's first row.
   [[nodiscard]] bool isTextOfGroup(const bind::BoundExpression& expression) const;
-  // A value of that row, where the row is joined: its table and the condition for the key.
-  std::string inFirstRow(const bind::BoundExpression& expression);
-  std::string firstRowWithKey(const char* word, const std::string& rowKey);
+  // A value of the row with that key, looked up: for many groups the server would rather read the whole table to join
+  // it.
+  std::string ofRow(const bind::BoundExpression& expression, const std::string& rowKey);
 
   // A parameter that the caller fills in.
   std::string extra(std::size_t index);

@@ -64,7 +64,7 @@ std::string ExpressionEmitter::ofFirstRow(const BoundExpression& expression, boo
   std::string sql;
   if (statement_.readsOneTable()) {
     const std::string chosen = std::string(last ? "max(" : "min(") + key(0) + ")";
-    sql = "(SELECT " + inFirstRow(expression) + " FROM " + firstRowWithKey(" WHERE ", chosen) + ")";
+    sql = ofRow(expression, chosen);
   } else {
     sql = (last ? "jet.last(" : "jet.first(") + emit(expression) + ")";
   }
@@ -76,19 +76,13 @@ bool ExpressionEmitter::isTextOfGroup(const BoundExpression& expression) const {
   return expression.isColumn() && expression.type == Type::Text && statement_.readsOneTable() && isGroupKey(expression);
 }
 
-std::string ExpressionEmitter::inFirstRow(const BoundExpression& expression) {
+std::string ExpressionEmitter::ofRow(const BoundExpression& expression, const std::string& rowKey) {
   const bool ofGroups = std::exchange(ofGroups_, false);
   const std::string outer = std::exchange(qualifiers_[0], std::string(kFirstRow) + ".");
-  std::string sql = emit(expression);
+  std::string sql = "(SELECT " + emit(expression) + " FROM " + quotedName(statement_.table().name) + " AS " +
+                    kFirstRow + " WHERE " + key(0) + " = " + rowKey + ")";
   qualifiers_[0] = outer;
   ofGroups_ = ofGroups;
-  return sql;
-}
-
-std::string ExpressionEmitter::firstRowWithKey(const char* word, const std::string& rowKey) {
-  const std::string outer = std::exchange(qualifiers_[0], std::string(kFirstRow) + ".");
-  std::string sql = quotedName(statement_.table().name) + " AS " + kFirstRow + word + key(0) + " = " + rowKey;
-  qualifiers_[0] = outer;
   return sql;
 }
 

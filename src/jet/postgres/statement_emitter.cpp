@@ -218,7 +218,7 @@ class StatementWriter {
       const BoundExpression& item = statement_.items[i].expression;
       outer += i == 0 ? "" : ", ";
       if (emitter_.isTextOfGroup(item)) {
-        outer += emitter_.inFirstRow(item);
+        outer += emitter_.ofRow(item, "g.k");
         continue;
       }
       inner += ", " + emitter_.emit(item) + " AS " + numbered('i', i);
@@ -240,7 +240,7 @@ class StatementWriter {
     if (unlike) order += std::string(order.empty() ? " ORDER BY " : ", ") + "g.k";
     inner += from;
     inner += groupClauses(keys);
-    return outer + " FROM (" + inner + ") AS g JOIN " + emitter_.firstRowWithKey(" ON ", "g.k") + order + limit();
+    return outer + " FROM (" + inner + ") AS g" + order + limit();
   }
 
   // Groups that are equal in their order follow in that of what they are groups of, as columns put them; unlike rows in
