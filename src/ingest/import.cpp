@@ -212,8 +212,8 @@ bool MonitorImport::isDeletedWhenComplete(const std::filesystem::path& file) {
 }
 
 // Where to go on: by the file's own row, else by any row whose bytes the file begins with (it was renamed or copied),
-// else from its start. Leaves the row to go on with named after the file, unless the row's own file is still there: one
-// row then counts for the file and its copy.
+// else from its start. Leaves the row to go on with named after the file, unless the row's own file is still there, as
+// one of another machine may be: one row then counts for the file and its copy.
 FileProgress MonitorImport::progressOf(const std::filesystem::path& file) {
   const std::vector<FileProgress> rows = rows_.all();
   const auto own = std::find_if(rows.begin(), rows.end(), [&](const auto& row) { return row.file == file; });
@@ -226,7 +226,7 @@ FileProgress MonitorImport::progressOf(const std::filesystem::path& file) {
     if (further && beginsAsRead(file, row)) best = &row;
   }
   FileProgress result = best != nullptr ? *best : FileProgress{.digest = ReadPosition().digest.text()};
-  if (best == nullptr || !fileExists(best->file)) {
+  if (best == nullptr || !(best->elsewhere || fileExists(best->file))) {
     result.file = file.string();
     jet::Transaction transaction(recorder_.parts().main);
     rows_.setAside(result.file);
@@ -297,7 +297,7 @@ std::string MonitorImport::deleteComplete(const std::filesystem::path& file, con
   recorder_.parts().main.makeDurable();
   const std::error_code error = platform::removeDurably(file);
   if (error && error != std::errc::no_such_file_or_directory) return cannot("delete", file, error);
-  if (fileExists(progress.file)) return {};
+  if (progress.elsewhere || fileExists(progress.file)) return {};
   rows_.forget(progress.file);
   // Named for a record that could be stored after all.
   if (progress.refused.bytes == 0 && !progress.refused.file.empty()) rows_.forget(progress.refused.file);

@@ -27,17 +27,35 @@ struct FileProgress {
   bool stoppedByOperator = false;  // left for importFile, not resumed by itself
   KeptFile refused = {};           // records that could not be stored
   KeptFile rest = {};              // what follows the last whole record
+  bool elsewhere = false;          // a file of another machine, whose name is before the path; kept files not told
 
   // True when calls were stored: the bytes read are more than the refused ones.
   [[nodiscard]] bool hasStoredCalls() const { return bytes > refused.bytes + refused.earlier; }
+};
+
+// Names of files as rows keep them. Machines that share a database on a server may well have monitor folders of the
+// same path: there a path has the name of its machine before it ("desk7:/srv/monitor/monitor.data.bk").
+class StoredFileNames {
+ public:
+  explicit StoredFileNames(const jet::Database& main);
+
+  [[nodiscard]] std::string stored(std::string_view file) const;
+  [[nodiscard]] std::string shown(std::string_view stored) const;
+  // Also under the path alone, as a row has it that came from a folder.
+  [[nodiscard]] bool areEqual(std::string_view stored, std::string_view file) const;
+  [[nodiscard]] bool isElsewhere(std::string_view stored) const;
+
+ private:
+  std::string machine_;  // with a colon; empty where one machine has the database to itself
 };
 
 // Tables `ImportProgress`, one row a file, and `ImportKept`, one row a kept file. Written in the transaction that
 // writes the rows of the calls that they count. All calls throw jet::Error.
 class ImportProgress {
  public:
-  explicit ImportProgress(jet::Database& main) : main_(main) {}
+  explicit ImportProgress(jet::Database& main) : main_(main), names_(main) {}
 
+  // Of all machines.
   [[nodiscard]] std::vector<FileProgress> all();
   // Adds the row or replaces the one of that file.
   void store(const FileProgress& progress);
@@ -49,6 +67,7 @@ class ImportProgress {
 
  private:
   jet::Database& main_;
+  StoredFileNames names_;
 };
 
 }  // namespace ingest

@@ -248,6 +248,57 @@ TEST_F(ImportTest, AnInterruptedImportIsResumedWithoutLosingOrDoublingACall) {
   EXPECT_EQ(progressRows(), "0");
 }
 
+// Machines that share a database on a server may have monitor folders of the same path.
+TEST_F(ImportTest, AnotherMachinesFileOfTheSamePathIsLeftAlone) {
+  if (!files.folder.onServer()) GTEST_SKIP() << "about a server";
+  const std::string backup = files.monitorFile("monitor.data.bk").string();
+  const auto stoppedAfter = [&](int calls) {
+    int asked = 0;
+    EXPECT_EQ(run({.shouldStop = [&asked, calls] { return ++asked > calls; }}).imported, calls);
+  };
+  const auto standUnder = [&](const std::string& name) {
+    const auto rows = copy.main->openRecordset("SELECT * FROM ImportProgress");
+    rows->edit();
+    rows->set("File", name);
+    rows->update();
+  };
+  files.writeMonitorFile(sampleRecords(30));
+  stoppedAfter(3);
+  const std::string ownName = copy.value("select File from ImportProgress");
+  EXPECT_NE(ownName, backup) << "the machine's name is missing";
+  // From here on that was another machine's work.
+  standUnder("elsewhere:" + backup);
+  const std::string theirs = bytesOf(backup);
+  std::filesystem::remove(backup);
+
+  files.writeMonitorFile(sampleRecords(40, 100));
+  stoppedAfter(5);
+  EXPECT_EQ(progressRows(), "2");
+  EXPECT_EQ(MonitorImport(copy.recorder).resumeStoppedImports().imported, 35);
+  EXPECT_EQ(copy.value("select File from ImportProgress"), "elsewhere:" + backup);
+  // And that machine goes on where it was.
+  standUnder(ownName);
+  files.writeMonitorFile(theirs, "monitor.data.bk");
+  EXPECT_EQ(MonitorImport(copy.recorder).resumeStoppedImports().imported, 27);
+  EXPECT_EQ(copy.callCount(), 70);
+  EXPECT_EQ(progressRows(), "0");
+}
+
+// Its file is brought here when it is broken, and read to its end; should it come back, nothing is left for it to do.
+TEST_F(ImportTest, AFileOfAnotherMachineGoesOnInItsRow) {
+  if (!files.folder.onServer()) GTEST_SKIP() << "about a server";
+  files.writeMonitorFile(sampleRecords(30));
+  int asked = 0;
+  run({.shouldStop = [&asked] { return ++asked > 3; }});
+  copy.main->execute("update ImportProgress set File = 'elsewhere:/srv/monitor/monitor.data.bk'");
+  const auto brought = files.folder / "brought.data";
+  std::filesystem::rename(files.monitorFile("monitor.data.bk"), brought);
+  EXPECT_EQ(importFile(brought).imported, 27);
+  EXPECT_EQ(importFile(brought).outcome, Outcome::AlreadyComplete);
+  EXPECT_EQ(copy.value("select File from ImportProgress"), "elsewhere:/srv/monitor/monitor.data.bk");
+  EXPECT_EQ(copy.value("select Records from ImportProgress"), "30");
+}
+
 TEST_F(ImportTest, TheProgressWindowCanStopTheImport) {
   files.writeMonitorFile(sampleRecords(30));
   copy.person.stopAt = 20;

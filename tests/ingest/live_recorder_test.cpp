@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ingest/import.h"
 #include "support/exchange.h"
 
 namespace ingest {
@@ -48,6 +49,40 @@ TEST_F(LiveRecorderTest, DefinitionsThatAnotherCopyChangedCountForTheNextCall) {
   other.parties.save(*other.main);
   record(support::sampleRecords(1));
   EXPECT_EQ(copy.value("SELECT Department FROM Calls"), "Research");
+}
+
+// What another copy committed a moment before counts for a live record and for a batch of an import, although what a
+// call is given comes from memory.
+TEST_F(LiveRecorderTest, WhateverAnotherCopyChangedCountsForTheNextCall) {
+  struct Case {
+    const char* database;
+    const char* change;
+    const char* column;
+    const char* expected;
+  };
+  constexpr Case kCases[] = {
+      {schema::kPhonebookFile, "update Bucharest set Lastname = 'Nou'", "Name", "Nou Ion"},
+      {schema::kPhonebookFile, "update Bucharest set Lastname = 'Pop'", "Name", "Pop Ion"},
+      {schema::kMainFile, "insert into Contacts (RecordID, Contact, Tel_String) values (7, 'Zoe', '0040213456789')",
+       "Name", "Zoe"},
+      {schema::kMainFile, "update Contacts set Contact = 'Zoe Ene' where RecordID = 7", "Name", "Zoe Ene"},
+      {schema::kMainFile, "delete from Contacts where RecordID = 7", "Name", "Pop Ion"},
+      {schema::kTariffFile, "update charges set charge_value = 0.30", "Price", "0.6"},
+      {schema::kTariffFile, "update charges set charge_value = 0.10", "Price", "0.2"},
+  };
+  for (const bool imported : {false, true}) {
+    for (const Case& c : kCases) {
+      jet::openDatabase(files.folder / c.database, jet::OpenMode::ReadWrite)->execute(c.change);
+      if (imported) {
+        files.writeMonitorFile(support::sampleRecords(1));
+        ASSERT_EQ(MonitorImport(copy.recorder).run().imported, 1) << c.change;
+      } else {
+        ASSERT_EQ(record(support::sampleRecords(1)), 1) << c.change;
+      }
+      const std::string last = std::string("SELECT TOP 1 ") + c.column + " FROM Calls ORDER BY RecordID DESC";
+      EXPECT_EQ(copy.value(last), c.expected) << c.change << (imported ? ", imported" : ", live");
+    }
+  }
 }
 
 }  // namespace
