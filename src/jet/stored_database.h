@@ -31,7 +31,7 @@ std::string describeDatabase(const std::filesystem::path& place);
 // Of a database that nobody has open; what cannot be removed stays.
 void removeDatabase(const std::filesystem::path& place) noexcept;
 
-// For places on one server. All throw Error 3051 with the server's own text.
+// For places on one server. All throw Error 3051, or 3151 when it cannot be reached, with the server's own text.
 // Connects; the version of the server. Throws also for an address that is none, or has a password in it.
 std::string askServer(std::string_view place);
 // New names for databases that nobody has open: all of them or none. `from` and `to` differ in their names alone.

@@ -47,7 +47,7 @@ class DatabasePlace {
   [[nodiscard]] bool onServer() const;
   // For setting "PathDatabase".
   [[nodiscard]] const std::string& setting() const { return prefix_; }
-  // Connects to the server; its version. Throws 3051, which says what is wrong with the address or the server.
+  // Connects to the server; its version. Throws 3051 or 3151, which say what is wrong with the address or the server.
   std::string askServer() const;
 
   [[nodiscard]] bool exists(Which which) const;

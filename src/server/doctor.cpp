@@ -52,12 +52,13 @@ class Examination {
       return std::move(findings_);
     }
     const auto databases = schema::DatabasePlace::ofSetting(data);
+    bool reached = true;
     if (databases.onServer()) {
-      checkServer(databases);
+      reached = checkServer(databases);
     } else {
       checkDataFolder(base::systemPath(data));
     }
-    examineDatabases(databases, patient_.clock.now(), findings_);
+    if (reached) examineDatabases(databases, patient_.clock.now(), findings_);
     checkMonitor();
     checkLiveSocket();
     checkOutput();
@@ -126,12 +127,15 @@ class Examination {
     if (faults == 0) good("settings", "those of the machine are of the right type and in range");
   }
 
-  void checkServer(const schema::DatabasePlace& databases) {
+  // False when nothing can be said of the databases.
+  bool checkServer(const schema::DatabasePlace& databases) {
     try {
       good("database server", base::format("PostgreSQL %s answers", databases.askServer()), databases.describe());
+      return true;
     } catch (const jet::Error& error) {
       wrong("database server", "it cannot be reached, or refuses", error.description(),
             "Is it running, and may this user and machine connect (pg_hba.conf, the password file ~/.pgpass)?");
+      return false;
     }
   }
 

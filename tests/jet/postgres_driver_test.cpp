@@ -302,6 +302,33 @@ TEST_F(PostgresTest, ProcessesTakeTurns) {
   }
 }
 
+// Each says what is wrong and what to do about it.
+TEST_F(PostgresTest, WhatCannotBeOpenedIsExplained) {
+  const std::string server = place_.address().substr(0, place_.address().rfind('/'));
+  const std::string host = server.substr(server.find('@'));
+  const struct {
+    std::string address;
+    int number;
+    const char* advice;
+  } cases[] = {
+      {"postgresql://tallybook@%2Fnowhere/tallybook", Error::kConnectionLost, "Check that it runs"},
+      {"postgresql://tallybook@no.such.host.invalid/tallybook", Error::kConnectionLost, "Check the server's name"},
+      {server + "/nothing", 3051, "(createdb)"},
+      {"postgresql://nobody_of_that_name" + host + "/tallybook", 3051, "(createuser)"},
+      {place_.address() + "?sslmode=require&host=localhost&port=1", Error::kConnectionLost, "Check that it runs"},
+      {place_.address() + "?foo=1", 3051, "cannot be read"},
+  };
+  for (const auto& each : cases) {
+    try {
+      openDatabase(each.address + "/test.mdb", OpenMode::ReadWrite);
+      ADD_FAILURE() << each.address << " was opened";
+    } catch (const Error& error) {
+      EXPECT_EQ(error.number(), each.number) << error.what();
+      EXPECT_NE(error.description().find(each.advice), std::string::npos) << error.what();
+    }
+  }
+}
+
 }  // namespace
 
 }  // namespace jet::test

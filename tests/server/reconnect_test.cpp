@@ -2,39 +2,27 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <random>
 
 #include "ingest/live_recorder.h"
 #include "installation.h"
 #include "server/reconnection.h"
-#include "support/cutting_proxy.h"
+#include "support/server_proxy.h"
 
 namespace server {
 namespace {
 
 using support::sampleCall;
 
-// The folder of the test server's socket, from "postgresql://user@%2Ffolder/database/".
-std::string socketFolder(const std::string& address) {
-  std::string folder = address.substr(address.find('@') + 1);
-  folder.resize(folder.find('/'));
-  for (std::size_t at = folder.find("%2F"); at != std::string::npos; at = folder.find("%2F"))
-    folder.replace(at, 3, "/");
-  return folder;
-}
-
 // A workstation that reaches the server through a proxy.
 class LostConnection : public testing::Test {
  protected:
   void SetUp() override {
     if (!place.files.folder.onServer()) GTEST_SKIP() << "about a server";
-    const std::string setting = place.files.folder.setting();
-    const std::string real = socketFolder(setting);
-    const std::string own = (place.files.folder / "p").string();
-    std::filesystem::create_directory(own);
-    proxy = std::make_unique<support::CuttingProxy>(own + "/.s.PGSQL.5432", real + "/.s.PGSQL.5432");
+    proxy.emplace(place.files.folder / "", place.files.folder.setting());
     foundation::MachineStore machine(place.machineStore());
-    machine.writeString("general", "PathDatabase", throughProxy(setting, own));
+    machine.writeString("general", "PathDatabase", proxy->setting());
     copy = std::make_unique<Copy>(place);
     ASSERT_TRUE(copy->start());
   }
@@ -43,15 +31,8 @@ class LostConnection : public testing::Test {
     proxy.reset();
   }
 
-  static std::string throughProxy(const std::string& setting, const std::string& folder) {
-    std::string host;
-    for (const char c : folder) host += c == '/' ? "%2F" : std::string(1, c);
-    const std::size_t begin = setting.find('@') + 1;
-    return setting.substr(0, begin) + host + setting.substr(setting.find('/', begin));
-  }
-
   void reconnect() {
-    proxy->heal();
+    (*proxy)->heal();
     while (!copy->document.reconnect()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
 
@@ -64,7 +45,7 @@ class LostConnection : public testing::Test {
   }
 
   Installation place;
-  std::unique_ptr<support::CuttingProxy> proxy;
+  std::optional<support::ServerProxy> proxy;
   std::unique_ptr<Copy> copy;
 };
 
@@ -79,14 +60,14 @@ TEST_F(LostConnection, NoLiveCallIsLostOrStoredTwice) {
     call.pulses = i;
     const std::string record = exchange::encodeRecord(call, true, 1252);
     const std::span sent(reinterpret_cast<const unsigned char*>(record.data()), record.size());
-    proxy->cutAfter(bytes(random));
+    (*proxy)->cutAfter(bytes(random));
     while (copy->document.smdr().liveRecorder().record(sent) == 0) {
-      ASSERT_TRUE(proxy->isCut()) << copy->document.smdr().liveRecorder().refusal();
+      ASSERT_TRUE((*proxy)->isCut()) << copy->document.smdr().liveRecorder().refusal();
       ++losses;
       EXPECT_EQ(copy->document.smdr().liveRecorder().record(sent), 0) << "while the connection is lost";
       reconnect();
       // The second attempt is cut as well, now and then.
-      if (losses % 3 == 0) proxy->cutAfter(bytes(random));
+      if (losses % 3 == 0) (*proxy)->cutAfter(bytes(random));
     }
     reconnect();
   }
@@ -104,9 +85,9 @@ TEST_F(LostConnection, AnImportGoesOnWhereItWas) {
   do {
     // A copy that comes back reads its definitions anew: it must get that far, too.
     constexpr long kMoreEachTime = 30000;
-    proxy->cutAfter(bytes(random) + losses * kMoreEachTime);
+    (*proxy)->cutAfter(bytes(random) + losses * kMoreEachTime);
     result = copy->document.smdr().catchUp({.recordsPerBatch = 20});
-    losses += proxy->isCut() ? 1 : 0;
+    losses += (*proxy)->isCut() ? 1 : 0;
     reconnect();
   } while (result.outcome == ingest::ImportResult::Outcome::Failed);
   EXPECT_GT(losses, 0);
@@ -117,12 +98,12 @@ TEST_F(LostConnection, IsSaidOnceAndMended) {
   Messages said;
   Reconnection reconnection(copy->document, [&](base::Priority, const std::string& text) { said.push_back(text); });
   EXPECT_TRUE(reconnection.ready());
-  proxy->cutAfter(0);
+  (*proxy)->cutAfter(0);
   EXPECT_THROW(copy->document.database().execute("update Config set Int_Value = 1 where Path = 'x'"), jet::Error);
   EXPECT_FALSE(reconnection.ready());
   EXPECT_FALSE(reconnection.ready());
   EXPECT_EQ(said, Messages{"IDS_CONNECTION_LOST"});
-  proxy->heal();
+  (*proxy)->heal();
   while (!reconnection.ready()) std::this_thread::sleep_until(reconnection.nextTry());
   EXPECT_EQ(said, (Messages{"IDS_CONNECTION_LOST", "IDS_CONNECTION_BACK"}));
   EXPECT_TRUE(reconnection.takeBack());

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -17,7 +18,7 @@
 namespace support {
 
 // A Unix socket that leads to another one, until it is told to cut all connections behind some bytes more, in either
-// direction. Then it takes no new ones before it is healed.
+// direction. Then it takes no new ones before it is healed. Or nothing arrives for a while, and nobody is told.
 class CuttingProxy {
  public:
   CuttingProxy(const std::string& own, std::string target) : target_(std::move(target)) {
@@ -38,7 +39,11 @@ class CuttingProxy {
   }
 
   void cutAfter(long bytes) { left_ = bytes; }
-  void heal() { left_ = kNoCut; }
+  void hold() { held_ = true; }
+  void heal() {
+    left_ = kNoCut;
+    held_ = false;
+  }
   [[nodiscard]] bool isCut() const { return left_ == 0; }
 
  private:
@@ -57,13 +62,17 @@ class CuttingProxy {
   }
 
   void run() {
+    constexpr int kLook = 5;  // milliseconds
     while (!ends_) {
+      if (held_) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(kLook));
+        continue;
+      }
       std::vector<pollfd> wait = {{listener_, POLLIN, 0}};
       for (const Pair& pair : pairs_) {
         wait.push_back({pair.client, POLLIN, 0});
         wait.push_back({pair.server, POLLIN, 0});
       }
-      constexpr int kLook = 5;  // milliseconds
       poll(wait.data(), wait.size(), kLook);
       const std::size_t known = pairs_.size();
       std::vector<std::size_t> over;
@@ -123,6 +132,7 @@ class CuttingProxy {
   std::vector<Pair> pairs_;
   bool cutting_ = false;
   std::atomic<long> left_{kNoCut};
+  std::atomic<bool> held_{false};
   std::atomic<bool> ends_{false};
   std::thread thread_;
 };

@@ -12,6 +12,10 @@
 
 #include "temporary_folder.h"
 
+// At the begin of a test that makes no sense when the databases of `place` are on a server.
+#define SKIP_ON_SERVER(place) \
+  if ((place).onServer()) GTEST_SKIP() << "about files"
+
 namespace support {
 
 // Another program on the test's server: plain statements, several in one text.
@@ -38,6 +42,23 @@ class OtherProgram {
  private:
   PGconn* connection_;
 };
+
+// The folder of a server's socket, from an address such as "postgresql://user@%2Ffolder/database/".
+inline std::string socketFolder(const std::string& address) {
+  std::string folder = address.substr(address.find('@') + 1);
+  folder.resize(folder.find('/'));
+  for (std::size_t at = folder.find("%2F"); at != std::string::npos; at = folder.find("%2F"))
+    folder.replace(at, 3, "/");
+  return folder;
+}
+
+// The same address by the socket in another folder.
+inline std::string throughSocket(const std::string& address, const std::string& folder) {
+  std::string host;
+  for (const char c : folder) host += c == '/' ? "%2F" : std::string(1, c);
+  const std::size_t begin = address.find('@') + 1;
+  return address.substr(0, begin) + host + address.substr(address.find('/', begin));
+}
 
 // Where a test's databases are, gone with the object: files in a folder of its own or, when TALLYBOOK_TEST_POSTGRES is
 // the address of a server ("postgresql://user@host/database/"), schemas there that begin with a name of its own.

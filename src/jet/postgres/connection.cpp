@@ -20,19 +20,6 @@ constexpr std::chrono::milliseconds kWatchStep{4};
 // Names of statements that are dropped in one go.
 constexpr std::size_t kManyDropped = 50;
 
-// What a connection is told at its start. A dead network is noticed within half a minute; what the address says holds
-// before it, what the driver relies on behind.
-constexpr std::array kDefaults{
-    std::pair{"connect_timeout", "10"},     std::pair{"keepalives_idle", "10"},
-    std::pair{"keepalives_interval", "5"},  std::pair{"keepalives_count", "3"},
-    std::pair{"tcp_user_timeout", "25000"}, std::pair{"fallback_application_name", "tallybook"}};
-
-std::string trimmed(const char* message) {
-  std::string text = message != nullptr ? message : "";
-  while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
-  return text;
-}
-
 bool isLoss(std::string_view state) {
   return state.starts_with("08") || state == "57P01" || state == "57P02" || state == "57P03" || state == "57P05";
 }
@@ -40,24 +27,35 @@ bool isLoss(std::string_view state) {
 }  // namespace
 
 Connection::Connection(const Address& address, OpenMode mode)
-    : address_(address), place_(address.describe()), readOnly_(mode == OpenMode::ReadOnly) {
+    : address_(address),
+      place_(address.describe()),
+      readOnly_(mode == OpenMode::ReadOnly),
+      handle_(connectTo(address)) {
+  configure();
+}
+
+bool Connection::reconnect() {
+  constexpr std::chrono::milliseconds kMoment{100};
+  if (!attempt_) attempt_.emplace(address_);
   try {
-    connect(mode);
-    configure(mode);
-  } catch (...) {
-    PQfinish(handle_);
+    Handle handle;
+    if (!attempt_->endsWithin(kMoment, handle)) return false;
+    attempt_.reset();
+    forgetLost();
+    handle_ = std::move(handle);
+    configure();
+    return true;
+  } catch (const Error& error) {
+    attempt_.reset();
+    lost_ = true;
+    if (error.connectionLost()) return false;
     throw;
   }
 }
 
-Connection::~Connection() {
-  PQfinish(handle_);
-}
-
-bool Connection::reconnect() {
+// What the lost connection knew, and what was on its way.
+void Connection::forgetLost() {
   forgetBulk();
-  PQfinish(handle_);
-  handle_ = nullptr;
   lost_ = guarded_ = running_ = copying_ = false;
   reader_ = nullptr;
   statement_ = nullptr;
@@ -65,59 +63,25 @@ bool Connection::reconnect() {
   earlier_.clear();
   dropped_.clear();
   ++number_;
-  const OpenMode mode = readOnly_ ? OpenMode::ReadOnly : OpenMode::ReadWrite;
-  try {
-    connect(mode);
-    configure(mode);
-    return true;
-  } catch (const Error& error) {
-    lost_ = true;
-    if (error.connectionLost()) return false;
-    throw;
-  }
 }
 
-void Connection::connect(OpenMode) {
-  std::vector<const char*> names;
-  std::vector<const char*> values;
-  const auto add = [&](const char* name, const char* value) {
-    names.push_back(name);
-    values.push_back(value);
-  };
-  for (const auto& [name, value] : kDefaults) add(name, value);
-  add("dbname", address_.uri().c_str());
-  add("client_encoding", "UTF8");
-  add(nullptr, nullptr);
-  handle_ = PQconnectdbParams(names.data(), values.data(), 1);
-  if (PQstatus(handle_) == CONNECTION_OK) return;
-  const std::string reason = trimmed(PQerrorMessage(handle_));
-  // A server that answers has refused: waiting for it will not help.
-  const PGPing ping = PQpingParams(names.data(), values.data(), 1);
-  if (ping == PQPING_OK || ping == PQPING_NO_ATTEMPT) {
-    throw Error(3051,
-                place_ + " cannot be opened. Check the address, the user and his password file (" + reason + ").");
-  }
-  throw Error(Error::kConnectionLost, "The server of " + place_ + " cannot be reached (" + reason + ").");
-}
-
-void Connection::configure(OpenMode mode) {
+void Connection::configure() {
   PQsetNoticeProcessor(
-      handle_, [](void*, const char*) {}, nullptr);
-  PQsetnonblocking(handle_, 1);
+      handle(), [](void*, const char*) {}, nullptr);
+  PQsetnonblocking(handle(), 1);
   Parameters schema;
   schema.addText(quotedName(address_.schema()));
   // Compiling a statement pays for reports over hours only, and holds every list up. Memory for the sums of 100,000
   // numbers that were dialled.
   run({"SET lock_timeout = '10s'", "SET DateStyle = 'ISO, YMD'", "SET jit = off", "SET client_min_messages = 'error'",
        "SET statement_timeout = 0", "SET work_mem = '32MB'",
-       mode == OpenMode::ReadOnly ? "SET default_transaction_read_only = on"
-                                  : "SET default_transaction_read_only = off",
+       readOnly_ ? "SET default_transaction_read_only = on" : "SET default_transaction_read_only = off",
        "SELECT set_config('search_path', $1, false)"},
       schema);
 }
 
 void Connection::requireAlive(std::string_view text) {
-  if (lost_ || PQstatus(handle_) == CONNECTION_BAD) failLost(text);
+  if (lost_ || PQstatus(handle()) == CONNECTION_BAD) failLost(text);
 }
 
 void Connection::failLost(std::string_view text) {
@@ -126,7 +90,7 @@ void Connection::failLost(std::string_view text) {
   copying_ = false;
   reader_ = nullptr;
   fault_.reset();
-  const std::string reason = trimmed(PQerrorMessage(handle_));
+  const std::string reason = oneLine(PQerrorMessage(handle()));
   throw Error(
       Error::kConnectionLost,
       "Connection to the database " + place_ + " lost" + (reason.empty() ? std::string(".") : " (" + reason + ")."),
@@ -137,8 +101,8 @@ void Connection::fail(const PGresult* result, std::string_view text) {
   const std::string statement(text);
   const char* const field = PQresultErrorField(result, PG_DIAG_SQLSTATE);
   const std::string_view state = field != nullptr ? field : "";
-  const std::string reason = trimmed(PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY));
-  if (isLoss(state) || PQstatus(handle_) == CONNECTION_BAD) failLost(text);
+  const std::string reason = oneLine(PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY));
+  if (isLoss(state) || PQstatus(handle()) == CONNECTION_BAD) failLost(text);
   if (state == "23505") throw engine::duplicateKeyFault(place_, reason, statement);
   if (state == "55P03" || state == "40P01" || state == "40001") throw engine::lockedFault(place_, statement);
   if (state == "57014" && canceled_) throw engine::canceledFault(statement);
@@ -157,13 +121,13 @@ void Connection::fail(const PGresult* result, std::string_view text) {
 // PQsend...: 1 when the statement is on its way.
 void Connection::sent(int answer) {
   if (answer == 1) return;
-  if (PQstatus(handle_) == CONNECTION_BAD) failLost(text_);
-  throw Error(3000, place_ + ": " + trimmed(PQerrorMessage(handle_)), text_);
+  if (PQstatus(handle()) == CONNECTION_BAD) failLost(text_);
+  throw Error(3000, place_ + ": " + oneLine(PQerrorMessage(handle())), text_);
 }
 
 void Connection::send(std::string_view sql, const Parameters& parameters) {
   constexpr int kBinary = 1;
-  sent(PQsendQueryParams(handle_, std::string(sql).c_str(), parameters.count(), nullptr, parameters.values(), nullptr,
+  sent(PQsendQueryParams(handle(), std::string(sql).c_str(), parameters.count(), nullptr, parameters.values(), nullptr,
                          nullptr, kBinary));
 }
 
@@ -174,10 +138,10 @@ void Connection::sendPrepared(Prepared& statement, const Parameters& parameters)
   if (told_) {
     statement.name = "s" + std::to_string(++lastName_);
     statement.connection = number_;
-    sent(PQsendPrepare(handle_, statement.name.c_str(), statement.sql.c_str(), 0, nullptr));
+    sent(PQsendPrepare(handle(), statement.name.c_str(), statement.sql.c_str(), 0, nullptr));
     ++answersBefore_;
   }
-  sent(PQsendQueryPrepared(handle_, statement.name.c_str(), parameters.count(), parameters.values(), nullptr, nullptr,
+  sent(PQsendQueryPrepared(handle(), statement.name.c_str(), parameters.count(), parameters.values(), nullptr, nullptr,
                            kBinary));
 }
 
@@ -188,7 +152,7 @@ void Connection::beginRun(std::string_view text) {
   text_ = text;
   canceled_ = false;
   lastWatch_ = std::chrono::steady_clock::now();
-  mayCancel_ = guarded_ || PQtransactionStatus(handle_) == PQTRANS_IDLE;
+  mayCancel_ = guarded_ || PQtransactionStatus(handle()) == PQTRANS_IDLE;
 }
 
 void Connection::beginPipeline() {
@@ -199,7 +163,7 @@ void Connection::beginPipeline() {
   reached_ = false;
   earlier_.clear();
   guardSet_ = guarded_;
-  PQenterPipelineMode(handle_);
+  PQenterPipelineMode(handle());
   if (guardSet_) {
     send("SAVEPOINT jet_guard", {});
     ++answersBefore_;
@@ -217,7 +181,7 @@ Result Connection::run(std::initializer_list<std::string_view> statements, const
     if (!last) ++answersBefore_;
   }
   if (guardSet_) send("RELEASE jet_guard", {});
-  sent(PQpipelineSync(handle_));
+  sent(PQpipelineSync(handle()));
   Result result = next();
   while (result && next()) {
   }
@@ -235,7 +199,7 @@ void Connection::start(Prepared& statement, const Parameters& parameters, std::s
   }
   sendPrepared(statement, parameters);
   if (guardSet_) send("RELEASE jet_guard", {});
-  sent(PQpipelineSync(handle_));
+  sent(PQpipelineSync(handle()));
   reader_ = reader;
 }
 
@@ -245,7 +209,7 @@ Result Connection::next() {
     while (Result before = answer()) earlier_.push_back(std::move(before));
   }
   if (!fault_) {
-    if (!reached_ && rowByRow_) PQsetSingleRowMode(handle_);
+    if (!reached_ && rowByRow_) PQsetSingleRowMode(handle());
     reached_ = true;
     Result result = answer();
     if (result && !fault_) return result;
@@ -257,10 +221,10 @@ Result Connection::next() {
 
 Result Connection::answer() {
   waitForServer();
-  Result result(PQgetResult(handle_));
+  Result result(PQgetResult(handle()));
   const ExecStatusType status = result ? PQresultStatus(result.get()) : PGRES_EMPTY_QUERY;
   if (status == PGRES_FATAL_ERROR && !fault_) fault_ = std::move(result);
-  if (!result && PQstatus(handle_) == CONNECTION_BAD) failLost(text_);
+  if (!result && PQstatus(handle()) == CONNECTION_BAD) failLost(text_);
   return result;
 }
 
@@ -270,8 +234,8 @@ void Connection::readToEnd() {
     const Result result = answer();
     atEnd = result && PQresultStatus(result.get()) == PGRES_PIPELINE_SYNC;
   }
-  const Result none(PQgetResult(handle_));
-  PQexitPipelineMode(handle_);
+  const Result none(PQgetResult(handle()));
+  PQexitPipelineMode(handle());
   running_ = false;
   reader_ = nullptr;
 }
@@ -280,7 +244,7 @@ void Connection::throwFault() {
   if (!fault_) return;
   const Result fault = std::move(fault_);
   if (statement_ != nullptr && told_ && !reached_) statement_->name.clear();
-  const bool undo = guardSet_ && PQtransactionStatus(handle_) == PQTRANS_INERROR;
+  const bool undo = guardSet_ && PQtransactionStatus(handle()) == PQTRANS_INERROR;
   const bool canceled = canceled_;
   const std::string text = text_;
   if (undo) {
@@ -321,7 +285,7 @@ void Connection::startCopy(const std::string& statement, Reader* reader) {
   beginRun({});
   // A COPY has no guard that it could be undone to.
   mayCancel_ = mayCancel_ && !guarded_;
-  sent(PQsendQuery(handle_, statement.c_str()));
+  sent(PQsendQuery(handle(), statement.c_str()));
   const Result result = answer();
   if (fault_) readCopyEnd();
   copying_ = true;
@@ -331,7 +295,7 @@ void Connection::startCopy(const std::string& statement, Reader* reader) {
 CopiedRow Connection::nextCopied() {
   while (copying_) {
     char* bytes = nullptr;
-    const int size = PQgetCopyData(handle_, &bytes, 1);
+    const int size = PQgetCopyData(handle(), &bytes, 1);
     if (size > 0) {
       callWatcher();
       return {bytes, size};
@@ -367,7 +331,7 @@ void Connection::beginCopy(const std::string& statement) {
   Bulk* const bulk = std::exchange(bulk_, nullptr);
   beginRun({});
   bulk_ = bulk;
-  sent(PQsendQuery(handle_, statement.c_str()));
+  sent(PQsendQuery(handle(), statement.c_str()));
   const Result result = answer();
   if (fault_) readCopyEnd();
 }
@@ -377,21 +341,21 @@ void Connection::putCopy(std::string_view bytes) {
   constexpr std::size_t kMost = 1 << 20;
   for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kMost))) {
     const int size = static_cast<int>(std::min(bytes.size(), kMost));
-    int put = PQputCopyData(handle_, bytes.data(), size);
-    for (; put == 0; put = PQputCopyData(handle_, bytes.data(), size)) waitToSend();
+    int put = PQputCopyData(handle(), bytes.data(), size);
+    for (; put == 0; put = PQputCopyData(handle(), bytes.data(), size)) waitToSend();
     if (put < 0) failLost({});
   }
-  if (PQflush(handle_) < 0) failLost({});
+  if (PQflush(handle()) < 0) failLost({});
 }
 
 void Connection::endCopy() {
-  while (PQputCopyEnd(handle_, nullptr) == 0) waitToSend();
+  while (PQputCopyEnd(handle(), nullptr) == 0) waitToSend();
   readCopyEnd();
 }
 
 void Connection::abandonCopy() noexcept {
   try {
-    while (PQputCopyEnd(handle_, "undone") == 0) waitToSend();
+    while (PQputCopyEnd(handle(), "undone") == 0) waitToSend();
     readCopyEnd();
   } catch (const Error&) {
     // It was to fail.
@@ -401,7 +365,7 @@ void Connection::abandonCopy() noexcept {
 void Connection::readCopyEnd() {
   while (true) {
     const Result result = answer();
-    if (!result && PQtransactionStatus(handle_) != PQTRANS_ACTIVE) break;
+    if (!result && PQtransactionStatus(handle()) != PQTRANS_ACTIVE) break;
   }
   if (!fault_) return;
   const Result fault = std::move(fault_);
@@ -409,9 +373,9 @@ void Connection::readCopyEnd() {
 }
 
 void Connection::waitToSend() {
-  if (PQflush(handle_) < 0) failLost({});
-  pollfd socket{.fd = PQsocket(handle_), .events = POLLIN | POLLOUT, .revents = 0};
-  if (poll(&socket, 1, -1) > 0 && (socket.revents & POLLIN) != 0 && PQconsumeInput(handle_) == 0) failLost({});
+  if (PQflush(handle()) < 0) failLost({});
+  pollfd socket{.fd = PQsocket(handle()), .events = POLLIN | POLLOUT, .revents = 0};
+  if (poll(&socket, 1, -1) > 0 && (socket.revents & POLLIN) != 0 && PQconsumeInput(handle()) == 0) failLost({});
 }
 
 void Connection::settle() {
@@ -422,7 +386,7 @@ void Connection::settle() {
   } else if (running_ || copying_) {
     finishRun();
   }
-  if (dropped_.size() < kManyDropped || guarded_ || PQtransactionStatus(handle_) != PQTRANS_IDLE) return;
+  if (dropped_.size() < kManyDropped || guarded_ || PQtransactionStatus(handle()) != PQTRANS_IDLE) return;
   const std::vector<std::string> names = std::move(dropped_);
   dropped_.clear();
   for (const std::string& name : names) run({"DEALLOCATE " + name});
@@ -438,10 +402,10 @@ void Connection::drop(Prepared& statement) noexcept {
 bool Connection::hasNotice() {
   if (running_ || copying_ || bulk_ != nullptr) return false;
   requireAlive({});
-  if (PQconsumeInput(handle_) == 0) failLost({});
+  if (PQconsumeInput(handle()) == 0) failLost({});
   bool any = false;
-  while (PGnotify* const notice = PQnotifies(handle_)) {
-    any = any || notice->be_pid != PQbackendPID(handle_);
+  while (PGnotify* const notice = PQnotifies(handle())) {
+    any = any || notice->be_pid != PQbackendPID(handle());
     PQfreemem(notice);
   }
   return any;
@@ -449,10 +413,10 @@ bool Connection::hasNotice() {
 
 void Connection::waitForServer() {
   while (true) {
-    const int unsent = PQflush(handle_);
+    const int unsent = PQflush(handle());
     callWatcher();
     if (unsent < 0) return;  // the next result tells
-    if (unsent == 0 && PQisBusy(handle_) == 0) return;
+    if (unsent == 0 && PQisBusy(handle()) == 0) return;
     if (!takeInput(unsent == 1)) return;
   }
 }
@@ -464,12 +428,12 @@ void Connection::waitForInput() {
 
 // False when there is nobody to wait for.
 bool Connection::takeInput(bool unsent) {
-  pollfd socket{.fd = PQsocket(handle_), .events = POLLIN, .revents = 0};
+  pollfd socket{.fd = PQsocket(handle()), .events = POLLIN, .revents = 0};
   if (unsent) socket.events |= POLLOUT;
   const int patience = watcher_ ? static_cast<int>(kWatchStep.count()) : -1;
   const int ready = poll(&socket, 1, patience);
   if (ready < 0) return errno == EINTR;
-  return ready == 0 || (socket.revents & ~POLLOUT) == 0 || PQconsumeInput(handle_) != 0;
+  return ready == 0 || (socket.revents & ~POLLOUT) == 0 || PQconsumeInput(handle()) != 0;
 }
 
 void Connection::callWatcher() {
@@ -482,7 +446,7 @@ void Connection::callWatcher() {
 
 void Connection::cancel() noexcept {
   canceled_ = true;
-  PGcancel* const request = PQgetCancel(handle_);
+  PGcancel* const request = PQgetCancel(handle());
   if (request == nullptr) return;
   std::array<char, 256> reason{};
   PQcancel(request, reason.data(), static_cast<int>(reason.size()));

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,6 +14,7 @@
 
 #include "jet/database.h"
 #include "jet/postgres/address.h"
+#include "jet/postgres/connect.h"
 #include "jet/postgres/parameters.h"
 
 namespace jet::postgres {
@@ -67,15 +69,16 @@ class Connection {
   Connection(const Address& address, OpenMode mode);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
-  ~Connection();
+  ~Connection() = default;
 
   [[nodiscard]] const Address& address() const { return address_; }
   [[nodiscard]] const std::string& describe() const { return place_; }
   [[nodiscard]] bool readOnly() const { return readOnly_; }
   [[nodiscard]] bool lost() const { return lost_; }
-  // After it was lost: connects anew; false while the server cannot be reached.
+  // After it was lost: connects anew. False while the server cannot be reached, or an attempt takes more than a moment;
+  // the next call then asks for its end.
   bool reconnect();
-  [[nodiscard]] PGconn* handle() const { return handle_; }
+  [[nodiscard]] PGconn* handle() const { return handle_.get(); }
 
   // Statements of one round trip, all or none of them outside of a transaction; the result is that of the last.
   Result run(std::initializer_list<std::string_view> statements) { return run(statements, {}); }
@@ -123,8 +126,8 @@ class Connection {
   [[noreturn]] void failLost(std::string_view text);
 
  private:
-  void connect(OpenMode mode);
-  void configure(OpenMode mode);
+  void configure();
+  void forgetLost();
   void requireAlive(std::string_view text);
   void send(std::string_view sql, const Parameters& parameters);
   void sendPrepared(Prepared& statement, const Parameters& parameters);
@@ -151,7 +154,8 @@ class Connection {
   bool readOnly_;
   bool lost_ = false;
   bool guarded_ = false;
-  PGconn* handle_ = nullptr;
+  Handle handle_;
+  std::optional<Attempt> attempt_;  // to connect anew, under way
 
   // Of what is on its way:
   bool running_ = false;

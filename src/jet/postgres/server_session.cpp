@@ -7,28 +7,14 @@ namespace jet::postgres {
 
 namespace {
 
-// The server's text is one or more lines with a word in front.
-std::string oneLine(const char* text) {
-  std::string line(text);
-  while (line.ends_with('\n')) line.pop_back();
-  for (char& c : line) {
-    if (c == '\n' || c == '\t') c = ' ';
-  }
-  return line;
-}
-
 struct ResultDeleter {
   void operator()(PGresult* result) const { PQclear(result); }
 };
 
 }  // namespace
 
-ServerSession::ServerSession(const Address& address) : description_(address.describe()) {
-  // What the address itself says goes before these. A host that does not answer would else be waited for for minutes.
-  const char* const keywords[] = {"connect_timeout", "fallback_application_name", "client_encoding", "dbname", nullptr};
-  const char* const values[] = {"10", "tallybook", "UTF8", address.uri().c_str(), nullptr};
-  connection_.reset(PQconnectdbParams(keywords, values, 1));
-  if (PQstatus(connection_.get()) != CONNECTION_OK) fail();
+ServerSession::ServerSession(const Address& address)
+    : description_(address.describe()), connection_(connectTo(address)) {
   run("SET client_min_messages = warning");
 }
 

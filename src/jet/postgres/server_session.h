@@ -1,18 +1,15 @@
 #pragma once
 
-#include <libpq-fe.h>
-
 #include <initializer_list>
-#include <memory>
 #include <optional>
 #include <string>
 
-#include "jet/postgres/address.h"
+#include "jet/postgres/connect.h"
 
 namespace jet::postgres {
 
 // A connection for a few plain statements about whole databases: no table of ours is read or written through it. Errors
-// are 3051, with the server's own text.
+// are those of connectTo(), and 3051 with the server's own text.
 class ServerSession {
  public:
   explicit ServerSession(const Address& address);
@@ -22,14 +19,10 @@ class ServerSession {
   [[nodiscard]] std::string quoted(const std::string& name) const;
 
  private:
-  struct Closer {
-    void operator()(PGconn* connection) const { PQfinish(connection); }
-  };
-
   [[noreturn]] void fail() const;
 
   std::string description_;
-  std::unique_ptr<PGconn, Closer> connection_;
+  Handle connection_;
 };
 
 }  // namespace jet::postgres
