@@ -4,6 +4,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include "base/printf.h"
 #include "jet/database.h"
@@ -57,13 +58,30 @@ int Census::stored(std::int32_t number) const {
   return at < counts_.size() ? counts_[at] : 0;
 }
 
+Exchange::Exchange(fs::path folder, std::string place)
+    : folder_(std::move(folder)), place_(std::move(place)), tallyctl_(folder_ / "machine.ini") {}
+
 Exchange::Exchange() : folder_(newFolder()), place_(placeOf(folder_)), tallyctl_(folder_ / "machine.ini") {
   tallyctl_.must({"init", onServer() ? place_ : data().string(), "--sample"});
   tallyctl_.must({"setting", "set", "LiveSocket", socket().string(), "--where", "machine"});
 }
 
+std::unique_ptr<Exchange> Exchange::secondWorkstation() const {
+  std::unique_ptr<Exchange> second(new Exchange(newFolder(), place_));
+  second->ownsDatabases_ = false;
+  fs::create_directory(second->monitor());
+  fs::copy_file(folder_ / "machine.ini", second->folder_ / "machine.ini");
+  for (const auto& [key, value] :
+       {std::pair{"LiveSocket", second->socket()}, {"PathMonitor", second->monitor() / ""}}) {
+    second->tallyctl_.must({"setting", "set", key, value.string(), "--where", "machine"});
+  }
+  return second;
+}
+
 Exchange::~Exchange() {
-  for (const schema::DatabaseKind& kind : schema::databaseKinds()) jet::removeDatabase(place_ + kind.name);
+  if (ownsDatabases_) {
+    for (const schema::DatabaseKind& kind : schema::databaseKinds()) jet::removeDatabase(place_ + kind.name);
+  }
   std::error_code ignored;  // a folder left behind is seen and harmless
   fs::remove_all(folder_, ignored);
 }

@@ -42,6 +42,9 @@ class Exchange {
   static bool onServer();
 
   Exchange();
+  // Another workstation of the same office: a machine store, a monitor's folder and a live channel of its own over the
+  // same databases, which must be on a server.
+  [[nodiscard]] std::unique_ptr<Exchange> secondWorkstation() const;
   Exchange(const Exchange&) = delete;
   Exchange& operator=(const Exchange&) = delete;
   ~Exchange();
@@ -68,8 +71,11 @@ class Exchange {
   [[nodiscard]] std::vector<std::string> loggedErrors() const;
 
  private:
+  Exchange(std::filesystem::path folder, std::string place);
+
   std::filesystem::path folder_;
   std::string place_;  // before the names of databases
+  bool ownsDatabases_ = true;
   Tallyctl tallyctl_;
 };
 

@@ -1,14 +1,13 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <thread>
 
 #include "base/printf.h"
 #include "checks.h"
 #include "jet/database.h"
+#include "journal.h"
 #include "load.h"
 #include "runs.h"
 #include "schema/schema.h"
@@ -20,7 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kImportEvery = 1;  // seconds
-constexpr std::chrono::seconds kPatience{30};
 
 void announce(const char* what) {
   std::cout << what << " ..." << std::endl;
@@ -28,20 +26,6 @@ void announce(const char* what) {
 
 bool contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
-}
-
-std::string journal(const Exchange& exchange) {
-  std::ifstream in(exchange.folder() / "serve.out");
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-bool waitForJournal(const Exchange& exchange, const std::string& part) {
-  const auto end = std::chrono::steady_clock::now() + kPatience;
-  while (std::chrono::steady_clock::now() < end) {
-    if (contains(journal(exchange), part)) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return false;
 }
 
 bool logSays(const Exchange& exchange, const std::string& part) {

@@ -15,7 +15,7 @@ bool runKills(int rounds) {
   constexpr int kRecordsPerFile = 3'000;
   const Exchange exchange;
   FileLoad files(exchange, kRecordsPerFile);
-  LiveLoad live(exchange, kMoreThanEnough, kSenders);
+  LiveLoad live({exchange.socket()}, kMoreThanEnough, kSenders);
   std::mt19937 random(20261124);
   std::uniform_int_distribution<int> delay(200, 2'000);  // milliseconds behind the start
   int duringImport = 0;

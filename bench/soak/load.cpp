@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include "base/printf.h"
 
@@ -35,9 +36,10 @@ bool Sender::send(std::int32_t number) {
   return client_.send(bytesOf(calls_.next(number))) != 0;
 }
 
-LiveLoad::LiveLoad(const Exchange& exchange, std::int64_t records, int senders)
-    : exchange_(exchange),
+LiveLoad::LiveLoad(std::vector<std::filesystem::path> sockets, std::int64_t records, int senders, Refused refused)
+    : sockets_(std::move(sockets)),
       records_(records),
+      refused_(refused),
       answers_(static_cast<std::size_t>(records) + 1, Answer::None),
       latencies_(static_cast<std::size_t>(senders)) {
   for (std::size_t i = 0; i < latencies_.size(); ++i) threads_.emplace_back([this, i] { send(i, 100 + i); });
@@ -55,10 +57,11 @@ void LiveLoad::join() {
 }
 
 void LiveLoad::send(std::size_t sender, std::uint64_t seed) {
+  const std::filesystem::path& socket = sockets_[sender % sockets_.size()];
   NumberedCalls calls(records_, kDays, seed);
   std::unique_ptr<platform::LiveChannelClient> client;
   while (!stopped_) {
-    if (!client) client = tryConnect(exchange_.socket());
+    if (!client) client = tryConnect(socket);
     if (!client) {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
       continue;
@@ -70,14 +73,28 @@ void LiveLoad::send(std::size_t sender, std::uint64_t seed) {
     }
     const std::string record = calls.next(static_cast<std::int32_t>(number));
     Answer& answer = answers_[static_cast<std::size_t>(number)];
-    const auto start = Clock::now();
     try {
-      answer = client->send(bytesOf(record)) != 0 ? Answer::Recorded : Answer::Refused;
-      latencies_[sender].push_back(std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count());
+      answer = ask(*client, record, sender);
     } catch (const std::runtime_error&) {
       answer = Answer::Unknown;
       client.reset();
     }
+    if (answer == Answer::Recorded) ++recorded_;
+  }
+}
+
+// A call that was refused once, and is given up at the end of the load, may be stored all the same: its answer is as
+// unknown as that of one whose service went away.
+Answer LiveLoad::ask(platform::LiveChannelClient& client, const std::string& record, std::size_t sender) {
+  constexpr std::chrono::milliseconds kPause{20};
+  while (true) {
+    const auto start = Clock::now();
+    const bool taken = client.send(bytesOf(record)) != 0;
+    latencies_[sender].push_back(std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count());
+    if (taken) return Answer::Recorded;
+    if (refused_ == Refused::GivenUp) return Answer::Refused;
+    if (stopped_) return Answer::Unknown;
+    std::this_thread::sleep_for(kPause);
   }
 }
 
@@ -125,7 +142,7 @@ void FileLoad::drop() {
   NumberedCalls calls(recordsPerFile_, kDays, static_cast<std::uint64_t>(1000 + dropped_));
   std::string records;
   for (int i = 0; i < recordsPerFile_; ++i) {
-    records += calls.next(static_cast<std::int32_t>(kFirstNumber + dropped_ + i));
+    records += calls.next(static_cast<std::int32_t>(firstNumber_ + dropped_ + i));
   }
   if (exchange_.dropMonitorFile(records)) dropped_ += recordsPerFile_;
 }
@@ -133,7 +150,7 @@ void FileLoad::drop() {
 bool FileLoad::agreesWith(const Census& census) const {
   std::int64_t wrong = 0;
   for (std::int64_t i = 0; i < dropped_; ++i) {
-    const int stored = census.stored(static_cast<std::int32_t>(kFirstNumber + i));
+    const int stored = census.stored(static_cast<std::int32_t>(firstNumber_ + i));
     if (stored == 1) continue;
     if (++wrong <= 5) std::cout << base::format("WRONG: call %d of the files is stored %d times\n", i, stored);
   }

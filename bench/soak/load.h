@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -32,10 +34,16 @@ class Sender {
   platform::LiveChannelClient client_;
 };
 
-// Live calls from several senders at once, numbered from 1, each sent once.
+// Live calls from several senders at once, numbered from 1.
 class LiveLoad {
  public:
-  LiveLoad(const Exchange& exchange, std::int64_t records, int senders);
+  enum class Refused {
+    GivenUp,         // each call is sent once
+    SentUntilTaken,  // as a capture program does
+  };
+  // The senders take turns at the live channels.
+  LiveLoad(std::vector<std::filesystem::path> sockets, std::int64_t records, int senders,
+           Refused refused = Refused::GivenUp);
   LiveLoad(const LiveLoad&) = delete;
   LiveLoad& operator=(const LiveLoad&) = delete;
   ~LiveLoad();
@@ -46,6 +54,7 @@ class LiveLoad {
   void stop() { stopped_ = true; }
 
   [[nodiscard]] std::int64_t sent() const { return next_ - 1; }
+  [[nodiscard]] std::int64_t recorded() const { return recorded_; }
   [[nodiscard]] std::int64_t count(Answer answer) const;
   // After join: microseconds from sending to the answer, sorted.
   [[nodiscard]] std::vector<std::int64_t> latencies() const;
@@ -55,9 +64,12 @@ class LiveLoad {
 
  private:
   void send(std::size_t sender, std::uint64_t seed);
+  Answer ask(platform::LiveChannelClient& client, const std::string& record, std::size_t sender);
 
-  const Exchange& exchange_;
+  std::vector<std::filesystem::path> sockets_;
   std::int64_t records_;
+  Refused refused_;
+  std::atomic<std::int64_t> recorded_ = 0;
   std::atomic<std::int64_t> next_ = 1;
   std::atomic<bool> stopped_ = false;
   std::vector<Answer> answers_;  // by number
@@ -83,7 +95,8 @@ class FileLoad {
  public:
   static constexpr std::int32_t kFirstNumber = 10'000'000;
 
-  FileLoad(const Exchange& exchange, int recordsPerFile) : exchange_(exchange), recordsPerFile_(recordsPerFile) {}
+  FileLoad(const Exchange& exchange, int recordsPerFile, std::int32_t firstNumber = kFirstNumber)
+      : exchange_(exchange), recordsPerFile_(recordsPerFile), firstNumber_(firstNumber) {}
 
   // Leaves the next file unless the last one still waits.
   void drop();
@@ -94,6 +107,7 @@ class FileLoad {
  private:
   const Exchange& exchange_;
   int recordsPerFile_;
+  std::int32_t firstNumber_;
   std::int64_t dropped_ = 0;
 };
 

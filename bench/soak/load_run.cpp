@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <deque>
 #include <iostream>
+#include <iterator>
 
 #include "base/printf.h"
 #include "checks.h"
@@ -50,16 +53,17 @@ class MemoryCurve {
   std::vector<Sample> samples_;
 };
 
-// Lists folders as another user of the same database would: a connection and a login each time.
+// Lists folders as other users of the same database would: a connection and a login each time.
 class Lister {
  public:
   explicit Lister(const Exchange& exchange) : exchange_(exchange) {}
 
+  // From several threads.
   void list() {
     static constexpr const char* kFolders[] = {"100", "103", "112"};
-    const Outcome outcome = exchange_.tallyctl().run(
-        {"folder", "show", kFolders[static_cast<std::size_t>(lists_) % 3], "--limit", "50", "--format", "csv"});
-    ++lists_;
+    const auto folder = static_cast<std::size_t>(lists_++) % std::size(kFolders);
+    const Outcome outcome =
+        exchange_.tallyctl().run({"folder", "show", kFolders[folder], "--limit", "50", "--format", "csv"});
     if (outcome.status == 0) return;
     ++failures_;
     std::cout << "WRONG: a listing failed: " << outcome.output << std::endl;
@@ -69,40 +73,80 @@ class Lister {
 
  private:
   const Exchange& exchange_;
-  int lists_ = 0;
-  int failures_ = 0;
+  std::atomic<int> lists_ = 0;
+  std::atomic<int> failures_ = 0;
 };
+
+// A workstation with its service, the files that are left for it, and the service's memory.
+struct Workstation {
+  Workstation(const Exchange& place, const LoadPlan& plan, std::int32_t firstNumber)
+      : exchange(place), server(place.serve(plan.importEvery)), files(place, plan.recordsPerFile, firstNumber) {}
+
+  const Exchange& exchange;
+  std::unique_ptr<Server> server;
+  FileLoad files;
+  MemoryCurve memory;
+};
+
+// Repeaters that live as long as the calls are sent.
+std::vector<std::unique_ptr<Repeater>> startBesides(const LoadPlan& plan, const LiveLoad& live,
+                                                    std::deque<Workstation>& stations, Lister& lister) {
+  using namespace std::chrono_literals;
+  std::vector<std::unique_ptr<Repeater>> all;
+  for (Workstation& each : stations) {
+    all.push_back(std::make_unique<Repeater>(std::chrono::seconds(plan.importEvery), [&] { each.files.drop(); }));
+    all.push_back(std::make_unique<Repeater>(100ms, [&] { each.memory.sample(*each.server, live.sent()); }));
+  }
+  for (int i = 0; i < plan.readers; ++i) {
+    all.push_back(std::make_unique<Repeater>(1s, [&lister] { lister.list(); }));
+  }
+  return all;
+}
 
 }  // namespace
 
 bool runLoad(const LoadPlan& plan) {
   const Exchange exchange;
-  auto server = exchange.serve(plan.importEvery);
-  FileLoad files(exchange, plan.recordsPerFile);
+  const int services = plan.services > 0 ? plan.services : Exchange::onServer() ? 2 : 1;
+  std::vector<std::unique_ptr<Exchange>> others;
+  for (int i = 1; i < services; ++i) others.push_back(exchange.secondWorkstation());
+  std::deque<Workstation> stations;
+  std::vector<std::filesystem::path> sockets;
+  for (int i = 0; i < services; ++i) {
+    const Exchange& place = i == 0 ? exchange : *others[static_cast<std::size_t>(i) - 1];
+    stations.emplace_back(place, plan, FileLoad::kFirstNumber * (i + 1));
+    sockets.push_back(place.socket());
+  }
   Lister lister(exchange);
-  MemoryCurve memory;
   const auto start = Clock::now();
-  LiveLoad live(exchange, plan.records, plan.senders);
+  LiveLoad live(sockets, plan.records, plan.senders);
   {
-    const Repeater fileFeeder(std::chrono::seconds(plan.importEvery), [&] { files.drop(); });
-    const Repeater reader(std::chrono::seconds(1), [&] { lister.list(); });
-    const Repeater watcher(std::chrono::milliseconds(100), [&] { memory.sample(*server, live.sent()); });
+    const auto besides = startBesides(plan, live, stations, lister);
     live.join();
   }
   const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-  bool good = check(exchange.waitUntilImported(std::chrono::seconds(plan.importEvery * 2 + 30)),
-                    "the last file was not imported");
-  good &= check(server->stop() == 0, "the service did not end cleanly");
+  bool good = true;
+  std::int64_t inFiles = 0;
+  for (Workstation& each : stations) {
+    good &= check(each.exchange.waitUntilImported(std::chrono::seconds(plan.importEvery * 2 + 30)),
+                  "the last file was not imported");
+    good &= check(each.server->stop() == 0, "the service did not end cleanly");
+    inFiles += each.files.dropped();
+  }
 
-  std::cout << base::format("%d live calls in %.1f s, %.0f a second, from %d senders; %d calls in files; %d listings\n",
-                            live.sent(), seconds, static_cast<double>(live.sent()) / seconds, plan.senders,
-                            files.dropped(), lister.lists());
+  std::cout << base::format(
+      "%d live calls in %.1f s, %.0f a second, from %d senders to %d services; %d calls in files; %d listings by %d "
+      "readers\n",
+      live.sent(), seconds, static_cast<double>(live.sent()) / seconds, plan.senders, services, inFiles, lister.lists(),
+      plan.readers);
   printLatencies(live.latencies());
   const Census census = exchange.census();
-  good &= memory.flat(plan.records);
-  good &= live.agreesWith(census) && files.agreesWith(census);
+  good &= live.agreesWith(census);
+  for (const Workstation& each : stations) {
+    good &= each.memory.flat(plan.records) && each.files.agreesWith(census);
+  }
   good &= check(live.count(Answer::Recorded) == plan.records, "calls were refused");
-  good &= check(census.rows() == plan.records + files.dropped(), "other calls are stored");
+  good &= check(census.rows() == plan.records + inFiles, "other calls are stored");
   good &= logIsClean(exchange);
   return good && lister.failures() == 0;
 }

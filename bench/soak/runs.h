@@ -11,6 +11,8 @@ struct LoadPlan {
   int senders = 4;
   int importEvery = 60;  // seconds; a file is left as often
   int recordsPerFile = 2'000;
+  int services = 0;  // that the senders share; 0: two on a server, one on files, where there can be no more
+  int readers = 1;
 };
 // Live calls from several senders, files to import and listings at the same time.
 bool runLoad(const LoadPlan& plan);
@@ -20,6 +22,11 @@ bool runKills(int rounds);
 
 // Second copy, read-only folder, full disk, locked database, lost monitor folder.
 bool runFaults();
+
+// What can befall a server, on a private one: it is restarted, crashes, loses a connection's process; the network is
+// cut and our service killed meanwhile; its disk is full. Each `rounds` times, with live calls and files under way,
+// which are all stored once in the end, and without a hand at our service. `skipped` when there is no PostgreSQL.
+bool runServerFaults(int rounds, bool& skipped);
 
 // Import, live latency, repricing and retention with so many calls stored.
 bool runSize(std::int64_t calls);
