@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
   app = std::make_unique<server::CServerApp>(
       storeFile, server::programFilesFolder(),
       server::Surroundings{person, login, clock, documents, [&](const std::string& reason) {
-                             return ui::chooseDatabaseFolder(settings, reason, ui::Texts(app->language()));
+                             return ui::chooseDatabase(settings, reason, ui::Texts(app->language()));
                            }});
   person.setLanguage(app->language());
   ui::QtTexts qtTexts(app->language());

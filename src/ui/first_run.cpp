@@ -9,6 +9,7 @@
 #include "convert/converter.h"
 #include "schema/database_place.h"
 #include "server/data_folder.h"
+#include "ui/dialogs/server_address.h"
 #include "ui/first_run/first_run_wizard.h"
 
 namespace ui {
@@ -28,16 +29,27 @@ bool firstRun(server::CServerApp& app, std::optional<security::Credentials>& cho
   return true;
 }
 
-bool chooseDatabaseFolder(foundation::ConfigManager& config, const std::string& reason, const Texts& texts) {
+bool chooseDatabase(foundation::ConfigManager& config, const std::string& reason, const Texts& texts) {
+  constexpr std::string_view kSection = "general";
+  constexpr std::string_view kKey = "PathDatabase";
+  const auto store = [&](const std::string& setting) {
+    return config.WriteConfigString(setting, kKey, kSection, foundation::StoreMachine);
+  };
   QMessageBox box(QMessageBox::Warning, base::kProgramName, toQt(reason));
   box.setObjectName("chooseDatabase");
-  auto* choose = box.addButton(texts("IDS_CHOOSE_FOLDER"), QMessageBox::AcceptRole);
-  box.addButton(texts("IDS_CANCEL"), QMessageBox::RejectRole);
+  auto* folder = box.addButton(texts("IDS_CHOOSE_FOLDER"), QMessageBox::AcceptRole);
+  folder->setObjectName("chooseFolder");
+  auto* address = box.addButton(texts("IDS_CHOOSE_ADDRESS"), QMessageBox::ActionRole);
+  address->setObjectName("chooseAddress");
+  box.addButton(texts("IDS_CANCEL"), QMessageBox::RejectRole)->setObjectName("cancel");
   box.exec();
-  if (box.clickedButton() != choose) return false;
-  const QString chosen = QFileDialog::getExistingDirectory(nullptr, texts("IDS_CHOOSE_FOLDER"));
-  return !chosen.isEmpty() && config.WriteConfigString(server::folderSetting(fromQt(chosen)), "PathDatabase", "general",
-                                                       foundation::StoreMachine);
+  if (box.clickedButton() == folder) {
+    const QString chosen = QFileDialog::getExistingDirectory(nullptr, texts("IDS_CHOOSE_FOLDER"));
+    return !chosen.isEmpty() && store(server::folderSetting(fromQt(chosen)));
+  }
+  if (box.clickedButton() != address) return false;
+  const auto given = askServerAddress(config.ReadConfigString(kKey, kSection, foundation::StoreMachine, ""), texts);
+  return given && store(*given);
 }
 
 }  // namespace ui

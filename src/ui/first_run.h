@@ -16,8 +16,8 @@ namespace ui {
 // folder, so that who just chose a password is not asked for it.
 bool firstRun(server::CServerApp& app, std::optional<security::Credentials>& chosen);
 
-// Asked when the database cannot be opened: shows the reason and lets the operator choose another folder, which is
-// stored. False when they gave up.
-bool chooseDatabaseFolder(foundation::ConfigManager& config, const std::string& reason, const Texts& texts);
+// Asked when the database cannot be opened: shows the reason and lets the operator choose another folder, or give the
+// address of a server, which is stored. False when they gave up.
+bool chooseDatabase(foundation::ConfigManager& config, const std::string& reason, const Texts& texts);
 
 }  // namespace ui

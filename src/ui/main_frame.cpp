@@ -401,6 +401,8 @@ void CMainFrame::refreshFromOtherCopies() {
   refreshing_ = true;
   if (live_) live_->process();
   if (!reconnection_.ready()) {
+    // Said anew, so that it stays to be read.
+    say(texts_("IDS_CONNECTION_LOST"));
     refreshing_ = false;
     return;
   }

@@ -52,6 +52,7 @@ constexpr WindowPage kPages[] = {
     {"about", "index"},
     {"firstRun", "start"},
     {"chooseDatabase", "problems"},
+    {"serverAddress", "problems"},
     {"message", "problems"},
     {"settingsSheet", "exchange"},
 };

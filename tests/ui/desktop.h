@@ -56,7 +56,9 @@ class PersonAtDesk : public ScriptedOperator {
 // The document over a small exchange's files, with an administrator logged in and reports going to the same folder.
 class Desktop {
  public:
-  explicit Desktop(const std::string& language = "EN") {
+  // `placeOf` gives the databases' setting when it is not that of the files' own place.
+  explicit Desktop(const std::string& language = "EN",
+                   const std::function<std::string(const ExchangeFiles&)>& placeOf = {}) {
     {
       const auto main = jet::openDatabase(files.folder / schema::kMainFile, jet::OpenMode::ReadWrite);
       main->execute(
@@ -68,7 +70,7 @@ class Desktop {
                        static_cast<std::int32_t>(security::PasswordDigest(""))));
     }
     foundation::MachineStore machine(storeFile());
-    machine.writeString("general", "PathDatabase", files.folder.setting());
+    machine.writeString("general", "PathDatabase", placeOf ? placeOf(files) : files.folder.setting());
     machine.writeString("general", "Path", path(""));
     machine.writeString("general", "AutoLoginUser", "admin");
     machine.writeString("general", "Language", language);

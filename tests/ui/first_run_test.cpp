@@ -139,4 +139,40 @@ TEST_F(FirstRunTest, AnOldDatabaseInTheConfiguredFolderIsConvertedBesideIt) {
   EXPECT_TRUE(std::filesystem::exists(old / "tallybook.mdb"));
 }
 
+// The databases cannot be opened: another place may be on a server.
+TEST_F(FirstRunTest, AnotherPlaceCanBeTheAddressOfAServer) {
+  const DatabaseFolder office;
+  if (!office.onServer()) GTEST_SKIP() << "about a server";
+  const Script script({[](QDialog& box) {
+                         EXPECT_EQ(box.property("text").toString(), "the reason");
+                         click(box, "chooseAddress");
+                       },
+                       [&office](QDialog& dialog) {
+                         const auto type = [&dialog](const std::string& text) {
+                           enter(dialog, "address", text);
+                           click(dialog, "ok");
+                         };
+                         type("somewhere");
+                         type("postgresql://nobody@%2Fnowhere/office/");
+                         type(office.setting());  // without databases
+                         schema::createMainDatabase(office / schema::kMainFile);
+                         type(office.setting());
+                       },
+                       acknowledge("looks like postgresql://ana@server/office/"), acknowledge("cannot be reached"),
+                       acknowledge("tallyctl init")});
+  foundation::MachineStore store(folder / "machine.ini");
+  foundation::ConfigManager settings(store);
+  EXPECT_TRUE(ui::chooseDatabase(settings, "the reason", ui::Texts(app.language())));
+  EXPECT_EQ(setting("PathDatabase"), office.setting());
+}
+
+TEST_F(FirstRunTest, WhoGivesUpKeepsThePlace) {
+  const Script script(
+      {[](QDialog& box) { click(box, "chooseAddress"); }, [](QDialog& dialog) { click(dialog, "cancel"); }});
+  foundation::MachineStore store(folder / "machine.ini");
+  foundation::ConfigManager settings(store);
+  EXPECT_FALSE(ui::chooseDatabase(settings, "the reason", ui::Texts(app.language())));
+  EXPECT_EQ(setting("PathDatabase"), "not stored");
+}
+
 }  // namespace

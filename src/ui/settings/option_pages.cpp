@@ -20,6 +20,7 @@
 #include "schema/database_place.h"
 #include "server/data_folder.h"
 #include "ui/dialogs/folder_line.h"
+#include "ui/dialogs/server_address.h"
 #include "ui/sentence.h"
 
 namespace ui {
@@ -253,17 +254,6 @@ Field textField(const Option& option, const Source& source) {
       edit, [edit] { return edit->text().trimmed(); }, source.stringWriter(option));
 }
 
-// What is wrong with the address of a server, after a trial of it; empty: the databases can be used.
-QString faultOfAddress(const QString& address, const Texts& texts) {
-  const auto place = schema::DatabasePlace::ofTyped(fromQt(address));
-  try {
-    place.askServer();
-  } catch (const jet::Error& error) {
-    return toQt(error.description());
-  }
-  return place.exists(schema::Which::Main) ? QString() : texts.format("IDS_SERVER_NO_DATABASE", place.describe());
-}
-
 Field folderField(const Option& option, const Source& source) {
   auto* edit = new QLineEdit(toQt(source.string(option)));
   edit->setCursorPosition(0);
@@ -280,7 +270,7 @@ Field folderField(const Option& option, const Source& source) {
   field.check = [edit, ofDatabase, changed = field.changed, &texts = source.texts]() -> QString {
     const QString folder = edit->text().trimmed();
     if (!changed() || (folder.isEmpty() && !ofDatabase)) return {};
-    if (ofDatabase && jet::isServerAddress(fromQt(folder))) return faultOfAddress(folder, texts);
+    if (ofDatabase && jet::isServerAddress(fromQt(folder))) return faultOfAddress(fromQt(folder), texts);
     const auto place = base::systemPath(fromQt(folder));
     std::error_code fault;
     if (!std::filesystem::is_directory(place, fault)) return texts.format("IDS_SETTINGS_NO_FOLDER", fromQt(folder));
