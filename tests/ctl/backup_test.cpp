@@ -30,6 +30,7 @@ void overwriteByte(const fs::path& file, std::streamoff at) {
 
 TEST(BackupTest, ARestoredOneHasEqualRows) {
   TallyctlRun place;
+  SKIP_ON_SERVER(place);
   place.makeSample(200);
   fs::create_directory(place.path("kept"));
   place.succeed("backup kept");
@@ -54,10 +55,7 @@ TEST(BackupTest, AWriterGoesOn) {
   place.makeSample(200);
   place.succeed("sample-calls 3000 --out data/monitor/monitor.data --seed 6");
   fs::create_directory(place.path("kept"));
-  const std::string import = "cd '" + place.path("").string() +
-                             "' && env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" +
-                             place.path("machine.ini").string() +
-                             "' '" TALLYBOOK_BINARY_DIR "/tallyctl' import >import.out 2>import.err </dev/null";
+  const std::string import = place.commandLine("import", "") + " >import.out 2>import.err </dev/null";
   int imported = -1;
   std::thread writer([&] { imported = std::system(import.c_str()); });
   for (int i = 0; i < 3; ++i) {
@@ -73,6 +71,7 @@ TEST(BackupTest, AWriterGoesOn) {
 
 TEST(BackupTest, ADamagedOneIsRefused) {
   TallyctlRun place;
+  SKIP_ON_SERVER(place);
   place.makeSample(100);
   fs::create_directory(place.path("kept"));
   place.succeed("backup kept");

@@ -41,6 +41,7 @@ TEST_F(BadInput, AddressesThatCarryALineOfTheirOwn) {
 }
 
 TEST_F(BadInput, ATemplateOfAMegabyte) {
+  SKIP_ON_SERVER(*this);
   makeSample(200);
   const std::string bill = "bill 201 --from 2020-01-01 --to 2035-12-31 --out bill.html";
   const auto use = [&](const std::string& text) { std::ofstream(path("data/template.html")) << text; };

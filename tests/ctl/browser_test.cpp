@@ -44,6 +44,7 @@ bool hasCells(const std::string& row, const std::string& tag) {
 class Browser : public ::testing::Test, protected TallyctlRun {
  protected:
   void SetUp() override {
+    SKIP_ON_SERVER(*this);
     if (std::system("command -v chromium >/dev/null") != 0) GTEST_SKIP() << "chromium is not installed";
   }
 

@@ -49,6 +49,7 @@ TEST(DoctorTest, WithoutADataFolderItSaysHowToMakeOne) {
 }
 
 TEST(DoctorTest, PlantedFaultsAreFound) {
+  SKIP_ON_SERVER(support::TestPlace());
   struct Case {
     const char* finding;
     void (*plant)(TallyctlRun& place);

@@ -25,6 +25,7 @@ class FullDisk : public ::testing::Test, protected TallyctlRun {
 };
 
 TEST_F(FullDisk, EveryWriterOfFilesSaysSoAndLeavesNothingBehind) {
+  SKIP_ON_SERVER(*this);
   constexpr int kRoom = 300 * 1024;  // less than each file needs; enough for an entry in the audit log
   makeSample(8000);
   std::ofstream(path("data/template.html"), std::ios::app) << "<!--" << std::string(kRoom, 'x') << "-->";

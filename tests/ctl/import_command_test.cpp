@@ -48,6 +48,7 @@ TEST_F(ImportCommand, ARefusedCallIsCountedNamedAndTheStatusTellsOfIt) {
 
 // In an exchange without tariffs no trunk leads to a provider: the calls wait in a file until one does.
 TEST_F(ImportCommand, CallsWithoutALineAreKeptUntilThereIsOne) {
+  SKIP_ON_SERVER(*this);
   makeSample(0);
   fs::rename(path("data/tariffs.mdb"), path("data/away.mdb"));
   ASSERT_TRUE(changeFile("data/tallybook.mdb", "delete from Config where Path like '%LiniiDef%'"));
@@ -64,6 +65,7 @@ TEST_F(ImportCommand, CallsWithoutALineAreKeptUntilThereIsOne) {
 }
 
 TEST_F(ImportCommand, AFaultOfADatabaseNamesItAndKeepsTheFile) {
+  SKIP_ON_SERVER(*this);
   makeSample(10);
   succeed("sample-calls 50 --out data/monitor/monitor.data --seed 6");
   ASSERT_TRUE(changeFile("data/tariffs.mdb", "alter table charges rename column charge_minimum_digits to zz"));

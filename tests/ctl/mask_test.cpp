@@ -16,7 +16,8 @@ std::string otherDigits(const char* table, const char* column, const char* key) 
 
 class Masks : public TwinTest {
  protected:
-  Masks() : TwinTest("--mask-digits 3 --mask-private-names") {
+  Masks() : TwinTest("--mask-digits 3 --mask-private-names") {}
+  void makeDifferent() override {
     for (Installation* each : {&whole, &twin}) {
       const auto main = jet::openDatabase(each->path("data/tallybook.mdb"), jet::OpenMode::ReadWrite);
       main->execute("update Calls set Hidden = True where RecordID Mod 5 = 0");

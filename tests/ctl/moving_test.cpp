@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "support/temporary_folder.h"
+#include "support/test_place.h"
 
 namespace {
 
@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 
 class Moving : public ::testing::Test {
  protected:
+  void SetUp() override { SKIP_ON_SERVER(TestPlace()); }
   // Runs "tallyctl ARGUMENTS" without a terminal; the answer is what it wrote to both streams.
   std::string run(const std::string& arguments, int expected = 0) {
     const std::string command = "cd '" + folder_.string() + "' && TALLYBOOK_PASSWORD= TALLYBOOK_MACHINE_STORE='" +

@@ -22,7 +22,8 @@ void execute(const fs::path& file, const std::string& sql) {
 
 class Restriction : public TwinTest {
  protected:
-  Restriction() : TwinTest(std::string("--restriction \"") + kRestriction + "\"") {
+  Restriction() : TwinTest(std::string("--restriction \"") + kRestriction + "\"") {}
+  void makeDifferent() override {
     execute(twin.path("data/tallybook.mdb"),
             std::string("delete from Calls where not coalesce(") + kRestriction + ", 0)");
   }

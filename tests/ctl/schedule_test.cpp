@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "jet/database.h"
 #include "support/tallyctl.h"
 
 namespace {
@@ -119,10 +120,8 @@ TEST_F(Schedules, WhatDoesNotGoIsToldAndKept) {
 
 TEST_F(Schedules, TwoServicesOnOneDatabaseSendItOnce) {
   succeed("schedule set Morning --as xlsx --period all --to ana@office.example");
-  ASSERT_EQ(std::system(("sqlite3 '" + path("data/tallybook.mdb").string() +
-                         "' \"update Schedules set NextRun = '2020-01-01 07:00:00'\"")
-                            .c_str()),
-            0);
+  jet::openDatabase(database("tallybook.mdb"), jet::OpenMode::ReadWrite)
+      ->execute("update Schedules set NextRun = #1/1/2020 7:00:00#");
   fs::create_directory(path("second"));
   fs::copy(path("machine.ini"), path("second/machine.ini"));
   succeed("setting set LiveSocket '" + path("live").string() + "' --where machine");

@@ -88,7 +88,7 @@ class Statistics : public ::testing::Test, protected TallyctlRun {
  protected:
   // The rows that the folder should show: the grouped value, the values of the group's first call where the folder has
   // such columns, then kSums.
-  Rows expectedRows(const Statistic& statistic, const std::string& condition) const {
+  Rows expectedRows(const Statistic& statistic, const std::string& condition) {
     const std::string first = statistic.folder == 102 ? "(select Extension from Calls where RecordID = first), "
                                                         "(select Name from Calls where RecordID = first), "
                                                       : "";

@@ -12,9 +12,10 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "support/temporary_folder.h"
+#include "support/test_place.h"
 
 // Two installations that differ only in what a user must not learn, and everything that the user can ask for: whatever
 // he does, both must answer alike.
@@ -79,17 +80,23 @@ class Installation {
 // The sample exchange with 300 calls, twice; the user "jur", with password "j", is the one who must not learn.
 class TwinTest : public ::testing::Test {
  protected:
-  explicit TwinTest(const std::string& jursOptions) {
+  explicit TwinTest(std::string jursOptions) : jursOptions_(std::move(jursOptions)) {}
+
+  // A copy of a folder.
+  void SetUp() override {
+    SKIP_ON_SERVER(TestPlace());
     whole.succeed("init data --sample");
     whole.succeed("sample-calls 300 --out data/monitor/monitor.data --seed 5 --until 2026-03-31");
     whole.succeed("import");
-    whole.succeed("user add jur --groups Administrators --password j " + jursOptions);
+    whole.succeed("user add jur --groups Administrators --password j " + jursOptions_);
     whole.succeed("setting delete AutoLoginUser");
     fs::remove(whole.path("out"));
     fs::copy(whole.path(""), twin.path(""), fs::copy_options::recursive);
     const std::string store = readFile(whole.path("machine.ini"));
     std::ofstream(twin.path("machine.ini")) << replaced(store, whole.path("").string(), twin.path("").string());
+    makeDifferent();
   }
+  virtual void makeDifferent() = 0;
 
   void expectAlike(const std::string& line) {
     const auto seen = whole.answer(line);
@@ -102,6 +109,9 @@ class TwinTest : public ::testing::Test {
   Installation whole;
   Installation twin;
   std::map<std::string, std::string> answers;
+
+ private:
+  std::string jursOptions_;
 };
 
 // The words of all commands, as the help lists them.

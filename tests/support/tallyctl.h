@@ -7,13 +7,15 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "support/temporary_folder.h"
+#include "support/test_place.h"
 
 namespace support {
 
 // The program as its users meet it: run without a terminal in a folder of its own, with that folder's machine store.
+// Databases that "init data" makes are where TestPlace says; on a server too, the monitor's folder is "data/monitor".
 class TallyctlRun {
  public:
   struct Result {
@@ -22,14 +24,17 @@ class TallyctlRun {
     std::string err;
   };
 
-  Result run(const std::string& arguments) { return runAfter({}, arguments); }
+  // `environment`: "NAME=value ...".
+  Result run(const std::string& arguments, const std::string& environment = {}) {
+    return runAfter({}, arguments, environment);
+  }
   // As on a disk on which no file can grow beyond so many bytes (a multiple of 512).
   Result runOnFullDisk(const std::string& arguments, int bytes) {
-    return runAfter("trap '' XFSZ && ulimit -f " + std::to_string(bytes / 512) + " && ", arguments);
+    return runAfter("trap '' XFSZ && ulimit -f " + std::to_string(bytes / 512) + " && ", arguments, {});
   }
 
-  std::string succeed(const std::string& arguments) {
-    const Result result = run(arguments);
+  std::string succeed(const std::string& arguments, const std::string& environment = {}) {
+    const Result result = run(arguments, environment);
     EXPECT_EQ(result.status, 0) << arguments << '\n' << result.out << result.err;
     return result.out;
   }
@@ -41,12 +46,19 @@ class TallyctlRun {
     EXPECT_EQ(succeed("import"), "imported " + std::to_string(calls) + "\n");
   }
 
-  [[nodiscard]] std::filesystem::path path(const char* name) const { return folder_ / name; }
+  [[nodiscard]] std::filesystem::path path(const std::string& name) const { return place_.folder() / name; }
+  [[nodiscard]] const TestPlace& place() const { return place_; }
+  [[nodiscard]] bool onServer() const { return place_.onServer(); }
+  // A database of "init data" ("tallybook.mdb"), and all of them as setting PathDatabase has them.
+  [[nodiscard]] std::filesystem::path database(const std::string& name) const {
+    return onServer() ? place_.database(name) : path("data/" + name);
+  }
+  [[nodiscard]] std::string setting() const { return onServer() ? place_.prefix() : path("data/").string(); }
 
-  // The stored rows as SQLite itself reads them, each value as text.
-  std::vector<std::vector<std::string>> stored(const std::string& sql) const {
+  // The stored rows as SQLite itself reads them, each value as text. Those of a server are moved to a folder for it.
+  std::vector<std::vector<std::string>> stored(const std::string& sql) {
     sqlite3* file = nullptr;
-    EXPECT_EQ(sqlite3_open_v2(path("data/tallybook.mdb").c_str(), &file, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_open_v2(storedFile().c_str(), &file, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
     sqlite3_stmt* statement = nullptr;
     EXPECT_EQ(sqlite3_prepare_v2(file, sql.c_str(), -1, &statement, nullptr), SQLITE_OK) << sqlite3_errmsg(file);
     std::vector<std::vector<std::string>> rows;
@@ -62,16 +74,38 @@ class TallyctlRun {
     return rows;
   }
 
+  // For the shell: what it writes goes where it is told.
+  [[nodiscard]] std::string commandLine(const std::string& arguments, const std::string& environment,
+                                        const std::string& preparation = {}) const {
+    return "cd '" + path("").string() + "' && " + preparation + "env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" +
+           path("machine.ini").string() + "' " + environment + " '" TALLYBOOK_BINARY_DIR "/tallyctl' " +
+           whereItIs(arguments);
+  }
+
  private:
-  Result runAfter(const std::string& preparation, const std::string& arguments) {
-    const std::string command = "cd '" + path("").string() + "' && " + preparation +
-                                "env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" + path("machine.ini").string() +
-                                "' '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >out 2>err </dev/null";
+  Result runAfter(const std::string& preparation, const std::string& arguments, const std::string& environment) {
+    const std::string command = commandLine(arguments, environment, preparation) + " >out 2>err </dev/null";
     const int status = std::system(command.c_str());
     return {WEXITSTATUS(status), readFile(path("out")), readFile(path("err"))};
   }
 
-  TemporaryFolder folder_;
+  [[nodiscard]] std::string whereItIs(const std::string& arguments) const {
+    constexpr std::string_view kMade = "init data";
+    const std::size_t at = arguments.find(kMade);
+    if (!onServer() || at == std::string::npos) return arguments;
+    std::string there = arguments;
+    return there.replace(at, kMade.size(), "init '" + setting() + "' --monitor data/monitor");
+  }
+
+  std::filesystem::path storedFile() {
+    if (!onServer()) return path("data/tallybook.mdb");
+    const std::string folder = "moved" + std::to_string(++moved_);
+    succeed("move-database '" + setting() + "' " + folder);
+    return path(folder + "/tallybook.mdb");
+  }
+
+  TestPlace place_;
+  int moved_ = 0;
 };
 
 }  // namespace support
