@@ -24,11 +24,13 @@ bool Reconnection::ready() {
   }
   if (Clock::now() < nextTry_) return false;
   if (!document_.reconnect()) {
-    nextTry_ = Clock::now() + pause_;
-    pause_ = std::min(pause_ * 2, kLongestPause);
+    // Twice before each pause: what takes more than a moment to connect is there at the second look.
+    nextTry_ = Clock::now() + (lookedAgain_ ? pause_ : kFirstPause);
+    if (lookedAgain_) pause_ = std::min(pause_ * 2, kLongestPause);
+    lookedAgain_ = !lookedAgain_;
     return false;
   }
-  lost_ = false;
+  lost_ = lookedAgain_ = false;
   back_ = true;
   say_(base::Priority::Notice, document_.app().language().Translate("IDS_CONNECTION_BACK"));
   return true;

@@ -29,6 +29,7 @@ class Reconnection {
   base::Say say_;
   bool lost_ = false;
   bool back_ = false;
+  bool lookedAgain_ = false;  // since the last pause
   Clock::time_point nextTry_;
   std::chrono::milliseconds pause_{};
 };

@@ -274,7 +274,9 @@ bool CServerDoc::connected() const {
 
 bool CServerDoc::reconnect() {
   try {
-    if (!std::ranges::all_of(openDatabases(), [](jet::Database* each) { return each->reconnect(); })) return false;
+    // All of them are asked: their attempts go on beside each other.
+    const std::vector<jet::Database*> databases = openDatabases();
+    if (std::ranges::count_if(databases, &jet::Database::reconnect) != std::ssize(databases)) return false;
     smdr_.settleLostCommit();
     return true;
   } catch (const jet::Error&) {

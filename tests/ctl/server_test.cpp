@@ -58,7 +58,7 @@ TEST_F(OnServer, ADesksRoleDoesTheWorkAndNoMore) {
   const std::string store = storeOf(ana);
   succeed(store + "sample-calls 20 --out data/monitor/monitor.data --seed 5");
   EXPECT_EQ(succeed(store + "import"), "imported 20\n");
-  succeed(store + "extension set 299 --department Desk");
+  succeed(store + "extension set 299 --description Desk");
   succeed(store + "contact add --name Zed --phones 0264123999");
   succeed(store + "setting set OrganizationTAXE 19");
   succeed(store + "recalc --from 2020-01-01 --to 2030-12-31 --reprice");
@@ -87,8 +87,8 @@ TEST_F(OnServer, ARoleThatMayOnlyReadShowsAndChangesNothing) {
   const Result shown = run(store + "folder show 100 --format csv");
   EXPECT_EQ(shown.status, 0) << shown.err;
   EXPECT_EQ(std::count(shown.out.begin(), shown.out.end(), '\n'), 31);
-  EXPECT_TRUE(contains(succeed(store + "status"), "for reading only")) << succeed(store + "status");
-  for (const char* change : {"import", "extension set 299 --department Desk", "setting set OrganizationTAXE 19"}) {
+  EXPECT_TRUE(contains(succeed(store + "status"), "Read-only because"));
+  for (const char* change : {"import", "extension set 299 --description Desk", "setting set OrganizationTAXE 19"}) {
     const Result result = run(store + change);
     EXPECT_EQ(result.status, 1) << change;
     EXPECT_TRUE(contains(result.err, "read")) << change << result.err;

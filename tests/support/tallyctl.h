@@ -86,6 +86,8 @@ class TallyctlRun {
   Result runAfter(const std::string& preparation, const std::string& arguments, const std::string& environment) {
     const std::string command = commandLine(arguments, environment, preparation) + " >out 2>err </dev/null";
     const int status = std::system(command.c_str());
+    // Neither lists nor the filter change what stored() is asked for.
+    movedIsOld_ = movedIsOld_ || !(arguments.starts_with("folder ") || arguments.starts_with("filter "));
     return {WEXITSTATUS(status), readFile(path("out")), readFile(path("err"))};
   }
 
@@ -99,13 +101,16 @@ class TallyctlRun {
 
   std::filesystem::path storedFile() {
     if (!onServer()) return path("data/tallybook.mdb");
-    const std::string folder = "moved" + std::to_string(++moved_);
-    succeed("move-database '" + setting() + "' " + folder);
-    return path(folder + "/tallybook.mdb");
+    if (movedIsOld_) {
+      succeed("move-database '" + setting() + "' moved" + std::to_string(++moved_));
+      movedIsOld_ = false;
+    }
+    return path("moved" + std::to_string(moved_) + "/tallybook.mdb");
   }
 
   TestPlace place_;
   int moved_ = 0;
+  bool movedIsOld_ = true;
 };
 
 }  // namespace support

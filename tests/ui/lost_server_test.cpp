@@ -65,7 +65,13 @@ TEST_F(LostServer, IsSaidAndWhatNeedsItWaits) {
   frame->importCalls();
   EXPECT_TRUE(std::filesystem::exists(desktop->files.monitorFile()));
   EXPECT_EQ(rows(), 2) << "what was read is still shown";
-  frame->selectFolder(kExtensions);
+  {
+    const Script refused({[](QDialog& box) {
+      EXPECT_TRUE(box.property("text").toString().startsWith("Connection to the database postgresql://"));
+      box.accept();
+    }});
+    frame->selectFolder(kExtensions);
+  }
   frame->refreshFromOtherCopies();
   EXPECT_EQ(message(), kLost);
 
