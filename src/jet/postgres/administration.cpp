@@ -6,6 +6,7 @@
 
 #include "base/printf.h"
 #include "jet/error.h"
+#include "jet/postgres/schema_objects.h"
 #include "jet/postgres/server_session.h"
 
 namespace jet::postgres {
@@ -57,12 +58,14 @@ void renameSchemas(const Address& address, std::span<const SchemaName> names) {
 
 void grantUse(const Address& address, const std::string& role) {
   ServerSession session(address);
+  session.run("BEGIN");
+  // The role and schema `jet` are common to all databases of the server, and nobody else may change them meanwhile.
+  session.run("SELECT pg_advisory_xact_lock(" + std::to_string(writersLock("jet")) + ")");
   makeRole(session, role);
   const std::string who = " TO " + session.quoted(role);
   const std::string where = " IN SCHEMA " + session.quoted(address.schema());
   constexpr std::string_view kTables = " SELECT, INSERT, UPDATE, DELETE ON ";
   constexpr std::string_view kSequences = " USAGE, SELECT, UPDATE ON ";
-  session.run("BEGIN");
   session.run("GRANT USAGE ON SCHEMA " + session.quoted(address.schema()) + who);
   for (const auto& [rights, kind] : {std::pair(kTables, "TABLES"), std::pair(kSequences, "SEQUENCES")}) {
     session.run("GRANT" + std::string(rights) + "ALL " + kind + where + who);
