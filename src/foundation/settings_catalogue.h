@@ -36,6 +36,7 @@ struct Setting {
 // The period of a filter whose period was never set.
 inline constexpr std::string_view kDefaultPeriodStart = "12/31/1999 00:00:00";
 inline constexpr std::string_view kDefaultPeriodEnd = "12/31/2002 23:59:59";
+inline constexpr std::string_view kDescribedPeriodEnd = "12/31/1999 23:59:59";  // in the description of the filter
 
 [[nodiscard]] std::span<const Setting> knownSettings();
 

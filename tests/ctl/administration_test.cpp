@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,7 +12,7 @@
 #include <string>
 #include <thread>
 
-#include "support/temporary_folder.h"
+#include "support/tallyctl.h"
 
 namespace {
 
@@ -21,53 +20,42 @@ using namespace support;
 
 namespace fs = std::filesystem;
 
-class Administration : public ::testing::Test {
+class Administration : public ::testing::Test, protected TallyctlRun {
  protected:
   Administration() {
     run("init data --sample");
     run("setting set LiveSocket live.sock --where machine");
   }
 
-  // Runs "tallyctl ARGUMENTS" without a terminal; the answer is what it wrote to both streams.
+  // What it wrote to both streams.
   std::string run(const std::string& arguments, int expected = 0, const std::string& environment = "") {
-    const int status = WEXITSTATUS(std::system(line(arguments, environment, "out").c_str()));
-    const std::string output = readFile(temporary_ / "out");
-    EXPECT_EQ(status, expected) << arguments << '\n' << output;
-    return output;
+    const Result result = TallyctlRun::run(arguments, environment);
+    EXPECT_EQ(result.status, expected) << arguments << '\n' << result.out << result.err;
+    return result.out + result.err;
   }
   std::string as(const std::string& user, const std::string& password, const std::string& arguments, int expected) {
     return run("--user " + user + " " + arguments, expected, "TALLYBOOK_PASSWORD=" + password);
   }
-  [[nodiscard]] std::string line(const std::string& arguments, const std::string& environment,
-                                 const std::string& output) const {
-    return "cd '" + (temporary_ / "").string() + "' && env -u TALLYBOOK_PASSWORD " + environment +
-           " TALLYBOOK_MACHINE_STORE=machine.ini '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >" + output +
-           " 2>&1 </dev/null";
-  }
-
-  TemporaryFolder temporary_;
 };
 
 TEST_F(Administration, ServeTakesWhatSendPlaysUntilItIsStopped) {
   run("sample-calls 30 --out calls");
   run("sample-calls 20 --seed 2 --out data/monitor/monitor.data");
-  run("send calls", 1);  // nobody listens
-  std::thread service([this] {
-    static_cast<void>(std::system((line("serve --import-every 1", "", "served") + "; echo $? >status").c_str()));
-  });
-  for (int i = 0; i < 500 && !fs::exists(temporary_ / "live.sock"); ++i) {
+  run("send calls", 1);  // no one listens
+  std::thread service = start("serve --import-every 1", "served");
+  for (int i = 0; i < 500 && !fs::exists(path("live.sock")); ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
   EXPECT_TRUE(contains(run("send calls"), "sent 30, recorded 30, refused 0"));
   EXPECT_TRUE(contains(run("import", 1), "Another copy"));
-  const std::string holder = readFile(temporary_ / "QuorvaneServerMutex");
+  const std::string holder = readFile(path("QuorvaneServerMutex"));
   EXPECT_TRUE(contains(run("status --format csv"), "Running copy,process " + holder));
   const pid_t process = std::atoi(holder.c_str());
   EXPECT_GT(process, 0);
   if (process > 0) kill(process, SIGTERM);
   service.join();
-  EXPECT_EQ(readFile(temporary_ / "status"), "0\n");
-  EXPECT_TRUE(contains(readFile(temporary_ / "served"), "Closing.")) << readFile(temporary_ / "served");
+  EXPECT_EQ(readFile(path("status")), "0\n");
+  EXPECT_TRUE(contains(readFile(path("served")), "Closing.")) << readFile(path("served"));
   EXPECT_TRUE(contains(run("status --format csv"), "Rows of Calls,50\n"));
 }
 
@@ -88,25 +76,24 @@ double processorTime(pid_t process) {
 TEST_F(Administration, ServeWaitsQuietlyEndsCleanlyAndStartsAgain) {
   constexpr std::chrono::seconds kWatched{4};  // longer than from one look at the databases to the next
   for (const int signal : {SIGTERM, SIGINT}) {
-    fs::remove(temporary_ / "served");
-    std::thread service(
-        [this] { static_cast<void>(std::system((line("serve", "", "served") + "; echo $? >status").c_str())); });
-    for (int i = 0; i < 1000 && !contains(readFile(temporary_ / "served"), "Serving"); ++i) {
+    fs::remove(path("served"));
+    std::thread service = start("serve", "served");
+    for (int i = 0; i < 1000 && !contains(readFile(path("served")), "Serving"); ++i) {
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
-    const pid_t process = std::atoi(readFile(temporary_ / "QuorvaneServerMutex").c_str());
-    EXPECT_GT(process, 0) << readFile(temporary_ / "served");
+    const pid_t process = std::atoi(readFile(path("QuorvaneServerMutex")).c_str());
+    EXPECT_GT(process, 0) << readFile(path("served"));
     const double before = processorTime(process);
     std::this_thread::sleep_for(kWatched);
     EXPECT_LT(processorTime(process) - before, static_cast<double>(kWatched.count()) / 4);
     if (process > 0) kill(process, signal);
     service.join();
-    EXPECT_EQ(readFile(temporary_ / "status"), "0\n");
-    const std::string all = readFile(temporary_ / "served");
+    EXPECT_EQ(readFile(path("status")), "0\n");
+    const std::string all = readFile(path("served"));
     const std::string said = all.substr(std::min(all.find("Serving "), all.size()));
     EXPECT_TRUE(said.ends_with("\nClosing.\n")) << all;
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 2) << all;
-    EXPECT_FALSE(fs::exists(temporary_ / "live.sock"));
+    EXPECT_FALSE(fs::exists(path("live.sock")));
   }
 }
 
@@ -137,7 +124,7 @@ TEST_F(Administration, GroupsGiveTheirMembersRights) {
   as("ana", "a", "folder show 100", 1);
   run("user delete dan");
   as("dan", "d", "folder show 100", 1);
-  run("user delete admin", 1);  // whoever is logged in stays
+  run("user delete admin", 1);  // the user who is logged in stays
   for (const char* lockout : {"user set admin --flags disabled", "user set admin --groups ''",
                               "user set admin --groups Operators", "group set Administrators --rights view-calls"}) {
     EXPECT_TRUE(contains(run(lockout, 1), "nobody could change users and settings")) << lockout;
@@ -163,21 +150,21 @@ TEST_F(Administration, WhoMayNotChangeCallsChangesNoneByStarting) {
     EXPECT_TRUE(contains(refusal, "ana may not do this: the right change-calls is missing.")) << refusal;
   }
   EXPECT_TRUE(contains(run("status --format csv"), "Rows of Calls,20\n"));
-  EXPECT_TRUE(fs::exists(temporary_ / "data/monitor/monitor.data"));
+  EXPECT_TRUE(fs::exists(path("data/monitor/monitor.data")));
 }
 
-// Why nobody got in decides what helps.
+// Why no one got in decides what helps.
 TEST_F(Administration, AFailedStartSaysWhatToDoNext) {
   run("group add Readers --rights view-calls");
   run("user add ana --groups Readers --password a");
   EXPECT_TRUE(contains(as("ana", "wrong", "folder list", 1), "Nobody was logged in. Give --user NAME"));
   run("user set ana --flags disabled");
   EXPECT_TRUE(contains(as("ana", "a", "folder list", 1), "ana is not let in. Let an administrator"));
-  const std::string folder = (temporary_ / "data").string();
-  std::string store = readFile(temporary_ / "machine.ini");
+  const std::string folder = (path("data")).string();
+  std::string store = readFile(path("machine.ini"));
   const std::string closed = "PathDatabase=str:" + folder + "/\n";
   ASSERT_TRUE(contains(store, closed)) << store;
-  writeFile(temporary_ / "machine.ini", store.erase(store.find(closed) + closed.size() - 2, 1));
+  writeFile(path("machine.ini"), store.erase(store.find(closed) + closed.size() - 2, 1));
   EXPECT_TRUE(contains(
       run("folder list", 1),
       "must end with a slash. Mend it with: tallyctl setting set PathDatabase '" + folder + "/' --where machine"));

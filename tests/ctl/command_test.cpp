@@ -2,54 +2,22 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "support/tallyctl.h"
+
 namespace {
 
+using support::readFile;
 namespace fs = std::filesystem;
 
-struct Result {
-  int status;
-  std::string out;
-  std::string err;
-};
-
-std::string contentOf(const fs::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-class Tallyctl : public ::testing::Test {
+class Tallyctl : public ::testing::Test, protected support::TallyctlRun {
  protected:
-  Tallyctl() : folder(fs::temp_directory_path() / ("tallyctl_test_" + std::to_string(::getpid()))) {
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-  }
-  ~Tallyctl() override { fs::remove_all(folder); }
-
-  // Runs "tallyctl ARGUMENTS" without a terminal, on the test's own machine store.
-  Result run(const std::string& arguments, const std::string& environment = "") {
-    const std::string command = "cd '" + folder.string() + "' && env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" +
-                                (folder / "machine.ini").string() + "' " + environment +
-                                " '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >out 2>err </dev/null";
-    const int status = std::system(command.c_str());
-    return {WEXITSTATUS(status), contentOf(folder / "out"), contentOf(folder / "err")};
-  }
-
-  std::string succeed(const std::string& arguments, const std::string& environment = "") {
-    const Result result = run(arguments, environment);
-    EXPECT_EQ(result.status, 0) << arguments << '\n' << result.out << result.err;
-    return result.out;
-  }
-
-  fs::path folder;
+  const fs::path folder = path("").parent_path();
 };
 
 TEST_F(Tallyctl, WrongUsageIsStatus2AndSaysWhatToTry) {
@@ -80,11 +48,11 @@ TEST_F(Tallyctl, WithoutADataFolderItSaysHowToMakeOne) {
 
 TEST_F(Tallyctl, InitRefusesToOverwrite) {
   succeed("init data --empty");
-  const std::string before = contentOf(folder / "data/tallybook.mdb");
+  const std::string before = readFile(folder / "data/tallybook.mdb");
   const Result again = run("init data --sample");
   EXPECT_EQ(again.status, 1);
   EXPECT_NE(again.err.find("tallybook.mdb"), std::string::npos);
-  EXPECT_EQ(contentOf(folder / "data/tallybook.mdb"), before);
+  EXPECT_EQ(readFile(folder / "data/tallybook.mdb"), before);
   // Another folder would take the machine store away from the first one.
   const Result other = run("init other --empty");
   EXPECT_EQ(other.status, 1);
@@ -95,7 +63,7 @@ TEST_F(Tallyctl, InitRefusesToOverwrite) {
 
 TEST_F(Tallyctl, AChosenPasswordIsAskedForByEveryCommand) {
   succeed("init data --empty", "TALLYBOOK_PASSWORD=secret");
-  EXPECT_EQ(contentOf(folder / "machine.ini").find("secret"), std::string::npos);
+  EXPECT_EQ(readFile(folder / "machine.ini").find("secret"), std::string::npos);
   EXPECT_EQ(run("status").status, 1);
   EXPECT_EQ(run("--user admin status", "TALLYBOOK_PASSWORD=wrong").status, 1);
   succeed("--user admin status", "TALLYBOOK_PASSWORD=secret");
@@ -122,7 +90,7 @@ TEST_F(Tallyctl, SettingsAreStoredAsTheirReadersExpectThem) {
   succeed("setting set Sterge 365 --section Calls");
   EXPECT_EQ(succeed("purge"), "deleted 0\n");
   succeed("setting set iface_Grid 1");
-  EXPECT_NE(contentOf(folder / "machine.ini").find("iface_Grid=int:1"), std::string::npos);
+  EXPECT_NE(readFile(folder / "machine.ini").find("iface_Grid=int:1"), std::string::npos);
   for (const char* refused : {"Sterge 365d --section Calls", "Sterge -2 --section Calls", "OrganizationTVA 101",
                               "OrganizationTVA 9999999999", "OrganizationTAXE 7,5", "OrganizationTAXE abc",
                               "'Window Placement' x", "Sterge 5 --section Calls --type string",
@@ -143,7 +111,7 @@ TEST_F(Tallyctl, SettingsAreStoredAsTheirReadersExpectThem) {
 
   // Stored by hand or by an earlier version.
   const std::string header = "[general]\n";
-  std::string store = contentOf(folder / "machine.ini");
+  std::string store = readFile(folder / "machine.ini");
   store.insert(store.find(header) + header.size(), "iface_Hover=str:1\n");
   std::ofstream(folder / "machine.ini") << store;
   const Result wrong = run("setting get iface_Hover");
@@ -156,13 +124,13 @@ TEST_F(Tallyctl, SettingsAreStoredAsTheirReadersExpectThem) {
   EXPECT_EQ(succeed("setting get DbVersion"), "1\n");
 }
 
-// Names of files are appended to folders, so whoever writes one closes it, and readers of `Path` do not rely on that.
+// Names of files are appended to folders, so the writer of one closes it, and readers of `Path` do not rely on that.
 TEST_F(Tallyctl, AFolderSettingWorksWithoutItsSeparator) {
   succeed("init data --empty");
   const std::string reports = (folder / "data").string();
   succeed("setting set Path '" + reports + "'");
   EXPECT_EQ(succeed("setting get Path"), reports + "/\n");
-  const std::string store = contentOf(folder / "machine.ini");
+  const std::string store = readFile(folder / "machine.ini");
   std::string open = store;
   for (const char* key : {"\nPath=str:", "\nPathMonitor=str:"}) {
     open.erase(open.find('\n', open.find(key) + 1) - 1, 1);
@@ -179,17 +147,16 @@ TEST_F(Tallyctl, ABillsPageThatIsThereAlreadyStays) {
   fs::create_directory(folder / "data");
   std::ofstream(folder / "data/template.html") << "ours";
   succeed("init data --sample");
-  EXPECT_EQ(contentOf(folder / "data/template.html"), "ours");
+  EXPECT_EQ(readFile(folder / "data/template.html"), "ours");
 }
 
 // What is no file is said, and never waited for.
 TEST_F(Tallyctl, AnythingButAFileIsRefusedAtOnce) {
   succeed("init data --sample");
   const auto refused = [&](const std::string& arguments, const char* message) {
-    const std::string command = "cd '" + folder.string() + "' && timeout 20 '" TALLYBOOK_BINARY_DIR "/tallyctl' " +
-                                arguments + " >out 2>err </dev/null";
-    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1) << arguments;
-    EXPECT_NE(contentOf(folder / "err").find(message), std::string::npos) << contentOf(folder / "err");
+    const Result result = run(arguments, "timeout 20");
+    EXPECT_EQ(result.status, 1) << arguments;
+    EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
   };
   ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
   for (const char* store : {"fifo", "data", "/dev/zero"}) {
@@ -284,16 +251,16 @@ TEST_F(Tallyctl, ImportRecordsTheMonitorsCalls) {
 TEST_F(Tallyctl, SampleFilesOfOneSeedAreEqual) {
   succeed("sample-calls 200 --out a --seed 9");
   succeed("sample-calls 200 --out b --seed 9");
-  EXPECT_EQ(contentOf(folder / "a"), contentOf(folder / "b"));
+  EXPECT_EQ(readFile(folder / "a"), readFile(folder / "b"));
   succeed("sample-calls 200 --out b --seed 9 --append");
-  EXPECT_EQ(contentOf(folder / "b").size(), 2 * contentOf(folder / "a").size());
+  EXPECT_EQ(readFile(folder / "b").size(), 2 * readFile(folder / "a").size());
 }
 
 TEST_F(Tallyctl, PriceExplainsAndStoresNothing) {
   succeed("init data --sample");
   const std::string command = "price 0264123456 --at '2026-11-24 10:00' --duration 95 --trunk ";
   EXPECT_NE(succeed(command + "1").find("0.32"), std::string::npos);
-  // A trunk that nobody defined is not given a provider by asking.
+  // A trunk that no one defined is not given a provider by asking.
   succeed(command + "77");
   EXPECT_EQ(succeed("trunk list --format csv").find("\n77,"), std::string::npos);
   EXPECT_NE(succeed("status --format csv").find("Rows of Calls,0\n"), std::string::npos);

@@ -16,7 +16,7 @@
 
 namespace support {
 
-// A Unix socket that leads to another one, until it is told to cut all connections behind some bytes more, in either
+// A Unix socket that leads to another one, until it is told to cut all connections after some bytes more, in either
 // direction. Then it takes no new ones before it is healed.
 class CuttingProxy {
  public:

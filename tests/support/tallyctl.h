@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/temporary_folder.h"
@@ -22,14 +23,25 @@ class TallyctlRun {
     std::string err;
   };
 
-  Result run(const std::string& arguments) { return runAfter({}, arguments); }
+  // `with`: variables of its environment ("TALLYBOOK_PASSWORD=secret"), or a program that runs it ("timeout 20").
+  Result run(const std::string& arguments, const std::string& with = {}) {
+    return shell(commandLine(arguments, with) + " >out 2>err");
+  }
   // As on a disk on which no file can grow beyond so many bytes (a multiple of 512).
   Result runOnFullDisk(const std::string& arguments, int bytes) {
-    return runAfter("trap '' XFSZ && ulimit -f " + std::to_string(bytes / 512) + " && ", arguments);
+    return shell("trap '' XFSZ && ulimit -f " + std::to_string(bytes / 512) + " && " + commandLine(arguments) +
+                 " >out 2>err");
   }
 
-  std::string succeed(const std::string& arguments) {
-    const Result result = run(arguments);
+  // Runs beside the test until it ends by itself or is ended; both streams go to the file `output`, the exit status
+  // to the file "status".
+  std::thread start(const std::string& arguments, const std::string& output, const std::string& with = {}) {
+    return std::thread(
+        [this, line = commandLine(arguments, with) + " >>" + output + " 2>&1; echo $? >status"] { shell(line); });
+  }
+
+  std::string succeed(const std::string& arguments, const std::string& with = {}) {
+    const Result result = run(arguments, with);
     EXPECT_EQ(result.status, 0) << arguments << '\n' << result.out << result.err;
     return result.out;
   }
@@ -63,11 +75,12 @@ class TallyctlRun {
   }
 
  private:
-  Result runAfter(const std::string& preparation, const std::string& arguments) {
-    const std::string command = "cd '" + path("").string() + "' && " + preparation +
-                                "env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" + path("machine.ini").string() +
-                                "' '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " >out 2>err </dev/null";
-    const int status = std::system(command.c_str());
+  [[nodiscard]] std::string commandLine(const std::string& arguments, const std::string& with = {}) const {
+    return "env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" + path("machine.ini").string() + "' " + with +
+           " '" TALLYBOOK_BINARY_DIR "/tallyctl' " + arguments + " </dev/null";
+  }
+  Result shell(const std::string& line) const {
+    const int status = std::system(("cd '" + path("").string() + "' && " + line).c_str());
     return {WEXITSTATUS(status), readFile(path("out")), readFile(path("err"))};
   }
 

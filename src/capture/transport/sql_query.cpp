@@ -2,10 +2,13 @@
 
 #include <soci/soci.h>
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+
+#include "base/csv.h"
 
 namespace capture {
 
@@ -75,13 +78,11 @@ std::string textOf(const soci::row& row, std::size_t column) {
   }
 }
 
-std::string csvField(const std::string& value) {
-  std::string text = "\"";
-  for (const char c : value) {
-    if (c == '"') text += '"';
-    text += c == '\n' || c == '\r' ? ' ' : c;  // a line is a row
-  }
-  return text + '"';
+// A line is a row, so line ends in values become blanks.
+std::string fieldOf(std::string value) {
+  std::ranges::replace_if(
+      value, [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  return base::csvField(std::move(value));
 }
 
 // The columns of the format come first in the row.
@@ -93,7 +94,7 @@ std::string lineOf(const soci::row& row, const SqlSettings& settings) {
     if (settings.json) {
       object[row.get_properties(i).get_name()] = value;
     } else {
-      csv += (i == 0 ? "" : ",") + csvField(value);
+      csv += (i == 0 ? "" : ",") + fieldOf(value);
     }
   }
   return settings.json ? object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) : csv;

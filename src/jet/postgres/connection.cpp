@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds kWatchStep{4};
 constexpr std::size_t kManyDropped = 50;
 
 // What a connection is told at its start. A dead network is noticed within half a minute; what the address says holds
-// before it, what the driver relies on behind.
+// before it, what the driver relies on comes after.
 constexpr std::array kDefaults{
     std::pair{"connect_timeout", "10"},     std::pair{"keepalives_idle", "10"},
     std::pair{"keepalives_interval", "5"},  std::pair{"keepalives_count", "3"},
@@ -264,7 +264,7 @@ Result Connection::answer() {
   return result;
 }
 
-// Up to the mark behind the last statement.
+// Up to the mark after the last statement.
 void Connection::readToEnd() {
   for (bool atEnd = false; !atEnd;) {
     const Result result = answer();
@@ -300,7 +300,7 @@ void Connection::finish(const Reader* reader) noexcept {
   if (reader_ == reader) finishRun();
 }
 
-// Rows that nobody wants any more: a few are read, many are stopped.
+// Rows that are not wanted any more: a few are read, many are stopped.
 void Connection::finishRun() noexcept {
   constexpr int kFew = 200;
   try {
@@ -310,7 +310,7 @@ void Connection::finishRun() noexcept {
     }
     if (copying_) finishCopied();
   } catch (const Error&) {
-    // Nobody asked for the rest; a lost connection is met by whoever is next.
+    // The rest is not wanted; a lost connection is met by the next statement.
     running_ = false;
     copying_ = false;
   }
@@ -462,7 +462,7 @@ void Connection::waitForInput() {
   if (!takeInput(false)) failLost(text_);
 }
 
-// False when there is nobody to wait for.
+// False when there is nothing to wait for.
 bool Connection::takeInput(bool unsent) {
   pollfd socket{.fd = PQsocket(handle_), .events = POLLIN, .revents = 0};
   if (unsent) socket.events |= POLLOUT;

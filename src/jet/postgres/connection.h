@@ -22,7 +22,7 @@ struct ResultCloser {
 };
 using Result = std::unique_ptr<PGresult, ResultCloser>;
 
-// A row of a COPY from the server; none behind the last one.
+// A row of a COPY from the server; none after the last one.
 class CopiedRow {
  public:
   CopiedRow() = default;
@@ -73,7 +73,7 @@ class Connection {
   [[nodiscard]] const std::string& describe() const { return place_; }
   [[nodiscard]] bool readOnly() const { return readOnly_; }
   [[nodiscard]] bool lost() const { return lost_; }
-  // After it was lost: connects anew; false while the server cannot be reached.
+  // After it was lost: connects again; false while the server cannot be reached.
   bool reconnect();
   [[nodiscard]] PGconn* handle() const { return handle_; }
 
@@ -85,7 +85,7 @@ class Connection {
   // Within a transaction a fault of a statement undoes that statement alone.
   void setGuarded(bool guarded) { guarded_ = guarded; }
 
-  // Runs `statement` behind those of `first`, in one round trip. The results are then asked for with next() until there
+  // Runs `statement` after those of `first`, in one round trip. The results are then asked for with next() until there
   // is none, at once or as the rows arrive, or finish() lets go of the rest. `text` is what errors keep.
   void start(Prepared& statement, const Parameters& parameters, std::span<const std::string> first, bool rowByRow,
              Reader* reader, std::string_view text);
@@ -118,7 +118,7 @@ class Connection {
   [[nodiscard]] bool hasNotice();
 
   void watch(std::function<bool()> watcher) { watcher_ = std::move(watcher); }
-  // With the result's own text behind the sentence. Never returns.
+  // With the result's own text after the sentence. Never returns.
   [[noreturn]] void fail(const PGresult* result, std::string_view text);
   [[noreturn]] void failLost(std::string_view text);
 

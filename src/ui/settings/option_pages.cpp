@@ -54,7 +54,7 @@ struct Option {
   int fallback = 0;  // of numbers and switches
   int least = 0;     // of numbers
   int most = 0;
-  const char* unitKey = nullptr;    // behind the number
+  const char* unitKey = nullptr;    // after the number
   const char* lowestKey = nullptr;  // what the least number means
   const char* hintKey = nullptr;    // a sentence under the field
 };
@@ -204,7 +204,7 @@ Field numberField(const Option& option, const Source& source) {
       box, [box] { return box->value(); }, source.numberWriter(option));
 }
 
-// Kept as decimal text, since it goes into conditions as it stands.
+// Kept as decimal text, since it goes into conditions as it is.
 Field percentField(const Option& option, const Source& source) {
   auto* box = new QDoubleSpinBox;
   box->setDecimals(2);
@@ -268,7 +268,7 @@ Field folderField(const Option& option, const Source& source) {
   auto* edit = new QLineEdit(toQt(source.string(option)));
   edit->setCursorPosition(0);
   edit->setObjectName(option.key);
-  // File names are appended to the folder as it stands: it ends with its separator.
+  // File names are appended to the folder as it is: it ends with its separator.
   Field field = fieldOf<QString>(
       withBrowseButton(edit, source.texts),
       [edit] {
