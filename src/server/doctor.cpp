@@ -52,12 +52,10 @@ class Examination {
       return std::move(findings_);
     }
     const auto databases = schema::DatabasePlace::ofSetting(data);
-    if (databases.onServer()) {
-      checkServer(databases);
-    } else {
-      checkDataFolder(base::systemPath(data));
+    if (!databases.onServer()) checkDataFolder(base::systemPath(data));
+    if (!databases.onServer() || checkServer(databases)) {
+      examineDatabases(databases, patient_.clock.now(), findings_);
     }
-    examineDatabases(databases, patient_.clock.now(), findings_);
     checkMonitor();
     checkLiveSocket();
     checkOutput();
@@ -126,12 +124,15 @@ class Examination {
     if (faults == 0) good("settings", "those of the machine are of the right type and in range");
   }
 
-  void checkServer(const schema::DatabasePlace& databases) {
+  // False when it does not answer: nothing is known of its databases then.
+  bool checkServer(const schema::DatabasePlace& databases) {
     try {
       good("database server", base::format("PostgreSQL %s answers", databases.askServer()), databases.describe());
+      return true;
     } catch (const jet::Error& error) {
       wrong("database server", "it cannot be reached, or refuses", error.description(),
             "Is it running, and may this user and machine connect (pg_hba.conf, the password file ~/.pgpass)?");
+      return false;
     }
   }
 
