@@ -59,6 +59,14 @@ TEST_F(Administration, ServeTakesWhatSendPlaysUntilItIsStopped) {
   EXPECT_TRUE(contains(run("status --format csv"), "Rows of Calls,50\n"));
 }
 
+// `journalctl -p err` shows why a service did not start. The shell gives the command its own stream's name as systemd
+// does.
+TEST_F(Administration, WhatFailsIsAnErrorInTheJournal) {
+  constexpr const char* kAsService = "sh -c 'JOURNAL_STREAM=$(stat -Lc %d:%i /proc/self/fd/2) exec \"$@\"' sh";
+  EXPECT_TRUE(contains(run("user delete nemo", 1, kAsService), "<3>tallyctl: There is no user nemo."));
+  EXPECT_FALSE(contains(run("user delete nemo", 1), "<3>"));
+}
+
 // Seconds of processor time that a process has used.
 double processorTime(pid_t process) {
   std::istringstream stat(readFile("/proc/" + std::to_string(process) + "/stat"));
