@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/little_endian.h"
+
 namespace platform {
 
 namespace {
