@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "base/codepage.h"
+#include "base/csv.h"
 #include "base/datetime.h"
 #include "base/html_encoder.h"
 #include "base/printf.h"

@@ -27,11 +27,11 @@ class Administration : public ::testing::Test, protected TallyctlRun {
     run("setting set LiveSocket live.sock --where machine");
   }
 
-  // What it wrote to both streams.
+  // What it wrote, messages first.
   std::string run(const std::string& arguments, int expected = 0, const std::string& environment = "") {
     const Result result = TallyctlRun::run(arguments, environment);
     EXPECT_EQ(result.status, expected) << arguments << '\n' << result.out << result.err;
-    return result.out + result.err;
+    return result.err + result.out;
   }
   std::string as(const std::string& user, const std::string& password, const std::string& arguments, int expected) {
     return run("--user " + user + " " + arguments, expected, "TALLYBOOK_PASSWORD=" + password);

@@ -17,7 +17,7 @@ class Moving : public ::testing::Test, protected TallyctlRun {
  protected:
   // What it wrote to both streams.
   std::string run(const std::string& arguments, int expected = 0) {
-    const Result result = TallyctlRun::run(arguments);
+    const Result result = TallyctlRun::run(arguments, "TALLYBOOK_PASSWORD=");
     EXPECT_EQ(result.status, expected) << arguments << '\n' << result.out << result.err;
     return result.out + result.err;
   }

@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "base/csv.h"
+#include "base/text.h"
 
 namespace capture {
 
@@ -78,11 +78,12 @@ std::string textOf(const soci::row& row, std::size_t column) {
   }
 }
 
-// A line is a row, so line ends in values become blanks.
-std::string fieldOf(std::string value) {
+// Always in quotation marks, so that a value's blanks are told from the line's. A line is a row: line ends in values
+// become blanks.
+std::string csvField(std::string value) {
   std::ranges::replace_if(
       value, [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  return base::csvField(std::move(value));
+  return '"' + base::replaceAll(std::move(value), "\"", "\"\"") + '"';
 }
 
 // The columns of the format come first in the row.
@@ -94,7 +95,7 @@ std::string lineOf(const soci::row& row, const SqlSettings& settings) {
     if (settings.json) {
       object[row.get_properties(i).get_name()] = value;
     } else {
-      csv += (i == 0 ? "" : ",") + fieldOf(value);
+      csv += (i == 0 ? "" : ",") + csvField(value);
     }
   }
   return settings.json ? object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) : csv;
