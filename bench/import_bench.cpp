@@ -127,7 +127,7 @@ void writeMonitorFile(const fs::path& file, std::int64_t records) {
 // The objects of the document, as the program has them while it imports.
 class Document {
  public:
-  // `prefix` stands before the names of the databases.
+  // `prefix` comes before the names of the databases.
   Document(const fs::path& folder, std::string prefix) : prefix_(std::move(prefix)), machine_(folder / "machine.ini") {
     config_.WriteConfigString((folder / "monitor" / "").string(), "PathMonitor", "general", foundation::StoreMachine);
     config_.WriteConfigString(prefix_, "PathDatabase", "general", foundation::StoreMachine);

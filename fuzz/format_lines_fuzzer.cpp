@@ -1,4 +1,4 @@
-// Any bytes as the lines of each stock format, which stand in the folder "formats" beside the program: every line gets
+// Any bytes as the lines of each stock format, which are in the folder "formats" beside the program: every line gets
 // one outcome, and every record could be one.
 
 #include <cstdint>

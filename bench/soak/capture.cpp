@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A port that nobody has now.
+// A port that is free now.
 std::uint16_t freePort() {
   const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};

@@ -29,7 +29,7 @@ fs::path newFolder() {
 
 std::string server;
 
-// A name before those of the schemas that nobody else has.
+// A name before those of the schemas that no one else has.
 std::string placeOf(const fs::path& folder) {
   return Exchange::onServer() ? server + folder.filename().string() + "_" : (folder / "data/").string();
 }

@@ -52,8 +52,8 @@ class Aftermath {
   bool recovers(Server& server, const std::string& logged) {
     bool good = check(server.runs(), "the service ended");
     Sender sender(exchange_);
-    for (int i = 0; i < 20; ++i) good &= check(send(sender), "a call was refused behind the fault");
-    good &= check(exchange_.waitUntilImported(kPatience), "the file was not imported behind the fault");
+    for (int i = 0; i < 20; ++i) good &= check(send(sender), "a call was refused after the fault");
+    good &= check(exchange_.waitUntilImported(kPatience), "the file was not imported after the fault");
     // The audit log is written to with the refresh.
     const auto end = std::chrono::steady_clock::now() + kPatience;
     while (!logSays(exchange_, logged) && std::chrono::steady_clock::now() < end) {
@@ -153,7 +153,7 @@ void stepDown() {
   if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(126);
 }
 
-// Nothing in the data folder can be written; what stands beside the machine store can.
+// Nothing in the data folder can be written; what is beside the machine store can.
 void withdrawRights(const Exchange& exchange) {
   const fs::perms everybody = fs::perms::owner_all | fs::perms::group_all | fs::perms::others_all;
   fs::permissions(exchange.folder(), everybody);

@@ -17,7 +17,7 @@ bool runKills(int rounds) {
   FileLoad files(exchange, kRecordsPerFile);
   LiveLoad live({exchange.socket()}, kMoreThanEnough, kSenders);
   std::mt19937 random(20261124);
-  std::uniform_int_distribution<int> delay(200, 2'000);  // milliseconds behind the start
+  std::uniform_int_distribution<int> delay(200, 2'000);  // milliseconds after the start
   int duringImport = 0;
   for (int round = 0; round < rounds; ++round) {
     files.drop();

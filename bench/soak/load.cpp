@@ -19,7 +19,7 @@ std::span<const unsigned char> bytesOf(const std::string& record) {
   return {reinterpret_cast<const unsigned char*>(record.data()), record.size()};
 }
 
-// Nothing while nobody listens, as between a kill and the next start.
+// Nothing while no one listens, as between a kill and the next start.
 std::unique_ptr<platform::LiveChannelClient> tryConnect(const std::filesystem::path& socket) {
   try {
     return std::make_unique<platform::LiveChannelClient>(socket);

@@ -23,7 +23,7 @@ enum class Answer : unsigned char {
 // One connection that sends numbered calls.
 class Sender {
  public:
-  // Throws std::runtime_error when nobody listens.
+  // Throws std::runtime_error when no one listens.
   explicit Sender(const Exchange& exchange);
   // True when the call was recorded; throws std::runtime_error when the service went away.
   bool send(std::int32_t number);

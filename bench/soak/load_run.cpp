@@ -27,7 +27,7 @@ class MemoryCurve {
  public:
   void sample(const Server& server, std::int64_t sent) { samples_.push_back({sent, server.residentKilobytes()}); }
 
-  // Flat: what it holds at the end is close to what it held behind a fifth of the calls, when its caches had filled.
+  // Flat: what it holds at the end is close to what it held after a fifth of the calls, when its caches had filled.
   [[nodiscard]] bool flat(std::int64_t records) const {
     constexpr long kAllowedKilobytes = 8 * 1024;
     long warm = 0;  // stays 0 in a run too short to tell

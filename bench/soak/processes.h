@@ -14,7 +14,7 @@ struct Outcome {
   std::string output;  // standard output and standard error
 };
 
-// Starts a program of this program's own folder, its output going behind the end of a file. `beforehand` runs in the
+// Starts a program of this program's own folder, its output appended to a file. `beforehand` runs in the
 // new process before the program does.
 pid_t startProgram(const std::string& name, const std::vector<std::string>& words, const std::filesystem::path& output,
                    const std::function<void()>& beforehand = {});
@@ -28,7 +28,7 @@ class Tallyctl {
   [[nodiscard]] Outcome run(const std::vector<std::string>& words, const std::function<void()>& beforehand = {}) const;
   // The same; throws std::runtime_error with the output when the status is not 0.
   std::string must(const std::vector<std::string>& words) const;
-  // Starts a command whose output goes behind the end of a file.
+  // Starts a command whose output is appended to a file.
   [[nodiscard]] pid_t start(const std::vector<std::string>& words, const std::filesystem::path& output,
                             const std::function<void()>& beforehand = {}) const;
 

@@ -149,7 +149,7 @@ class Reader {
     return described;
   }
 
-  // The row that mdb_fetch_row stopped at, taken apart anew: only so are null and empty texts told apart.
+  // The row that mdb_fetch_row stopped at, taken apart again: only so are null and empty texts told apart.
   bool readRow(MdbTableDef& table, OldRow& row) {
     int start = 0;
     std::size_t size = 0;

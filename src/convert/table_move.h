@@ -20,7 +20,7 @@ inline constexpr std::int64_t kRowsPerTransaction = 20000;
 TableManifest exportTables(const schema::DatabasePlace& place, const std::filesystem::path& target, TextFormat format,
                            platform::Operator& person);
 
-// Makes the databases anew from such a folder: equal tables with equal rows. What this program needs and the folder
+// Makes the databases from such a folder: equal tables with equal rows. What this program needs and the folder
 // does not name is made empty. The new folder must not exist or be empty; it appears when it is whole. It may be the
 // address of a server, which must not have the databases. Throws
 // ConversionError that names the file and the line.

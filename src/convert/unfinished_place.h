@@ -25,7 +25,7 @@ class UnfinishedPlace {
   // For files beside them; null on a server.
   [[nodiscard]] const PartialFolder* folder() const { return folder_.get(); }
 
-  // Nobody may have the databases open. Throws filesystem_error, jet::Error.
+  // No process may have the databases open. Throws filesystem_error, jet::Error.
   void publish();
 
  private:

@@ -6,7 +6,7 @@
 #include <ostream>
 
 #include "alarms/alarm_desk.h"
-#include "base/csv_line.h"
+#include "base/csv.h"
 #include "base/text.h"
 #include "ctl/access.h"
 #include "ctl/commands.h"

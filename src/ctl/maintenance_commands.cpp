@@ -90,7 +90,7 @@ constexpr OptionSpec kRecalc[] = {
      .help = "The amount in the reference currency, from the price as it is"},
     {.name = "--department", .takes = Takes::Nothing, .help = "The department"},
     {.name = "--owner", .takes = Takes::Nothing, .help = "The client and its folder"},
-    {.name = "--names", .takes = Takes::Nothing, .help = "The name behind the number"},
+    {.name = "--names", .takes = Takes::Nothing, .help = "The name that belongs to the number"},
     {.name = "--add-seconds",
      .help = "Seconds to add to each duration (a minus takes them off); reprices too",
      .valueName = "N"},

@@ -1,9 +1,13 @@
 #include "ctl/run.h"
 
+#include <unistd.h>
+
 #include <csignal>
 #include <iostream>
 
 #include "base/debug_output.h"
+#include "base/journal_line.h"
+#include "base/printf.h"
 #include "ctl/command_line.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
@@ -18,6 +22,12 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
+
+// Why the command failed: an error in the journal, where a service or a timer runs it.
+void sayFailure(const std::string& why) {
+  const std::string text = "tallyctl: " + why;
+  std::cerr << (base::isJournal(STDERR_FILENO) ? base::journalLine(base::Priority::Error, text, true) : text) << '\n';
+}
 
 int runCommand(const ParsedLine& line) {
   Context context(line.global);
@@ -45,17 +55,17 @@ int run(int count, const char* const* words) {
   try {
     return runCommand(line);
   } catch (const WrongUsage& error) {
-    std::cerr << "tallyctl: " << error.what() << "\nTry: tallyctl " << line.command->name << " --help\n";
+    sayFailure(base::format("%s\nTry: tallyctl %s --help", error.what(), line.command->name));
     return kWrongUsage;
   } catch (const filter::FilterError& error) {
-    std::cerr << "tallyctl: " << error.what() << "\nSee: tallyctl filter show, tallyctl filter clear\n";
+    sayFailure(base::format("%s\nSee: tallyctl filter show, tallyctl filter clear", error.what()));
   } catch (const security::RestrictedUserError& error) {
-    std::cerr << "tallyctl: " << error.what() << '\n';
+    sayFailure(error.what());
   } catch (const jet::Error& error) {
-    std::cerr << "tallyctl: database error " << error.number() << ": " << error.description() << '\n';
+    sayFailure(base::format("database error %d: %s", error.number(), error.description()));
     if (!error.statement().empty()) base::debugOutput(error.statement());
   } catch (const std::exception& error) {
-    std::cerr << "tallyctl: " << error.what() << '\n';
+    sayFailure(error.what());
   }
   return kFailed;
 }

@@ -156,13 +156,14 @@ std::string typeText(const Setting& setting) {
       break;
   }
   if (setting.form == foundation::SettingForm::Folder) return "folder";
+  if (setting.form == foundation::SettingForm::Secret) return "password";
   return setting.form == foundation::SettingForm::Decimal ? "decimal number" : "text";
 }
 
 std::string listedValue(const Address& address, Context& context) {
   const Stored stored = read(address, context);
   if (!stored.found()) return {};
-  if (address.key == "AutoLoginPassword") return "(set)";
+  if (address.known->form == foundation::SettingForm::Secret) return "(set)";
   try {
     return *valueOf(address, stored);
   } catch (const Failure&) {

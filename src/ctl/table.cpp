@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "base/csv_line.h"
+#include "base/csv.h"
 #include "base/printf.h"
 
 namespace ctl {
@@ -82,7 +82,7 @@ void TextColumns::printRow(std::ostream& out, const std::vector<std::string>& ce
 }
 
 void printCsvLine(std::ostream& out, const std::vector<std::string>& fields) {
-  for (std::size_t i = 0; i < fields.size(); ++i) out << (i > 0 ? "," : "") << base::csvQuoted(fields[i]);
+  for (std::size_t i = 0; i < fields.size(); ++i) out << (i > 0 ? "," : "") << base::csvField(fields[i]);
   out << '\n';
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "base/journal_line.h"
 #include "base/printf.h"
 
 namespace ctl {
@@ -20,7 +21,8 @@ void TerminalOperator::leave() {
 }
 
 void TerminalOperator::messageBox(std::string_view text) {
-  std::cerr << text << '\n';
+  const bool toJournal = base::isJournal(STDERR_FILENO);
+  std::cerr << (toJournal ? base::journalLine(base::Priority::Warning, text, true) : std::string(text)) << '\n';
 }
 
 bool TerminalOperator::askYesNo(std::string_view text, Unattended unattended) {

@@ -127,11 +127,10 @@ std::vector<DescriptionPiece> FilterDescription::pieces() {
   if (settings.onName == 1) lines.line("IDS_FILTER_NAME", settings.name);
   if (settings.onPeriod != 0) {
     // The end's default is this description's own, so the stored text is read again.
-    constexpr std::string_view kEnd = "12/31/1999 23:59:59";
-    const std::string end =
-        filter_.config().ReadConfigString("IntervalEnd", kFilterSection, foundation::StoreMachine, kEnd);
-    lines.line("IDS_FILTER_PERIOD",
-               shownPeriod(settings.intervalStart, foundation::kDefaultPeriodStart) + " si\n" + shownPeriod(end, kEnd));
+    const std::string end = filter_.config().ReadConfigString("IntervalEnd", kFilterSection, foundation::StoreMachine,
+                                                              foundation::kDescribedPeriodEnd);
+    lines.line("IDS_FILTER_PERIOD", shownPeriod(settings.intervalStart, foundation::kDefaultPeriodStart) + " si\n" +
+                                        shownPeriod(end, foundation::kDescribedPeriodEnd));
   }
   if (!settings.numberPrefix.empty()) lines.line("IDS_FILTER_PHONE", settings.numberPrefix);
   if (!settings.number.empty()) lines.line("IDS_FILTER_PHONE", settings.number);

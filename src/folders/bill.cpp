@@ -7,6 +7,7 @@
 #include "base/printf.h"
 #include "base/text.h"
 #include "folders/db_folder.h"
+#include "folders/numbers.h"
 #include "folders/report_file.h"
 #include "folders/report_page.h"
 #include "folders/view_log.h"
@@ -26,11 +27,11 @@ struct BillColumn {
   const char* select;
 };
 constexpr std::array kColumns = {
-    BillColumn{401, "IDS_DATE_HOUR", "DateTime"},
-    BillColumn{400, "IDS_NUMBER", "DialNumber"},
-    BillColumn{411, "IDS_AREA", "Area"},
-    BillColumn{404, "IDS_DURATION", "TotalTime"},
-    BillColumn{420, "IDS_PRICE", "Price_Ref * %ADD% as padaos"},
+    BillColumn{KindTime, "IDS_DATE_HOUR", "DateTime"},
+    BillColumn{KindNumber, "IDS_NUMBER", "DialNumber"},
+    BillColumn{KindArea, "IDS_AREA", "Area"},
+    BillColumn{KindDuration, "IDS_DURATION", "TotalTime"},
+    BillColumn{KindPrice, "IDS_PRICE", "Price_Ref * %ADD% as padaos"},
 };
 constexpr std::size_t kDuration = 3;
 constexpr std::size_t kPrice = 4;

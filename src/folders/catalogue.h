@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "folders/numbers.h"
 #include "folders/services.h"
 
 namespace folders {
@@ -24,9 +25,9 @@ enum FolderFlag : unsigned {
   FolderConditional = 0x400,
 };
 
-// One column of a folder. Its kind is its identifier within the folder and decides how its values are shown.
+// One column of a folder.
 struct ColumnDefinition {
-  int kind;
+  int kind;                            // a ColumnKind
   const char* caption;                 // IDS_ key; IDS_NULL for the key column
   std::array<const char*, 2> selects;  // select expressions; unused ones null
   const char* sort;                    // sort expression; null: cannot be sorted
@@ -37,7 +38,7 @@ struct ColumnDefinition {
 enum class ConditionSource { None, LogFilter, CallFilter };
 
 struct FolderDefinition {
-  int id;
+  int id;               // a FolderNumber
   const char* caption;  // IDS_ key
   const char* table;
   const char* grouping;  // empty for a plain list
@@ -52,7 +53,6 @@ struct FolderDefinition {
 [[nodiscard]] const FolderDefinition* findFolder(int id);
 // The contacts list: a list of the same form, but none of the folders above.
 [[nodiscard]] const FolderDefinition& contactsList();
-inline constexpr int kContactsList = 200;  // its number
 
 // The folder's caption as it shows in the tree: translated, up to 31 characters.
 [[nodiscard]] std::string folderCaption(const FolderDefinition& definition, const foundation::LanguageFile& texts);

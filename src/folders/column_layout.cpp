@@ -4,6 +4,7 @@
 
 #include "base/printf.h"
 #include "base/text.h"
+#include "folders/numbers.h"
 
 namespace folders {
 
@@ -19,7 +20,7 @@ struct Place {
 };
 
 Place placeOf(const FolderDefinition& folder) {
-  if (folder.id == kContactsList) return {kContactsLayout, 0};
+  if (folder.id == FolderContacts) return {kContactsLayout, 0};
   const auto found = std::ranges::find(standardFolders(), folder.id, &FolderDefinition::id);
   return {kFolderLayouts, static_cast<std::size_t>(found - standardFolders().begin())};
 }

@@ -1,7 +1,4 @@
-#include <charconv>
-#include <cmath>
-
-#include "base/csv_line.h"
+#include "base/csv.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "folders/exports.h"
@@ -11,12 +8,6 @@
 namespace folders {
 
 namespace {
-
-bool isPlainNumber(std::string_view text) {
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size() && std::isfinite(value);
-}
 
 std::string cellText(const FolderView& view, std::size_t column, const CellValue& cell) {
   if (cell.first->isNull()) return {};
@@ -44,27 +35,18 @@ std::string plainNumber(double value) {
   return digits == "-0" ? "0" : digits;
 }
 
-std::string csvField(std::string_view text) {
-  constexpr std::string_view kFormulaStarts = "=+-@\t\r";
-  std::string field(text);
-  if (!field.empty() && kFormulaStarts.find(field.front()) != std::string_view::npos && !isPlainNumber(field)) {
-    field.insert(0, 1, '\'');
-  }
-  return base::csvQuoted(std::move(field));
-}
-
 bool exportCsv(FolderView& view, const std::filesystem::path& path, CsvMark mark) {
   const auto file = openReport(path, view.services().person);
   if (!file) return false;
   if (mark == CsvMark::ByteOrder) file->write("\xEF\xBB\xBF");
   std::string line;
-  for (const ViewColumn& column : view.columns()) line += (line.empty() ? "" : ",") + csvField(column.caption);
+  for (const ViewColumn& column : view.columns()) line += (line.empty() ? "" : ",") + base::csvCell(column.caption);
   file->write(line + "\r\n");
   view.forEachRow([&](std::span<const CellValue> row) {
     line.clear();
     for (std::size_t column = 0; column < row.size(); ++column) {
       if (column > 0) line += ',';
-      line += csvField(cellText(view, column, row[column]));
+      line += base::csvCell(cellText(view, column, row[column]));
     }
     file->write(line + "\r\n");
     return true;

@@ -23,7 +23,5 @@ bool exportXlsx(FolderView& view, const std::filesystem::path& file);
 
 // A number with at most 6 decimals, without grouping and idle zeros: 12.5, not 12.50.
 [[nodiscard]] std::string plainNumber(double value);
-// A text as a CSV field: made harmless, quoted where it must be.
-[[nodiscard]] std::string csvField(std::string_view text);
 
 }  // namespace folders

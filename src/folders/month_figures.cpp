@@ -4,6 +4,7 @@
 #include "analysis/trunk_verdict.h"
 #include "base/printf.h"
 #include "folders/db_folder.h"
+#include "folders/numbers.h"
 
 namespace folders {
 
@@ -115,11 +116,9 @@ MonthFigures monthFigures(base::DateTime day, const FolderServices& services, co
   figures.before = sumsOfMonth(services, monthFrom(day, -1));
   figures.lastYear = sumsOfMonth(services, monthFrom(day, -12));
   figures.days = eachDay(services, figures.first);
-  constexpr int kExtension = 402;
-  constexpr int kText = 413;
-  figures.extensions = dearest(services, formatter, figures.first, "Extension", kExtension);
-  figures.departments = dearest(services, formatter, figures.first, "Department", kText);
-  figures.destinations = dearest(services, formatter, figures.first, "Area", kText);
+  figures.extensions = dearest(services, formatter, figures.first, "Extension", KindExtension);
+  figures.departments = dearest(services, formatter, figures.first, "Department", KindDepartment);
+  figures.destinations = dearest(services, formatter, figures.first, "Area", KindArea);
 
   const analysis::CallScope scope =
       analysis::scopeOf(services.filter, settingsFor(services, figures.first, monthFrom(day, 1)));

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "base/csv.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "folders/exports.h"
@@ -38,7 +39,7 @@ std::string csvText(const PlainColumn& column, const PlainCell& cell) {
     return plainNumber(*number);
   }
   if (const auto* moment = std::get_if<base::DateTime>(&cell)) return moment->stored();
-  return csvField(textOf(column, cell, {}));
+  return base::csvCell(textOf(column, cell, {}));
 }
 
 bool writeCsv(const PlainTable& table, const FolderServices& services, const std::filesystem::path& path) {
@@ -47,7 +48,7 @@ bool writeCsv(const PlainTable& table, const FolderServices& services, const std
   std::string line = "\xEF\xBB\xBF";
   const char* separator = "";
   for (const PlainColumn& column : table.columns) {
-    line += separator + csvField(column.heading);
+    line += separator + base::csvCell(column.heading);
     separator = ",";
   }
   file->write(line + "\r\n");

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "base/version.h"
 #include "filter/description.h"
+#include "folders/numbers.h"
 
 namespace folders {
 
@@ -29,10 +30,10 @@ struct PartyCaption {
   std::string_view section;
 };
 constexpr std::array kPartyCaptions = {
-    PartyCaption{402, "Interior"},
-    PartyCaption{413, "Depart"},
-    PartyCaption{418, "Client"},
-    PartyCaption{419, "Folder"},
+    PartyCaption{KindExtension, "Interior"},
+    PartyCaption{KindDepartment, "Depart"},
+    PartyCaption{KindClient, "Client"},
+    PartyCaption{KindFile, "Folder"},
 };
 
 }  // namespace

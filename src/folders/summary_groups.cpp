@@ -4,15 +4,14 @@
 #include <array>
 
 #include "base/printf.h"
+#include "folders/numbers.h"
 
 namespace folders {
 
 namespace {
 
 constexpr std::size_t kLargestShown = 20;
-constexpr std::array kNaturalKinds = {429, 430, 431, 432};  // weekday, day of month, hour, month
-constexpr int kPriceKind = 417;
-constexpr int kCountKind = 421;
+constexpr std::array kNaturalKinds = {KindWeekday, KindDay, KindHour, KindMonth};
 
 void addTo(std::vector<double>& sums, const std::vector<double>& more) {
   for (std::size_t i = 0; i < more.size(); ++i) sums[i] += more[i];
@@ -38,7 +37,7 @@ void SummaryGroups::chooseMeasure() {
     for (std::size_t i = 0; i < measures_.size(); ++i) totals_[i] += row[measures_[i]].first->toDouble();
     return true;
   });
-  charted_ = totals_[measureOf(kPriceKind)] > 0 ? measureOf(kPriceKind) : measureOf(kCountKind);
+  charted_ = totals_[measureOf(KindPriceSum)] > 0 ? measureOf(KindPriceSum) : measureOf(KindCount);
 }
 
 void SummaryGroups::readGroups() {

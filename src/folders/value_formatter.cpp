@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/printf.h"
+#include "folders/numbers.h"
 
 namespace folders {
 
@@ -13,33 +14,33 @@ constexpr Alignment R = Alignment::Right;
 constexpr Alignment C = Alignment::Center;
 
 constexpr std::array kKinds = {
-    KindFormat{203, Format::ContactType},
-    KindFormat{207, Format::Nothing},
-    KindFormat{208, Format::Nothing},
-    KindFormat{352, Format::DateTime},
-    KindFormat{353, Format::Date},
-    KindFormat{382, Format::DateTime},
-    KindFormat{401, Format::DateTime},
-    KindFormat{402, Format::Extension},
-    KindFormat{403, Format::Digits, R},
-    KindFormat{404, Format::Duration, R, true},
-    KindFormat{408, Format::Money, R, true},
-    KindFormat{409, Format::Flag, C},
-    KindFormat{412, Format::MoneyCurrency, R},
-    KindFormat{415, Format::Direction, C},
-    KindFormat{416, Format::Minutes, R, true},
-    KindFormat{417, Format::Money, R, true},
-    KindFormat{420, Format::Money, R, true},
-    KindFormat{421, Format::Digits, R, true},
-    KindFormat{422, Format::Money, R, true},
-    KindFormat{423, Format::Money, R},
-    KindFormat{424, Format::Minutes, R},
-    KindFormat{425, Format::Money, R},
-    KindFormat{428, Format::Digits, R, true},
-    KindFormat{429, Format::Weekday},
-    KindFormat{430, Format::Digits, R},
-    KindFormat{431, Format::Hour},
-    KindFormat{432, Format::Month},
+    KindFormat{KindRelationship, Format::ContactType},
+    KindFormat{KindAddress, Format::Nothing},
+    KindFormat{KindNote, Format::Nothing},
+    KindFormat{KindLastAccess, Format::DateTime},
+    KindFormat{KindPasswordDate, Format::Date},
+    KindFormat{KindLogTime, Format::DateTime},
+    KindFormat{KindTime, Format::DateTime},
+    KindFormat{KindExtension, Format::Extension},
+    KindFormat{KindTrunk, Format::Digits, R},
+    KindFormat{KindDuration, Format::Duration, R, true},
+    KindFormat{KindCostReference, Format::Money, R, true},
+    KindFormat{KindRedirected, Format::Flag, C},
+    KindFormat{KindCost, Format::MoneyCurrency, R},
+    KindFormat{KindDirection, Format::Direction, C},
+    KindFormat{KindRing, Format::Minutes, R, true},
+    KindFormat{KindPriceSum, Format::Money, R, true},
+    KindFormat{KindPrice, Format::Money, R, true},
+    KindFormat{KindCount, Format::Digits, R, true},
+    KindFormat{KindCostSum, Format::Money, R, true},
+    KindFormat{KindCostAverage, Format::Money, R},
+    KindFormat{KindRingAverage, Format::Minutes, R},
+    KindFormat{KindPriceAverage, Format::Money, R},
+    KindFormat{KindPulses, Format::Digits, R, true},
+    KindFormat{KindWeekday, Format::Weekday},
+    KindFormat{KindDay, Format::Digits, R},
+    KindFormat{KindHour, Format::Hour},
+    KindFormat{KindMonth, Format::Month},
 };
 
 // Asked for every cell, so by number. Kinds beyond the last one show their text too.

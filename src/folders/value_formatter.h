@@ -6,6 +6,7 @@
 
 #include "exchange/party_definitions.h"
 #include "folders/money_format.h"
+#include "folders/numbers.h"
 #include "foundation/language_file.h"
 #include "jet/value.h"
 
@@ -50,7 +51,7 @@ class ValueFormatter {
                  const exchange::PartyDefinitions& definitions)
       : texts_(texts), definitions_(definitions), money_(config), separators_(separatorsOf(texts)) {}
 
-  // `second` is the currency of kind 412. Null gives an empty text.
+  // `second` is the currency of a KindCost. Null gives an empty text.
   [[nodiscard]] std::string formatCell(int kind, const jet::Value& value, const jet::Value& second = {}) const;
   // The sum of a column whose kind is `summed`; durations of all kinds as hh:mm:ss.
   [[nodiscard]] std::string formatTotal(int kind, double sum) const;

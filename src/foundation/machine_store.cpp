@@ -37,16 +37,6 @@ class Descriptor {
   int number_;
 };
 
-bool writeAll(int descriptor, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t put = write(descriptor, content.data(), content.size());
-    if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) return false;
-    content.remove_prefix(static_cast<std::size_t>(put));
-  }
-  return true;
-}
-
 // A hung holder must not hang every program of the workstation: after a while the write is refused instead.
 bool lockPatiently(int descriptor) {
   const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
@@ -70,21 +60,13 @@ void takeOverSharing(int descriptor, const struct stat& old) {
   if (sharedWithGroup(old) && (given || fchown(descriptor, kSameOwner, old.st_gid) == 0)) fchmod(descriptor, 0660);
 }
 
-// Puts `content` in place of `file` at once: a process that opens the file sees the old or the new text whole, also
-// after a power failure.
 bool replaceFile(const std::filesystem::path& file, std::string_view content) {
-  std::string temporary = file.string() + ".XXXXXX";
-  const Descriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));  // mode 0600
-  if (!descriptor.valid()) return false;
-  struct stat old {};
-  if (stat(file.c_str(), &old) == 0) takeOverSharing(descriptor.number(), old);
-  if (!writeAll(descriptor.number(), content) || fsync(descriptor.number()) != 0 ||
-      rename(temporary.c_str(), file.c_str()) != 0) {
-    unlink(temporary.c_str());
-    return false;
-  }
-  static_cast<void>(platform::syncFolder(file.parent_path()));  // the new text is there in any case
-  return true;
+  const auto keepSharing = [&file](int descriptor) {
+    struct stat old {};
+    if (stat(file.c_str(), &old) == 0) takeOverSharing(descriptor, old);
+  };
+  const auto* bytes = reinterpret_cast<const unsigned char*>(content.data());
+  return !platform::replaceDurably(file, {bytes, content.size()}, keepSharing);
 }
 
 // The file, made when it is missing, opened and locked; invalid when that cannot be. A writer puts another file in its

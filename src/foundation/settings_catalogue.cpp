@@ -57,7 +57,7 @@ constexpr Setting kSettings[] = {
     {"general", "PageSetup", M, S, ""},
     folder("LastExportFolder", ""),
     {"general", "AutoLoginUser", M, S, ""},
-    {"general", "AutoLoginPassword", M, S, ""},
+    formed("general", "AutoLoginPassword", M, "", SettingForm::Secret),
     // The exchange's place and the lines out.
     {"general", "CountryCode", M, S, ""},
     {"general", "AreaCode", M, S, ""},
@@ -65,6 +65,14 @@ constexpr Setting kSettings[] = {
     {"general", "OutFile", M, S, ""},
     {"general", "LiveSocket", M, S, ""},
     {"general", "MailProgram", M, S, "/usr/sbin/sendmail"},
+    // How this workstation sends mail.
+    {"Mail", "Server", M, S, ""},
+    ranged("Mail", "Port", M, "587", 1, 65535),
+    {"Mail", "Encryption", M, S, "starttls"},
+    {"Mail", "Authorities", M, S, ""},
+    {"Mail", "User", M, S, ""},
+    formed("Mail", "Password", M, "", SettingForm::Secret),
+    {"Mail", "From", M, S, ""},
     // The desktop.
     onOff("general", "iface_Toolbar", M, "0"),
     onOff("general", "iface_Statusbar", M, "0"),
@@ -269,7 +277,8 @@ std::string storableValue(const Setting& setting, std::string_view typed) {
   }
   if (setting.form == SettingForm::Folder && jet::isServerAddress(value)) return storableAddress(value);
   if (setting.form == SettingForm::Folder && value != "---") return base::withSeparator(value);
-  return std::string(setting.form == SettingForm::Any ? typed : value);
+  const bool asTyped = setting.form == SettingForm::Any || setting.form == SettingForm::Secret;
+  return std::string(asTyped ? typed : value);
 }
 
 std::optional<Store> storeOf(std::string_view section, std::string_view key) {

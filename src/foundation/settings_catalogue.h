@@ -17,11 +17,12 @@ enum class SettingType { Integer, String, Binary };
 enum class SettingForm {
   Any,
   Folder,   // a folder; names of files are appended to it, so its writer adds the closing separator
+  Secret,   // a password: a list says only whether it is set
   Decimal,  // a decimal number with "." or nothing; it goes into statements as it is
 };
 
-// A known setting: where it lives and what it holds, for the command line, the desktop and the documents. Callers of
-// ConfigManager still choose the store themselves; this table is what they choose by.
+// A known setting: where it lives and what it holds, for the command line, the desktop's pages and the documents. Code
+// that reads one by its name from a ConfigManager repeats its store and default; a test of the tree compares them.
 struct Setting {
   std::string_view section;  // may end in a placeholder, as "Provider_%d"
   std::string_view key;      // may hold one placeholder at its end, as "ExtDef%d" or "PathDatabase_%s"
@@ -36,6 +37,7 @@ struct Setting {
 // The period of a filter whose period was never set.
 inline constexpr std::string_view kDefaultPeriodStart = "12/31/1999 00:00:00";
 inline constexpr std::string_view kDefaultPeriodEnd = "12/31/2002 23:59:59";
+inline constexpr std::string_view kDescribedPeriodEnd = "12/31/1999 23:59:59";  // in the description of the filter
 
 [[nodiscard]] std::span<const Setting> knownSettings();
 

@@ -13,6 +13,7 @@ namespace ingest {
 
 namespace {
 
+// A link that leads nowhere takes its name too.
 bool nameTaken(const std::filesystem::path& file) {
   std::error_code ignored;
   return std::filesystem::exists(std::filesystem::symlink_status(file, ignored));

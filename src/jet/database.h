@@ -38,9 +38,9 @@ class Database {
   // Of a database on a server. False once the connection was lost (Error 3151): everything throws that from then on,
   // until reconnect() gave true. Costs nothing.
   [[nodiscard]] virtual bool connected() const = 0;
-  // Outside of transactions. Connects anew where the connection is lost, noticed or not; false while the server cannot
+  // Outside of transactions. Connects again where the connection is lost, noticed or not; false while the server cannot
   // be reached. Recordsets and windows from
-  // before have to be opened anew. Throws Error when the server answers and refuses.
+  // before have to be opened again. Throws Error when the server answers and refuses.
   virtual bool reconnect() = 0;
   // After that: whether the transaction in whose commit() the connection was lost was committed after all.
   virtual bool lostCommitDone() = 0;
@@ -82,7 +82,7 @@ class Database {
   [[nodiscard]] virtual const MasksPtr& masks() const = 0;
 
   // Waits until everything that was committed is on the disk; commits alone may still be lost with the power. Throws
-  // Error when the device fails. Nobody else may open or close the file's bytes while it is open here: see
+  // Error when the device fails. No one else may open or close the file's bytes while it is open here: see
   // docs/storage.md.
   virtual void makeDurable() = 0;
 
@@ -114,9 +114,9 @@ class Database {
 };
 
 // Changes between construction and commit() become visible and durable together; left without commit, they are undone.
-// Exclusive among writers: construction waits for the others (Error 3260 after ten seconds), and until the end nobody
+// Exclusive among writers: construction waits for the others (Error 3260 after ten seconds), and until the end no one
 // else changes anything. So a number that is read and written back within one transaction is given out once, and rows
-// that are all deleted and written anew cannot get mixed with another copy's. Whatever reads and then writes relies on
+// that are all deleted and rewritten cannot get mixed with another copy's. Whatever reads and then writes relies on
 // this, and on nothing else: change tags, settings, "Next RecID", "LastCurrencyID", numbers of users and groups, trunks
 // taken, definitions and currencies that are rewritten whole.
 class Transaction {
@@ -179,7 +179,7 @@ OpenedDatabase openWritableOrReadOnly(const std::filesystem::path& path);
 // Whether a table cannot have this name, for a database keeps things of its own under it.
 bool isReservedTableName(std::string_view name);
 
-// Name and version of the library behind the database files, for a person.
+// Name and version of the library that keeps the database files, for a person.
 std::string databaseLibrary();
 
 // Makes a new, empty file or database on a server; refuses (3204) when it exists.

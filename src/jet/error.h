@@ -25,7 +25,7 @@ class Error : public std::runtime_error {
   // True when the operator stopped the work: nothing to complain about.
   [[nodiscard]] bool canceled() const { return number_ == kCanceled; }
 
-  // True when the server cannot be reached (any more): the database has to be opened anew.
+  // True when the server cannot be reached (any more): the database has to be opened again.
   [[nodiscard]] bool connectionLost() const { return number_ == kConnectionLost; }
 
   static constexpr int kCanceled = 3059;

@@ -17,7 +17,7 @@ bool continuesCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// Byte position behind `count` characters from `from` on, at most the text's end. A byte that is no UTF-8 counts as a
+// Byte position after `count` characters from `from` on, at most the text's end. A byte that is no UTF-8 counts as a
 // character or as a part of the one before it.
 std::size_t skipCharacters(std::string_view text, std::size_t from, std::int64_t count) {
   while (count > 0 && from < text.size()) {
@@ -159,7 +159,7 @@ Value val(const Arguments& arguments) {
   return number == 0 ? 0.0 : number;
 }
 
-// A blank stands where a negative number has its sign.
+// A blank takes the place of a negative number's sign.
 Value str(const Arguments& arguments) {
   const Value& value = arguments[0];
   const std::string text = value.type() == Type::Long ? value.toText() : Value(numberArgument(value)).toText();

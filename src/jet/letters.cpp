@@ -73,7 +73,7 @@ char32_t baseLetter(char32_t letter) {
 
 namespace {
 
-// Where a folded letter stands in the order. Of the forms of a letter those with the lower number come first, but Ă
+// Where a folded letter is in the order. Of the forms of a letter those with the lower number come first, but Ă
 // before Â.
 std::uint64_t place(char32_t letter) {
   constexpr char32_t kBreve = U'ă';

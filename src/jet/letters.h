@@ -7,7 +7,7 @@ namespace jet {
 
 // How the dialect compares texts: letters of all alphabets without regard to case, in the order of a reader: the
 // letter, then its forms with diacritics (A, Ă, Â, B ... S, Ș, T). Texts of ASCII alone compare as under A-Z folding,
-// and are equal to no text with another letter. Bytes that are no UTF-8 stand behind all letters.
+// and are equal to no text with another letter. Bytes that are no UTF-8 come after all letters.
 
 int compareLetters(std::string_view left, std::string_view right);  // <0, 0, >0
 [[nodiscard]] bool equalLetters(std::string_view left, std::string_view right);

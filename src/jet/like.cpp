@@ -82,7 +82,7 @@ class Matcher {
     return element == character ? position + 1 : npos;
   }
 
-  // A class from behind its "[" on; a "!" alone in its brackets is that character.
+  // A class from after its "[" on; a "!" alone in its brackets is that character.
   std::size_t matchClass(char32_t character, std::size_t position) const {
     const bool negated = pattern_[position] == U'!' && pattern_[position + 1] != U']';
     if (negated) ++position;
@@ -99,7 +99,7 @@ class Matcher {
 
   const Characters& text_;
   const Characters& pattern_;
-  std::size_t lastClosing_ = 0;  // behind the last "]": a "[" from there on is an ordinary character
+  std::size_t lastClosing_ = 0;  // after the last "]": a "[" from there on is an ordinary character
 };
 
 }  // namespace

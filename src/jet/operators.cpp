@@ -30,7 +30,7 @@ std::optional<int> compareNumbers(const Value& left, const Value& right) {
   return sign(*a - *b);
 }
 
-// True is -1 and stands first.
+// True is -1 and comes first.
 std::optional<int> compareTruth(const Value& left, const Value& right) {
   const auto a = truth(left);
   const auto b = truth(right);

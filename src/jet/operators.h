@@ -14,7 +14,7 @@ namespace jet {
 
 // <0, 0, >0; nothing when a side is Null or the two cannot be compared (a text that is no number beside a number).
 // Texts compare by their letters (jet/letters.h); numbers, dates and booleans by value (booleans by truth
-// against numbers; True, -1, stands before False, 0).
+// against numbers; True, -1, comes before False, 0).
 std::optional<int> compare(const Value& left, const Value& right);
 
 // Whether a comparison holds for an order as compare() gives it.

@@ -24,7 +24,7 @@ struct PreparedPlace {
 class PreparedSelect {
  public:
   // The statement in the terms of base::format(), each value within a literal: %d for a whole number, #%d:%d# for a
-  // time of day, %s anywhere in a quoted text, once. What has no placeholder stands as it is. Throws std::logic_error
+  // time of day, %s anywhere in a quoted text, once. What has no placeholder stays as it is. Throws std::logic_error
   // for a placeholder elsewhere, Error 3075 for a text that cannot be cut into tokens.
   explicit PreparedSelect(std::string_view pattern);
 
@@ -53,7 +53,7 @@ class PreparedSelect {
     Kind kind = Kind::Number;
     std::size_t literal = 0;  // its place among all literals
     char quote = '\0';        // of a text
-    std::string before = {};  // what stands around the value within its quotes
+    std::string before = {};  // what is around the value within its quotes
     std::string after = {};
   };
 

@@ -9,7 +9,7 @@
 
 namespace jet {
 
-// A dynaset: a set of row keys of one table; a row is read anew whenever it becomes current, so other copies' changes
+// A dynaset: a set of row keys of one table; a row is read again whenever it becomes current, so other copies' changes
 // are seen. Opening costs nothing whatever the size of the table. Selects that group, join texts or drop duplicates
 // give a recordset that can be read but not changed (3027).
 //

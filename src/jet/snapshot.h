@@ -27,7 +27,7 @@ struct ResultTable {
   ColumnNames columns;
   std::vector<Value> cells;  // row after row; none when the rows are borrowed
   std::size_t rows = 0;
-  // Rows that are held in memory anyway, as they stand, and what keeps them there.
+  // Rows that are held in memory anyway, as they are, and what keeps them there.
   std::vector<const Value*> borrowed = {};
   std::shared_ptr<const void> lender = nullptr;
   // What find() keeps from search to search. Made by the first one, on the thread of the Database.

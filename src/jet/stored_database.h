@@ -11,7 +11,7 @@
 namespace jet {
 
 // What can be asked of a database, and done to it, without opening it: of a file, or on a server. A place is a path, or
-// the address of a server with the name of a file behind it, as openDatabase takes them.
+// the address of a server followed by the name of a file, as openDatabase takes them.
 
 // Whether the place, or what comes before the names of databases in it, is on a server.
 bool isServerAddress(std::string_view place);
@@ -20,7 +20,7 @@ bool isServerAddress(std::string_view place);
 std::string completedAddress(std::string_view typed);
 // The same for a setting. Throws Error 3051, which says what is wrong: it is no address, or has a password in it.
 std::string storableAddress(std::string_view typed);
-// The address without a password that may stand in it.
+// The address without a password that may be in it.
 std::string withoutPassword(std::string_view place);
 
 // False, nothing: also when it cannot be looked at. Opening it says why.
@@ -28,13 +28,13 @@ bool databaseExists(const std::filesystem::path& place);
 std::optional<std::uintmax_t> databaseSize(const std::filesystem::path& place);  // bytes
 // For messages to a person.
 std::string describeDatabase(const std::filesystem::path& place);
-// Of a database that nobody has open; what cannot be removed stays.
+// Of a database that no one has open; what cannot be removed stays.
 void removeDatabase(const std::filesystem::path& place) noexcept;
 
 // For places on one server. All throw Error 3051, or 3151 when it cannot be reached, with the server's own text.
 // Connects; the version of the server. Throws also for an address that is none, or has a password in it.
 std::string askServer(std::string_view place);
-// New names for databases that nobody has open: all of them or none. `from` and `to` differ in their names alone.
+// New names for databases that no one has open: all of them or none. `from` and `to` differ in their names alone.
 struct Renamed {
   std::filesystem::path from;
   std::filesystem::path to;

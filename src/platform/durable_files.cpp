@@ -6,6 +6,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
 
 namespace platform {
 
@@ -18,6 +20,7 @@ std::error_code lastError() {
 // An open file; closed at the end.
 class Descriptor {
  public:
+  explicit Descriptor(int number) : number_(number) {}
   Descriptor(const std::filesystem::path& file, int flags) : number_(::open(file.c_str(), flags | O_CLOEXEC, 0660)) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
@@ -90,6 +93,25 @@ std::error_code writeDurably(const std::filesystem::path& file, std::int64_t off
   if (const std::error_code error = writeAll(descriptor, offset, bytes)) return error;
   if (::fsync(descriptor.number()) != 0) return lastError();
   return syncFolderOf(file);
+}
+
+std::error_code replaceDurably(const std::filesystem::path& file, std::span<const unsigned char> bytes,
+                               const std::function<void(int)>& giveRights) {
+  std::string temporary = file.string() + ".XXXXXX";
+  const Descriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC));  // mode 0600
+  if (!descriptor.isOpen()) return lastError();
+  giveRights(descriptor.number());
+  std::error_code error = writeAll(descriptor, 0, bytes);
+  if (!error && (::fsync(descriptor.number()) != 0 || ::rename(temporary.c_str(), file.c_str()) != 0)) {
+    error = lastError();
+  }
+  if (error) {
+    ::unlink(temporary.c_str());
+    return error;
+  }
+  error = syncFolderOf(file);
+  // Who may write in a folder but not read it cannot sync it; the new content is there.
+  return error == std::errc::permission_denied ? std::error_code() : error;
 }
 
 std::error_code copyRestDurably(const std::filesystem::path& from, std::int64_t offset,

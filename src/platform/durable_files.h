@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <system_error>
 
@@ -25,6 +26,12 @@ std::error_code syncFile(const std::filesystem::path& file);
 // Never writes through a link.
 std::error_code writeDurably(const std::filesystem::path& file, std::int64_t offset,
                              std::span<const unsigned char> bytes);
+
+// Makes `bytes` the whole content of the file, there before or not, at once: a program that opens it sees the old or
+// the new content whole, also after a power cut. The new file is private to this process's user unless `giveRights`,
+// which gets its descriptor before it takes the old one's place, says otherwise. A link is replaced, not followed.
+std::error_code replaceDurably(const std::filesystem::path& file, std::span<const unsigned char> bytes,
+                               const std::function<void(int)>& giveRights);
 
 // Makes the bytes of `from`, from `offset` to its end, the whole content of `to`, as writeDurably does.
 std::error_code copyRestDurably(const std::filesystem::path& from, std::int64_t offset,

@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/little_endian.h"
+
 namespace platform {
 
 namespace {
@@ -78,16 +80,6 @@ void watch(int poll, int descriptor) {
   event.events = EPOLLIN;
   event.data.fd = descriptor;
   epoll_ctl(poll, EPOLL_CTL_ADD, descriptor, &event);
-}
-
-std::uint32_t wordAt(std::span<const unsigned char> bytes, std::size_t at) {
-  std::uint32_t value = 0;
-  for (std::size_t i = 4; i-- > 0;) value = value << 8 | bytes[at + i];
-  return value;
-}
-
-void putWord(unsigned char* to, std::uint32_t value) {
-  for (std::size_t i = 0; i < 4; ++i) to[i] = static_cast<unsigned char>(value >> (8 * i));
 }
 
 }  // namespace
@@ -200,7 +192,7 @@ bool LiveChannelServer::answer(int connection, std::span<const unsigned char> me
     if (each.descriptor == connection) each.lastHeard = Clock::now();
   }
   std::array<unsigned char, 4> result{};
-  putWord(result.data(), static_cast<std::uint32_t>(handle(message)));
+  base::putWord(result.data(), static_cast<std::uint32_t>(handle(message)));
   return ::send(connection, result.data(), result.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(result.size());
 }
 
@@ -210,8 +202,8 @@ void LiveChannelServer::drop(int connection) {
 }
 
 std::int32_t LiveChannelServer::handle(std::span<const unsigned char> message) const {
-  if (message.size() < kHeaderSize || wordAt(message, 4) != message.size() - kHeaderSize) return 0;
-  switch (wordAt(message, 0)) {
+  if (message.size() < kHeaderSize || base::wordAt(&message[4]) != message.size() - kHeaderSize) return 0;
+  switch (base::wordAt(message.data())) {
     case kLiveRecordTag:
       return handler_(message.subspan(kHeaderSize));
     case kImportRequestTag:
@@ -247,15 +239,15 @@ std::int32_t LiveChannelClient::requestImport() {
 
 std::int32_t LiveChannelClient::exchange(std::uint32_t tag, std::span<const unsigned char> bytes) {
   std::vector<unsigned char> message(kHeaderSize + bytes.size());
-  putWord(message.data(), tag);
-  putWord(message.data() + 4, static_cast<std::uint32_t>(bytes.size()));
+  base::putWord(message.data(), tag);
+  base::putWord(message.data() + 4, static_cast<std::uint32_t>(bytes.size()));
   std::copy(bytes.begin(), bytes.end(), message.begin() + kHeaderSize);
   std::array<unsigned char, 4> answer{};
   if (::send(descriptor_, message.data(), message.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(message.size()) ||
       recv(descriptor_, answer.data(), answer.size(), 0) != static_cast<ssize_t>(answer.size())) {
     throw std::runtime_error("The live channel closed before the record was answered.");
   }
-  return static_cast<std::int32_t>(wordAt(answer, 0));
+  return static_cast<std::int32_t>(base::wordAt(answer.data()));
 }
 
 std::filesystem::path defaultLiveSocket() {

@@ -35,7 +35,7 @@ const DatabaseKind* kindCalled(std::string_view name);  // null when it is none 
 class DatabasePlace {
  public:
   static DatabasePlace ofFolder(const std::filesystem::path& folder);
-  // As setting "PathDatabase" says it; the files' names are appended to it as it stands.
+  // As setting "PathDatabase" says it; the files' names are appended to it as it is.
   static DatabasePlace ofSetting(std::string_view setting);
   // As a person types it: a folder, or the address of a server, each with or without its last slash.
   static DatabasePlace ofTyped(const std::filesystem::path& typed);
@@ -62,7 +62,7 @@ class DatabasePlace {
   [[nodiscard]] std::unique_ptr<jet::Database> createEmpty(Which which) const;
   [[nodiscard]] std::unique_ptr<jet::Database> open(Which which, jet::OpenMode mode) const;
   [[nodiscard]] jet::OpenedDatabase openWritableOrReadOnly(Which which) const;
-  // Of one that was not finished and that nobody has open; what cannot be removed stays.
+  // Of one that was not finished and that no one has open; what cannot be removed stays.
   void remove(Which which) const noexcept;
   // Gives the databases here, on a server and open nowhere, the names of that place's: all of them or none.
   void rename(const DatabasePlace& to) const;

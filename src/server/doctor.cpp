@@ -52,13 +52,10 @@ class Examination {
       return std::move(findings_);
     }
     const auto databases = schema::DatabasePlace::ofSetting(data);
-    bool reached = true;
-    if (databases.onServer()) {
-      reached = checkServer(databases);
-    } else {
-      checkDataFolder(base::systemPath(data));
+    if (!databases.onServer()) checkDataFolder(base::systemPath(data));
+    if (!databases.onServer() || checkServer(databases)) {
+      examineDatabases(databases, patient_.clock.now(), findings_);
     }
-    if (reached) examineDatabases(databases, patient_.clock.now(), findings_);
     checkMonitor();
     checkLiveSocket();
     checkOutput();
@@ -127,7 +124,7 @@ class Examination {
     if (faults == 0) good("settings", "those of the machine are of the right type and in range");
   }
 
-  // False when nothing can be said of the databases.
+  // False when it does not answer: nothing is known of its databases then.
   bool checkServer(const schema::DatabasePlace& databases) {
     try {
       good("database server", base::format("PostgreSQL %s answers", databases.askServer()), databases.describe());

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kVisible = 200;
 
 // Keys of a source that change what becomes of a call and not how a line is read. They are taken, so that a source's
-// keys can be tried as they stand.
+// keys can be tried as they are.
 bool isOfDelivery(std::string_view key) {
   return key == "id" || key == "format" || key == "internal" || key == "extension_prefix" || key == "quiet";
 }

@@ -30,7 +30,7 @@ struct PricingContext {
   std::string currency;  // code of the charge band, empty when there was none
 };
 
-// Prices calls against the tariff database. Lends everything it is given; all must outlive it.
+// Prices calls against the tariff database. Keeps references to everything it is given; all must outlive it.
 class PriceCalculator {
  public:
   // `tariffs` may be null: every call then costs 0 and is reported as without a tariff rule.

@@ -9,7 +9,7 @@
 #include <unordered_map>
 
 #include "base/codepage.h"
-#include "base/csv_line.h"
+#include "base/csv.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "tariff/price_list_prefix.h"

@@ -76,7 +76,7 @@ constexpr StepText kOutcomeNoCharge = {
 constexpr StepText kOutcomeUnusable = {"IDS_PRICE_OUTCOME_UNUSABLE",
                                        "a charge band without currency or times ended the calculation"};
 
-// Details of a step stand under it.
+// Details of a step are under it.
 constexpr const char* kIndent = "    ";
 
 std::string dateAndTime(base::DateTime time) {
@@ -114,7 +114,7 @@ class Report {
     std::string translated = language_.Translate(text.key);
     return translated == text.key ? std::string(text.english) : translated;
   }
-  // A remark behind a step, when it holds.
+  // A remark after a step, when it holds.
   [[nodiscard]] std::string remark(bool holds, const char* separator, const StepText& text) const {
     return holds ? separator + words(text) : std::string();
   }

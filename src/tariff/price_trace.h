@@ -24,7 +24,7 @@ enum class PriceOutcome {
   NothingToCharge,  // the free seconds cover the call
   NoDestination,    // no prefix matches
   NoCharge,         // no charge band matches
-  UnusableCharge,   // a band without currency or times ended the sum; what was summed before it stands
+  UnusableCharge,   // a band without currency or times ended the sum; what was summed before it is kept
 };
 
 // What each step of a price found, in the order of the steps; a step that was not reached stays empty.

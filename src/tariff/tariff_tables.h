@@ -11,7 +11,7 @@
 
 namespace tariff {
 
-// The tariff database as whoever edits it sees it: plain records, read whole and written back whole.
+// The tariff database as its editor sees it: plain records, read whole and written back whole.
 
 struct ProviderRow {
   std::int32_t providerId = 0;

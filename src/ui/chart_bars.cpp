@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "folders/numbers.h"
 #include "ui/texts.h"
 
 namespace ui {
@@ -18,7 +19,10 @@ struct Axis {
   int first;
   int last;
 };
-constexpr Axis kAxes[] = {{113, 1, 7}, {114, 1, 31}, {115, 1, 12}, {116, 0, 23}};
+constexpr Axis kAxes[] = {{folders::FolderWeekdays, 1, 7},
+                          {folders::FolderDays, 1, 31},
+                          {folders::FolderMonths, 1, 12},
+                          {folders::FolderHours, 0, 23}};
 
 const Axis* axisOf(int folder) {
   const auto* found = std::ranges::find(kAxes, folder, &Axis::folder);

@@ -20,7 +20,7 @@ struct ChartBar {
   QString beforeText = {};
 };
 
-// Bars stand below each other, as many as fit; columns and the points of a line from left to right, all of them.
+// Bars are below each other, as many as fit; columns and the points of a line from left to right, all of them.
 enum class ChartShape { Bars, Columns, Line };
 
 // A statistic as it is drawn.

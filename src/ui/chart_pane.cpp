@@ -59,7 +59,7 @@ ChartPane::ChartPane(const Texts& texts, foundation::ConfigManager& config, QWid
   auto* choices = new FlowLayout(bar);
   choices->setContentsMargins(8, 4, 8, 0);
   choices->setSpacing(8);
-  // As high as the boxes, in whose middle their texts stand.
+  // As high as the boxes, in whose middle their texts are.
   for (QWidget* text : {static_cast<QWidget*>(shown_), static_cast<QWidget*>(compare_)}) {
     text->setMinimumHeight(measures_->sizeHint().height());
   }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/path.h"
+#include "folders/numbers.h"
 #include "foundation/definition_change.h"
 #include "security/audit_log.h"
 #include "ui/contact_calls.h"
@@ -28,11 +29,6 @@ namespace ui {
 
 namespace {
 
-constexpr int kKindNumber = 400;
-constexpr int kKindName = 407;
-constexpr int kKindExtension = 402;
-constexpr int kFolderCalls = 100;
-constexpr int kFolderTop = 102;
 // The settings page that connects an exchange.
 constexpr const char* kExchangePage = "IDS_PAGE_EXCHANGE";
 
@@ -44,20 +40,20 @@ struct FilterColumn {
   const char* valueKey;
 };
 constexpr FilterColumn kFilterColumns[] = {
-    {103, 400, "OnArea", "Area"},
-    {0, 400, nullptr, "Number"},
-    {110, 418, "OnName", "Name"},
-    {111, 426, nullptr, "Country"},
-    {0, 402, "OnExtension", "ExtensionStr"},
-    {0, 403, "OnTrunk", "Trunk"},
-    {0, 405, "OnAccount", "Cont"},
-    {0, 407, "OnName", "Name"},
-    {0, 411, "OnArea", "Area"},
-    {0, 413, "OnDepartment", "Department"},
-    {0, 418, "OnClient", "Client"},
-    {0, 419, "OnFolder", "Folder"},
-    {0, 426, nullptr, "Provider"},
-    {0, 427, nullptr, "Country"},
+    {folders::FolderAreas, folders::KindNumber, "OnArea", "Area"},
+    {0, folders::KindNumber, nullptr, "Number"},
+    {folders::FolderNames, folders::KindClient, "OnName", "Name"},
+    {folders::FolderCountries, folders::KindProvider, nullptr, "Country"},
+    {0, folders::KindExtension, "OnExtension", "ExtensionStr"},
+    {0, folders::KindTrunk, "OnTrunk", "Trunk"},
+    {0, folders::KindAccount, "OnAccount", "Cont"},
+    {0, folders::KindName, "OnName", "Name"},
+    {0, folders::KindArea, "OnArea", "Area"},
+    {0, folders::KindDepartment, "OnDepartment", "Department"},
+    {0, folders::KindClient, "OnClient", "Client"},
+    {0, folders::KindFile, "OnFolder", "Folder"},
+    {0, folders::KindProvider, nullptr, "Provider"},
+    {0, folders::KindCountry, nullptr, "Country"},
 };
 
 const FilterColumn* findFilterColumn(int folder, int kind) {
@@ -69,7 +65,7 @@ const FilterColumn* findFilterColumn(int folder, int kind) {
 
 // An extension is shown as "201 (name)"; the filter wants the number.
 QString filterValue(int kind, const QString& shown) {
-  return kind == kKindExtension ? shown.section(" (", 0, 0) : shown;
+  return kind == folders::KindExtension ? shown.section(" (", 0, 0) : shown;
 }
 
 bool filterBy(const CommandTarget& target, int kind, const QString& shown) {
@@ -91,7 +87,8 @@ void filterByCurrentValue(const CommandTarget& target) {
 }
 
 bool showsNumbers(const CFolderView& list) {
-  return (list.folderId() == kFolderCalls || list.folderId() == kFolderTop) && list.model().columnOf(kKindNumber) >= 0;
+  return (list.folderId() == folders::FolderCalls || list.folderId() == folders::FolderTop) &&
+         list.model().columnOf(folders::KindNumber) >= 0;
 }
 
 // The numbers of the selected rows, each once; of very many rows none.
@@ -100,7 +97,7 @@ std::vector<std::string> selectedNumbers(const CFolderView& list) {
   std::vector<std::string> numbers;
   if (list.selectedCount() > kMostRows) return numbers;
   for (const int row : list.selectedRows()) {
-    std::string number = fromQt(list.model().text(row, list.model().columnOf(kKindNumber)));
+    std::string number = fromQt(list.model().text(row, list.model().columnOf(folders::KindNumber)));
     if (!number.empty() && std::ranges::find(numbers, number) == numbers.end()) numbers.push_back(std::move(number));
   }
   return numbers;
@@ -125,7 +122,7 @@ void hideOrShow(const CommandTarget& target, bool hide) {
 
 // A contact that has the number is offered first; of a new one that was not completed the operator is asked.
 void addToContacts(const CommandTarget& target) {
-  const QString number = target.list.currentText(kKindNumber);
+  const QString number = target.list.currentText(folders::KindNumber);
   if (number.isEmpty()) return;
   server::CServerDoc& document = target.document;
   if (const auto known = contactWithNumber(document, fromQt(number))) {
@@ -134,7 +131,7 @@ void addToContacts(const CommandTarget& target) {
     if (answer == Answer::Yes) editContact(document, target.texts, &target.frame, known->recordId);
     if (answer != Answer::No) return;
   }
-  const QString name = target.list.currentText(kKindName);
+  const QString name = target.list.currentText(folders::KindName);
   document.contactBook().AddFromCall(fromQt(name), "", "", fromQt(number), [&target](std::int32_t recordId) {
     server::CServerDoc& document = target.document;
     if (editContact(document, target.texts, &target.frame, recordId)) return true;
@@ -161,13 +158,11 @@ void undoLast(const CommandTarget& target) {
   target.frame.say(target.texts.format("IDS_UNDO_DONE", fromQt(what)));
 }
 
-constexpr int kKindTelephones = 210;
-
 // The number of the row: a call's or a contact's first one.
 QString numberOf(const CFolderView& list) {
-  if (list.folderId() == folders::kContactsList)
-    return list.currentText(kKindTelephones).section(QRegularExpression("[,;/]"), 0, 0).trimmed();
-  return showsNumbers(list) ? list.currentText(kKindNumber) : QString();
+  if (list.folderId() == folders::FolderContacts)
+    return list.currentText(folders::KindTelephones).section(QRegularExpression("[,;/]"), 0, 0).trimmed();
+  return showsNumbers(list) ? list.currentText(folders::KindNumber) : QString();
 }
 
 void openConfigured(const CommandTarget& target, const char* key) {
@@ -257,8 +252,8 @@ void offerCommands(const Actions& actions, const CFolderView& list, server::CSer
   actions.offer(Command::CopyNumber, row && !numberOf(list).isEmpty());
   actions.offer(Command::SelectAll, open != nullptr);
   actions.offer(Command::Sort, row);
-  actions.offer(Command::WhyPrice, row && folder == kFolderCalls);
-  actions.offer(Command::ContactCalls, row && folder == folders::kContactsList);
+  actions.offer(Command::WhyPrice, row && folder == folders::FolderCalls);
+  actions.offer(Command::ContactCalls, row && folder == folders::FolderContacts);
 }
 
 void handleCommand(Command command, const CommandTarget& target) {
@@ -269,7 +264,7 @@ void handleCommand(Command command, const CommandTarget& target) {
   const auto reloadIf = [&frame](bool changed) {
     if (changed) frame.reloadFolder();
   };
-  const auto reloadContacts = [&] { reloadIf(target.list.folderId() == folders::kContactsList); };
+  const auto reloadContacts = [&] { reloadIf(target.list.folderId() == folders::FolderContacts); };
   switch (command) {
     case Command::Import:
       return frame.importCalls();
@@ -321,7 +316,8 @@ void handleCommand(Command command, const CommandTarget& target) {
       return;
     case Command::Bill:
       return frame.sayFile(
-          makeBill(document, texts, &frame, filterValue(kKindExtension, target.list.currentText(kKindExtension))));
+          makeBill(document, texts, &frame,
+                   filterValue(folders::KindExtension, target.list.currentText(folders::KindExtension))));
     case Command::Convert:
       convertOldDatabase(document, texts, &frame);
       return;

@@ -10,7 +10,7 @@
 
 namespace ui {
 
-// Stands in the place of a list's rows when there are none: says why, and offers what leads on as buttons. Scrolls
+// Takes the place of a list's rows when there are none: says why, and offers what leads on as buttons. Scrolls
 // where the list is small.
 class EmptyGuide : public ScrollPage {
   Q_OBJECT

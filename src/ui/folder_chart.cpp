@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "filter/periods.h"
+#include "folders/numbers.h"
 #include "platform/progress.h"
 #include "ui/chart_bars.h"
 
@@ -12,8 +13,6 @@ namespace {
 
 // The chart has this many bars at most; beyond them they are too many to read.
 constexpr std::size_t kChartRows = 400;
-constexpr int kKindCount = 421;
-constexpr int kKindCost = 422;
 
 QString nameOf(const filter::Period& period) {
   constexpr std::string_view kDay = "%d.%m.%Y";
@@ -53,8 +52,9 @@ void showFolderChart(ChartPane& pane, const CFolderView& list, server::CServerDo
   Chart chart{.title = toQt(caption), .bars = {}, .emptyText = texts("IDS_EMPTY_CHART")};
   const auto measures = measuresOf(folder);
   // The cost; the calls where it is not shown.
-  const bool charged = std::ranges::any_of(measures, [](const auto& measure) { return measure.first == kKindCost; });
-  pane.offerMeasures(measures, charged ? kKindCost : kKindCount);
+  const bool charged =
+      std::ranges::any_of(measures, [](const auto& measure) { return measure.first == folders::KindCostSum; });
+  pane.offerMeasures(measures, charged ? folders::KindCostSum : folders::KindCount);
   pane.offerShapes(hasAxis(folder.folder().definition()));
   const auto periods = periodsOf(folder, document.callFilter().settings());
   pane.offerComparison(periods.has_value());

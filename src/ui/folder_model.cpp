@@ -19,10 +19,20 @@ struct ColumnTip {
   const char* key;
 };
 constexpr ColumnTip kColumnTips[] = {
-    {403, "IDS_TIP_TRUNK"},   {405, "IDS_TIP_ACCOUNT"},  {408, "IDS_TIP_COST_REF"}, {409, "IDS_TIP_REDIRECTED"},
-    {412, "IDS_TIP_COST"},    {414, "IDS_TIP_CODE"},     {416, "IDS_TIP_RING"},     {417, "IDS_TIP_PRICE"},
-    {420, "IDS_TIP_PRICE"},   {422, "IDS_TIP_COST_REF"}, {423, "IDS_TIP_AVERAGE"},  {424, "IDS_TIP_AVERAGE"},
-    {425, "IDS_TIP_AVERAGE"}, {428, "IDS_TIP_PULSES"},
+    {folders::KindTrunk, "IDS_TIP_TRUNK"},
+    {folders::KindAccount, "IDS_TIP_ACCOUNT"},
+    {folders::KindCostReference, "IDS_TIP_COST_REF"},
+    {folders::KindRedirected, "IDS_TIP_REDIRECTED"},
+    {folders::KindCost, "IDS_TIP_COST"},
+    {folders::KindCode, "IDS_TIP_CODE"},
+    {folders::KindRing, "IDS_TIP_RING"},
+    {folders::KindPriceSum, "IDS_TIP_PRICE"},
+    {folders::KindPrice, "IDS_TIP_PRICE"},
+    {folders::KindCostSum, "IDS_TIP_COST_REF"},
+    {folders::KindCostAverage, "IDS_TIP_AVERAGE"},
+    {folders::KindRingAverage, "IDS_TIP_AVERAGE"},
+    {folders::KindPriceAverage, "IDS_TIP_AVERAGE"},
+    {folders::KindPulses, "IDS_TIP_PULSES"},
 };
 
 int qtAlignment(folders::Alignment alignment) {

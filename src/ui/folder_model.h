@@ -11,7 +11,7 @@
 
 namespace ui {
 
-// An open folder behind a table view. Rows are read in pages where they are looked at, so that the list of ten million
+// An open folder for a table view. Rows are read in pages where they are looked at, so that the list of ten million
 // calls opens and scrolls like one of ten.
 class FolderModel : public QAbstractTableModel {
   Q_OBJECT

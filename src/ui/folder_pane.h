@@ -22,7 +22,7 @@ class FolderPane : public QWidget {
 
   [[nodiscard]] EmptyGuide& guide() const { return *guide_; }
   [[nodiscard]] FilterBar& filterBar() const { return *filter_; }
-  // Says above the list that only the calls behind a row of a statistic are shown; an empty text takes that away.
+  // Says above the list that only the calls of a row of a statistic are shown; an empty text takes that away.
   void showNarrowing(const QString& text);
 
  signals:

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "folders/column_layout.h"
+#include "folders/numbers.h"
 #include "folders/quick_search.h"
 #include "folders/view_log.h"
 #include "platform/progress.h"
@@ -38,19 +39,15 @@ constexpr std::chrono::milliseconds kFurtherLook(8);
 
 // The order in which a folder opens. Newest calls first is what the desk asks for, and the dearest of the numbers.
 int firstSortKey(int folder) {
-  constexpr int kDateDescending = -401;
-  constexpr int kCostDescending = -422;
-  constexpr int kLogDescending = -382;
-  constexpr int kContact = 201;
   switch (folder) {
-    case 99:
-      return kLogDescending;
-    case 100:
-      return kDateDescending;
-    case 102:
-      return kCostDescending;
-    case folders::kContactsList:
-      return kContact;
+    case folders::FolderLog:
+      return -folders::KindLogTime;
+    case folders::FolderCalls:
+      return -folders::KindTime;
+    case folders::FolderTop:
+      return -folders::KindCostSum;
+    case folders::FolderContacts:
+      return folders::KindContactPerson;
     default:
       return 0;
   }
@@ -59,8 +56,15 @@ int firstSortKey(int folder) {
 // A first width for a column without a kept one, in digits: of calls, duration and cost are seen in a window of 1280
 // pixels.
 int defaultLetters(int kind, folders::Format format) {
-  constexpr std::pair<int, int> kWidths[] = {{371, 60}, {381, 70}, {400, 15}, {403, 6}, {404, 9},
-                                             {405, 9},  {407, 19}, {408, 10}, {411, 14}};
+  constexpr std::pair<int, int> kWidths[] = {{folders::KindGroupDescription, 60},
+                                             {folders::KindLogText, 70},
+                                             {folders::KindNumber, 15},
+                                             {folders::KindTrunk, 6},
+                                             {folders::KindDuration, 9},
+                                             {folders::KindAccount, 9},
+                                             {folders::KindName, 19},
+                                             {folders::KindCostReference, 10},
+                                             {folders::KindArea, 14}};
   for (const auto& [column, letters] : kWidths) {
     if (column == kind) return letters;
   }
@@ -82,7 +86,7 @@ int defaultLetters(int kind, folders::Format format) {
 folders::ColumnLayout firstLayout(const folders::FolderDefinition& folder) {
   folders::ColumnLayout layout = folders::defaultLayout(folder.columns, folder.flags);
   const auto telephone = std::ranges::find(layout.visible, 210);
-  if (folder.id == folders::kContactsList && telephone != layout.visible.end()) {
+  if (folder.id == folders::FolderContacts && telephone != layout.visible.end()) {
     std::rotate(layout.visible.begin() + 1, telephone, telephone + 1);
   }
   return layout;
@@ -259,7 +263,7 @@ bool CFolderView::openFolder(const folders::FolderDefinition& folder, std::optio
   return true;
 }
 
-// A list of the calls behind a row, or of those with the typed words, is no place to come back to; its order is.
+// A list of the calls of a row, or of those with the typed words, is no place to come back to; its order is.
 void CFolderView::rememberPlace() {
   const folders::FolderView* open = model_->folder();
   if (open == nullptr || narrowing_) return;
@@ -356,7 +360,7 @@ bool CFolderView::showWhereItWas(View view) {
   const std::int64_t position = current.isValid() ? model_->position(current.row()) : -1;
   const std::string key = current.isValid() ? model_->key(current.row()) : std::string();
   if (!show(std::move(view), FolderModel::Window::WhereItWas)) return false;
-  // New rows stand above the record in a list that begins with the newest, below it in one that ends with them.
+  // New rows are above the record in a list that begins with the newest, below it in one that ends with them.
   for (const std::int64_t place : {position, position + model_->totalRows() - before}) {
     const int row = model_->rowAt(place);
     if (key.empty() || row < 0 || model_->key(row) != key) continue;
@@ -398,7 +402,7 @@ void CFolderView::applyLayout() {
   }
 }
 
-// As the headings stand: the operator may have moved them.
+// As the headings are: the operator may have moved them.
 folders::ColumnLayout CFolderView::shownLayout() const {
   folders::ColumnLayout layout;
   for (int place = 0; place < model_->columnCount(); ++place) {
@@ -574,7 +578,7 @@ CFolderView::Nothing CFolderView::nothing() const {
   const folders::FolderDefinition& folder = open->folder().definition();
   if (searching()) return Nothing::Searching;
   if (!typedWords_.isEmpty()) return Nothing::NotFound;
-  if (folder.id == folders::kContactsList) return Nothing::NoContacts;
+  if (folder.id == folders::FolderContacts) return Nothing::NoContacts;
   if (folder.condition != folders::ConditionSource::CallFilter) return Nothing::NoEntries;
   return document_.callFilter().active() || narrowing_ ? Nothing::Filtered : Nothing::NoCalls;
 }

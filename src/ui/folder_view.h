@@ -29,7 +29,7 @@ class CFolderView : public QTableView {
   [[nodiscard]] FolderModel& model() const { return *model_; }
   // Identifier of the open folder; 0 when none is open.
   [[nodiscard]] int folderId() const;
-  // True when the list holds only the calls behind a row of a statistic.
+  // True when the list holds only the calls of a row of a statistic.
   [[nodiscard]] bool narrowed() const { return narrowing_.has_value(); }
   [[nodiscard]] const std::optional<folders::Narrowing>& narrowing() const { return narrowing_; }
   // Leaves the rows that hold every typed word; an empty text brings all back. As openFolder.
@@ -38,7 +38,7 @@ class CFolderView : public QTableView {
   // True while the list holds the first rows with the typed words, and the others are still looked for.
   [[nodiscard]] bool searching() const { return first_ != nullptr; }
 
-  // Shows the folder, or the calls behind a row of a statistic. True when it is shown; when the operator stopped it, or
+  // Shows the folder, or the calls of a row of a statistic. True when it is shown; when the operator stopped it, or
   // after a fault (failed), the folder that was open stays.
   bool openFolder(const folders::FolderDefinition& folder, std::optional<folders::Narrowing> narrowing = {});
   // The rows as they are now. The current record stays the current one when it is near its place.
@@ -95,7 +95,7 @@ class CFolderView : public QTableView {
   };
   [[nodiscard]] QString totalsOf(const std::vector<Rows>& parts, std::int64_t count) const;
 
-  // What leaves only some rows: those behind a row of a statistic, those with the typed words.
+  // What leaves only some rows: those of a row of a statistic, those with the typed words.
   struct Narrowed {
     std::optional<folders::Narrowing> narrowing;
     QString words;

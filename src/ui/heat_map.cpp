@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "folders/call_totals.h"
+#include "folders/numbers.h"
 #include "platform/progress.h"
 #include "server/server_doc.h"
 #include "ui/readable_palette.h"
@@ -20,7 +21,6 @@ namespace {
 
 constexpr int kDays = 7;
 constexpr int kHours = 24;
-constexpr int kKindWeekday = 429;
 constexpr int kPadding = 4;
 
 // Weekday of a row: Monday is 2, Sunday 1.
@@ -206,7 +206,7 @@ std::optional<WeekHour> showWeek(server::CServerDoc& document, const Texts& text
   std::array<QString, 8> weekdays;
   for (int weekday = 1; weekday <= kDays; ++weekday) {
     weekdays[static_cast<std::size_t>(weekday)] =
-        toQt(document.valueFormatter().formatCell(kKindWeekday, jet::Value(weekday)));
+        toQt(document.valueFormatter().formatCell(folders::KindWeekday, jet::Value(weekday)));
   }
   std::optional<HeatMap::Counts> counts;
   {

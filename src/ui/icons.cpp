@@ -10,7 +10,7 @@ namespace ui {
 
 namespace {
 
-// Drawings stand on a square of 24 units.
+// Drawings are on a square of 24 units.
 constexpr qreal kUnits = 24;
 
 struct Brushes {

@@ -11,6 +11,7 @@
 #include "base/printf.h"
 #include "base/version.h"
 #include "folders/call_totals.h"
+#include "folders/numbers.h"
 #include "platform/progress.h"
 #include "security/rights.h"
 #include "server/data_folder.h"
@@ -30,7 +31,6 @@ namespace ui {
 namespace {
 
 constexpr std::string_view kGeneral = "general";
-constexpr int kFolderCalls = 100;
 // Calls up to which the totals are worked out without being asked for: a moment's work.
 constexpr std::int64_t kSummedRows = 500'000;
 // Rows of other lists up to which they are added up.
@@ -203,9 +203,10 @@ void CMainFrame::start() {
   selector_->build({document_.HasRight(security::ObjectCalls, security::RightView),
                     document_.HasRight(security::ObjectAdministration, security::RightView)},
                    logFiltered);
-  const int last = config.ReadConfigInt("SelFolder_ID", kGeneral, foundation::StoreMachine, 100);
-  selector_->select(folders::findFolder(last) != nullptr || last == folders::kContactsList ? last : kFolderCalls);
-  if (list_->folderId() == 0) selector_->select(kFolderCalls);
+  const int last = config.ReadConfigInt("SelFolder_ID", kGeneral, foundation::StoreMachine, folders::FolderCalls);
+  const bool known = folders::findFolder(last) != nullptr || last == folders::FolderContacts;
+  selector_->select(known ? last : int{folders::FolderCalls});
+  if (list_->folderId() == 0) selector_->select(folders::FolderCalls);
   showFilter();
   if (!document_.DatabaseReadOnly() && document_.HasRight(security::ObjectCalls, security::RightChange)) {
     openLiveChannel();
@@ -249,7 +250,7 @@ void CMainFrame::openLiveChannel() {
 
 void CMainFrame::openFolder(int id) {
   const folders::FolderDefinition* folder =
-      id == folders::kContactsList ? &folders::contactsList() : folders::findFolder(id);
+      id == folders::FolderContacts ? &folders::contactsList() : folders::findFolder(id);
   if (folder == nullptr) return;
   auto watch = startWatch(folder->table);
   if (list_->openFolder(*folder)) {
@@ -275,7 +276,7 @@ void CMainFrame::folderShown() {
   showDetails();
   updateStatus();
   if (list_->searching()) return status_->refresh();
-  const bool allCalls = list_->folderId() == kFolderCalls && !narrowing && list_->typed().isEmpty();
+  const bool allCalls = list_->folderId() == folders::FolderCalls && !narrowing && list_->typed().isEmpty();
   try {
     if (allCalls && list_->model().totalRows() <= kSummedRows) readTotals();
     if (!allCalls && list_->model().totalRows() <= kAddedRows) totals_ = list_->totals();
@@ -322,8 +323,7 @@ void CMainFrame::showCallsOf(const contacts::CONTACTENTRYDESC& contact) {
 }
 
 void CMainFrame::showCallsOf(const WeekHour& hour) {
-  constexpr int kKindWeekday = 429;
-  const std::string day = document_.valueFormatter().formatCell(kKindWeekday, jet::Value(hour.weekday));
+  const std::string day = document_.valueFormatter().formatCell(folders::KindWeekday, jet::Value(hour.weekday));
   openNarrowed({base::format("Weekday([DateTime]) = %d And Hour([DateTime]) = %d", hour.weekday, hour.hour),
                 texts_.language().TranslateFormat("IDS_WEEK_CELL", day, hour.hour, hour.hour)},
                0);
@@ -331,13 +331,13 @@ void CMainFrame::showCallsOf(const WeekHour& hour) {
 
 void CMainFrame::openNarrowed(const folders::Narrowing& narrowing, std::int64_t originPosition) {
   const Origin origin{list_->folderId(), originPosition};
-  const folders::FolderDefinition& calls = *folders::findFolder(kFolderCalls);
+  const folders::FolderDefinition& calls = *folders::findFolder(folders::FolderCalls);
   auto watch = startWatch(calls.table);
   if (!list_->openFolder(calls, narrowing)) return;
   watch_ = std::move(watch);
   origin_ = origin;
   listPane_->filterBar().clearTyped();
-  selector_->mark(kFolderCalls);
+  selector_->mark(folders::FolderCalls);
   folderShown();
   list_->setFocus();
 }

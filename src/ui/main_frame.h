@@ -47,7 +47,7 @@ class CMainFrame : public QMainWindow {
   void openFolder(int id);
   // Selects it in the tree, which opens it.
   void selectFolder(int id) { selector_->select(id); }
-  // The list of the calls behind the current row of a statistic; the filter stays as it is. Throws jet::Error.
+  // The list of the calls of the current row of a statistic; the filter stays as it is. Throws jet::Error.
   void showCallsBehindRow();
   void showCallsBehind(std::int64_t position);
   // The sums of the filtered calls, in the status bar. Throws jet::Error.
@@ -74,7 +74,7 @@ class CMainFrame : public QMainWindow {
   // Rows of the shown folder again: after a change of the filter, of calls by this or another copy.
   void reloadFolder();
   void updateStatus();
-  // Shows anew what other copies changed.
+  // Reads and shows what other copies changed.
   void refreshFromOtherCopies();
 
  protected:
@@ -99,7 +99,7 @@ class CMainFrame : public QMainWindow {
   void showChart();
   void drillDown(int row);
   void backToStatistic();
-  // What stands around the list follows what the list shows now.
+  // What is shown around the list follows what the list shows now.
   void folderShown();
   void guideWhenEmpty();
   void tellAlarms();
@@ -123,7 +123,7 @@ class CMainFrame : public QMainWindow {
   QSplitter* panes_ = nullptr;    // list / lower panes
   QSplitter* lower_ = nullptr;    // filter | chart or details
   StatusPanes* status_ = nullptr;
-  // Where the calls behind a row were asked for.
+  // Where the calls of a row were asked for.
   struct Origin {
     int folder = 0;
     std::int64_t position = 0;

@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "folders/catalogue.h"
+#include "folders/numbers.h"
 
 namespace ui {
 
@@ -82,7 +83,7 @@ std::string manualPageOf(const QWidget& window) {
 }
 
 std::string manualPageOfFolder(int folder) {
-  if (folder == folders::kContactsList) return "contacts";
+  if (folder == folders::FolderContacts) return "contacts";
   const folders::FolderDefinition* definition = folders::findFolder(folder);
   if (definition == nullptr) return "index";
   if (folders::isStatistic(*definition)) return "statistics";

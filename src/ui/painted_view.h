@@ -5,7 +5,7 @@
 namespace ui {
 
 // A view that paints its contents itself. Screen readers know it as a chart, with the words of the marked part as its
-// value, which they say anew when another part is marked.
+// value, which they say again when another part is marked.
 class PaintedView : public QWidget {
  public:
   explicit PaintedView(QWidget* parent);

@@ -84,7 +84,7 @@ bool QtOperator::progressStep(std::int64_t position) {
   if (progress_ && range_ > 0) {
     progress_->setValue(static_cast<int>(std::min(position, range_) * kProgressSteps / range_));
   }
-  // Until the window stands in front, a click would reach what is behind it.
+  // Until the window is in front, a click would reach what is behind it.
   QApplication::processEvents(progress_ ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
   sinceEvents_.restart();
   return !progress_ || !progress_->wasCanceled();

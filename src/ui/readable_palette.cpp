@@ -11,7 +11,7 @@ namespace ui {
 namespace {
 
 constexpr QPalette::ColorGroup kGroups[] = {QPalette::Active, QPalette::Inactive};
-// Texts and what they stand on.
+// Texts and what they are on.
 constexpr std::pair<QPalette::ColorRole, QPalette::ColorRole> kTexts[] = {
     {QPalette::PlaceholderText, QPalette::Base},
     {QPalette::Link, QPalette::Base},

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "base/printf.h"
+#include "folders/numbers.h"
 #include "security/rights.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/directory_messages.h"
@@ -11,9 +12,6 @@
 namespace ui {
 
 namespace {
-
-constexpr int kFolderUsers = 97;
-constexpr int kFolderGroups = 98;
 
 std::optional<std::int64_t> recordAt(const CFolderView& list, int row) {
   folders::FolderView* folder = list.model().folder();
@@ -30,11 +28,11 @@ std::optional<std::int32_t> currentId(const CFolderView& list) {
 // Empty when the record is gone.
 std::string recordName(server::CServerDoc& document, int folder, std::int32_t id) {
   switch (folder) {
-    case kFolderUsers: {
+    case folders::FolderUsers: {
       const auto user = document.users().findUser(id);
       return user ? user->Name : std::string();
     }
-    case kFolderGroups: {
+    case folders::FolderGroups: {
       const auto group = document.users().findGroup(id);
       return group ? group->Name : std::string();
     }
@@ -95,21 +93,21 @@ BringBack deleteGroup(server::CServerDoc& document, std::int32_t id) {
 }
 
 BringBack deleteOne(server::CServerDoc& document, int folder, std::int32_t id) {
-  if (folder == kFolderUsers) return deleteUser(document, id);
-  return folder == kFolderGroups ? deleteGroup(document, id) : deleteContact(document, id);
+  if (folder == folders::FolderUsers) return deleteUser(document, id);
+  return folder == folders::FolderGroups ? deleteGroup(document, id) : deleteContact(document, id);
 }
 
 // The text that says why this user or group must stay; null when it may go.
 const char* reasonToKeep(server::CServerDoc& document, int folder, std::int32_t id) {
   security::UserDirectory& directory = document.users();
-  if (folder == kFolderUsers) {
+  if (folder == folders::FolderUsers) {
     if (id == document.user().RecordID) return "IDS_DELETE_SELF";
     auto user = directory.findUser(id);
     if (!user) return nullptr;
     user->Groups.clear();
     return directory.keepsAnAdministrator(*user) ? nullptr : "IDS_LAST_ADMINISTRATOR";
   }
-  auto group = folder == kFolderGroups ? directory.findGroup(id) : std::nullopt;
+  auto group = folder == folders::FolderGroups ? directory.findGroup(id) : std::nullopt;
   if (!group) return nullptr;
   group->ObjectAccess.clear();
   return directory.keepsAnAdministrator(*group) ? nullptr : "IDS_LAST_ADMINISTRATOR";
@@ -123,10 +121,10 @@ RecordRights recordRights(int folder, server::CServerDoc& document) {
                         !document.DatabaseReadOnly() && document.HasRight(object, security::RightChange)};
   };
   switch (folder) {
-    case kFolderUsers:
-    case kFolderGroups:
+    case folders::FolderUsers:
+    case folders::FolderGroups:
       return rightsOn(security::ObjectAdministration);
-    case folders::kContactsList:
+    case folders::FolderContacts:
       return rightsOn(security::ObjectCalls);
     default:
       return {};
@@ -135,11 +133,11 @@ RecordRights recordRights(int folder, server::CServerDoc& document) {
 
 bool newRecord(server::CServerDoc& document, const Texts& texts, QWidget* parent, int folder) {
   switch (folder) {
-    case kFolderUsers:
+    case folders::FolderUsers:
       return editUser(document, texts, parent, {});
-    case kFolderGroups:
+    case folders::FolderGroups:
       return editGroup(document, texts, parent, {});
-    case folders::kContactsList:
+    case folders::FolderContacts:
       return addContact(document, texts, parent);
     default:
       return false;
@@ -150,10 +148,11 @@ bool editRecord(server::CServerDoc& document, const Texts& texts, QWidget* paren
   const auto id = currentId(list);
   if (!id) return false;
   const int folder = list.folderId();
-  if (folder == folders::kContactsList) return editContact(document, texts, parent, *id);
+  if (folder == folders::FolderContacts) return editContact(document, texts, parent, *id);
   const QString name = toQt(recordName(document, folder, *id));
   if (name.isEmpty()) return true;  // another copy deleted it
-  return folder == kFolderUsers ? editUser(document, texts, parent, name) : editGroup(document, texts, parent, name);
+  return folder == folders::FolderUsers ? editUser(document, texts, parent, name)
+                                        : editGroup(document, texts, parent, name);
 }
 
 DetailsView::Fields currentDetails(server::CServerDoc& document, const Texts& texts, const CFolderView& list) {
@@ -165,7 +164,7 @@ DetailsView::Fields currentDetails(server::CServerDoc& document, const Texts& te
                         model.text(list.currentIndex().row(), column));
   }
   // Columns that the list of contacts never shows.
-  const auto id = list.folderId() == folders::kContactsList ? currentId(list) : std::nullopt;
+  const auto id = list.folderId() == folders::FolderContacts ? currentId(list) : std::nullopt;
   const auto contact = id ? document.contactBook().find(*id) : std::nullopt;
   if (contact) {
     fields.emplace_back(texts("IDS_ADDRESS"), toQt(contact->address));

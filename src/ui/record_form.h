@@ -9,7 +9,7 @@
 
 namespace ui {
 
-// The current record of a table as a form under it, for records with more fields than stand side by side.
+// The current record of a table as a form under it, for records with more fields than fit side by side.
 class RecordForm : public QWidget {
   Q_OBJECT
 

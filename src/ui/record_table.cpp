@@ -76,7 +76,7 @@ RecordTable::RecordTable(RecordTableModel* model, const QString& name, const Tex
   view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 10);
   view_->setWordWrap(false);
   fitColumns(*view_);
-  // Numbers and switches would stand far from the rest.
+  // Numbers and switches would be far from the rest.
   const RecordColumn& last = model_->column(model_->columnCount() - 1);
   view_->horizontalHeader()->setStretchLastSection(!last.rightAligned && !last.checkbox);
 

@@ -9,7 +9,7 @@
 #include <QStringConverter>
 
 #include "base/codepage.h"
-#include "ui/csv.h"
+#include "base/csv.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/mnemonics.h"
@@ -44,6 +44,21 @@ QString textOf(const QByteArray& bytes, int codepage) {
   QString text = utf8(bytes);
   if (utf8.hasError()) text = toQt(base::decode(bytes.toStdString(), codepage));
   return text.remove(QChar(0xFEFF));
+}
+
+std::vector<QStringList> rowsOf(const QString& text) {
+  std::vector<QStringList> rows;
+  for (const std::vector<std::string>& cells : base::csvRows(fromQt(text))) {
+    QStringList& row = rows.emplace_back();
+    for (const std::string& cell : cells) row << toQt(cell);
+  }
+  return rows;
+}
+
+QByteArray lineOf(const QStringList& cells) {
+  QStringList fields;
+  for (const QString& cell : cells) fields << toQt(base::csvCell(fromQt(cell)));
+  return fields.join(',').toUtf8() + "\r\n";
 }
 
 // The model's column for each of the file's; -1 for a caption that the table does not have.
@@ -126,11 +141,11 @@ void exportTable(const RecordTableModel& model, const Texts& texts, QWidget* par
   if (!name.contains('.')) name += ".csv";
   QStringList cells;
   for (int c = 0; c < model.columnCount(); ++c) cells << model.column(c).caption;
-  QByteArray content = kByteOrderMark + csvLine(cells).toUtf8();
+  QByteArray content = kByteOrderMark + lineOf(cells);
   for (int r = 0; r < model.rowCount(); ++r) {
     cells.clear();
     for (int c = 0; c < model.columnCount(); ++c) cells << model.column(c).read(r);
-    content += csvLine(cells).toUtf8();
+    content += lineOf(cells);
   }
   QSaveFile file(name);
   if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit()) {
@@ -146,7 +161,7 @@ bool importTable(RecordTableModel& model, const Texts& texts, QWidget* parent) {
     warn(parent, texts, texts.format("IDS_CANTREADFILE", fromQt(name)));
     return false;
   }
-  const auto rows = readCsv(textOf(file.readAll(), texts.language().codepage()));
+  const auto rows = rowsOf(textOf(file.readAll(), texts.language().codepage()));
   const std::vector<int> columns = rows.empty() ? std::vector<int>() : matchColumns(model, rows.front());
   if (std::all_of(columns.begin(), columns.end(), [](int column) { return column < 0; })) {
     QStringList wanted;

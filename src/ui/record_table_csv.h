@@ -11,7 +11,7 @@ namespace ui {
 
 void exportTable(const RecordTableModel& model, const Texts& texts, QWidget* parent);
 // Columns are matched by their captions, so a file may hold them in another order. Asks whether the records replace
-// those of the table or come behind them; a table of fixed rows takes each by its first column. False when nothing was
+// those of the table or come after them; a table of fixed rows takes each by its first column. False when nothing was
 // changed.
 bool importTable(RecordTableModel& model, const Texts& texts, QWidget* parent);
 

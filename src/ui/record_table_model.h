@@ -25,7 +25,7 @@ struct RecordColumn {
   QString hint;
 };
 
-// A list of records in memory, behind a table view: extensions, accounts, trunks, bands, currencies.
+// A list of records in memory, the model of a table view: extensions, accounts, trunks, bands, currencies.
 class RecordTableModel : public QAbstractTableModel {
   Q_OBJECT
 
@@ -71,7 +71,7 @@ class RecordTableModel : public QAbstractTableModel {
   // Takes back the last change, or the one before it when that was taken back, up to kSteps of them.
   [[nodiscard]] bool canUndo() const { return !steps_.empty(); }
   void undo();
-  // The records are others now, read anew: what was changed before cannot be undone here.
+  // The records are others now, read again: what was changed before cannot be undone here.
   void forgetSteps() { steps_.clear(); }
 
  signals:

@@ -5,6 +5,7 @@
 #include <QSignalBlocker>
 
 #include "folders/catalogue.h"
+#include "folders/numbers.h"
 #include "ui/icons.h"
 
 namespace ui {
@@ -23,16 +24,25 @@ struct Place {
 
 // Where each folder hangs in the tree. A folder that is not named here hangs under the calls.
 constexpr Place kPlaces[] = {
-    {97, Branch::Administration, Icon::Users}, {98, Branch::Administration, Icon::Groups},
-    {99, Branch::Administration, Icon::Log},   {100, Branch::Calls, Icon::Calls},
-    {101, Branch::Parties, Icon::Statistic},   {102, Branch::Places, Icon::Statistic},
-    {103, Branch::Places, Icon::Statistic},    {104, Branch::Parties, Icon::Statistic},
-    {106, Branch::Parties, Icon::Statistic},   {107, Branch::Parties, Icon::Statistic},
-    {108, Branch::Parties, Icon::Statistic},   {109, Branch::Parties, Icon::Statistic},
-    {110, Branch::Places, Icon::Statistic},    {111, Branch::Places, Icon::Statistic},
-    {112, Branch::Places, Icon::Statistic},    {113, Branch::Time, Icon::Calendar},
-    {114, Branch::Time, Icon::Calendar},       {115, Branch::Time, Icon::Calendar},
-    {116, Branch::Time, Icon::Clock},
+    {folders::FolderUsers, Branch::Administration, Icon::Users},
+    {folders::FolderGroups, Branch::Administration, Icon::Groups},
+    {folders::FolderLog, Branch::Administration, Icon::Log},
+    {folders::FolderCalls, Branch::Calls, Icon::Calls},
+    {folders::FolderExtensions, Branch::Parties, Icon::Statistic},
+    {folders::FolderTop, Branch::Places, Icon::Statistic},
+    {folders::FolderAreas, Branch::Places, Icon::Statistic},
+    {folders::FolderTrunks, Branch::Parties, Icon::Statistic},
+    {folders::FolderDepartments, Branch::Parties, Icon::Statistic},
+    {folders::FolderClients, Branch::Parties, Icon::Statistic},
+    {folders::FolderFiles, Branch::Parties, Icon::Statistic},
+    {folders::FolderAccounts, Branch::Parties, Icon::Statistic},
+    {folders::FolderNames, Branch::Places, Icon::Statistic},
+    {folders::FolderCountries, Branch::Places, Icon::Statistic},
+    {folders::FolderProviders, Branch::Places, Icon::Statistic},
+    {folders::FolderWeekdays, Branch::Time, Icon::Calendar},
+    {folders::FolderDays, Branch::Time, Icon::Calendar},
+    {folders::FolderMonths, Branch::Time, Icon::Calendar},
+    {folders::FolderHours, Branch::Time, Icon::Clock},
 };
 
 Place placeOf(int id) {
@@ -86,11 +96,11 @@ void CSelectorView::build(const Access& access, bool logFiltered) {
   QTreeWidgetItem* time = nullptr;
   QTreeWidgetItem* administration = nullptr;
   if (access.calls) {
-    addEntry(nullptr, 100, texts_("IDS_FOLDER_CALLS"), icon(Icon::Calls));
+    addEntry(nullptr, folders::FolderCalls, texts_("IDS_FOLDER_CALLS"), icon(Icon::Calls));
     parties = addGroup(texts_("IDS_TREE_PARTIES"), icon(Icon::Groups));
     places = addGroup(texts_("IDS_TREE_DESTINATIONS"), icon(Icon::Statistic));
     time = addGroup(texts_("IDS_TREE_TIME"), icon(Icon::Clock));
-    addEntry(nullptr, folders::kContactsList, texts_("IDS_CONTACTS"), icon(Icon::Contacts));
+    addEntry(nullptr, folders::FolderContacts, texts_("IDS_CONTACTS"), icon(Icon::Contacts));
   }
   if (access.administration) administration = addGroup(texts_("IDS_ADMINISTRATION"), icon(Icon::Settings));
   for (const folders::FolderDefinition& folder : folders::standardFolders()) {

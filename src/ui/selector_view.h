@@ -21,7 +21,7 @@ class CSelectorView : public QTreeWidget {
   // Builds the tree with what the user may see. `logFiltered` chooses the log folder's icon.
   void build(const Access& access, bool logFiltered);
   void select(int id);
-  // Marks the entry as the open one and tells nobody.
+  // Marks the entry as the open one and sends no signal.
   void mark(int id);
   [[nodiscard]] int selectedId() const;
 

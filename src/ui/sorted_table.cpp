@@ -10,7 +10,7 @@ namespace ui {
 
 namespace {
 
-// Columns take the width of what stands in this many rows.
+// Columns take the width of what is in this many rows.
 constexpr int kRowsMeasured = 200;
 constexpr int kWidestMeasured = 420;  // pixels
 constexpr int kColumnMargin = 8;

@@ -8,7 +8,7 @@
 
 namespace ui {
 
-// Numbers in texts by their value: trunk 2 stands before trunk 10. Rows are found by a part of any of their texts.
+// Numbers in texts by their value: trunk 2 comes before trunk 10. Rows are found by a part of any of their texts.
 class NaturalOrder : public QSortFilterProxyModel {
  public:
   explicit NaturalOrder(QObject* parent);
@@ -21,7 +21,7 @@ class NaturalOrder : public QSortFilterProxyModel {
   QCollator collator_;
 };
 
-// Gives the columns the width of what stands in the first rows.
+// Gives the columns the width of what is in the first rows.
 void fitColumns(QTableView& view);
 
 enum class CopyAs { Text, Table };

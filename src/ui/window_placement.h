@@ -6,7 +6,7 @@
 
 namespace ui {
 
-// Puts the window where the last one stood, as far as the screens of now allow; without a kept place it gets a size
+// Puts the window where the last one was, as far as the screens of now allow; without a kept place it gets a size
 // that fits the screen.
 void restorePlacement(QWidget& window, foundation::ConfigManager& config);
 void keepPlacement(const QWidget& window, foundation::ConfigManager& config);

@@ -50,7 +50,7 @@ class JudgeTest : public ::testing::Test {
   Listener listener_;
 };
 
-// Every sum is built anew for every call.
+// Every sum is rebuilt for every call.
 TEST_F(JudgeTest, BudgetsTellWhatSumsOverAllCallsOfThePeriodTell) {
   const Rule rules[] = {{.name = "cost", .subject = Subject::Extension, .period = Period::Day, .limit = 5},
                         {.name = "time",

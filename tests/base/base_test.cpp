@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "base/codepage.h"
+#include "base/csv.h"
 #include "base/datetime.h"
 #include "base/html_encoder.h"
 #include "base/printf.h"
@@ -107,6 +108,28 @@ TEST(HtmlEncoder, WritesWhatTheGeneralConversionWrites) {
     encoder.appendMarkup(page, text);
     EXPECT_EQ(page, encodeHtml(text, 1252)) << text;
   }
+}
+
+TEST(Csv, CellsAreHarmlessInASpreadsheetAndReadBackAsTheyWere) {
+  struct Case {
+    const char* text;
+    const char* cell;
+  };
+  for (const Case& c : {Case{"-5.25", "-5.25"}, Case{"-5+cmd", "'-5+cmd"}, Case{"@x", "'@x"}, Case{"'=x", "''=x"},
+                        Case{"+40 21", "'+40 21"}, Case{"=a,\"b\"", "\"'=a,\"\"b\"\"\""}, Case{"it's", "it's"},
+                        Case{"two\nlines", "\"two\nlines\""}, Case{"", ""}}) {
+    EXPECT_EQ(csvCell(c.text), c.cell);
+    EXPECT_EQ(csvRows("x," + csvCell(c.text) + "\r\n").front(), (std::vector<std::string>{"x", c.text}));
+  }
+  EXPECT_EQ(csvField("=a, b"), "\"=a, b\"") << "for a program it stays what it is";
+}
+
+TEST(Csv, RowsAreReadAsSpreadsheetsAndPeopleWriteThem) {
+  using Rows = std::vector<std::vector<std::string>>;
+  EXPECT_EQ(csvRows("a;b\r\n\r\n\"1,5\"; x \n"), (Rows{{"a", "b"}, {"1,5", " x "}}));
+  EXPECT_EQ(csvRows("a,\"b;c\""), (Rows{{"a", "b;c"}}));
+  EXPECT_EQ(csvRows("12\" tube,\"never closed,\n"), (Rows{{"12\" tube", "never closed,\n"}}));
+  EXPECT_EQ(csvFields(" 40 , \"Mobile, all\" ,\"\"", ','), (std::vector<std::string>{"40", "Mobile, all", ""}));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "capture/format/definition.h"
 #include "capture/format/file_test.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -62,7 +63,7 @@ TEST(Loader, NamesLineAndColumnOfAFault) {
 }
 
 TEST(Loader, ASiteMendsAStockFormatKeyByKey) {
-  const auto folder = std::filesystem::temp_directory_path() / ("formats" + std::to_string(::getpid()));
+  const support::TemporaryFolder folder;
   std::filesystem::create_directories(folder / "site");
   std::filesystem::create_directories(folder / "stock");
   std::ofstream(folder / "stock/x.toml") << kFormat;
@@ -86,7 +87,6 @@ TEST(Loader, ASiteMendsAStockFormatKeyByKey) {
   std::filesystem::remove(folder / "site/wrong.toml");
   EXPECT_THROW(static_cast<void>(library.load("loop")), capture::FormatError);
   EXPECT_THROW(static_cast<void>(library.load("none")), capture::FormatError);
-  std::filesystem::remove_all(folder);
 }
 
 TEST(Loader, ABrokenQuoteNeverSwallowsTheNextLine) {

@@ -11,6 +11,7 @@
 #include "convert/reader_process.h"
 #include "jet/database.h"
 #include "old_files.h"
+#include "support/temporary_folder.h"
 
 namespace convert {
 namespace {
@@ -21,14 +22,6 @@ namespace fs = std::filesystem;
 const fs::path kFiles = jetFiles();
 const char* const kNames[] = {"text-extension/tallybook.mdb", "long-extension/tallybook.mdb", "tariffs.mdb",
                               "tariffs-plain-days.mdb", "phonebook.mdb"};
-
-fs::path scratchFolder() {
-  const auto folder = fs::temp_directory_path() / ("tb_convert_" + std::to_string(getpid()) + "_" +
-                                                   testing::UnitTest::GetInstance()->current_test_info()->name());
-  fs::remove_all(folder);
-  fs::create_directories(folder);
-  return folder;
-}
 
 nlohmann::json asJson(const jet::Value& value) {
   switch (value.type()) {
@@ -113,8 +106,8 @@ void expectSameRows(jet::Database& database, const nlohmann::json& expected) {
 
 TEST(Conversion, CarriesAWholeInstallationOver) {
   for (const char* main : {"text-extension", "long-extension"}) {
-    const auto scratch = scratchFolder();
-    const auto old = oldFolder(scratch, main);
+    const support::TemporaryFolder scratch;
+    const auto old = oldFolder(scratch / "", main);
     platform::NoOperator nobody;
     const auto report = convertFolder(old, scratch / "new", {}, nobody);
     EXPECT_TRUE(report.whole()) << report.text();
@@ -128,7 +121,7 @@ TEST(Conversion, CarriesAWholeInstallationOver) {
     const auto calls = database->tableDef("Calls");
     EXPECT_EQ(calls.find("Extension")->type, text ? jet::Type::Text : jet::Type::Long);
     EXPECT_EQ(calls.find("Folder") != nullptr, text) << "left to the start-up's upgrade";
-    // Auto-numbers go on behind the highest one.
+    // Auto-numbers go on after the highest one.
     const auto rows = database->openRecordset("SELECT * FROM Calls");
     rows->moveLast();
     const std::int64_t last = rows->get("RecordID").toLong();
@@ -140,7 +133,7 @@ TEST(Conversion, CarriesAWholeInstallationOver) {
 }
 
 TEST(Conversion, RefusesWhatItCannotDoWithASentence) {
-  const auto scratch = scratchFolder();
+  const support::TemporaryFolder scratch;
   platform::NoOperator nobody;
   const auto failure = [&](const fs::path& from) -> std::string {
     try {
@@ -153,9 +146,9 @@ TEST(Conversion, RefusesWhatItCannotDoWithASentence) {
     return "converted";
   };
   EXPECT_NE(failure(scratch / "nowhere").find("nowhere"), std::string::npos);
-  EXPECT_NE(failure(scratch).find("tallybook.mdb"), std::string::npos);
+  EXPECT_NE(failure(scratch / "").find("tallybook.mdb"), std::string::npos);
 
-  const auto old = oldFolder(scratch, "text-extension");
+  const auto old = oldFolder(scratch / "", "text-extension");
   std::ofstream(old / "tallybook.ldb") << "maria";
   EXPECT_NE(failure(old).find("tallybook.ldb"), std::string::npos);
   fs::remove(old / "tallybook.ldb");
@@ -175,10 +168,10 @@ TEST(Conversion, RefusesWhatItCannotDoWithASentence) {
 }
 
 TEST(Conversion, SalvageKeepsTheOtherTables) {
-  const auto scratch = scratchFolder();
-  const auto old = oldFolder(scratch, "text-extension");
+  const support::TemporaryFolder scratch;
+  const auto old = oldFolder(scratch / "", "text-extension");
   const fs::path file = old / "Tallybook.MDB";
-  // Cut behind its first half: some tables lie beyond.
+  // Cut after its first half: some tables lie beyond.
   fs::resize_file(file, fs::file_size(file) * 6 / 10);
   platform::NoOperator nobody;
   ConversionOptions options;
@@ -200,7 +193,8 @@ TEST(OldFiles, DamageEndsWithAMessage) {
     std::ifstream in(kFiles / name, std::ios::binary);
     originals.emplace_back(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
   }
-  const auto damagedFile = scratchFolder() / "damaged.mdb";
+  const support::TemporaryFolder scratch;
+  const auto damagedFile = scratch / "damaged.mdb";
   ReaderLimits limits;
   limits.silence = std::chrono::seconds(5);
   limits.processorTime = std::chrono::seconds(10);

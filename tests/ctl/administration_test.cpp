@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -28,29 +27,22 @@ class Administration : public ::testing::Test, protected TallyctlRun {
     run("setting set LiveSocket live.sock --where machine");
   }
 
-  // Runs "tallyctl ARGUMENTS" without a terminal; the answer is what it wrote to both streams.
+  // What it wrote, messages first.
   std::string run(const std::string& arguments, int expected = 0, const std::string& environment = "") {
-    const int status = WEXITSTATUS(std::system(line(arguments, environment, "out").c_str()));
-    const std::string output = readFile(path("out"));
-    EXPECT_EQ(status, expected) << arguments << '\n' << output;
-    return output;
+    const Result result = TallyctlRun::run(arguments, environment);
+    EXPECT_EQ(result.status, expected) << arguments << '\n' << result.out << result.err;
+    return result.err + result.out;
   }
   std::string as(const std::string& user, const std::string& password, const std::string& arguments, int expected) {
     return run("--user " + user + " " + arguments, expected, "TALLYBOOK_PASSWORD=" + password);
-  }
-  [[nodiscard]] std::string line(const std::string& arguments, const std::string& environment,
-                                 const std::string& output) const {
-    return commandLine(arguments, environment) + " >" + output + " 2>&1 </dev/null";
   }
 };
 
 TEST_F(Administration, ServeTakesWhatSendPlaysUntilItIsStopped) {
   run("sample-calls 30 --out calls");
   run("sample-calls 20 --seed 2 --out data/monitor/monitor.data");
-  run("send calls", 1);  // nobody listens
-  std::thread service([this] {
-    static_cast<void>(std::system((line("serve --import-every 1", "", "served") + "; echo $? >status").c_str()));
-  });
+  run("send calls", 1);  // no one listens
+  std::thread service = start("serve --import-every 1", "served");
   for (int i = 0; i < 500 && !fs::exists(path("live.sock")); ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
@@ -65,6 +57,14 @@ TEST_F(Administration, ServeTakesWhatSendPlaysUntilItIsStopped) {
   EXPECT_EQ(readFile(path("status")), "0\n");
   EXPECT_TRUE(contains(readFile(path("served")), "Closing.")) << readFile(path("served"));
   EXPECT_TRUE(contains(run("status --format csv"), "Rows of Calls,50\n"));
+}
+
+// `journalctl -p err` shows why a service did not start. The shell gives the command its own stream's name as systemd
+// does.
+TEST_F(Administration, WhatFailsIsAnErrorInTheJournal) {
+  constexpr const char* kAsService = "sh -c 'JOURNAL_STREAM=$(stat -Lc %d:%i /proc/self/fd/2) exec \"$@\"' sh";
+  EXPECT_TRUE(contains(run("user delete nemo", 1, kAsService), "<3>tallyctl: There is no user nemo."));
+  EXPECT_FALSE(contains(run("user delete nemo", 1), "<3>"));
 }
 
 // Seconds of processor time that a process has used.
@@ -85,8 +85,7 @@ TEST_F(Administration, ServeWaitsQuietlyEndsCleanlyAndStartsAgain) {
   constexpr std::chrono::seconds kWatched{4};  // longer than from one look at the databases to the next
   for (const int signal : {SIGTERM, SIGINT}) {
     fs::remove(path("served"));
-    std::thread service(
-        [this] { static_cast<void>(std::system((line("serve", "", "served") + "; echo $? >status").c_str())); });
+    std::thread service = start("serve", "served");
     for (int i = 0; i < 1000 && !contains(readFile(path("served")), "Serving"); ++i) {
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
@@ -133,7 +132,7 @@ TEST_F(Administration, GroupsGiveTheirMembersRights) {
   as("ana", "a", "folder show 100", 1);
   run("user delete dan");
   as("dan", "d", "folder show 100", 1);
-  run("user delete admin", 1);  // whoever is logged in stays
+  run("user delete admin", 1);  // the user who is logged in stays
   for (const char* lockout : {"user set admin --flags disabled", "user set admin --groups ''",
                               "user set admin --groups Operators", "group set Administrators --rights view-calls"}) {
     EXPECT_TRUE(contains(run(lockout, 1), "nobody could change users and settings")) << lockout;
@@ -162,7 +161,7 @@ TEST_F(Administration, WhoMayNotChangeCallsChangesNoneByStarting) {
   EXPECT_TRUE(fs::exists(path("data/monitor/monitor.data")));
 }
 
-// Why nobody got in decides what helps.
+// Why no one got in decides what helps.
 TEST_F(Administration, AFailedStartSaysWhatToDoNext) {
   run("group add Readers --rights view-calls");
   run("user add ana --groups Readers --password a");

@@ -55,9 +55,7 @@ TEST(BackupTest, AWriterGoesOn) {
   place.makeSample(200);
   place.succeed("sample-calls 3000 --out data/monitor/monitor.data --seed 6");
   fs::create_directory(place.path("kept"));
-  const std::string import = place.commandLine("import", "") + " >import.out 2>import.err </dev/null";
-  int imported = -1;
-  std::thread writer([&] { imported = std::system(import.c_str()); });
+  std::thread writer = place.start("import", "imported");
   for (int i = 0; i < 3; ++i) {
     place.succeed("backup kept");
     const fs::path made = madeIn(place);
@@ -65,7 +63,7 @@ TEST(BackupTest, AWriterGoesOn) {
     fs::remove_all(made);
   }
   writer.join();
-  EXPECT_EQ(imported, 0) << support::readFile(place.path("import.err"));
+  EXPECT_EQ(support::readFile(place.path("status")), "0\n") << support::readFile(place.path("imported"));
   EXPECT_EQ(place.stored("SELECT count(*) FROM Calls").front().front(), "3200");
 }
 

@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -14,13 +12,12 @@
 
 namespace {
 
-namespace fs = std::filesystem;
-
 using support::readFile;
+namespace fs = std::filesystem;
 
 class Tallyctl : public ::testing::Test, protected support::TallyctlRun {
  protected:
-  const fs::path folder = path("");
+  const fs::path folder = path("").parent_path();
 };
 
 TEST_F(Tallyctl, WrongUsageIsStatus2AndSaysWhatToTry) {
@@ -128,7 +125,7 @@ TEST_F(Tallyctl, SettingsAreStoredAsTheirReadersExpectThem) {
   EXPECT_EQ(succeed("setting get DbVersion"), "1\n");
 }
 
-// Names of files are appended to folders, so whoever writes one closes it, and readers of `Path` do not rely on that.
+// Names of files are appended to folders, so the writer of one closes it, and readers of `Path` do not rely on that.
 TEST_F(Tallyctl, AFolderSettingWorksWithoutItsSeparator) {
   SKIP_ON_SERVER(*this);
   succeed("init data --empty");
@@ -161,10 +158,9 @@ TEST_F(Tallyctl, AnythingButAFileIsRefusedAtOnce) {
   SKIP_ON_SERVER(*this);
   succeed("init data --sample");
   const auto refused = [&](const std::string& arguments, const char* message) {
-    const std::string command = "cd '" + folder.string() + "' && timeout 20 '" TALLYBOOK_BINARY_DIR "/tallyctl' " +
-                                arguments + " >out 2>err </dev/null";
-    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1) << arguments;
-    EXPECT_NE(readFile(folder / "err").find(message), std::string::npos) << readFile(folder / "err");
+    const Result result = run(arguments, "timeout 20");
+    EXPECT_EQ(result.status, 1) << arguments;
+    EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
   };
   ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
   for (const char* store : {"fifo", "data", "/dev/zero"}) {
@@ -268,7 +264,7 @@ TEST_F(Tallyctl, PriceExplainsAndStoresNothing) {
   succeed("init data --sample");
   const std::string command = "price 0264123456 --at '2026-11-24 10:00' --duration 95 --trunk ";
   EXPECT_NE(succeed(command + "1").find("0.32"), std::string::npos);
-  // A trunk that nobody defined is not given a provider by asking.
+  // A trunk that no one defined is not given a provider by asking.
   succeed(command + "77");
   EXPECT_EQ(succeed("trunk list --format csv").find("\n77,"), std::string::npos);
   EXPECT_NE(succeed("status --format csv").find("Rows of Calls,0\n"), std::string::npos);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "support/tallyctl.h"
@@ -46,6 +47,18 @@ TEST(DoctorTest, WithoutADataFolderItSaysHowToMakeOne) {
   EXPECT_EQ(result.status, 1);
   EXPECT_NE(result.out.find("WRONG  data folder: no data folder is set"), std::string::npos) << result.out;
   EXPECT_NE(result.out.find("tallyctl init"), std::string::npos);
+}
+
+// The databases of a server that does not answer are neither there nor missing.
+TEST(DoctorTest, AServerThatDoesNotAnswerIsTheOnlyFault) {
+  TallyctlRun place;
+  place.succeed("init data --sample");
+  place.succeed("setting set PathDatabase postgresql://ana@127.0.0.1:1/office/ --where machine");
+  const TallyctlRun::Result result = place.run("doctor");
+  EXPECT_EQ(result.status, 1);
+  const std::string wrong = wrongLines(result.out);
+  EXPECT_TRUE(wrong.starts_with("WRONG  database server: it cannot be reached")) << result.out;
+  EXPECT_EQ(std::count(wrong.begin(), wrong.end(), '\n'), 1) << wrong;
 }
 
 TEST(DoctorTest, PlantedFaultsAreFound) {

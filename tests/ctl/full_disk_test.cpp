@@ -1,4 +1,4 @@
-// Whoever writes a file says that it cannot be written, leaves the one before as it was and nothing half done.
+// A command that writes a file says that it cannot be written, leaves the one before as it was and nothing half done.
 
 #include <gtest/gtest.h>
 

@@ -80,7 +80,7 @@ TEST_F(Masks, HoldInConditionsAndOrder) {
   }
 }
 
-// What is stored stays, whoever records.
+// What is stored stays, whichever user records.
 TEST_F(Masks, DoNotReachWhatIsStored) {
   const std::string query = "select DialNumber, Name from Calls order by RecordID";
   const auto stored = [&] {

@@ -1,12 +1,11 @@
 // An old installation is carried over and worked with, through the program as its users meet it.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
+#include "support/tallyctl.h"
 #include "support/test_place.h"
 
 namespace {
@@ -15,31 +14,26 @@ using namespace support;
 
 namespace fs = std::filesystem;
 
-class Moving : public ::testing::Test {
+class Moving : public ::testing::Test, protected TallyctlRun {
  protected:
   void SetUp() override { SKIP_ON_SERVER(TestPlace()); }
-  // Runs "tallyctl ARGUMENTS" without a terminal; the answer is what it wrote to both streams.
+  // What it wrote to both streams.
   std::string run(const std::string& arguments, int expected = 0) {
-    const std::string command = "cd '" + folder_.string() + "' && TALLYBOOK_PASSWORD= TALLYBOOK_MACHINE_STORE='" +
-                                (folder_ / "machine.ini").string() + "' '" TALLYBOOK_BINARY_DIR "/tallyctl' " +
-                                arguments + " >out 2>&1 </dev/null";
-    const int status = WEXITSTATUS(std::system(command.c_str()));
-    const std::string output = readFile(folder_ / "out");
-    EXPECT_EQ(status, expected) << arguments << '\n' << output;
-    return output;
+    const Result result = TallyctlRun::run(arguments, "TALLYBOOK_PASSWORD=");
+    EXPECT_EQ(result.status, expected) << arguments << '\n' << result.out << result.err;
+    return result.out + result.err;
   }
 
   void makeOldFolder(const char* main) {
     const fs::path files = fs::path(TALLYBOOK_SOURCE_DIR) / "tests/data/jet-files";
-    fs::remove_all(folder_);
+    for (const auto& entry : fs::directory_iterator(folder_)) fs::remove_all(entry);
     fs::create_directories(folder_ / "old");
     fs::copy_file(files / main / "tallybook.mdb", folder_ / "old/tallybook.mdb");
     fs::copy_file(files / "tariffs.mdb", folder_ / "old/tariffs.mdb");
     fs::copy_file(files / "phonebook.mdb", folder_ / "old/phonebook.mdb");
   }
 
-  TemporaryFolder temporary_;
-  fs::path folder_ = temporary_ / "work";
+  const fs::path folder_ = path("");
 };
 
 TEST_F(Moving, AConvertedInstallationWorks) {
@@ -88,7 +82,7 @@ TEST_F(Moving, AnOldFolderIsMetWithTheCommandThatCarriesItOver) {
     EXPECT_TRUE(contains(run(command, 1), "tallyctl convert '" + (folder_ / "old/").string() + "' NEWDIR --use"))
         << command;
   }
-  // Nobody can log in to the old one, so nothing is asked.
+  // No one can log in to the old one, so nothing is asked.
   run("convert old new --use");
   run("--user admin status");
   // From now on the store belongs to those who administer.

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
@@ -112,7 +111,7 @@ TEST_F(Schedules, WhatDoesNotGoIsToldAndKept) {
   EXPECT_EQ(result.status, 1);
   EXPECT_FALSE(contains(result.out + result.err, "wrong"));
   ::setenv("TALLYBOOK_MAIL_PASSWORD", "s3cret!", 1);
-  connect("");  // the system trusts nobody who signed this certificate
+  connect("");  // the system trusts none of this certificate's signers
   EXPECT_EQ(run("schedule run Split").status, 1);
   EXPECT_EQ(run("mail set 127.0.0.1 --encryption none --from a@b.example --login tally").status, 2);
   EXPECT_EQ(mails().size(), 1U);
@@ -126,15 +125,8 @@ TEST_F(Schedules, TwoServicesOnOneDatabaseSendItOnce) {
   fs::copy(path("machine.ini"), path("second/machine.ini"));
   succeed("setting set LiveSocket '" + path("live").string() + "' --where machine");
   succeed("--store second/machine.ini setting set LiveSocket '" + path("live2").string() + "' --where machine");
-  const auto serve = [&](const char* store) {
-    return std::thread([this, store] {
-      (void)std::system(("cd '" + path("").string() + "' && timeout 12 '" TALLYBOOK_BINARY_DIR "/tallyctl' --store '" +
-                         path(store).string() + "' serve >>served 2>&1 </dev/null")
-                            .c_str());
-    });
-  };
-  std::thread first = serve("machine.ini");
-  std::thread second = serve("second/machine.ini");
+  std::thread first = start("serve", "served", "timeout 12");
+  std::thread second = start("--store second/machine.ini serve", "served", "timeout 12");
   first.join();
   second.join();
   EXPECT_EQ(mails().size(), 1U) << readFile(path("served"));

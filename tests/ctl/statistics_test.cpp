@@ -81,7 +81,7 @@ void expectMoney(const std::string& shown, const std::string& stored, const std:
   EXPECT_NEAR(std::stod(digits), amount, amount > 100 ? 0.500001 : 0.005001) << where;
 }
 
-// Columns behind the grouped value: seconds, calls, cost, price, ring, average cost, price and ring.
+// Columns after the grouped value: seconds, calls, cost, price, ring, average cost, price and ring.
 constexpr std::size_t kSums = 8;
 
 class Statistics : public ::testing::Test, protected TallyctlRun {

@@ -1,10 +1,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -15,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/tallyctl.h"
 #include "support/test_place.h"
 
 // Two installations that differ only in what a user must not learn, and everything that the user can ask for: whatever
@@ -35,18 +34,11 @@ inline std::string replaced(std::string text, const std::string& what, const std
 // One installation, with the name of its folder and the moment of the run taken out of what it says.
 class Installation {
  public:
-  // "tallyctl ARGUMENTS" without a terminal.
+  // The exit status.
   int run(const std::string& arguments, const std::string& environment = "") {
-    const std::string command = "cd '" + path("").string() + "' && env -u TALLYBOOK_PASSWORD " + environment +
-                                " TALLYBOOK_MACHINE_STORE=machine.ini '" TALLYBOOK_BINARY_DIR "/tallyctl' " +
-                                arguments + " >out 2>err </dev/null";
-    return WEXITSTATUS(std::system(command.c_str()));
+    return program_.run(arguments, environment).status;
   }
-
-  std::string succeed(const std::string& arguments) {
-    EXPECT_EQ(run(arguments), 0) << arguments << readFile(path("err"));
-    return readFile(path("out"));
-  }
+  std::string succeed(const std::string& arguments) { return program_.succeed(arguments); }
 
   // What the user gets: the status, both streams, and every file but the databases themselves and the lock, which holds
   // a process's number.
@@ -63,7 +55,7 @@ class Installation {
     return all;
   }
 
-  [[nodiscard]] fs::path path(const char* name) const { return folder_ / name; }
+  [[nodiscard]] fs::path path(const char* name) const { return program_.path(name); }
 
  private:
   static std::string todaysTime() {
@@ -73,7 +65,7 @@ class Installation {
     return day;
   }
 
-  TemporaryFolder folder_;
+  TallyctlRun program_;
   std::regex today_{todaysTime()};
 };
 

@@ -231,9 +231,6 @@ TEST_F(ReportTest, CsvIsQuotedAndHarmless) {
             "'+40 21,'=cmd(),\"a \"\"b\"\", c\",-1234.5,2025-03-01 09:00:00\r\n");
   ASSERT_TRUE(exportCsv(view, file, CsvMark::ByteOrder));
   EXPECT_TRUE(readFile(file).starts_with("\xEF\xBB\xBFIDS_NUMBER,"));
-  EXPECT_EQ(csvField("-5.25"), "-5.25");
-  EXPECT_EQ(csvField("-5+cmd"), "'-5+cmd");
-  EXPECT_EQ(csvField("@x"), "'@x");
 }
 
 TEST_F(ReportTest, CsvAmountsHaveAtMostSixDecimals) {

@@ -121,7 +121,7 @@ TEST_F(SharedSettings, AnotherCopysWriteIsReadNext) {
     b.config.WriteConfigInt(i, "DbVersion", "general", StoreDatabase);
     ASSERT_EQ(a.number("DbVersion"), i);
   }
-  // A change that moved no tag (another program's) is seen as well: the row is read anew.
+  // A change that moved no tag (another program's) is seen as well: the row is read again.
   b.database->execute("update Config set Int_Value = 99 where Path = 'general\\DbVersion'");
   EXPECT_EQ(a.number("DbVersion"), 99);
   b.database->execute("delete from Config where Path = 'general\\DbVersion'");

@@ -65,6 +65,8 @@ TEST(SettingsCatalogue, ValuesAreStoredInTheFormThatReadersExpect) {
       {"general", "PathDatabase", "---", "---"},
       {"general", "Path", "", ""},
       {"general", "OrganizationAddress", " a ", " a "},
+      {"Mail", "Password", " a ", " a "},
+      {"Mail", "Port", "0", nullptr},
       {"general", "Window Placement", "x", nullptr},
   };
   for (const auto& each : cases) {

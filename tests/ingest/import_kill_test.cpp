@@ -125,7 +125,7 @@ TEST(ImportKillTest, EveryRecordIsStoredOnceWheneverTheProcessDies) {
     complete(files, copy, round % 2 == 0);
 
     expectEachRecordOnce(files, copy, kRecords);
-    ASSERT_FALSE(HasFailure()) << "after a kill behind " << before << " records";
+    ASSERT_FALSE(HasFailure()) << "after a kill at record " << before;
   }
   EXPECT_GT(interrupted, 0) << "no kill fell into an import";
 }

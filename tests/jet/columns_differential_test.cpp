@@ -140,7 +140,7 @@ class CallsDifferentialTest : public DifferentialTest {
       try {
         if (!database_->readAhead(select, std::chrono::milliseconds(0), kMostRows)) return;
       } catch (const Error&) {
-        return;  // a text that is no select: whoever opens it is told
+        return;  // a text that is no select: its reader is told
       }
       ++stepsAhead_;
     }
@@ -170,7 +170,7 @@ class StatisticsDifferentialTest : public CallsDifferentialTest {
  protected:
   StatisticsDifferentialTest() : CallsDifferentialTest(5000) {}  // more than two blocks
 
-  // `%s` stands where HAVING may.
+  // `%s` is where HAVING may.
   std::string statistic() {
     const std::string key = one({"Extension", "Extension", "Name", "Trunk", "TotalTime", "Hour(DateTime)",
                                  "Weekday(DateTime)", "Day(DateTime)", "Month(DateTime)", "Year(DateTime)", ""});

@@ -35,7 +35,7 @@ TEST_F(FileCopyTest, ItIsWholeByItselfAndKeepsTheOrderOfTheTable) {
   EXPECT_EQ(rows(*copy, "SELECT * FROM Calls"), rows("SELECT * FROM Calls"));
 }
 
-// What another copy of the program commits meanwhile neither gets in nor makes the work begin anew.
+// What another copy of the program commits meanwhile neither gets in nor makes the work begin again.
 TEST_F(FileCopyTest, ItIsOfOneMoment) {
   const auto other = openDatabase(file_, OpenMode::ReadWrite);
   int steps = 0;

@@ -22,7 +22,7 @@ TEST(Operators, Compare) {
       {"ab", "abc", -1},
       {"[", "a", -1},  // folding is to lower case
       {"Ș", "ș", 0},
-      {"sz", "Șa", -1},  // a reader's order: Ș is a letter behind S
+      {"sz", "Șa", -1},  // a reader's order: Ș is a letter after S
       {"Ș", "t", -1},
       {"Ă", "â", -1},
       {"zz", "Ж", -1},

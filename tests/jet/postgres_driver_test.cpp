@@ -29,7 +29,7 @@ TEST(PostgresTexts, ComeBackToTheByte) {
                {"\x80\xBF\xC0", false},
                {"\xED\xA0\x80", false},      // half of a pair
                {"\xC0\xAF", false},          // longer than need be
-               {"\xF4\x90\x80\x80", false},  // behind the last letter
+               {"\xF4\x90\x80\x80", false},  // after the last letter
                {"\xF4\x8F\xBC\x80", false},  // stands for a byte
                {"\xF4\x8F\xBB\xBF", true},   // just before those
                {"a\0b"s, false}};
@@ -144,7 +144,7 @@ TEST_F(PostgresTest, RowsThatFollowOneAnotherAreNumberedAndUndoneAsEachOfThem) {
   EXPECT_EQ(other_->run("INSERT INTO \"Calls\" (\"Seconds\") VALUES (14) RETURNING \"RecordID\" > "
                         "(SELECT max(\"RecordID\") FROM \"Calls\")"),
             "t")
-      << "the server's numbering goes on behind";
+      << "the server's numbering goes on after it";
 }
 
 TEST_F(PostgresTest, OtherProgramsChangesAreTold) {

@@ -72,7 +72,7 @@ TEST_F(FileTest, ReadOnlyFileInAReadOnlyFolderCanBeRead) {
 }
 
 TEST_F(FileTest, FullDiskLeavesTheDatabaseUsable) {
-  // A limit on the pages of the file stands for the disk.
+  // A limit on the pages of the file takes the part of a full disk.
   database_.reset();
   sqlite::Connection connection(file_, OpenMode::ReadWrite, false);
   connection.run("PRAGMA max_page_count=5");

@@ -7,7 +7,7 @@
 
 namespace jet::test {
 
-// A tree as a text: every operator in parentheses behind its name, literals as "?n:type". For comparing trees.
+// A tree as a text: every operator in parentheses after its name, literals as "?n:type". For comparing trees.
 std::string treeText(const Expression& expression);
 std::string treeText(const Statement& statement);
 

@@ -14,7 +14,7 @@ class Album {
   // Files are named PREFIX-NAME.png.
   Album(std::string folder, std::string prefix) : folder_(std::move(folder)), prefix_(std::move(prefix)) {}
 
-  // The window as it stands; shown when it is not yet.
+  // The window as it is; shown when it is not yet.
   void take(QWidget& window, const std::string& name);
 
   using Step = std::function<void(QDialog& dialog)>;

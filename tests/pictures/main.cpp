@@ -342,7 +342,7 @@ int main(int argc, char** argv) {
   const TemporaryFolder folder;
   chooseScreen(folder / "screen.json");
   setenv("QT_LOGGING_RULES", "qt.qpa.*=false", 0);  // what this platform lacks is known
-  // Folders that the windows propose are nobody's own.
+  // Folders that the windows propose are no real user's.
   QStandardPaths::setTestModeEnabled(true);
   QApplication application(argc, argv);
   QApplication::setApplicationDisplayName("Tallybook");

@@ -15,17 +15,10 @@
 #include <thread>
 
 #include "platform/instance_lock.h"
+#include "support/temporary_folder.h"
 
 namespace platform {
 namespace {
-
-std::filesystem::path scratchFolder() {
-  auto folder =
-      std::filesystem::temp_directory_path() /
-      ("tb_live_" + std::to_string(getpid()) + "_" + testing::UnitTest::GetInstance()->current_test_info()->name());
-  std::filesystem::create_directories(folder);
-  return folder;
-}
 
 // Serves until told to stop, as the server's loop does.
 class ServingThread {
@@ -50,7 +43,8 @@ class ServingThread {
 };
 
 TEST(LiveChannel, AnswersEachRecordOfSeveralSendersWithItsResult) {
-  const auto socket = scratchFolder() / "live.sock";
+  const support::TemporaryFolder folder;
+  const auto socket = folder / "live.sock";
   std::atomic<int> handled = 0;
   LiveChannelServer server(socket, [&handled](std::span<const unsigned char> record) {
     ++handled;
@@ -77,7 +71,8 @@ TEST(LiveChannel, AnswersEachRecordOfSeveralSendersWithItsResult) {
 }
 
 TEST(LiveChannel, AnswersZeroToForeignAndTornMessagesAndGoesOn) {
-  const auto socket = scratchFolder() / "live.sock";
+  const support::TemporaryFolder folder;
+  const auto socket = folder / "live.sock";
   int handled = 0;
   LiveChannelServer server(socket, [&handled](std::span<const unsigned char>) { return ++handled; });
   const ServingThread serving(server);
@@ -101,7 +96,8 @@ TEST(LiveChannel, AnswersZeroToForeignAndTornMessagesAndGoesOn) {
 }
 
 TEST(LiveChannel, TakesTheSocketOfADeadServerButNotOfALivingOne) {
-  const auto socket = scratchFolder() / "live.sock";
+  const support::TemporaryFolder folder;
+  const auto socket = folder / "live.sock";
   const int left = ::socket(AF_UNIX, SOCK_SEQPACKET, 0);
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -117,7 +113,8 @@ TEST(LiveChannel, TakesTheSocketOfADeadServerButNotOfALivingOne) {
 }
 
 TEST(LiveChannel, ARequestToImportIsAnsweredAndPassedOn) {
-  const auto socket = scratchFolder() / "live.sock";
+  const support::TemporaryFolder folder;
+  const auto socket = folder / "live.sock";
   std::atomic<int> asked = 0;
   LiveChannelServer server(
       socket, [](std::span<const unsigned char>) { return 0; }, [&asked] { ++asked; });
@@ -143,7 +140,8 @@ std::unique_ptr<LiveChannelServer> smallServer(const std::filesystem::path& sock
 }
 
 TEST(LiveChannel, ASenderThatWaitsIsServedWhenOneLeaves) {
-  const auto socket = scratchFolder() / "live.sock";
+  const support::TemporaryFolder folder;
+  const auto socket = folder / "live.sock";
   const auto server = smallServer(socket, LiveChannelServer::kIdleTime);
   std::vector<std::unique_ptr<LiveChannelClient>> senders;
   for (int i = 0; i < 8; ++i) senders.push_back(std::make_unique<LiveChannelClient>(socket));
@@ -163,7 +161,8 @@ TEST(LiveChannel, ASenderThatWaitsIsServedWhenOneLeaves) {
 }
 
 TEST(LiveChannel, SilentSendersMakeRoomForThoseThatWait) {
-  const auto socket = scratchFolder() / "live.sock";
+  const support::TemporaryFolder folder;
+  const auto socket = folder / "live.sock";
   const auto server = smallServer(socket, std::chrono::milliseconds(100));
   std::vector<std::unique_ptr<LiveChannelClient>> senders;
   for (int i = 0; i < 9; ++i) senders.push_back(std::make_unique<LiveChannelClient>(socket));
@@ -173,7 +172,8 @@ TEST(LiveChannel, SilentSendersMakeRoomForThoseThatWait) {
 }
 
 TEST(InstanceLock, IsHeldOnceAndFreedByItsHolder) {
-  const auto file = scratchFolder() / "QuorvaneServerMutex";
+  const support::TemporaryFolder folder;
+  const auto file = folder / "QuorvaneServerMutex";
   auto first = InstanceLock::acquire(file);
   ASSERT_TRUE(first);
   EXPECT_FALSE(InstanceLock::acquire(file));

@@ -83,7 +83,7 @@ TEST_F(LostConnection, AnImportGoesOnWhereItWas) {
   int losses = 0;
   ingest::ImportResult result;
   do {
-    // A copy that comes back reads its definitions anew: it must get that far, too.
+    // A copy that comes back reads its definitions again: it must get that far, too.
     constexpr long kMoreEachTime = 30000;
     (*proxy)->cutAfter(bytes(random) + losses * kMoreEachTime);
     result = copy->document.smdr().catchUp({.recordsPerBatch = 20});

@@ -17,8 +17,8 @@
 
 namespace support {
 
-// A Unix socket that leads to another one, until it is told to cut all connections behind some bytes more, in either
-// direction. Then it takes no new ones before it is healed. Or nothing arrives for a while, and nobody is told.
+// A Unix socket that leads to another one, until it is told to cut all connections after some bytes more, in either
+// direction. Then it takes no new ones before it is healed. Or nothing arrives for a while, and no end is told of it.
 class CuttingProxy {
  public:
   CuttingProxy(const std::string& own, std::string target) : target_(std::move(target)) {

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "support/test_place.h"
@@ -24,17 +25,28 @@ class TallyctlRun {
     std::string err;
   };
 
-  // `environment`: "NAME=value ...".
-  Result run(const std::string& arguments, const std::string& environment = {}) {
-    return runAfter({}, arguments, environment);
+  // `with`: variables of its environment ("TALLYBOOK_PASSWORD=secret"), or a program that runs it ("timeout 20").
+  Result run(const std::string& arguments, const std::string& with = {}) {
+    noteChange(arguments);
+    return shell(commandLine(arguments, with) + " >out 2>err");
   }
   // As on a disk on which no file can grow beyond so many bytes (a multiple of 512).
   Result runOnFullDisk(const std::string& arguments, int bytes) {
-    return runAfter("trap '' XFSZ && ulimit -f " + std::to_string(bytes / 512) + " && ", arguments, {});
+    noteChange(arguments);
+    return shell("trap '' XFSZ && ulimit -f " + std::to_string(bytes / 512) + " && " + commandLine(arguments) +
+                 " >out 2>err");
   }
 
-  std::string succeed(const std::string& arguments, const std::string& environment = {}) {
-    const Result result = run(arguments, environment);
+  // Runs beside the test until it ends by itself or is ended; both streams go to the file `output`, the exit status
+  // to the file "status".
+  std::thread start(const std::string& arguments, const std::string& output, const std::string& with = {}) {
+    noteChange(arguments);
+    return std::thread(
+        [this, line = commandLine(arguments, with) + " >>" + output + " 2>&1; echo $? >status"] { shell(line); });
+  }
+
+  std::string succeed(const std::string& arguments, const std::string& with = {}) {
+    const Result result = run(arguments, with);
     EXPECT_EQ(result.status, 0) << arguments << '\n' << result.out << result.err;
     return result.out;
   }
@@ -74,21 +86,18 @@ class TallyctlRun {
     return rows;
   }
 
-  // For the shell: what it writes goes where it is told.
-  [[nodiscard]] std::string commandLine(const std::string& arguments, const std::string& environment,
-                                        const std::string& preparation = {}) const {
-    return "cd '" + path("").string() + "' && " + preparation + "env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" +
-           path("machine.ini").string() + "' " + environment + " '" TALLYBOOK_BINARY_DIR "/tallyctl' " +
-           whereItIs(arguments);
-  }
-
  private:
-  Result runAfter(const std::string& preparation, const std::string& arguments, const std::string& environment) {
-    const std::string command = commandLine(arguments, environment, preparation) + " >out 2>err </dev/null";
-    const int status = std::system(command.c_str());
-    // Neither lists nor the filter change what stored() is asked for.
-    movedIsOld_ = movedIsOld_ || !(arguments.starts_with("folder ") || arguments.starts_with("filter "));
+  [[nodiscard]] std::string commandLine(const std::string& arguments, const std::string& with = {}) const {
+    return "env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" + path("machine.ini").string() + "' " + with +
+           " '" TALLYBOOK_BINARY_DIR "/tallyctl' " + whereItIs(arguments) + " </dev/null";
+  }
+  Result shell(const std::string& line) const {
+    const int status = std::system(("cd '" + path("").string() + "' && " + line).c_str());
     return {WEXITSTATUS(status), readFile(path("out")), readFile(path("err"))};
+  }
+  // Neither lists nor the filter change what stored() is asked for.
+  void noteChange(const std::string& arguments) {
+    movedIsOld_ = movedIsOld_ || !(arguments.starts_with("folder ") || arguments.starts_with("filter "));
   }
 
   [[nodiscard]] std::string whereItIs(const std::string& arguments) const {

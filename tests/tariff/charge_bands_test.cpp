@@ -76,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(
                   300,
                   {band(8, 0, 19, 59, 1, kMinute, 0.10), band(20, 0, 23, 59, 1, kMinute, 0.05)},
                   0.35},
-        // 90 s before the change and 90 s behind it: each band rounds up for itself, 2 * 0.10 + 2 * 0.05.
+        // 90 s before the change and 90 s after it: each band rounds up for itself, 2 * 0.10 + 2 * 0.05.
         PriceCase{"each band rounds up by itself",
                   kPlain,
                   at(1, 19, 58),

@@ -330,7 +330,7 @@ TEST_F(PriceTest, ABandWithoutCurrencyEndsTheSum) {
   office.run("update charges set charge_currency = null where charge_value = 5");
   const PricedCall result = office.price(TestExchange::call("0744", kMonday, 10, 0, 180));
   EXPECT_EQ(result.outcome, PriceOutcome::UnusableCharge);
-  EXPECT_NEAR(result.output.price, 0.10, 1e-9);  // what was summed before stands
+  EXPECT_NEAR(result.output.price, 0.10, 1e-9);  // what was summed before is kept
   EXPECT_EQ(result.output.currency, "EUR");
 }
 

@@ -29,7 +29,7 @@ set(ctl ${CMAKE_COMMAND} -E env --unset=TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STO
 run(${ctl} init ${root}/data --sample)
 run(${ctl} folder list)
 expect("100" "folder list")
-# A second start of the service makes nothing anew.
+# A second start of the service makes nothing again.
 run(${ctl} init ${root}/data --if-missing)
 
 run(${prefix}/bin/tallymon formats)

@@ -92,7 +92,7 @@ TEST_F(ExchangePageTest, AFirstExchangeMakesTheSiteFileThatTheServiceReads) {
   EXPECT_NE(std::string::npos, text.find("quiet = { minutes = 120 }")) << text;
 }
 
-// A line end follows what is sent, unless a backslash stands there.
+// A line end follows what is sent, unless a backslash is there.
 TEST_F(ExchangePageTest, StepsOfALoginAreWrittenAsTheyAreSent) {
   open();
   choose("exchangeFormat", "panasonic");

@@ -8,6 +8,7 @@
 #include <QMimeData>
 #include <QPlainTextEdit>
 
+#include "folders/numbers.h"
 #include "frame.h"
 
 namespace {
@@ -44,7 +45,7 @@ TEST_F(ListCommands, DeletedRecordsComeBackUntilTheProgramCloses) {
   emptyContacts();
   addContact("Ana", "0213456789");
   addContact("Ion", "0219999999");
-  frame->selectFolder(folders::kContactsList);
+  frame->selectFolder(folders::FolderContacts);
   list().selectAll();
   action("IDS_ACTION_DELETE").trigger();
   EXPECT_EQ(rows(), 0);
@@ -143,7 +144,7 @@ TEST_F(ListCommands, AllSelectedNumbersAreHiddenAndComeBackTogether) {
 TEST_F(ListCommands, TheCallsOfAContactAreThoseOfItsNumbers) {
   emptyContacts();
   addContact("Ana", "021 999 9999");
-  frame->selectFolder(folders::kContactsList);
+  frame->selectFolder(folders::FolderContacts);
   list().selectRow(0);
   action("IDS_ACTION_CONTACT_CALLS").trigger();
   EXPECT_EQ(list().folderId(), kCalls);

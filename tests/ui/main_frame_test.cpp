@@ -9,6 +9,7 @@
 #include <QSpinBox>
 #include <QTest>
 
+#include "folders/numbers.h"
 #include "frame.h"
 #include "ui/chart_view.h"
 #include "ui/command_handler.h"
@@ -165,7 +166,7 @@ TEST_F(MainFrameTest, ContactsAreAListOfTheirOwn) {
   contact.name = "Ana Pop";
   contact.telView = "3456789";
   desktop.document->contactBook().add(contact);
-  frame->selectFolder(folders::kContactsList);
+  frame->selectFolder(folders::FolderContacts);
   ASSERT_EQ(rows(), 1);
   EXPECT_EQ(cell(0, kKindContactName), "Ana Pop");
   list().setCurrentIndex(list().model().index(0, 0));

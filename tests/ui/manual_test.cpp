@@ -10,6 +10,7 @@
 #include <map>
 
 #include "desktop.h"
+#include "folders/numbers.h"
 #include "frame.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/manual.h"
@@ -71,7 +72,7 @@ TEST(ManualTest, AFormHasAButtonForIt) {
 
 TEST(ManualTest, TheListsHavePagesToo) {
   for (const auto& [folder, page] :
-       {std::pair{100, "calls"}, {101, "statistics"}, {folders::kContactsList, "contacts"}, {0, "index"}}) {
+       {std::pair{100, "calls"}, {101, "statistics"}, {folders::FolderContacts, "contacts"}, {0, "index"}}) {
     EXPECT_EQ(ui::manualPageOfFolder(folder), page) << folder;
   }
 }

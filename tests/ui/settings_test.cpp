@@ -90,7 +90,7 @@ TEST_F(SettingsTest, ANewProviderIsPricedAfterApply) {
   click(*sheet, "testerCalculate");
   const QString steps = child<QPlainTextEdit>(*sheet, "testerSteps").toPlainText();
   EXPECT_TRUE(steps.endsWith("Price: 2.0000 EUR")) << steps.toStdString();  // four units of 1.5 s
-  // Nothing is left to lose, and the lists behind are to be read anew.
+  // Nothing is left to lose, and the lists of the main window are to be read again.
   sheet->reject();
   EXPECT_EQ(sheet->result(), QDialog::Accepted);
 }

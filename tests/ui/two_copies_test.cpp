@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include "desktop.h"
+#include "folders/numbers.h"
 #include "ui/dialogs/contacts_sheet.h"
 #include "ui/main_frame.h"
 
@@ -119,7 +120,7 @@ TEST_F(TwoProcesses, TheListShowsEveryChangeOfEveryTable) {
       {98, "Groups update Groups set [Desc] = 'round %d'"},
       {99, "Log insert into Log (UserName, [Desc], [DateTime], [Level]) values ('x', 'round %d', #1/1/2026#, 1)"},
       {100, "Calls update Calls set Name = 'round %d'"},
-      {folders::kContactsList, "Contacts update Contacts set Name = 'round %d'"},
+      {folders::FolderContacts, "Contacts update Contacts set Name = 'round %d'"},
   };
   desktop->document->contactBook().add(ana());
   for (int round = 0; round < kRounds; ++round) {
@@ -135,7 +136,7 @@ TEST_F(TwoProcesses, TheListShowsEveryChangeOfEveryTable) {
 TEST_F(TwoProcesses, TheSheetAndTheListBothHearOfAChangeWhoeverLooksFirst) {
   desktop->document->app().config().WriteConfigInt(1, "Next RecID", "Contacts", foundation::StoreDatabase);
   const std::int32_t id = desktop->document->contactBook().add(ana());
-  frame->selectFolder(folders::kContactsList);
+  frame->selectFolder(folders::FolderContacts);
   foundation::TableWatch watch(desktop->document->database(), desktop->document->tags(), contacts::kContactsTable);
   ui::ContactsSheet sheet(*desktop->document, *desktop->texts, desktop->document->contactBook().find(id), watch,
                           frame.get());

@@ -65,7 +65,7 @@ bool isControl(utf8proc_int32_t codepoint) {
   return (codepoint >= 0 && codepoint < 0x20) || (codepoint >= 0x7F && codepoint < 0xA0);
 }
 
-// What stands in the last pair of angle brackets; the text itself when there is none.
+// What is in the last pair of angle brackets; the text itself when there is none.
 std::string_view inBrackets(std::string_view text) {
   const std::size_t close = text.rfind('>');
   if (close == std::string_view::npos) return text;

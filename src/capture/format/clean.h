@@ -25,7 +25,7 @@ inline constexpr std::size_t kCdRoom = 7;
 // its base letter, else "?". Control characters are left out.
 [[nodiscard]] std::string fitText(std::string_view text, int codepage, std::size_t room);
 
-// The number in a text that may hold a name too: what stands in <>, else the longest run of digits (three at least)
+// The number in a text that may hold a name too: what is in <>, else the longest run of digits (three at least)
 // when there are letters. Then without sip: and host, "+" in front as 00, hidden digits ("?") as X, and nothing but
 // 0-9 * # X. Empty for a name alone and for withheld numbers.
 [[nodiscard]] std::string cleanNumber(std::string_view text);
@@ -33,7 +33,7 @@ inline constexpr std::size_t kCdRoom = 7;
 // Takes the first code that the number begins with off its front, once.
 [[nodiscard]] std::string stripAccess(std::string number, const std::vector<std::string>& codes);
 
-// A trunk of digits only without its leading zeros (zeros only: empty); any other as it stands.
+// A trunk of digits only without its leading zeros (zeros only: empty); any other as it is.
 [[nodiscard]] std::string cleanTrunk(std::string_view text);
 
 // A count of pulses; 0 for a blank and for an amount of money ("1,20"); nothing when the text is neither.

@@ -172,7 +172,7 @@ class Format {
   std::optional<PairRules> pair;
   std::vector<FormatTest> tests;
 
-  // True when day and month may stand in either order.
+  // True when day and month may be in either order.
   [[nodiscard]] bool hasDateOrder() const;
   // True when the setting `trunks` (or `extensions`) decides about directions.
   [[nodiscard]] bool asksTrunks() const;

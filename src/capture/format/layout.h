@@ -11,7 +11,7 @@
 
 namespace capture {
 
-// Fixed columns, counted in characters from 1, both ends included. What stands between two columns must be blank.
+// Fixed columns, counted in characters from 1, both ends included. What is between two columns must be blank.
 struct ColumnsLayout {
   struct Column {
     std::size_t first = 1;
@@ -21,7 +21,7 @@ struct ColumnsLayout {
   std::vector<Column> columns;  // by their place in the line
 };
 
-// Values with a separator between; a value may stand in double quotes, doubled inside.
+// Values with a separator between; a value may be in double quotes, doubled inside.
 struct CsvLayout {
   char separator = ',';
   std::vector<std::optional<FieldIndex>> fields;  // in the line's order; nothing: not used

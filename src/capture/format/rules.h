@@ -54,7 +54,7 @@ struct Condition {
 struct ValueSource {
   std::optional<FieldIndex> field;
   std::string text;               // when there is no field
-  std::vector<Pattern> patterns;  // the first that covers the whole field counts; none: the field as it stands
+  std::vector<Pattern> patterns;  // the first that covers the whole field counts; none: the field as it is
   std::optional<Condition> when;
   std::string drop;    // characters that are left out
   std::string hidden;  // characters that stand for a hidden digit and become X

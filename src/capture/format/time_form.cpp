@@ -41,7 +41,7 @@ std::optional<int> takeName(std::string_view& text, const std::array<std::string
   return static_cast<int>(found - names.begin());
 }
 
-// 'A' or 'P', taken off the front together with an M behind it.
+// 'A' or 'P', taken off the front together with an M after it.
 std::optional<char> takeHalf(std::string_view& text) {
   if (text.empty()) return std::nullopt;
   const char half = text.front() == 'a' ? 'A' : text.front() == 'p' ? 'P' : text.front();
@@ -56,7 +56,7 @@ struct RawReading {
   std::optional<char> half;
 };
 
-// Days may be padded with a blank where a month name stands in the form, as in the C library's own texts.
+// Days may be padded with a blank where a month name is in the form, as in the C library's own texts.
 bool takeCode(char code, bool padded, std::string_view& text, RawReading& out) {
   ClockReading& clock = out.clock;
   switch (code) {

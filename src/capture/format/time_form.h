@@ -67,7 +67,7 @@ enum class DurationForm {
   Tenths,               // hmmt: one digit hours, two minutes, one tenths of a minute; 9999 is 0
 };
 
-// By the name that stands behind each one above ("hh:mm:ss", "hmmt" ...); nothing when there is none of that name.
+// By the name that follows each one above ("hh:mm:ss", "hmmt" ...); nothing when there is none of that name.
 [[nodiscard]] std::optional<DurationForm> durationForm(std::string_view name);
 // Seconds; nothing when the text is not of that form or cannot be (75 minutes in hh:mm:ss).
 [[nodiscard]] std::optional<std::int64_t> readDuration(DurationForm form, std::string_view text);

@@ -9,6 +9,7 @@
 
 #include "base/datetime.h"
 #include "capture/journal/journal_files.h"
+#include "platform/durable_files.h"
 
 namespace capture {
 
@@ -76,11 +77,7 @@ void Journal::openDay(const std::string& day) {
   if (descriptor_ >= 0) ::close(descriptor_);
   descriptor_ = ::open(file().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0640);
   if (descriptor_ < 0) fail("cannot be opened", errno);
-  const int parent = ::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  const bool synced = parent >= 0 && ::fsync(parent) == 0;
-  const int reason = errno;
-  if (parent >= 0) ::close(parent);
-  if (!synced) fail("its folder cannot be synced", reason);
+  if (const std::error_code error = platform::syncFolder(folder_)) fail("its folder cannot be synced", error.value());
 }
 
 void Journal::startDay(std::int64_t time) {

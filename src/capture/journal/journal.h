@@ -29,7 +29,7 @@ class Journal {
   ~Journal();
 
   // Adds entries, all or none, and gives them their positions. They survive the death of this process at once, a power
-  // cut after sync(). Throws JournalFault. A clock that was set back does not reorder files: entries go behind the last
+  // cut after sync(). Throws JournalFault. A clock that was set back does not reorder files: entries go after the last
   // one whatever the day of their time.
   void append(std::span<JournalEntry> entries);
   // Returns when everything appended is on the disk. Throws JournalFault; what was appended is then written again by

@@ -19,7 +19,7 @@ struct JournalEntry {
   std::int64_t time = 0;       // arrival, milliseconds since 1970-01-01 UTC
   EntryKind kind = EntryKind::Line;
   // Where the line ends in the transport's own terms (file and offset, key of a row), so that a transport goes on
-  // behind the last line that is really here. No blanks; empty where the transport has no such place.
+  // after the last line that is really here. No blanks; empty where the transport has no such place.
   std::string origin;
   std::string bytes;
 };

@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kSureLength = 7;  // digits that are no accident wherever they stand
+constexpr std::size_t kSureLength = 7;  // digits that are no accident wherever they are
 
 bool isDigit(char c) {
   return c >= '0' && c <= '9';
@@ -34,7 +34,7 @@ std::string significantDigits(std::string_view number) {
   return digits;
 }
 
-// Where the digits stand as a number: at the end of `found` there must be no further digit unless they are many.
+// True when the digits are a number alone: at the end of `found` there must be no further digit unless they are many.
 bool standsAlone(const std::string& text, std::size_t begin, std::size_t length) {
   std::size_t first = begin;
   while (first > 0 && text[first - 1] == '0') --first;
@@ -55,7 +55,7 @@ std::size_t blankDigits(std::string& text, const std::string& digits, std::size_
   return places;
 }
 
-// The begin of the bytes in a line of the journal: behind the fifth blank.
+// The begin of the bytes in a line of the journal: after the fifth blank.
 std::size_t bytesBegin(const std::string& line) {
   std::size_t at = 0;
   for (int blank = 0; blank < 5 && at != std::string::npos; ++blank) {
@@ -70,7 +70,7 @@ bool blankLine(std::string& line, const std::string& digits) {
   return begin != std::string::npos && blankDigits(line, digits, begin) > 0;
 }
 
-// Bytes are overwritten where they are, so that whoever appends meanwhile is not disturbed.
+// Bytes are overwritten where they are, so that a program that appends meanwhile is not disturbed.
 std::size_t forgetInPlace(const JournalFile& file, const std::string& digits) {
   const auto lines = openJournalLines(file);
   const int descriptor = ::open(file.path.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);

@@ -22,7 +22,7 @@ struct KeepingRules {
 void keepJournal(const std::filesystem::path& folder, const KeepingRules& rules);
 
 // Blanks a telephone number in every entry: its digits become X. Written with another prefix (+40, 0040, 0) it is the
-// same number, so the digits behind leading zeros are looked for; seven of them or more wherever they stand, fewer only
+// same number, so the digits after leading zeros are looked for; seven of them or more wherever they are, fewer only
 // as a whole run of digits. Returns the count of entries changed. Throws std::invalid_argument when there is no digit
 // in `number`, std::runtime_error when a file cannot be changed.
 std::size_t forgetNumber(const std::filesystem::path& folder, std::string_view number);

@@ -13,7 +13,7 @@
 namespace capture {
 
 // Lines of one call that an exchange tells once for every phone that rang. An answered line is a record at once and
-// makes the unanswered ones parts; when nobody answered, the first line is the record, which is certain only when the
+// makes the unanswered ones parts; when no one answered, the first line is the record, which is certain only when the
 // window has passed. The window counts from the group's first line.
 class CallGroups {
  public:

@@ -17,7 +17,7 @@ class Dialogs {
     bool ended = false;
   };
 
-  // Both sides' tags may stand in either order.
+  // Both sides' tags may be in either order.
   [[nodiscard]] static std::string key(const std::string& call, std::vector<std::string> ends) {
     std::sort(ends.begin(), ends.end());
     std::string key = call;

@@ -83,7 +83,7 @@ class CaptureSource : public LineSink, public std::enable_shared_from_this<Captu
   SourceSurroundings around_;
   Journal journal_;
   SourceDelivery delivery_;
-  std::optional<Converter> converter_;  // always there; in place anew when its format is read again
+  std::optional<Converter> converter_;  // always there; replaced when its format is read again
   SourceWatch watch_;
   std::shared_ptr<Transport> transport_;
   std::string lastOrigin_;

@@ -20,7 +20,7 @@ class ImportPoke {
   // There is no server to tell, or it is being told: another message may follow when that one is answered.
   [[nodiscard]] bool isBusy() const { return path_.empty() || onItsWay_; }
   // Sends a message, when it is not busy. `done` is called when the answer is there: 1 imported, 0 not known
-  // there, -1 nobody answers.
+  // there, -1 no one answers.
   void send(std::function<void(int answer)> done);
 
  private:

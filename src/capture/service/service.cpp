@@ -15,7 +15,7 @@ namespace {
 
 // Lines that come together go into one file.
 constexpr std::chrono::milliseconds kGather{50};
-// While Tallybook has not taken the file before, what is new joins the one that waits, and that is written anew.
+// While Tallybook has not taken the file before, what is new joins the one that waits, and that is rewritten.
 constexpr std::chrono::milliseconds kJoinEvery{1000};
 constexpr int kStatusEvery = 2;       // seconds
 constexpr int kDiskEvery = 10;        // seconds

@@ -29,7 +29,7 @@ struct SourceSite {
   RecordRules rules;
   TransportSettings transport;
   std::optional<QuietRule> quiet;
-  std::string text;  // the table as it stands: a source whose text is unchanged goes on over a reload
+  std::string text;  // the table as it is: a source whose text is unchanged goes on over a reload
 };
 
 // The site file.
@@ -49,7 +49,7 @@ inline constexpr const char* kStandardSiteFile = "/etc/tallymon/tallymon.toml";
 
 // Reads and checks a site file, formats and addresses included. Throws SiteError.
 [[nodiscard]] Site readSite(const std::filesystem::path& file);
-// The same of a text, for which `file` stands in messages.
+// The same of a text, which messages call `file`.
 [[nodiscard]] Site readSiteText(std::string_view text, const std::string& file);
 // The text of a site file. Throws SiteError.
 [[nodiscard]] std::string siteFileText(const std::filesystem::path& file);

@@ -14,7 +14,7 @@ namespace capture {
 // The other way round. Throws SiteError for what a site file cannot hold: null, and numbers with a fraction.
 [[nodiscard]] toml::table tableOf(const nlohmann::json& object);
 
-// A value as it stands in a site file; tables as { ... }, in one line. Equal values give equal texts.
+// A value as it is in a site file; tables as { ... }, in one line. Equal values give equal texts.
 [[nodiscard]] std::string tomlText(const toml::node& value);
 // A key, in quotation marks where it needs them.
 [[nodiscard]] std::string tomlKey(std::string_view key);

@@ -178,7 +178,7 @@ std::string appended(std::string text, const std::string& block) {
 
 }  // namespace
 
-// Key by key where that gives what is wanted, else the whole block anew.
+// Key by key where that gives what is wanted, else the whole block is rewritten.
 void SiteText::replace(const toml::table& old, const toml::table& wanted, const std::string& header,
                        const toml::table& expected) {
   try {
@@ -246,13 +246,13 @@ namespace {
 
 // The new file belongs to whom the old one belonged to; the first one to the group of its folder, which the service is
 // in.
-void takeOverRights(const fs::path& from, const fs::path& to) {
+void takeOverRights(const fs::path& file, int descriptor) {
   struct stat old {};
-  const bool had = ::stat(from.c_str(), &old) == 0;
-  if (!had && ::stat(to.parent_path().c_str(), &old) != 0) return;
-  const bool given = ::chown(to.c_str(), had ? old.st_uid : static_cast<uid_t>(-1), old.st_gid) == 0;
+  const bool had = ::stat(file.c_str(), &old) == 0;
+  if (!had && ::stat(file.parent_path().c_str(), &old) != 0) return;
+  const bool given = ::fchown(descriptor, had ? old.st_uid : static_cast<uid_t>(-1), old.st_gid) == 0;
   // Who may not give a file away has made it with a group of their own, and that group must not be let in by mistake.
-  ::chmod(to.c_str(), had ? old.st_mode & 07777 : given ? kNewFile : 0600);
+  ::fchmod(descriptor, had ? old.st_mode & 07777 : given ? kNewFile : 0600);
 }
 
 }  // namespace
@@ -263,18 +263,10 @@ void writeSite(const fs::path& file, const std::string& text) {
   const fs::path target = fs::exists(file, fault) ? fs::canonical(file, fault) : fs::absolute(file, fault);
   if (fault) failWith(file, fault.value());
   fs::create_directories(target.parent_path(), fault);
-  const fs::path temporary = target.string() + ".new";
-  fs::remove(temporary, fault);
-  fault = platform::writeDurably(temporary, 0, {reinterpret_cast<const unsigned char*>(text.data()), text.size()});
-  if (!fault) {
-    takeOverRights(target, temporary);
-    fs::rename(temporary, target, fault);
-  }
-  if (!fault) fault = platform::syncFolder(target.parent_path());
-  if (!fault) return;
-  std::error_code ignored;
-  fs::remove(temporary, ignored);
-  failWith(file, fault.value());
+  const auto giveRights = [&target](int descriptor) { takeOverRights(target, descriptor); };
+  fault =
+      platform::replaceDurably(target, {reinterpret_cast<const unsigned char*>(text.data()), text.size()}, giveRights);
+  if (fault) failWith(file, fault.value());
 }
 
 }  // namespace capture

@@ -34,7 +34,7 @@ AllowedPeers peersOf(Section& keys) {
   return peers;
 }
 
-// A password stands in the file, or in a file of its own that fewer people may read.
+// A password is in the file, or in a file of its own that fewer people may read.
 std::string secretOf(Section& keys, const char* key) {
   const std::string fileKey = std::string(key) + "_file";
   const std::string file = keys.text(fileKey.c_str());

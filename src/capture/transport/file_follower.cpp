@@ -25,7 +25,7 @@ constexpr int kQuietLooks = 10;
 constexpr std::int64_t kOldestLine = std::int64_t{30} * 24 * 3600 * 1000;
 
 // Follows a file that the exchange appends to, across rotation. Every line carries its place in the file, so that after
-// a crash the next line is the one behind the last that is in the journal.
+// a crash the next line is the one after the last that is in the journal.
 class FileFollower : public SessionTransport {
  public:
   FileFollower(FileSettings settings, asio::io_context& context, std::shared_ptr<LineSink> sink)
@@ -50,7 +50,7 @@ class FileFollower : public SessionTransport {
   void interrupt() override {}
 
  private:
-  // What has stood since before this session is found by the place of the last line alone.
+  // What was there before this session is found by the place of the last line alone.
   void findPlace() {
     if (const auto place = FilePlace::fromText(sink().lastOrigin())) {
       goOnAt(*place);
@@ -60,8 +60,8 @@ class FileFollower : public SessionTransport {
     beginAt(file_ && settings_.fromEnd ? file_->size() : 0);
   }
 
-  // Goes on behind a place: in the file of the configured name, or in the one that it was renamed or copied to before
-  // it began anew.
+  // Goes on after a place: in the file of the configured name, or in the one that it was renamed or copied to before
+  // it was begun again.
   void goOnAt(const FilePlace& place) {
     auto current = FollowedFile::open(settings_.path);
     const bool same = current && current->holds(place);

@@ -9,7 +9,7 @@
 namespace capture {
 
 // A place in a file that another program appends to, which finds the same file again after it was renamed, and notices
-// when another file has taken its inode or its content was cut and written anew: it remembers the file's first bytes.
+// when another file has taken its inode or its content was cut and rewritten: it remembers the file's first bytes.
 struct FilePlace {
   std::uint64_t inode = 0;
   std::uint64_t offset = 0;      // bytes taken

@@ -186,7 +186,7 @@ class HttpPost : public SessionTransport {
     return {MHD_HTTP_OK, "OK"};
   }
 
-  // The token stands in the header "Authorization: Bearer", or in the address where an exchange cannot set headers.
+  // The token is in the header "Authorization: Bearer", or in the address where an exchange cannot set headers.
   [[nodiscard]] bool isKnown(MHD_Connection* connection) const {
     if (settings_.token.empty()) return true;
     const char* header = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_AUTHORIZATION);

@@ -10,7 +10,7 @@
 namespace capture {
 
 // Rows that overlapping queries bring again and again: each is taken once. The journal is what remembers, since the key
-// of each row stands in it as its line's origin.
+// of each row is in it as its line's origin.
 class SeenRows {
  public:
   // The origin for a row's key: a sum of 64 bits, since keys are long and hold blanks.

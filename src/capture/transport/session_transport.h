@@ -31,7 +31,7 @@ class SessionTransport : public Transport {
   // Makes a waiting session return.
   virtual void interrupt() = 0;
 
-  // The session has its connection: the pauses begin anew.
+  // The session has its connection: the pauses begin again.
   void established(const std::string& what);
   // Runs `work` beside the session; this object lives as long.
   void spawn(asio::awaitable<void> work);

@@ -2,10 +2,13 @@
 
 #include <soci/soci.h>
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+
+#include "base/text.h"
 
 namespace capture {
 
@@ -75,13 +78,12 @@ std::string textOf(const soci::row& row, std::size_t column) {
   }
 }
 
-std::string csvField(const std::string& value) {
-  std::string text = "\"";
-  for (const char c : value) {
-    if (c == '"') text += '"';
-    text += c == '\n' || c == '\r' ? ' ' : c;  // a line is a row
-  }
-  return text + '"';
+// Always in quotation marks, so that a value's blanks are told from the line's. A line is a row: line ends in values
+// become blanks.
+std::string csvField(std::string value) {
+  std::ranges::replace_if(
+      value, [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  return '"' + base::replaceAll(std::move(value), "\"", "\"\"") + '"';
 }
 
 // The columns of the format come first in the row.

@@ -56,7 +56,7 @@ class Transport : public std::enable_shared_from_this<Transport> {
   // Begins to read. Called once, on an object held by a shared_ptr. Throws std::runtime_error when the machine's own
   // side cannot be had at all (a port that is taken).
   virtual void start() = 0;
-  // Reads what has arrived and closes. The work has ended when nobody but the caller holds this object.
+  // Reads what has arrived and closes. The work has ended when only the caller holds this object.
   virtual void stop() = 0;
 };
 

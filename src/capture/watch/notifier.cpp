@@ -49,7 +49,7 @@ void Notifier::tell(const Alarm& alarm) {
   if (further != settings_.sourceMail.end() && further->second != settings_.mail) sendMail(alarm, further->second);
 }
 
-// The data stand in the environment, not in the command's words: a line of an exchange is foreign text.
+// The data are in the environment, not in the command's words: a line of an exchange is foreign text.
 void Notifier::runCommand(const Alarm& alarm) {
   start({settings_.command.string()},
         {"TALLYMON_SOURCE=" + alarm.source, "TALLYMON_EVENT=" + alarm.event,

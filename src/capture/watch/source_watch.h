@@ -15,7 +15,7 @@ namespace capture {
 struct QuietRule {
   int minutes = 120;
   WorkingHours hours;
-  std::string mail;  // who else is told; empty: nobody
+  std::string mail;  // who else is told; empty: no one
 };
 
 // Watches over the lines of one source and raises its alarms.

@@ -67,9 +67,9 @@ columns::ColumnSource::Extent ColumnReader::extent(const TableDef& table) {
 }
 
 columns::ColumnSource::Read ColumnReader::readColumns(const TableDef& table, std::span<const std::size_t> fields,
-                                                      std::span<columns::Column* const> columns, std::int64_t behind,
+                                                      std::span<columns::Column* const> columns, std::int64_t after,
                                                       std::int64_t last, columns::KeyRuns& keys) {
-  const auto scan = engine_.driver().scan(table, fields, {behind, last});
+  const auto scan = engine_.driver().scan(table, fields, {after, last});
   Read read;
   while (scan->step()) {
     if (!addRow(*scan, columns, read)) break;

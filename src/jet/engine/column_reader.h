@@ -19,7 +19,7 @@ class ColumnReader final : public columns::ColumnSource {
   void endView() noexcept override;
   columns::ColumnSource::Extent extent(const TableDef& table) override;
   Read readColumns(const TableDef& table, std::span<const std::size_t> fields,
-                   std::span<columns::Column* const> columns, std::int64_t behind, std::int64_t last,
+                   std::span<columns::Column* const> columns, std::int64_t after, std::int64_t last,
                    columns::KeyRuns& keys) override;
   Read readSelected(const ShapedText& text, std::span<columns::Column* const> columns,
                     const std::function<void(std::span<const std::int64_t> keys)>& block) override;

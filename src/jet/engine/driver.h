@@ -31,7 +31,7 @@ enum class Role : char {
   Among = 'i',         // the same over the rows of some keys: extras are kAmongKeys of them
   Count = 'c',         // key(): the number of rows
   CountBefore = 'p',   // the same of those before a key (extra 0)
-  NextKeys = 'k',      // keys behind a key (0), in the table's order, at most (1)
+  NextKeys = 'k',      // keys after a key (0), in the table's order, at most (1)
   PreviousKeys = 'K',  // keys before a key (0), backwards, at most (1)
   OrderedKeys = 'o',   // all keys in the select's order
   KeysPage = 'w',      // at most (0) keys in the select's order, (1) left out before
@@ -39,7 +39,7 @@ enum class Role : char {
   KeysFrom = 'a',      // from the row of key (0) on, at most (1), (2) left out; a select's order of one item at most
   KeysBefore = 'A',    // the same before that row, backwards
   FindFirst = 'f',     // the first row that meets the criteria
-  FindNext = 'n',      // the first such row behind a key (0), in the table's order
+  FindNext = 'n',      // the first such row after a key (0), in the table's order
   Matches = 'm',       // keys of all rows that meet the criteria, in the select's order
   Read = 'x',          // the row of a key (0), whether it meets the select's condition or not
   ReadMatching = 'g',  // the row of a key (0) if it meets condition and criteria
@@ -61,7 +61,7 @@ enum class SiteClass : char {
 
 struct SiteValue {
   SiteClass kind = SiteClass::General;
-  std::string text;                   // Equal, Prefix, Contained: what stands between the wildcards
+  std::string text;                   // Equal, Prefix, Contained: what is between the wildcards
   std::vector<std::string> prefixes;  // OwnPrefixes, filled up to a multiple of kPrefixStep
 };
 
@@ -164,9 +164,9 @@ class Driver {
   [[nodiscard]] virtual bool readOnly() const = 0;
   // False once the connection to a server was lost (Error 3151). No round trip.
   [[nodiscard]] virtual bool connected() const { return true; }
-  // Asks the server whether the connection is there, and connects anew when it is not; false while the server cannot be
-  // reached. What was running has ended, what was prepared and is
-  // usable() can be used again, and everything may have changed meanwhile.
+  // Asks the server whether the connection is there, and connects again when it is not; false while the server cannot
+  // be reached. What was running has ended, what was prepared and is usable()
+  // can be used again, and everything may have changed meanwhile.
   virtual bool reconnect() { return true; }
   // After reconnect(): whether the transaction in whose commit() the connection was lost was committed after all.
   virtual bool lostCommitDone() { return false; }

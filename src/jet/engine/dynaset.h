@@ -94,7 +94,7 @@ class Dynaset final : public Recordset {
   std::vector<Value> row_;
   bool noMatch_ = false;
 
-  std::vector<std::int64_t> ahead_;  // keys behind the current row, of a set without order
+  std::vector<std::int64_t> ahead_;  // keys after the current row, of a set without order
   std::size_t aheadNext_ = 0;
   bool keysLoaded_ = false;
   std::vector<std::int64_t> keys_;  // of an ordered set
@@ -106,7 +106,7 @@ class Dynaset final : public Recordset {
   std::string matchCriteria_;
   std::vector<std::int64_t> matches_;
   std::size_t matchNext_ = 0;
-  std::int64_t matchKey_ = 0;  // the row that matchNext_ stands behind
+  std::int64_t matchKey_ = 0;  // the row that matchNext_ comes after
 
   Editing editing_ = Editing::None;
   std::vector<Value> buffer_;

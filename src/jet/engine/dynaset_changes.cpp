@@ -55,7 +55,7 @@ RowChange& Dynaset::insertChange() {
   return *insert_;
 }
 
-// Whether the row that is added gets the next number, behind all others.
+// Whether the row that is added gets the next number, after all others.
 bool Dynaset::numbersItself() const {
   for (std::size_t i = 0; i < fields_.size(); ++i) {
     if (fieldAt(i).autoIncrement) return buffer_[i].isNull();

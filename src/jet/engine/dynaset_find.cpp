@@ -43,7 +43,7 @@ void Dynaset::loadMatches(std::string_view criteria) {
   matchCriteria_ = criteria;
 }
 
-// Index into matches_ of the first one behind the current row in the order of the set.
+// Index into matches_ of the first one after the current row in the order of the set.
 std::size_t Dynaset::firstMatchBehindCurrent() {
   const auto self = std::find(matches_.begin(), matches_.end(), key_);
   if (self != matches_.end()) return static_cast<std::size_t>(self - matches_.begin()) + 1;

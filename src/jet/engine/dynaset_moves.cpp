@@ -83,7 +83,7 @@ void Dynaset::findIndexOfKey() {
     keyIndex_ = static_cast<std::size_t>(found - keys_.begin());
     return;
   }
-  // A row that came into the set after its keys were fetched stands behind them.
+  // A row that came into the set after its keys were fetched comes after them.
   keys_.push_back(key_);
   keyIndex_ = keys_.size() - 1;
   seen_ = static_cast<std::int64_t>(keys_.size());

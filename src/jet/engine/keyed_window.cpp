@@ -85,7 +85,7 @@ std::vector<std::int64_t> KeyedWindow::fetchKeys(std::int64_t first, std::int64_
   return keys;
 }
 
-// Nothing when no anchor is nearer than both ends, or when rows before or behind it are missing by now.
+// Nothing when no anchor is nearer than both ends, or when rows before or after it are missing by now.
 std::optional<std::vector<std::int64_t>> KeyedWindow::keysByAnchor(std::int64_t first, std::int64_t count) {
   if (orderItems_ > 1) return std::nullopt;
   const Place* best = nullptr;

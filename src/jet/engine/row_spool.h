@@ -20,7 +20,7 @@ class RowSpool {
   void finish();
 
   [[nodiscard]] std::size_t count() const { return count_; }
-  // Appends the cells of a row. Rows one behind the other are read quickest.
+  // Appends the cells of a row. Rows one after the other are read quickest.
   void read(std::size_t row, std::vector<Value>& cells);
 
  private:
@@ -41,7 +41,7 @@ class RowSpool {
   std::unique_ptr<std::FILE, FileCloser> file_;
   std::vector<Block> blocks_;
   std::size_t count_ = 0;
-  memory::PackedRows tail_;  // rows behind those of all blocks
+  memory::PackedRows tail_;  // rows after those of all blocks
   std::size_t tailFirst_ = 0;
   std::size_t loaded_ = static_cast<std::size_t>(-1);  // block in `held_`
   memory::PackedRows held_;

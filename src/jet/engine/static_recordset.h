@@ -56,7 +56,7 @@ class StaticRecordset final : public Recordset {
   bool loaded_ = false;
   std::uint64_t loadedVersion_ = 0;
   Snapshot snapshot_;
-  std::int64_t row_ = 0;  // -1 before the first, rows() behind the last
+  std::int64_t row_ = 0;  // -1 before the first, rows() after the last
   bool noMatch_ = false;
 };
 

@@ -20,7 +20,7 @@ class Versions final : private ChangeListener {
   // The counters of a table's changes; valid as long as this object.
   struct Own {
     std::uint64_t changes = 0;
-    std::uint64_t rewrites = 0;  // without those that only put a row behind all others
+    std::uint64_t rewrites = 0;  // without those that only put a row after all others
   };
   const Own& own(std::string_view table) { return ownOf(table); }
   void noteChange(std::string_view table);
@@ -33,7 +33,7 @@ class Versions final : private ChangeListener {
   void refresh(bool closely = false) {
     if (held_ == 0) driver_.lookForChanges(*this, closely);
   }
-  // While held, nothing is looked for: nobody else can have written, or what was current at the start serves.
+  // While held, nothing is looked for: no one else can have written, or what was current at the start serves.
   void hold() { ++held_; }
   void release() { --held_; }
 

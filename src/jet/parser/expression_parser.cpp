@@ -14,7 +14,7 @@ namespace jet {
 
 namespace {
 
-// Bounds on the tree, so that whoever walks or frees it by recursion stays within the stack: parentheses, calls and
+// Bounds on the tree, so that code that walks or frees it by recursion stays within the stack: parentheses, calls and
 // signs within each other, and operators in all (a long chain of them is as deep as it is long).
 constexpr int kMaxNesting = 200;
 constexpr int kMaxOperators = 2000;
@@ -155,7 +155,7 @@ ExpressionPtr ExpressionParser::prefix(int minPrecedence) {
   return operand();
 }
 
-// `is`, `like`, `in` and `between` behind `left`, with their `not`; null when none of them stands here.
+// `is`, `like`, `in` and `between` after `left`, with their `not`; null when none of them is here.
 ExpressionPtr ExpressionParser::comparisonWord(ExpressionPtr& left) {
   if (cursor_.acceptWord("is")) return isNull(std::move(left));
   const bool negated = cursor_.isWord("not");

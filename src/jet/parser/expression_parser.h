@@ -8,7 +8,7 @@
 
 namespace jet {
 
-// Words that stand neither for a column nor for an alias unless in brackets.
+// Words that name neither a column nor an alias unless in brackets.
 bool isReserved(std::string_view word);
 
 class ExpressionParser {

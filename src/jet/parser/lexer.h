@@ -15,13 +15,13 @@ inline constexpr std::size_t kMaxStatementLength = 64 * 1024;
 enum class TokenKind : std::uint8_t {
   End,
   Word,        // bare name or keyword
-  QuotedName,  // [name]; `text` is what stands between the brackets
+  QuotedName,  // [name]; `text` is what is between the brackets
   Long,        // literals that become parameters ...
   Double,
   Text,          // `text` with its quotes
   DateTime,      // `text` with its number signs
   Boolean,       // true, false
-  KeyedInteger,  // ... and integers that belong to the shape: behind TOP, positions of ORDER BY, all of ALTER TABLE
+  KeyedInteger,  // ... and integers that belong to the shape: after TOP, positions of ORDER BY, all of ALTER TABLE
   Symbol,
 };
 

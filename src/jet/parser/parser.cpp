@@ -88,7 +88,7 @@ void StatementParser::select() {
   orderBy();
 }
 
-// "*" or "T.*"; null, and nothing taken, when neither stands here.
+// "*" or "T.*"; null, and nothing taken, when neither is here.
 ExpressionPtr StatementParser::star() {
   auto expression = std::make_unique<Expression>();
   expression->kind = Expression::Kind::Star;
@@ -174,7 +174,7 @@ std::unique_ptr<Source> StatementParser::plainOrNestedSource(int nesting) {
   return source;
 }
 
-// The word of a join and JOIN itself; nothing when no join stands here.
+// The word of a join and JOIN itself; nothing when no join is here.
 std::optional<Source::Join> StatementParser::joinKind() {
   Source::Join join = Source::Join::Inner;
   if (cursor_.acceptWord("left")) {

@@ -17,7 +17,7 @@ struct Shape {
 };
 
 // Splits a text into its shape and its literals without parsing it (one pass over the characters). Type marks of the
-// literals are part of the key; the number behind TOP and the positions of ORDER BY stay in it. Error 3075 for
+// literals are part of the key; the number after TOP and the positions of ORDER BY stay in it. Error 3075 for
 // characters that belong to no token and for texts or dates that do not end. Shape-cached callers reuse `out`'s
 // storage.
 void shapeOf(std::string_view sql, Shape& out);
@@ -26,7 +26,7 @@ void shapeOf(std::string_view sql, Shape& out);
 // Error 3075 names the place; 3085 an unknown function.
 std::unique_ptr<const Statement> parseStatement(std::string_view sql);
 
-// Parses a condition alone (find criteria, a user's restriction, the text behind WHERE).
+// Parses a condition alone (find criteria, a user's restriction, the text after WHERE).
 ExpressionPtr parseCondition(std::string_view condition);
 
 }  // namespace jet

@@ -15,7 +15,7 @@ namespace jet {
 // literals: that is seen by comparing what lies between the literals, without cutting the text into tokens.
 class ShapeMemory {
  public:
-  // As shapeOf(); gives a number that stays that of the shape until this memory is full (then all begin anew, and
+  // As shapeOf(); gives a number that stays that of the shape until this memory is full (then all begin again, and
   // generation() moves).
   std::size_t shapeOf(std::string_view sql, Shape& out);
   [[nodiscard]] std::size_t generation() const { return generation_; }

@@ -6,7 +6,7 @@
 namespace jet::postgres {
 
 // Where a database on a server is: "postgresql://user@host:port/office/tallybook.mdb". What is before the last slash is
-// a URI of libpq, with options before that slash ("...@host/office?sslmode=verify-full/"); the name behind it, without
+// a URI of libpq, with options before that slash ("...@host/office?sslmode=verify-full/"); the name after it, without
 // its ending and in small letters, is a schema of that database.
 class Address {
  public:

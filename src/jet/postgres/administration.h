@@ -17,7 +17,7 @@ std::uintmax_t schemaSize(const Address& address);
 // With everything in it; nothing when there is none.
 void dropSchema(const Address& address);
 
-// New names for schemas of one server's database, all of them or none. Nobody may have them open.
+// New names for schemas of one server's database, all of them or none. No process may have them open.
 struct SchemaName {
   std::string from;
   std::string to;
@@ -25,7 +25,7 @@ struct SchemaName {
 void renameSchemas(const Address& address, std::span<const SchemaName> names);
 
 // Lets the members of a role read and change rows of the schema, and nothing more; also of tables that the caller adds
-// later. The role is made, one that nobody can log in as, where there is none and the caller may make roles.
+// later. The role is made, one that no one can log in as, where there is none and the caller may make roles.
 void grantUse(const Address& address, const std::string& role);
 
 // Connects and asks for the server's version, for a person who typed an address.

@@ -29,7 +29,7 @@ class BlockPlans {
     return base::format("SELECT coalesce(sum(rows), 0)::bigint FROM %s", blocks_);
   }
 
-  // How many rows stand before the key $1.
+  // How many rows are before the key $1.
   [[nodiscard]] std::string countBefore() const {
     return base::format(
         "SELECT (SELECT coalesce(sum(rows), 0) FROM %s AND block < $1::bigint >> %d)::bigint + "

@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Before the rows and behind them.
+// Before the rows and after them.
 constexpr std::string_view kHead = "PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0"sv;
 constexpr std::string_view kEnd = "\377\377"sv;
 // Bytes that are sent at a time: enough that the server works on them while more are made.

@@ -134,7 +134,7 @@ bool mayFail(char form, Type type) {
   }
 }
 
-// Calls `take` with the letter and the digit of each mark, and with the text before it; gives the text behind all.
+// Calls `take` with the letter and the digit of each mark, and with the text before it; gives the text after all.
 template <typename Take>
 std::string_view forEachMark(std::string_view sql, Take take) {
   for (std::size_t mark = sql.find('%'); mark != std::string_view::npos; mark = sql.find('%')) {

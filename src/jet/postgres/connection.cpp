@@ -228,7 +228,7 @@ Result Connection::answer() {
   return result;
 }
 
-// Up to the mark behind the last statement.
+// Up to the mark after the last statement.
 void Connection::readToEnd() {
   for (bool atEnd = false; !atEnd;) {
     const Result result = answer();
@@ -264,7 +264,7 @@ void Connection::finish(const Reader* reader) noexcept {
   if (reader_ == reader) finishRun();
 }
 
-// Rows that nobody wants any more: a few are read, many are stopped.
+// Rows that are not wanted any more: a few are read, many are stopped.
 void Connection::finishRun() noexcept {
   constexpr int kFew = 200;
   try {
@@ -274,7 +274,7 @@ void Connection::finishRun() noexcept {
     }
     if (copying_) finishCopied();
   } catch (const Error&) {
-    // Nobody asked for the rest; a lost connection is met by whoever is next.
+    // The rest is not wanted; a lost connection is met by the next statement.
     running_ = false;
     copying_ = false;
   }
@@ -426,7 +426,7 @@ void Connection::waitForInput() {
   if (!takeInput(false)) failLost(text_);
 }
 
-// False when there is nobody to wait for.
+// False when there is nothing to wait for.
 bool Connection::takeInput(bool unsent) {
   pollfd socket{.fd = PQsocket(handle()), .events = POLLIN, .revents = 0};
   if (unsent) socket.events |= POLLOUT;

@@ -24,7 +24,7 @@ struct ResultCloser {
 };
 using Result = std::unique_ptr<PGresult, ResultCloser>;
 
-// A row of a COPY from the server; none behind the last one.
+// A row of a COPY from the server; none after the last one.
 class CopiedRow {
  public:
   CopiedRow() = default;
@@ -75,7 +75,7 @@ class Connection {
   [[nodiscard]] const std::string& describe() const { return place_; }
   [[nodiscard]] bool readOnly() const { return readOnly_; }
   [[nodiscard]] bool lost() const { return lost_; }
-  // After it was lost: connects anew. False while the server cannot be reached, or an attempt takes more than a moment;
+  // After it was lost: connects again. False while the server cannot be reached, or an attempt takes more than a moment;
   // the next call then asks for its end.
   bool reconnect();
   [[nodiscard]] PGconn* handle() const { return handle_.get(); }
@@ -88,7 +88,7 @@ class Connection {
   // Within a transaction a fault of a statement undoes that statement alone.
   void setGuarded(bool guarded) { guarded_ = guarded; }
 
-  // Runs `statement` behind those of `first`, in one round trip. The results are then asked for with next() until there
+  // Runs `statement` after those of `first`, in one round trip. The results are then asked for with next() until there
   // is none, at once or as the rows arrive, or finish() lets go of the rest. `text` is what errors keep.
   void start(Prepared& statement, const Parameters& parameters, std::span<const std::string> first, bool rowByRow,
              Reader* reader, std::string_view text);
@@ -121,7 +121,7 @@ class Connection {
   [[nodiscard]] bool hasNotice();
 
   void watch(std::function<bool()> watcher) { watcher_ = std::move(watcher); }
-  // With the result's own text behind the sentence. Never returns.
+  // With the result's own text after the sentence. Never returns.
   [[noreturn]] void fail(const PGresult* result, std::string_view text);
   [[noreturn]] void failLost(std::string_view text);
 

@@ -71,7 +71,7 @@ BEGIN
   IF parts[4] IS NOT NULL THEN clock := jet.time_parts(parts[5]); END IF;
   RETURN jet.from_parts(parts[1]::int, parts[2]::int, parts[3]::int, clock[1], clock[2], clock[3]);)";
 
-// "m/d/yyyy", "m/d/yyyy time" or a time alone, which stands on day 0.
+// "m/d/yyyy", "m/d/yyyy time" or a time alone, which is on day 0.
 constexpr std::string_view kFromMonthFirst = R"(
 DECLARE
   blank int := strpos(x, ' ');

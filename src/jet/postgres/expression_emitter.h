@@ -15,7 +15,7 @@ namespace jet::postgres {
 // function of functions.h stands for it.
 class ExpressionEmitter {
  public:
-  // `qualifiers`, one a table, stand before its columns: a quoted alias with its dot, or nothing.
+  // `qualifiers`, one a table, come before its columns: a quoted alias with its dot, or nothing.
   ExpressionEmitter(Plan& plan, const bind::BoundQuery& query, std::span<const engine::SiteValue> sites,
                     std::vector<std::string> qualifiers)
       : plan_(plan), query_(query), statement_(query.statement), sites_(sites), qualifiers_(std::move(qualifiers)) {}
@@ -26,7 +26,7 @@ class ExpressionEmitter {
   std::string condition(const bind::BoundExpression& expression);
   // What groups have in common: texts are told apart by their letters.
   std::string groupKey(const bind::BoundExpression& expression);
-  // A term of ORDER BY with its direction; Null stands before all values.
+  // A term of ORDER BY with its direction; Null comes before all values.
   std::string orderTerm(const bind::BoundExpression& expression, bool descending);
   // What such a term compares.
   std::string ordered(const bind::BoundExpression& expression);

@@ -5,13 +5,13 @@
 
 namespace jet::postgres {
 
-// Moves with every change of the functions. Kept as the comment of the schema "jet": whoever opens a database whose
+// Moves with every change of the functions. Kept as the comment of the schema "jet": opening a database whose
 // comment is a lower number, or missing, runs the statements again.
 inline constexpr int kFunctionVersion = 2;
 
 // Makes the schema "jet" with what the dialect has and PostgreSQL has not, or means otherwise; for a database in UTF-8.
-// Every function can be replaced while others use it. The letters' order stands in indexes: a change of jet.letters()
-// needs them built anew.
+// Every function can be replaced while others use it. Indexes hold the letters' order: a change of jet.letters()
+// needs them rebuilt.
 std::vector<std::string> functionStatements();
 
 }  // namespace jet::postgres

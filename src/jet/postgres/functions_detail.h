@@ -6,7 +6,7 @@
 
 namespace jet::postgres::detail {
 
-// A function in PL/pgSQL that is Null as soon as an argument is. `body` is what stands between its outer BEGIN and END,
+// A function in PL/pgSQL that is Null as soon as an argument is. `body` is what is between its outer BEGIN and END,
 // after declarations if it has some (then with its own DECLARE ... BEGIN).
 std::string strictFunction(std::string_view signature, std::string_view returns, std::string_view body);
 

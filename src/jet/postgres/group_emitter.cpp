@@ -1,4 +1,4 @@
-// Aggregates, and what stands beside them.
+// Aggregates, and the columns that are selected with them.
 
 #include <algorithm>
 #include <utility>
@@ -125,7 +125,7 @@ std::string ExpressionEmitter::aggregateOver(const BoundExpression& expression) 
   }
 }
 
-// The least text in the order of letters; of equal ones that of the first row. The text is carried behind its key.
+// The least text in the order of letters; of equal ones that of the first row. The text is carried after its key.
 std::string ExpressionEmitter::extreme(const BoundExpression& expression) {
   const BoundExpression& value = expression.operands[0];
   const bool greatest = expression.aggregate == Aggregate::Max;

@@ -65,7 +65,7 @@ std::string changingFunction(const std::string& signature, const std::string& as
                             translated("changed", others) + "; END IF; RETURN " + translated("changed", latin) + ";");
 }
 
-// Letters with the letter whose forms they are. A letter that is itself such a base stands here when forms with lower
+// Letters with the letter whose forms they are. A letter that is itself such a base is listed when forms with lower
 // numbers come before it.
 LetterTable formsOf(char32_t first, char32_t behind) {
   std::set<char32_t> letters;
@@ -87,8 +87,8 @@ LetterTable formsOf(char32_t first, char32_t behind) {
   return table;
 }
 
-// A key text whose order by bytes is that of compareLetters(): of a letter with a base, the base, a mark that stands
-// behind every letter, and the letter. Ă comes just before Â. Characters for bytes that are no UTF-8 are moved down to
+// A key text whose order by bytes is that of compareLetters(): of a letter with a base, the base, a mark that comes
+// after every letter, and the letter. Ă comes just before Â. Characters for bytes that are no UTF-8 are moved down to
 // make room for the mark.
 std::string lettersFunction() {
   const LetterTable latin = formsOf(kFirstBeyondAscii, kBeyondLatin);

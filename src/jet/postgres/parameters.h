@@ -10,7 +10,7 @@
 
 namespace jet::postgres {
 
-// The values of one run, in text form. Texts that are lent must stay until the run was sent.
+// The values of one run, in text form. Borrowed texts must stay until the run was sent.
 class Parameters {
  public:
   void clear();

@@ -17,7 +17,7 @@ struct Parameter {
     // text that does not: then what is equal to no value, NaN or 'infinity', and Null for a Boolean.
     Literal,
     SiteText,   // SiteValue::text of `site`
-    PrefixEnd,  // the first text behind all that begin with SiteValue::text, in the order of A-Z folded bytes
+    PrefixEnd,  // the first text after all that begin with SiteValue::text, in the order of A-Z folded bytes
     Contained,  // "%text%" as a pattern of LIKE, wildcards in it escaped by "\"
     OwnPrefix,  // SiteValue::prefixes[index] of `site`
     Extra,      // Arguments::extras[index]

@@ -71,7 +71,7 @@ class PostgresDriver final : public engine::Driver {
   void requireRights();
   [[nodiscard]] const std::string& schema() const { return session_->connection().address().schema(); }
   std::unique_ptr<BulkInsert> bulkInsert(const TableDef& table, std::span<const std::size_t> fields);
-  // Moves the numbering of a table behind a row that brought its own number.
+  // Moves the numbering of a table after a row that brought its own number.
   [[nodiscard]] std::vector<std::string> afterOwnKey(const TableDef& table) const;
 
   std::shared_ptr<Session> session_;

@@ -9,7 +9,7 @@ namespace jet::postgres {
 
 namespace {
 
-// The first text behind all that begin with `prefix`, of ASCII letters, among texts whose A-Z are folded.
+// The first text after all that begin with `prefix`, of ASCII letters, among texts whose A-Z are folded.
 std::string prefixEnd(std::string_view prefix) {
   constexpr char kLastAscii = 0x7F;
   std::string end = base::foldAscii(prefix);
@@ -173,7 +173,7 @@ void PostgresInsert::insert(bool ownKey, std::span<const Value* const> values) {
   std::int64_t changed = 0;
   const Result result = session_->change(ownKey ? withKey_ : numbered_, parameters_, {}, {}, changed);
   lastKey_ = integerAt(result.get(), 0, 0);
-  // A number behind those of the table is not the next one of its numbering before that follows.
+  // A number after those of the table is not the next one of its numbering before that follows.
   if (ownKey) session_->change(afterOwnKey_);
 }
 

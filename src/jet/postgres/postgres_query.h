@@ -22,7 +22,7 @@ void addParameters(Parameters& parameters, const Plan& plan, const engine::Argum
 
 class PostgresSelect final : public engine::Query {
  public:
-  // `keyColumns` stand before the items: 0 or 1. With `many`, there may be more rows than fit into memory.
+  // `keyColumns` come before the items: 0 or 1. With `many`, there may be more rows than fit into memory.
   PostgresSelect(std::shared_ptr<Session> session, Plan plan, std::size_t keyColumns, bool many, std::string_view text);
   ~PostgresSelect() override;
 
@@ -114,7 +114,7 @@ class PostgresRowChange final : public engine::RowChange {
   Parameters parameters_;
 };
 
-// Rows that follow one another within a transaction go by COPY, numbered here: nobody else can take a number.
+// Rows that follow one another within a transaction go by COPY, numbered here: no one else can take a number.
 class PostgresInsert final : public engine::RowChange {
  public:
   // Both statements give the key: `numbered`, without the auto-increment column, and `withKey`, of all fields, for a

@@ -134,7 +134,7 @@ void Rows::startCopy(const std::string& statement, const std::vector<Type>& type
   head_ = true;
 }
 
-// The fields of the row that arrived; false behind the last one.
+// The fields of the row that arrived; false after the last one.
 bool Rows::readCopied() {
   constexpr std::size_t kHeadSize = 19;
   constexpr std::size_t kCountSize = 2;

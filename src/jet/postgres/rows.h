@@ -59,7 +59,7 @@ class Rows final : private Reader {
   int row_ = 0;
   std::string kept_;  // rows: for each field its length (-1: Null) and its bytes
   std::size_t place_ = 0;
-  std::optional<Error> fault_;  // behind the rows that are kept
+  std::optional<Error> fault_;  // after the rows that are kept
   std::vector<Oid> types_;
   std::vector<Field> fields_;
   mutable std::vector<std::string> texts_;  // of cells whose form is another than the server's

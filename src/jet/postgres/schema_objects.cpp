@@ -116,7 +116,7 @@ std::string createIndex(const std::string& schema, const TableDef& table, const 
 }
 
 // Texts are found in one index and read in the dialect's order by another; of other columns one serves both. The key
-// behind the fields puts equal rows in the table's order.
+// after the fields puts equal rows in the table's order.
 void addIndex(std::vector<std::string>& statements, const std::string& schema, const TableDef& table,
               const IndexDef& index) {
   std::string terms;

@@ -9,7 +9,7 @@
 
 namespace jet::postgres {
 
-// What a schema holds beside the tables. Whoever changes a table, with this program or another, passes through its
+// What a schema holds beside the tables. Every change of a table, by this program or another, passes through its
 // triggers: they let one writer at a time in, note the change and tell the other connections.
 
 // "jet changes": for each table the transaction that changed it last (`changed`), and the last one that did more than
@@ -28,7 +28,7 @@ inline constexpr const char* kLaddersTable = "jet ladders";
 // Names that begin like this are no tables of the program.
 inline constexpr const char* kOwnPrefix = "jet ";
 
-// Kept as the comment of each table: a table with another one gets its indexes and triggers anew.
+// Kept as the comment of each table: a table with another one gets its indexes and triggers again.
 inline constexpr const char* kTableVersion = "jet 1";
 
 // The key of the advisory lock that writers of a schema hold to the end of their transaction.

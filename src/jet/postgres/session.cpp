@@ -10,7 +10,7 @@ namespace jet::postgres {
 
 namespace {
 
-// A notice comes within a millisecond or so of the change, but nobody promises when: after this time the notes are
+// A notice comes within a millisecond or so of the change, but there is no promise when: after this time the notes are
 // read without one.
 constexpr std::chrono::milliseconds kBlindTime{20};
 
@@ -119,7 +119,7 @@ bool Session::stillConnected() {
   }
 }
 
-// Behind a dead network the server may go on holding the writers' lock for a connection that is gone.
+// When the network is dead, the server may go on holding the writers' lock for a connection that is gone.
 void Session::endLostBackend() {
   Parameters backend;
   backend.addText(backend_);

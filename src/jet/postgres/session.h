@@ -21,7 +21,7 @@ class Session {
   // Reads what the schema is like now, and asks to be told of changes. Error 3024 when there is no such schema.
   void join();
 
-  // When the connection is lost, or turns out to be: connects anew, ends what the server still does for the lost one,
+  // When the connection is lost, or turns out to be: connects again, ends what the server still does for the lost one,
   // and joins; false while the server cannot be reached.
   bool reconnect();
   // Whether the transaction in whose commit() the connection was lost was committed.

@@ -181,8 +181,8 @@ class StatementWriter {
     return sql + rowOrder() + limit();
   }
 
-  // Rows that are equal in their order follow in that of the table; so do all without an order, which stand where the
-  // server found room for them.
+  // Rows that are equal in their order follow in that of the table; so do all without an order, which are where
+  // the server found room for them.
   std::string rowOrder() {
     std::string sql;
     for (const bind::BoundOrder& item : statement_.orderBy) {

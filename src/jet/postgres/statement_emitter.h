@@ -5,7 +5,7 @@
 
 namespace jet::postgres {
 
-// The SQL of a bound query in a role. Tables stand without a schema, functions in the schema "jet" (functions.h). A
+// The SQL of a bound query in a role. Tables are named without schema, functions in the schema "jet" (functions.h). A
 // query with keys selects the key first.
 Plan emitQuery(const engine::QueryRequest& request);
 

@@ -106,7 +106,7 @@ BEGIN
   IF number IS NULL THEN RAISE EXCEPTION USING ERRCODE = 'TB421', MESSAGE = 'Overflow.'; END IF;
   RETURN CASE WHEN number = 0 THEN 0 ELSE number END;)";
 
-// A blank stands where a negative number has its sign.
+// A blank takes the place of a negative number's sign.
 constexpr std::string_view kStr = R"(
   RETURN CASE WHEN left(x, 1) = '-' THEN x ELSE ' ' || x END;)";
 
@@ -114,7 +114,7 @@ constexpr std::string_view kStr = R"(
 constexpr std::string_view kEscaped = R"(
   RETURN CASE WHEN letter ~ '[a-z0-9]' THEN letter ELSE '\U' || lpad(to_hex(ascii(letter)), 8, '0') END;)";
 
-// The pattern of LIKE as a regular expression for folded texts: * ? # [a-z] [!a-z], [] for nothing at all; a "[" behind
+// The pattern of LIKE as a regular expression for folded texts: * ? # [a-z] [!a-z], [] for nothing at all; a "[" after
 // the last "]" is an ordinary character, a "!" alone in its brackets too.
 constexpr std::string_view kPattern = R"(
 DECLARE
@@ -162,7 +162,7 @@ BEGIN
   END LOOP;
   RETURN '^' || made || '$';)";
 
-// A text behind its key and the number of its row, so that min() and max() find the first row of the least text.
+// A text after its key and the number of its row, so that min() and max() find the first row of the least text.
 // The mark between them is less than what any letter becomes.
 constexpr std::string_view kTagged = R"(
   RETURN replace(jet.letters_of(x), E'\x01', E'\x01\x02') || E'\x01\x01' || lpad(place::text, 19, '0') || x;)";

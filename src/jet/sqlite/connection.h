@@ -16,7 +16,7 @@
 
 namespace jet::sqlite {
 
-// One prepared statement. Reset when the Execution that lent it ends.
+// One prepared statement. Reset when the Execution that uses it ends.
 struct StatementCloser {
   void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };

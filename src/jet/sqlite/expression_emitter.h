@@ -15,7 +15,7 @@ namespace jet::sqlite {
 // function of user_functions.h or a form that SQLite evaluates alike stands for it.
 class ExpressionEmitter {
  public:
-  // `qualifiers`, one a table, stand before its columns: a quoted alias with its dot, or nothing.
+  // `qualifiers`, one a table, come before its columns: a quoted alias with its dot, or nothing.
   ExpressionEmitter(Plan& plan, const bind::BoundStatement& statement, std::span<const engine::SiteValue> sites,
                     std::vector<std::string> qualifiers, PlainColumns& plainColumns)
       : plan_(plan),

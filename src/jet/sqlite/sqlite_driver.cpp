@@ -162,7 +162,7 @@ void SqliteDriver::lookForChanges(engine::ChangeListener& listener, bool) {
 }
 
 std::vector<TableRows> SqliteDriver::copyTo(const std::filesystem::path& file) {
-  // A transaction keeps the moment; without one, each change of another copy would begin the work anew.
+  // A transaction keeps the moment; without one, each change of another copy would begin the work again.
   const bool own = !inTransaction();
   if (own) {
     connection_.run("BEGIN");

@@ -13,11 +13,11 @@ using engine::Cell;
 // Steps of SQLite's machine for a row that a scan reads and hands over.
 constexpr std::int64_t kStepsOfRow = 8;
 
-// The first text behind all that begin with `prefix`, in the order of A-Z folding.
+// The first text after all that begin with `prefix`, in the order of A-Z folding.
 std::string prefixEnd(std::string prefix) {
   char& last = prefix.back();
   if (last >= 'A' && last <= 'Z') last = static_cast<char>(last + ('a' - 'A'));
-  // 'A'..'Z' stand where 'a'..'z' are, so '[' comes next after '@'.
+  // 'A'..'Z' are where 'a'..'z' are, so '[' comes next after '@'.
   last = last == '@' ? '[' : static_cast<char>(last + 1);
   return prefix;
 }

@@ -13,7 +13,7 @@ namespace jet::sqlite {
 
 class SqliteQuery final : public engine::Query {
  public:
-  // `keyColumns` stand before the items: 0 or 1. `catalog` is told of a definition that the query changes; null for
+  // `keyColumns` come before the items: 0 or 1. `catalog` is told of a definition that the query changes; null for
   // other queries.
   SqliteQuery(Connection& connection, PlainColumns& plainColumns, Plan plan, int keyColumns, std::string_view text,
               Catalog* catalog = nullptr);

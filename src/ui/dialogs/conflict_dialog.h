@@ -16,7 +16,7 @@ class ConflictDialog : public FormDialog {
     QString mine;
     QString theirs;
   };
-  // `news` stands above the fields.
+  // `news` is shown above the fields.
   ConflictDialog(const Texts& texts, const QString& news, const std::vector<Field>& fields, QWidget* parent);
 
   [[nodiscard]] bool takesTheirs(std::size_t field) const {

@@ -224,7 +224,7 @@ void CurrenciesDialog::accept() {
   }
   Saving saving = save();
   while (saving == Saving::ChangedByOther) {
-    // Asked between two changes: nobody waits for the answer.
+    // Asked between two changes: no one waits for the answer.
     if (!confirmLoss(this, texts(), texts()("IDS_CURRENCY_CHANGED"))) return;
     stored_ = document_.currencies().entries;
     saving = save();

@@ -17,7 +17,7 @@ namespace ui {
 
 void focusButtonsLast(QDialogButtonBox& buttons) {
   QWidget& dialog = *buttons.window();
-  // A widget that comes anew comes last.
+  // A new widget comes last.
   buttons.setParent(nullptr);
   dialog.layout()->addWidget(&buttons);
   // Enter is never another button, even while OK cannot be pressed.

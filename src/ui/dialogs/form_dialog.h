@@ -18,7 +18,7 @@ Widget* named(Widget* widget, const char* name) {
   return widget;
 }
 
-// Puts the buttons behind everything else of their dialog for Tab, and so gives the first field the focus: dialogs are
+// Makes the buttons the last of their dialog for Tab, and so gives the first field the focus: dialogs are
 // filled after their buttons are made.
 void focusButtonsLast(QDialogButtonBox& buttons);
 

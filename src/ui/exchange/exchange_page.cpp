@@ -402,7 +402,7 @@ void ExchangePage::refreshService() {
   showService(objectOf(program_.run({"site", "--json"}).output));
 }
 
-// By the timer: nobody waits for the answer.
+// By the timer: no operator waits for the answer.
 void ExchangePage::lookAtService() {
   if (program_.person().busy()) return;
   program_.query({"site", "--json"}, this, [this, look = ++looks_](const CaptureProgram::Result& result) {

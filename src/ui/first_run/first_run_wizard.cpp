@@ -40,7 +40,7 @@ void FirstRunWizard::useLanguage(const QString& code) {
   buildPages();
 }
 
-// The pages are made in the language in use, so a change of it makes them anew.
+// The pages are made in the language in use, so a change of it makes them again.
 void FirstRunWizard::buildPages() {
   for (const int id : {TaskPage, FolderPage, PlacePage, ExchangePage, PasswordPage}) {
     QWizardPage* old = page(id);

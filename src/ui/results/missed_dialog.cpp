@@ -5,6 +5,7 @@
 #include "analysis/answer_statistic.h"
 #include "analysis/missed_calls.h"
 #include "base/printf.h"
+#include "folders/numbers.h"
 #include "folders/view_log.h"
 #include "ui/contact_calls.h"
 #include "ui/results/result_dialog.h"
@@ -17,9 +18,6 @@ namespace {
 
 constexpr int kMostHours = 24 * 366;
 constexpr int kUsualHours = 72;
-constexpr int kKindNumberShown = 400;
-constexpr int kKindExtensionShown = 402;
-constexpr int kKindNameShown = 407;
 constexpr double kPercent = 100;
 
 using folders::CellKind;
@@ -30,7 +28,7 @@ PlainCell momentCell(const std::optional<base::DateTime>& moment) {
   return moment ? PlainCell(*moment) : PlainCell();
 }
 
-// Incoming calls that nobody answered, and how extensions and hours answer theirs.
+// Incoming calls that no one answered, and how extensions and hours answer theirs.
 class MissedDialog : public ResultDialog {
  public:
   MissedDialog(server::CServerDoc& document, const Texts& texts, QWidget* parent)
@@ -99,7 +97,7 @@ class MissedDialog : public ResultDialog {
   std::string shown(int kind, const std::string& value) {
     return document().valueFormatter().formatCell(kind, jet::Value(value));
   }
-  std::string extensionName(const std::string& extension) { return shown(kKindExtensionShown, extension); }
+  std::string extensionName(const std::string& extension) { return shown(folders::KindExtension, extension); }
 
   std::string outcome(const analysis::MissedCall& call) const {
     if (call.open()) return text("IDS_MISSED_OPEN");
@@ -125,8 +123,8 @@ class MissedDialog : public ResultDialog {
       const analysis::MissedCall& call = missed_.rows[i];
       if (openOnly_->isChecked() && !call.open()) continue;
       listed_.push_back(i);
-      table.rows.push_back({{momentCell(call.at), shown(kKindNumberShown, call.number),
-                             shown(kKindNameShown, call.name), extensionName(call.extension), outcome(call),
+      table.rows.push_back({{momentCell(call.at), shown(folders::KindNumber, call.number),
+                             shown(folders::KindName, call.name), extensionName(call.extension), outcome(call),
                              momentCell(call.back ? std::optional(call.back->at) : std::nullopt),
                              call.back ? PlainCell(extensionName(call.back->extension)) : PlainCell(),
                              call.back ? PlainCell(static_cast<double>(call.back->after)) : PlainCell(),
@@ -160,7 +158,7 @@ class MissedDialog : public ResultDialog {
   void showCalls(int row) {
     const analysis::MissedCall& call = missed_.rows[listed_[static_cast<std::size_t>(row)]];
     folders::Narrowing calls;
-    if (work([&] { calls = callsWithNumberOf(document(), call.id, shown(kKindNumberShown, call.number)); }))
+    if (work([&] { calls = callsWithNumberOf(document(), call.id, shown(folders::KindNumber, call.number)); }))
       leadTo(std::move(calls));
   }
 

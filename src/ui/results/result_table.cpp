@@ -117,7 +117,7 @@ void ResultTable::setTable(folders::PlainTable table) {
   view_->setAccessibleName(toQt(table.title));
   model_->setTable(std::move(table));
   fitColumns(*view_);
-  // A number would stand far from the rest.
+  // A number would be far from the rest.
   const auto& columns = model_->table().columns;
   view_->horizontalHeader()->setStretchLastSection(!columns.empty() &&
                                                    folders::alignmentOf(columns.back()) != folders::Alignment::Right);

@@ -14,7 +14,7 @@
 
 namespace ui {
 
-// A table of results behind a table view.
+// A table of results, the model of a table view.
 class ResultModel : public QAbstractTableModel {
  public:
   static constexpr int kSortRole = Qt::UserRole;  // a number, where the cell is one or a moment
@@ -34,7 +34,7 @@ class ResultModel : public QAbstractTableModel {
 };
 
 // Results as a table to look at: found in with a line over it, sorted by its headings, copied (Ctrl+C: the selected
-// rows), exported as it is shown. A double click or Enter asks for what is behind a row.
+// rows), exported as it is shown. A double click or Enter asks for the calls of a row.
 class ResultTable : public QWidget {
   Q_OBJECT
 

@@ -11,7 +11,7 @@
 namespace ui {
 
 // The windows of what calls say together, modal. Those that give a narrowing were closed by a double click on a row:
-// the calls behind it are to be shown. Faults are told; nothing is thrown.
+// its calls are to be shown. Faults are told; nothing is thrown.
 
 std::optional<folders::Narrowing> showMissedCalls(server::CServerDoc& document, const Texts& texts, QWidget* parent);
 std::optional<folders::Narrowing> showTrunkLoad(server::CServerDoc& document, const Texts& texts, QWidget* parent);

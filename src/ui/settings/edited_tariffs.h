@@ -12,7 +12,7 @@
 
 namespace ui {
 
-// The operator's copy of the tariff database while the settings sheet is open, and the names that its numbers stand
+// The operator's copy of the tariff database while the settings sheet is open, and the names that its numbers are
 // for. Names are what the tables show; in place of a name its number is understood too.
 class EditedTariffs {
  public:
@@ -40,7 +40,7 @@ class EditedTariffs {
   [[nodiscard]] QStringList profileLabels() const;
   [[nodiscard]] std::optional<std::int32_t> profileOf(const QString& label) const;
 
-  // "7: 0044 Great Britain", with "..." behind it when more prefixes lead there.
+  // "7: 0044 Great Britain", with "..." after it when more prefixes lead there.
   [[nodiscard]] QString destinationLabel(std::int32_t id);
   [[nodiscard]] QStringList destinationLabels();
   [[nodiscard]] static std::optional<std::int32_t> destinationOf(const QString& label);

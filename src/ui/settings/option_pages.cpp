@@ -11,11 +11,14 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
+#include <stdexcept>
 #include <vector>
 
 #include "analysis/working_hours.h"
 #include "base/path.h"
+#include "foundation/settings_catalogue.h"
 #include "jet/stored_database.h"
 #include "schema/database_place.h"
 #include "server/data_folder.h"
@@ -27,8 +30,6 @@ namespace ui {
 
 namespace {
 
-constexpr foundation::Store M = foundation::StoreMachine;
-constexpr foundation::Store D = foundation::StoreDatabase;
 constexpr int kLongestCode = 8;    // of a country or area
 constexpr int kHeadingSpace = 10;  // above it, in pixels
 constexpr int kHintSpace = 2;      // below the field, in pixels
@@ -46,99 +47,92 @@ enum class OptionKind {
   WorkingHours
 };
 
+// A setting as a field; where it is stored, its default and its range are those of the table of settings.
 struct Option {
   const char* captionKey;
   const char* section;
   const char* key;
-  foundation::Store store;
   OptionKind kind;
-  int fallback = 0;  // of numbers and switches
-  int least = 0;     // of numbers
-  int most = 0;
-  const char* unitKey = nullptr;    // behind the number
+  const char* unitKey = nullptr;    // after the number
   const char* lowestKey = nullptr;  // what the least number means
   const char* hintKey = nullptr;    // a sentence under the field
+  std::optional<int> least = {};    // where the page offers less than the table
 };
 
 constexpr Option heading(const char* captionKey) {
-  return {captionKey, "", "", M, OptionKind::Heading};
+  return {captionKey, "", "", OptionKind::Heading};
 }
 
 constexpr Option kCallOptions[] = {
-    {"IDS_OPT_KEEP_DAYS", "Calls", "Sterge", D, OptionKind::Number, -1, 0, 100000, "IDS_DAYS_TEXT", "IDS_OPT_ALL_CALLS",
-     "IDS_HINT_KEEP_DAYS"},
-    {"IDS_OPT_DEPARTMENT_SOURCE", "Calls", "Sursa_departament", D, OptionKind::DepartmentSource, 0, 0, 1},
-    {"IDS_OPT_IGNORE_SHORT", "Calls", "Ignore_short_calls", D, OptionKind::Number, -1, -1, 86400, "IDS_SECONDS",
-     "IDS_OPT_NO_CALL", "IDS_HINT_IGNORE_SHORT"},
-    {"IDS_OPT_SECONDS_NOT_CHARGED", "Calls", "Seconds_not_charged", D, OptionKind::Switch, 0, 0, 1, nullptr, nullptr,
+    {"IDS_OPT_KEEP_DAYS", "Calls", "Sterge", OptionKind::Number, "IDS_DAYS_TEXT", "IDS_OPT_ALL_CALLS",
+     "IDS_HINT_KEEP_DAYS", 0},
+    {"IDS_OPT_DEPARTMENT_SOURCE", "Calls", "Sursa_departament", OptionKind::DepartmentSource},
+    {"IDS_OPT_IGNORE_SHORT", "Calls", "Ignore_short_calls", OptionKind::Number, "IDS_SECONDS", "IDS_OPT_NO_CALL",
+     "IDS_HINT_IGNORE_SHORT"},
+    {"IDS_OPT_SECONDS_NOT_CHARGED", "Calls", "Seconds_not_charged", OptionKind::Switch, nullptr, nullptr,
      "IDS_HINT_SECONDS_NOT_CHARGED"},
-    {"IDS_OPT_EXTERNAL_PHONEBOOK", "Calls", "ExternalPhonebook", D, OptionKind::Switch, 1, 0, 1},
-    {"IDS_OPT_NUMBER_FILTER", "Calls", "Number_Filter_Enabled", M, OptionKind::Switch, 0, 0, 1, nullptr, nullptr,
+    {"IDS_OPT_EXTERNAL_PHONEBOOK", "Calls", "ExternalPhonebook", OptionKind::Switch},
+    {"IDS_OPT_NUMBER_FILTER", "Calls", "Number_Filter_Enabled", OptionKind::Switch, nullptr, nullptr,
      "IDS_HINT_NUMBER_FILTER"},
-    {"IDS_OPT_WORKING_HOURS", "Calls", "WorkingHours", D, OptionKind::WorkingHours, 0, 0, 0, nullptr, nullptr,
+    {"IDS_OPT_WORKING_HOURS", "Calls", "WorkingHours", OptionKind::WorkingHours, nullptr, nullptr,
      "IDS_HINT_WORKING_HOURS"},
     heading("IDS_FOLDER_LOG"),
-    {"IDS_OPT_LOG_DELETE", "general", "Log_DeleteEnabled", D, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_LOG_DAYS", "general", "Log_DeleteAfter", D, OptionKind::Number, 0, 0, 100000, "IDS_DAYS_TEXT",
-     "IDS_OPT_ALL_CALLS"},
+    {"IDS_OPT_LOG_DELETE", "general", "Log_DeleteEnabled", OptionKind::Switch},
+    {"IDS_OPT_LOG_DAYS", "general", "Log_DeleteAfter", OptionKind::Number, "IDS_DAYS_TEXT", "IDS_OPT_ALL_CALLS"},
 };
 
 constexpr Option kOrganization[] = {
-    {"IDS_ADDRESS", "general", "OrganizationAddress", D, OptionKind::Text},
-    {"IDS_TOWN", "general", "OrganizationOras", D, OptionKind::Text},
-    {"IDS_PHONE_TEXT", "general", "OrganizationTel", D, OptionKind::Text},
-    {"IDS_FAX", "general", "OrganizationFax", D, OptionKind::Text},
-    {"IDS_EMAIL", "general", "OrganizationEmail", D, OptionKind::Text},
-    {"IDS_WEB", "general", "OrganizationWeb", D, OptionKind::Text},
-    {"IDS_FISCAL_CODE", "general", "OrganizationCF", D, OptionKind::Text},
-    {"IDS_BANK_ACCOUNT", "general", "OrganizationCont", D, OptionKind::Text},
-    {"IDS_BANK", "general", "OrganizationBanca", D, OptionKind::Text},
-    {"IDS_ORG_PREFIX", "general", "OrganizationPrefix", D, OptionKind::Text},
+    {"IDS_ADDRESS", "general", "OrganizationAddress", OptionKind::Text},
+    {"IDS_TOWN", "general", "OrganizationOras", OptionKind::Text},
+    {"IDS_PHONE_TEXT", "general", "OrganizationTel", OptionKind::Text},
+    {"IDS_FAX", "general", "OrganizationFax", OptionKind::Text},
+    {"IDS_EMAIL", "general", "OrganizationEmail", OptionKind::Text},
+    {"IDS_WEB", "general", "OrganizationWeb", OptionKind::Text},
+    {"IDS_FISCAL_CODE", "general", "OrganizationCF", OptionKind::Text},
+    {"IDS_BANK_ACCOUNT", "general", "OrganizationCont", OptionKind::Text},
+    {"IDS_BANK", "general", "OrganizationBanca", OptionKind::Text},
+    {"IDS_ORG_PREFIX", "general", "OrganizationPrefix", OptionKind::Text},
     heading("IDS_OPT_BILLS"),
-    {"IDS_OPT_VAT", "general", "OrganizationTVA", D, OptionKind::Number, 0, 0, 100, "IDS_PERCENT"},
-    {"IDS_OPT_SURCHARGE", "general", "OrganizationTAXE", D, OptionKind::Percent, 0, 0, 1000, "IDS_PERCENT", nullptr,
+    {"IDS_OPT_VAT", "general", "OrganizationTVA", OptionKind::Number, "IDS_PERCENT"},
+    {"IDS_OPT_SURCHARGE", "general", "OrganizationTAXE", OptionKind::Percent, "IDS_PERCENT", nullptr,
      "IDS_HINT_SURCHARGE"},
-    {"IDS_OPT_DECIMALS", "general", "DisplayDecimals", D, OptionKind::Number, 2, 0, 8},
-    {"IDS_OPT_DECIMALS_VALUE", "general", "DisplayDecimalsValue", D, OptionKind::Number, 100, 0, 1000000000},
-    {"IDS_OPT_DECIMALS_DEFAULT", "general", "DisplayDecimalsDefault", D, OptionKind::Number, 0, 0, 8},
-    {"IDS_OPT_BILL_TEMPLATE", "general", "TemplateHotel", D, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_RESELLER", "general", "ResellerName", D, OptionKind::Text},
+    {"IDS_OPT_DECIMALS", "general", "DisplayDecimals", OptionKind::Number},
+    {"IDS_OPT_DECIMALS_VALUE", "general", "DisplayDecimalsValue", OptionKind::Number},
+    {"IDS_OPT_DECIMALS_DEFAULT", "general", "DisplayDecimalsDefault", OptionKind::Number},
+    {"IDS_OPT_BILL_TEMPLATE", "general", "TemplateHotel", OptionKind::Switch},
+    {"IDS_OPT_RESELLER", "general", "ResellerName", OptionKind::Text},
 };
 
 constexpr const char* kDatabaseFolderKey = "IDS_OPT_DATABASE_FOLDER";
 
 constexpr Option kPlace[] = {
-    {"IDS_OPT_MONITOR_FOLDER", "general", "PathMonitor", M, OptionKind::Folder, 0, 0, 0, nullptr, nullptr,
+    {"IDS_OPT_MONITOR_FOLDER", "general", "PathMonitor", OptionKind::Folder, nullptr, nullptr,
      "IDS_HINT_MONITOR_FOLDER"},
-    {kDatabaseFolderKey, "general", "PathDatabase", M, OptionKind::Folder, 0, 0, 0, nullptr, nullptr,
-     "IDS_HINT_DATABASE_FOLDER"},
-    {"IDS_OPT_PROGRAM_FOLDER", "general", "Path", M, OptionKind::Folder},
-    {"IDS_OPT_COUNTRY_CODE", "general", "CountryCode", M, OptionKind::Digits, 0, 0, 0, nullptr, nullptr,
-     "IDS_HINT_COUNTRY_CODE"},
-    {"IDS_OPT_AREA_CODE", "general", "AreaCode", M, OptionKind::Digits, 0, 0, 0, nullptr, nullptr,
-     "IDS_HINT_AREA_CODE"},
+    {kDatabaseFolderKey, "general", "PathDatabase", OptionKind::Folder, nullptr, nullptr, "IDS_HINT_DATABASE_FOLDER"},
+    {"IDS_OPT_PROGRAM_FOLDER", "general", "Path", OptionKind::Folder},
+    {"IDS_OPT_COUNTRY_CODE", "general", "CountryCode", OptionKind::Digits, nullptr, nullptr, "IDS_HINT_COUNTRY_CODE"},
+    {"IDS_OPT_AREA_CODE", "general", "AreaCode", OptionKind::Digits, nullptr, nullptr, "IDS_HINT_AREA_CODE"},
     heading("IDS_OPT_OUTPUT"),
-    {"IDS_OPT_COM_OUT", "general", "COMOut", M, OptionKind::Text, 0, 0, 0, nullptr, nullptr, "IDS_HINT_COM_OUT"},
-    {"IDS_OPT_OUT_FILE", "general", "OutFile", M, OptionKind::Text},
-    {"IDS_OPT_LIVE_SOCKET", "general", "LiveSocket", M, OptionKind::Text, 0, 0, 0, nullptr, nullptr,
-     "IDS_HINT_LIVE_SOCKET"},
+    {"IDS_OPT_COM_OUT", "general", "COMOut", OptionKind::Text, nullptr, nullptr, "IDS_HINT_COM_OUT"},
+    {"IDS_OPT_OUT_FILE", "general", "OutFile", OptionKind::Text},
+    {"IDS_OPT_LIVE_SOCKET", "general", "LiveSocket", OptionKind::Text, nullptr, nullptr, "IDS_HINT_LIVE_SOCKET"},
 };
 
 constexpr Option kInterface[] = {
-    {"IDS_OPT_LANGUAGE", "general", "Lang", M, OptionKind::Language},
-    {"IDS_OPT_TOOLBAR", "general", "iface_Toolbar", M, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_STATUSBAR", "general", "iface_Statusbar", M, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_GRID", "general", "iface_Grid", M, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_HOVER", "general", "iface_Hover", M, OptionKind::Switch, 0, 0, 1},
-    {"IDS_OPT_AUTOSELECT", "general", "iface_Autoselect", M, OptionKind::Switch, 0, 0, 1},
+    {"IDS_OPT_LANGUAGE", "general", "Lang", OptionKind::Language},
+    {"IDS_OPT_TOOLBAR", "general", "iface_Toolbar", OptionKind::Switch},
+    {"IDS_OPT_STATUSBAR", "general", "iface_Statusbar", OptionKind::Switch},
+    {"IDS_OPT_GRID", "general", "iface_Grid", OptionKind::Switch},
+    {"IDS_OPT_HOVER", "general", "iface_Hover", OptionKind::Switch},
+    {"IDS_OPT_AUTOSELECT", "general", "iface_Autoselect", OptionKind::Switch},
     heading("IDS_CONTACTS"),
-    {"IDS_OPT_SEARCH_RESULTS", "general", "iface_searchmaxresults", M, OptionKind::Number, 100, 1, 100000},
-    {"IDS_OPT_SEARCH_PREFIX", "general", "PhonebookSearchMethod", M, OptionKind::Switch, 0, 0, 1},
+    {"IDS_OPT_SEARCH_RESULTS", "general", "iface_searchmaxresults", OptionKind::Number},
+    {"IDS_OPT_SEARCH_PREFIX", "general", "PhonebookSearchMethod", OptionKind::Switch},
     heading("IDS_OPT_ADDRESSES"),
-    {"IDS_OPT_MANUAL", "general", "Manual", M, OptionKind::Text},
-    {"IDS_OPT_URL_SUPPORT", "general", "UrlSupport", M, OptionKind::Text},
-    {"IDS_OPT_URL_UPDATES", "general", "UrlCheckUpdates", M, OptionKind::Text},
-    {"IDS_OPT_URL_CURRENCY", "general", "UrlCurrency", M, OptionKind::Text},
+    {"IDS_OPT_MANUAL", "general", "Manual", OptionKind::Text},
+    {"IDS_OPT_URL_SUPPORT", "general", "UrlSupport", OptionKind::Text},
+    {"IDS_OPT_URL_UPDATES", "general", "UrlCheckUpdates", OptionKind::Text},
+    {"IDS_OPT_URL_CURRENCY", "general", "UrlCurrency", OptionKind::Text},
 };
 
 // An option's field: its editor, and how its value is written when it was changed.
@@ -166,6 +160,12 @@ Field fieldOf(QWidget* editor, std::function<Value()> read, Write write) {
   return field;
 }
 
+const foundation::Setting& rowOf(const Option& option) {
+  const foundation::Setting* row = foundation::findSetting(option.section, option.key);
+  if (row == nullptr) throw std::logic_error(std::string("no setting ") + option.key);
+  return *row;
+}
+
 // The settings and words that fields are made from.
 struct Source {
   server::CServerApp& app;
@@ -174,19 +174,21 @@ struct Source {
   [[nodiscard]] foundation::ConfigManager& config() const { return app.config(); }
   [[nodiscard]] QString text(const char* key) const { return key != nullptr ? texts(key) : QString(); }
   [[nodiscard]] std::int32_t number(const Option& option) const {
-    return config().ReadConfigInt(option.key, option.section, option.store, option.fallback);
+    const foundation::Setting& row = rowOf(option);
+    return config().ReadConfigInt(row.key, row.section, row.store, foundation::wholeNumber(row.fallback).value_or(0));
   }
+  // A text that was never set is an empty field, whatever its reader takes instead.
   [[nodiscard]] std::string string(const Option& option) const {
-    return config().ReadConfigString(option.key, option.section, option.store, "");
+    return config().ReadConfigString(option.key, option.section, rowOf(option).store, "");
   }
   [[nodiscard]] auto numberWriter(const Option& option) const {
     return [&config = config(), option](int value) {
-      config.WriteConfigInt(value, option.key, option.section, option.store);
+      config.WriteConfigInt(value, option.key, option.section, rowOf(option).store);
     };
   }
   [[nodiscard]] auto stringWriter(const Option& option) const {
     return [&config = config(), option](const QString& value) {
-      config.WriteConfigString(fromQt(value), option.key, option.section, option.store);
+      config.WriteConfigString(fromQt(value), option.key, option.section, rowOf(option).store);
     };
   }
 };
@@ -197,7 +199,7 @@ QString unitOf(const Option& option, const Source& source) {
 
 Field numberField(const Option& option, const Source& source) {
   auto* box = new QSpinBox;
-  box->setRange(option.least, option.most);
+  box->setRange(option.least.value_or(rowOf(option).least), rowOf(option).most);
   box->setSuffix(unitOf(option, source));
   if (option.lowestKey != nullptr) box->setSpecialValueText(source.text(option.lowestKey));
   box->setValue(source.number(option));
@@ -205,11 +207,12 @@ Field numberField(const Option& option, const Source& source) {
       box, [box] { return box->value(); }, source.numberWriter(option));
 }
 
-// Kept as decimal text, since it goes into conditions as it stands.
+// Kept as decimal text, since it goes into conditions as it is.
 Field percentField(const Option& option, const Source& source) {
   auto* box = new QDoubleSpinBox;
   box->setDecimals(2);
-  box->setRange(option.least, option.most);
+  constexpr double kMost = 1000;
+  box->setRange(0, kMost);
   box->setSuffix(unitOf(option, source));
   box->setValue(toQt(source.string(option)).replace(',', '.').toDouble());
   return fieldOf<double>(
@@ -258,7 +261,7 @@ Field folderField(const Option& option, const Source& source) {
   auto* edit = new QLineEdit(toQt(source.string(option)));
   edit->setCursorPosition(0);
   edit->setObjectName(option.key);
-  // File names are appended to the folder as it stands: it ends with its separator.
+  // File names are appended to the folder as it is: it ends with its separator.
   Field field = fieldOf<QString>(
       withBrowseButton(edit, source.texts),
       [edit] {

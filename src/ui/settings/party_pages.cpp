@@ -49,7 +49,7 @@ bool inUse(const Trunk& trunk) {
   return trunk.providerId > 0 || (!trunk.label.empty() && trunk.label != "-");
 }
 
-// The first entry with a number is the one that counts, so a number stands once: a free entry gives its number up.
+// The first entry with a number is the one that counts, so a number is there once: a free entry gives its number up.
 RecordColumn trunkNumberColumn(const EditedList<Trunk>& trunks, const Texts& texts) {
   RecordColumn column = textColumn(texts("IDS_TRUNK"), trunks, &Trunk::trunk);
   column.hint = texts("IDS_HINT_TRUNK_NUMBER");

@@ -12,7 +12,7 @@ namespace ui {
 SettingsPage extensionsPage(const std::shared_ptr<EditedParties>& parties, const Texts& texts);
 SettingsPage accountsPage(const std::shared_ptr<EditedParties>& parties, const Texts& texts);
 SettingsPage clientsPage(const std::shared_ptr<EditedParties>& parties, const Texts& texts);
-// Providers and their profiles are offered as they stand in the edited tariffs.
+// Providers and their profiles are offered as they are in the edited tariffs.
 SettingsPage trunksPage(const std::shared_ptr<EditedParties>& parties, const std::shared_ptr<EditedTariffs>& tariffs,
                         const Texts& texts);
 

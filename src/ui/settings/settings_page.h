@@ -19,7 +19,7 @@ struct SettingsPage {
   // Whether something was edited that save() would write; empty for the tables, whose lists tell.
   std::function<bool()> changed;
   RecordTable* table = nullptr;  // of the pages that are a table
-  bool reported = false;         // the table stands on the page for the browser
+  bool reported = false;         // the table is on the page for the browser
 };
 
 }  // namespace ui

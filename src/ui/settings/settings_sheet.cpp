@@ -241,7 +241,7 @@ bool SettingsSheet::save() {
   });
 }
 
-// Tariffs first: the definitions are loaded anew from them.
+// Tariffs first: the definitions are loaded again from them.
 void SettingsSheet::savePartiesAndTariffs() {
   if (!tariffs_->changed() && !parties_->changed()) return;
   const bool withTariffs = tariffs_->changed();

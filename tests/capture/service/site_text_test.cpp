@@ -83,7 +83,7 @@ TEST(SiteText, SourcesComeAndGoAndTheOthersStay) {
       << text.text();
 }
 
-// Keys with dots and a source whose tables stand apart: rewritten as a whole, or refused; never half done.
+// Keys with dots and a source whose tables are apart: rewritten as a whole, or refused; never half done.
 TEST(SiteText, WhatIsWrittenInAnUnusualWayIsRewrittenOrRefused) {
   capture::SiteText dotted("[[source]]\nid = \"a\"\nformat = \"nec\"\nudp.port = 5\nudp.address = \"0.0.0.0\"\n", "f");
   dotted.setSource(tableOf(R"({"id": "a", "format": "nec", "udp": {"port": 6}})"));

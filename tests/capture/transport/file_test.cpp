@@ -45,7 +45,7 @@ TEST_F(FileFollower, WaitsForTheFileAndForTheEndOfALine) {
               EXPECT_TRUE(run.untilLines(2));
             }));
   append(file, "ee\r\n");
-  EXPECT_EQ("one|two|three|", taken()) << "a restart goes on behind the last whole line";
+  EXPECT_EQ("one|two|three|", taken()) << "a restart goes on after the last whole line";
   EXPECT_EQ("one|two|three|", taken());
 }
 

@@ -99,7 +99,7 @@ TEST(TcpConnect, LogsInAndComesBackAfterALoss) {
     ASSERT_TRUE(run.untilLines(static_cast<std::size_t>(round)));
     EXPECT_EQ(round, run.sink->breaks);
   }
-  EXPECT_EQ(" line 1| line 2|", run.sink->all()) << "the blank behind the question for the password is the line's";
+  EXPECT_EQ(" line 1| line 2|", run.sink->all()) << "the blank after the question for the password is the line's";
   EXPECT_TRUE(run.until([&] { return !run.sink->isConnected; }));
   EXPECT_NE(std::string::npos, run.sink->state.find("the connection has ended"));
 }

@@ -73,7 +73,7 @@ class Socket {
   int descriptor_ = -1;
 };
 
-// A port that nobody uses.
+// A port that no one uses.
 inline std::uint16_t freePort() {
   return Socket::listen().port();
 }

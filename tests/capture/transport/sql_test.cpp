@@ -118,7 +118,7 @@ class Postgres : public PrivateServer {
   }
 };
 
-// A row appears when its call ends, found by when it began: a long call comes behind later ones.
+// A row appears when its call ends, found by when it began: a long call comes after later ones.
 void takesEveryRowOnce(const PrivateServer& server, SqlSettings settings) {
   settings.overlap = 14400;
   settings.every = 1;

@@ -54,9 +54,9 @@ class ColumnSource {
     std::int64_t lastKey = 0;
   };
   virtual Extent extent(const TableDef& table) = 0;
-  // Appends the fields of all rows with behind < key <= last to the columns, and their keys, in the order of keys.
+  // Appends the fields of all rows with after < key <= last to the columns, and their keys, in the order of keys.
   virtual Read readColumns(const TableDef& table, std::span<const std::size_t> fields, std::span<Column* const> columns,
-                           std::int64_t behind, std::int64_t last, KeyRuns& keys) = 0;
+                           std::int64_t after, std::int64_t last, KeyRuns& keys) = 0;
   // The namedFields() of the rows that meet the condition of a select, in the order in which the database reads them.
   // `block` is called for every kBlockRows rows, and the rest, with their keys; it takes the rows out of the columns.
   virtual Read readSelected(const engine::ShapedText& text, std::span<Column* const> columns,

@@ -49,7 +49,7 @@ void ColumnStore::refresh(const std::shared_ptr<const TableDef>& definition) {
   changes_ = now;
 }
 
-// Reads the rows behind those held, for every column.
+// Reads the rows after those held, for every column.
 bool ColumnStore::extend() {
   counted_.reset();
   if (keys_ == nullptr) return true;

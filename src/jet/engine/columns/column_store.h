@@ -12,8 +12,8 @@
 
 namespace jet::columns {
 
-// Columns of one table held in memory. Rows put behind the others are read as they come; after any other change the
-// columns are read anew.
+// Columns of one table held in memory. Rows put after the others are read as they come; after any other change the
+// columns are read again.
 class ColumnStore {
  public:
   // The source must outlive this.

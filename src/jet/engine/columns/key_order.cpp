@@ -41,7 +41,7 @@ std::vector<std::uint32_t> realRanks(const std::vector<double>& reals) {
   return ranks;
 }
 
-// The places of the ranks in ascending order, equal ones as they stand: sorted by halves of the number, the lower
+// The places of the ranks in ascending order, equal ones as they are: sorted by halves of the number, the lower
 // first.
 std::vector<std::uint32_t> placesInOrder(const std::vector<std::uint32_t>& ranks) {
   constexpr unsigned kHalf = 16;

@@ -33,7 +33,7 @@ Truth truthOf(bool holds) {
   return holds ? Truth::True : Truth::False;
 }
 
-// out[i] = how number i stands to the constant.
+// out[i] = how number i compares with the constant.
 template <typename Number, typename IsNull>
 void compareAll(const Number* numbers, std::size_t count, Operator op, double constant, IsNull isNull, Truth* out) {
   const auto compare = [&](auto holds) {

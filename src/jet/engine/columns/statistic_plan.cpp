@@ -24,7 +24,7 @@ bool namesColumn(const BoundExpression& expression) {
          std::ranges::any_of(expression.operands, namesColumn);
 }
 
-// Returns where the value stands, adding it if need be.
+// Returns where the value is, adding it if need be.
 template <typename T>
 std::size_t placeOf(std::vector<T>& list, const T& value) {
   const auto found = std::find(list.begin(), list.end(), value);

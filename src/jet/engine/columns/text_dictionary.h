@@ -36,7 +36,7 @@ class TextDictionary {
   std::uint32_t add(std::string_view text, std::uint32_t hash, std::uint32_t group, std::size_t slot);
   void grow();
 
-  std::string texts_;                                // one behind the other
+  std::string texts_;                                // one after the other
   std::vector<std::uint32_t> starts_ = {0};          // of the texts, and their end
   std::vector<std::uint32_t> groups_;                // by code
   std::vector<Slot> slots_ = std::vector<Slot>(64);  // at most half of them taken

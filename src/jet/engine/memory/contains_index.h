@@ -10,9 +10,9 @@ namespace jet::memory {
 // Finds the texts of one column that contain a text: the numbers of 100,000 contacts in a microsecond or two.
 //
 // Of every text the grams (runs of kGram bytes) at every kStep-th place are kept, hashed into buckets. A text that is
-// long enough contains, within any kStep places one behind the other, one such gram wherever it lies; of all these
+// long enough contains, within any kStep places one after the other, one such gram wherever it lies; of all these
 // places those with the fewest entries are looked at. What they give is compared with the texts themselves, so that the
-// answer is exact. Shorter texts are looked for in all the texts, which lie one behind the other.
+// answer is exact. Shorter texts are looked for in all the texts, which lie one after the other.
 class ContainsIndex {
  public:
   // Texts are folded by the caller (base::fold), as are those that are looked for.

@@ -10,7 +10,7 @@
 
 namespace jet::memory {
 
-// The rows of a large table, packed one behind the other: a contact takes some 130 bytes instead of 800.
+// The rows of a large table, packed one after the other: a contact takes some 130 bytes instead of 800.
 class PackedRows {
  public:
   PackedRows() = default;

@@ -13,7 +13,7 @@
 
 namespace jet::memory {
 
-// Results by the exact text of their select, valid while the version of their table stands. The least recently used
+// Results by the exact text of their select, valid while their table's version is the same. The least recently used
 // ones give way.
 class ResultCache {
  public:

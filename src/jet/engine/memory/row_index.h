@@ -46,7 +46,7 @@ class RowIndex {
   // Rows whose key cells hold no Null, ascending under each key.
   RowIndex(const RowSet& rows, const std::vector<std::size_t>& columns);
   // The same with a further text column whose cell may be any beginning of the text that is looked for. Rows in which
-  // it holds a wildcard character, or a letter beyond ASCII, stand in unkeyed() instead.
+  // it holds a wildcard character, or a letter beyond ASCII, are in unkeyed() instead.
   RowIndex(const RowSet& rows, const std::vector<std::size_t>& columns, std::size_t prefixColumn);
 
   [[nodiscard]] std::span<const std::uint32_t> find(std::uint64_t hash) const;

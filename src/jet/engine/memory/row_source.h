@@ -21,7 +21,7 @@ struct VersionCounters {
   [[nodiscard]] std::uint64_t now() const { return *table + *file; }
 };
 
-// What memory reads from the database that it stands before. Errors are those of the database.
+// What memory reads from the database whose cache it is. Errors are those of the database.
 class RowSource {
  public:
   virtual ~RowSource() = default;

@@ -92,7 +92,7 @@ bool SelectPlan::holds(Evaluator& evaluator, const Value* row) const {
   return all;
 }
 
-// Of the rows that are equal in the items DISTINCT leaves one; its other columns are nobody's.
+// Of the rows that are equal in the items DISTINCT leaves one; its other columns are not used.
 bool SelectPlan::sortsItsItems() const {
   const auto isSelected = [&](const bind::BoundExpression& expression) {
     return expression.isColumn() && std::ranges::any_of(statement().items, [&](const bind::BoundItem& item) {

@@ -54,7 +54,7 @@ class SelectPlan {
   std::shared_ptr<const bind::BoundQuery> query_;
   Probes probes_;
   std::vector<Part> parts_;
-  bool wholeRows_ = false;  // the items are the table's columns as they stand
+  bool wholeRows_ = false;  // the items are the table's columns as they are
   ColumnNames columns_;
   std::shared_ptr<const ResultTable> noRows_;
 };
