@@ -4,8 +4,9 @@
 #include <QLineEdit>
 #include <thread>
 
-#include "frame.h"
+#include "folders/numbers.h"
 #include "foundation/definition_change.h"
+#include "frame.h"
 #include "platform/live_channel.h"
 #include "server/service.h"
 
@@ -93,7 +94,7 @@ TEST_F(Office, SeesCallsContactsSettingsAndDefinitionsOfEachOther) {
   zoe.telString = "0040213456789";
   first->desktop.document->app().config().WriteConfigInt(100, "Next RecID", "Contacts", foundation::StoreDatabase);
   first->desktop.document->contactBook().add(zoe);
-  EXPECT_TRUE(second->lists(folders::kContactsList, "Zoe"));
+  EXPECT_TRUE(second->lists(folders::FolderContacts, "Zoe"));
   ASSERT_TRUE(call("3456789"));
   for (Desk* desk : {&*first, &*second}) EXPECT_TRUE(desk->lists(kCalls, "Zoe"));
 

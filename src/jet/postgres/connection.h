@@ -75,8 +75,8 @@ class Connection {
   [[nodiscard]] const std::string& describe() const { return place_; }
   [[nodiscard]] bool readOnly() const { return readOnly_; }
   [[nodiscard]] bool lost() const { return lost_; }
-  // After it was lost: connects again. False while the server cannot be reached, or an attempt takes more than a moment;
-  // the next call then asks for its end.
+  // After it was lost: connects again. False while the server cannot be reached, or an attempt takes more than a
+  // moment; the next call then asks for its end.
   bool reconnect();
   [[nodiscard]] PGconn* handle() const { return handle_.get(); }
 
