@@ -588,7 +588,7 @@ QString CFolderView::emptyText() const {
     case Nothing::HasRows:
       return {};
     case Nothing::Searching:
-      return texts_("IDS_SEARCHING");
+      return texts_("IDS_SEARCHINGROWS");
     case Nothing::NotFound:
       return texts_.format("IDS_EMPTY_FOUND", fromQt(typedWords_));
     case Nothing::Filtered:
