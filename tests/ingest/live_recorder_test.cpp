@@ -23,7 +23,11 @@ TEST_F(LiveRecorderTest, BothSizesAreRecordedAndOtherCopiesSeeTheCall) {
   support::RunningCopy other(files);
   EXPECT_FALSE(other.tags.IsTouched("Calls"));
   EXPECT_EQ(record(support::sampleRecords(1)), 1);
-  EXPECT_TRUE(other.tags.IsTouched("Calls"));
+  {
+    // Outside of a view, a server's changes may be seen some milliseconds late.
+    const jet::ReadView now(*other.main);
+    EXPECT_TRUE(other.tags.IsTouched("Calls"));
+  }
   EXPECT_TRUE(copy.tags.IsTouched("Calls"));
   EXPECT_EQ(record(support::sampleRecords(1, 1, true)), 1);
   EXPECT_EQ(other.callCount(), 2);
