@@ -336,7 +336,9 @@ void addHeading(QFormLayout& form, const QString& text) {
 QLayout* withHint(QWidget* editor, const QString& text) {
   auto* layout = new QVBoxLayout;
   layout->setSpacing(kHintSpace);
-  const bool grows = (QWidgetItem(editor).expandingDirections() & Qt::Horizontal) != 0;
+  // A field without a parent yet counts as a window to its layout item: its policy is asked instead.
+  const bool expands = (editor->sizePolicy().expandingDirections() & Qt::Horizontal) != 0;
+  const bool grows = editor->layout() != nullptr || (expands && editor->maximumWidth() == QWIDGETSIZE_MAX);
   layout->addWidget(editor, 0, grows ? Qt::Alignment() : Qt::AlignLeft);
   layout->addWidget(makeSentence(text));
   return layout;
