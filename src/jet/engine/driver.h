@@ -141,7 +141,7 @@ struct KeyRange {
   RowKey last = std::numeric_limits<RowKey>::max();    // itself, too
 };
 
-// A row of a list, and how many stand before it.
+// A row of a list, and the number of rows before it.
 struct Place {
   std::int64_t position = 0;
   RowKey key = 0;

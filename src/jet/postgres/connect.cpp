@@ -25,11 +25,11 @@ constexpr std::array kDefaults{
     std::pair{"keepalives_interval", "5"},  std::pair{"keepalives_count", "3"},
     std::pair{"tcp_user_timeout", "25000"}, std::pair{"fallback_application_name", "tallybook"}};
 
-// As libpq takes them: names and values, each list with a null behind its end.
+// As libpq takes them: names and values, each list ends with a null.
 struct Words {
   explicit Words(const Address& address) {
     for (const auto& [name, value] : kDefaults) add(name, value);
-    // What stands in the address replaces what is before it, and is replaced by what follows.
+    // The address replaces what was added before it, and is replaced by what is added after it.
     add("dbname", address.uri().c_str());
     add("client_encoding", "UTF8");
     add(nullptr, nullptr);

@@ -101,7 +101,7 @@ Ladders::List& Ladders::listOf(const std::string& name) {
   return list;
 }
 
-// Added rows move a place towards the end, never towards the start: a place that is moved behind the position gives way
+// Added rows move a place towards the end, never towards the start: a place that is moved past the position gives way
 // to one that is not, for no more rows are added before that one.
 std::optional<engine::Place> Ladders::placeIn(const Question& question, List& list) {
   const std::vector<engine::Place>& places = list.ladder->places;

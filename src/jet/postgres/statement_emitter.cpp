@@ -209,7 +209,7 @@ class StatementWriter {
     return sql + groupsOrder(keys) + limit();
   }
 
-  // The texts of groups are looked up behind the grouping: a lookup within it keeps the server from grouping in several
+  // The texts of groups are looked up after the grouping: a lookup within it keeps the server from grouping in several
   // processes.
   std::string groupsAndTexts(const std::string& from, const std::vector<const BoundExpression*>& keys) {
     std::string inner = "SELECT min(" + emitter_.key(0) + ") AS k";
