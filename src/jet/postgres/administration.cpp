@@ -59,7 +59,8 @@ void renameSchemas(const Address& address, std::span<const SchemaName> names) {
 void grantUse(const Address& address, const std::string& role) {
   ServerSession session(address);
   session.run("BEGIN");
-  // The role and schema `jet` are common to all databases of the server, and no other program may change them meanwhile.
+  // The role and schema `jet` are common to all databases of the server, and no other program may change them
+  // meanwhile.
   session.run("SELECT pg_advisory_xact_lock(" + std::to_string(writersLock("jet")) + ")");
   makeRole(session, role);
   const std::string who = " TO " + session.quoted(role);
