@@ -1,6 +1,8 @@
 // What an operator waits for: statistics over many calls beside the same queries written by hand for SQLite, the first
 // screen of the call list, and a list report beside the bare query and the same bytes. Usage: folder_bench [CALLS]
-// [--postgres ADDRESS]
+// [FOLDER] [--postgres ADDRESS]
+//
+// On a server, calls made in schemas that begin with the folder's name are kept and used again.
 //
 // A line a measurement: what, milliseconds of the folder, milliseconds of the yardstick, their ratio; the best of some
 // rounds in turn. Statistics have two more figures: the folder in a program just started, and its ratio.
@@ -9,6 +11,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "jet/stored_database.h"
 #include "office.h"
 
 namespace {
@@ -142,13 +145,13 @@ int main(int count, char** words) {
   const std::int64_t calls = count > 1 ? std::max(1LL, std::atoll(words[1])) : 1'000'000;
   const DataFolder folder("folder_bench");
   std::optional<bench::ServerPlace> server;
-  if (address) server.emplace(*address);
+  if (address) server.emplace(*address, count > 2 ? fs::path(words[2]).filename().string() : std::string());
   bench::byTheClock = address.has_value();
   const Data data{folder.path(),
                   server ? fs::path(server->prefix() + schema::kMainFile) : folder.path() / schema::kMainFile,
                   address.has_value()};
   if (server) {
-    bench::makeCallsOnServer(*server, calls);
+    if (!jet::databaseExists(data.main)) bench::makeCallsOnServer(*server, calls);
   } else {
     makeCalls(data.main, calls);
   }

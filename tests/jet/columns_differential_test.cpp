@@ -287,7 +287,7 @@ TEST_F(ListDifferentialTest, RowsInMemoryAreGoneThroughUnderTheWatcher) {
       EXPECT_TRUE(error.canceled());
     }
   }
-  EXPECT_EQ(calls, 2);
+  EXPECT_GE(calls, 2);  // a wait for a server asks it, too
   database_->watch({});
   EXPECT_GT(database_->openWindow(list)->rowCount(), 0);
 }

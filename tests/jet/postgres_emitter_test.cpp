@@ -17,8 +17,10 @@ std::string sqlOf(const std::string& text, const std::vector<engine::SiteValue>&
       std::make_shared<const TableDef>(TableDef{.name = "V",
                                                 .fields = {{.name = "id", .type = Type::Long, .autoIncrement = true},
                                                            {.name = "t", .type = Type::Text},
+                                                           {.name = "u", .type = Type::Text},
                                                            {.name = "n", .type = Type::Long},
-                                                           {.name = "d", .type = Type::DateTime}}});
+                                                           {.name = "d", .type = Type::DateTime}},
+                                                .indexes = {{.fields = {"t"}}}});
   const auto statement = parseStatement(text);
   const bind::BoundQuery query = bind::bindStatement(
       *statement, nullptr, [](std::string_view) { return table; }, text, masks);
@@ -57,6 +59,7 @@ TEST(PostgresEmitter, ConditionsAreOfTheFormsThatIndexesServe) {
   };
   const Case cases[] = {
       {"t = 'Ana'", plain(), R"((lower("V"."t") = lower($1::text COLLATE "C")))"},
+      {"u = 'Ana'", plain(), R"(("V"."u" LIKE $2::text AND lower("V"."u") = lower($1::text COLLATE "C")))"},
       {"t in ('a', 'b')", plain(), R"((lower("V"."t") IN (lower($1::text COLLATE "C"), lower($2::text COLLATE "C"))))"},
       {"t like 'a*'", engine::classifyPattern("a*"),
        R"((lower("V"."t") >= lower($1::text COLLATE "C") AND lower("V"."t") < lower($2::text COLLATE "C")))"},

@@ -1,5 +1,7 @@
 #include "jet/engine/column_reader.h"
 
+#include <unordered_map>
+
 #include "jet/engine/columns/row_filter.h"
 #include "jet/engine/engine.h"
 
@@ -22,6 +24,13 @@ bool addCell(const Cell& cell, columns::Column& column) {
   }
 }
 
+bool addsUp(const bind::BoundExpression& item) {
+  using bind::Aggregate;
+  return item.kind == bind::BoundExpression::Kind::CallAggregate &&
+         (item.aggregate == Aggregate::Count || item.aggregate == Aggregate::Sum ||
+          item.aggregate == Aggregate::Average);
+}
+
 bool addRow(const Query& query, std::span<columns::Column* const> columns, columns::ColumnSource::Read& read) {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (addCell(query.cell(i), *columns[i])) continue;
@@ -41,8 +50,8 @@ bool ColumnReader::readsInOrder(const TableDef& table, std::size_t field) {
   return engine_.driver().readsInOrder(table, field);
 }
 
-bool ColumnReader::addsUpItself() const {
-  return engine_.driver().addsUpItself();
+bool ColumnReader::isServer() const {
+  return engine_.driver().isServer();
 }
 
 columns::ColumnSource::Changes ColumnReader::changes(std::string_view table) {
@@ -94,6 +103,48 @@ columns::ColumnSource::Read ColumnReader::readSelected(
   if (!keys.empty()) block(keys);
   read.work = select.query().work();
   return read;
+}
+
+columns::ColumnSource::Read ColumnReader::readParts(const ShapedText& text, columns::Column& key,
+                                                    const std::function<void(const Part& part)>& take) {
+  Execution select = engine_.statements().open(Role::Sums, text);
+  std::vector<columns::PartSum> sums;
+  for (const bind::BoundItem& item : select.statement().items) {
+    if (addsUp(item.expression)) sums.emplace_back();
+  }
+  Read read;
+  while (select.step()) {
+    const Query& query = select.query();
+    if (!addCell(query.cell(0), key)) {
+      read.refused = 0;
+      return read;
+    }
+    Part part{.firstRow = query.key(), .rows = query.cell(1).integer, .sums = sums};
+    key.integers(0, 1, &part.key);
+    key.clearRows();
+    for (std::size_t i = 0; i < sums.size(); ++i) {
+      const Cell sum = query.cell(3 + 2 * i);
+      sums[i] = {.real = sum.real, .whole = sum.integer, .values = query.cell(2 + 2 * i).integer};
+    }
+    take(part);
+  }
+  return read;
+}
+
+std::vector<Value> ColumnReader::readRows(const TableDef& table, std::span<const std::size_t> fields,
+                                          std::span<const std::int64_t> keys) {
+  std::string list;
+  for (const std::size_t field : fields) list += (list.empty() ? "[" : ", [") + table.fields[field].name + "]";
+  const ShapedText text("select " + list + " from [" + table.name + "]");
+  std::unordered_map<std::int64_t, std::size_t> places;
+  for (std::size_t i = 0; i < keys.size(); ++i) places.emplace(keys[i], i);
+  std::vector<Value> cells(keys.size() * fields.size());
+  Execution rows = engine_.statements().openWith(Role::ReadEach, text, nullptr, keys);
+  while (rows.step()) {
+    const std::size_t first = places.at(rows.key()) * fields.size();
+    for (std::size_t i = 0; i < fields.size(); ++i) rows.read(i, cells[first + i]);
+  }
+  return cells;
 }
 
 }  // namespace jet::engine

@@ -13,7 +13,7 @@ class ColumnReader final : public columns::ColumnSource {
 
   std::int64_t rowLimit(const TableDef& table) override;
   bool readsInOrder(const TableDef& table, std::size_t field) override;
-  [[nodiscard]] bool addsUpItself() const override;
+  [[nodiscard]] bool isServer() const override;
   Changes changes(std::string_view table) override;
   void beginView() override;
   void endView() noexcept override;
@@ -23,6 +23,10 @@ class ColumnReader final : public columns::ColumnSource {
                    columns::KeyRuns& keys) override;
   Read readSelected(const ShapedText& text, std::span<columns::Column* const> columns,
                     const std::function<void(std::span<const std::int64_t> keys)>& block) override;
+  Read readParts(const ShapedText& text, columns::Column& key,
+                 const std::function<void(const Part& part)>& take) override;
+  std::vector<Value> readRows(const TableDef& table, std::span<const std::size_t> fields,
+                              std::span<const std::int64_t> keys) override;
 
  private:
   Engine& engine_;

@@ -44,6 +44,11 @@ enum class Role : char {
   Read = 'x',          // the row of a key (0), whether it meets the select's condition or not
   ReadMatching = 'g',  // the row of a key (0) if it meets condition and criteria
   Operands = 'y',      // keys, and the columns that items and grouping name, ascending, in no order
+  // Of a driver that isServer():
+  ReadEach = 'X',  // as Read for many keys (all extras), in no order
+  Sums = 's',      // a select of one grouping, by groups of equal stored values: key() is the least of each, then what
+                   // it groups by, the number of rows, and for each Count, Sum and Average the number of values and
+                   // their sum
 };
 
 inline constexpr std::size_t kAmongKeys = 16;
@@ -206,8 +211,8 @@ class Driver {
     return std::nullopt;
   }
 
-  // Whether a select that groups costs less than handing its rows over to be added up here.
-  [[nodiscard]] virtual bool addsUpItself() const { return false; }
+  // Whether questions go to a server: each costs a round trip, and to group there costs less than to hand rows over.
+  [[nodiscard]] virtual bool isServer() const { return false; }
 
   // Transactions. begin() waits for the other writers (Error 3260 after a while); from then on only this connection
   // changes the database until commit() or rollback(): what is read within can be relied on by what is written.

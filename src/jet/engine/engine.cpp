@@ -14,6 +14,7 @@ namespace jet::engine {
 namespace {
 
 void handOut(const columns::StatisticRows& rows, const std::function<bool(const std::vector<Value>&)>& row) {
+  rows.readFirsts();
   std::vector<Value> cells;
   for (std::size_t i = 0; i < rows.count(); ++i) {
     cells.clear();

@@ -36,6 +36,8 @@ KeyQuery keyQuery(Role role) {
       return {.order = Order::Select, .criteria = true};
     case Role::ReadMatching:
       return {.rows = Rows::Items, .keyCondition = " = ", .criteria = true};
+    case Role::ReadEach:
+      return {.rows = Rows::Items, .where = false};
     default:
       return {.rows = Rows::Items, .keyCondition = " = ", .where = false};
   }

@@ -1,6 +1,7 @@
 #include "jet/engine/windows.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace jet::engine {
 
@@ -121,17 +122,30 @@ Snapshot KeyedWindow::rows(std::int64_t first, std::int64_t count) {
   if (first >= 0 && count > 0) {
     const std::vector<std::int64_t> page = keys(first, count);
     if (!page.empty()) keepAnchor(first, page.front());
-    for (const std::int64_t key : page) {
-      Execution read = engine_.statements().open(Role::Read, text_, nullptr, {key});
-      const bool exists = read.step();
-      // A row deleted since keeps its place, empty, until the next refresh.
-      for (std::size_t i = 0; i < columns_.size(); ++i) {
-        table->cells.push_back(exists && i < read.width() ? read.value(i) : Value());
-      }
-      ++table->rows;
-    }
+    table->rows = page.size();
+    table->cells.resize(page.size() * columns_.size());
+    readRows(page, table->cells);
   }
   return Snapshot(std::move(table));
+}
+
+// A row deleted since keeps its place, empty, until the next refresh.
+void KeyedWindow::readRows(const std::vector<std::int64_t>& keys, std::vector<Value>& cells) {
+  const auto take = [&](const Execution& read, std::size_t row) {
+    const std::size_t width = std::min(columns_.size(), read.width());
+    for (std::size_t i = 0; i < width; ++i) cells[row * columns_.size() + i] = read.value(i);
+  };
+  if (engine_.driver().isServer()) {
+    std::unordered_map<std::int64_t, std::size_t> places;
+    for (std::size_t row = 0; row < keys.size(); ++row) places.emplace(keys[row], row);
+    Execution read = engine_.statements().openWith(Role::ReadEach, text_, nullptr, keys);
+    while (read.step()) take(read, places.at(read.key()));
+    return;
+  }
+  for (std::size_t row = 0; row < keys.size(); ++row) {
+    Execution read = engine_.statements().open(Role::Read, text_, nullptr, {keys[row]});
+    if (read.step()) take(read, row);
+  }
 }
 
 std::optional<std::int64_t> KeyedWindow::find(std::string_view criteria) {

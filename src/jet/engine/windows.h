@@ -29,6 +29,7 @@ class KeyedWindow final : public RowWindow {
   std::optional<std::vector<std::int64_t>> keysByAnchor(std::int64_t first, std::int64_t count);
   std::vector<std::int64_t> run(Role role, std::initializer_list<std::int64_t> extras);
   void lookForPlaces();
+  void readRows(const std::vector<std::int64_t>& keys, std::vector<Value>& cells);
   void keepAnchor(std::int64_t position, std::int64_t key);
 
   Engine& engine_;

@@ -75,6 +75,11 @@ std::string ExpressionEmitter::extra(std::size_t index) {
   return parameter({.kind = Parameter::Kind::Extra, .index = index, .type = Type::Long});
 }
 
+std::string ExpressionEmitter::extras() {
+  plan_.parameters.push_back({.kind = Parameter::Kind::Extras, .type = Type::Long});
+  return "$" + std::to_string(plan_.parameters.size()) + "::bigint[]";
+}
+
 std::string ExpressionEmitter::column(std::size_t table, std::size_t field) const {
   return qualifiers_[table] + quotedName(statement_.tables[table].def->fields[field].name);
 }

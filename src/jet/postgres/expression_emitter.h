@@ -44,6 +44,8 @@ class ExpressionEmitter {
 
   // A parameter that the caller fills in.
   std::string extra(std::size_t index);
+  // All of the parameters that the caller fills in, an array.
+  std::string extras();
   [[nodiscard]] std::string column(std::size_t table, std::size_t field) const;
   // The row key of a table, with its qualifier.
   [[nodiscard]] std::string key(std::size_t table) const;
@@ -77,6 +79,7 @@ class ExpressionEmitter {
   [[nodiscard]] bool isPlain(const bind::BoundExpression& expression) const;
   [[nodiscard]] bool mayStayText(const bind::BoundExpression& literal) const;
   std::string compare(const bind::BoundExpression& expression);
+  std::string outlined(const bind::BoundExpression& expression);
   std::string compareTexts(const bind::BoundExpression& expression);
   std::string in(const bind::BoundExpression& expression);
   std::string like(const bind::BoundExpression& expression);

@@ -19,8 +19,11 @@ struct Parameter {
     SiteText,   // SiteValue::text of `site`
     PrefixEnd,  // the first text after all that begin with SiteValue::text, in the order of A-Z folded bytes
     Contained,  // "%text%" as a pattern of LIKE, wildcards in it escaped by "\"
+    Outline,    // of the literal `index`, a text: a pattern of LIKE that any letter of A-Z may stand in for each of
+                // its letters, and all else is as it is
     OwnPrefix,  // SiteValue::prefixes[index] of `site`
     Extra,      // Arguments::extras[index]
+    Extras,     // all of them, an array
     Now,        // the program's clock when the query is bound
   };
   Kind kind = Kind::Literal;

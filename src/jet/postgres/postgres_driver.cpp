@@ -60,7 +60,8 @@ std::string insertStatement(const TableDef& table, std::span<const std::size_t> 
 }
 
 bool givesManyRows(Role role) {
-  return role == Role::Run || role == Role::OrderedKeys || role == Role::Matches || role == Role::Operands;
+  return role == Role::Run || role == Role::OrderedKeys || role == Role::Matches || role == Role::Operands ||
+         role == Role::Sums;
 }
 
 // The sequence that numbers the rows, as an expression.

@@ -43,7 +43,7 @@ class PostgresDriver final : public engine::Driver {
                                            std::int64_t position) override {
     return ladders_.placeBefore(request, arguments, position);
   }
-  [[nodiscard]] bool addsUpItself() const override { return true; }
+  [[nodiscard]] bool isServer() const override { return true; }
 
   void begin() override { session_->begin(); }
   void commit() override { session_->commit(); }

@@ -22,6 +22,23 @@ std::string prefixEnd(std::string_view prefix) {
   return end;
 }
 
+// Of ASCII.
+std::string outline(std::string_view text) {
+  std::string pattern;
+  for (const char c : base::foldAscii(text)) {
+    if (c == '%' || c == '_' || c == '\\') pattern += '\\';
+    pattern += c >= 'a' && c <= 'z' ? '_' : c;
+  }
+  return pattern;
+}
+
+// "{1,2,3}"
+std::string arrayOf(std::span<const std::int64_t> numbers) {
+  std::string array = "{";
+  for (const std::int64_t number : numbers) array += (array.size() == 1 ? "" : ",") + std::to_string(number);
+  return array + "}";
+}
+
 void addParameter(Parameters& parameters, const Parameter& parameter, const engine::Arguments& arguments) {
   switch (parameter.kind) {
     case Parameter::Kind::Literal:
@@ -32,6 +49,10 @@ void addParameter(Parameters& parameters, const Parameter& parameter, const engi
       return parameters.addText(prefixEnd(arguments.sites[parameter.site].text));
     case Parameter::Kind::Contained:
       return parameters.addText(engine::containedPattern(arguments.sites[parameter.site].text));
+    case Parameter::Kind::Outline: {
+      const Value& text = arguments.literals[parameter.index];
+      return text.isNull() ? parameters.addNull() : parameters.addOwned(outline(text.toText()));
+    }
     case Parameter::Kind::OwnPrefix:
       return parameters.addText(arguments.sites[parameter.site].prefixes[parameter.index]);
     case Parameter::Kind::Now: {
@@ -40,6 +61,8 @@ void addParameter(Parameters& parameters, const Parameter& parameter, const engi
     }
     case Parameter::Kind::Extra:
       return parameters.add(arguments.extras[parameter.index]);
+    case Parameter::Kind::Extras:
+      return parameters.addOwned(arrayOf(arguments.extras));
   }
 }
 

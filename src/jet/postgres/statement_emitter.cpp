@@ -32,6 +32,8 @@ class StatementWriter {
   Plan write() {
     if (request_.role == Role::Run || request_.role == Role::Among) {
       run();
+    } else if (request_.role == Role::Sums) {
+      sums();
     } else {
       keyed(engine::keyQuery(request_.role));
     }
@@ -98,6 +100,20 @@ class StatementWriter {
         plan_.sql = "ALTER TABLE " + target + " ADD COLUMN " + columnDeclaration(statement_.newField);
         break;
     }
+  }
+
+  void sums() {
+    plan_.sql = "SELECT min(" + emitter_.key(0) + "), " + emitter_.emit(statement_.groupBy.front()) + ", count(*)";
+    for (const bind::BoundItem& item : statement_.items) {
+      using bind::Aggregate;
+      const Aggregate aggregate = item.expression.aggregate;
+      if (item.expression.kind != BoundExpression::Kind::CallAggregate) continue;
+      if (aggregate != Aggregate::Count && aggregate != Aggregate::Sum && aggregate != Aggregate::Average) continue;
+      const BoundExpression& summed = item.expression.operands.front();
+      const std::string value = emitter_.emit(summed);
+      plan_.sql += ", count(" + value + "), sum(" + value + ")" + (summed.type == Type::Long ? "::bigint" : "");
+    }
+    plan_.sql += rows() + " GROUP BY 2";
   }
 
   [[nodiscard]] std::string fieldName(const bind::BoundAssignment& assignment) const {
@@ -348,6 +364,7 @@ class StatementWriter {
     if (query.keyCondition != nullptr) require(emitter_.key(0) + query.keyCondition + emitter_.extra(0));
     if (query.anchored) require(anchorCondition(query.order == KeyQuery::Order::SelectBack));
     if (query.criteria) require(emitter_.condition(*query_.criteria));
+    if (request_.role == Role::ReadEach) require(emitter_.key(0) + " = ANY (" + emitter_.extras() + ")");
     sql += keyOrder(query);
     if (query.one) sql += " LIMIT 1";
     if (query.limitExtra >= 0) sql += " LIMIT " + emitter_.extra(static_cast<std::size_t>(query.limitExtra));

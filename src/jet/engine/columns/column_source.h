@@ -7,13 +7,22 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "jet/engine/columns/column.h"
 #include "jet/engine/columns/key_runs.h"
 #include "jet/engine/shaped_text.h"
 #include "jet/table_def.h"
+#include "jet/value.h"
 
 namespace jet::columns {
+
+// Not Null values that were added up.
+struct PartSum {
+  double real = 0;
+  std::int64_t whole = 0;
+  std::int64_t values = 0;
+};
 
 // What a statistic reads from the database. Errors are those of the database.
 class ColumnSource {
@@ -41,7 +50,7 @@ class ColumnSource {
   virtual bool readsInOrder(const TableDef& table, std::size_t field) = 0;
   virtual Changes changes(std::string_view table) = 0;
   // Whether a select that groups costs less than reading its rows.
-  [[nodiscard]] virtual bool addsUpItself() const = 0;
+  [[nodiscard]] virtual bool isServer() const = 0;
 
   // Between the two, what is read is of one moment. changes() is of that moment, too.
   virtual void beginView() = 0;
@@ -61,6 +70,19 @@ class ColumnSource {
   // `block` is called for every kBlockRows rows, and the rest, with their keys; it takes the rows out of the columns.
   virtual Read readSelected(const engine::ShapedText& text, std::span<Column* const> columns,
                             const std::function<void(std::span<const std::int64_t> keys)>& block) = 0;
+  // A part of a group, as a server adds it up.
+  struct Part {
+    std::int64_t firstRow = 0;  // the lowest key
+    std::int32_t key = 0;       // what the group is of, as the column gives it
+    std::int64_t rows = 0;
+    std::span<const PartSum> sums = {};  // one for each Count, Sum and Average of the select
+  };
+  // Those of all groups of a select by `key`, which takes what they are groups of.
+  virtual Read readParts(const engine::ShapedText& text, Column& key,
+                         const std::function<void(const Part& part)>& take) = 0;
+  // The fields of the rows of some keys, row after row in the order of `keys`; Nulls for a row that is gone.
+  virtual std::vector<Value> readRows(const TableDef& table, std::span<const std::size_t> fields,
+                                      std::span<const std::int64_t> keys) = 0;
 };
 
 // A view for the length of a scope.

@@ -87,6 +87,38 @@ std::uint32_t GroupSums::groupOf(std::int32_t key) {
   return place->second;
 }
 
+std::uint32_t GroupSums::groupOfText(std::int32_t code) {
+  const TextDictionary& texts = *columns_[plan_.grouping().field]->texts();
+  if (groupOfCode_.size() <= texts.size()) groupOfCode_.resize(texts.size() + 1);
+  const std::uint32_t shared = code == 0 ? 0 : texts.groupOf(static_cast<std::uint32_t>(code));
+  std::uint32_t& group = groupOfCode_[shared];
+  if (group == 0) group = newGroup(code) + 1;
+  return group - 1;
+}
+
+void GroupSums::add(const ColumnSource::Part& part) {
+  const std::uint32_t place = plan_.grouping().kind == Grouping::Kind::Text ? groupOfText(part.key) : groupOf(part.key);
+  StatisticRows::Group& group = result_->groups_[place];
+  group.rows += part.rows;
+  if (part.firstRow < group.firstRow) {
+    group.firstRow = part.firstRow;
+    group.key = part.key;
+  }
+  std::size_t given = 0;
+  std::vector<bool> added(plan_.operands().size());
+  for (const Item& item : plan_.items()) {
+    if (item.kind != Item::Kind::Count && item.kind != Item::Kind::Sum && item.kind != Item::Kind::Average) continue;
+    const PartSum& of = part.sums[given++];
+    const std::size_t operand = result_->sumOf_[item.index];
+    if (added[operand]) continue;
+    added[operand] = true;
+    PartSum& sum = result_->sums_[operand][place];
+    sum.real += of.real;
+    sum.whole += of.whole;
+    sum.values += of.values;
+  }
+}
+
 void GroupSums::add(std::size_t from, std::size_t count, std::span<const std::uint32_t> rows,
                     std::span<const std::int64_t> keys) {
   if (rows.empty()) return;
@@ -112,15 +144,7 @@ void GroupSums::findGroups(std::size_t from, std::size_t count, std::span<const 
   const Column& column = *columns_[grouping.field];
   column.integers(from, count, keys_.data());
   if (grouping.kind == Grouping::Kind::Text) {
-    const TextDictionary& texts = *column.texts();
-    if (groupOfCode_.size() <= texts.size()) groupOfCode_.resize(texts.size() + 1);
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const std::int32_t code = keys_[rows[i]];
-      const std::uint32_t shared = code == 0 ? 0 : texts.groupOf(static_cast<std::uint32_t>(code));
-      std::uint32_t& group = groupOfCode_[shared];
-      if (group == 0) group = newGroup(code) + 1;
-      groups_[i] = group - 1;
-    }
+    for (std::size_t i = 0; i < rows.size(); ++i) groups_[i] = groupOfText(keys_[rows[i]]);
     return;
   }
   std::int32_t last = 0;
@@ -159,11 +183,11 @@ void GroupSums::noteRows(std::size_t from, std::size_t count, std::span<const st
 void GroupSums::addWhole(std::size_t operand, std::size_t from, std::size_t count,
                          std::span<const std::uint32_t> rows) {
   columns_[plan_.operands()[operand].field]->integers(from, count, integers_.data());
-  std::vector<StatisticRows::Sum>& sums = result_->sums_[operand];
+  std::vector<PartSum>& sums = result_->sums_[operand];
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const std::int32_t value = integers_[rows[i]];
     if (value == PackedIntegers::kNone) continue;
-    StatisticRows::Sum& sum = sums[groups_[i]];
+    PartSum& sum = sums[groups_[i]];
     sum.whole += value;
     ++sum.values;
   }
@@ -177,16 +201,17 @@ void GroupSums::addReal(std::size_t operand, std::size_t from, std::span<const s
     const double constant = constants_[step.constant];
     for (std::size_t i = 0; i < rows.size(); ++i) reals_[i] = worked(step.op, reals_[i], constant);
   }
-  std::vector<StatisticRows::Sum>& sums = result_->sums_[operand];
+  std::vector<PartSum>& sums = result_->sums_[operand];
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if (!std::isfinite(reals_[i])) continue;  // Null, or a product too large, which is Null as well
-    StatisticRows::Sum& sum = sums[groups_[i]];
+    PartSum& sum = sums[groups_[i]];
     sum.real += reals_[i];
     ++sum.values;
   }
 }
 
-std::shared_ptr<const StatisticRows> GroupSums::finish() {
+std::shared_ptr<const StatisticRows> GroupSums::finish(RowReader firsts) {
+  if (!plan_.firsts().empty()) result_->readsFirsts_ = std::move(firsts);
   result_->sort(plan_.order());
   return result_;
 }
@@ -204,11 +229,12 @@ Value StatisticRows::cell(const Item& item, std::size_t group) const {
     case Item::Kind::Rows:
       return Value(groups_[group].rows);
     case Item::Kind::First:
+      if (readsFirsts_) return readFirsts_.at(static_cast<std::uint32_t>(group))[item.index];
       return textOf(*firstTexts_[item.index], firsts_[item.index][group]);
     default:
       break;
   }
-  const Sum& sum = sums_[sumOf_[item.index]][group];
+  const PartSum& sum = sums_[sumOf_[item.index]][group];
   if (item.kind == Item::Kind::Count) return Value(sum.values);
   if (sum.values == 0) return {};
   const bool whole = whole_[item.index];
@@ -216,7 +242,39 @@ Value StatisticRows::cell(const Item& item, std::size_t group) const {
   return finite((whole ? static_cast<double>(sum.whole) : sum.real) / static_cast<double>(sum.values));
 }
 
+// Of those that were not read before.
+void StatisticRows::readFirsts(std::span<const std::uint32_t> groups) const {
+  constexpr std::size_t kMost = 10'000;  // in one question
+  std::vector<std::uint32_t> missing;
+  std::vector<std::int64_t> keys;
+  const auto read = [&] {
+    const std::vector<Value> cells = keys.empty() ? std::vector<Value>() : readsFirsts_(keys);
+    const std::size_t width = firsts_.size();
+    for (std::size_t i = 0; i < missing.size(); ++i) {
+      const auto first = cells.begin() + static_cast<std::ptrdiff_t>(i * width);
+      readFirsts_.emplace(missing[i], std::vector<Value>(first, first + static_cast<std::ptrdiff_t>(width)));
+    }
+    missing.clear();
+    keys.clear();
+  };
+  for (const std::uint32_t group : groups) {
+    if (readFirsts_.contains(group)) continue;
+    missing.push_back(group);
+    keys.push_back(groups_[group].firstRow);
+    if (missing.size() == kMost) read();
+  }
+  read();
+}
+
+void StatisticRows::readFirsts() const {
+  if (readsFirsts_) readFirsts(order_);
+}
+
 void StatisticRows::append(std::size_t row, std::vector<Value>& cells) const {
+  constexpr std::size_t kTogether = 256;  // some screens
+  if (readsFirsts_ && !readFirsts_.contains(order_[row])) {
+    readFirsts(std::span(order_).subspan(row, std::min(kTogether, order_.size() - row)));
+  }
   for (const Item& item : items_) cells.push_back(cell(item, order_[row]));
 }
 
@@ -224,6 +282,7 @@ std::shared_ptr<const ResultTable> StatisticRows::table() const {
   auto table = std::make_shared<ResultTable>();
   table->columns = names_;
   table->rows = count();
+  readFirsts();
   table->cells.reserve(count() * items_.size());
   for (std::size_t row = 0; row < count(); ++row) append(row, table->cells);
   return table;
@@ -239,6 +298,7 @@ void StatisticRows::sort(const std::vector<StatisticPlan::Order>& order) {
 }
 
 void StatisticRows::sortBy(const Item& item, bool descending) {
+  if (item.kind == Item::Kind::First) readFirsts();
   std::vector<Value> values;
   values.reserve(groups_.size());
   for (std::size_t group = 0; group < groups_.size(); ++group) values.push_back(cell(item, group));

@@ -2,23 +2,32 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <unordered_map>
 #include <vector>
 
+#include "jet/engine/columns/column_source.h"
 #include "jet/engine/columns/date_part_reader.h"
 #include "jet/engine/columns/statistic_plan.h"
 
 namespace jet::columns {
 
+// The fields of the rows of some keys, row after row.
+using RowReader = std::function<std::vector<Value>(std::span<const std::int64_t> keys)>;
+
 // The finished rows of a statistic, in its order: a few numbers a group, from which a row is made when it is looked at.
+// Of a server, what a group's first row shows is read then, too, some rows together: Error 3151, and Null for a row
+// that was deleted meanwhile.
 class StatisticRows {
  public:
   [[nodiscard]] const ColumnNames& names() const { return names_; }
   [[nodiscard]] std::size_t count() const { return order_.size(); }
   // Appends the cells of a row.
   void append(std::size_t row, std::vector<Value>& cells) const;
+  // Reads what the first rows show at once: of all groups, since every row will be looked at.
+  void readFirsts() const;
   [[nodiscard]] std::shared_ptr<const ResultTable> table() const;
 
  private:
@@ -28,15 +37,10 @@ class StatisticRows {
     std::int32_t key;       // of that row; PackedIntegers::kNone for Null, but 0 of a text
     std::int64_t rows;
   };
-  // Not Null values of an operand in one group.
-  struct Sum {
-    double real = 0;
-    std::int64_t whole = 0;
-    std::int64_t values = 0;
-  };
 
   [[nodiscard]] Value cell(const StatisticPlan::Item& item, std::size_t group) const;
   [[nodiscard]] Value keyOf(std::size_t group) const;
+  void readFirsts(std::span<const std::uint32_t> groups) const;
   void sort(const std::vector<StatisticPlan::Order>& order);
   void sortBy(const StatisticPlan::Item& item, bool descending);
 
@@ -48,9 +52,11 @@ class StatisticRows {
   std::vector<std::size_t> sumOf_;  // of each operand: operands that come to the same share their sums
   std::vector<bool> whole_;         // of each operand
   std::vector<Group> groups_;
-  std::vector<std::vector<Sum>> sums_;             // by operand, by group
-  std::vector<std::vector<std::int32_t>> firsts_;  // by field, by group
-  std::vector<std::uint32_t> order_;               // of groups
+  std::vector<std::vector<PartSum>> sums_;                                    // by operand, by group
+  std::vector<std::vector<std::int32_t>> firsts_;                             // by field, by group
+  std::vector<std::uint32_t> order_;                                          // of groups
+  RowReader readsFirsts_;                                                     // instead of firsts_
+  mutable std::unordered_map<std::uint32_t, std::vector<Value>> readFirsts_;  // by group, by field
 };
 
 // Adds rows up by groups.
@@ -62,7 +68,10 @@ class GroupSums {
   // Rows of a block: `from` and distances from it. Their keys ascend from call to call, or are given (by distance).
   void add(std::size_t from, std::size_t count, std::span<const std::uint32_t> rows,
            std::span<const std::int64_t> keys = {});
-  [[nodiscard]] std::shared_ptr<const StatisticRows> finish();
+  // Some of the rows of a group, or all.
+  void add(const ColumnSource::Part& part);
+  // With `firsts`, the plan's firsts() of the groups are read by it.
+  [[nodiscard]] std::shared_ptr<const StatisticRows> finish(RowReader firsts = {});
 
  private:
   void findGroups(std::size_t from, std::size_t count, std::span<const std::uint32_t> rows);
@@ -71,6 +80,7 @@ class GroupSums {
   void addWhole(std::size_t operand, std::size_t from, std::size_t count, std::span<const std::uint32_t> rows);
   void addReal(std::size_t operand, std::size_t from, std::span<const std::uint32_t> rows);
   void shareSums();
+  std::uint32_t groupOfText(std::int32_t code);
   std::uint32_t groupOf(std::int32_t key);
   std::uint32_t newGroup(std::int32_t key);
 

@@ -71,6 +71,9 @@ class Statistics {
   std::shared_ptr<const StatisticRows> fromDatabase(const engine::ShapedText& text, const StatisticPlan& plan,
                                                     const StatisticPlan::Constants& constants, ColumnStore& store);
 
+  std::shared_ptr<const StatisticRows> fromServer(const engine::ShapedText& text, const StatisticPlan& plan,
+                                                  const StatisticPlan::Constants& constants, ColumnStore& store);
+
   ColumnSource& source_;
   Plans statistics_;  // by shape
   Plans lists_;
