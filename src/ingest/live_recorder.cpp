@@ -25,14 +25,11 @@ std::int32_t LiveRecorder::record(std::span<const unsigned char> bytes) {
   exchange::CallRecord call = exchange::decodeRecord(buffer, recorder_.parts().language.codepage());
   try {
     if (!connected()) return refuse("the connection to the database is lost");
-    if (wasStored(bytes)) return 1;
-    return store(call) ? 1 : refuse("the calls are not open");
+    if (unconfirmed_.takeStored(bytes)) return 1;
+    return store(call, bytes) ? 1 : refuse("the calls are not open");
   } catch (const std::exception& fault) {
-    if (!recorder_.parts().main.connected()) {
-      uncertain_.emplace(bytes.begin(), bytes.end());
-    } else {
-      logException(call);
-    }
+    // Without a connection the log takes nothing either.
+    if (recorder_.parts().main.connected()) logException(call);
     return refuse(fault.what());
   }
 }
@@ -48,28 +45,15 @@ bool LiveRecorder::connected() const {
          (parts.phonebook == nullptr || parts.phonebook->database().connected());
 }
 
-void LiveRecorder::settleLostCommit() {
-  if (!uncertain_) return;
-  if (recorder_.parts().main.lostCommitDone()) stored_.push_back(std::move(*uncertain_));
-  uncertain_.reset();
-  // Senders that never come again.
-  if (stored_.size() > kMostHeld) stored_.erase(stored_.begin());
-}
-
-bool LiveRecorder::wasStored(std::span<const unsigned char> bytes) {
-  const auto found = std::ranges::find_if(stored_, [&](const Bytes& each) { return std::ranges::equal(each, bytes); });
-  if (found == stored_.end()) return false;
-  stored_.erase(found);
-  return true;
-}
-
-bool LiveRecorder::store(exchange::CallRecord& call) {
+bool LiveRecorder::store(exchange::CallRecord& call, std::span<const unsigned char> bytes) {
   const ExchangeParts& parts = recorder_.parts();
   jet::Transaction transaction(parts.main);
   recorder_.refreshDefinitions();
   if (recorder_.AddRecord(call) == Recording::Failed) return false;
   parts.tags.TouchCalls();
+  unconfirmed_.add(bytes);
   transaction.commit();
+  unconfirmed_.confirmLast();
   return true;
 }
 

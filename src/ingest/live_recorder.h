@@ -1,19 +1,23 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <filesystem>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ingest/recorder.h"
+#include "ingest/unconfirmed_calls.h"
 
 namespace ingest {
 
 // Records the single calls that the capture program hands over as messages.
 class LiveRecorder {
  public:
-  explicit LiveRecorder(Recorder& recorder) : recorder_(recorder) {}
+  // `unconfirmed` is the file of UnconfirmedCalls.
+  explicit LiveRecorder(Recorder& recorder, std::filesystem::path unconfirmed = {})
+      : recorder_(recorder), unconfirmed_(recorder.parts().main, std::move(unconfirmed)) {}
 
   // A record of 156 or 220 bytes, stored in a transaction of its own. 1 when it was recorded or deliberately skipped; 0
   // for another size, while the calls are not open, while the connection to the database is lost, and for a fault,
@@ -23,28 +27,20 @@ class LiveRecorder {
   // Why the last record that was answered 0 was, in English.
   [[nodiscard]] const std::string& refusal() const { return refusal_; }
 
-  // After the connection was lost and is back, before anything else is changed. Throws jet::Error when it is lost
-  // again.
-  void settleLostCommit();
-
   // Entries that the audit log refused as well (a full disk, a locked database), to be written now. Cheap when there
   // are none. Throws jet::Error when it still refuses; they are kept then.
   void writeHeldEntries();
 
  private:
-  using Bytes = std::vector<unsigned char>;
-
-  bool store(exchange::CallRecord& call);
+  bool store(exchange::CallRecord& call, std::span<const unsigned char> bytes);
   std::int32_t refuse(std::string why);
   [[nodiscard]] bool connected() const;
-  [[nodiscard]] bool wasStored(std::span<const unsigned char> bytes);
   void logException(const exchange::CallRecord& call);
   void hold(const std::string& number);
 
   Recorder& recorder_;
   std::string refusal_;
-  std::optional<Bytes> uncertain_;  // the connection was lost while it was stored
-  std::vector<Bytes> stored_;       // answered 0 although they are
+  UnconfirmedCalls unconfirmed_;
   std::vector<std::string> heldNumbers_;
   std::int64_t heldBeyond_ = 0;  // calls more than the list takes
 };

@@ -28,7 +28,7 @@ void SMDRManager2::startRecording(CallListener* listener) {
   listener_ = listener;
   recorder_ = std::make_unique<Recorder>(exchangeParts());
   recorder_->open();
-  live_ = std::make_unique<LiveRecorder>(*recorder_);
+  live_ = std::make_unique<LiveRecorder>(*recorder_, services_.unconfirmed);
 }
 
 void SMDRManager2::Close() {
@@ -47,10 +47,6 @@ std::vector<jet::Database*> SMDRManager2::databases() const {
   if (tariffs_) databases.push_back(&tariffs_->database());
   if (phonebook_) databases.push_back(&phonebook_->database());
   return databases;
-}
-
-void SMDRManager2::settleLostCommit() {
-  if (live_) live_->settleLostCommit();
 }
 
 ExchangeParts SMDRManager2::exchangeParts() {

@@ -36,6 +36,7 @@ class SMDRManager2 {
     const platform::Clock& clock;
     std::function<void()> afterImport;     // a file was read, as far as it went
     std::function<std::string()> backups;  // when the last backup was made: said before many calls go
+    std::filesystem::path unconfirmed;     // file of UnconfirmedCalls
   };
   explicit SMDRManager2(const Services& services);
 
@@ -59,8 +60,6 @@ class SMDRManager2 {
   [[nodiscard]] LiveRecorder& liveRecorder() { return *live_; }
   // Those that were opened here.
   [[nodiscard]] std::vector<jet::Database*> databases() const;
-  // After a lost connection was taken up again: learns whether the call that was being stored then was.
-  void settleLostCommit();
 
   // One run over the monitor's file, as the import timer asks for it; faults are logged and tried again at the next
   // one.

@@ -42,8 +42,12 @@ class Database {
   // be reached. Recordsets and windows from
   // before have to be opened again. Throws Error when the server answers and refuses.
   virtual bool reconnect() = 0;
-  // After that: whether the transaction in whose commit() the connection was lost was committed after all.
-  virtual bool lostCommitDone() = 0;
+  // Within a Transaction on a server: a name to ask for below when the connection is lost in its commit(), in this run
+  // of the program or a later one. Empty for a file.
+  [[nodiscard]] virtual std::string transactionName() = 0;
+  // Outside of transactions: whether the server committed the transaction of that name; false when it knows none such.
+  // Throws Error, 3260 when it is still at it after some seconds.
+  [[nodiscard]] virtual bool committed(const std::string& transaction) = 0;
 
   // Runs a changing statement; the result is the number of rows changed. A fault undoes the whole statement.
   virtual std::int64_t execute(std::string_view sql) = 0;

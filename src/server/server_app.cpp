@@ -32,6 +32,10 @@ CServerApp::CServerApp(const std::filesystem::path& machineStoreFile, std::files
       programFolder_(std::move(programFolder)),
       surroundings_(std::move(surroundings)) {}
 
+std::filesystem::path CServerApp::unconfirmedFile() const {
+  return store_.file().parent_path() / "UnconfirmedCalls";
+}
+
 std::filesystem::path CServerApp::lockFile() const {
   return store_.file().parent_path() / "QuorvaneServerMutex";
 }

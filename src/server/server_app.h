@@ -38,6 +38,8 @@ class CServerApp {
   [[nodiscard]] bool anotherCopyRuns() const { return anotherCopyRuns_; }
   // The lock's file: "QuorvaneServerMutex" beside the machine store, which is what makes a workstation.
   [[nodiscard]] std::filesystem::path lockFile() const;
+  // "UnconfirmedCalls", beside it: live calls whose commit the server has not confirmed.
+  [[nodiscard]] std::filesystem::path unconfirmedFile() const;
 
   // Stores the language for the next start and tells the operator so.
   void changeLanguage(std::string_view code);

@@ -36,7 +36,7 @@ CServerDoc::CServerDoc(CServerApp& app)
       log_(config_, app.surroundings().clock, [this] { return user_.stampName(); }),
       currencies_(config_, language_, person_),
       smdr_({config_, tags_, log_, currencies_, user_, language_, person_, app.surroundings().clock,
-             [this] { stepAlarms(); }, [this] { return lastBackupText(); }}),
+             [this] { stepAlarms(); }, [this] { return lastBackupText(); }, app.unconfirmedFile()}),
       contacts_(config_, tags_, language_, log_, person_),
       filter_(config_, smdr_.parties(), user_, app.surroundings().clock, language_),
       description_(filter_, language_, currencies_) {}
@@ -277,7 +277,6 @@ bool CServerDoc::reconnect() {
     // All of them are asked: their attempts go on beside each other.
     const std::vector<jet::Database*> databases = openDatabases();
     if (std::ranges::count_if(databases, &jet::Database::reconnect) != std::ssize(databases)) return false;
-    smdr_.settleLostCommit();
     return true;
   } catch (const jet::Error&) {
     return false;  // a server that is starting, or was set up anew, refuses for a while

@@ -31,12 +31,25 @@ class LostConnection : public testing::Test {
     proxy.reset();
   }
 
+  // A live call, told from others by its pulses.
+  std::int32_t send(int pulses) {
+    exchange::CallRecord call = sampleCall();
+    call.pulses = pulses;
+    const std::string record = exchange::encodeRecord(call, true, 1252);
+    return copy->document.smdr().liveRecorder().record(
+        {reinterpret_cast<const unsigned char*>(record.data()), record.size()});
+  }
+  void restart() {
+    copy.reset();
+    (*proxy)->heal();
+    copy = std::make_unique<Copy>(place);
+    ASSERT_TRUE(copy->start());
+  }
   void reconnect() {
     (*proxy)->heal();
     while (!copy->document.reconnect()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
 
-  // Calls are told apart by their pulses.
   void expectEachOnce(int calls) const {
     EXPECT_EQ(place.value("select count(*) as n from Calls"), std::to_string(calls));
     const auto main = place.openMain();
@@ -56,15 +69,11 @@ TEST_F(LostConnection, NoLiveCallIsLostOrStoredTwice) {
   std::uniform_int_distribution<long> bytes(1, 9000);
   int losses = 0;
   for (int i = 0; i < kCalls; ++i) {
-    exchange::CallRecord call = sampleCall();
-    call.pulses = i;
-    const std::string record = exchange::encodeRecord(call, true, 1252);
-    const std::span sent(reinterpret_cast<const unsigned char*>(record.data()), record.size());
     (*proxy)->cutAfter(bytes(random));
-    while (copy->document.smdr().liveRecorder().record(sent) == 0) {
+    while (send(i) == 0) {
       ASSERT_TRUE((*proxy)->isCut()) << copy->document.smdr().liveRecorder().refusal();
       ++losses;
-      EXPECT_EQ(copy->document.smdr().liveRecorder().record(sent), 0) << "while the connection is lost";
+      EXPECT_EQ(send(i), 0) << "while the connection is lost";
       reconnect();
       // The second attempt is cut as well, now and then.
       if (losses % 3 == 0) (*proxy)->cutAfter(bytes(random));
@@ -73,6 +82,28 @@ TEST_F(LostConnection, NoLiveCallIsLostOrStoredTwice) {
   }
   EXPECT_GT(losses, kCalls / 4);
   expectEachOnce(kCalls);
+}
+
+// The connection is lost before the server's answer to a commit, and the program ends before it can ask.
+TEST_F(LostConnection, TheNextProgramAsksWhatBecameOfACall) {
+  constexpr long kPlenty = 1'000'000;
+  constexpr long kEndOfTheAnswer = 3;
+  constexpr int kMostTries = 20;
+  int calls = 0;
+  bool met = false;
+  for (int i = 0; i < kMostTries && !met; ++i) {
+    EXPECT_EQ(send(++calls), 1);
+    (*proxy)->cutAfter(kPlenty);
+    EXPECT_EQ(send(++calls), 1);
+    // The next one takes as much, give or take a digit.
+    (*proxy)->cutAfter(kPlenty - (*proxy)->left() - kEndOfTheAnswer);
+    const std::int32_t answer = send(++calls);
+    restart();
+    met = answer == 0 && place.value("select count(*) as n from Calls") == std::to_string(calls);
+    EXPECT_EQ(answer == 0 ? send(calls) : answer, 1);
+  }
+  EXPECT_TRUE(met);
+  expectEachOnce(calls);
 }
 
 TEST_F(LostConnection, AnImportGoesOnWhereItWas) {

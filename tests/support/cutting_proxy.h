@@ -39,6 +39,8 @@ class CuttingProxy {
   }
 
   void cutAfter(long bytes) { left_ = bytes; }
+  // Bytes that still pass.
+  [[nodiscard]] long left() const { return left_; }
   void hold() { held_ = true; }
   void heal() {
     left_ = kNoCut;

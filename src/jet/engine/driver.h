@@ -173,8 +173,9 @@ class Driver {
   // be reached. What was running has ended, what was prepared and is usable()
   // can be used again, and everything may have changed meanwhile.
   virtual bool reconnect() { return true; }
-  // After reconnect(): whether the transaction in whose commit() the connection was lost was committed after all.
-  virtual bool lostCommitDone() { return false; }
+  // Of a server: the transaction that was begun, and whether it committed one that had this name. As in jet::Database.
+  [[nodiscard]] virtual std::string transactionName() { return {}; }
+  [[nodiscard]] virtual bool committed(const std::string& transaction) { return transaction.empty(); }
   // For messages to a person: the path of the file, or where the database is.
   [[nodiscard]] virtual std::string describe() const = 0;
 

@@ -28,7 +28,8 @@ class Engine final : public Database {
   [[nodiscard]] bool readOnly() const override { return driver_->readOnly(); }
   [[nodiscard]] bool connected() const override { return driver_->connected(); }
   bool reconnect() override;
-  bool lostCommitDone() override { return driver_->lostCommitDone(); }
+  std::string transactionName() override { return driver_->transactionName(); }
+  bool committed(const std::string& transaction) override { return driver_->committed(transaction); }
 
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<Recordset> openRecordset(std::string_view sql) override;

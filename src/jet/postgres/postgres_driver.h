@@ -20,7 +20,8 @@ class PostgresDriver final : public engine::Driver {
   [[nodiscard]] bool readOnly() const override { return session_->connection().readOnly(); }
   [[nodiscard]] bool connected() const override { return !session_->connection().lost(); }
   bool reconnect() override;
-  bool lostCommitDone() override { return session_->lostCommitDone(); }
+  std::string transactionName() override { return session_->transactionName(); }
+  bool committed(const std::string& transaction) override { return session_->committed(transaction); }
   [[nodiscard]] std::string describe() const override { return session_->connection().describe(); }
 
   bind::TableDefPtr definition(std::string_view table) override { return catalog_.find(table); }

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "jet/engine/faults.h"
 #include "jet/postgres/names.h"
 #include "jet/postgres/schema_objects.h"
 
@@ -63,7 +64,6 @@ std::string Session::lockStatement() const {
 
 // What others committed before the lock was given is in the notes that are read under it.
 void Session::begin() {
-  lostCommit_.clear();
   try {
     noteOthers(connection_.run({"BEGIN", lockStatement(), changes_.selectOfWriter()}).get());
   } catch (...) {
@@ -89,12 +89,7 @@ bool Session::inTransaction() const {
 }
 
 void Session::commit() {
-  try {
-    end("COMMIT");
-  } catch (const Error& error) {
-    if (error.connectionLost()) lostCommit_ = changes_.writer();
-    throw;
-  }
+  end("COMMIT");
 }
 
 bool Session::reconnect() {
@@ -132,17 +127,22 @@ void Session::endLostBackend() {
   }
 }
 
-bool Session::lostCommitDone() {
+bool Session::committed(const std::string& transaction) {
   constexpr std::chrono::milliseconds kLook{20};
-  if (lostCommit_.empty()) return false;
-  Parameters transaction;
-  transaction.addText(lostCommit_);
-  for (;;) {
-    const Result result = connection_.run({"SELECT pg_xact_status($1::text::xid8)"}, transaction);
-    const std::string_view state = PQgetvalue(result.get(), 0, 0);
+  constexpr std::chrono::seconds kPatience{5};
+  Parameters number;
+  number.addText(transaction);
+  // A number from the future, which only another server can have given, would be an error.
+  constexpr std::string_view kState =
+      "SELECT pg_xact_status(number) FROM (SELECT $1::text::xid8 AS number) AS asked "
+      "WHERE number < pg_snapshot_xmax(pg_current_snapshot())";
+  for (const auto end = std::chrono::steady_clock::now() + kPatience; std::chrono::steady_clock::now() < end;) {
+    const Result result = connection_.run({kState}, number);
+    const std::string_view state = PQntuples(result.get()) > 0 ? PQgetvalue(result.get(), 0, 0) : "";
     if (state != "in progress") return state == "committed";
     std::this_thread::sleep_for(kLook);
   }
+  throw engine::lockedFault(connection_.describe(), {});
 }
 
 void Session::rollback() noexcept {

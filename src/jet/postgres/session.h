@@ -24,8 +24,11 @@ class Session {
   // When the connection is lost, or turns out to be: connects again, ends what the server still does for the lost one,
   // and joins; false while the server cannot be reached.
   bool reconnect();
-  // Whether the transaction in whose commit() the connection was lost was committed.
-  bool lostCommitDone();
+  // The server's number of the transaction that was begun last.
+  [[nodiscard]] const std::string& transactionName() const { return changes_.writer(); }
+  // Whether the transaction of that number was committed; false when the server never gave it. Error 3260 when it
+  // neither ends nor is undone for some seconds.
+  [[nodiscard]] bool committed(const std::string& transaction);
 
   void begin();
   void commit();
@@ -67,8 +70,7 @@ class Session {
   Connection connection_;
   Changes changes_;
   State state_ = State::Idle;
-  std::string backend_;     // the server's process for this connection, and since when
-  std::string lostCommit_;  // the transaction in whose commit() the connection was lost
+  std::string backend_;  // the server's process for this connection, and since when
   bool viewInTransaction_ = false;
   std::chrono::steady_clock::time_point lastLook_;
 };

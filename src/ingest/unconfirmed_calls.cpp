@@ -1,0 +1,76 @@
+#include "ingest/unconfirmed_calls.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+namespace ingest {
+
+namespace {
+
+// Of senders that never come again.
+constexpr std::size_t kMostKept = 200;
+
+std::string hexadecimal(std::span<const unsigned char> bytes) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text;
+  text.reserve(bytes.size() * 2);
+  for (const unsigned char byte : bytes) {
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
+}  // namespace
+
+UnconfirmedCalls::UnconfirmedCalls(jet::Database& main, std::filesystem::path file)
+    : main_(main), file_(std::move(file)) {
+  read();
+}
+
+// The first line names the database; a call is a line of its transaction and its bytes.
+void UnconfirmedCalls::read() {
+  std::ifstream in(file_);
+  std::string line;
+  if (!std::getline(in, line) || line != main_.path().string()) return;
+  while (std::getline(in, line)) {
+    Entry entry;
+    if (std::istringstream(line) >> entry.transaction >> entry.record) entries_.push_back(std::move(entry));
+  }
+}
+
+void UnconfirmedCalls::write() const {
+  if (file_.empty()) return;
+  std::ofstream out(file_, std::ios::trunc);
+  if (entries_.empty()) return;
+  out << main_.path().string() << '\n';
+  for (const Entry& entry : entries_) out << entry.transaction << ' ' << entry.record << '\n';
+}
+
+void UnconfirmedCalls::add(std::span<const unsigned char> record) {
+  std::string transaction = main_.transactionName();
+  if (transaction.empty()) return;
+  if (entries_.size() == kMostKept) entries_.erase(entries_.begin());
+  entries_.push_back({std::move(transaction), hexadecimal(record)});
+  write();
+}
+
+void UnconfirmedCalls::confirmLast() {
+  if (entries_.empty()) return;
+  entries_.pop_back();
+  write();
+}
+
+bool UnconfirmedCalls::takeStored(std::span<const unsigned char> record) {
+  if (entries_.empty()) return false;
+  const auto found = std::ranges::find(entries_, hexadecimal(record), &Entry::record);
+  if (found == entries_.end()) return false;
+  const bool stored = main_.committed(found->transaction);
+  entries_.erase(found);
+  write();
+  return stored;
+}
+
+}  // namespace ingest

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <filesystem>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "jet/database.h"
+
+namespace ingest {
+
+// Live calls on their way into a database on a server, each from before its commit until the server confirmed it. When
+// the connection is lost in between, nobody knows whether the call is stored, and its sender repeats it: then the
+// server is asked what became of that commit. They are kept in a file meanwhile, so that a program that is killed
+// before it could ask leaves them to the next one. For database files there is nothing to keep.
+class UnconfirmedCalls {
+ public:
+  // The file is made when there is something to keep, and survives a kill, not a power cut. Where it cannot be written,
+  // or none is named, a kill forgets the calls. Those of another database are forgotten.
+  UnconfirmedCalls(jet::Database& main, std::filesystem::path file);
+
+  // Within the transaction that stores the call, the last thing before its commit.
+  void add(std::span<const unsigned char> record);
+  // The commit of the call added last was confirmed.
+  void confirmLast();
+  // For a record that has come: true, once, when it was stored without that its sender heard of it. Throws jet::Error.
+  bool takeStored(std::span<const unsigned char> record);
+
+ private:
+  struct Entry {
+    std::string transaction;
+    std::string record;  // two hexadecimal digits a byte
+  };
+
+  void read();
+  void write() const;
+
+  jet::Database& main_;
+  std::filesystem::path file_;
+  std::vector<Entry> entries_;
+};
+
+}  // namespace ingest
