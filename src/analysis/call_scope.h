@@ -3,7 +3,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/look.h"
 #include "filter/call_filter.h"
+#include "platform/operator.h"
 
 namespace analysis {
 
@@ -20,5 +22,9 @@ struct CallScope {
 // "select FIELDS from Calls where (CRITERIA) AND CONDITION": the condition comes last, so that a user's restriction at
 // its end stays the last part of the whole.
 [[nodiscard]] std::string selectCalls(std::string_view fields, std::string_view criteria, std::string_view condition);
+
+// For work on rows that were read: the windows are drawn, and an error that is canceled() is thrown when the operator
+// stops it. `person` must outlive it.
+[[nodiscard]] base::Look lookOf(platform::Operator& person);
 
 }  // namespace analysis

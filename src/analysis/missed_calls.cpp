@@ -72,8 +72,9 @@ class Extensions {
 // subscriber a sweep backwards in time that remembers the next call back and the next answered call.
 class Search {
  public:
-  Search(jet::Database& main, const CallScope& scope, const SubscriberNumbers& numbers, const MissedOptions& options)
-      : main_(main), scope_(scope), options_(options), callers_(numbers) {}
+  Search(jet::Database& main, const CallScope& scope, const SubscriberNumbers& numbers, const MissedOptions& options,
+         const base::Look& look)
+      : main_(main), scope_(scope), options_(options), callers_(numbers), steps_(look) {}
 
   MissedCalls run() {
     readMissed();
@@ -99,7 +100,10 @@ class Search {
                        }
                        return true;
                      });
-    std::ranges::sort(result_.rows, {}, [](const MissedCall& call) { return std::tuple(call.at, call.id); });
+    std::ranges::sort(result_.rows, [this](const MissedCall& left, const MissedCall& right) {
+      steps_.step();
+      return std::tie(left.at, left.id) < std::tie(right.at, right.id);
+    });
     for (std::size_t place = 0; place < result_.rows.size(); ++place) {
       const MissedCall& call = result_.rows[place];
       if (!call.at) continue;
@@ -162,6 +166,7 @@ class Search {
     const Event* back = nullptr;
     const Event* again = nullptr;
     for (auto event = events.rbegin(); event != events.rend(); ++event) {
+      steps_.step();
       switch (event->kind) {
         case Event::Kind::CalledBack:
           back = &*event;
@@ -196,6 +201,7 @@ class Search {
   const CallScope& scope_;
   const MissedOptions& options_;
   Callers callers_;
+  base::LookCounter steps_;
   Extensions extensions_;
   std::vector<Event> events_;
   std::optional<base::DateTime> first_;
@@ -206,8 +212,8 @@ class Search {
 }  // namespace
 
 MissedCalls findMissedCalls(jet::Database& main, const CallScope& scope, const SubscriberNumbers& subscribers,
-                            const MissedOptions& options) {
-  return Search(main, scope, subscribers, options).run();
+                            const MissedOptions& options, const base::Look& look) {
+  return Search(main, scope, subscribers, options, look).run();
 }
 
 }  // namespace analysis

@@ -50,6 +50,7 @@ struct MissedOptions {
 // The missed calls of the chosen calls. Later calls of their subscribers are looked for among all visible ones: a
 // filter on an extension does not hide that another one called back. Throws jet::Error.
 [[nodiscard]] MissedCalls findMissedCalls(jet::Database& main, const CallScope& scope,
-                                          const SubscriberNumbers& subscribers, const MissedOptions& options = {});
+                                          const SubscriberNumbers& subscribers, const MissedOptions& options = {},
+                                          const base::Look& look = {});
 
 }  // namespace analysis

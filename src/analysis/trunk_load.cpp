@@ -51,9 +51,9 @@ TrunkCalls readCalls(jet::Database& main, const CallScope& scope, TrunkCalls set
   return set;
 }
 
-TrunkUse useOf(const std::string& trunk, Calls& calls) {
+TrunkUse useOf(const std::string& trunk, Calls& calls, const base::Look& look) {
   TrunkUse use{.trunk = trunk, .calls = static_cast<std::int64_t>(calls.starts.size()), .seconds = calls.seconds};
-  sweepLines(calls.starts, calls.ends,
+  sweepLines(calls.starts, calls.ends, look,
              [&](base::DateTime, base::DateTime, int running) { use.peak = std::max(use.peak, running); });
   return use;
 }
@@ -129,19 +129,19 @@ bool isTrunkBefore(const TrunkUse& left, const TrunkUse& right) {
 }  // namespace
 
 TrunkLoad trunkLoad(jet::Database& main, const CallScope& scope, const exchange::PartyDefinitions& definitions,
-                    const std::vector<std::string>& trunks) {
+                    const std::vector<std::string>& trunks, const base::Look& look) {
   TrunkCalls calls = readCalls(main, scope, trunksOf(trunks, definitions), trunks.empty());
   TrunkLoad load;
   Calls together;
   for (auto& [trunk, own] : calls) {
-    load.trunks.push_back(useOf(trunk, own));
+    load.trunks.push_back(useOf(trunk, own, look));
     together.starts.insert(together.starts.end(), own.starts.begin(), own.starts.end());
     together.ends.insert(together.ends.end(), own.ends.begin(), own.ends.end());
     own = {};
   }
   std::ranges::sort(load.trunks, isTrunkBefore);
   Sweep sweep(load, load.singleLines() ? static_cast<int>(load.trunks.size()) : 0);
-  sweepLines(together.starts, together.ends,
+  sweepLines(together.starts, together.ends, look,
              [&](base::DateTime from, base::DateTime to, int running) { sweep.step(from, to, running); });
   finishHours(load);
   return load;

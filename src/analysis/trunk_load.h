@@ -55,7 +55,7 @@ struct TrunkLoad {
 // Throws jet::Error.
 [[nodiscard]] TrunkLoad trunkLoad(jet::Database& main, const CallScope& scope,
                                   const exchange::PartyDefinitions& definitions,
-                                  const std::vector<std::string>& trunks = {});
+                                  const std::vector<std::string>& trunks = {}, const base::Look& look = {});
 
 // The hour of most traffic of each day that has any; the earlier one of equals.
 [[nodiscard]] std::vector<HourLoad> busiestHours(const TrunkLoad& load);

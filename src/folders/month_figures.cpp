@@ -123,13 +123,14 @@ MonthFigures monthFigures(base::DateTime day, const FolderServices& services, co
   const analysis::CallScope scope =
       analysis::scopeOf(services.filter, settingsFor(services, figures.first, monthFrom(day, 1)));
   const analysis::SubscriberNumbers subscribers(services.definitions.countryCode, services.definitions.areaCode);
-  const analysis::MissedCalls missed = analysis::findMissedCalls(services.main, scope, subscribers);
+  const base::Look look = analysis::lookOf(services.person);
+  const analysis::MissedCalls missed = analysis::findMissedCalls(services.main, scope, subscribers, {}, look);
   figures.missed = static_cast<std::int64_t>(missed.rows.size());
   figures.calledBack = missed.calledBack;
   figures.answeredLater = missed.answeredLater;
   figures.open = missed.open;
   figures.lines =
-      analysis::trunkVerdict(analysis::trunkLoad(services.main, scope, services.definitions), services.texts);
+      analysis::trunkVerdict(analysis::trunkLoad(services.main, scope, services.definitions, {}, look), services.texts);
   countAlarms(services, figures);
   return figures;
 }

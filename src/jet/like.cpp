@@ -1,3 +1,4 @@
+#include <optional>
 #include <string>
 
 #include "jet/letters.h"
@@ -102,10 +103,35 @@ class Matcher {
   std::size_t lastClosing_ = 0;  // after the last "]": a "[" from there on is an ordinary character
 };
 
+// The pattern "*part*" is the commonest of all: what is typed over a list.
+std::optional<std::string_view> anyPartOf(std::string_view pattern) {
+  if (pattern.size() < 3 || pattern.front() != '*' || pattern.back() != '*') return std::nullopt;
+  const std::string_view part = pattern.substr(1, pattern.size() - 2);
+  return part.find_first_of("*?#[]") == std::string_view::npos ? std::optional(part) : std::nullopt;
+}
+
+char folded(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
+}
+
+// Both of ASCII, the part not empty.
+bool holdsPart(std::string_view text, std::string_view part) {
+  if (text.size() < part.size()) return false;
+  const char first = folded(part.front());
+  for (std::size_t at = 0; at <= text.size() - part.size(); ++at) {
+    if (folded(text[at]) != first) continue;
+    std::size_t same = 1;
+    while (same < part.size() && folded(text[at + same]) == folded(part[same])) ++same;
+    if (same == part.size()) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 bool like(std::string_view text, std::string_view pattern) {
   if (isAscii(text) && isAscii(pattern)) {
+    if (const auto part = anyPartOf(pattern)) return holdsPart(text, *part);
     const AsciiText asciiText{text};
     const AsciiText asciiPattern{pattern};
     return Matcher<AsciiText>(asciiText, asciiPattern).matches();

@@ -24,6 +24,21 @@ class Trunks : public ::testing::Test, protected CallOffice {
   }
 };
 
+TEST_F(Trunks, WindowsAreDrawnMeanwhileAndAStopIsHeard) {
+  const base::DateTime start = *base::DateTime::fromStored("2025-03-03 22:30:00");
+  {
+    jet::Transaction transaction(*main);
+    for (int i = 0; i < 1500; ++i) add(i % 2 == 0 ? "1" : "2", start.plusSeconds(i * 7 % 5000), 60);
+    transaction.commit();
+  }
+  int looks = 0;
+  const auto scope = analysis::activeScope(filter);
+  static_cast<void>(analysis::trunkLoad(*main, scope, definitions, {}, [&looks] { ++looks; }));
+  EXPECT_GT(looks, 5);
+  struct Stopped {};
+  EXPECT_THROW(static_cast<void>(analysis::trunkLoad(*main, scope, definitions, {}, [] { throw Stopped(); })), Stopped);
+}
+
 // The lines in use are counted for every second of the whole time.
 TEST_F(Trunks, SweepGivesWhatACountOfEverySecondGives) {
   const base::DateTime start = *base::DateTime::fromStored("2025-03-03 22:30:00");

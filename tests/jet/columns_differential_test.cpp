@@ -292,6 +292,30 @@ TEST_F(ListDifferentialTest, RowsInMemoryAreGoneThroughUnderTheWatcher) {
   EXPECT_GT(database_->openWindow(list)->rowCount(), 0);
 }
 
+TEST_F(ListDifferentialTest, AStopAtAnyLookLeavesTheNextAnswerWhole) {
+  for (const char* order : {"Name", "TotalTime desc", "Price"}) {
+    const std::string list = std::string("select RecordID from Calls where Name LIKE '*7*' order by ") + order;
+    while (database_->readAhead(list, std::chrono::milliseconds(100), 20'000)) {
+    }
+    const std::string whole = shown(database_->openWindow(list)->rows(0, 40));
+    int looksBefore = 0;
+    for (bool stopped = true; stopped; ++looksBefore) {
+      int left = looksBefore;
+      database_->watch([&left] { return left-- > 0; });
+      stopped = false;
+      try {
+        EXPECT_EQ(shown(database_->openWindow(list)->rows(0, 40)), whole) << order;
+      } catch (const Error& error) {
+        EXPECT_TRUE(error.canceled());
+        stopped = true;
+      }
+      database_->watch({});
+      EXPECT_EQ(shown(database_->openWindow(list)->rows(0, 40)), whole) << order << " after " << looksBefore;
+    }
+    EXPECT_GT(looksBefore, 2) << order;
+  }
+}
+
 TEST_F(ListDifferentialTest, AnOpenListKeepsItsRowsUntilItIsRefreshed) {
   const auto window = database_->openWindow("select RecordID from Calls where not Hidden order by Extension");
   const std::int64_t rows = window->rowCount();

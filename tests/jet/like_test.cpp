@@ -52,17 +52,21 @@ TEST(Like, Matches) {
       {"\xFFx", "?x"},
       {"\xFF", "\xFF"},
       {"line\nbreak", "line*"},
+      {"0213456", "*345*"},
+      {"Ana Popescu", "*a pOP*"},
+      {"aab", "*ab*"},
+      {"x*", "*[*]*"},
   };
   for (const auto& each : cases) EXPECT_TRUE(like(each.text, each.pattern)) << each.text << " like " << each.pattern;
 }
 
 TEST(Like, DoesNotMatch) {
   const LikeCase cases[] = {
-      {"", "?"},         {"a", ""},      {"abc", "ab"},   {"0213456", "022*"}, {"axc", "a#c"},
+      {"", "?"},         {"a", ""},       {"abc", "ab"},   {"0213456", "022*"}, {"axc", "a#c"},
       {"a٣c", "a#c"},  // a digit of another script
-      {"100x", "100%"},  {"axb", "a_b"}, {"m", "[!a-z]"}, {"b", "[a-]"},       {"ab", "a[*]b"},
-      {"a**b", "a[*]b"}, {"aXb", "a[b"}, {"abd", "*ab"},  {"s", "ș"},          {"Ștefan", "??tefan"},
-      {"\xFE", "\xFF"},
+      {"100x", "100%"},  {"axb", "a_b"},  {"m", "[!a-z]"}, {"b", "[a-]"},       {"ab", "a[*]b"},
+      {"a**b", "a[*]b"}, {"aXb", "a[b"},  {"abd", "*ab"},  {"s", "ș"},          {"Ștefan", "??tefan"},
+      {"\xFE", "\xFF"},  {"ab", "*abc*"}, {"", "*a*"},     {"aba", "*bb*"},     {"[", "*{*"},
   };
   for (const auto& each : cases) EXPECT_FALSE(like(each.text, each.pattern)) << each.text << " like " << each.pattern;
 }

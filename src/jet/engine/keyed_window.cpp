@@ -31,6 +31,8 @@ void KeyedWindow::refresh() {
 }
 
 std::int64_t KeyedWindow::rowCount() {
+  // Rows that are found in memory are counted by finding them, for the rows that are asked for next.
+  if (!count_ && !order_ && bound_->statement.where) static_cast<void>(order());
   if (!count_ && order_ && *order_) count_ = (*order_)->count();
   if (count_) return *count_;
   count_ = engine_.statistics().count(text_, bound_);

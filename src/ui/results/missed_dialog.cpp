@@ -77,7 +77,8 @@ class MissedDialog : public ResultDialog {
       jet::Database& main = document().database();
       const analysis::CallScope scope = analysis::activeScope(document().callFilter());
       missed_ = analysis::findMissedCalls(main, scope, {parties.countryCode, parties.areaCode},
-                                          {.withinHours = within_->value(), .during = during});
+                                          {.withinHours = within_->value(), .during = during},
+                                          analysis::lookOf(document().app().surroundings().person));
       byExtension_ = analysis::answerStatistic(main, scope, analysis::AnswersBy::Extension, during);
       byHour_ = analysis::answerStatistic(main, scope, analysis::AnswersBy::Hour, during);
     });

@@ -114,7 +114,8 @@ class TrunkLoadDialog : public ResultDialog {
   bool measure() {
     const bool measured = work([&] {
       load_ = analysis::trunkLoad(document().database(), analysis::activeScope(document().callFilter()),
-                                  document().smdr().parties(), chosen());
+                                  document().smdr().parties(), chosen(),
+                                  analysis::lookOf(document().app().surroundings().person));
     });
     if (!measured) return false;
     sentence_ = analysis::trunkVerdict(load_, texts().language());

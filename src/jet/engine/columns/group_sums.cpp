@@ -210,9 +210,9 @@ void GroupSums::addReal(std::size_t operand, std::size_t from, std::span<const s
   }
 }
 
-std::shared_ptr<const StatisticRows> GroupSums::finish(RowReader firsts) {
+std::shared_ptr<const StatisticRows> GroupSums::finish(const base::Look& look, RowReader firsts) {
   if (!plan_.firsts().empty()) result_->readsFirsts_ = std::move(firsts);
-  result_->sort(plan_.order());
+  result_->sort(plan_.order(), look);
   return result_;
 }
 
@@ -290,19 +290,21 @@ std::shared_ptr<const ResultTable> StatisticRows::table() const {
 
 // The database hands groups out in the order of their keys, downwards if the only term of the order is, and keeps that
 // order among rows that are equal otherwise.
-void StatisticRows::sort(const std::vector<StatisticPlan::Order>& order) {
+void StatisticRows::sort(const std::vector<StatisticPlan::Order>& order, const base::Look& look) {
   order_.resize(groups_.size());
   std::iota(order_.begin(), order_.end(), 0U);
-  sortBy({Item::Kind::Key, 0}, order.size() == 1 && order.front().descending);
-  for (auto term = order.rbegin(); term != order.rend(); ++term) sortBy(items_[term->item], term->descending);
+  sortBy({Item::Kind::Key, 0}, order.size() == 1 && order.front().descending, look);
+  for (auto term = order.rbegin(); term != order.rend(); ++term) sortBy(items_[term->item], term->descending, look);
 }
 
-void StatisticRows::sortBy(const Item& item, bool descending) {
+void StatisticRows::sortBy(const Item& item, bool descending, const base::Look& look) {
   if (item.kind == Item::Kind::First) readFirsts();
+  base::LookCounter steps(look);
   std::vector<Value> values;
   values.reserve(groups_.size());
   for (std::size_t group = 0; group < groups_.size(); ++group) values.push_back(cell(item, group));
   std::stable_sort(order_.begin(), order_.end(), [&](std::uint32_t left, std::uint32_t right) {
+    steps.step();
     const int found = memory::sortOrder(values[left], values[right]);
     return descending ? found > 0 : found < 0;
   });

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/look.h"
 #include "jet/engine/columns/column_source.h"
 #include "jet/engine/columns/date_part_reader.h"
 #include "jet/engine/columns/statistic_plan.h"
@@ -41,8 +42,8 @@ class StatisticRows {
   [[nodiscard]] Value cell(const StatisticPlan::Item& item, std::size_t group) const;
   [[nodiscard]] Value keyOf(std::size_t group) const;
   void readFirsts(std::span<const std::uint32_t> groups) const;
-  void sort(const std::vector<StatisticPlan::Order>& order);
-  void sortBy(const StatisticPlan::Item& item, bool descending);
+  void sort(const std::vector<StatisticPlan::Order>& order, const base::Look& look);
+  void sortBy(const StatisticPlan::Item& item, bool descending, const base::Look& look);
 
   ColumnNames names_;
   std::vector<StatisticPlan::Item> items_;
@@ -71,7 +72,7 @@ class GroupSums {
   // Some of the rows of a group, or all.
   void add(const ColumnSource::Part& part);
   // With `firsts`, the plan's firsts() of the groups are read by it.
-  [[nodiscard]] std::shared_ptr<const StatisticRows> finish(RowReader firsts = {});
+  [[nodiscard]] std::shared_ptr<const StatisticRows> finish(const base::Look& look, RowReader firsts = {});
 
  private:
   void findGroups(std::size_t from, std::size_t count, std::span<const std::uint32_t> rows);

@@ -1,6 +1,9 @@
 #include "jet/engine/columns/key_order.h"
 
 #include <algorithm>
+#include <array>
+#include <iterator>
+#include <limits>
 #include <numeric>
 
 #include "jet/engine/columns/row_filter.h"
@@ -11,7 +14,8 @@ namespace jet::columns {
 namespace {
 
 // By code, the place of its text in the order of all; 0 for Null. Texts that are equal under folding share one.
-std::vector<std::uint32_t> textRanks(const TextDictionary& texts) {
+std::vector<std::uint32_t> textRanks(const TextDictionary& texts, const base::Look& look) {
+  base::LookCounter steps(look);
   std::vector<std::uint32_t> codes;
   std::vector<Value> values(texts.size() + 1);
   for (std::uint32_t code = 1; code <= texts.size(); ++code) {
@@ -20,6 +24,7 @@ std::vector<std::uint32_t> textRanks(const TextDictionary& texts) {
     values[code] = Value(texts.text(code));
   }
   std::ranges::sort(codes, [&](std::uint32_t left, std::uint32_t right) {
+    steps.step();
     return memory::sortOrder(values[left], values[right]) < 0;
   });
   std::vector<std::uint32_t> ranks(texts.size() + 1);
@@ -28,75 +33,96 @@ std::vector<std::uint32_t> textRanks(const TextDictionary& texts) {
   return ranks;
 }
 
-std::vector<std::uint32_t> realRanks(const std::vector<double>& reals) {
+// The values that are not Null, each once, ascending.
+std::vector<double> differentValues(const std::vector<double>& reals, const base::Look& look) {
+  base::LookCounter steps(look);
   std::vector<double> different;
   std::ranges::copy_if(reals, std::back_inserter(different), [](double real) { return real == real; });
-  std::ranges::sort(different);
-  different.erase(std::unique(different.begin(), different.end()), different.end());
-  std::vector<std::uint32_t> ranks(reals.size());
-  std::ranges::transform(reals, ranks.begin(), [&](double real) {
-    return real != real ? 0
-                        : static_cast<std::uint32_t>(std::ranges::lower_bound(different, real) - different.begin()) + 1;
+  std::ranges::sort(different, [&](double left, double right) {
+    steps.step();
+    return left < right;
   });
-  return ranks;
+  different.erase(std::unique(different.begin(), different.end()), different.end());
+  return different;
 }
 
-// The places of the ranks in ascending order, equal ones as they are: sorted by halves of the number, the lower
-// first.
-std::vector<std::uint32_t> placesInOrder(const std::vector<std::uint32_t>& ranks) {
-  constexpr unsigned kHalf = 16;
-  constexpr std::uint32_t kMask = (1U << kHalf) - 1;
-  std::vector<std::uint32_t> places(ranks.size());
-  std::iota(places.begin(), places.end(), 0U);
-  std::vector<std::uint32_t> moved(ranks.size());
-  const std::uint32_t greatest = ranks.empty() ? 0 : *std::ranges::max_element(ranks);
-  for (unsigned shift = 0; shift <= kHalf && greatest >> shift != 0; shift += kHalf) {
-    std::vector<std::size_t> starts(kMask + 2);
-    for (const std::uint32_t rank : ranks) ++starts[((rank >> shift) & kMask) + 1];
-    std::partial_sum(starts.begin(), starts.end(), starts.begin());
-    for (const std::uint32_t place : places) moved[starts[(ranks[place] >> shift) & kMask]++] = place;
-    places.swap(moved);
+// Calls `work` for parts of a range of numbers, and looks before each.
+template <typename Work>
+void inParts(std::size_t count, const base::Look& look, const Work& work) {
+  constexpr std::size_t kPart = std::size_t{1} << 16U;
+  for (std::size_t from = 0; from < count; from += kPart) {
+    look();
+    work(from, std::min(count, from + kPart));
   }
-  return places;
 }
 
 }  // namespace
 
-// Of the rows, in their order.
-std::vector<std::uint32_t> KeyOrder::ranks(const Column& column) const {
-  const auto rowAt = [this](std::size_t place) { return rows_ ? (*rows_)[place] : place; };
+// In the order of the rows.
+std::vector<KeyOrder::Ranked> KeyOrder::ranked(const Column& column, const base::Look& look) const {
+  std::vector<Ranked> ranked(count_);
   if (column.type() == Type::Double) {
     std::vector<double> reals(count_);
     for (std::size_t i = 0; i < count_; ++i) reals[i] = *column.reals(rowAt(i));
-    return realRanks(reals);
+    const std::vector<double> different = differentValues(reals, look);
+    inParts(count_, look, [&](std::size_t from, std::size_t end) {
+      for (std::size_t i = from; i < end; ++i) {
+        const auto place = std::ranges::lower_bound(different, reals[i]) - different.begin();
+        const bool null = reals[i] != reals[i];
+        ranked[i] = {null ? 0 : static_cast<std::uint32_t>(place) + 1, static_cast<std::uint32_t>(rowAt(i))};
+      }
+    });
+    return ranked;
   }
   const bool text = column.type() == Type::Text;
-  const std::vector<std::uint32_t> ofCode = text ? textRanks(*column.texts()) : std::vector<std::uint32_t>();
+  const std::vector<std::uint32_t> ofCode = text ? textRanks(*column.texts(), look) : std::vector<std::uint32_t>();
   const auto rankOf = [&](std::int32_t integer) -> std::uint32_t {
     if (text) return ofCode[static_cast<std::size_t>(integer)];
     if (integer == PackedIntegers::kNone) return 0;
     return static_cast<std::uint32_t>(std::int64_t{integer} - column.least() + 1);
   };
-  std::vector<std::uint32_t> ranks(count_);
   std::vector<std::int32_t> integers(kBlockRows);
   std::size_t from = 0;
   std::size_t behind = 0;  // of the block in `integers`
-  for (std::size_t i = 0; i < count_; ++i) {
-    const std::size_t row = rowAt(i);
-    if (row >= behind) {
-      from = row;
-      behind = std::min(row + kBlockRows, column.rows());
-      column.integers(from, behind - from, integers.data());
+  inParts(count_, look, [&](std::size_t first, std::size_t end) {
+    for (std::size_t i = first; i < end; ++i) {
+      const std::size_t row = rowAt(i);
+      if (row >= behind) {
+        from = row;
+        behind = std::min(row + kBlockRows, column.rows());
+        column.integers(from, behind - from, integers.data());
+      }
+      ranked[i] = {rankOf(integers[row - from]), static_cast<std::uint32_t>(row)};
     }
-    ranks[i] = rankOf(integers[row - from]);
-  }
-  return ranks;
+  });
+  return ranked;
 }
 
-void KeyOrder::sort(const Column& column, bool descending) {
-  std::vector<std::uint32_t> places = placesInOrder(ranks(column));
-  if (rows_) std::ranges::transform(places, places.begin(), [this](std::uint32_t place) { return (*rows_)[place]; });
-  rows_ = std::move(places);
+// Equal ones stay as they are: by digits of the rank, the lowest first.
+void KeyOrder::sortByRank(std::vector<Ranked>& rows, const base::Look& look) {
+  constexpr unsigned kDigit = 11;
+  constexpr std::uint32_t kMask = (1U << kDigit) - 1;
+  constexpr unsigned kBits = std::numeric_limits<std::uint32_t>::digits;
+  if (std::ranges::is_sorted(rows, {}, &Ranked::rank)) return;  // as calls by time are, mostly
+  const std::uint32_t greatest = std::ranges::max(rows, {}, &Ranked::rank).rank;
+  std::vector<Ranked> moved(rows.size());
+  for (unsigned shift = 0; shift < kBits && greatest >> shift != 0; shift += kDigit) {
+    std::array<std::size_t, kMask + 2> starts{};
+    for (const Ranked& row : rows) ++starts[((row.rank >> shift) & kMask) + 1];
+    std::partial_sum(starts.begin(), starts.end(), starts.begin());
+    inParts(rows.size(), look, [&](std::size_t from, std::size_t end) {
+      for (std::size_t i = from; i < end; ++i) moved[starts[(rows[i].rank >> shift) & kMask]++] = rows[i];
+    });
+    rows.swap(moved);
+  }
+}
+
+void KeyOrder::sort(const Column& column, bool descending, const base::Look& look) {
+  std::vector<Ranked> sorted = ranked(column, look);
+  sortByRank(sorted, look);
+  std::vector<std::uint32_t> rows(sorted.size());
+  std::ranges::transform(sorted, rows.begin(), &Ranked::row);
+  rows_ = std::move(rows);
   descending_ = descending;
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/look.h"
 #include "jet/engine/columns/column.h"
 #include "jet/engine/columns/key_runs.h"
 
@@ -22,14 +23,21 @@ class KeyOrder {
       : keys_(std::move(keys)), rows_(std::move(rows)), count_(rows_->size()) {}
 
   // From the least value, or backwards from the greatest, keys too.
-  void sort(const Column& column, bool descending);
+  void sort(const Column& column, bool descending, const base::Look& look);
 
   [[nodiscard]] std::int64_t count() const { return static_cast<std::int64_t>(count_); }
   [[nodiscard]] std::int64_t key(std::int64_t position) const;
   [[nodiscard]] std::optional<std::int64_t> positionOf(std::int64_t key) const;
 
  private:
-  [[nodiscard]] std::vector<std::uint32_t> ranks(const Column& column) const;
+  // A row and the place of its value in the order; equal values share one.
+  struct Ranked {
+    std::uint32_t rank;
+    std::uint32_t row;
+  };
+  [[nodiscard]] std::vector<Ranked> ranked(const Column& column, const base::Look& look) const;
+  static void sortByRank(std::vector<Ranked>& rows, const base::Look& look);
+  [[nodiscard]] std::size_t rowAt(std::size_t place) const { return rows_ ? (*rows_)[place] : place; }
 
   std::shared_ptr<const KeyRuns> keys_;
   std::optional<std::vector<std::uint32_t>> rows_;  // none: all, ascending

@@ -93,15 +93,16 @@ bool RowFilter::take(const BoundExpression& expression, const TableDef& definiti
   return true;
 }
 
-bool RowFilter::begin(memory::Evaluator& evaluator, std::span<const Column* const> columns) {
+bool RowFilter::begin(memory::Evaluator& evaluator, std::span<const Column* const> columns, const base::Look& look) {
   cells_.assign(width_, Value());
   integers_.resize(kBlockRows);
-  return prepare(root_, evaluator, columns);
+  return prepare(root_, evaluator, columns, look);
 }
 
-bool RowFilter::prepare(Node& node, memory::Evaluator& evaluator, std::span<const Column* const> columns) {
+bool RowFilter::prepare(Node& node, memory::Evaluator& evaluator, std::span<const Column* const> columns,
+                        const base::Look& look) {
   for (Node& operand : node.operands) {
-    if (!prepare(operand, evaluator, columns)) return false;
+    if (!prepare(operand, evaluator, columns, look)) return false;
   }
   if (node.kind != Node::Kind::Test) return true;
   node.known.clear();
@@ -115,14 +116,16 @@ bool RowFilter::prepare(Node& node, memory::Evaluator& evaluator, std::span<cons
   const std::int64_t range = std::int64_t{node.column->greatest()} - node.column->least();
   const bool fewNumbers = (type == Type::Long || type == Type::Boolean) && range < kMostLookedUp;
   if (type != Type::Text && !fewNumbers) return prepareComparison(node, evaluator);
-  lookUpAll(node, evaluator);
+  lookUpAll(node, evaluator, look);
   return true;
 }
 
 // Works the test out for every value that the column holds.
-void RowFilter::lookUpAll(Node& node, memory::Evaluator& evaluator) {
+void RowFilter::lookUpAll(Node& node, memory::Evaluator& evaluator, const base::Look& look) {
+  base::LookCounter steps(look);
   Value& cell = cells_[*node.field];
   const auto test = [&](Value value) {
+    steps.step();
     cell = std::move(value);
     return evaluator.test(*node.expression);
   };

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "base/look.h"
 #include "jet/date_part.h"
 #include "jet/engine/columns/column.h"
 #include "jet/engine/memory/evaluator.h"
@@ -28,8 +29,10 @@ class RowFilter {
   [[nodiscard]] const std::vector<std::size_t>& fields() const { return fields_; }
 
   // Takes the literals that `evaluator` was begun with and the columns, by their place in the definition; they must
-  // outlive the calls of select(). False when the database must answer after all. Errors are the evaluator's.
-  [[nodiscard]] bool begin(memory::Evaluator& evaluator, std::span<const Column* const> columns);
+  // outlive the calls of select(). False when the database must answer after all. Errors are the evaluator's
+  // and those of `look`.
+  [[nodiscard]] bool begin(memory::Evaluator& evaluator, std::span<const Column* const> columns,
+                           const base::Look& look);
   // After begin(): true when it names no column and holds.
   [[nodiscard]] bool always();
   // The rows of [from, from + count) that meet it, count <= kBlockRows, as distances from `from`.
@@ -57,10 +60,11 @@ class RowFilter {
 
   RowFilter() = default;
   [[nodiscard]] bool take(const bind::BoundExpression& expression, const TableDef& definition, Node& node);
-  [[nodiscard]] bool prepare(Node& node, memory::Evaluator& evaluator, std::span<const Column* const> columns);
+  [[nodiscard]] bool prepare(Node& node, memory::Evaluator& evaluator, std::span<const Column* const> columns,
+                             const base::Look& look);
   [[nodiscard]] bool prepareComparison(Node& node, memory::Evaluator& evaluator);
   void readParts(DatePart part, std::size_t count);
-  void lookUpAll(Node& node, memory::Evaluator& evaluator);
+  void lookUpAll(Node& node, memory::Evaluator& evaluator, const base::Look& look);
   void test(const Node& node, std::size_t from, std::size_t count, memory::Truth* out, std::size_t depth);
   void testColumn(const Node& node, std::size_t from, std::size_t count, memory::Truth* out);
   memory::Truth* buffer(std::size_t depth);

@@ -24,8 +24,12 @@ constexpr std::size_t kWatchedRows = 4 * kBlockRows;
 
 }  // namespace
 
+void Statistics::look() const {
+  if (watcher_ && !watcher_()) throw engine::canceledFault({});
+}
+
 void Statistics::look(std::size_t from) const {
-  if (watcher_ && from % kWatchedRows == 0 && from > 0 && !watcher_()) throw engine::canceledFault({});
+  if (from % kWatchedRows == 0 && from > 0) look();
 }
 
 std::vector<std::uint32_t> Statistics::selectedRows(RowFilter& filter, std::size_t all) const {
@@ -85,8 +89,9 @@ std::shared_ptr<const StatisticRows> Statistics::answer(const engine::ShapedText
 // After plan.begin().
 bool Statistics::beginFilter(StatisticPlan& plan, std::span<const Column* const> columns) {
   try {
-    return plan.filter() == nullptr || plan.filter()->begin(evaluator_, columns);
-  } catch (const Error&) {
+    return plan.filter() == nullptr || plan.filter()->begin(evaluator_, columns, look_);
+  } catch (const Error& error) {
+    if (error.canceled()) throw;
     return false;  // as above
   }
 }
@@ -111,7 +116,7 @@ std::shared_ptr<const StatisticRows> Statistics::fromColumns(StatisticPlan& plan
     }
     sums.add(from, count, rows);
   }
-  return sums.finish();
+  return sums.finish(look_);
 }
 
 std::shared_ptr<const StatisticRows> Statistics::fromDatabase(const engine::ShapedText& text, const StatisticPlan& plan,
@@ -137,7 +142,7 @@ std::shared_ptr<const StatisticRows> Statistics::fromDatabase(const engine::Shap
     store.refuse(plan.fields()[read.refused]);
     return nullptr;
   }
-  return sums.finish();
+  return sums.finish(look_);
 }
 
 // The server adds up what is stored alike. What that leaves costs it more than this: putting groups together whose
@@ -168,8 +173,10 @@ std::shared_ptr<const StatisticRows> Statistics::fromServer(const engine::Shaped
     store.refuse(grouping.field);
     return nullptr;
   }
-  return sums.finish([this, definition = plan.definition(), fields = plan.firsts()](
-                         std::span<const std::int64_t> keys) { return source_.readRows(*definition, fields, keys); });
+  return sums.finish(
+      look_, [this, definition = plan.definition(), fields = plan.firsts()](std::span<const std::int64_t> keys) {
+        return source_.readRows(*definition, fields, keys);
+      });
 }
 
 // Within a view, the plan begun.
@@ -228,7 +235,7 @@ std::shared_ptr<const KeyOrder> Statistics::keyOrder(const engine::ShapedText& t
     order = std::make_shared<KeyOrder>(store.keys(), selectedRows(*filter, store.keys()->rows()));
   }
   const StatisticPlan::ListOrder& wanted = *list->plan->listOrder();
-  if (wanted.field) order->sort(*columns[*wanted.field], wanted.descending);
+  if (wanted.field) order->sort(*columns[*wanted.field], wanted.descending, look_);
   return order;
 }
 

@@ -59,7 +59,8 @@ class Statistics {
     bool eager;  // worth reading the table for at once
   };
 
-  // Before the rows from `from` on.
+  // Lets the watcher look; before the rows from `from` on.
+  void look() const;
   void look(std::size_t from) const;
   [[nodiscard]] std::vector<std::uint32_t> selectedRows(RowFilter& filter, std::size_t all) const;
   std::optional<List> listOf(const engine::ShapedText& text, const BoundQueryPtr& query);
@@ -80,6 +81,7 @@ class Statistics {
   std::unordered_map<std::string, ColumnStore, base::TextHash, std::equal_to<>> stores_;  // by table
   memory::Evaluator evaluator_;
   std::function<bool()> watcher_;
+  base::Look look_ = [this] { look(); };
 };
 
 }  // namespace jet::columns
