@@ -5,6 +5,8 @@
 #include <set>
 #include <stdexcept>
 
+#include "ui/dialogs/form_dialog.h"
+
 namespace pictures {
 
 namespace {
@@ -29,6 +31,7 @@ QImage withTitle(const QImage& picture, const QString& title, qreal ratio) {
 
 void Album::take(QWidget& window, const std::string& name) {
   window.show();
+  while (window.property(ui::kStillReading).toBool()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
   for (int i = 0; i < 3; ++i) QApplication::processEvents();  // layouts, then what they move
   const QPixmap picture = window.grab();
   const std::string file = folder_ + '/' + prefix_ + '-' + name + ".png";
@@ -54,7 +57,7 @@ void Album::meetModals(const std::function<void()>& open, std::vector<Step> step
   std::set<QWidget*> seen;
   QObject::connect(&timer, &QTimer::timeout, [&] {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    const bool ready = dialog != nullptr && dialog->isVisible() && !dialog->property("reading").toBool();
+    const bool ready = dialog != nullptr && dialog->isVisible() && !dialog->property(ui::kStillReading).toBool();
     if (!ready || !seen.insert(dialog).second) return;
     if (met == steps.size()) {
       qWarning("A window that nobody expected: %s", qPrintable(dialog->objectName()));

@@ -17,6 +17,7 @@
 #include "security/users.h"
 #include "server/server_doc.h"
 #include "support/exchange.h"
+#include "ui/dialogs/form_dialog.h"
 #include "ui/texts.h"
 
 namespace support {
@@ -147,7 +148,7 @@ class Script {
       open_ = dialog;
       opened_.start();
     }
-    if (dialog == nullptr || dialog->property("reading").toBool()) return;  // what it shows is still read
+    if (dialog == nullptr || dialog->property(ui::kStillReading).toBool()) return;  // what it shows is still read
     if (opened_.elapsed() > kLongestOpen) return dismiss(*dialog, "window that was left open");
     if (!seen_.insert(dialog).second) return;
     QObject::connect(dialog, &QObject::destroyed, &timer_, [this, dialog] { seen_.erase(dialog); });

@@ -47,6 +47,11 @@ class ExchangePageTest : public testing::Test {
     sheet->show();
     page = sheet->findChild<ui::ExchangePage*>();
     ASSERT_NE(nullptr, page);
+    // It is there at once, and filled when the capture program has answered.
+    EXPECT_FALSE(page->isEnabled());
+    EXPECT_FALSE(page->changed());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return page->isEnabled(); }, kPatience));
+    EXPECT_FALSE(sheet->property(ui::kStillReading).toBool());
   }
   void choose(const char* box, const char* data) {
     auto& combo = child<QComboBox>(*page, box);

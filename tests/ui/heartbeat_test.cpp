@@ -109,6 +109,28 @@ TEST_F(Heartbeat, GoesOnWhileFoldersAreOpenedFilteredAndSorted) {
   RecordProperty("longest", std::to_string(heart.longest()) + " " + heart.in());
 }
 
+// Those too that read what they show when they are open, or ask another program.
+TEST_F(Heartbeat, GoesOnWhileWindowsFill) {
+  Heart heart;
+  for (const Window& window : windows()) {
+    const Script script({[](QDialog& dialog) {
+      dialog.grab();
+      dialog.done(QDialog::Rejected);
+    }});
+    heart.during(window.name, [&] { window.open(desktop); });
+  }
+  ui::SettingsSheet sheet(*desktop.document, *desktop.texts);
+  heart.during("settings", [&] { sheet.show(); });
+  for (const ui::SettingsPage& page : sheet.pages()) {
+    heart.during("page " + page.caption.toStdString(), [&] {
+      sheet.showPage(page.caption);
+      EXPECT_TRUE(QTest::qWaitFor([&] { return !sheet.property(ui::kStillReading).toBool(); }, 20'000));
+    });
+  }
+  EXPECT_LT(heart.longest(), kLongestOpening * slower) << heart.in();
+  RecordProperty("longest", std::to_string(heart.longest()) + " " + heart.in());
+}
+
 TEST_F(Heartbeat, WindowsOpenAtOnce) {
   for (const Window& window : windows()) {
     double opened = 0;

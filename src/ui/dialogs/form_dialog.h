@@ -18,6 +18,9 @@ Widget* named(Widget* widget, const char* name) {
   return widget;
 }
 
+// A window's property that is true while it is open and what it shows is still read.
+inline constexpr const char* kStillReading = "reading";
+
 // Makes the buttons the last of their dialog for Tab, and so gives the first field the focus: dialogs are
 // filled after their buttons are made.
 void focusButtonsLast(QDialogButtonBox& buttons);

@@ -73,27 +73,28 @@ QString CaptureProgram::file() {
   return QFileInfo(beside).isExecutable() ? beside : QStandardPaths::findExecutable("tallymon");
 }
 
-CaptureProgram::Result CaptureProgram::run(QStringList words, const QByteArray& input) const {
-  words << "--config" << siteFile_;
-  return ask(words, input);
+CaptureProgram::Result CaptureProgram::run(const QStringList& words, const QByteArray& input) const {
+  return ask(withSite(words), input);
 }
 
 CaptureProgram::Result CaptureProgram::ask(const QStringList& words, const QByteArray& input) const {
   return runProgram(file(), words, input, kCommandTime);
 }
 
-void CaptureProgram::query(QStringList words, QObject* owner, std::function<void(const Result&)> done) const {
-  auto* process = new QProcess(owner);
-  const auto tell = [process, done = std::move(done)] {
-    process->deleteLater();
-    done(resultOf(*process));
-  };
+// The process is no child of its owner, which may go first: a process that goes while it runs still tells of its end.
+void CaptureProgram::query(const QStringList& words, QObject* owner, std::function<void(const Result&)> done) const {
+  auto* process = new QProcess(qApp);
+  const auto tell = [process, done = std::move(done)] { done(resultOf(*process)); };
   QObject::connect(process, &QProcess::finished, owner, tell);
+  QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
   QObject::connect(process, &QProcess::errorOccurred, owner, [tell](QProcess::ProcessError error) {
     if (error == QProcess::FailedToStart) tell();  // it does not finish then
   });
+  QObject::connect(process, &QProcess::errorOccurred, process, [process](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) process->deleteLater();
+  });
   QTimer::singleShot(std::chrono::seconds(kCommandTime), process, [process] { process->kill(); });
-  process->start(file(), words << "--config" << siteFile_);
+  process->start(file(), words);
 }
 
 QString CaptureService::systemctl(const QStringList& words) const {

@@ -25,12 +25,14 @@ class CaptureProgram {
     QString message;  // of a failure, mostly in the program's words
   };
   // Runs a command with this site file and waits for its end, ten seconds at most.
-  [[nodiscard]] Result run(QStringList words, const QByteArray& input = {}) const;
+  [[nodiscard]] Result run(const QStringList& words, const QByteArray& input = {}) const;
 
   // Runs a command that needs no site file.
   [[nodiscard]] Result ask(const QStringList& words, const QByteArray& input = {}) const;
-  // Runs a command with this site file and calls `done` when it has ended; nothing is called when `owner` goes first.
-  void query(QStringList words, QObject* owner, std::function<void(const Result&)> done) const;
+  // Runs a command and calls `done` when it has ended; nothing is called when `owner` goes first.
+  void query(const QStringList& words, QObject* owner, std::function<void(const Result&)> done) const;
+  // The words of a command with this site file.
+  [[nodiscard]] QStringList withSite(QStringList words) const { return words << "--config" << siteFile_; }
   // Runs any program; `seconds` at most.
   [[nodiscard]] Result runProgram(const QString& program, const QStringList& words, const QByteArray& input,
                                   int seconds) const;

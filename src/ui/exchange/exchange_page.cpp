@@ -161,7 +161,7 @@ QLayout* ExchangePage::buildService() {
 
 void ExchangePage::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
-  if (!loaded_) load();
+  if (!loaded_ && !asking_) ask();
   if (loaded_) timer_.start();
 }
 
@@ -171,13 +171,45 @@ void ExchangePage::hideEvent(QHideEvent* event) {
   lines_->stop();
 }
 
-void ExchangePage::load() {
+// The page is seen at once, and can be used when the capture program has answered.
+void ExchangePage::ask() {
   if (CaptureProgram::file().isEmpty()) {
     setEnabled(false);
     return say(texts_("IDS_EXCHANGE_NO_PROGRAM"));
   }
-  loadFormats();
-  const QJsonObject found = objectOf(program_.run({"site", "--json"}).output);
+  setAsking(true);
+  const auto query = [this](const QStringList& words, std::optional<CaptureProgram::Result>& answer) {
+    answer.reset();
+    program_.query(words, this, [this, &answer](const CaptureProgram::Result& result) {
+      answer = result;
+      useAnswers();
+    });
+  };
+  query({"formats", "--json"}, formatsAnswer_);
+  query(program_.withSite({"site", "--json"}), siteAnswer_);
+}
+
+void ExchangePage::setAsking(bool asking) {
+  asking_ = asking;
+  setEnabled(!asking);
+  window()->setProperty(kStillReading, asking);
+  if (asking) state_->setText(texts_("IDS_EXCHANGE_BUSY"));
+}
+
+void ExchangePage::useAnswers() {
+  if (!formatsAnswer_ || !siteAnswer_) return;
+  setAsking(false);
+  for (const auto* answer : {&*formatsAnswer_, &*siteAnswer_}) {
+    if (answer->done) continue;
+    state_->clear();
+    return say(captureSaid(answer->message, texts_));  // the next time it is shown, it asks again
+  }
+  showFormats(QJsonDocument::fromJson(formatsAnswer_->output).array());
+  showSite(objectOf(siteAnswer_->output));
+  if (isVisible()) timer_.start();
+}
+
+void ExchangePage::showSite(const QJsonObject& found) {
   say(exchangeFault(found["fault"].toString(), texts_));
   site_ = found["site"].toObject();
   sources_.clear();
@@ -196,14 +228,14 @@ void ExchangePage::load() {
   } else {
     showSource(0);
   }
-  refreshService();
+  ++looks_;
+  showService(found);
 }
 
-void ExchangePage::loadFormats() {
+void ExchangePage::showFormats(const QJsonArray& formats) {
   const QSignalBlocker quiet(format_);
   format_->clear();
   format_->addItem(texts_("IDS_EXCHANGE_CHOOSE"), QString());
-  const auto formats = QJsonDocument::fromJson(program_.ask({"formats", "--json"}).output).array();
   for (const QJsonValue& format : formats) {
     const QString name = format["name"].toString();
     const QString title = format["title"].toString();
@@ -354,9 +386,9 @@ void ExchangePage::save() {
   if (!gone.isEmpty()) site.insert("remove", gone);
   const auto result = program_.run({"site", "set"}, QJsonDocument(site).toJson());
   if (!result.done) throw std::runtime_error(fromQt(exchangeFault(result.message, texts_)));
-  const bool running = objectOf(program_.run({"site", "--json"}).output)["running"].toInt() != 0;
-  const QString fault = running ? service_.reload() : QString();
-  load();
+  const QJsonObject written = objectOf(program_.run({"site", "--json"}).output);
+  const QString fault = written["running"].toInt() != 0 ? service_.reload() : QString();
+  showSite(written);
   if (!fault.isEmpty()) say(fault);
 }
 
@@ -380,7 +412,7 @@ void ExchangePage::guessFormat() {
   format_->setCurrentIndex(format_->findData(best["format"].toString()));
   QStringList text{texts_.format("IDS_EXCHANGE_GUESSED", fromQt(best["title"].toString()),
                                  static_cast<int>(best["share"].toDouble() * 100 + 0.5))};
-  for (const QJsonValue& doubt : best["doubts"].toArray()) text << doubt.toString();
+  for (const QJsonValue& doubt : best["doubts"].toArray()) text << captureSaid(doubt.toString(), texts_);
   say(text.join('\n'));
 }
 
@@ -405,9 +437,10 @@ void ExchangePage::refreshService() {
 // By the timer: no operator waits for the answer.
 void ExchangePage::lookAtService() {
   if (program_.person().busy()) return;
-  program_.query({"site", "--json"}, this, [this, look = ++looks_](const CaptureProgram::Result& result) {
-    if (look == looks_) showService(objectOf(result.output));
-  });
+  program_.query(program_.withSite({"site", "--json"}), this,
+                 [this, look = ++looks_](const CaptureProgram::Result& result) {
+                   if (look == looks_) showService(objectOf(result.output));
+                 });
 }
 
 void ExchangePage::showService(const QJsonObject& found) {

@@ -9,6 +9,7 @@
 #include <QTabWidget>
 #include <QTimer>
 #include <QWidget>
+#include <optional>
 #include <vector>
 
 #include "ui/exchange/capture_program.h"
@@ -20,7 +21,8 @@
 namespace ui {
 
 // The exchanges that send calls: kind, way, parameters; their lines as they come; start and stop of the service. Edits
-// the site file through `tallymon`, and reads it when the page is first shown.
+// the site file through `tallymon`, and reads it when the page is first
+// shown: the property `kStillReading` of its window is true meanwhile.
 class ExchangePage : public QWidget {
   Q_OBJECT
 
@@ -45,8 +47,11 @@ class ExchangePage : public QWidget {
   [[nodiscard]] QWidget* buildLines();
   [[nodiscard]] QLayout* buildService();
 
-  void load();
-  void loadFormats();
+  void ask();
+  void setAsking(bool asking);
+  void useAnswers();
+  void showFormats(const QJsonArray& formats);
+  void showSite(const QJsonObject& found);
   void showSource(int index);
   void keepShown();
   void addSource();
@@ -76,7 +81,10 @@ class ExchangePage : public QWidget {
     QJsonObject now;
   };
 
+  bool asking_ = false;
   bool loaded_ = false;
+  std::optional<CaptureProgram::Result> formatsAnswer_;
+  std::optional<CaptureProgram::Result> siteAnswer_;
   QJsonObject site_;  // as it is in the file
   std::vector<Source> sources_;
   QJsonArray removed_;  // ids

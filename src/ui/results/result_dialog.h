@@ -24,17 +24,16 @@ class ResultDialog : public FormDialog {
   }
 
   // Shows the window at once and has it read what it shows then; a window that could not, or was stopped, is closed.
-  // Its property "reading" is true meanwhile.
+  // Its property `kStillReading` is true meanwhile.
   int execReading(const std::function<bool()>& read) {
-    setProperty(kReading, true);
+    setProperty(kStillReading, true);
     QTimer::singleShot(0, this, [this, read] {
       const bool done = read();
-      setProperty(kReading, false);
+      setProperty(kStillReading, false);
       if (!done) reject();
     });
     return exec();
   }
-  static constexpr const char* kReading = "reading";
 
   // What the accepted window leads to.
   [[nodiscard]] const std::optional<folders::Narrowing>& calls() const { return calls_; }
