@@ -10,6 +10,7 @@
 #include "server/program_files.h"
 #include "server/server_app.h"
 #include "server/server_doc.h"
+#include "ui/cut_texts.h"
 #include "ui/first_run.h"
 #include "ui/focus_outline.h"
 #include "ui/login_dialogs.h"
@@ -52,6 +53,7 @@ int main(int argc, char** argv) {
   ui::useReadableStyle();
   ui::keepPaletteReadable();
   ui::showFocusOutlines();
+  ui::tellCutTexts();
   ui::QtOperator person;
   const platform::SystemClock clock;
   const auto storeFile = foundation::MachineStore::defaultFile();

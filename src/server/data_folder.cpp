@@ -57,7 +57,7 @@ void makeDatabases(const schema::DatabasePlace& place, const DataFolderPlan& pla
   const auto main = place.create(schema::Which::Main);
   const auto tariffs = place.create(schema::Which::Tariffs);
   const auto phonebook = place.create(schema::Which::Phonebook);
-  addFirstUsers(*main, tools.clock, plan.password, plan.passwordIsDue);
+  addFirstUsers(*main, tools.clock, plan.password, plan.passwordIsDue, tools.texts);
   foundation::ChangeTags tags(tools.person);
   tags.LoadTouch(*main);
   tools.config.OpenConfig(*main, tags);
@@ -141,10 +141,16 @@ void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, co
   halfMade.finish();
 }
 
-void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password, bool passwordIsDue) {
+void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password, bool passwordIsDue,
+                   const foundation::LanguageFile* texts) {
   constexpr int kAdministrators = 1;
-  addGroup(main, kAdministrators, "Administrators", "All rights", "6;1;6;2;9;1;9;2");
-  addGroup(main, 2, "Operators", "The calls, without users and settings", "9;1;9;2");
+  const auto name = [texts](const char* key, const char* english) {
+    return texts != nullptr ? texts->Translate(key) : std::string(english);
+  };
+  addGroup(main, kAdministrators, name("IDS_FIRST_ADMINISTRATORS", "Administrators"),
+           name("IDS_FIRST_ADMINISTRATORS_DO", "All rights"), "6;1;6;2;9;1;9;2");
+  addGroup(main, 2, name("IDS_FIRST_OPERATORS", "Operators"),
+           name("IDS_FIRST_OPERATORS_DO", "The calls, without users and settings"), "9;1;9;2");
   const auto rows = main.openRecordset("SELECT * FROM Users");
   rows->addNew();
   rows->set("RecordID", 1);

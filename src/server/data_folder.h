@@ -6,6 +6,7 @@
 #include <string>
 
 #include "foundation/config_manager.h"
+#include "foundation/language_file.h"
 #include "jet/database.h"
 #include "platform/clock.h"
 #include "platform/operator.h"
@@ -37,6 +38,7 @@ struct DataFolderTools {
   foundation::ConfigManager& config;
   platform::Operator& person;
   const platform::Clock& clock;
+  const foundation::LanguageFile* texts = nullptr;  // of the names of the first groups; null: English
 };
 
 // Throws DataFolderError when one of the databases is there already; jet::Error when the server does not answer.
@@ -47,9 +49,9 @@ void refuseExistingDatabases(const std::filesystem::path& folder);
 // or jet::Error.
 void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, const std::function<void()>& finish);
 
-// Adds the groups and the administrator to a database without users. `passwordIsDue` as in DataFolderPlan.
+// Adds the groups and the administrator to a database without users. `passwordIsDue` and `texts` as above.
 void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std::string& password,
-                   bool passwordIsDue = true);
+                   bool passwordIsDue = true, const foundation::LanguageFile* texts = nullptr);
 
 // Points the machine store to a data folder or a server: databases, monitor's folder (as DataFolderPlan says), reports,
 // the proposed user, and the bars of the desktop (showBarsAtFirst). False when the store cannot be written.

@@ -41,8 +41,10 @@ class CFolderView : public QTableView {
   // Shows the folder, or the calls of a row of a statistic. True when it is shown; when the operator stopped it, or
   // after a fault (failed), the folder that was open stays.
   bool openFolder(const folders::FolderDefinition& folder, std::optional<folders::Narrowing> narrowing = {});
-  // The rows as they are now. The current record stays the current one when it is near its place.
-  bool reload();
+  // The rows as they are now. The current record stays the current one when it is near its place. With Beside they may
+  // come later, when what finds them was read beside the window: false then, and searched() tells that they are there.
+  enum class Reload { AtOnce, Beside };
+  bool reload(Reload how = Reload::AtOnce);
   void closeFolder();
   // Words are going to be typed: prepares for the first.
   void expectWords();
@@ -89,6 +91,9 @@ class CFolderView : public QTableView {
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
  private:
+  // Milliseconds after which what was wanted while other work went on is asked for again.
+  static constexpr int kRetryInterval = 50;
+
   struct Rows {
     std::int64_t first;
     std::int64_t count;
@@ -118,6 +123,7 @@ class CFolderView : public QTableView {
   bool show(View view, FolderModel::Window window);
   bool showWhereItWas(View view);
   bool showFirst(const QString& typed);
+  bool awaitsRows(const folders::FolderView& open);
   void goOnSearching();
   void finishSearching();
   void readMissedPage(std::int64_t number);
@@ -138,6 +144,7 @@ class CFolderView : public QTableView {
   std::optional<folders::Narrowing> narrowing_;
   QString typedWords_;
   std::unique_ptr<folders::FirstMatches> first_;
+  bool awaited_ = false;  // the rows of a reload
   QTimer searching_;
   std::map<int, Left> left_;  // by folder
   QString typed_;

@@ -409,7 +409,7 @@ void CMainFrame::refreshFromOtherCopies() {
   importWhenAsked();
   try {
     document_.smdr().refreshDefinitions();
-    if (reconnection_.takeBack() || (watch_ && watch_->changed())) reloadFolder();
+    if (reconnection_.takeBack() || (watch_ && watch_->changed())) reloadFolder(CFolderView::Reload::Beside);
     tellAlarms();
   } catch (const jet::Error& error) {
     say(toQt(error.description()));
@@ -417,10 +417,10 @@ void CMainFrame::refreshFromOtherCopies() {
   refreshing_ = false;
 }
 
-void CMainFrame::reloadFolder() {
+void CMainFrame::reloadFolder(CFolderView::Reload how) {
   const folders::FolderView* folder = list_->model().folder();
   auto watch = folder != nullptr ? startWatch(folder->folder().definition().table) : std::nullopt;
-  const bool shown = list_->reload();
+  const bool shown = list_->reload(how);
   if (shown) watch_ = std::move(watch);
   showFilter();
   if (shown) folderShown();

@@ -72,7 +72,7 @@ class CMainFrame : public QMainWindow {
   // Those of a file of the monitor that are not recorded yet.
   void importCallsOf(const std::filesystem::path& file);
   // Rows of the shown folder again: after a change of the filter, of calls by this or another copy.
-  void reloadFolder();
+  void reloadFolder(CFolderView::Reload how = CFolderView::Reload::AtOnce);
   void updateStatus();
   // Reads and shows what other copies changed.
   void refreshFromOtherCopies();

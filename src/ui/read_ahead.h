@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QTimer>
+#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -16,8 +17,9 @@ class ReadAhead : public QObject {
   // Both must outlive this; the database until end().
   ReadAhead(jet::Database& database, const platform::Operator& person, QObject* parent);
 
-  // Now: the operator is about to type. Soon: a list was opened. Later: its rows changed, and may change again. Of a
-  // very long table nothing is read before Now.
+  // Now: the operator is about to type. Soon: a list was opened. Later: its rows changed, and may change again; the
+  // more often they did since the operator last did something, the later. Of a very long table nothing is read before
+  // Now.
   enum class When { Now, Soon, Later };
   void begin(std::string select, When when);
   void end() { timer_.stop(); }
@@ -36,6 +38,7 @@ class ReadAhead : public QObject {
   QTimer timer_;
   std::string select_;
   bool asked_ = false;
+  std::chrono::milliseconds later_;
 };
 
 }  // namespace ui

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "base/printf.h"
+#include "base/text.h"
 #include "support/scripted_operator.h"
 #include "support/temporary_folder.h"
 
@@ -163,6 +164,14 @@ class BuiltLanguageFile : public testing::Test {
   std::map<std::string, std::map<std::string, std::string>> texts_;
 };
 
+std::string contentOf(const std::filesystem::path& folder) {
+  std::string content;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file()) content += readFile(entry.path());
+  }
+  return content;
+}
+
 std::set<std::string> keysUsedIn(const std::filesystem::path& folder) {
   std::set<std::string> keys;
   const std::regex key("\"(IDS_[A-Z0-9_]+)\"");
@@ -192,6 +201,26 @@ TEST_F(BuiltLanguageFile, PlaceholdersAgreeBetweenLanguages) {
   }
   EXPECT_EQ(base::placeholders(texts_["EN"]["IDS_NO_TARIF_RULE"]).size(), 2U);
   EXPECT_EQ(base::placeholders(texts_["EN"]["IDS_LOG_INVALIDLOGIN"]).size(), 2U);
+}
+
+// What the capture program says is known by its words: they are looked for where it says them, between values and
+// quotes. Those of the system are not in the sources.
+TEST_F(BuiltLanguageFile, HasWhatTheCaptureProgramSaysAsItSaysIt) {
+  std::string sources;
+  for (const char* folder : {"capture", "tallymon"})
+    sources += contentOf(std::filesystem::path(TALLYBOOK_SOURCE_DIR) / "src" / folder);
+  // Long texts are in several literals.
+  sources = std::regex_replace(sources, std::regex("\"\\s*\n\\s*\""), "");
+  std::size_t known = 0;
+  for (const auto& [key, text] : texts_["EN"]) {
+    if (!key.starts_with("IDS_SAID_") || key.starts_with("IDS_SAID_OS_")) continue;
+    ++known;
+    for (const std::string& piece : base::split(base::replaceAll(text, "%s", "'"), "':")) {
+      const std::string words(base::trim(piece));
+      EXPECT_TRUE(words.size() < 3 || sources.find(words) != std::string::npos) << key << ": " << words;
+    }
+  }
+  EXPECT_GT(known, 40U);
 }
 
 TEST_F(BuiltLanguageFile, ShowsRomanianLetters) {

@@ -163,6 +163,33 @@ TEST_F(FilterBarTest, ASearchEndsWithItsWords) {
   desktop.person.isBusy = false;
 }
 
+// What finds the rows of a long list is read again beside the window; the list is as it was until then.
+TEST_F(FilterBarTest, CallsOfAnotherCopyAreFoundBesideTheWindow) {
+  jet::Database& database = desktop.document->database();
+  {
+    jet::Transaction transaction(database);
+    const auto calls = database.openRecordset("select * from Calls");
+    for (int i = 0; i < 12'000; ++i) {
+      calls->addNew();
+      calls->set("DateTime", desktop.clock.now());
+      calls->set("DialNumber", "07" + std::to_string(i));
+      calls->update();
+    }
+    transaction.commit();
+  }
+  frame->reloadFolder();
+  ASSERT_TRUE(list().find("3456789"));
+  ASSERT_TRUE(QTest::qWaitFor([this] { return !list().searching(); }, 20'000));
+  const int found = rows();
+  database.execute("update Calls set DialNumber = '0723456789' where DialNumber = '0711'");
+  foundation::ChangeTags other(desktop.person);
+  other.LoadTouch(database);
+  other.Touch("Calls");
+  frame->refreshFromOtherCopies();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return rows() == found + 1; }, 20'000)) << rows();
+  EXPECT_EQ(list().typed(), "3456789");
+}
+
 // What a search reads is read beforehand; when the operator is about to type, and not when the list is gone.
 TEST_F(FilterBarTest, ReadingAheadEndsByItselfAndWithTheList) {
   frame->selectFolder(kCalls);

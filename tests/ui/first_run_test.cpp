@@ -82,6 +82,7 @@ TEST_F(FirstRunTest, TheExchangeThatWasChosenIsSetUp) {
     enter(dialog, "folder", path("data"));
     next(dialog);
     next(dialog);
+    EXPECT_TRUE(QTest::qWaitFor([&dialog] { return !dialog.property(ui::kStillReading).toBool(); }, 20'000));
     const auto choose = [&dialog](const char* name, const char* data) {
       auto& box = child<QComboBox>(dialog, name);
       box.setCurrentIndex(box.findData(data));
@@ -96,6 +97,25 @@ TEST_F(FirstRunTest, TheExchangeThatWasChosenIsSetUp) {
   const std::string site = readFile(path("tallymon.toml"));
   EXPECT_NE(std::string::npos, site.find("folder = \"" + path("data") + "/monitor\"")) << site;
   EXPECT_NE(std::string::npos, site.find("file = { path = \"/var/log/calls.log\" }")) << site;
+}
+
+// Whoever goes back and chooses another way finds what that one asks for.
+TEST_F(FirstRunTest, EachWayAsksForItsFolders) {
+  const Script script({[](QDialog& dialog) {
+    auto& wizard = dynamic_cast<QWizard&>(dialog);
+    wizard.next();
+    for (const char* way : {"make", "convert", "open", "convert"}) {
+      child<QRadioButton>(dialog, way).setChecked(true);
+      wizard.next();
+      QApplication::processEvents();
+      EXPECT_FALSE(child<QLineEdit>(dialog, "folder").visibleRegion().isEmpty()) << way;
+      const bool old = !child<QLineEdit>(dialog, "oldFolder").visibleRegion().isEmpty();
+      EXPECT_EQ(old, std::string(way) == "convert") << way;
+      wizard.back();
+    }
+    dialog.reject();
+  }});
+  EXPECT_FALSE(ui::firstRun(app, chosen));
 }
 
 TEST_F(FirstRunTest, AFolderWithoutADatabaseCannotBeOpened) {

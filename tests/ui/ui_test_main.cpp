@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "desktop.h"
+#include "ui/cut_texts.h"
 #include "ui/focus_outline.h"
 #include "ui/readable_palette.h"
 #include "ui/readable_style.h"
@@ -49,6 +50,7 @@ int main(int argc, char** argv) {
   ui::useReadableStyle();
   ui::keepPaletteReadable();
   ui::showFocusOutlines();
+  ui::tellCutTexts();
   const Watchman watchman;
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();

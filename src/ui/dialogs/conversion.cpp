@@ -48,7 +48,7 @@ convert::ConversionReport convertFolder(const ConversionTask& task, server::CSer
   auto report = convert::convertFolder(task.oldFolder, task.newFolder, options, app.surroundings().person);
   const auto main = schema::DatabasePlace::ofTyped(task.newFolder).open(schema::Which::Main, jet::OpenMode::ReadWrite);
   if (main->openRecordset("SELECT * FROM Users")->eof()) {
-    server::addFirstUsers(*main, app.surroundings().clock, task.password);
+    server::addFirstUsers(*main, app.surroundings().clock, task.password, true, &app.language());
   }
   return report;
 }

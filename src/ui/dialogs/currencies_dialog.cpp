@@ -35,6 +35,7 @@ CurrenciesDialog::CurrenciesDialog(server::CServerDoc& document, const Texts& te
   QStringList captions;
   for (const char* key : kColumns) captions << texts(key);
   list_ = makeRecordList(captions, texts("IDS_ACTION_CURRENCIES").remove("..."), "list");
+  list_->horizontalHeaderItem(1)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);  // as its numbers
   body()->addWidget(list_);
   buildFields();
   const std::string address =

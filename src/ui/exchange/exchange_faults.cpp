@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <span>
 
+#include "foundation/retold_text.h"
 #include "ui/exchange/exchange_fields.h"
 
 namespace ui {
@@ -57,14 +58,18 @@ QString exchangeFault(const QString& said, const Texts& texts) {
                                         QRegularExpression::DotMatchesEverythingOption);
   const QRegularExpressionMatch parts = kSaid.match(said);
   const char* caption = parts.hasMatch() ? captionKeyOf(parts.captured(1), parts.captured(2)) : nullptr;
-  if (caption == nullptr) return said;
+  if (caption == nullptr) return captureSaid(said, texts);
   for (const Fault& fault : kFaults) {
     const QRegularExpression whole(QRegularExpression::anchoredPattern(fault.said));
     const QRegularExpressionMatch match = whole.match(parts.captured(3));
     if (!match.hasMatch()) continue;
     return texts(caption) + ": " + texts.format(fault.textKey, fromQt(match.captured(1)), fromQt(match.captured(2)));
   }
-  return said;
+  return captureSaid(said, texts);
+}
+
+QString captureSaid(const QString& said, const Texts& texts) {
+  return toQt(foundation::retold(fromQt(said), "IDS_SAID_", texts.language()));
 }
 
 }  // namespace ui

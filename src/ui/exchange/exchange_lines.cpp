@@ -6,6 +6,8 @@
 #include <QJsonDocument>
 #include <QTimer>
 
+#include "ui/exchange/exchange_faults.h"
+
 namespace ui {
 
 namespace {
@@ -39,7 +41,7 @@ ExchangeLines::ExchangeLines(platform::Operator& person, const Texts& texts) : t
     stopping_ = false;
     readOutput();
     QString why = QString::fromUtf8(process_.readAllStandardError()).trimmed();
-    emit said(why.remove("tallymon: "));
+    emit said(captureSaid(why.remove("tallymon: "), texts_));
     emit ended();
   });
 }
@@ -99,7 +101,7 @@ void ExchangeLines::take(const QJsonObject& event) {
   } else if (kind == "result") {
     showResult(event);
   } else if (kind == "connection") {
-    const std::string text = fromQt(event["text"].toString());
+    const std::string text = fromQt(captureSaid(event["text"].toString(), texts_));
     emit said(
         texts_.format(event["connected"].toBool() ? "IDS_EXCHANGE_CONNECTED" : "IDS_EXCHANGE_NOT_CONNECTED", text));
   }
@@ -149,7 +151,7 @@ QString ExchangeLines::resultText(const QJsonObject& event) const {
     calls << parts.join(", ");
   }
   if (!calls.isEmpty()) return calls.join("; ");
-  const QString reason = event["reason"].toString();
+  const QString reason = captureSaid(event["reason"].toString(), texts_);
   return word(event["outcome"].toString()) + (reason.isEmpty() ? "" : ": " + reason);
 }
 

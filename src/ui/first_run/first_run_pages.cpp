@@ -71,7 +71,7 @@ FirstRunFolderPage::FirstRunFolderPage(const Texts& texts, QString oldFolder)
   form->setRowWrapPolicy(QFormLayout::WrapAllRows);
   oldFolder_ = addFolder(*form, oldLabel_, "oldFolder");
   folder_ = addFolder(*form, folderLabel_, "folder");
-  form->addRow(makeSentence(texts("IDS_HINT_DATABASE_FOLDER")));
+  form->addRow(makeSentence(texts("IDS_FIRST_FOLDER_HINT")));
   form->addRow(sample_);
   registerField("sample", sample_);
   registerField("folder", folder_);
@@ -89,8 +89,7 @@ QLineEdit* FirstRunFolderPage::addFolder(QFormLayout& form, QLabel* label, const
 void FirstRunFolderPage::initializePage() {
   const bool converting = field("convert").toBool();
   const bool opening = field("open").toBool();
-  oldLabel_->setVisible(converting);
-  oldFolder_->parentWidget()->setVisible(converting);
+  static_cast<QFormLayout*>(layout())->setRowVisible(oldLabel_, converting);
   sample_->setVisible(!converting && !opening);
   setSubTitle(texts_(opening ? "IDS_FIRST_OPEN_TEXT" : "IDS_FIRST_FOLDER_TEXT"));
   folderLabel_->setText(texts_(opening ? "IDS_FIRST_EXISTING_FOLDER" : "IDS_FIRST_NEW_FOLDER"));

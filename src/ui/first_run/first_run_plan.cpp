@@ -35,7 +35,8 @@ void make(const FirstRunPlan& plan, server::CServerApp& app) {
                           .withSample = plan.withSample,
                           .passwordIsDue = false,
                           .monitor = plan.monitorFolder},
-                         {app.config(), around.person, around.clock}, [&] { storeSettings(plan, app); });
+                         {app.config(), around.person, around.clock, &app.language()},
+                         [&] { storeSettings(plan, app); });
   if (!plan.withSample) return;
   // Imported at the start that follows. Without them the sample is only emptier.
   sample::CallPlan calls;

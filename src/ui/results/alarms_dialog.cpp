@@ -1,5 +1,6 @@
 #include "alarms/alarm_list.h"
 #include "base/printf.h"
+#include "foundation/retold_text.h"
 #include "security/audit_log.h"
 #include "security/restriction.h"
 #include "ui/dialogs/directory_messages.h"
@@ -13,6 +14,11 @@ namespace ui {
 namespace {
 
 constexpr std::int64_t kMostAlarms = 10'000;  // the newest
+
+// It was written in the language of the copy that raised it.
+std::string shownText(const alarms::ListedAlarm& alarm, const Texts& texts) {
+  return foundation::retold(alarm.text, "IDS_ALARM_", texts.language());
+}
 
 // The alarms, the newest first, to be acknowledged.
 class AlarmsDialog : public ResultDialog {
@@ -99,7 +105,7 @@ class AlarmsDialog : public ResultDialog {
   void showCall(int row) {
     const alarms::ListedAlarm& alarm = shown_[static_cast<std::size_t>(row)];
     if (alarm.callId == 0) return inform(this, texts(), texts()("IDS_ALARMS_NO_CALL"));
-    leadTo({base::format("RecordID = %d", alarm.callId), alarm.text});
+    leadTo({base::format("RecordID = %d", alarm.callId), shownText(alarm, texts())});
   }
 
   QCheckBox* waitingOnly_;
@@ -143,9 +149,10 @@ folders::PlainTable alarmTable(const std::vector<alarms::ListedAlarm>& alarms, c
   }
   for (const alarms::ListedAlarm& alarm : alarms) {
     const bool waits = told && alarm.acknowledged.empty();
-    folders::PlainRow row{{alarm.at ? folders::PlainCell(*alarm.at) : folders::PlainCell(),
-                           alarm.step == 0 ? text("IDS_ALARMS_CLEAR") : base::format("%d%%", alarm.step), alarm.text},
-                          waits};
+    folders::PlainRow row{
+        {alarm.at ? folders::PlainCell(*alarm.at) : folders::PlainCell(),
+         alarm.step == 0 ? text("IDS_ALARMS_CLEAR") : base::format("%d%%", alarm.step), shownText(alarm, texts)},
+        waits};
     if (told) {
       row.cells.emplace_back(text(waits ? "IDS_ALARMS_WAITING" : "IDS_ALARMS_SEEN"));
       row.cells.emplace_back(alarm.acknowledged);

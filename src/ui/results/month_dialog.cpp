@@ -118,6 +118,7 @@ class MonthDialog : public ResultDialog {
     for (int column = 1; column < captions.size(); ++column) {
       table->horizontalHeaderItem(column)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
     }
+    table->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table->setFixedHeight(table->horizontalHeader()->sizeHint().height() +
