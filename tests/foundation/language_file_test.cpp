@@ -174,7 +174,7 @@ std::string contentOf(const std::filesystem::path& folder) {
 
 std::set<std::string> keysUsedIn(const std::filesystem::path& folder) {
   std::set<std::string> keys;
-  const std::regex key("\"(IDS_[A-Z0-9_]+)\"");
+  const std::regex key("\"(IDS_[A-Z0-9_]*[A-Z0-9])\"");  // what ends with _ begins several keys
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
     if (!entry.is_regular_file()) continue;
     const std::string content = readFile(entry.path());

@@ -67,29 +67,31 @@ FirstRunFolderPage::FirstRunFolderPage(const Texts& texts, QString oldFolder)
       folderLabel_(new QLabel),
       sample_(named(new QCheckBox(texts("IDS_FIRST_SAMPLE")), "sample")) {
   setTitle(texts("IDS_FIRST_FOLDER"));
-  auto* form = new QFormLayout(this);
-  form->setRowWrapPolicy(QFormLayout::WrapAllRows);
-  oldFolder_ = addFolder(*form, oldLabel_, "oldFolder");
-  folder_ = addFolder(*form, folderLabel_, "folder");
-  form->addRow(makeSentence(texts("IDS_FIRST_FOLDER_HINT")));
-  form->addRow(sample_);
+  auto* column = new QVBoxLayout(this);
+  oldFolder_ = addFolder(*column, oldLabel_, "oldFolder");
+  folder_ = addFolder(*column, folderLabel_, "folder");
+  column->addWidget(makeSentence(texts("IDS_FIRST_FOLDER_HINT")));
+  column->addWidget(sample_);
+  column->addStretch();
   registerField("sample", sample_);
   registerField("folder", folder_);
   registerField("oldFolder", oldFolder_);
 }
 
-QLineEdit* FirstRunFolderPage::addFolder(QFormLayout& form, QLabel* label, const char* name) {
+QLineEdit* FirstRunFolderPage::addFolder(QVBoxLayout& column, QLabel* label, const char* name) {
   auto* line = named(new QLineEdit, name);
   label->setBuddy(line);
   line->setAccessibleName(label->text());
-  form.addRow(label, withBrowseButton(line, texts_));
+  column.addWidget(label);
+  column.addWidget(withBrowseButton(line, texts_));
   return line;
 }
 
 void FirstRunFolderPage::initializePage() {
   const bool converting = field("convert").toBool();
   const bool opening = field("open").toBool();
-  static_cast<QFormLayout*>(layout())->setRowVisible(oldLabel_, converting);
+  oldLabel_->setVisible(converting);
+  oldFolder_->parentWidget()->setVisible(converting);
   sample_->setVisible(!converting && !opening);
   setSubTitle(texts_(opening ? "IDS_FIRST_OPEN_TEXT" : "IDS_FIRST_FOLDER_TEXT"));
   folderLabel_->setText(texts_(opening ? "IDS_FIRST_EXISTING_FOLDER" : "IDS_FIRST_NEW_FOLDER"));

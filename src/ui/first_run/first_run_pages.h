@@ -2,10 +2,10 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QVBoxLayout>
 #include <QWizardPage>
 
 #include "schema/database_place.h"
@@ -46,7 +46,7 @@ class FirstRunFolderPage : public QWizardPage {
   bool validatePage() override;
 
  private:
-  QLineEdit* addFolder(QFormLayout& form, QLabel* label, const char* name);
+  QLineEdit* addFolder(QVBoxLayout& column, QLabel* label, const char* name);
   [[nodiscard]] schema::DatabasePlace placeOfDatabases() const;
   [[nodiscard]] QString faultOfServer() const;
 
