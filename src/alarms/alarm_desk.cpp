@@ -172,8 +172,7 @@ void AlarmDesk::deleteOld(base::DateTime now) {
   const base::DateTime today = now.midnight();
   if (cleared_ == today) return;
   cleared_ = today;
-  const std::int32_t days =
-      services_.config.ReadConfigInt("Alarm_DeleteAfter", foundation::kGeneral, foundation::StoreDatabase, 0);
+  const std::int32_t days = services_.config.ReadConfigInt(foundation::keys::Alarm_DeleteAfter);
   if (days <= 0) return;
   services_.main.execute(base::format("delete from Alarms where [DateTime] < %s",
                                       today.plusDays(-std::max(days, kLongestPeriod)).format(jet::kDateTimeLiteral)));

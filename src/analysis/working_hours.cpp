@@ -90,8 +90,7 @@ bool WorkingHours::inOneSpan(base::DateTime from, base::DateTime to) const {
 
 WorkingHours workingHours(foundation::ConfigManager& config) {
   try {
-    return WorkingHours(
-        config.ReadConfigString("WorkingHours", "Calls", foundation::StoreDatabase, WorkingHours::kDefault));
+    return WorkingHours(config.ReadConfigString(foundation::keys::calls::WorkingHours));
   } catch (const std::invalid_argument&) {
     // Written by a foreign hand; analyses go on with the usual office day.
     return WorkingHours(WorkingHours::kDefault);
@@ -99,7 +98,7 @@ WorkingHours workingHours(foundation::ConfigManager& config) {
 }
 
 bool storeWorkingHours(foundation::ConfigManager& config, std::string_view text) {
-  return config.WriteConfigString(WorkingHours(text).text(), "WorkingHours", "Calls", foundation::StoreDatabase);
+  return config.WriteConfigString(WorkingHours(text).text(), foundation::keys::calls::WorkingHours);
 }
 
 }  // namespace analysis

@@ -23,7 +23,7 @@ class WorkingHours {
   [[nodiscard]] bool inOneSpan(base::DateTime from, base::DateTime to) const;
   [[nodiscard]] const std::string& text() const { return text_; }
 
-  static constexpr std::string_view kDefault = "Mon-Fri 08:00-18:00";
+  static constexpr std::string_view kDefault = foundation::keys::calls::WorkingHours.fallback;
 
  private:
   struct Span {

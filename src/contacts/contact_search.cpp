@@ -12,7 +12,6 @@ namespace contacts {
 
 namespace {
 
-constexpr std::int32_t kDefaultLimit = 100;
 constexpr std::size_t kNameLimit = 255;
 
 std::string nameGroup(std::string_view word, bool prefixMode) {
@@ -60,11 +59,11 @@ std::string buildSearchCondition(const SearchInput& input, bool prefixMode) {
 
 SearchResult searchContacts(const SearchInput& input, ContactsManager& contacts, foundation::ConfigManager& config) {
   SearchResult result;
-  const bool prefixMode = config.ReadConfigInt("PhonebookSearchMethod", "general", foundation::StoreMachine, 0) == 1;
+  const bool prefixMode = config.ReadConfigInt(foundation::keys::PhonebookSearchMethod) == 1;
   const std::string condition = buildSearchCondition(input, prefixMode);
   if (condition.empty()) return result;
-  const auto limit = static_cast<std::size_t>(
-      std::max(0, config.ReadConfigInt("iface_searchmaxresults", "general", foundation::StoreMachine, kDefaultLimit)));
+  const auto limit =
+      static_cast<std::size_t>(std::max(0, config.ReadConfigInt(foundation::keys::iface_searchmaxresults)));
   jet::Recordset& rows = contacts.recordset();
   for (rows.findFirst(condition); !rows.noMatch(); rows.findNext(condition)) {
     if (result.matches.size() == limit) {

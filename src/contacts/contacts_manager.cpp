@@ -11,8 +11,6 @@ namespace contacts {
 
 namespace {
 
-constexpr std::string_view kGeneral = "general";
-
 void appendDistinct(std::vector<std::string>& list, std::string text) {
   if (!text.empty() && std::find(list.begin(), list.end(), text) == list.end()) list.push_back(std::move(text));
 }
@@ -54,7 +52,7 @@ std::optional<CONTACTENTRYDESC> ContactsManager::find(std::int32_t recordId) {
 }
 
 std::int32_t ContactsManager::NextRecordNumber() {
-  const auto taken = config_.takeNumber("Next RecID", "Contacts");
+  const auto taken = config_.takeNumber(foundation::keys::contacts::NextRecID);
   if (!taken) person_.messageBox(language_.Translate("IDS_CANTGETNEXTRECID"));
   return taken.value_or(0);
 }
@@ -167,13 +165,13 @@ void ContactsManager::updateOrReport(jet::Recordset& row) {
 }
 
 std::string ContactsManager::localPrefix() {
-  return base::format("00%s%s", config_.ReadConfigString("CountryCode", kGeneral, foundation::StoreMachine, ""),
-                      config_.ReadConfigString("AreaCode", kGeneral, foundation::StoreMachine, ""));
+  return base::format("00%s%s", config_.ReadConfigString(foundation::keys::CountryCode),
+                      config_.ReadConfigString(foundation::keys::AreaCode));
 }
 
 std::string ContactsManager::searchedNumbers(std::string_view shown) {
-  const std::string country = config_.ReadConfigString("CountryCode", kGeneral, foundation::StoreMachine, "");
-  const std::string area = config_.ReadConfigString("AreaCode", kGeneral, foundation::StoreMachine, "");
+  const std::string country = config_.ReadConfigString(foundation::keys::CountryCode);
+  const std::string area = config_.ReadConfigString(foundation::keys::AreaCode);
   std::vector<std::string> forms;
   for (const std::string& written : base::split(shown, ",;/\r\n")) {
     const std::string digits = digitsOf(written);

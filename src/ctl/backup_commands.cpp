@@ -34,7 +34,7 @@ int backup(const Invocation& call) {
                                folder.string()));
   }
   context.interrupts().begin();
-  const auto databases = schema::DatabasePlace::ofSetting(context.folder("PathDatabase"));
+  const auto databases = schema::DatabasePlace::ofSetting(context.machineText(foundation::keys::PathDatabase));
   const server::Backup made = server::makeBackup(
       {.databases = databases, .machineStore = context.machineStore().file()}, fs::absolute(folder).lexically_normal(),
       context.clock().now(), [&] { return !context.interrupts().requested(); });

@@ -12,8 +12,6 @@ namespace ctl {
 
 namespace {
 
-constexpr const char* kGeneral = "general";
-using foundation::StoreMachine;
 using server::CServerApp;
 
 std::filesystem::path storeFile(const GlobalOptions& options) {
@@ -77,8 +75,8 @@ Context::Context(const GlobalOptions& options)
       base::format("The machine store %s is not a file. Name one with --store FILE.", machineStore().file().string()));
 }
 
-std::string Context::folder(std::string_view key) {
-  return config().ReadConfigString(key, kGeneral, StoreMachine, "");
+std::string Context::machineText(const foundation::TextKey& key) {
+  return config().ReadConfigString(key, "");
 }
 
 void Context::open(Duty duty) {
@@ -114,10 +112,11 @@ void Context::failToStart() {
     case server::StartEnd::AccountRefused:
       throw Failure(accountHelp(user));
     case server::StartEnd::DefinitionsFailed:
-      throw Failure(base::format("The databases in %s cannot be used as they are. Restore them from a copy.",
-                                 schema::DatabasePlace::ofSetting(folder("PathDatabase")).describe()));
+      throw Failure(
+          base::format("The databases in %s cannot be used as they are. Restore them from a copy.",
+                       schema::DatabasePlace::ofSetting(machineText(foundation::keys::PathDatabase)).describe()));
     default:
-      throw Failure(databaseHelp(folder("PathDatabase")));
+      throw Failure(databaseHelp(machineText(foundation::keys::PathDatabase)));
   }
 }
 

@@ -38,7 +38,7 @@ class Context {
   void requireWritable();
 
   // Folder of a setting of section "general" in the machine store, with its separator; empty when it is not set.
-  [[nodiscard]] std::string folder(std::string_view key);
+  [[nodiscard]] std::string machineText(const foundation::TextKey& key);
 
   // Only after open().
   [[nodiscard]] server::CServerDoc& document() { return *document_; }

@@ -53,7 +53,8 @@ int runImport(const Invocation& call) {
         "What is no whole call record, and all that follows it, was not read; it is kept in %s", result.restFile));
   }
   if (!result.phonebookFault.empty()) context.person().messageBox(result.phonebookFault);
-  const std::string unfinished = file ? *file : base::withSeparator(context.folder("PathMonitor")) + "monitor.data.bk";
+  const std::string unfinished =
+      file ? *file : base::withSeparator(context.machineText(foundation::keys::PathMonitor)) + "monitor.data.bk";
   const std::string trouble = troubleOf(result, unfinished);
   const bool unread = result.outcome == Outcome::NothingToDo && !result.message.empty();
   if (endedEarly(result) || unread || result.refused > 0) throw Failure(trouble);

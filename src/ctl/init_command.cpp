@@ -16,13 +16,13 @@ namespace init_command {
 namespace fs = std::filesystem;
 
 bool hasDataFolder(Context& context) {
-  const std::string known = context.folder("PathDatabase");
+  const std::string known = context.machineText(foundation::keys::PathDatabase);
   return !known.empty() && known != "---";
 }
 
 void refuseToOverwrite(const schema::DatabasePlace& place, Context& context) {
   server::refuseExistingDatabases(place.setting());
-  const std::string known = context.folder("PathDatabase");
+  const std::string known = context.machineText(foundation::keys::PathDatabase);
   if (hasDataFolder(context) && known != place.setting()) {
     throw Failure(
         base::format("The machine store %s points to %s already. Give --store FILE for a machine store of "
@@ -44,8 +44,7 @@ void writeMachineStore(Context& context, const server::DataFolderPlan& plan) {
   bool written = server::useDataFolder(plan.folder, context.config(), plan.monitor);
   // Without a password there is nothing to keep secret, and commands can log in by themselves.
   if (plan.password.empty()) {
-    written = written && context.config().WriteConfigString(server::kAdministrator, "AutoLoginUser", "general",
-                                                            foundation::StoreMachine);
+    written = written && context.config().WriteConfigString(server::kAdministrator, foundation::keys::AutoLoginUser);
   }
   if (!written) {
     throw Failure(base::format("The machine store %s cannot be written. Give --store FILE.",
@@ -62,7 +61,7 @@ void print(const Invocation& call, const schema::DatabasePlace& place, const ser
   }
   const fs::path billPage = place.billPage(fs::absolute(context.machineStore().file()));
   const fs::path folder = billPage.parent_path() / "";
-  const std::string monitor = context.folder("PathMonitor");
+  const std::string monitor = context.machineText(foundation::keys::PathMonitor);
   const bool beside = monitor == (folder / "monitor/").string();
   if (place.onServer()) call.out << "And in " << folder.string() << ":\n";
   call.out << base::format("  %-16s the page of a bill\n", billPage.filename().string())

@@ -9,37 +9,35 @@ namespace ctl {
 
 namespace log_filter_commands {
 
-using foundation::StoreMachine;
-
-constexpr const char* kSection = "general";
+namespace keys = foundation::keys;
 
 enum class Kind { Switch, Text, Date };
 struct FilterKey {
-  std::string_view name;
+  const foundation::Setting& setting;
   Kind kind;
   std::string_view meaning;
 };
 constexpr FilterKey kKeys[] = {
-    {"LogFilt_Enabled", Kind::Switch, "the filter is on"},
-    {"LogFilt_Login", Kind::Switch, "login and logout"},
-    {"LogFilt_Security", Kind::Switch, "security"},
-    {"LogFilt_Add", Kind::Switch, "additions"},
-    {"LogFilt_Edit", Kind::Switch, "changes"},
-    {"LogFilt_Del", Kind::Switch, "deletions"},
-    {"LogFilt_Print", Kind::Switch, "printing"},
-    {"LogFilt_Folder", Kind::Switch, "folders"},
-    {"LogFilt_Tranz", Kind::Switch, "transactions"},
-    {"LogFilt_Err", Kind::Switch, "errors"},
-    {"LogFilt_UserEnabled", Kind::Switch, "only one user"},
-    {"LogFilt_User", Kind::Text, "that user"},
-    {"LogFilt_IntervalEnabled", Kind::Switch, "only some days"},
-    {"LogFilt_IntervalStart", Kind::Date, "the first of them, month/day/year"},
-    {"LogFilt_IntervalEnd", Kind::Date, "the last of them, month/day/year"},
+    {keys::LogFilt_Enabled, Kind::Switch, "the filter is on"},
+    {keys::LogFilt_Login, Kind::Switch, "login and logout"},
+    {keys::LogFilt_Security, Kind::Switch, "security"},
+    {keys::LogFilt_Add, Kind::Switch, "additions"},
+    {keys::LogFilt_Edit, Kind::Switch, "changes"},
+    {keys::LogFilt_Del, Kind::Switch, "deletions"},
+    {keys::LogFilt_Print, Kind::Switch, "printing"},
+    {keys::LogFilt_Folder, Kind::Switch, "folders"},
+    {keys::LogFilt_Tranz, Kind::Switch, "transactions"},
+    {keys::LogFilt_Err, Kind::Switch, "errors"},
+    {keys::LogFilt_UserEnabled, Kind::Switch, "only one user"},
+    {keys::LogFilt_User, Kind::Text, "that user"},
+    {keys::LogFilt_IntervalEnabled, Kind::Switch, "only some days"},
+    {keys::LogFilt_IntervalStart, Kind::Date, "the first of them, month/day/year"},
+    {keys::LogFilt_IntervalEnd, Kind::Date, "the last of them, month/day/year"},
 };
 
 const FilterKey& keyNamed(std::string_view name) {
   for (const FilterKey& key : kKeys) {
-    if (base::equalFoldAscii(key.name, name)) return key;
+    if (base::equalFoldAscii(key.setting.key, name)) return key;
   }
   throw WrongUsage(base::format("\"%s\" is no key of the log filter. See: tallyctl log filter show", name));
 }
@@ -49,9 +47,9 @@ int show(const Invocation& call) {
   Table table({"Key", "Value", "Meaning"});
   for (const FilterKey& key : kKeys) {
     const Cell value = key.kind == Kind::Switch
-                           ? Cell(std::int64_t{config.ReadConfigInt(key.name, kSection, StoreMachine, 0)})
-                           : Cell(config.ReadConfigString(key.name, kSection, StoreMachine, ""));
-    table.add({std::string(key.name), value, std::string(key.meaning)});
+                           ? Cell(std::int64_t{config.ReadConfigInt(foundation::NumberKey(key.setting))})
+                           : Cell(config.ReadConfigString(foundation::TextKey(key.setting)));
+    table.add({std::string(key.setting.key), value, std::string(key.meaning)});
   }
   call.print(table);
   return 0;
@@ -81,21 +79,21 @@ Change changeOf(const std::string& pair) {
   switch (key.kind) {
     case Kind::Switch:
       if (value == "0" || value == "1") break;
-      throw WrongUsage(base::format("%s takes 0 or 1, not \"%s\".", key.name, value));
+      throw WrongUsage(base::format("%s takes 0 or 1, not \"%s\".", key.setting.key, value));
     case Kind::Text:
       if (value.find('"') == std::string::npos) break;
-      throw WrongUsage(base::format("%s: a user's name holds no quotation mark.", key.name));
+      throw WrongUsage(base::format("%s: a user's name holds no quotation mark.", key.setting.key));
     case Kind::Date:
-      return {key, dateText(value, key.name)};
+      return {key, dateText(value, key.setting.key)};
   }
   return {key, value};
 }
 
 bool write(foundation::ConfigManager& config, const Change& change) {
   if (change.key.kind != Kind::Switch) {
-    return config.WriteConfigString(change.value, change.key.name, kSection, StoreMachine);
+    return config.WriteConfigString(change.value, foundation::TextKey(change.key.setting));
   }
-  return config.WriteConfigInt(change.value == "1" ? 1 : 0, change.key.name, kSection, StoreMachine);
+  return config.WriteConfigInt(change.value == "1" ? 1 : 0, foundation::NumberKey(change.key.setting));
 }
 
 void requireWritten(bool written, Context& context) {
@@ -112,8 +110,7 @@ int set(const Invocation& call) {
 
 int clear(const Invocation& call) {
   for (const FilterKey& key : kKeys) {
-    requireWritten(call.context.config().WriteConfigString(std::nullopt, key.name, kSection, StoreMachine),
-                   call.context);
+    requireWritten(call.context.config().ForgetConfig(key.setting), call.context);
   }
   return 0;
 }

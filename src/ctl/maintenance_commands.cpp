@@ -32,7 +32,7 @@ int show(const Invocation& call) {
 
 int purge(const Invocation& call) {
   call.context.requireWritable();
-  const std::int32_t days = call.context.config().ReadConfigInt("Sterge", "Calls", foundation::StoreDatabase, -1);
+  const std::int32_t days = call.context.config().ReadConfigInt(foundation::keys::calls::Sterge);
   if (days <= 0) {
     call.out << "All calls are kept: setting Sterge (section Calls) names no number of days.\n";
     return 0;

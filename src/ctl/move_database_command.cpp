@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 // The databases of the machine store are read whole only by who may.
 void requireRightToRead(const schema::DatabasePlace& from, Context& context) {
-  if (from.setting() != context.folder("PathDatabase")) return;
+  if (from.setting() != context.machineText(foundation::keys::PathDatabase)) return;
   context.require(kChangeSettings);
   security::requireAllCalls(context.document().user(), context.language());
 }

@@ -12,26 +12,25 @@ namespace ctl {
 namespace {
 
 namespace fs = std::filesystem;
-using foundation::StoreMachine;
-
-constexpr const char* kGeneral = "general";
 
 // Settings of the workstation, which no database holds.
 struct WorkstationSetting {
-  const char* key;
+  const foundation::TextKey& key;
   const char* command;
   const char* why;
 };
 constexpr WorkstationSetting kWorkstationSettings[] = {
-    {"PathMonitor", "tallyctl setting set PathMonitor FOLDER/ --where machine",
+    {foundation::keys::PathMonitor, "tallyctl setting set PathMonitor FOLDER/ --where machine",
      "where the monitor leaves monitor.data"},
-    {"Lang", "tallyctl setting set Lang CODE --where machine", "language of the texts and of the records"},
-    {"CountryCode", "tallyctl setting set CountryCode 40 --where machine", "needed to find prefixes and prices"},
-    {"AreaCode", "tallyctl setting set AreaCode 21 --where machine", "needed for local numbers"},
+    {foundation::keys::Lang, "tallyctl setting set Lang CODE --where machine",
+     "language of the texts and of the records"},
+    {foundation::keys::CountryCode, "tallyctl setting set CountryCode 40 --where machine",
+     "needed to find prefixes and prices"},
+    {foundation::keys::AreaCode, "tallyctl setting set AreaCode 21 --where machine", "needed for local numbers"},
 };
 
 void pointTo(const schema::DatabasePlace& place, Context& context) {
-  if (!context.config().WriteConfigString(place.setting(), "PathDatabase", kGeneral, StoreMachine)) {
+  if (!context.config().WriteConfigString(place.setting(), foundation::keys::PathDatabase)) {
     throw Failure(base::format("%s is whole, but the machine store %s cannot be written.", place.describe(),
                                context.machineStore().file().string()));
   }
@@ -41,7 +40,7 @@ void pointTo(const schema::DatabasePlace& place, Context& context) {
 
 void requireRightToUse(const Invocation& call) {
   if (!call.arguments.has("--use")) return;
-  const std::string folder = call.context.folder("PathDatabase");
+  const std::string folder = call.context.machineText(foundation::keys::PathDatabase);
   if (folder.empty() || folder == "---") return;
   const auto place = schema::DatabasePlace::ofSetting(folder);
   if (!place.exists(schema::Which::Main) || convert::isOldDatabase(place.file(schema::Which::Main))) return;
@@ -63,7 +62,8 @@ void finishNewDataFolder(const Invocation& call, const fs::path& folder) {
     call.out << base::format("  tallyctl setting set PathDatabase '%s' --where machine\n", setting);
   }
   for (const WorkstationSetting& setting : kWorkstationSettings) {
-    if (context.folder(setting.key).empty()) call.out << base::format("  %-60s (%s)\n", setting.command, setting.why);
+    if (!context.machineText(setting.key).empty()) continue;
+    call.out << base::format("  %-60s (%s)\n", setting.command, setting.why);
   }
   call.out << base::format("  %-60s (%s)\n", "tallyctl --user NAME status", "users and passwords came along");
 }

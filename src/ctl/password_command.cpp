@@ -23,9 +23,9 @@ int passwd(const Invocation& call) {
   }
   // A user who logs in automatically stays able to.
   foundation::ConfigManager& config = context.config();
-  const std::string automatic = config.ReadConfigString("AutoLoginUser", "general", foundation::StoreMachine, "");
+  const std::string automatic = config.ReadConfigString(foundation::keys::AutoLoginUser);
   if (!automatic.empty() && automatic == document.user().CurrentUserName) {
-    config.WriteConfigString(document.user().password, "AutoLoginPassword", "general", foundation::StoreMachine);
+    config.WriteConfigString(document.user().password, foundation::keys::AutoLoginPassword);
   }
   call.out << base::format("The password of %s is changed.\n", document.user().CurrentUserName);
   return 0;

@@ -48,7 +48,7 @@ class RecordFile {
 // Setting `LiveSocket`, else the default place, which serve uses too.
 std::filesystem::path socketOf(const Invocation& call) {
   if (const auto given = call.arguments.find("--socket")) return *given;
-  const std::string configured = call.context.folder("LiveSocket");
+  const std::string configured = call.context.machineText(foundation::keys::LiveSocket);
   return configured.empty() ? platform::defaultLiveSocket() : base::systemPath(configured);
 }
 

@@ -70,9 +70,8 @@ void openFor(const Address& address, const Access& access, Context& context) {
 std::string notSet(const Address& address) {
   std::string text = base::format("%s is not set in section %s of the %s store.", address.key, address.section,
                                   storeName(address.store));
-  if (address.known != nullptr && !address.known->fallback.empty()) {
-    text += base::format(" The default %s holds.", address.known->fallback);
-  }
+  const std::string holds = address.known != nullptr ? foundation::defaultText(*address.known) : std::string();
+  if (!holds.empty()) text += base::format(" The default %s holds.", holds);
   return text;
 }
 
@@ -137,7 +136,7 @@ int get(const Invocation& call) {
   const auto value = valueOf(address, read(address, call.context));
   if (!value) throw Failure(notSet(address));
   call.out << *value << '\n';
-  if (address.known != nullptr && !value->empty() && *value == address.known->fallback) {
+  if (address.known != nullptr && !value->empty() && *value == foundation::defaultText(*address.known)) {
     call.context.person().messageBox(base::format("%s is the default of %s.", *value, address.key));
   }
   return 0;
@@ -146,8 +145,8 @@ int get(const Invocation& call) {
 std::string typeText(const Setting& setting) {
   switch (setting.type) {
     case SettingType::Integer: {
-      const Setting any{};
-      if (setting.least == any.least && setting.most == any.most) return "number";
+      using Range = std::numeric_limits<std::int32_t>;
+      if (setting.least == Range::min() && setting.most == Range::max()) return "number";
       return base::format("number, %d to %d", setting.least, setting.most);
     }
     case SettingType::Binary:
@@ -173,7 +172,8 @@ std::string listedValue(const Address& address, Context& context) {
 
 int list(const Invocation& call) {
   Table table({"Section", "Key", "Store", "Type", "Value", "Default"});
-  for (const Setting& setting : foundation::knownSettings()) {
+  for (const Setting* each : foundation::knownSettings()) {
+    const Setting& setting = *each;
     // A name with a placeholder stands for many settings.
     const bool single = setting.key.find("%d") == std::string_view::npos &&
                         setting.key.find("%s") == std::string_view::npos &&
@@ -181,7 +181,7 @@ int list(const Invocation& call) {
     const Address address{std::string(setting.section), std::string(setting.key), setting.store, &setting};
     table.add({address.section, address.key, std::string(storeName(setting.store)), typeText(setting),
                single && setting.type != SettingType::Binary ? listedValue(address, call.context) : std::string(),
-               std::string(setting.fallback)});
+               foundation::defaultText(setting)});
   }
   call.print(table);
   return 0;

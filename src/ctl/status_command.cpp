@@ -36,7 +36,7 @@ std::string sizeOf(const fs::path& file, Context& context) {
 
 void addFiles(Table& table, Context& context) {
   table.add({"Machine store", context.machineStore().file().string()});
-  const auto place = schema::DatabasePlace::ofSetting(context.folder("PathDatabase"));
+  const auto place = schema::DatabasePlace::ofSetting(context.machineText(foundation::keys::PathDatabase));
   for (const schema::DatabaseKind& kind : schema::databaseKinds()) {
     table.add(
         {kind.name, base::format("%s, %s", place.describe(kind.which), sizeText(place.size(kind.which), context))});
@@ -50,7 +50,7 @@ void addFiles(Table& table, Context& context) {
 }
 
 void addMonitor(Table& table, Context& context) {
-  const fs::path folder = base::systemPath(context.folder("PathMonitor"));
+  const fs::path folder = base::systemPath(context.machineText(foundation::keys::PathMonitor));
   table.add({"Monitor file",
              base::format("%s, %s", (folder / "monitor.data").string(), sizeOf(folder / "monitor.data", context))});
   const std::string capture = server::readMonitorStatus(folder, context.language());
@@ -86,8 +86,7 @@ int status(const Invocation& call) {
   Context& context = call.context;
   Table table({"Item", "Value"});
   table.add({"Version", std::string(base::kProgramVersion)});
-  table.add({"Database version",
-             std::int64_t{context.config().ReadConfigInt("DbVersion", "general", foundation::StoreDatabase, 0)}});
+  table.add({"Database version", std::int64_t{context.config().ReadConfigInt(foundation::keys::DbVersion)}});
   table.add({"User", context.document().user().CurrentUserName});
   addFiles(table, context);
   addMonitor(table, context);

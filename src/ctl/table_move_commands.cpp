@@ -27,8 +27,9 @@ int exportTables(const Invocation& call) {
   const fs::path target = call.arguments.text("DIR");
   context.interrupts().begin();
   const auto format = call.global.format == TableFormat::Json ? convert::TextFormat::Json : convert::TextFormat::Csv;
-  print(call, convert::exportTables(schema::DatabasePlace::ofSetting(context.folder("PathDatabase")), target, format,
-                                    context.person()));
+  print(call,
+        convert::exportTables(schema::DatabasePlace::ofSetting(context.machineText(foundation::keys::PathDatabase)),
+                              target, format, context.person()));
   call.out << base::format("Written to %s. The files hold password digests: keep them private.\n", target.string());
   return 0;
 }

@@ -146,13 +146,12 @@ int setProvider(const Invocation& call) {
   constexpr std::int64_t kMostFreeSeconds = 86400;
   const auto freeSeconds = static_cast<std::int32_t>(arguments.integer("--free-seconds", 0, 0, kMostFreeSeconds));
   storeProvider(tariffDatabase(context), id, arguments.find("--name"));
-  const std::string section = base::format("Provider_%d", id);
   bool written = true;
   if (const auto prefixes = arguments.find("--local-prefixes")) {
-    written = context.config().WriteConfigString(*prefixes, "PrefixeLocale", section, foundation::StoreDatabase);
+    written = context.config().WriteConfigString(*prefixes, foundation::keys::providers::PrefixeLocale.of(id));
   }
   if (arguments.has("--free-seconds")) {
-    written = context.config().WriteConfigInt(freeSeconds, "SecNetax", section, foundation::StoreDatabase) && written;
+    written = context.config().WriteConfigInt(freeSeconds, foundation::keys::providers::SecNetax.of(id)) && written;
   }
   if (!written) throw Failure("The database is open read-only; the settings were not written.");
   return 0;

@@ -9,16 +9,13 @@
 namespace exchange {
 
 using foundation::ConfigManager;
-using foundation::StoreDatabase;
-using foundation::StoreMachine;
+using foundation::NumberKey;
+using foundation::TextKey;
+namespace keys = foundation::keys;
 
 namespace {
 
-constexpr const char* kCalls = "Calls";
-constexpr const char* kExtensionSection = "Tariffs\\Extensions";
-constexpr const char* kAccountSection = "Tariffs\\Accounts";
-constexpr const char* kTrunkSection = "Tariffs\\Trunks";
-constexpr std::string_view kMissing = "!!!";
+constexpr std::string_view kMissing = keys::calls::ExtDef.pattern.fallback;  // the same of accounts and trunks
 constexpr std::string_view kNoLabel = "-";
 constexpr std::int32_t kMostEntries = 100000;  // a damaged count must not keep the start busy for hours
 
@@ -40,13 +37,12 @@ std::optional<CodeEntry> parseCodeEntry(std::string_view value) {
   return CodeEntry{fields[0], fields[1], fields[2]};
 }
 
-std::vector<CodeEntry> loadCodeEntries(ConfigManager& config, const char* countKey, const char* keyFormat,
-                                       const char* section) {
+std::vector<CodeEntry> loadCodeEntries(ConfigManager& config, const NumberKey& counter,
+                                       const foundation::TextSeries& definitions) {
   std::vector<CodeEntry> entries;
-  const std::int32_t count = std::min(config.ReadConfigInt(countKey, kCalls, StoreDatabase, 0), kMostEntries);
+  const std::int32_t count = std::min(config.ReadConfigInt(counter), kMostEntries);
   for (std::int32_t i = 0; i < count; ++i) {
-    const std::string value = config.ReadConfigString(base::format(keyFormat, i), section, StoreDatabase, kMissing);
-    if (auto entry = parseCodeEntry(value)) entries.push_back(std::move(*entry));
+    if (auto entry = parseCodeEntry(config.ReadConfigString(definitions.of(i)))) entries.push_back(std::move(*entry));
   }
   return entries;
 }
@@ -97,38 +93,38 @@ std::int32_t countOf(std::size_t size) {
 }
 
 // What is stored already is not written again: an unchanged save must not make other copies load everything anew.
-void store(ConfigManager& config, const std::string& key, std::string_view section, const std::string& value) {
-  const bool same = config.ReadConfigString(key, section, StoreDatabase, kMissing) == value && config.LastFound();
-  if (!same) config.WriteConfigString(value, key, section, StoreDatabase);
+void store(ConfigManager& config, const TextKey& key, const std::string& value) {
+  const bool same = config.ReadConfigString(key) == value && config.LastFound();
+  if (!same) config.WriteConfigString(value, key);
 }
 
-void store(ConfigManager& config, const std::string& key, std::string_view section, std::int32_t value) {
-  const bool same = config.ReadConfigInt(key, section, StoreDatabase, 0) == value && config.LastFound();
-  if (!same) config.WriteConfigInt(value, key, section, StoreDatabase);
+void store(ConfigManager& config, const NumberKey& key, std::int32_t value) {
+  const bool same = config.ReadConfigInt(key) == value && config.LastFound();
+  if (!same) config.WriteConfigInt(value, key);
 }
 
 void saveExtensions(ConfigManager& config, const std::vector<tagEXTINFO>& extensions) {
-  store(config, "ExtCount", kCalls, countOf(extensions.size()));
+  store(config, keys::calls::ExtCount, countOf(extensions.size()));
   for (std::size_t i = 0; i < extensions.size(); ++i) {
     const tagEXTINFO& entry = extensions[i];
-    store(config, base::format("ExtDef%d", i), kExtensionSection,
+    store(config, keys::calls::ExtDef.of(i),
           base::format("%s;%s;%s", entry.extension, withoutSeparators(entry.description),
                        withoutSeparators(entry.department)));
   }
 }
 
 void saveTrunks(ConfigManager& config, const std::vector<tagTRUNKINFO>& trunks) {
-  store(config, "LiniiCount", kCalls, countOf(trunks.size()));
+  store(config, keys::calls::LiniiCount, countOf(trunks.size()));
   for (std::size_t i = 0; i < trunks.size(); ++i) {
-    store(config, base::format("LiniiDef%d", i), kTrunkSection, trunkValue(trunks[i]));
+    store(config, keys::calls::LiniiDef.of(i), trunkValue(trunks[i]));
   }
 }
 
 void saveAccounts(ConfigManager& config, const std::vector<tagCONTINFO>& accounts) {
-  store(config, "ConturiCount", kCalls, countOf(accounts.size()));
+  store(config, keys::calls::ConturiCount, countOf(accounts.size()));
   for (std::size_t i = 0; i < accounts.size(); ++i) {
     const tagCONTINFO& entry = accounts[i];
-    store(config, base::format("ConturiDef%d", i), kAccountSection,
+    store(config, keys::calls::ConturiDef.of(i),
           base::format("%s;%s;%s", withoutSeparators(entry.account), withoutSeparators(entry.description),
                        withoutSeparators(entry.department)));
   }
@@ -153,15 +149,10 @@ void saveClients(jet::Database& main, const std::vector<ClientDefinition>& clien
   }
 }
 
-std::string providerSection(std::int32_t id) {
-  return base::format("Provider_%d", id);
-}
-
 void saveProviderSettings(ConfigManager& config, const std::vector<ProviderDefinition>& providers) {
   for (const ProviderDefinition& provider : providers) {
-    const std::string section = providerSection(provider.id);
-    store(config, "PrefixeLocale", section, provider.localPrefixes);
-    store(config, "SecNetax", section, provider.freeSeconds);
+    store(config, keys::providers::PrefixeLocale.of(provider.id), provider.localPrefixes);
+    store(config, keys::providers::SecNetax.of(provider.id), provider.freeSeconds);
   }
 }
 
@@ -187,9 +178,8 @@ std::vector<ProviderDefinition> loadProviders(jet::Database& tariffs, ConfigMana
     provider.id = static_cast<std::int32_t>(rows.at(row, "provider_id").toLong());
     const jet::Value& name = rows.at(row, "provider_name");
     if (name.type() == jet::Type::Text) provider.name = name.text();
-    const std::string section = providerSection(provider.id);
-    provider.localPrefixes = config.ReadConfigString("PrefixeLocale", section, StoreDatabase, "");
-    provider.freeSeconds = config.ReadConfigInt("SecNetax", section, StoreDatabase, 0);
+    provider.localPrefixes = config.ReadConfigString(keys::providers::PrefixeLocale.of(provider.id));
+    provider.freeSeconds = config.ReadConfigInt(keys::providers::SecNetax.of(provider.id));
     providers.push_back(std::move(provider));
   }
   return providers;
@@ -237,23 +227,22 @@ void PartyDefinitions::loadReferences(jet::Database* tariffs) {
 void PartyDefinitions::loadParties(jet::Database& main) {
   partiesVersion_ = partiesVersion(main);
   extensions.clear();
-  for (auto& [code, description, department] : loadCodeEntries(config_, "ExtCount", "ExtDef%d", kExtensionSection)) {
+  for (auto& [code, description, department] : loadCodeEntries(config_, keys::calls::ExtCount, keys::calls::ExtDef)) {
     extensions.push_back({std::move(code), std::move(description), std::move(department)});
   }
   accounts.clear();
   for (auto& [code, description, department] :
-       loadCodeEntries(config_, "ConturiCount", "ConturiDef%d", kAccountSection)) {
+       loadCodeEntries(config_, keys::calls::ConturiCount, keys::calls::ConturiDef)) {
     accounts.push_back({std::move(code), std::move(description), std::move(department)});
   }
   // All entries whatever "LiniiCount" holds, so that new trunks find free ones.
   trunks.clear();
   for (std::size_t i = 0; i < kTrunkEntries; ++i) {
-    trunks.push_back(
-        parseTrunk(config_.ReadConfigString(base::format("LiniiDef%d", i), kTrunkSection, StoreDatabase, kMissing), i));
+    trunks.push_back(parseTrunk(config_.ReadConfigString(keys::calls::LiniiDef.of(i)), i));
   }
   clients = loadClients(main);
-  countryCode = config_.ReadConfigString("CountryCode", "general", StoreMachine, "");
-  areaCode = config_.ReadConfigString("AreaCode", "general", StoreMachine, "");
+  countryCode = config_.ReadConfigString(foundation::keys::CountryCode);
+  areaCode = config_.ReadConfigString(foundation::keys::AreaCode);
 }
 
 void PartyDefinitions::save(jet::Database& main) {

@@ -62,9 +62,9 @@ bool CallFilter::set(const std::vector<std::pair<std::string, std::string>>& val
     setValue(after, key, value);
     keys.push_back(key);
   }
-  if (after.account != before.account && !givenIn(values, "ContName")) {
+  if (after.account != before.account && !givenIn(values, foundation::keys::filter::ContName.key)) {
     after.accountName = after.account;
-    keys.push_back("ContName");
+    keys.push_back(foundation::keys::filter::ContName.key);
   }
   const bool written = writeKeys(config_, after, keys);
   return dropStaleNames(config_, before, after) && written;

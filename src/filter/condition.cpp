@@ -51,15 +51,15 @@ void appendParties(std::string& condition, const FilterSettings& settings, bool 
   }
 }
 
-std::string periodLimit(std::string_view stored, std::string_view key) {
-  return parsePeriod(stored, findFilterKey(key)->fallback).format(kPeriodFormat);
+std::string periodLimit(std::string_view stored, const foundation::TextKey& key) {
+  return parsePeriod(stored, key.fallback).format(kPeriodFormat);
 }
 
 void appendCall(std::string& condition, const FilterSettings& settings) {
   if (settings.onPeriod != 0) {
     condition += base::format(" (DateTime >= #%s# and DateTime <= #%s#) AND ",
-                              periodLimit(settings.intervalStart, "IntervalStart"),
-                              periodLimit(settings.intervalEnd, "IntervalEnd"));
+                              periodLimit(settings.intervalStart, foundation::keys::filter::IntervalStart),
+                              periodLimit(settings.intervalEnd, foundation::keys::filter::IntervalEnd));
   }
   if (!settings.numberPrefix.empty()) {
     condition += base::format(" (DialNumber LIKE \"%s*\") AND ", settings.numberPrefix);
@@ -76,17 +76,18 @@ std::string_view labelOf(std::string_view key) {
     std::string_view key;
     std::string_view text;
   };
-  constexpr Label kLabels[] = {{"ExtensionStr", "IDS_FILTER_EXTENSION"},
-                               {"Cont", "IDS_FILTER_ACCOUNT"},
-                               {"Department", "IDS_FILTER_DEPARTMENT"},
-                               {"Name", "IDS_FILTER_NAME"},
-                               {"Client", "IDS_FILTER_CLIENT"},
-                               {"Folder", "IDS_FILTER_FILE"},
-                               {"Area", "IDS_FILTER_AREA"},
-                               {"NumberPrefix", "IDS_FILTER_NUMBER"},
-                               {"Number", "IDS_FILTER_NUMBER_EXACT"},
-                               {"Country", "IDS_COUNTRY"},
-                               {"Provider", "IDS_PROVIDER"}};
+  namespace keys = foundation::keys::filter;
+  constexpr Label kLabels[] = {{keys::ExtensionStr.key, "IDS_FILTER_EXTENSION"},
+                               {keys::Cont.key, "IDS_FILTER_ACCOUNT"},
+                               {keys::Department.key, "IDS_FILTER_DEPARTMENT"},
+                               {keys::Name.key, "IDS_FILTER_NAME"},
+                               {keys::Client.key, "IDS_FILTER_CLIENT"},
+                               {keys::Folder.key, "IDS_FILTER_FILE"},
+                               {keys::Area.key, "IDS_FILTER_AREA"},
+                               {keys::NumberPrefix.key, "IDS_FILTER_NUMBER"},
+                               {keys::Number.key, "IDS_FILTER_NUMBER_EXACT"},
+                               {keys::Country.key, "IDS_COUNTRY"},
+                               {keys::Provider.key, "IDS_PROVIDER"}};
   const auto* found = std::ranges::find(kLabels, key, &Label::key);
   return found == std::end(kLabels) ? key : found->text;
 }

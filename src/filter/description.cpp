@@ -127,8 +127,8 @@ std::vector<DescriptionPiece> FilterDescription::pieces() {
   if (settings.onName == 1) lines.line("IDS_FILTER_NAME", settings.name);
   if (settings.onPeriod != 0) {
     // The end's default is this description's own, so the stored text is read again.
-    const std::string end = filter_.config().ReadConfigString("IntervalEnd", kFilterSection, foundation::StoreMachine,
-                                                              foundation::kDescribedPeriodEnd);
+    const std::string end =
+        filter_.config().ReadConfigString(foundation::keys::filter::IntervalEnd, foundation::kDescribedPeriodEnd);
     lines.line("IDS_FILTER_PERIOD", shownPeriod(settings.intervalStart, foundation::kDefaultPeriodStart) + " si\n" +
                                         shownPeriod(end, foundation::kDescribedPeriodEnd));
   }

@@ -14,63 +14,62 @@ namespace filter {
 namespace {
 
 using F = FilterSettings;
+namespace keys = foundation::keys::filter;
 
-constexpr FilterKey number(std::string_view key, std::int32_t F::*member) {
-  return {key, KeyType::Integer, "0", member, nullptr};
+constexpr FilterKey number(const foundation::NumberKey& key, std::int32_t F::*member) {
+  return {key, KeyType::Integer, member, nullptr};
 }
-constexpr FilterKey text(std::string_view key, std::string F::*member) {
-  return {key, KeyType::Text, "", nullptr, member};
+constexpr FilterKey text(const foundation::TextKey& key, std::string F::*member) {
+  return {key, KeyType::Text, nullptr, member};
 }
-constexpr FilterKey date(std::string_view key, std::string_view fallback, std::string F::*member) {
-  return {key, KeyType::DateTime, fallback, nullptr, member};
+constexpr FilterKey date(const foundation::TextKey& key, std::string F::*member) {
+  return {key, KeyType::DateTime, nullptr, member};
 }
 
 constexpr std::array kKeys = {
-    number("Number_Filter_Enabled", &F::numberFilterEnabled),
-    number("OnFilter", &F::onFilter),
-    number("Hidden", &F::hidden),
-    number("OnIncoming", &F::onIncoming),
-    number("OnOutgoing", &F::onOutgoing),
-    number("OnExtension", &F::onExtension),
-    text("ExtensionStr", &F::extension),
-    number("OnTrunk", &F::onTrunk),
-    number("Trunk", &F::trunk),
-    number("OnAccount", &F::onAccount),
-    text("Cont", &F::account),
-    text("ContName", &F::accountName),
-    number("OnDepartment", &F::onDepartment),
-    text("Department", &F::department),
-    number("OnName", &F::onName),
-    text("Name", &F::name),
-    number("OnClient", &F::onClient),
-    text("Client", &F::client),
-    number("OnFolder", &F::onFolder),
-    text("Folder", &F::folder),
-    number("OnArea", &F::onArea),
-    text("Area", &F::area),
-    number("OnPeriod", &F::onPeriod),
-    date("IntervalStart", foundation::kDefaultPeriodStart, &F::intervalStart),
-    date("IntervalEnd", foundation::kDefaultPeriodEnd, &F::intervalEnd),
-    text("NumberPrefix", &F::numberPrefix),
-    text("Number", &F::number),
-    text("Country", &F::country),
-    text("Provider", &F::provider),
-    number("OnMinDuration", &F::onMinDuration),
-    number("MinDuration", &F::minDuration),
+    number(keys::Number_Filter_Enabled, &F::numberFilterEnabled),
+    number(keys::OnFilter, &F::onFilter),
+    number(keys::Hidden, &F::hidden),
+    number(keys::OnIncoming, &F::onIncoming),
+    number(keys::OnOutgoing, &F::onOutgoing),
+    number(keys::OnExtension, &F::onExtension),
+    text(keys::ExtensionStr, &F::extension),
+    number(keys::OnTrunk, &F::onTrunk),
+    number(keys::Trunk, &F::trunk),
+    number(keys::OnAccount, &F::onAccount),
+    text(keys::Cont, &F::account),
+    text(keys::ContName, &F::accountName),
+    number(keys::OnDepartment, &F::onDepartment),
+    text(keys::Department, &F::department),
+    number(keys::OnName, &F::onName),
+    text(keys::Name, &F::name),
+    number(keys::OnClient, &F::onClient),
+    text(keys::Client, &F::client),
+    number(keys::OnFolder, &F::onFolder),
+    text(keys::Folder, &F::folder),
+    number(keys::OnArea, &F::onArea),
+    text(keys::Area, &F::area),
+    number(keys::OnPeriod, &F::onPeriod),
+    date(keys::IntervalStart, &F::intervalStart),
+    date(keys::IntervalEnd, &F::intervalEnd),
+    text(keys::NumberPrefix, &F::numberPrefix),
+    text(keys::Number, &F::number),
+    text(keys::Country, &F::country),
+    text(keys::Provider, &F::provider),
+    number(keys::OnMinDuration, &F::onMinDuration),
+    number(keys::MinDuration, &F::minDuration),
 };
 
-constexpr std::string_view kNamesSection = "Denumire";
-
 struct NameKey {
-  std::string_view key;
+  const foundation::TextKey& key;
   std::string DisplayNames::*name;
   std::string F::*value;
 };
 constexpr std::array kNameKeys = {
-    NameKey{"Interior", &DisplayNames::extension, &F::extension},
-    NameKey{"Client", &DisplayNames::client, &F::client},
-    NameKey{"Folder", &DisplayNames::folder, &F::folder},
-    NameKey{"Depart", &DisplayNames::department, &F::department},
+    NameKey{foundation::keys::names::Interior, &DisplayNames::extension, &F::extension},
+    NameKey{foundation::keys::names::Client, &DisplayNames::client, &F::client},
+    NameKey{foundation::keys::names::Folder, &DisplayNames::folder, &F::folder},
+    NameKey{foundation::keys::names::Depart, &DisplayNames::department, &F::department},
 };
 
 std::optional<std::int32_t> parseInteger(std::string_view text) {
@@ -124,9 +123,9 @@ FilterSettings readSettings(foundation::ConfigManager& config) {
   FilterSettings settings;
   for (const FilterKey& key : kKeys) {
     if (key.type == KeyType::Integer) {
-      settings.*key.integer = config.ReadConfigInt(key.key, kFilterSection, foundation::StoreMachine, 0);
+      settings.*key.integer = config.ReadConfigInt(foundation::NumberKey(key.setting));
     } else {
-      settings.*key.text = config.ReadConfigString(key.key, kFilterSection, foundation::StoreMachine, key.fallback);
+      settings.*key.text = config.ReadConfigString(foundation::TextKey(key.setting));
     }
   }
   return settings;
@@ -135,9 +134,8 @@ FilterSettings readSettings(foundation::ConfigManager& config) {
 namespace {
 
 bool writeSetting(foundation::ConfigManager& config, const FilterSettings& settings, const FilterKey& key) {
-  return key.type == KeyType::Integer
-             ? config.WriteConfigInt(settings.*key.integer, key.key, kFilterSection, foundation::StoreMachine)
-             : config.WriteConfigString(settings.*key.text, key.key, kFilterSection, foundation::StoreMachine);
+  return key.type == KeyType::Integer ? config.WriteConfigInt(settings.*key.integer, foundation::NumberKey(key.setting))
+                                      : config.WriteConfigString(settings.*key.text, foundation::TextKey(key.setting));
 }
 
 }  // namespace
@@ -158,7 +156,7 @@ bool writeKeys(foundation::ConfigManager& config, const FilterSettings& settings
 DisplayNames readDisplayNames(foundation::ConfigManager& config, const FilterSettings& settings) {
   DisplayNames names;
   for (const NameKey& key : kNameKeys) {
-    names.*key.name = config.ReadConfigString(key.key, kNamesSection, foundation::StoreMachine, settings.*key.value);
+    names.*key.name = config.ReadConfigString(key.key, settings.*key.value);
   }
   return names;
 }
@@ -166,7 +164,7 @@ DisplayNames readDisplayNames(foundation::ConfigManager& config, const FilterSet
 bool writeDisplayNames(foundation::ConfigManager& config, const DisplayNames& names) {
   bool written = true;
   for (const NameKey& key : kNameKeys) {
-    written &= config.WriteConfigString(names.*key.name, key.key, kNamesSection, foundation::StoreMachine);
+    written &= config.WriteConfigString(names.*key.name, key.key);
   }
   return written;
 }
@@ -175,7 +173,7 @@ bool dropStaleNames(foundation::ConfigManager& config, const FilterSettings& bef
   bool written = true;
   for (const NameKey& key : kNameKeys) {
     if (before.*key.value == after.*key.value) continue;
-    written &= config.WriteConfigString(std::nullopt, key.key, kNamesSection, foundation::StoreMachine);
+    written &= config.ForgetConfig(key.key);
   }
   return written;
 }
@@ -219,11 +217,10 @@ base::DateTime parsePeriod(std::string_view stored, std::string_view fallback) {
 
 DialogPeriod readDialogPeriod(foundation::ConfigManager& config) {
   constexpr std::string_view kStart = "1/1/2001 00:00:00";
-  constexpr std::string_view kEnd = foundation::kDefaultPeriodEnd;
-  const auto read = [&](std::string_view key, std::string_view fallback) {
-    return parsePeriod(config.ReadConfigString(key, kFilterSection, foundation::StoreMachine, fallback), fallback);
+  const auto read = [&](const foundation::TextKey& key, std::string_view fallback) {
+    return parsePeriod(config.ReadConfigString(key, fallback), fallback);
   };
-  return {read("IntervalStart", kStart), read("IntervalEnd", kEnd)};
+  return {read(keys::IntervalStart, kStart), read(keys::IntervalEnd, keys::IntervalEnd.fallback)};
 }
 
 }  // namespace filter

@@ -8,7 +8,8 @@
 #include <string_view>
 
 #include "base/datetime.h"
-#include "foundation/settings_catalogue.h"
+#include "foundation/config_manager.h"
+#include "foundation/setting_keys.h"
 
 namespace filter {
 
@@ -52,18 +53,17 @@ struct FilterSettings {
   bool operator==(const FilterSettings&) const = default;
 };
 
-inline constexpr std::string_view kFilterSection = "Calls";
 inline constexpr std::string_view kPeriodFormat = "%m/%d/%Y %H:%M:%S";
 
 enum class KeyType { Integer, Text, DateTime };
 
 // One key of the section and the member that holds it.
 struct FilterKey {
-  std::string_view key;
+  const foundation::Setting& setting;
   KeyType type;
-  std::string_view fallback;  // of texts and dates; integers default to 0
   std::int32_t FilterSettings::*integer = nullptr;
   std::string FilterSettings::*text = nullptr;
+  std::string_view key = setting.key;
 };
 
 // In the order in which they are shown.
@@ -101,9 +101,16 @@ void setValue(FilterSettings& settings, std::string_view key, std::string_view v
 // The operator's commands: what clearing sets back to the default, and what choosing a month sets. Clearing leaves
 // "OnFilter", "Hidden", "OnIncoming", "OnOutgoing" and "OnMinDuration".
 inline constexpr std::array<std::string_view, 13> kClearedKeys = {
-    "OnExtension", "OnDepartment", "OnName",       "OnAccount", "OnClient", "OnFolder", "OnArea",
-    "OnTrunk",     "OnPeriod",     "NumberPrefix", "Number",    "Country",  "Provider"};
-inline constexpr std::array<std::string_view, 4> kMonthKeys = {"OnFilter", "OnPeriod", "IntervalStart", "IntervalEnd"};
+    foundation::keys::filter::OnExtension.key, foundation::keys::filter::OnDepartment.key,
+    foundation::keys::filter::OnName.key,      foundation::keys::filter::OnAccount.key,
+    foundation::keys::filter::OnClient.key,    foundation::keys::filter::OnFolder.key,
+    foundation::keys::filter::OnArea.key,      foundation::keys::filter::OnTrunk.key,
+    foundation::keys::filter::OnPeriod.key,    foundation::keys::filter::NumberPrefix.key,
+    foundation::keys::filter::Number.key,      foundation::keys::filter::Country.key,
+    foundation::keys::filter::Provider.key};
+inline constexpr std::array<std::string_view, 4> kMonthKeys = {
+    foundation::keys::filter::OnFilter.key, foundation::keys::filter::OnPeriod.key,
+    foundation::keys::filter::IntervalStart.key, foundation::keys::filter::IntervalEnd.key};
 void setThisMonth(FilterSettings& settings, base::DateTime today);
 void setPreviousMonth(FilterSettings& settings, base::DateTime today);
 

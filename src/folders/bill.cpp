@@ -90,8 +90,10 @@ std::optional<std::string> readTemplate(const FolderServices& services) {
 std::optional<std::string> filling(std::string_view placeholder, const BillRequest& request,
                                    const FolderServices& services, const std::string& tables) {
   const auto page = [](std::string_view text) { return base::encodeHtml(text, 1252); };
+  // The template names the key itself.
   const auto setting = [&](std::string_view key) {
-    return page(base::escapeHtml(services.config.ReadConfigString(key, "general", foundation::StoreDatabase, "")));
+    return page(
+        base::escapeHtml(services.config.ReadConfigString(key, foundation::kGeneral, foundation::StoreDatabase, "")));
   };
   constexpr std::string_view kShown = "%d.%m.%Y %H:%M";
   if (placeholder == "%EXT%") return page(base::escapeHtml(request.extension));
@@ -99,7 +101,7 @@ std::optional<std::string> filling(std::string_view placeholder, const BillReque
     return base::format("<b>%s</b> - <b>%s</b>", request.from.format(kShown), request.to.format(kShown));
   }
   if (placeholder == "%REPORT%") return page(tables);
-  if (placeholder == "%RESELLER%") return setting("ResellerName");
+  if (placeholder == "%RESELLER%") return setting(foundation::keys::ResellerName.key);
   if (placeholder.starts_with("%Organization")) return setting(placeholder.substr(1, placeholder.size() - 2));
   return std::nullopt;
 }
@@ -154,7 +156,7 @@ BillTotals readBill(const BillRequest& request, const FolderServices& services, 
     ++totals.calls;
     return true;
   });
-  totals.vatPercent = services.config.ReadConfigInt("OrganizationTVA", "general", foundation::StoreDatabase, 0);
+  totals.vatPercent = services.config.ReadConfigInt(foundation::keys::OrganizationTVA);
   totals.net = formatter.rounded(totals.net);
   totals.vat = formatter.rounded(totals.net * totals.vatPercent / 100);
   totals.total = totals.net + totals.vat;
@@ -187,8 +189,7 @@ bool writeBill(const BillRequest& request, const FolderServices& services, const
   BillTotals sums;
   const std::string tables = billTables(request, services, formatter, sums);
   if (totals != nullptr) *totals = sums;
-  const bool usesTemplate =
-      services.config.ReadConfigInt("TemplateHotel", "general", foundation::StoreDatabase, 0) != 0;
+  const bool usesTemplate = services.config.ReadConfigInt(foundation::keys::TemplateHotel) != 0;
   const std::optional<std::string> pattern = usesTemplate ? readTemplate(services) : std::nullopt;
   if (usesTemplate && !pattern) {
     services.person.messageBox("Can't open");

@@ -10,8 +10,7 @@ namespace folders {
 
 namespace {
 
-constexpr std::string_view kVisible = "VisibleColumns%d";
-constexpr std::string_view kWidths = "ColumnWidths%d";
+namespace keys = foundation::keys::columns;
 
 // Of a folder's layout among the settings.
 struct Place {
@@ -47,12 +46,10 @@ int ColumnLayout::widthOf(int kind) const {
 std::vector<ColumnLayout> loadLayouts(foundation::ConfigManager& config, std::string_view section) {
   std::vector<ColumnLayout> layouts;
   for (std::size_t number = 0;; ++number) {
-    const std::string visible =
-        config.ReadConfigString(base::format(kVisible, number), section, foundation::StoreMachine, "");
+    const std::string visible = config.ReadConfigString(keys::VisibleColumns.of(section, number));
     if (!config.LastFound()) return layouts;
     ColumnLayout layout{.visible = integers(visible), .widths = {}};
-    const auto widths =
-        integers(config.ReadConfigString(base::format(kWidths, number), section, foundation::StoreMachine, ""));
+    const auto widths = integers(config.ReadConfigString(keys::ColumnWidths.of(section, number)));
     for (std::size_t i = 0; i + 1 < widths.size(); i += 2) layout.widths.emplace_back(widths[i], widths[i + 1]);
     layouts.push_back(std::move(layout));
   }
@@ -65,8 +62,8 @@ bool saveLayouts(foundation::ConfigManager& config, std::string_view section, st
     std::string widths;
     for (const int kind : layouts[number].visible) visible += base::format("%d;", kind);
     for (const auto& [kind, width] : layouts[number].widths) widths += base::format("%d;%d;", kind, width);
-    written &= config.WriteConfigString(visible, base::format(kVisible, number), section, foundation::StoreMachine);
-    written &= config.WriteConfigString(widths, base::format(kWidths, number), section, foundation::StoreMachine);
+    written &= config.WriteConfigString(visible, keys::VisibleColumns.of(section, number));
+    written &= config.WriteConfigString(widths, keys::ColumnWidths.of(section, number));
   }
   return written;
 }

@@ -13,7 +13,7 @@ namespace folders {
 std::string applySurcharge(std::string sql, foundation::ConfigManager& config, const foundation::LanguageFile& texts) {
   constexpr std::string_view kPlaceholder = "%ADD%";
   if (sql.find(kPlaceholder) == std::string::npos) return sql;
-  const std::string rate = config.ReadConfigString("OrganizationTAXE", "general", foundation::StoreDatabase, "");
+  const std::string rate = config.ReadConfigString(foundation::keys::OrganizationTAXE);
   if (!foundation::isDecimal(rate)) throw jet::Error(3075, texts.TranslateFormat("IDS_SURCHARGE_UNUSABLE", rate), rate);
   return base::replaceAll(std::move(sql), kPlaceholder, base::format("(%s + 100)/100", rate));
 }

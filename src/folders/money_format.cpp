@@ -50,12 +50,10 @@ std::string withDecimals(double amount, std::int32_t count, const Separators& se
 
 const MoneyFormat::Decimals& MoneyFormat::decimals() const {
   if (!decimals_) {
-    const auto read = [&](std::string_view key, std::int32_t fallback) {
-      return config_.ReadConfigInt(key, "general", foundation::StoreDatabase, fallback);
-    };
-    decimals_ = Decimals{.above = std::clamp(read("DisplayDecimalsDefault", 0), 0, kMostDecimals),
-                         .limit = read("DisplayDecimalsValue", 100),
-                         .upToLimit = std::clamp(read("DisplayDecimals", 2), 0, kMostDecimals)};
+    decimals_ =
+        Decimals{.above = std::clamp(config_.ReadConfigInt(foundation::keys::DisplayDecimalsDefault), 0, kMostDecimals),
+                 .limit = config_.ReadConfigInt(foundation::keys::DisplayDecimalsValue),
+                 .upToLimit = std::clamp(config_.ReadConfigInt(foundation::keys::DisplayDecimals), 0, kMostDecimals)};
   }
   return *decimals_;
 }

@@ -77,17 +77,15 @@ void fillList(PdfSheets& sheets, FolderView& view) {
   table.finish();
 }
 
-std::string organization(const FolderServices& services, std::string_view key) {
-  return services.config.ReadConfigString(key, "general", foundation::StoreDatabase, "");
-}
-
 void drawBillHead(PdfSheets& sheets, const BillRequest& request, const FolderServices& services) {
   constexpr std::string_view kShown = "%d.%m.%Y %H:%M";
   const std::string period = base::format("%s - %s", request.from.format(kShown), request.to.format(kShown));
-  twoTexts(sheets, organization(services, "ResellerName"), {}, {.size = 16, .bold = true});
-  twoTexts(sheets, headerTexts({}, services).address, organization(services, "OrganizationTel"), kFaint);
-  twoTexts(sheets, organization(services, "OrganizationCF"), organization(services, "OrganizationEmail"), kFaint);
-  twoTexts(sheets, {}, organization(services, "OrganizationWeb"), kFaint);
+  twoTexts(sheets, organization(services, foundation::keys::ResellerName), {}, {.size = 16, .bold = true});
+  twoTexts(sheets, headerTexts({}, services).address, organization(services, foundation::keys::OrganizationTel),
+           kFaint);
+  twoTexts(sheets, organization(services, foundation::keys::OrganizationCF),
+           organization(services, foundation::keys::OrganizationEmail), kFaint);
+  twoTexts(sheets, {}, organization(services, foundation::keys::OrganizationWeb), kFaint);
   sheets.moveDown(4);
   sheets.rule(sheets.left(), sheets.y(), sheets.width(), 1.5, print::kAccent);
   sheets.moveDown(14);

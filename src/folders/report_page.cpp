@@ -13,35 +13,35 @@ namespace folders {
 
 namespace {
 
-std::string organization(const FolderServices& services, std::string_view key) {
-  return services.config.ReadConfigString(key, "general", foundation::StoreDatabase, "");
-}
-
 // Street and town, whichever are known.
 std::string addressLine(const FolderServices& services) {
-  const std::string street = organization(services, "OrganizationAddress");
-  const std::string town = organization(services, "OrganizationOras");
+  const std::string street = organization(services, foundation::keys::OrganizationAddress);
+  const std::string town = organization(services, foundation::keys::OrganizationOras);
   return street.empty() || town.empty() ? street + town : street + ", " + town;
 }
 
-// Parties whose columns take the captions that the user gave them: setting "Denumire" of the section.
+// Parties whose columns take the captions that the user gave them.
 struct PartyCaption {
   int kind;
-  std::string_view section;
+  const foundation::TextKey& caption;
 };
 constexpr std::array kPartyCaptions = {
-    PartyCaption{KindExtension, "Interior"},
-    PartyCaption{KindDepartment, "Depart"},
-    PartyCaption{KindClient, "Client"},
-    PartyCaption{KindFile, "Folder"},
+    PartyCaption{KindExtension, foundation::keys::captions::Interior},
+    PartyCaption{KindDepartment, foundation::keys::captions::Depart},
+    PartyCaption{KindClient, foundation::keys::captions::Client},
+    PartyCaption{KindFile, foundation::keys::captions::Folder},
 };
 
 }  // namespace
 
+std::string organization(const FolderServices& services, const foundation::TextKey& key) {
+  return services.config.ReadConfigString(key);
+}
+
 std::string printedHeading(const ViewColumn& column, foundation::ConfigManager& config) {
   for (const PartyCaption& party : kPartyCaptions) {
     if (party.kind != column.definition->kind) continue;
-    return config.ReadConfigString("Denumire", party.section, foundation::StoreMachine, column.caption);
+    return config.ReadConfigString(party.caption, column.caption);
   }
   return column.caption;
 }
@@ -52,7 +52,7 @@ HeaderTexts headerTexts(std::string_view name, const FolderServices& services) {
           .date = base::format("%s %s", texts.Translate("IDS_DATE_GENERATED"),
                                services.clock.now().format(kDateTimeFormat)),
           .address = addressLine(services),
-          .fiscalCode = organization(services, "OrganizationCF")};
+          .fiscalCode = organization(services, foundation::keys::OrganizationCF)};
 }
 
 std::string reportHeader(std::string_view title, std::string_view name, const FolderServices& services) {
@@ -92,7 +92,7 @@ std::string filterTable(const FolderServices& services, bool overCalls) {
 }
 
 std::string tableOpening(foundation::ConfigManager& config) {
-  const bool grid = config.ReadConfigInt("iface_grid", "General", foundation::StoreMachine, 0) == 1;
+  const bool grid = config.ReadConfigInt(foundation::keys::iface_Grid) == 1;
   return base::format(
       grid ? "<table border=1 cellspacing=2 cellpadding=0 width=100%%  style='font-size:8.0pt; font-family: Verdana;' "
              "> <TR>"
@@ -113,7 +113,7 @@ std::string_view alignmentName(Alignment alignment) {
 }
 
 std::filesystem::path listReportFile(foundation::ConfigManager& config, const std::filesystem::path& fallbackFolder) {
-  const std::string folder = config.ReadConfigString("Path", "general", foundation::StoreMachine, "");
+  const std::string folder = config.ReadConfigString(foundation::keys::Path);
   return folder.empty() ? fallbackFolder / "list.html" : base::systemPath(folder + "\\list.html");
 }
 

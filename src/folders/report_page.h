@@ -25,6 +25,8 @@ struct FooterTexts {
   std::string url;
 };
 [[nodiscard]] FooterTexts footerTexts(const FolderServices& services);
+// A text of the organisation's settings.
+[[nodiscard]] std::string organization(const FolderServices& services, const foundation::TextKey& key);
 // The heading of a list's column on paper: the user's own word for extensions, departments, clients and folders.
 [[nodiscard]] std::string printedHeading(const ViewColumn& column, foundation::ConfigManager& config);
 

@@ -11,7 +11,7 @@ constexpr std::size_t kMostOfCondition = 120;
 constexpr std::size_t kMostOfFile = 60;
 
 bool isLogged(const FolderServices& services) {
-  return services.config.ReadConfigInt("Log_CallViews", foundation::kGeneral, foundation::StoreDatabase, 0) != 0;
+  return services.config.ReadConfigInt(foundation::keys::Log_CallViews) != 0;
 }
 
 bool showsCalls(const FolderView& view) {

@@ -8,9 +8,6 @@ namespace foundation {
 
 namespace {
 
-constexpr const char* kPlacementKey = "Window Placement";
-constexpr const char* kPlacementSection = "general";
-
 // Rows of `Config` are found by a criterion with the name between quotation marks.
 bool canName(std::string_view key, std::string_view section) {
   return key.find('"') == std::string_view::npos && section.find('"') == std::string_view::npos;
@@ -155,11 +152,12 @@ std::optional<std::int32_t> ConfigManager::takeNumber(std::string_view key, std:
 }
 
 bool ConfigManager::WriteWindowPlacement(const WindowPlacement& placement) {
-  return machine_.writeBinary(kPlacementSection, kPlacementKey, {placement.begin(), placement.end()});
+  return machine_.writeBinary(keys::WindowPlacement.section, keys::WindowPlacement.key,
+                              {placement.begin(), placement.end()});
 }
 
 std::optional<WindowPlacement> ConfigManager::ReadWindowPlacement() {
-  const auto bytes = machine_.readBinary(kPlacementSection, kPlacementKey);
+  const auto bytes = machine_.readBinary(keys::WindowPlacement.section, keys::WindowPlacement.key);
   WindowPlacement placement{};
   if (!bytes || bytes->size() != placement.size()) return std::nullopt;
   std::copy(bytes->begin(), bytes->end(), placement.begin());

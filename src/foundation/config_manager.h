@@ -10,15 +10,10 @@
 
 #include "foundation/change_tags.h"
 #include "foundation/machine_store.h"
+#include "foundation/setting_keys.h"
 #include "jet/database.h"
 
 namespace foundation {
-
-// Where a setting lives. Any other number is taken as the database store.
-enum Store : int { StoreMachine = 1, StoreDatabase = 2 };
-
-// The section of most settings.
-inline constexpr const char* kGeneral = "general";
 
 // The main frame's placement as it is kept: 44 bytes, opaque here.
 using WindowPlacement = std::array<unsigned char, 44>;
@@ -51,6 +46,26 @@ class ConfigManager {
     ConfigManager& config_;
   };
 
+  // A setting by its key (setting_keys.h). `fallback` is for a reader that does without the setting in its own way.
+  std::string ReadConfigString(const TextKey& key) { return ReadConfigString(key, key.fallback); }
+  std::string ReadConfigString(const TextKey& key, std::string_view fallback) {
+    return ReadConfigString(key.key, key.section, key.store, fallback);
+  }
+  std::int32_t ReadConfigInt(const NumberKey& key) { return ReadConfigInt(key, key.number); }
+  std::int32_t ReadConfigInt(const NumberKey& key, std::int32_t fallback) {
+    return ReadConfigInt(key.key, key.section, key.store, fallback);
+  }
+  bool WriteConfigString(std::optional<std::string_view> value, const TextKey& key) {
+    return WriteConfigString(value, key.key, key.section, key.store);
+  }
+  bool WriteConfigInt(std::int32_t value, const NumberKey& key) {
+    return WriteConfigInt(value, key.key, key.section, key.store);
+  }
+  // Deletes the value of the machine store, or empties the text of the database store.
+  bool ForgetConfig(const Setting& key) { return WriteConfigString(std::nullopt, key.key, key.section, key.store); }
+  std::optional<std::int32_t> takeNumber(const NumberKey& key) { return takeNumber(key.key, key.section); }
+
+  // A setting by its name, for names that only a user or the data know.
   // LastFound() tells afterwards whether a stored value was found; in the machine store a stored value that equals the
   // default counts as not found. Database-store calls throw jet::Error for faults of find and update.
   std::string ReadConfigString(std::string_view key, std::string_view section, int store, std::string_view fallback);

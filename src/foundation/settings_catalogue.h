@@ -1,48 +1,23 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
-#include "foundation/config_manager.h"
+#include "foundation/setting_keys.h"
 
 namespace foundation {
 
-enum class SettingType { Integer, String, Binary };
-
-// What a text setting holds, where not just any text will do.
-enum class SettingForm {
-  Any,
-  Folder,   // a folder; names of files are appended to it, so its writer adds the closing separator
-  Secret,   // a password: a list says only whether it is set
-  Decimal,  // a decimal number with "." or nothing; it goes into statements as it is
-};
-
-// A known setting: where it lives and what it holds, for the command line, the desktop's pages and the documents. Code
-// that reads one by its name from a ConfigManager repeats its store and default; a test of the tree compares them.
-struct Setting {
-  std::string_view section;  // may end in a placeholder, as "Provider_%d"
-  std::string_view key;      // may hold one placeholder at its end, as "ExtDef%d" or "PathDatabase_%s"
-  Store store;
-  SettingType type;
-  std::string_view fallback;  // as text; empty where the reader chooses
-  SettingForm form = SettingForm::Any;
-  std::int32_t least = std::numeric_limits<std::int32_t>::min();  // of integers
-  std::int32_t most = std::numeric_limits<std::int32_t>::max();
-};
-
-// The period of a filter whose period was never set.
-inline constexpr std::string_view kDefaultPeriodStart = "12/31/1999 00:00:00";
-inline constexpr std::string_view kDefaultPeriodEnd = "12/31/2002 23:59:59";
-inline constexpr std::string_view kDescribedPeriodEnd = "12/31/1999 23:59:59";  // in the description of the filter
-
-[[nodiscard]] std::span<const Setting> knownSettings();
+// Every setting of setting_keys.h, for what shows or checks them all: the command line, doctor.
+[[nodiscard]] std::span<const Setting* const> knownSettings();
 
 // The setting of that name, case ignored and placeholders matched; nullptr when it is not known.
 [[nodiscard]] const Setting* findSetting(std::string_view section, std::string_view key);
+
+// The value that holds while none is stored, as text; empty where there is none.
+[[nodiscard]] std::string defaultText(const Setting& setting);
 
 // A text as it may be stored in the setting: blanks at its ends are dropped, a folder gets its closing separator, a
 // whole number is written in plain digits. Throws std::invalid_argument, with the reason in English, for what is no

@@ -39,7 +39,7 @@ std::optional<std::string> Enrichment::nameOf(std::string_view normalisedNumber)
   const jet::Snapshot contacts = contactsByNumber_.open(parts_.main, withoutWildcards(normalisedNumber));
   if (!contacts.empty()) return contacts.at(0, "Contact").toText();
   if (parts_.phonebook == nullptr) return std::nullopt;
-  if (parts_.config.ReadConfigInt("ExternalPhonebook", "Calls", foundation::StoreDatabase, 1) == 0) return std::nullopt;
+  if (parts_.config.ReadConfigInt(foundation::keys::calls::ExternalPhonebook) == 0) return std::nullopt;
   return nameInPhonebook(normalisedNumber);
 }
 
@@ -83,8 +83,7 @@ bool Enrichment::setTariff(CallRow& row, exchange::CallRecord& record, tariff::P
 void Enrichment::setDepartment(CallRow& row, const exchange::CallRecord& record) {
   const std::string& ofExtension = parts_.parties.departmentOfExtension(record.extensionText);
   const std::string& ofAccount = parts_.parties.departmentOfAccount(record.accountCode);
-  const bool extensionFirst =
-      parts_.config.ReadConfigInt("Sursa_departament", "Calls", foundation::StoreDatabase, 0) == 0;
+  const bool extensionFirst = parts_.config.ReadConfigInt(foundation::keys::calls::Sursa_departament) == 0;
   const std::string& first = extensionFirst ? ofExtension : ofAccount;
   const std::string& second = extensionFirst ? ofAccount : ofExtension;
   row.set(&CallFields::Department, first.empty() ? second : first);

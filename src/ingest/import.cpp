@@ -91,8 +91,7 @@ std::optional<std::string> MonitorImport::reasonNotToStart() const {
 }
 
 std::optional<MonitorFolder> MonitorImport::monitorFolder() const {
-  const std::string setting =
-      recorder_.parts().config.ReadConfigString("PathMonitor", "general", foundation::StoreMachine, "");
+  const std::string setting = recorder_.parts().config.ReadConfigString(foundation::keys::PathMonitor);
   if (setting.empty()) return std::nullopt;
   return MonitorFolder(setting);
 }

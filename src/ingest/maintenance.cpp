@@ -34,7 +34,7 @@ bool endsQuotes(std::string_view text) {
 std::int64_t deleteOldCalls(jet::Database& main, foundation::ConfigManager& config, const platform::Clock& clock,
                             const std::function<void()>& beforeMany) {
   if (main.readOnly()) return 0;
-  const std::int32_t days = config.ReadConfigInt("Sterge", "Calls", foundation::StoreDatabase, -1);
+  const std::int32_t days = config.ReadConfigInt(foundation::keys::calls::Sterge);
   if (days <= 0) return 0;
   const base::DateTime limit = clock.now().midnight().plusDays(1 - static_cast<std::int64_t>(days));
 

@@ -19,8 +19,7 @@ constexpr std::size_t kParametersAt = 5;
 constexpr std::chrono::seconds kTimeToSend{5};
 
 std::string deviceOf(foundation::ConfigManager& config, std::string_view portName) {
-  std::string device =
-      config.ReadConfigString("Device_" + std::string(portName), "general", foundation::StoreMachine, "");
+  std::string device = config.ReadConfigString(foundation::keys::DeviceOfPort.of(portName));
   if (!device.empty()) return device;
   const bool isCom = portName.size() > 3 && base::equalFoldAscii(portName.substr(0, 3), "COM");
   const int number = isCom ? base::leadingInteger(portName.substr(3)) : 0;
@@ -39,8 +38,8 @@ OutputAddress outputAddress(foundation::ConfigManager& config, std::string_view 
 
 void OutputPort::Open() {
   Close();
-  const std::string comOut = config_.ReadConfigString("COMOut", "general", foundation::StoreMachine, "");
-  outFile_ = config_.ReadConfigString("OutFile", "general", foundation::StoreMachine, "");
+  const std::string comOut = config_.ReadConfigString(foundation::keys::COMOut);
+  outFile_ = config_.ReadConfigString(foundation::keys::OutFile);
   if (!comOut.empty()) openPort(comOut);
 }
 

@@ -98,7 +98,7 @@ void Recorder::setHidden(CallRow& row, const exchange::CallRecord& record, const
 
 void Recorder::forward(const exchange::CallRecord& record, const tariff::PricingContext& context, double priceRef) {
   if (parts_.output == nullptr || !parts_.output->isOpen() || record.incoming != 0) return;
-  const std::string tax = parts_.config.ReadConfigString("OrganizationTAXE", "general", foundation::StoreDatabase, "");
+  const std::string tax = parts_.config.ReadConfigString(foundation::keys::OrganizationTAXE);
   // In single bytes, like the record that it came from: the columns of the line are counted so.
   const int codepage = parts_.language.codepage();
   exchange::CallRecord sent = record;

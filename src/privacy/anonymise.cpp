@@ -6,9 +6,7 @@ namespace privacy {
 
 namespace {
 
-constexpr std::string_view kSection = "Calls";
-constexpr std::string_view kDone = "AnonymisedBefore";          // the day as it is stored
-constexpr std::string_view kConfirmed = "AnonymisedConfirmed";  // the same, of what cannot be taken back
+namespace keys = foundation::keys::calls;
 
 std::string cut(const std::string& number) {
   constexpr std::size_t kCut = Anonymisation::kDigitsCut;
@@ -18,11 +16,11 @@ std::string cut(const std::string& number) {
 }  // namespace
 
 std::optional<base::DateTime> Anonymisation::doneBefore() {
-  return base::DateTime::fromStored(config_.ReadConfigString(kDone, kSection, foundation::StoreDatabase, ""));
+  return base::DateTime::fromStored(config_.ReadConfigString(keys::AnonymisedBefore));
 }
 
 void Anonymisation::keepDoneBefore(std::string_view date) {
-  config_.WriteConfigString(date, kDone, kSection, foundation::StoreDatabase);
+  config_.WriteConfigString(date, keys::AnonymisedBefore);
 }
 
 std::int64_t Anonymisation::waiting() {
@@ -78,7 +76,7 @@ std::int64_t Anonymisation::undo() {
     ++count;
   }
   main_.execute("delete from CallsBefore");
-  keepDoneBefore(config_.ReadConfigString(kConfirmed, kSection, foundation::StoreDatabase, ""));
+  keepDoneBefore(config_.ReadConfigString(keys::AnonymisedConfirmed));
   transaction.commit();
   return count;
 }
@@ -86,8 +84,7 @@ std::int64_t Anonymisation::undo() {
 std::int64_t Anonymisation::confirm() {
   jet::Transaction transaction(main_);
   const std::int64_t count = main_.execute("delete from CallsBefore");
-  config_.WriteConfigString(config_.ReadConfigString(kDone, kSection, foundation::StoreDatabase, ""), kConfirmed,
-                            kSection, foundation::StoreDatabase);
+  config_.WriteConfigString(config_.ReadConfigString(keys::AnonymisedBefore), keys::AnonymisedConfirmed);
   transaction.commit();
   return count;
 }

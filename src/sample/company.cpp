@@ -79,18 +79,18 @@ constexpr Client kClients[] = {
 };
 
 constexpr OrganizationText kOrganization[] = {
-    {"OrganizationTAXE", "0"},
-    {"OrganizationAddress", "Str. Morii nr. 12"},
-    {"OrganizationOras", "București"},
-    {"OrganizationTel", "021 555 0100"},
-    {"OrganizationFax", "021 555 0199"},
-    {"OrganizationEmail", "office@atelierele-carpati.example"},
-    {"OrganizationWeb", "www.atelierele-carpati.example"},
-    {"OrganizationCF", "RO 12345678"},
-    {"OrganizationCont", "RO00 BNKX 0000 0000 0000 0001"},
-    {"OrganizationBanca", "Banca Meșteșugarilor"},
-    {"OrganizationPrefix", "021"},
-    {"ResellerName", "Atelierele Carpați SRL"},
+    {foundation::keys::OrganizationTAXE, "0"},
+    {foundation::keys::OrganizationAddress, "Str. Morii nr. 12"},
+    {foundation::keys::OrganizationOras, "București"},
+    {foundation::keys::OrganizationTel, "021 555 0100"},
+    {foundation::keys::OrganizationFax, "021 555 0199"},
+    {foundation::keys::OrganizationEmail, "office@atelierele-carpati.example"},
+    {foundation::keys::OrganizationWeb, "www.atelierele-carpati.example"},
+    {foundation::keys::OrganizationCF, "RO 12345678"},
+    {foundation::keys::OrganizationCont, "RO00 BNKX 0000 0000 0000 0001"},
+    {foundation::keys::OrganizationBanca, "Banca Meșteșugarilor"},
+    {foundation::keys::OrganizationPrefix, "021"},
+    {foundation::keys::ResellerName, "Atelierele Carpați SRL"},
 };
 
 constexpr CurrencyRow kCurrencies[] = {{1, "RON", 1.0, true}, {2, "EUR", 4.97, false}, {3, "USD", 4.58, false}};

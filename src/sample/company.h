@@ -48,7 +48,7 @@ struct Client {
 
 // A text setting of section "general" in the database store.
 struct OrganizationText {
-  std::string_view key;
+  const foundation::TextKey& key;
   std::string_view value;
 };
 

@@ -13,9 +13,6 @@ namespace sample {
 
 namespace {
 
-using foundation::StoreDatabase;
-using foundation::StoreMachine;
-
 void addCurrencies(jet::Database& main, foundation::ConfigManager& config) {
   // The new database holds the default currency alone; the list is written whole.
   main.execute("delete from Currency");
@@ -24,7 +21,7 @@ void addCurrencies(jet::Database& main, foundation::ConfigManager& config) {
   for (const CurrencyRow& currency : currencies()) {
     rows.add({currency.id, currency.name, currency.ratio, *modified, currency.isDefault ? 1 : 0, 0});
   }
-  config.WriteConfigInt(static_cast<std::int32_t>(currencies().size()) + 1, "LastCurrencyID", "general", StoreDatabase);
+  config.WriteConfigInt(static_cast<std::int32_t>(currencies().size()) + 1, foundation::keys::LastCurrencyID);
 }
 
 void addContacts(jet::Database& main, foundation::ConfigManager& config) {
@@ -36,16 +33,16 @@ void addContacts(jet::Database& main, foundation::ConfigManager& config) {
     rows.add({i + 1, entry.name, entry.organization, entry.display, "", entry.type, entry.address, entry.web,
               entry.email, entry.number, normalised(entry.number), entry.number});
   }
-  config.WriteConfigInt(kContacts + 1, "Next RecID", "Contacts", StoreDatabase);
+  config.WriteConfigInt(kContacts + 1, foundation::keys::contacts::NextRecID);
 }
 
 void addOrganization(foundation::ConfigManager& config) {
   for (const OrganizationText& text : organization()) {
-    config.WriteConfigString(text.value, text.key, "general", StoreDatabase);
+    config.WriteConfigString(text.value, text.key);
   }
-  config.WriteConfigInt(kVatPercent, "OrganizationTVA", "general", StoreDatabase);
-  config.WriteConfigString(kCountryCode, "CountryCode", "general", StoreMachine);
-  config.WriteConfigString(kAreaCode, "AreaCode", "general", StoreMachine);
+  config.WriteConfigInt(kVatPercent, foundation::keys::OrganizationTVA);
+  config.WriteConfigString(kCountryCode, foundation::keys::CountryCode);
+  config.WriteConfigString(kAreaCode, foundation::keys::AreaCode);
 }
 
 }  // namespace

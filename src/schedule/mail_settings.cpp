@@ -9,8 +9,7 @@ namespace schedule {
 
 namespace {
 
-constexpr const char* kSection = "Mail";
-constexpr std::int32_t kSubmissionPort = 587;
+namespace keys = foundation::keys::mail;
 
 struct EncryptionWord {
   mail::Encryption encryption;
@@ -20,13 +19,13 @@ constexpr EncryptionWord kWords[] = {
     {mail::Encryption::None, "none"}, {mail::Encryption::StartTls, "starttls"}, {mail::Encryption::Tls, "tls"}};
 
 struct TextSetting {
-  const char* key;
+  const foundation::TextKey& key;
   std::string mail::Server::*member;
 };
-constexpr TextSetting kTexts[] = {{"Server", &mail::Server::host},
-                                  {"User", &mail::Server::user},
-                                  {"Password", &mail::Server::password},
-                                  {"Authorities", &mail::Server::authorities}};
+constexpr TextSetting kTexts[] = {{keys::Server, &mail::Server::host},
+                                  {keys::User, &mail::Server::user},
+                                  {keys::Password, &mail::Server::password},
+                                  {keys::Authorities, &mail::Server::authorities}};
 
 // Letters of a host's name or number: whatever else is typed would become another part of an address.
 bool isHost(std::string_view host) {
@@ -66,14 +65,12 @@ std::optional<base::Refusal> mailFault(const MailSettings& settings) {
 }
 
 MailSettings storedMailSettings(foundation::ConfigManager& config) {
-  const auto text = [&](const char* key) {
-    return config.ReadConfigString(key, kSection, foundation::StoreMachine, "");
-  };
   MailSettings settings;
-  for (const TextSetting& setting : kTexts) settings.server.*setting.member = text(setting.key);
-  settings.server.port = config.ReadConfigInt("Port", kSection, foundation::StoreMachine, kSubmissionPort);
-  settings.server.encryption = parseEncryption(text("Encryption")).value_or(mail::Encryption::StartTls);
-  settings.from = text("From");
+  for (const TextSetting& setting : kTexts) settings.server.*setting.member = config.ReadConfigString(setting.key);
+  settings.server.port = config.ReadConfigInt(keys::Port);
+  settings.server.encryption =
+      parseEncryption(config.ReadConfigString(keys::Encryption)).value_or(mail::Encryption::StartTls);
+  settings.from = config.ReadConfigString(keys::From);
   return settings;
 }
 
@@ -89,14 +86,13 @@ MailSettings readMailSettings(foundation::ConfigManager& config) {
 
 bool writeMailSettings(foundation::ConfigManager& config, const MailSettings& settings) {
   if (const auto fault = mailFault(settings)) throw base::Refused<std::invalid_argument>(*fault);
-  const auto write = [&](const char* key, std::string_view value) {
-    return config.WriteConfigString(value, key, kSection, foundation::StoreMachine);
-  };
   bool written = true;
-  for (const TextSetting& setting : kTexts) written = write(setting.key, settings.server.*setting.member) && written;
-  written = config.WriteConfigInt(settings.server.port, "Port", kSection, foundation::StoreMachine) && written;
-  written = write("Encryption", encryptionWord(settings.server.encryption)) && written;
-  return write("From", settings.from) && written;
+  for (const TextSetting& setting : kTexts) {
+    written = config.WriteConfigString(settings.server.*setting.member, setting.key) && written;
+  }
+  written = config.WriteConfigInt(settings.server.port, keys::Port) && written;
+  written = config.WriteConfigString(encryptionWord(settings.server.encryption), keys::Encryption) && written;
+  return config.WriteConfigString(settings.from, keys::From) && written;
 }
 
 }  // namespace schedule

@@ -16,17 +16,19 @@ constexpr std::size_t kMaxText = 255;
 // Retentions beyond this many days (a thousand years) keep everything anyway, and their cutoff may be no date.
 constexpr std::int32_t kLongestRetention = 365000;
 
+namespace keys = foundation::keys;
+
 struct Category {
   LogLevel level;
-  const char* showKey;
-  const char* recordKey;
+  const foundation::NumberKey& showKey;
+  const foundation::NumberKey& recordKey;
 };
 constexpr Category kCategories[] = {
-    {LogLogin, "LogFilt_Login", "Log_Login"},    {LogSecurity, "LogFilt_Security", "Log_Security"},
-    {LogAdd, "LogFilt_Add", "Log_Add"},          {LogEdit, "LogFilt_Edit", "Log_Edit"},
-    {LogDelete, "LogFilt_Del", "Log_Del"},       {LogPrint, "LogFilt_Print", "Log_Print"},
-    {LogFolder, "LogFilt_Folder", "Log_Folder"}, {LogTransaction, "LogFilt_Tranz", "Log_Tranz"},
-    {LogError, "LogFilt_Err", "Log_Err"},
+    {LogLogin, keys::LogFilt_Login, keys::Log_Login},    {LogSecurity, keys::LogFilt_Security, keys::Log_Security},
+    {LogAdd, keys::LogFilt_Add, keys::Log_Add},          {LogEdit, keys::LogFilt_Edit, keys::Log_Edit},
+    {LogDelete, keys::LogFilt_Del, keys::Log_Del},       {LogPrint, keys::LogFilt_Print, keys::Log_Print},
+    {LogFolder, keys::LogFilt_Folder, keys::Log_Folder}, {LogTransaction, keys::LogFilt_Tranz, keys::Log_Tranz},
+    {LogError, keys::LogFilt_Err, keys::Log_Err},
 };
 
 // A date of the filter, "%m/%d/%Y" as text and by its parts.
@@ -50,7 +52,7 @@ FilterDate splitDate(std::string text) {
 std::string levelCondition(foundation::ConfigManager& config) {
   std::string condition;
   for (const Category& category : kCategories) {
-    if (config.ReadConfigInt(category.showKey, foundation::kGeneral, foundation::StoreMachine, 0) == 0) continue;
+    if (config.ReadConfigInt(category.showKey) == 0) continue;
     if (!condition.empty()) condition += " OR ";
     condition += base::format(" Level = %d ", static_cast<int>(category.level));
   }
@@ -84,8 +86,7 @@ void AuditLog::CloseLog() {
 
 void AuditLog::LoadLogLevels() {
   for (const Category& category : kCategories) {
-    LogLevelEnabled_[static_cast<std::size_t>(category.level) - 1] =
-        config_.ReadConfigInt(category.recordKey, foundation::kGeneral, foundation::StoreMachine, 0);
+    LogLevelEnabled_[static_cast<std::size_t>(category.level) - 1] = config_.ReadConfigInt(category.recordKey);
   }
 }
 
@@ -101,36 +102,29 @@ bool AuditLog::writeEntry(int level, std::string text) {
 }
 
 std::string AuditLog::BuildLogFilter() {
-  const auto number = [this](const char* key) {
-    return config_.ReadConfigInt(key, foundation::kGeneral, foundation::StoreMachine, 0);
-  };
   // A date that was never chosen is today's: an empty one would make a condition that is none.
-  const auto date = [this](const char* key) {
+  const auto date = [this](const foundation::TextKey& key) {
     const std::string today = clock_.now().format("%m/%d/%Y");
-    return splitDate(config_.ReadConfigString(key, foundation::kGeneral, foundation::StoreMachine, today));
+    return splitDate(config_.ReadConfigString(key, today));
   };
 
-  if (number("LogFilt_Enabled") == 0) return "1=1";
+  if (config_.ReadConfigInt(keys::LogFilt_Enabled) == 0) return "1=1";
   std::string condition = levelCondition(config_);
-  if (number("LogFilt_UserEnabled") != 0) {
+  if (config_.ReadConfigInt(keys::LogFilt_UserEnabled) != 0) {
     if (!condition.empty()) condition += " AND ";
-    condition += base::format(" UserName = \"%s\" ", config_.ReadConfigString("LogFilt_User", foundation::kGeneral,
-                                                                              foundation::StoreMachine, ""));
+    condition += base::format(" UserName = \"%s\" ", config_.ReadConfigString(keys::LogFilt_User));
   }
-  if (number("LogFilt_IntervalEnabled") != 0) {
+  if (config_.ReadConfigInt(keys::LogFilt_IntervalEnabled) != 0) {
     if (!condition.empty()) condition += " AND ";
-    condition += intervalCondition(date("LogFilt_IntervalStart"), date("LogFilt_IntervalEnd"));
+    condition += intervalCondition(date(keys::LogFilt_IntervalStart), date(keys::LogFilt_IntervalEnd));
   }
   return condition.empty() ? "1=1" : condition;
 }
 
 bool AuditLog::PurgeOldLogEntries() {
   if (database_ == nullptr || database_->readOnly()) return true;
-  const auto number = [this](const char* key) {
-    return config_.ReadConfigInt(key, foundation::kGeneral, foundation::StoreDatabase, 0);
-  };
-  const std::int32_t days = std::min(number("Log_DeleteAfter"), kLongestRetention);
-  if (days <= 0 || number("Log_DeleteEnabled") == 0) return false;
+  const std::int32_t days = std::min(config_.ReadConfigInt(keys::Log_DeleteAfter), kLongestRetention);
+  if (days <= 0 || config_.ReadConfigInt(keys::Log_DeleteEnabled) == 0) return false;
   const base::DateTime cutoff = clock_.now().midnight().plusDays(-(days - std::int64_t{1}));
   try {
     // One statement, not row by row: a log may hold a million entries when its retention is first switched on.

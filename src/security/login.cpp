@@ -21,14 +21,6 @@ std::uint32_t storedDigest(jet::Recordset& users) {
 
 }  // namespace
 
-std::string LoginManager::setting(const char* key) {
-  return services_.config.ReadConfigString(key, foundation::kGeneral, foundation::StoreMachine, "");
-}
-
-void LoginManager::keepSetting(const char* key, const std::string& value) {
-  services_.config.WriteConfigString(value, key, foundation::kGeneral, foundation::StoreMachine);
-}
-
 void LoginManager::show(const char* key) {
   services_.person.messageBox(services_.texts.Translate(key));
 }
@@ -38,22 +30,27 @@ void LoginManager::log(LogLevel level, const char* key) {
 }
 
 std::optional<Credentials> LoginManager::ask() {
-  auto answer = prompt_.askLogin(setting("LastUser"));
-  if (answer) keepSetting("LastUser", answer->name);
+  auto answer = prompt_.askLogin(services_.config.ReadConfigString(foundation::keys::LastUser));
+  if (answer) services_.config.WriteConfigString(answer->name, foundation::keys::LastUser);
   return answer;
 }
 
 bool LoginManager::Login(AutoLogin automatic) {
   session_ = CurrentUser();
   services_.database.setMasks(nullptr);
-  const std::string autoUser = automatic == AutoLogin::Allowed ? setting("AutoLoginUser") : std::string();
-  auto answer = autoUser.empty() ? ask() : std::optional(Credentials{autoUser, setting("AutoLoginPassword")});
+  const std::string autoUser = automatic == AutoLogin::Allowed
+                                   ? services_.config.ReadConfigString(foundation::keys::AutoLoginUser)
+                                   : std::string();
+  auto answer = autoUser.empty()
+                    ? ask()
+                    : std::optional(Credentials{
+                          autoUser, services_.config.ReadConfigString(foundation::keys::AutoLoginPassword)});
   for (int failures = 0; answer; answer = ask()) {
     switch (tryLogin(*answer)) {
       case Attempt::Accepted:
         if (!autoUser.empty()) {
-          keepSetting("AutoLoginUser", session_.CurrentUserName);
-          keepSetting("AutoLoginPassword", session_.password);
+          services_.config.WriteConfigString(session_.CurrentUserName, foundation::keys::AutoLoginUser);
+          services_.config.WriteConfigString(session_.password, foundation::keys::AutoLoginPassword);
         }
         session_.UserLoggedIn = true;
         services_.database.setMasks(databaseMasks(session_.mask));

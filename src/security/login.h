@@ -72,8 +72,6 @@ class LoginManager {
  private:
   enum class Attempt { Accepted, Refused, NotLoaded };
 
-  [[nodiscard]] std::string setting(const char* key);
-  void keepSetting(const char* key, const std::string& value);
   void show(const char* key);
   void log(LogLevel level, const char* key);
   std::optional<Credentials> ask();

@@ -23,10 +23,8 @@ std::string throughServer(foundation::ConfigManager& config, const std::string& 
 
 std::string throughProgram(foundation::ConfigManager& config, const std::string& to, const std::string& subject,
                            const std::string& text) {
-  const std::string program =
-      config.ReadConfigString("MailProgram", foundation::kGeneral, foundation::StoreMachine, "/usr/sbin/sendmail");
-  const std::string from =
-      config.ReadConfigString("OrganizationEmail", foundation::kGeneral, foundation::StoreDatabase, "");
+  const std::string program = config.ReadConfigString(foundation::keys::MailProgram);
+  const std::string from = config.ReadConfigString(foundation::keys::OrganizationEmail);
   const std::string fault =
       alarms::runProgram({base::systemPath(program).string(), "-oi", "-t"}, alarms::mailText(from, to, subject, text));
   return fault.empty() ? fault : program + " " + fault;
@@ -36,7 +34,7 @@ std::string throughProgram(foundation::ConfigManager& config, const std::string&
 
 alarms::SendMail alarmMailer(foundation::ConfigManager& config) {
   return [&config](const std::string& to, const std::string& subject, const std::string& text) {
-    const bool hasServer = !config.ReadConfigString("Server", "Mail", foundation::StoreMachine, "").empty();
+    const bool hasServer = !config.ReadConfigString(foundation::keys::mail::Server).empty();
     return hasServer ? throughServer(config, to, subject, text) : throughProgram(config, to, subject, text);
   };
 }

@@ -62,7 +62,7 @@ void makeDatabases(const schema::DatabasePlace& place, const DataFolderPlan& pla
   tags.LoadTouch(*main);
   tools.config.OpenConfig(*main, tags);
   // A bill without its page names neither organisation nor period.
-  tools.config.WriteConfigInt(1, "TemplateHotel", foundation::kGeneral, foundation::StoreDatabase);
+  tools.config.WriteConfigInt(1, foundation::keys::TemplateHotel);
   if (plan.withSample) sample::fillMain(*main, tools.config);
   tools.config.CloseConfig();
   tags.CloseTouch();
@@ -165,22 +165,18 @@ void addFirstUsers(jet::Database& main, const platform::Clock& clock, const std:
 }
 
 bool useDataFolder(const fs::path& folder, foundation::ConfigManager& config, const fs::path& monitor) {
-  using foundation::StoreMachine;
   const auto place = schema::DatabasePlace::ofTyped(folder);
-  return config.WriteConfigString(place.setting(), "PathDatabase", foundation::kGeneral, StoreMachine) &&
-         config.WriteConfigString(folderSetting(monitorOf(monitor, place, config)), "PathMonitor", foundation::kGeneral,
-                                  StoreMachine) &&
-         config.WriteConfigString(folderSetting(folderOfFiles(place, config)), "Path", foundation::kGeneral,
-                                  StoreMachine) &&
-         config.WriteConfigString(kAdministrator, "LastUser", foundation::kGeneral, StoreMachine) &&
-         showBarsAtFirst(config);
+  return config.WriteConfigString(place.setting(), foundation::keys::PathDatabase) &&
+         config.WriteConfigString(folderSetting(monitorOf(monitor, place, config)), foundation::keys::PathMonitor) &&
+         config.WriteConfigString(folderSetting(folderOfFiles(place, config)), foundation::keys::Path) &&
+         config.WriteConfigString(kAdministrator, foundation::keys::LastUser) && showBarsAtFirst(config);
 }
 
 bool showBarsAtFirst(foundation::ConfigManager& config) {
   bool written = true;
-  for (const char* key : {"iface_Toolbar", "iface_Statusbar"}) {
-    if (config.machineStore().readInt(foundation::kGeneral, key)) continue;
-    written = config.WriteConfigInt(1, key, foundation::kGeneral, foundation::StoreMachine) && written;
+  for (const foundation::NumberKey& key : {foundation::keys::iface_Toolbar, foundation::keys::iface_Statusbar}) {
+    if (config.machineStore().readInt(key.section, key.key)) continue;
+    written = config.WriteConfigInt(1, key) && written;
   }
   return written;
 }

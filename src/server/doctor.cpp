@@ -25,7 +25,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using foundation::kGeneral;
 using foundation::StoreMachine;
 
 bool mayWrite(const fs::path& path) {
@@ -45,7 +44,7 @@ class Examination {
     checkMachineStore();
     checkLanguageFile();
     checkMachineSettings();
-    const std::string data = setting("PathDatabase");
+    const std::string data = setting(foundation::keys::PathDatabase);
     if (data.empty() || data == "---") {
       wrong("data folder", "no data folder is set", patient_.machineStore.file().string(),
             "Make one: tallyctl init DIR");
@@ -63,7 +62,7 @@ class Examination {
   }
 
  private:
-  std::string setting(std::string_view key) { return config_.ReadConfigString(key, kGeneral, StoreMachine, ""); }
+  std::string setting(const foundation::TextKey& key) { return config_.ReadConfigString(key, ""); }
 
   void good(std::string_view part, std::string what, std::string detail = {}) {
     findings_.push_back({Health::Good, part, std::move(what), std::move(detail), {}});
@@ -93,7 +92,7 @@ class Examination {
   }
 
   void checkLanguageFile() {
-    const std::string folder = base::withSeparator(setting("path"));
+    const std::string folder = base::withSeparator(setting(foundation::keys::Path));
     fs::path file = base::systemPath(folder + "Tallybook.lng");
     if (!file.has_parent_path() || !fileExists(file)) file = patient_.programFolder / "Tallybook.lng";
     foundation::LanguageFile language;
@@ -110,7 +109,8 @@ class Examination {
   // A value of the wrong type or out of range is not in force, or does what no one meant.
   void checkMachineSettings() {
     std::size_t faults = 0;
-    for (const foundation::Setting& known : foundation::knownSettings()) {
+    for (const foundation::Setting* each : foundation::knownSettings()) {
+      const foundation::Setting& known = *each;
       if (known.store != StoreMachine || known.type == foundation::SettingType::Binary) continue;
       const auto text = patient_.machineStore.readString(known.section, known.key);
       const auto number = patient_.machineStore.readInt(known.section, known.key);
@@ -169,7 +169,7 @@ class Examination {
   }
 
   void checkMonitor() {
-    const std::string set = setting("PathMonitor");
+    const std::string set = setting(foundation::keys::PathMonitor);
     if (set.empty()) {
       return note("monitor folder", "none is set: nothing is imported", "",
                   "tallyctl setting set PathMonitor FOLDER/ --where machine");
@@ -204,7 +204,7 @@ class Examination {
   }
 
   void checkLiveSocket() {
-    const std::string set = setting("LiveSocket");
+    const std::string set = setting(foundation::keys::LiveSocket);
     const fs::path socket = set.empty() ? platform::defaultLiveSocket() : base::systemPath(set);
     if (!platform::InstanceLock::isHeld(patient_.lockFile)) {
       return note("service", "no program that imports and takes live calls runs", patient_.lockFile.string(),
@@ -221,9 +221,9 @@ class Examination {
   }
 
   void checkOutput() {
-    const std::string port = setting("COMOut");
+    const std::string port = setting(foundation::keys::COMOut);
     if (!port.empty()) checkOutputPort(port);
-    const std::string file = setting("OutFile");
+    const std::string file = setting(foundation::keys::OutFile);
     if (file.empty()) return;
     const fs::path path = base::systemPath(file);
     if (fileExists(path) ? mayWrite(path) : mayWrite(path.parent_path())) {

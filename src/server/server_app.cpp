@@ -61,22 +61,19 @@ CServerApp::Start CServerApp::InitInstance(std::string_view commandLine, OneCopy
 }
 
 void CServerApp::applyProfile(std::string_view name) {
-  const auto ofProfile = [&](std::string_view key) {
-    return config_.ReadConfigString(base::format("%s_%s", key, name), foundation::kGeneral, foundation::StoreMachine,
-                                    "");
-  };
-  if (ofProfile("PathDatabase").empty()) {
+  namespace keys = foundation::keys;
+  const std::string databases = config_.ReadConfigString(keys::PathDatabaseOfProfile.of(name));
+  if (databases.empty()) {
     surroundings_.person.messageBox(base::format("Profile %s does not exist!", name));
     return;
   }
-  for (const char* key : {"PathDatabase", "Path", "PathMonitor"}) {
-    config_.WriteConfigString(ofProfile(key), key, foundation::kGeneral, foundation::StoreMachine);
-  }
+  config_.WriteConfigString(databases, keys::PathDatabase);
+  config_.WriteConfigString(config_.ReadConfigString(keys::PathOfProfile.of(name)), keys::Path);
+  config_.WriteConfigString(config_.ReadConfigString(keys::PathMonitorOfProfile.of(name)), keys::PathMonitor);
 }
 
 bool CServerApp::loadLanguage() {
-  const std::string folder =
-      base::withSeparator(config_.ReadConfigString("path", foundation::kGeneral, foundation::StoreMachine, ""));
+  const std::string folder = base::withSeparator(config_.ReadConfigString(foundation::keys::Path));
   const std::string name = base::format("%s%s.lng", folder, base::kProgramName);
   // A name without a folder is beside the program; a set folder without the file falls back to that one, since the
   // folder is also where reports go.
@@ -86,13 +83,11 @@ bool CServerApp::loadLanguage() {
     surroundings_.person.messageBox(base::format("Error loading language file: %s", name));
     return false;
   }
-  const std::string chosen = config_.ReadConfigString("Lang", foundation::kGeneral, foundation::StoreMachine, "");
-  language_.CheckCodepage(chosen.empty()
-                              ? config_.ReadConfigString("Language", foundation::kGeneral, foundation::StoreMachine, "")
-                              : chosen,
+  const std::string chosen = config_.ReadConfigString(foundation::keys::Lang);
+  language_.CheckCodepage(chosen.empty() ? config_.ReadConfigString(foundation::keys::Language) : chosen,
                           surroundings_.person);
   if (language_.NativeLanguage() != chosen) {
-    config_.WriteConfigString(language_.NativeLanguage(), "Lang", foundation::kGeneral, foundation::StoreMachine);
+    config_.WriteConfigString(language_.NativeLanguage(), foundation::keys::Lang);
   }
   return true;
 }
@@ -109,7 +104,7 @@ bool CServerApp::takeLock() {
 }
 
 void CServerApp::changeLanguage(std::string_view code) {
-  config_.WriteConfigString(code, "Lang", foundation::kGeneral, foundation::StoreMachine);
+  config_.WriteConfigString(code, foundation::keys::Lang);
   surroundings_.person.messageBox(language_.Translate("IDS_RESTART_APPLY_LANGUAGE"));
 }
 

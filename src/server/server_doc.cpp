@@ -21,9 +21,6 @@ namespace server {
 namespace {
 
 constexpr std::int32_t kDatabaseVersion = 1;
-constexpr std::int32_t kUpperPanePercent = 70;
-
-constexpr const char* kLastBackup = "LastBackup";
 
 }  // namespace
 
@@ -52,8 +49,8 @@ bool CServerDoc::OnNewDocument(const StartDuties& duties) {
 
 StartEnd CServerDoc::start(StartDuties duties) {
   keepsState_ = duties.maintain;
-  previewMode_ = config_.ReadConfigInt("Preview mode", foundation::kGeneral, foundation::StoreMachine, 0);
-  upperPane_ = config_.ReadConfigInt("Upper pane %", foundation::kGeneral, foundation::StoreMachine, kUpperPanePercent);
+  previewMode_ = config_.ReadConfigInt(foundation::keys::PreviewMode);
+  upperPane_ = config_.ReadConfigInt(foundation::keys::UpperPane);
   if (const StartEnd end = openAndLogIn(duties); end != StartEnd::Ready) return end;
   if (!HasRight(security::ObjectCalls, security::RightChange)) {
     duties.maintain = duties.firstImport = duties.outputPort = false;
@@ -120,8 +117,7 @@ StartEnd CServerDoc::openSettings() {
 }
 
 bool CServerDoc::openMainDatabase() {
-  const std::string folder =
-      config_.ReadConfigString("PathDatabase", foundation::kGeneral, foundation::StoreMachine, "---");
+  const std::string folder = config_.ReadConfigString(foundation::keys::PathDatabase);
   if (folder == "---") {
     person_.messageBox(language_.Translate("IDS_CANTREADREGISTRY"));
     return false;
@@ -165,9 +161,7 @@ void CServerDoc::upgradeSchema() {
   if (DatabaseReadOnly()) return;
   try {
     addMissingTables();
-    const auto stored = [this] {
-      return config_.ReadConfigInt("DbVersion", foundation::kGeneral, foundation::StoreDatabase, 0);
-    };
+    const auto stored = [this] { return config_.ReadConfigInt(foundation::keys::DbVersion); };
     if (stored() >= kDatabaseVersion) return;
     jet::Transaction transaction(*main_);
     std::int32_t version = stored();  // another copy may have been faster
@@ -178,7 +172,7 @@ void CServerDoc::upgradeSchema() {
     } catch (const jet::Error& error) {
       report(error);
     }
-    config_.WriteConfigInt(version, "DbVersion", foundation::kGeneral, foundation::StoreDatabase);
+    config_.WriteConfigInt(version, foundation::keys::DbVersion);
     transaction.commit();
   } catch (const jet::Error& error) {
     report(error);
@@ -186,8 +180,7 @@ void CServerDoc::upgradeSchema() {
 }
 
 bool CServerDoc::loadReferenceData(const StartDuties& duties) {
-  const std::string folder =
-      config_.ReadConfigString("PathDatabase", foundation::kGeneral, foundation::StoreMachine, "---");
+  const std::string folder = config_.ReadConfigString(foundation::keys::PathDatabase);
   try {
     smdr_.openTariffs(folder);
   } catch (const jet::Error& error) {
@@ -284,7 +277,7 @@ bool CServerDoc::reconnect() {
 }
 
 std::string CServerDoc::lastBackupText() {
-  const std::string stored = config_.ReadConfigString(kLastBackup, foundation::kGeneral, foundation::StoreDatabase, "");
+  const std::string stored = config_.ReadConfigString(foundation::keys::LastBackup);
   const auto at = base::DateTime::fromStored(stored);
   if (!at) return language_.Translate("IDS_NO_BACKUP");
   return base::format(language_.Translate("IDS_LAST_BACKUP"), at->format(folders::kDateTimeFormat));
@@ -292,7 +285,7 @@ std::string CServerDoc::lastBackupText() {
 
 void CServerDoc::noteBackup(base::DateTime at) {
   if (DatabaseReadOnly()) return;
-  config_.WriteConfigString(at.stored(), kLastBackup, foundation::kGeneral, foundation::StoreDatabase);
+  config_.WriteConfigString(at.stored(), foundation::keys::LastBackup);
 }
 
 // Says how many records go, and when the last backup was made. Throws jet::Error.
@@ -341,8 +334,8 @@ void CServerDoc::OnCloseDocument() {
   if (main_ == nullptr) return;
   try {
     if (keepsState_) {
-      config_.WriteConfigInt(previewMode_, "Preview mode", foundation::kGeneral, foundation::StoreMachine);
-      config_.WriteConfigInt(upperPane_, "Upper pane %", foundation::kGeneral, foundation::StoreMachine);
+      config_.WriteConfigInt(previewMode_, foundation::keys::PreviewMode);
+      config_.WriteConfigInt(upperPane_, foundation::keys::UpperPane);
     }
     if (user_.UserLoggedIn)
       log_.WriteLog(security::LogLogin, language_.Translate("IDS_LOG_LOGOUT"), user_.CurrentUserName);

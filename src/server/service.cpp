@@ -58,8 +58,7 @@ int millisecondsUntil(Clock::time_point when) {
 
 std::unique_ptr<platform::LiveChannelServer> openChannel(CServerDoc& document, platform::LiveRecordHandler handler,
                                                          std::function<void()> importAsked) {
-  const std::string configured =
-      document.app().config().ReadConfigString("LiveSocket", "general", foundation::StoreMachine, "");
+  const std::string configured = document.app().config().ReadConfigString(foundation::keys::LiveSocket);
   return std::make_unique<platform::LiveChannelServer>(
       configured.empty() ? platform::defaultLiveSocket() : base::systemPath(configured), std::move(handler),
       std::move(importAsked));

@@ -66,7 +66,7 @@ bool Currencies::reloadIfChanged(jet::Database& main) {
 }
 
 std::int32_t Currencies::NextId() {
-  const auto taken = config_.takeNumber("LastCurrencyID", foundation::kGeneral);
+  const auto taken = config_.takeNumber(foundation::keys::LastCurrencyID);
   if (!taken) person_.messageBox(language_.Translate("IDS_CANTGETNEXTRECID"));
   return taken.value_or(0);
 }

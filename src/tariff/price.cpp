@@ -11,7 +11,6 @@
 namespace tariff {
 
 using exchange::CallRecord;
-using foundation::StoreDatabase;
 
 namespace {
 
@@ -168,8 +167,8 @@ std::string PriceCalculator::normalise(std::string_view number, const exchange::
 void PriceCalculator::readSettings() {
   if (settings_.version == config_.settingsVersion()) return;
   settings_ = {.version = config_.settingsVersion(),
-               .ignoredUpTo = config_.ReadConfigInt("Ignore_short_calls", "Calls", StoreDatabase, kIgnoresNone),
-               .secondsNotCharged = config_.ReadConfigInt("Seconds_not_charged", "Calls", StoreDatabase, 0) != 0};
+               .ignoredUpTo = config_.ReadConfigInt(foundation::keys::calls::Ignore_short_calls),
+               .secondsNotCharged = config_.ReadConfigInt(foundation::keys::calls::Seconds_not_charged) != 0};
 }
 
 bool PriceCalculator::isIgnoredAsShort(Call& call) const {

@@ -17,8 +17,8 @@ constexpr const char* kDone =
     "Convorbirile costul exprimat in ROL al convorbirilor si tarifelor existente a fost convertit in RON.";
 
 bool applies(const Currencies& currencies, foundation::ConfigManager& config) {
-  return config.ReadConfigString("CountryCode", "general", foundation::StoreMachine, "") == "40" &&
-         currencies.entries.size() > 1 && currencies.findByName(kNewCode) < 0 && !config.DatabaseReadOnly();
+  return config.ReadConfigString(foundation::keys::CountryCode) == "40" && currencies.entries.size() > 1 &&
+         currencies.findByName(kNewCode) < 0 && !config.DatabaseReadOnly();
 }
 
 // One unit becomes worth a ten-thousandth of what it was, in the new default currency.

@@ -33,27 +33,29 @@ namespace {
 constexpr const char* kExchangePage = "IDS_PAGE_EXCHANGE";
 
 // The filter settings that a column's value narrows by: the switch key (null: none) and the value's key.
+namespace filterKeys = foundation::keys::filter;
+
 struct FilterColumn {
   int folder;  // 0: any
   int kind;
-  const char* switchKey;
-  const char* valueKey;
+  const foundation::NumberKey* switchKey;
+  const foundation::Setting* valueKey;
 };
 constexpr FilterColumn kFilterColumns[] = {
-    {folders::FolderAreas, folders::KindNumber, "OnArea", "Area"},
-    {0, folders::KindNumber, nullptr, "Number"},
-    {folders::FolderNames, folders::KindClient, "OnName", "Name"},
-    {folders::FolderCountries, folders::KindProvider, nullptr, "Country"},
-    {0, folders::KindExtension, "OnExtension", "ExtensionStr"},
-    {0, folders::KindTrunk, "OnTrunk", "Trunk"},
-    {0, folders::KindAccount, "OnAccount", "Cont"},
-    {0, folders::KindName, "OnName", "Name"},
-    {0, folders::KindArea, "OnArea", "Area"},
-    {0, folders::KindDepartment, "OnDepartment", "Department"},
-    {0, folders::KindClient, "OnClient", "Client"},
-    {0, folders::KindFile, "OnFolder", "Folder"},
-    {0, folders::KindProvider, nullptr, "Provider"},
-    {0, folders::KindCountry, nullptr, "Country"},
+    {folders::FolderAreas, folders::KindNumber, &filterKeys::OnArea, &filterKeys::Area},
+    {0, folders::KindNumber, nullptr, &filterKeys::Number},
+    {folders::FolderNames, folders::KindClient, &filterKeys::OnName, &filterKeys::Name},
+    {folders::FolderCountries, folders::KindProvider, nullptr, &filterKeys::Country},
+    {0, folders::KindExtension, &filterKeys::OnExtension, &filterKeys::ExtensionStr},
+    {0, folders::KindTrunk, &filterKeys::OnTrunk, &filterKeys::Trunk},
+    {0, folders::KindAccount, &filterKeys::OnAccount, &filterKeys::Cont},
+    {0, folders::KindName, &filterKeys::OnName, &filterKeys::Name},
+    {0, folders::KindArea, &filterKeys::OnArea, &filterKeys::Area},
+    {0, folders::KindDepartment, &filterKeys::OnDepartment, &filterKeys::Department},
+    {0, folders::KindClient, &filterKeys::OnClient, &filterKeys::Client},
+    {0, folders::KindFile, &filterKeys::OnFolder, &filterKeys::Folder},
+    {0, folders::KindProvider, nullptr, &filterKeys::Provider},
+    {0, folders::KindCountry, nullptr, &filterKeys::Country},
 };
 
 const FilterColumn* findFilterColumn(int folder, int kind) {
@@ -71,9 +73,9 @@ QString filterValue(int kind, const QString& shown) {
 bool filterBy(const CommandTarget& target, int kind, const QString& shown) {
   const FilterColumn* column = findFilterColumn(target.list.folderId(), kind);
   if (column == nullptr) return false;
-  std::vector<std::pair<std::string, std::string>> values{{"OnFilter", "1"}};
-  if (column->switchKey != nullptr) values.emplace_back(column->switchKey, "1");
-  values.emplace_back(column->valueKey, fromQt(filterValue(kind, shown)));
+  std::vector<std::pair<std::string, std::string>> values{{std::string(filterKeys::OnFilter.key), "1"}};
+  if (column->switchKey != nullptr) values.emplace_back(column->switchKey->key, "1");
+  values.emplace_back(column->valueKey->key, fromQt(filterValue(kind, shown)));
   target.document.callFilter().set(values);
   return true;
 }
@@ -165,9 +167,8 @@ QString numberOf(const CFolderView& list) {
   return showsNumbers(list) ? list.currentText(folders::KindNumber) : QString();
 }
 
-void openConfigured(const CommandTarget& target, const char* key) {
-  const std::string address =
-      target.document.app().config().ReadConfigString(key, "general", foundation::StoreMachine, "");
+void openConfigured(const CommandTarget& target, const foundation::TextKey& key) {
+  const std::string address = target.document.app().config().ReadConfigString(key);
   if (!address.empty()) target.document.app().surroundings().documents.open(address);
 }
 
@@ -205,8 +206,7 @@ bool editCurrenciesUndoably(const CommandTarget& target) {
 }
 
 void importChosenFile(const CommandTarget& target) {
-  const std::string folder = target.document.app().config().ReadConfigString("PathMonitor", foundation::kGeneral,
-                                                                             foundation::StoreMachine, "");
+  const std::string folder = target.document.app().config().ReadConfigString(foundation::keys::PathMonitor);
   const QString file =
       QFileDialog::getOpenFileName(&target.frame, target.texts("IDS_ACTION_IMPORT_FILE").remove("..."),
                                    toQt(base::systemPath(folder).string()), target.texts("IDS_IMPORT_FILE_KINDS"));
@@ -332,7 +332,7 @@ void handleCommand(Command command, const CommandTarget& target) {
     case Command::Filter:
       return reloadIf(editCallFilter(document, texts, &frame));
     case Command::FilterOn:
-      document.callFilter().set({{"OnFilter", document.callFilter().active() ? "0" : "1"}});
+      document.callFilter().set({{std::string(filterKeys::OnFilter.key), document.callFilter().active() ? "0" : "1"}});
       return frame.reloadFolder();
     case Command::ClearFilter:
       document.callFilter().clear();
@@ -414,9 +414,9 @@ void handleCommand(Command command, const CommandTarget& target) {
       openManual(document.app(), manualPageOfFolder(target.list.folderId()));
       return;
     case Command::Support:
-      return openConfigured(target, "UrlSupport");
+      return openConfigured(target, foundation::keys::UrlSupport);
     case Command::Updates:
-      return openConfigured(target, "UrlCheckUpdates");
+      return openConfigured(target, foundation::keys::UrlCheckUpdates);
     case Command::About:
       return showAbout(document, texts, &frame);
   }

@@ -146,7 +146,7 @@ void fillPeriodMenu(QMenu& menu, const FilterMenuTarget& target) {
   menu.addSeparator();
   menu.addAction(target.texts("IDS_PERIOD_SINCE"), [target] { askSince(target); });
   QAction* any = menu.addAction(target.texts("IDS_PERIOD_ANY"), [target] {
-    target.document.callFilter().set({{"OnPeriod", "0"}});
+    target.document.callFilter().set({{std::string(foundation::keys::filter::OnPeriod.key), "0"}});
     target.changed();
   });
   any->setObjectName("IDS_PERIOD_ANY");

@@ -15,7 +15,7 @@
 namespace ui {
 
 bool firstRun(server::CServerApp& app, std::optional<security::Credentials>& chosen) {
-  const std::string folder = app.config().ReadConfigString("PathDatabase", "general", foundation::StoreMachine, "---");
+  const std::string folder = app.config().ReadConfigString(foundation::keys::PathDatabase);
   const bool configured = !folder.empty() && folder != "---";
   const bool old =
       configured && convert::isOldDatabase(schema::DatabasePlace::ofSetting(folder).file(schema::Which::Main));
@@ -30,11 +30,8 @@ bool firstRun(server::CServerApp& app, std::optional<security::Credentials>& cho
 }
 
 bool chooseDatabase(foundation::ConfigManager& config, const std::string& reason, const Texts& texts) {
-  constexpr std::string_view kSection = "general";
-  constexpr std::string_view kKey = "PathDatabase";
-  const auto store = [&](const std::string& setting) {
-    return config.WriteConfigString(setting, kKey, kSection, foundation::StoreMachine);
-  };
+  constexpr const foundation::TextKey& kKey = foundation::keys::PathDatabase;
+  const auto store = [&](const std::string& setting) { return config.WriteConfigString(setting, kKey); };
   QMessageBox box(QMessageBox::Warning, base::kProgramName, toQt(reason));
   box.setObjectName("chooseDatabase");
   auto* folder = box.addButton(texts("IDS_CHOOSE_FOLDER"), QMessageBox::AcceptRole);
@@ -48,7 +45,7 @@ bool chooseDatabase(foundation::ConfigManager& config, const std::string& reason
     return !chosen.isEmpty() && store(server::folderSetting(fromQt(chosen)));
   }
   if (box.clickedButton() != address) return false;
-  const auto given = askServerAddress(config.ReadConfigString(kKey, kSection, foundation::StoreMachine, ""), texts);
+  const auto given = askServerAddress(config.ReadConfigString(kKey, ""), texts);
   return given && store(*given);
 }
 

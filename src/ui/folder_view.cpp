@@ -197,10 +197,10 @@ void CFolderView::readMissedPage(std::int64_t number) {
 
 void CFolderView::applyInterfaceOptions() {
   auto& config = document_.app().config();
-  setShowGrid(config.ReadConfigInt("iface_Grid", "general", foundation::StoreMachine, 0) == 1);
-  selectsUnderPointer_ = config.ReadConfigInt("iface_Hover", "general", foundation::StoreMachine, 0) == 1;
+  setShowGrid(config.ReadConfigInt(foundation::keys::iface_Grid) == 1);
+  selectsUnderPointer_ = config.ReadConfigInt(foundation::keys::iface_Hover) == 1;
   setMouseTracking(selectsUnderPointer_);
-  if (config.ReadConfigInt("iface_Autoselect", "general", foundation::StoreMachine, 0) == 1) selectRow(0);
+  if (config.ReadConfigInt(foundation::keys::iface_Autoselect) == 1) selectRow(0);
 }
 
 void CFolderView::contextMenuEvent(QContextMenuEvent* event) {

@@ -81,7 +81,7 @@ std::optional<security::Credentials> QtLoginPrompt::askLogin(const std::string& 
   dialog.translate(language_());
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   security::Credentials given{fromQt(name->text()), fromQt(password->text())};
-  config_.WriteConfigString(given.name, "LastUser", "general", foundation::StoreMachine);
+  config_.WriteConfigString(given.name, foundation::keys::LastUser);
   return given;
 }
 

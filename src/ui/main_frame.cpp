@@ -30,7 +30,6 @@ namespace ui {
 
 namespace {
 
-constexpr std::string_view kGeneral = "general";
 // Calls up to which the totals are worked out without being asked for: a moment's work.
 constexpr std::int64_t kSummedRows = 500'000;
 // Rows of other lists up to which they are added up.
@@ -151,14 +150,12 @@ void CMainFrame::buildMenus() {
   bar->setMovable(false);
   bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   actions_->fillToolBar(*bar);
-  bar->setVisible(config.ReadConfigInt("iface_Toolbar", kGeneral, foundation::StoreMachine, 0) != 0);
+  bar->setVisible(config.ReadConfigInt(foundation::keys::iface_Toolbar) != 0);
   // Help that leads nowhere is not offered.
-  const auto configured = [&config](const char* key) {
-    return !config.ReadConfigString(key, kGeneral, foundation::StoreMachine, "").empty();
-  };
+  const auto configured = [&config](const foundation::TextKey& key) { return !config.ReadConfigString(key).empty(); };
   (*actions_)[Command::Manual]->setVisible(!manualAddress(document_.app(), "index").empty());
-  (*actions_)[Command::Support]->setVisible(configured("UrlSupport"));
-  (*actions_)[Command::Updates]->setVisible(configured("UrlCheckUpdates"));
+  (*actions_)[Command::Support]->setVisible(configured(foundation::keys::UrlSupport));
+  (*actions_)[Command::Updates]->setVisible(configured(foundation::keys::UrlCheckUpdates));
   connect(actions_.get(), &Actions::triggered, this, [this](Command command) {
     try {
       handleCommand(command, {document_, texts_, *this, *list_});
@@ -177,8 +174,7 @@ void CMainFrame::buildStatusBar() {
     }
   });
   connect(status_, &StatusPanes::alarmsWanted, (*actions_)[Command::Alarms], &QAction::trigger);
-  statusBar()->setVisible(
-      document_.app().config().ReadConfigInt("iface_Statusbar", kGeneral, foundation::StoreMachine, 0) != 0);
+  statusBar()->setVisible(document_.app().config().ReadConfigInt(foundation::keys::iface_Statusbar) != 0);
 }
 
 void CMainFrame::restorePanes() {
@@ -192,18 +188,18 @@ void CMainFrame::keepPanes() {
   keepPlacement(*this, config);
   const QList<int> sizes = panes_->sizes();
   if (sizes[0] + sizes[1] > 0) document_.setUpperPane(sizes[0] * 100 / (sizes[0] + sizes[1]));
-  config.WriteConfigInt(0, "SelFolder_Type", kGeneral, foundation::StoreMachine);
-  config.WriteConfigInt(list_->folderId(), "SelFolder_ID", kGeneral, foundation::StoreMachine);
+  config.WriteConfigInt(0, foundation::keys::SelFolder_Type);
+  config.WriteConfigInt(list_->folderId(), foundation::keys::SelFolder_ID);
 }
 
 void CMainFrame::start() {
   auto& config = document_.app().config();
   // The icon asks the database store while the log's filter itself lives in the machine store.
-  const bool logFiltered = config.ReadConfigInt("LogFilt_Enabled", kGeneral, foundation::StoreDatabase, 0) != 0;
+  const bool logFiltered = config.ReadConfigInt(foundation::keys::LogFilt_EnabledForIcon) != 0;
   selector_->build({document_.HasRight(security::ObjectCalls, security::RightView),
                     document_.HasRight(security::ObjectAdministration, security::RightView)},
                    logFiltered);
-  const int last = config.ReadConfigInt("SelFolder_ID", kGeneral, foundation::StoreMachine, folders::FolderCalls);
+  const int last = config.ReadConfigInt(foundation::keys::SelFolder_ID, folders::FolderCalls);
   const bool known = folders::findFolder(last) != nullptr || last == folders::FolderContacts;
   selector_->select(known ? last : int{folders::FolderCalls});
   if (list_->folderId() == 0) selector_->select(folders::FolderCalls);

@@ -91,8 +91,7 @@ std::string manualPageOfFolder(int folder) {
 }
 
 std::string manualAddress(server::CServerApp& app, std::string_view page) {
-  const std::string configured =
-      app.config().ReadConfigString("Manual", foundation::kGeneral, foundation::StoreMachine, "");
+  const std::string configured = app.config().ReadConfigString(foundation::keys::Manual);
   if (!configured.empty()) return configured;
   const std::string own = pageFile(app, base::foldAscii(app.language().NativeLanguage()), page);
   return own.empty() ? pageFile(app, "en", page) : own;

@@ -15,7 +15,6 @@ namespace ui {
 namespace {
 
 // "A4;landscape;10;10;10;10": the size's key, then the margins left, top, right and bottom in millimetres.
-constexpr const char* kPageSetupKey = "PageSetup";
 constexpr const char* kLandscape = "landscape";
 constexpr qreal kStandardMargin = 10;
 constexpr qreal kWidestMargin = 80;
@@ -47,9 +46,7 @@ QPageSize sizeOfKey(const QString& key) {
 
 // Nothing when none was kept, or one that means no sheet.
 std::optional<QPageLayout> keptLayout(foundation::ConfigManager& config) {
-  const QStringList kept =
-      toQt(config.ReadConfigString(kPageSetupKey, foundation::kGeneral, foundation::StoreMachine, ""))
-          .split(';', Qt::KeepEmptyParts);
+  const QStringList kept = toQt(config.ReadConfigString(foundation::keys::PageSetup)).split(';', Qt::KeepEmptyParts);
   if (kept.size() != kSetupParts) return std::nullopt;
   const auto margin = [&](int part) {
     bool number = false;
@@ -86,7 +83,7 @@ void keepPageSetup(const QPrinter& printer, foundation::ConfigManager& config) {
   for (const qreal side : {margins.left(), margins.top(), margins.right(), margins.bottom()}) {
     parts << QString::number(side, 'f', 1);
   }
-  config.WriteConfigString(fromQt(parts.join(';')), kPageSetupKey, foundation::kGeneral, foundation::StoreMachine);
+  config.WriteConfigString(fromQt(parts.join(';')), foundation::keys::PageSetup);
 }
 
 void editPageSetup(QWidget* parent, foundation::ConfigManager& config) {

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Where the code names a setting in full, its type, store and default are those of the table of settings
-(foundation/settings_catalogue.cpp), so that a reader, the settings pages and `tallyctl setting` cannot disagree.
+"""Every setting is declared once, as a key of foundation/setting_keys.h: all of them are in the list that the command
+line and doctor read (foundation/settings_catalogue.cpp), and code names none by a text of its own.
 
 Usage: settings.py SOURCE_FOLDER
 """
@@ -9,61 +9,77 @@ import re
 import sys
 from pathlib import Path
 
-ROW = re.compile(r'^    (?P<made>\w*)[({](?P<words>.*)[)}],$', re.M)
-READ = re.compile(r'ReadConfig(Int|String)\(\s*"([^"]+)",\s*([\w:]+|"[^"]*"),\s*([\w:]+),\s*([^;]*?)\)(?=[\s;.),])', re.S)
-# The folder's icon in the tree asks the database's store, where the filter's own keys are the machine's.
-ELSEWHERE = {("LogFilt_Enabled", "StoreDatabase")}
+NAMESPACE = re.compile(r'^namespace (\w+) \{$|^(\})  // namespace', re.M)
+DECLARED = re.compile(r'^inline constexpr (?:TextKey|NumberKey|TextSeries|NumberSeries|Setting) (\w+)\b(.*?);$', re.M | re.S)
+LISTED = re.compile(r'^    &keys::([\w:]+?)(?:\.pattern)?,$', re.M)
+CALL = re.compile(r'\b(ReadConfig|WriteConfig|takeNumber)\w*\(')
+# Another store than the setting's own: a key, but no setting.
+NOT_LISTED = {"LogFilt_EnabledForIcon"}
+# Where a user or a user's data name the setting.
+BY_NAME = {"ctl/setting_commands.cpp", "filter/saved_filters.cpp", "folders/bill.cpp"}
 
 
-def table(source):
-    """(section, key) in small letters -> (type, store, default)."""
-    text = (source / "src/foundation/settings_catalogue.cpp").read_text(encoding="utf-8")
-    rows = {}
-    for row in ROW.finditer(text[text.index("constexpr Setting kSettings[]"):]):
-        words = [word.strip() for word in row["words"].split(",")]
-        made = row["made"]
-        if made == "folder":
-            words = ['"general"', words[0], "M", "S", words[1]]
-        elif made == "formed":
-            words = words[:3] + ["S", words[3]]
-        elif made in ("ranged", "onOff"):
-            words = words[:3] + ["I", words[3]]
-        if len(words) >= 5 and words[0].startswith('"'):
-            section, key, store, kind, default = words[:5]
-            rows[section.strip('"').lower(), key.strip('"').lower()] = (kind, store, default.strip('"'))
-    return rows
+def declared_keys(text):
+    """(name with its namespace, key as it is stored), in order."""
+    marks = [(m.start(), m) for pattern in (NAMESPACE, DECLARED) for m in pattern.finditer(text)]
+    space = ""
+    for _, mark in sorted(marks, key=lambda each: each[0]):
+        if mark.re is NAMESPACE:
+            space = "" if mark[2] or mark[1] in ("foundation", "keys") else mark[1] + "::"
+        else:
+            texts = re.findall(r'"((?:[^"\\]|\\.)*)"', mark[2])
+            yield space + mark[1], texts[0] if "kGeneral" in mark[2] or "= " in mark[2][:3] and not space else texts[1] if len(texts) > 1 else texts[0]
 
 
-def faults(source, rows):
-    known_keys = {key for _, key in rows}
-    sections = {"kGeneral": "general", "foundation::kGeneral": "general", "kCalls": "calls"}
-    for file in sorted((source / "src").rglob("*.cpp")):
-        text = file.read_text(encoding="utf-8")
-        for kind, key, section, store, default in READ.findall(text):
-            section = sections.get(section, section.strip('"')).lower()
-            row = rows.get((section, key.lower()))
-            place = f"{file.relative_to(source)}: {key}"
-            if row is None:
-                # A section that is worked out, as "Provider_%d", is not looked up.
-                if section in {known for known, _ in rows} or key.lower() not in known_keys:
-                    yield f"{place} is not in the table"
-                continue
-            if row[0] != kind[0]:
-                yield f"{place} is read as {kind}"
-            if row[1] != store.split("::")[-1].removeprefix("Store")[0] and (key, store.split("::")[-1]) not in ELSEWHERE:
-                yield f"{place} is read from {store}"
-            plain = default.strip().strip('"')
-            # A named constant says what the reader does without the setting; the table then has the same or nothing.
-            if re.fullmatch(r'-?\d+|"[^"]*"', default.strip()) and plain != row[2] and (plain, row[2]) not in {("0", ""), ("", "0")}:
-                yield f"{place} has the default {default.strip()}, the table has {row[2]!r}"
+def arguments(text, at):
+    """The arguments of the call whose parenthesis was opened before `at`."""
+    depth, start, found, quoted = 0, at, [], False
+    for i in range(at, len(text)):
+        c = text[i]
+        if c == '"' and text[i - 1] != "\\":
+            quoted = not quoted
+        elif quoted:
+            continue
+        elif c in "([{":
+            depth += 1
+        elif c in ")]}" and depth == 0:
+            return found + [text[start:i].strip()]
+        elif c in ")]}":
+            depth -= 1
+        elif c == "," and depth == 0:
+            found.append(text[start:i].strip())
+            start = i + 1
+    return found
+
+
+def faults(source):
+    keys = list(declared_keys((source / "src/foundation/setting_keys.h").read_text(encoding="utf-8")))
+    listed = LISTED.findall((source / "src/foundation/settings_catalogue.cpp").read_text(encoding="utf-8"))
+    names = [name for name, _ in keys if name not in NOT_LISTED]
+    for name in names:
+        if listed.count(name) != 1:
+            yield f"{name} is {listed.count(name)} times in the list of settings"
+    if len(names) < 100:
+        yield f"only {len(names)} keys were found"
+    own = re.compile("|".join(f'"{re.escape(key)}"' for _, key in keys if re.match(r"[A-Z]\w+(?:_|[a-z][A-Z])\w", key) or key.startswith("iface_")))
+    for file in sorted((source / "src").rglob("*.cpp")) + sorted((source / "src").rglob("*.h")):
+        place = file.relative_to(source / "src").as_posix()
+        if place.startswith(("foundation/", "base/", "capture/")):
+            continue
+        text = re.sub(r"//.*", "", file.read_text(encoding="utf-8"))
+        for call in CALL.finditer(text):
+            given = arguments(text, call.end())
+            most = {"ReadConfig": 2, "WriteConfig": 2, "takeNumber": 1}[call[1]]
+            if len(given) > most and place not in BY_NAME:
+                yield f"{place}: a setting is named by {given[0]}, not by its key"
+        for literal in own.findall(text):
+            yield f"{place}: {literal} is a key of foundation/setting_keys.h"
 
 
 def main():
-    source = Path(sys.argv[1])
-    rows = table(source)
-    found = list(faults(source, rows))
-    print("\n".join(found) or f"in order, {len(rows)} settings")
-    sys.exit(1 if found or len(rows) < 100 else 0)
+    found = list(faults(Path(sys.argv[1])))
+    print("\n".join(found) or "in order")
+    sys.exit(1 if found else 0)
 
 
 main()

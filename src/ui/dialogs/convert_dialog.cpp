@@ -75,7 +75,7 @@ class ConvertDialog : public FormDialog {
   void useFromNextStart() {
     const std::string folder = server::folderSetting(fromQt(newFolder_->text()));
     foundation::ConfigManager& config = app_.config();
-    if (config.WriteConfigString(folder, "PathDatabase", "general", foundation::StoreMachine)) {
+    if (config.WriteConfigString(folder, foundation::keys::PathDatabase)) {
       inform(this, texts(), texts().format("IDS_CONVERT_USED", folder));
     } else {
       warn(this, texts(), texts().format("IDS_CANTWRITEFILE", config.machineStore().file().string()));

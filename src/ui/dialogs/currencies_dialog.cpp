@@ -38,8 +38,7 @@ CurrenciesDialog::CurrenciesDialog(server::CServerDoc& document, const Texts& te
   list_->horizontalHeaderItem(1)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);  // as its numbers
   body()->addWidget(list_);
   buildFields();
-  const std::string address =
-      document.app().config().ReadConfigString("UrlCurrency", "general", foundation::StoreMachine, "");
+  const std::string address = document.app().config().ReadConfigString(foundation::keys::UrlCurrency);
   if (!address.empty()) {
     connect(addButton("IDS_CURRENCY_RATES", "rates"), &QPushButton::clicked, this, [this] { openRates(); });
   }
@@ -259,8 +258,7 @@ void CurrenciesDialog::reject() {
 }
 
 void CurrenciesDialog::openRates() {
-  const std::string address =
-      document_.app().config().ReadConfigString("UrlCurrency", "general", foundation::StoreMachine, "");
+  const std::string address = document_.app().config().ReadConfigString(foundation::keys::UrlCurrency);
   if (!document_.app().surroundings().documents.open(address)) {
     warn(this, texts(), texts().format("IDS_CANTOPENPAGE", address));
   }

@@ -8,8 +8,6 @@ namespace ui {
 
 namespace {
 
-constexpr const char* kLastFolder = "LastExportFolder";
-
 // "xlsx" of "XLSX (*.xlsx)".
 QString endingOf(const QString& kind) {
   return kind.section("*.", 1).section(')', 0, 0);
@@ -26,7 +24,7 @@ QString fileName(QString title) {
 
 std::filesystem::path askFile(foundation::ConfigManager& config, const Texts& texts, QWidget* parent,
                               const FileQuestion& question) {
-  const QString last = toQt(config.ReadConfigString(kLastFolder, foundation::kGeneral, foundation::StoreMachine, ""));
+  const QString last = toQt(config.ReadConfigString(foundation::keys::LastExportFolder));
   QFileDialog dialog(
       parent, texts(question.captionKey).remove("...").remove('&'),
       QFileInfo(last).isDir() ? last : QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
@@ -46,8 +44,7 @@ std::filesystem::path askFile(foundation::ConfigManager& config, const Texts& te
   });
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
   const QString name = dialog.selectedFiles().constFirst();
-  config.WriteConfigString(fromQt(QFileInfo(name).absolutePath()), kLastFolder, foundation::kGeneral,
-                           foundation::StoreMachine);
+  config.WriteConfigString(fromQt(QFileInfo(name).absolutePath()), foundation::keys::LastExportFolder);
   return std::filesystem::path(fromQt(name));
 }
 

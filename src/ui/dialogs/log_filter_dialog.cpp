@@ -13,23 +13,23 @@ namespace ui {
 
 namespace {
 
-constexpr const char* kSection = "general";
+namespace keys = foundation::keys;
 constexpr const char* kDateFormat = "%m/%d/%Y";
 
 struct Category {
-  const char* key;  // of the setting, and the object name of its switch
+  const foundation::NumberKey& key;  // its name is the object name of the switch
   const char* captionKey;
 };
 constexpr std::array<Category, 9> kCategories = {{
-    {"LogFilt_Login", "IDS_LOGKIND_LOGIN"},
-    {"LogFilt_Security", "IDS_LOGKIND_SECURITY"},
-    {"LogFilt_Add", "IDS_LOGKIND_ADD"},
-    {"LogFilt_Edit", "IDS_LOGKIND_EDIT"},
-    {"LogFilt_Del", "IDS_LOGKIND_DELETE"},
-    {"LogFilt_Print", "IDS_LOGKIND_PRINT"},
-    {"LogFilt_Folder", "IDS_LOGKIND_FOLDER"},
-    {"LogFilt_Tranz", "IDS_LOGKIND_TRANSACTION"},
-    {"LogFilt_Err", "IDS_LOGKIND_ERROR"},
+    {keys::LogFilt_Login, "IDS_LOGKIND_LOGIN"},
+    {keys::LogFilt_Security, "IDS_LOGKIND_SECURITY"},
+    {keys::LogFilt_Add, "IDS_LOGKIND_ADD"},
+    {keys::LogFilt_Edit, "IDS_LOGKIND_EDIT"},
+    {keys::LogFilt_Del, "IDS_LOGKIND_DELETE"},
+    {keys::LogFilt_Print, "IDS_LOGKIND_PRINT"},
+    {keys::LogFilt_Folder, "IDS_LOGKIND_FOLDER"},
+    {keys::LogFilt_Tranz, "IDS_LOGKIND_TRANSACTION"},
+    {keys::LogFilt_Err, "IDS_LOGKIND_ERROR"},
 }};
 
 // The filter of the log folder, kept in the machine store.
@@ -39,20 +39,21 @@ class LogFilterDialog : public FormDialog {
       : FormDialog(texts, "IDS_ACTION_LOG_FILTER", "logFilter", parent),
         document_(document),
         config_(document.app().config()) {
-    enabled_ = makeCheckBox("IDS_FILTER_ON", "LogFilt_Enabled");
+    enabled_ = makeSwitch("IDS_FILTER_ON", keys::LogFilt_Enabled);
     body()->addWidget(enabled_);
     body()->addWidget(buildCategories());
     buildUserAndPeriod();
-    enabled_->setChecked(number("LogFilt_Enabled") != 0);
   }
 
   void accept() override {
     if (intervalOn_->isChecked() && !period_->inOrder()) return warn(this, texts(), texts()("IDS_PERIOD_ORDER"));
-    bool written = write(enabled_);
-    for (QCheckBox* box : categories_) written &= write(box);
-    written &= write(userOn_) && write("LogFilt_User", fromQt(user_->currentText().trimmed()));
-    written &= write(intervalOn_) && write("LogFilt_IntervalStart", period_->start().format(kDateFormat)) &&
-               write("LogFilt_IntervalEnd", period_->end().format(kDateFormat));
+    bool written = write(enabled_, keys::LogFilt_Enabled);
+    for (std::size_t i = 0; i < kCategories.size(); ++i) written &= write(categories_[i], kCategories[i].key);
+    written &= write(userOn_, keys::LogFilt_UserEnabled);
+    written &= config_.WriteConfigString(fromQt(user_->currentText().trimmed()), keys::LogFilt_User);
+    written &= write(intervalOn_, keys::LogFilt_IntervalEnabled);
+    written &= config_.WriteConfigString(period_->start().format(kDateFormat), keys::LogFilt_IntervalStart);
+    written &= config_.WriteConfigString(period_->end().format(kDateFormat), keys::LogFilt_IntervalEnd);
     if (!written) {
       return warn(this, texts(), texts().format("IDS_CANTWRITEFILE", config_.machineStore().file().string()));
     }
@@ -64,8 +65,7 @@ class LogFilterDialog : public FormDialog {
     auto* group = new QGroupBox(texts()("IDS_LOGKINDS"));
     auto* grid = new QGridLayout(group);
     for (std::size_t i = 0; i < kCategories.size(); ++i) {
-      categories_[i] = makeCheckBox(kCategories[i].captionKey, kCategories[i].key);
-      categories_[i]->setChecked(number(kCategories[i].key) != 0);
+      categories_[i] = makeSwitch(kCategories[i].captionKey, kCategories[i].key);
       // A chosen category is meant to show.
       connect(categories_[i], &QCheckBox::clicked, enabled_, [this] { enabled_->setChecked(true); });
       grid->addWidget(categories_[i], static_cast<int>(i) / 3, static_cast<int>(i) % 3);
@@ -74,17 +74,15 @@ class LogFilterDialog : public FormDialog {
   }
 
   void buildUserAndPeriod() {
-    userOn_ = makeCheckBox("IDS_USER", "LogFilt_UserEnabled");
-    user_ = named(new QComboBox, "LogFilt_User");
+    userOn_ = makeSwitch("IDS_USER", keys::LogFilt_UserEnabled);
+    user_ = named(new QComboBox, keys::LogFilt_User.key.data());
     user_->setEditable(true);  // the log also knows users that were deleted since
     user_->setAccessibleName(texts()("IDS_USER"));
     for (const auto& user : document_.users().users()) user_->addItem(toQt(user.Name));
-    user_->setCurrentText(toQt(config_.ReadConfigString("LogFilt_User", kSection, foundation::StoreMachine, "")));
-    intervalOn_ = makeCheckBox("IDS_FILTER_PERIOD", "LogFilt_IntervalEnabled");
+    user_->setCurrentText(toQt(config_.ReadConfigString(keys::LogFilt_User)));
+    intervalOn_ = makeSwitch("IDS_FILTER_PERIOD", keys::LogFilt_IntervalEnabled);
     period_ = named(new PeriodEdit(PeriodEdit::Times::WholeDays, texts()), "period");
-    period_->setPeriod(date("LogFilt_IntervalStart"), date("LogFilt_IntervalEnd"));
-    userOn_->setChecked(number("LogFilt_UserEnabled") != 0);
-    intervalOn_->setChecked(number("LogFilt_IntervalEnabled") != 0);
+    period_->setPeriod(date(keys::LogFilt_IntervalStart), date(keys::LogFilt_IntervalEnd));
     const auto switchOn = [this](QCheckBox* box) {
       enabled_->setChecked(true);
       box->setChecked(true);
@@ -102,21 +100,18 @@ class LogFilterDialog : public FormDialog {
     body()->addLayout(grid);
   }
 
-  [[nodiscard]] std::int32_t number(const char* key) {
-    return config_.ReadConfigInt(key, kSection, foundation::StoreMachine, 0);
-  }
-  [[nodiscard]] base::DateTime date(const char* key) {
-    const base::DateTime today = document_.app().surroundings().clock.now();
-    return base::DateTime::fromUsText(config_.ReadConfigString(key, kSection, foundation::StoreMachine, ""))
-        .value_or(today);
-  }
   // A switch is named after its setting.
-  bool write(const QCheckBox* box) {
-    return config_.WriteConfigInt(box->isChecked() ? 1 : 0, fromQt(box->objectName()), kSection,
-                                  foundation::StoreMachine);
+  QCheckBox* makeSwitch(const char* captionKey, const foundation::NumberKey& key) {
+    QCheckBox* box = makeCheckBox(captionKey, key.key.data());
+    box->setChecked(config_.ReadConfigInt(key) != 0);
+    return box;
   }
-  bool write(const char* key, const std::string& text) {
-    return config_.WriteConfigString(text, key, kSection, foundation::StoreMachine);
+  [[nodiscard]] base::DateTime date(const foundation::TextKey& key) {
+    const base::DateTime today = document_.app().surroundings().clock.now();
+    return base::DateTime::fromUsText(config_.ReadConfigString(key)).value_or(today);
+  }
+  bool write(const QCheckBox* box, const foundation::NumberKey& key) {
+    return config_.WriteConfigInt(box->isChecked() ? 1 : 0, key);
   }
 
   server::CServerDoc& document_;

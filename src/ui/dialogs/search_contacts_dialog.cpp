@@ -15,7 +15,6 @@ namespace ui {
 
 namespace {
 
-constexpr const char* kGeneral = "general";
 constexpr int kLongestName = 255;
 
 }  // namespace
@@ -41,14 +40,12 @@ void CSearchContactsDlg::buildInputs() {
   telephone_ = addInput("IDS_PHONE_TEXT", "telephone");
   address_ = addInput("IDS_ADDRESS", "address");
   auto& config = document_.app().config();
-  const auto option = [&](const char* key) {
-    return config.ReadConfigInt(key, kGeneral, foundation::StoreMachine, 0) != 0;
-  };
+  const auto option = [&](const foundation::NumberKey& key) { return config.ReadConfigInt(key) != 0; };
   allPlaces_ = makeCheckBox("IDS_SEARCH_ALL_LOC", "extendedSearch");
   ownArea_ = makeCheckBox("IDS_SEARCH_OWN_AREA", "searchAreaCode");
   connect(allPlaces_, &QCheckBox::toggled, ownArea_, &QCheckBox::setDisabled);
-  ownArea_->setChecked(option("SearchAreaCode"));
-  allPlaces_->setChecked(option("ExtendedSearch"));
+  ownArea_->setChecked(option(foundation::keys::SearchAreaCode));
+  allPlaces_->setChecked(option(foundation::keys::ExtendedSearch));
   auto* options = new QHBoxLayout;
   options->addWidget(ownArea_);
   options->addWidget(allPlaces_);
@@ -137,8 +134,8 @@ void CSearchContactsDlg::search() {
 
 void CSearchContactsDlg::storeOptions() {
   auto& config = document_.app().config();
-  config.WriteConfigInt(ownArea_->isChecked() ? 1 : 0, "SearchAreaCode", kGeneral, foundation::StoreMachine);
-  config.WriteConfigInt(allPlaces_->isChecked() ? 1 : 0, "ExtendedSearch", kGeneral, foundation::StoreMachine);
+  config.WriteConfigInt(ownArea_->isChecked() ? 1 : 0, foundation::keys::SearchAreaCode);
+  config.WriteConfigInt(allPlaces_->isChecked() ? 1 : 0, foundation::keys::ExtendedSearch);
 }
 
 void CSearchContactsDlg::showResult() {

@@ -13,8 +13,8 @@ namespace {
 
 constexpr const char* kSystemFolder = "/etc/tallymon";
 
-QString machineText(foundation::ConfigManager& config, const char* key) {
-  return toQt(config.ReadConfigString(key, foundation::kGeneral, foundation::StoreMachine, ""));
+QString machineText(foundation::ConfigManager& config, const foundation::TextKey& key) {
+  return toQt(config.ReadConfigString(key));
 }
 
 // The system's file where the service is installed, even if only the administrator may change it; else one of the
@@ -31,11 +31,11 @@ bool ExchangePlace::isSystemFile() const {
 }
 
 ExchangePlace exchangePlace(foundation::ConfigManager& config) {
-  const QString file = machineText(config, "MonitorSite");
-  const QString socket = machineText(config, "LiveSocket");
+  const QString file = machineText(config, foundation::keys::MonitorSite);
+  const QString socket = machineText(config, foundation::keys::LiveSocket);
   return {file.isEmpty() ? usualSiteFile() : file,
           [&config] {
-            const std::string folder = fromQt(machineText(config, "PathMonitor"));
+            const std::string folder = fromQt(machineText(config, foundation::keys::PathMonitor));
             return folder.empty() ? QString() : toQt((base::systemPath(folder) / "").parent_path().string());
           },
           socket.isEmpty() ? toQt(platform::defaultLiveSocket().string()) : socket};

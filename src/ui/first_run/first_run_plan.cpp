@@ -17,11 +17,9 @@ constexpr int kSampleDays = 60;
 
 void storeSettings(const FirstRunPlan& plan, server::CServerApp& app) {
   foundation::ConfigManager& config = app.config();
-  const auto keep = [&config](const std::string& value, const char* key) {
-    return config.WriteConfigString(value, key, "general", foundation::StoreMachine);
-  };
   bool written = server::useDataFolder(plan.folder, config, plan.monitorFolder) &&
-                 keep(plan.countryCode, "CountryCode") && keep(plan.areaCode, "AreaCode");
+                 config.WriteConfigString(plan.countryCode, foundation::keys::CountryCode) &&
+                 config.WriteConfigString(plan.areaCode, foundation::keys::AreaCode);
   if (!written) {
     throw server::DataFolderError(
         app.language().TranslateFormat("IDS_CANTWRITEFILE", config.machineStore().file().string()));
@@ -43,8 +41,7 @@ void make(const FirstRunPlan& plan, server::CServerApp& app) {
   calls.count = kSampleCalls;
   calls.days = kSampleDays;
   calls.lastDay = around.clock.now();
-  const std::filesystem::path monitor =
-      app.config().ReadConfigString("PathMonitor", "general", foundation::StoreMachine, "");
+  const std::filesystem::path monitor = app.config().ReadConfigString(foundation::keys::PathMonitor);
   // A file that a capture program left holds real calls.
   if (exists(monitor / "monitor.data")) return;
   create_directories(monitor);

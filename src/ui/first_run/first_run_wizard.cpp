@@ -36,7 +36,7 @@ FirstRunWizard::FirstRunWizard(server::CServerApp& app, const QString& oldFolder
 void FirstRunWizard::useLanguage(const QString& code) {
   platform::NoOperator nobody;
   app_.language().CheckCodepage(fromQt(code), nobody);
-  app_.config().WriteConfigString(fromQt(code), "Lang", "general", foundation::StoreMachine);
+  app_.config().WriteConfigString(fromQt(code), foundation::keys::Lang);
   buildPages();
 }
 

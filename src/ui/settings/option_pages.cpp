@@ -18,7 +18,7 @@
 
 #include "analysis/working_hours.h"
 #include "base/path.h"
-#include "foundation/settings_catalogue.h"
+#include "foundation/setting_keys.h"
 #include "jet/stored_database.h"
 #include "schema/database_place.h"
 #include "server/data_folder.h"
@@ -29,6 +29,8 @@
 namespace ui {
 
 namespace {
+
+namespace keys = foundation::keys;
 
 constexpr int kLongestCode = 8;    // of a country or area
 constexpr int kHeadingSpace = 10;  // above it, in pixels
@@ -50,8 +52,7 @@ enum class OptionKind {
 // A setting as a field; where it is stored, its default and its range are those of the table of settings.
 struct Option {
   const char* captionKey;
-  const char* section;
-  const char* key;
+  const foundation::Setting* setting;  // null: a heading
   OptionKind kind;
   const char* unitKey = nullptr;    // after the number
   const char* lowestKey = nullptr;  // what the least number means
@@ -60,80 +61,83 @@ struct Option {
 };
 
 constexpr Option heading(const char* captionKey) {
-  return {captionKey, "", "", OptionKind::Heading};
+  return {captionKey, nullptr, OptionKind::Heading};
 }
 
 constexpr Option kCallOptions[] = {
-    {"IDS_OPT_KEEP_DAYS", "Calls", "Sterge", OptionKind::Number, "IDS_DAYS_TEXT", "IDS_OPT_ALL_CALLS",
+    {"IDS_OPT_KEEP_DAYS", &keys::calls::Sterge, OptionKind::Number, "IDS_DAYS_TEXT", "IDS_OPT_ALL_CALLS",
      "IDS_HINT_KEEP_DAYS", 0},
-    {"IDS_OPT_DEPARTMENT_SOURCE", "Calls", "Sursa_departament", OptionKind::DepartmentSource},
-    {"IDS_OPT_IGNORE_SHORT", "Calls", "Ignore_short_calls", OptionKind::Number, "IDS_SECONDS", "IDS_OPT_NO_CALL",
+    {"IDS_OPT_DEPARTMENT_SOURCE", &keys::calls::Sursa_departament, OptionKind::DepartmentSource},
+    {"IDS_OPT_IGNORE_SHORT", &keys::calls::Ignore_short_calls, OptionKind::Number, "IDS_SECONDS", "IDS_OPT_NO_CALL",
      "IDS_HINT_IGNORE_SHORT"},
-    {"IDS_OPT_SECONDS_NOT_CHARGED", "Calls", "Seconds_not_charged", OptionKind::Switch, nullptr, nullptr,
+    {"IDS_OPT_SECONDS_NOT_CHARGED", &keys::calls::Seconds_not_charged, OptionKind::Switch, nullptr, nullptr,
      "IDS_HINT_SECONDS_NOT_CHARGED"},
-    {"IDS_OPT_EXTERNAL_PHONEBOOK", "Calls", "ExternalPhonebook", OptionKind::Switch},
-    {"IDS_OPT_NUMBER_FILTER", "Calls", "Number_Filter_Enabled", OptionKind::Switch, nullptr, nullptr,
+    {"IDS_OPT_EXTERNAL_PHONEBOOK", &keys::calls::ExternalPhonebook, OptionKind::Switch},
+    {"IDS_OPT_NUMBER_FILTER", &keys::filter::Number_Filter_Enabled, OptionKind::Switch, nullptr, nullptr,
      "IDS_HINT_NUMBER_FILTER"},
-    {"IDS_OPT_WORKING_HOURS", "Calls", "WorkingHours", OptionKind::WorkingHours, nullptr, nullptr,
+    {"IDS_OPT_WORKING_HOURS", &keys::calls::WorkingHours, OptionKind::WorkingHours, nullptr, nullptr,
      "IDS_HINT_WORKING_HOURS"},
     heading("IDS_FOLDER_LOG"),
-    {"IDS_OPT_LOG_DELETE", "general", "Log_DeleteEnabled", OptionKind::Switch},
-    {"IDS_OPT_LOG_DAYS", "general", "Log_DeleteAfter", OptionKind::Number, "IDS_DAYS_TEXT", "IDS_OPT_ALL_CALLS"},
+    {"IDS_OPT_LOG_DELETE", &keys::Log_DeleteEnabled, OptionKind::Switch},
+    {"IDS_OPT_LOG_DAYS", &keys::Log_DeleteAfter, OptionKind::Number, "IDS_DAYS_TEXT", "IDS_OPT_ALL_CALLS"},
 };
 
 constexpr Option kOrganization[] = {
-    {"IDS_ADDRESS", "general", "OrganizationAddress", OptionKind::Text},
-    {"IDS_TOWN", "general", "OrganizationOras", OptionKind::Text},
-    {"IDS_PHONE_TEXT", "general", "OrganizationTel", OptionKind::Text},
-    {"IDS_FAX", "general", "OrganizationFax", OptionKind::Text},
-    {"IDS_EMAIL", "general", "OrganizationEmail", OptionKind::Text},
-    {"IDS_WEB", "general", "OrganizationWeb", OptionKind::Text},
-    {"IDS_FISCAL_CODE", "general", "OrganizationCF", OptionKind::Text},
-    {"IDS_BANK_ACCOUNT", "general", "OrganizationCont", OptionKind::Text},
-    {"IDS_BANK", "general", "OrganizationBanca", OptionKind::Text},
-    {"IDS_ORG_PREFIX", "general", "OrganizationPrefix", OptionKind::Text},
+    {"IDS_ADDRESS", &keys::OrganizationAddress, OptionKind::Text},
+    {"IDS_TOWN", &keys::OrganizationOras, OptionKind::Text},
+    {"IDS_PHONE_TEXT", &keys::OrganizationTel, OptionKind::Text},
+    {"IDS_FAX", &keys::OrganizationFax, OptionKind::Text},
+    {"IDS_EMAIL", &keys::OrganizationEmail, OptionKind::Text},
+    {"IDS_WEB", &keys::OrganizationWeb, OptionKind::Text},
+    {"IDS_FISCAL_CODE", &keys::OrganizationCF, OptionKind::Text},
+    {"IDS_BANK_ACCOUNT", &keys::OrganizationCont, OptionKind::Text},
+    {"IDS_BANK", &keys::OrganizationBanca, OptionKind::Text},
+    {"IDS_ORG_PREFIX", &keys::OrganizationPrefix, OptionKind::Text},
     heading("IDS_OPT_BILLS"),
-    {"IDS_OPT_VAT", "general", "OrganizationTVA", OptionKind::Number, "IDS_PERCENT"},
-    {"IDS_OPT_SURCHARGE", "general", "OrganizationTAXE", OptionKind::Percent, "IDS_PERCENT", nullptr,
-     "IDS_HINT_SURCHARGE"},
-    {"IDS_OPT_DECIMALS", "general", "DisplayDecimals", OptionKind::Number},
-    {"IDS_OPT_DECIMALS_VALUE", "general", "DisplayDecimalsValue", OptionKind::Number},
-    {"IDS_OPT_DECIMALS_DEFAULT", "general", "DisplayDecimalsDefault", OptionKind::Number},
-    {"IDS_OPT_BILL_TEMPLATE", "general", "TemplateHotel", OptionKind::Switch},
-    {"IDS_OPT_RESELLER", "general", "ResellerName", OptionKind::Text},
+    {"IDS_OPT_VAT", &keys::OrganizationTVA, OptionKind::Number, "IDS_PERCENT"},
+    {"IDS_OPT_SURCHARGE", &keys::OrganizationTAXE, OptionKind::Percent, "IDS_PERCENT", nullptr, "IDS_HINT_SURCHARGE"},
+    {"IDS_OPT_DECIMALS", &keys::DisplayDecimals, OptionKind::Number},
+    {"IDS_OPT_DECIMALS_VALUE", &keys::DisplayDecimalsValue, OptionKind::Number},
+    {"IDS_OPT_DECIMALS_DEFAULT", &keys::DisplayDecimalsDefault, OptionKind::Number},
+    {"IDS_OPT_BILL_TEMPLATE", &keys::TemplateHotel, OptionKind::Switch},
+    {"IDS_OPT_RESELLER", &keys::ResellerName, OptionKind::Text},
 };
 
 constexpr const char* kDatabaseFolderKey = "IDS_OPT_DATABASE_FOLDER";
 
 constexpr Option kPlace[] = {
-    {"IDS_OPT_MONITOR_FOLDER", "general", "PathMonitor", OptionKind::Folder, nullptr, nullptr,
-     "IDS_HINT_MONITOR_FOLDER"},
-    {kDatabaseFolderKey, "general", "PathDatabase", OptionKind::Folder, nullptr, nullptr, "IDS_HINT_DATABASE_FOLDER"},
-    {"IDS_OPT_PROGRAM_FOLDER", "general", "Path", OptionKind::Folder},
-    {"IDS_OPT_COUNTRY_CODE", "general", "CountryCode", OptionKind::Digits, nullptr, nullptr, "IDS_HINT_COUNTRY_CODE"},
-    {"IDS_OPT_AREA_CODE", "general", "AreaCode", OptionKind::Digits, nullptr, nullptr, "IDS_HINT_AREA_CODE"},
+    {"IDS_OPT_MONITOR_FOLDER", &keys::PathMonitor, OptionKind::Folder, nullptr, nullptr, "IDS_HINT_MONITOR_FOLDER"},
+    {kDatabaseFolderKey, &keys::PathDatabase, OptionKind::Folder, nullptr, nullptr, "IDS_HINT_DATABASE_FOLDER"},
+    {"IDS_OPT_PROGRAM_FOLDER", &keys::Path, OptionKind::Folder},
+    {"IDS_OPT_COUNTRY_CODE", &keys::CountryCode, OptionKind::Digits, nullptr, nullptr, "IDS_HINT_COUNTRY_CODE"},
+    {"IDS_OPT_AREA_CODE", &keys::AreaCode, OptionKind::Digits, nullptr, nullptr, "IDS_HINT_AREA_CODE"},
     heading("IDS_OPT_OUTPUT"),
-    {"IDS_OPT_COM_OUT", "general", "COMOut", OptionKind::Text, nullptr, nullptr, "IDS_HINT_COM_OUT"},
-    {"IDS_OPT_OUT_FILE", "general", "OutFile", OptionKind::Text},
-    {"IDS_OPT_LIVE_SOCKET", "general", "LiveSocket", OptionKind::Text, nullptr, nullptr, "IDS_HINT_LIVE_SOCKET"},
+    {"IDS_OPT_COM_OUT", &keys::COMOut, OptionKind::Text, nullptr, nullptr, "IDS_HINT_COM_OUT"},
+    {"IDS_OPT_OUT_FILE", &keys::OutFile, OptionKind::Text},
+    {"IDS_OPT_LIVE_SOCKET", &keys::LiveSocket, OptionKind::Text, nullptr, nullptr, "IDS_HINT_LIVE_SOCKET"},
 };
 
 constexpr Option kInterface[] = {
-    {"IDS_OPT_LANGUAGE", "general", "Lang", OptionKind::Language},
-    {"IDS_OPT_TOOLBAR", "general", "iface_Toolbar", OptionKind::Switch},
-    {"IDS_OPT_STATUSBAR", "general", "iface_Statusbar", OptionKind::Switch},
-    {"IDS_OPT_GRID", "general", "iface_Grid", OptionKind::Switch},
-    {"IDS_OPT_HOVER", "general", "iface_Hover", OptionKind::Switch},
-    {"IDS_OPT_AUTOSELECT", "general", "iface_Autoselect", OptionKind::Switch},
+    {"IDS_OPT_LANGUAGE", &keys::Lang, OptionKind::Language},
+    {"IDS_OPT_TOOLBAR", &keys::iface_Toolbar, OptionKind::Switch},
+    {"IDS_OPT_STATUSBAR", &keys::iface_Statusbar, OptionKind::Switch},
+    {"IDS_OPT_GRID", &keys::iface_Grid, OptionKind::Switch},
+    {"IDS_OPT_HOVER", &keys::iface_Hover, OptionKind::Switch},
+    {"IDS_OPT_AUTOSELECT", &keys::iface_Autoselect, OptionKind::Switch},
     heading("IDS_CONTACTS"),
-    {"IDS_OPT_SEARCH_RESULTS", "general", "iface_searchmaxresults", OptionKind::Number},
-    {"IDS_OPT_SEARCH_PREFIX", "general", "PhonebookSearchMethod", OptionKind::Switch},
+    {"IDS_OPT_SEARCH_RESULTS", &keys::iface_searchmaxresults, OptionKind::Number},
+    {"IDS_OPT_SEARCH_PREFIX", &keys::PhonebookSearchMethod, OptionKind::Switch},
     heading("IDS_OPT_ADDRESSES"),
-    {"IDS_OPT_MANUAL", "general", "Manual", OptionKind::Text},
-    {"IDS_OPT_URL_SUPPORT", "general", "UrlSupport", OptionKind::Text},
-    {"IDS_OPT_URL_UPDATES", "general", "UrlCheckUpdates", OptionKind::Text},
-    {"IDS_OPT_URL_CURRENCY", "general", "UrlCurrency", OptionKind::Text},
+    {"IDS_OPT_MANUAL", &keys::Manual, OptionKind::Text},
+    {"IDS_OPT_URL_SUPPORT", &keys::UrlSupport, OptionKind::Text},
+    {"IDS_OPT_URL_UPDATES", &keys::UrlCheckUpdates, OptionKind::Text},
+    {"IDS_OPT_URL_CURRENCY", &keys::UrlCurrency, OptionKind::Text},
 };
+
+// A field is named after its setting.
+QString nameOf(const Option& option) {
+  return toQt(option.setting->key);
+}
 
 // An option's field: its editor, and how its value is written when it was changed.
 struct Field {
@@ -160,12 +164,6 @@ Field fieldOf(QWidget* editor, std::function<Value()> read, Write write) {
   return field;
 }
 
-const foundation::Setting& rowOf(const Option& option) {
-  const foundation::Setting* row = foundation::findSetting(option.section, option.key);
-  if (row == nullptr) throw std::logic_error(std::string("no setting ") + option.key);
-  return *row;
-}
-
 // The settings and words that fields are made from.
 struct Source {
   server::CServerApp& app;
@@ -174,21 +172,20 @@ struct Source {
   [[nodiscard]] foundation::ConfigManager& config() const { return app.config(); }
   [[nodiscard]] QString text(const char* key) const { return key != nullptr ? texts(key) : QString(); }
   [[nodiscard]] std::int32_t number(const Option& option) const {
-    const foundation::Setting& row = rowOf(option);
-    return config().ReadConfigInt(row.key, row.section, row.store, foundation::wholeNumber(row.fallback).value_or(0));
+    return config().ReadConfigInt(foundation::NumberKey(*option.setting));
   }
   // A text that was never set is an empty field, whatever its reader takes instead.
   [[nodiscard]] std::string string(const Option& option) const {
-    return config().ReadConfigString(option.key, option.section, rowOf(option).store, "");
+    return config().ReadConfigString(foundation::TextKey(*option.setting), "");
   }
   [[nodiscard]] auto numberWriter(const Option& option) const {
-    return [&config = config(), option](int value) {
-      config.WriteConfigInt(value, option.key, option.section, rowOf(option).store);
+    return [&config = config(), key = foundation::NumberKey(*option.setting)](int value) {
+      config.WriteConfigInt(value, key);
     };
   }
   [[nodiscard]] auto stringWriter(const Option& option) const {
-    return [&config = config(), option](const QString& value) {
-      config.WriteConfigString(fromQt(value), option.key, option.section, rowOf(option).store);
+    return [&config = config(), key = foundation::TextKey(*option.setting)](const QString& value) {
+      config.WriteConfigString(fromQt(value), key);
     };
   }
 };
@@ -199,7 +196,7 @@ QString unitOf(const Option& option, const Source& source) {
 
 Field numberField(const Option& option, const Source& source) {
   auto* box = new QSpinBox;
-  box->setRange(option.least.value_or(rowOf(option).least), rowOf(option).most);
+  box->setRange(option.least.value_or(option.setting->least), option.setting->most);
   box->setSuffix(unitOf(option, source));
   if (option.lowestKey != nullptr) box->setSpecialValueText(source.text(option.lowestKey));
   box->setValue(source.number(option));
@@ -260,7 +257,7 @@ Field textField(const Option& option, const Source& source) {
 Field folderField(const Option& option, const Source& source) {
   auto* edit = new QLineEdit(toQt(source.string(option)));
   edit->setCursorPosition(0);
-  edit->setObjectName(option.key);
+  edit->setObjectName(nameOf(option));
   // File names are appended to the folder as it is: it ends with its separator.
   Field field = fieldOf<QString>(
       withBrowseButton(edit, source.texts),
@@ -347,7 +344,7 @@ QLayout* withHint(QWidget* editor, const QString& text) {
 void addField(QFormLayout& form, const Option& option, const Source& source, const Field& field) {
   // The line of a folder has its button beside it.
   QWidget* focused = field.editor->focusProxy() != nullptr ? field.editor->focusProxy() : field.editor;
-  focused->setObjectName(option.key);
+  focused->setObjectName(nameOf(option));
   focused->setAccessibleName(source.text(option.captionKey));
   auto* label = option.kind == OptionKind::Switch ? nullptr : new QLabel(source.text(option.captionKey));
   if (label != nullptr) label->setBuddy(focused);
@@ -396,8 +393,8 @@ SettingsPage optionPage(const QString& caption, std::span<const Option> options,
 
 SettingsPage callOptionsPage(server::CServerApp& app, const Texts& texts) {
   SettingsPage page = optionPage(texts("IDS_PAGE_CALL_OPTIONS"), kCallOptions, {app, texts});
-  auto* deletes = page.widget->findChild<QCheckBox*>("Log_DeleteEnabled");
-  auto* days = page.widget->findChild<QSpinBox*>("Log_DeleteAfter");
+  auto* deletes = page.widget->findChild<QCheckBox*>(toQt(keys::Log_DeleteEnabled.key));
+  auto* days = page.widget->findChild<QSpinBox*>(toQt(keys::Log_DeleteAfter.key));
   days->setEnabled(deletes->isChecked());
   QObject::connect(deletes, &QCheckBox::toggled, days, &QWidget::setEnabled);
   return page;

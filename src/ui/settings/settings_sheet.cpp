@@ -48,8 +48,8 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
       texts_(texts),
       allowed_(mayChangeAdministration(document)),
       parties_(std::make_shared<EditedParties>(document.smdr().parties())),
-      tariffs_(std::make_shared<EditedTariffs>(
-          document.app().config().ReadConfigString("CountryCode", "general", foundation::StoreMachine, ""))),
+      tariffs_(
+          std::make_shared<EditedTariffs>(document.app().config().ReadConfigString(foundation::keys::CountryCode))),
       list_(named(new QListWidget, "pages")),
       stack_(new QStackedWidget),
       buttons_(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Apply | QDialogButtonBox::Cancel |
