@@ -161,7 +161,7 @@ class AnonymiseDialog : public ResultDialog {
       change("IDS_LOG_ANONYMISED_UNDONE", [](privacy::Anonymisation& calls) { return calls.undo(); });
     });
     connect(confirm_, &QPushButton::clicked, this, [this] {
-      if (!confirmLoss(this, this->texts(), this->texts().format("IDS_ANONYMISE_CONFIRM_SURE", waiting_))) return;
+      if (!sure("IDS_ANONYMISE_CONFIRM_SURE", waiting_)) return;
       change("IDS_LOG_ANONYMISED_CONFIRMED", [](privacy::Anonymisation& calls) { return calls.confirm(); });
     });
   }
@@ -172,6 +172,7 @@ class AnonymiseDialog : public ResultDialog {
     return work([this] {
       security::requireAllCalls(document().user(), texts().language());
       privacy::Anonymisation calls(document().database(), document().app().config());
+      lastBackup_ = toQt(document().lastBackupText());
       waiting_ = calls.waiting();
       would_ = calls.wouldChange(before());
       QString text = texts().format("IDS_ANONYMISE_WOULD", would_);
@@ -189,9 +190,13 @@ class AnonymiseDialog : public ResultDialog {
     return document().app().surroundings().clock.now().midnight().plusDays(-age_->value());
   }
 
+  bool sure(const char* questionKey, std::int64_t calls) {
+    return confirmLoss(this, texts(), lastBackup_ + '\n' + texts().format(questionKey, calls));
+  }
+
   void apply() {
     if (!showState() || would_ == 0) return;
-    if (!confirmLoss(this, texts(), texts().format("IDS_ANONYMISE_SURE", would_))) return;
+    if (!sure("IDS_ANONYMISE_SURE", would_)) return;
     change("IDS_LOG_ANONYMISED", [this](privacy::Anonymisation& calls) { return calls.apply(before()); });
   }
 
@@ -212,6 +217,7 @@ class AnonymiseDialog : public ResultDialog {
   QPushButton* apply_;
   QPushButton* undo_;
   QPushButton* confirm_;
+  QString lastBackup_;
   std::int64_t waiting_ = 0;
   std::int64_t would_ = 0;
   bool changed_ = false;
