@@ -27,10 +27,6 @@ lxw_col_t columnNumber(std::size_t column) {
   return static_cast<lxw_col_t>(column);
 }
 
-[[noreturn]] void throwNoRoom() {
-  throw std::system_error(std::make_error_code(std::errc::no_space_on_device));
-}
-
 // The directory of an archive without a comment; empty when there is none.
 std::string archiveDirectory(const std::filesystem::path& file) {
   constexpr std::streamoff kEndSize = 22;
@@ -91,7 +87,7 @@ class XlsxBook::Workbook {
     lxw_workbook_options options{};
     options.constant_memory = LXW_TRUE;
     book_ = workbook_new_opt(file_.path().c_str(), &options);
-    if (book_ == nullptr) throw std::system_error(std::make_error_code(std::errc::not_enough_memory));
+    if (book_ == nullptr) fail(std::errc::not_enough_memory);
     heading_ = workbook_add_format(book_);
     format_set_bold(heading_);
     money_ = numberFormat("#,##0.00");
@@ -133,9 +129,9 @@ class XlsxBook::Workbook {
     const lxw_error error = workbook_close(book_);
     book_ = nullptr;
     if (error != LXW_NO_ERROR) {
-      throw std::system_error(std::make_error_code(std::errc::io_error), lxw_strerror(error));
+      throw std::system_error(std::make_error_code(std::errc::io_error), target_.string() + ": " + lxw_strerror(error));
     }
-    if (sheetsSize(file_.path()) < rows) throwNoRoom();
+    if (sheetsSize(file_.path()) < rows) fail(std::errc::no_space_on_device);
     file_.moveTo(target_);
   }
 
@@ -151,6 +147,8 @@ class XlsxBook::Workbook {
   [[nodiscard]] lxw_format* dateFormat() const { return date_; }
 
  private:
+  [[noreturn]] void fail(std::errc why) const { throw std::system_error(std::make_error_code(why), target_.string()); }
+
   // The library writes the rows to temporary files of its own and does not notice when these find no room. Bytes of all
   // sheets' rows, once they are written.
   [[nodiscard]] std::uint64_t rowsSize() const {
@@ -158,7 +156,7 @@ class XlsxBook::Workbook {
     lxw_worksheet* sheet = nullptr;
     LXW_FOREACH_WORKSHEET(sheet, book_) {
       std::FILE* file = sheet->optimize_tmpfile;
-      if (std::fflush(file) != 0 || std::ferror(file) != 0) throwNoRoom();
+      if (std::fflush(file) != 0 || std::ferror(file) != 0) fail(std::errc::no_space_on_device);
       size += static_cast<std::uint64_t>(std::ftell(file));
     }
     return size;

@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QSaveFile>
 #include <QStyle>
 #include <QSvgGenerator>
 #include <QVBoxLayout>
@@ -177,14 +178,16 @@ void ChartPane::savePicture() {
                .string());
   if (name.isEmpty()) return;
   const bool vectors = name.endsWith(".svg", Qt::CaseInsensitive);
-  const bool written = vectors ? writeSvg(name) : picture().save(name, "PNG");
+  QSaveFile file(name);
+  const bool written =
+      file.open(QIODevice::WriteOnly) && (vectors ? drawSvg(file) : picture().save(&file, "PNG")) && file.commit();
   if (!written) return warn(this, texts_, texts_.format("IDS_CANTWRITEFILE", fromQt(name)));
   emit saved(name);
 }
 
-bool ChartPane::writeSvg(const QString& name) const {
+bool ChartPane::drawSvg(QIODevice& file) const {
   QSvgGenerator svg;
-  svg.setFileName(name);
+  svg.setOutputDevice(&file);
   svg.setTitle(chart_->shown().title);
   svg.setSize(kPicture);
   svg.setViewBox(QRect(QPoint(0, 0), kPicture));

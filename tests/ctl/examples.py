@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Runs every example of tallyctl's help, and every tallyctl line of README.md and docs/, each in a demo exchange of its
-own. An example must end with status 0. Inline `tallyctl ...` and `tallymon ...` in the documents must name commands that
-there are, and the site files of `tallymon` that they show must be in order.
+"""Runs every example of the help of tallyctl and tallymon, and every line of theirs in README.md and docs/, each in a
+demo exchange of its own. An example must end with status 0. Inline `tallyctl ...` in the documents must name commands
+that there are, and the site files of `tallymon` that they show must be in order.
 
 Usage: examples.py PROGRAMS_FOLDER SOURCE_FOLDER
 """
@@ -14,6 +14,8 @@ import subprocess
 import sys
 import tempfile
 from pathlib import Path
+
+import monitor_examples
 
 # Folders that the examples name, below the test's own.
 FOLDERS = ("/srv/", "/mnt/", "/var/")
@@ -197,15 +199,14 @@ def unknown_words(text, program, words):
 
 
 def main(programs, source):
-    pages = {program: man_page(programs, program) for program in ("tallyctl", "tallymon")}
-    examples = [line.strip() for line in pages["tallyctl"].splitlines() if line.startswith("  tallyctl ")]
+    page = man_page(programs, "tallyctl")
+    examples = [line.strip() for line in page.splitlines() if line.startswith("  tallyctl ")]
     faults = []
-    for document in documents(source):
-        text = document.read_text(encoding="utf-8")
+    texts = {document: document.read_text(encoding="utf-8") for document in documents(source)}
+    for document, text in texts.items():
         examples += [line for line in document_examples(text) if line not in examples]
-        for program, page in pages.items():
-            unknown = unknown_words(text, program, commands(page))
-            faults += [f"{document}: there is no command `{program} {code}`" for code in unknown]
+        unknown = unknown_words(text, "tallyctl", commands(page))
+        faults += [f"{document}: there is no command `tallyctl {code}`" for code in unknown]
         faults += [f"{document}: {fault}" for fault in site_faults(programs, text)]
     demo = Demo(programs)
     ran = 0
@@ -220,6 +221,10 @@ def main(programs, source):
     stale = [key for key in list(SKIPPED) + list(PREPARATION) if not any(line.startswith(key) for line in examples)]
     faults += [f"no example begins with: {key}" for key in stale]
     shutil.rmtree(demo.root)
+    monitor_page = man_page(programs, "tallymon")
+    monitor = dict.fromkeys(monitor_examples.examples(monitor_page, texts.values()))
+    ran += len(monitor)
+    faults += monitor_examples.Exchange(programs, monitor_page).faults(monitor)
     print("\n".join(faults))
     print(f"{ran} examples ran, {len(faults)} faults")
     return 1 if faults else 0

@@ -59,4 +59,14 @@ TEST_F(FullDisk, EveryWriterOfFilesSaysSoAndLeavesNothingBehind) {
   EXPECT_EQ(stored("SELECT count(*) FROM Calls")[0][0], "8000");
 }
 
+TEST_F(FullDisk, TheMachineStoreStaysAsItWas) {
+  succeed("setting set OutFile /srv/" + std::string(1200, 'x') + " --where machine");
+  const std::string before = readFile(path("machine.ini"));
+  const Result result = runOnFullDisk("setting set Lang RO --where machine", 1024);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find("machine.ini cannot be written"), std::string::npos) << result.err;
+  EXPECT_EQ(readFile(path("machine.ini")), before);
+  succeed("setting set Lang RO --where machine");
+}
+
 }  // namespace

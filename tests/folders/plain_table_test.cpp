@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "folders/folder_office.h"
+#include "support/program_run.h"
 
 namespace folders {
 namespace {
@@ -63,6 +64,30 @@ TEST_F(PlainTableFiles, AFolderThatIsNotThereIsTold) {
     EXPECT_FALSE(writePlainTable(table, office.services, office.folder / name)) << name;
   }
   EXPECT_EQ(office.person.messages.size(), 4u);
+}
+
+TEST_F(PlainTableFiles, AFullDiskLeavesTheFileBeforeAndNoHalfOfANewOne) {
+  for (int row = 0; row < 400; ++row) {
+    std::string text;  // that hardly shrinks when it is packed
+    for (int i = 0; i < 40; ++i) text += static_cast<char>('a' + (row * 7919 + i * i * 31 + row * i * 13) % 26);
+    table.rows.push_back({{std::monostate(), text, row * 1.5}});
+  }
+  for (const char* name : {"list.csv", "list.xlsx", "list.pdf", "list.html"}) {
+    const TemporaryFolder folder;
+    writeFile(folder / name, "before");
+    {
+      const DiskLimit disk(4096);
+      try {
+        writePlainTable(table, office.services, folder / name);
+        ADD_FAILURE() << name << " was written";
+      } catch (const std::exception& fault) {
+        EXPECT_NE(std::string(fault.what()).find(name), std::string::npos) << fault.what();
+      }
+    }
+    EXPECT_EQ(readFile(folder / name), "before") << name;
+    const auto entries = std::filesystem::directory_iterator(folder / "");
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << name;
+  }
 }
 
 }  // namespace

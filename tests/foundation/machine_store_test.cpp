@@ -180,6 +180,14 @@ TEST(MachineStore, RefusesWhatItCannotWrite) {
   EXPECT_EQ(store.readInt("a", "b"), std::nullopt);
 }
 
+TEST(MachineStore, MakesTheFolderThatIsMissing) {
+  const TemporaryFolder folder;
+  MachineStore store(folder / "new/below/store.ini");
+  EXPECT_EQ(store.readInt("a", "b"), std::nullopt);
+  ASSERT_TRUE(store.writeInt("a", "b", 1));
+  EXPECT_EQ(MachineStore(folder / "new/below/store.ini").readInt("a", "b"), 1);
+}
+
 TEST(MachineStore, FollowsALinkAndKeepsIt) {
   const TemporaryFolder folder;
   std::filesystem::create_directory(folder / "real");

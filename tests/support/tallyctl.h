@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <sys/wait.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/program_run.h"
 #include "support/test_place.h"
 
 namespace support {
@@ -19,30 +19,25 @@ namespace support {
 // Databases that "init data" makes are where TestPlace says; on a server too, the monitor's folder is "data/monitor".
 class TallyctlRun {
  public:
-  struct Result {
-    int status;
-    std::string out;
-    std::string err;
-  };
+  using Result = ProgramResult;
 
   // `with`: variables of its environment ("TALLYBOOK_PASSWORD=secret"), or a program that runs it ("timeout 20").
   Result run(const std::string& arguments, const std::string& with = {}) {
     noteChange(arguments);
-    return shell(commandLine(arguments, with) + " >out 2>err");
+    return runLine(commandLine(arguments, with), path(""), path(""));
   }
-  // As on a disk on which no file can grow beyond so many bytes (a multiple of 512).
   Result runOnFullDisk(const std::string& arguments, int bytes) {
     noteChange(arguments);
-    return shell("trap '' XFSZ && ulimit -f " + std::to_string(bytes / 512) + " && " + commandLine(arguments) +
-                 " >out 2>err");
+    return runLine(onFullDisk(bytes, commandLine(arguments)), path(""), path(""));
   }
 
   // Runs beside the test until it ends by itself or is ended; both streams go to the file `output`, the exit status
   // to the file "status".
   std::thread start(const std::string& arguments, const std::string& output, const std::string& with = {}) {
     noteChange(arguments);
-    return std::thread(
-        [this, line = commandLine(arguments, with) + " >>" + output + " 2>&1; echo $? >status"] { shell(line); });
+    return std::thread([folder = path("").string(), line = commandLine(arguments, with), output] {
+      std::system(("cd '" + folder + "' && { " + line + " >>" + output + " 2>&1; echo $? >status; }").c_str());
+    });
   }
 
   std::string succeed(const std::string& arguments, const std::string& with = {}) {
@@ -90,10 +85,6 @@ class TallyctlRun {
   [[nodiscard]] std::string commandLine(const std::string& arguments, const std::string& with = {}) const {
     return "env -u TALLYBOOK_PASSWORD TALLYBOOK_MACHINE_STORE='" + path("machine.ini").string() + "' " + with +
            " '" TALLYBOOK_BINARY_DIR "/tallyctl' " + whereItIs(arguments) + " </dev/null";
-  }
-  Result shell(const std::string& line) const {
-    const int status = std::system(("cd '" + path("").string() + "' && " + line).c_str());
-    return {WEXITSTATUS(status), readFile(path("out")), readFile(path("err"))};
   }
   // Neither lists nor the filter change what stored() is asked for.
   void noteChange(const std::string& arguments) {

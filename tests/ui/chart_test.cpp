@@ -7,7 +7,7 @@
 #include <QLineEdit>
 
 #include "frame.h"
-#include "support/temporary_folder.h"
+#include "support/program_run.h"
 #include "ui/chart_pane.h"
 
 namespace {
@@ -27,14 +27,17 @@ class ChartTest : public MainFrameTest {
     choices.setCurrentIndex(index);
     emit choices.activated(index);
   }
+  static auto answerWith(const std::string& file, const char* kind) {
+    return [file, kind](QDialog& dialog) {
+      qobject_cast<QFileDialog*>(&dialog)->selectNameFilter(kind);
+      support::child<QLineEdit>(dialog, "fileNameEdit").setText(QString::fromStdString(file));
+      dialog.accept();
+    };
+  }
   // The texts of the saved drawing.
   std::string drawing() {
     const std::string file = desktop.path("chart.svg");
-    const Script script({[&](QDialog& dialog) {
-      qobject_cast<QFileDialog*>(&dialog)->selectNameFilter("SVG (*.svg)");
-      support::child<QLineEdit>(dialog, "fileNameEdit").setText(QString::fromStdString(file));
-      dialog.accept();
-    }});
+    const Script script({answerWith(file, "SVG (*.svg)")});
     action("chartSave").trigger();
     return readFile(file);
   }
@@ -115,6 +118,17 @@ TEST_F(ChartTest, APictureGoesToTheClipboard) {
   frame->selectFolder(kNumbers);
   action("chartCopy").trigger();
   EXPECT_EQ(QApplication::clipboard()->image().size(), QSize(1920, 1080));
+}
+
+TEST_F(ChartTest, AFullDiskIsToldAndLeavesNoHalfOfAPicture) {
+  frame->selectFolder(kNumbers);
+  for (const auto& [name, kind] : {std::pair{"full.svg", "SVG (*.svg)"}, std::pair{"full.png", "PNG (*.png)"}}) {
+    const std::string file = desktop.path(name);
+    const Script script({answerWith(file, kind), acknowledge(name)});
+    const DiskLimit disk(1024);
+    action("chartSave").trigger();
+    EXPECT_FALSE(std::filesystem::exists(file)) << name;
+  }
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
 #include "capture/journal/journal.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <array>
-#include <csignal>
 
 #include "capture/journal/journal_keeping.h"
 #include "capture/journal/journal_reader.h"
-#include "support/temporary_folder.h"
+#include "support/program_run.h"
 
 namespace {
 
@@ -142,13 +140,10 @@ TEST(Journal, AFullDiskRefusesTheLineAndTakesItLater) {
   TemporaryFolder folder;
   Journal journal(folder / "main");
   append(journal, EntryKind::Line, kMorning, "one");
-  rlimit before{};
-  getrlimit(RLIMIT_FSIZE, &before);
-  std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit small{100, before.rlim_max};
-  setrlimit(RLIMIT_FSIZE, &small);
-  EXPECT_THROW(append(journal, EntryKind::Line, kMorning, std::string(200, 'x')), capture::JournalFault);
-  setrlimit(RLIMIT_FSIZE, &before);
+  {
+    const DiskLimit disk(100);
+    EXPECT_THROW(append(journal, EntryKind::Line, kMorning, std::string(200, 'x')), capture::JournalFault);
+  }
   EXPECT_EQ(2U, append(journal, EntryKind::Line, kMorning, "two"));
   journal.sync();
   EXPECT_EQ((Lines{"1 one", "2 two"}), linesFrom(folder / "main", 1));

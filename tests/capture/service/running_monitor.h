@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -17,7 +16,7 @@
 #include <vector>
 
 #include "exchange/call_record.h"
-#include "support/temporary_folder.h"
+#include "support/program_run.h"
 
 namespace support {
 
@@ -109,15 +108,15 @@ class RunningMonitor {
   [[nodiscard]] nlohmann::json status() const {
     return nlohmann::json::parse(readFile(monitor / ".tallymon/status.json"), nullptr, false);
   }
-  // Runs a further command of the program; its output.
+  // Runs a further command of the program, whose words say --config where it takes the site file.
+  [[nodiscard]] ProgramResult run(const std::string& words) const {
+    const TemporaryFolder streams;  // commands may run side by side
+    return runLine(TALLYBOOK_BINARY_DIR "/tallymon " + words, folder / "", streams / "");
+  }
+  // One that takes the site file; what it says on both streams.
   [[nodiscard]] std::string command(const std::string& words) const {
-    const std::string line = TALLYBOOK_BINARY_DIR "/tallymon " + words + " --config " + site.string() + " 2>&1";
-    FILE* pipe = popen(line.c_str(), "r");
-    std::string output;
-    char bytes[4096];
-    while (const std::size_t count = fread(bytes, 1, sizeof bytes, pipe)) output.append(bytes, count);
-    pclose(pipe);
-    return output;
+    const ProgramResult result = run(words + " --config " + site.string());
+    return result.out + result.err;
   }
 
   // A line as the exchange writes it, its call told apart by the pulses.

@@ -90,7 +90,9 @@ TEST(Service, ListeningShowsTheLinesOfTheServiceThatRuns) {
   run.start();
   ASSERT_TRUE(run.untilTaken(2)) << readFile(run.log);
   const fs::path output = run.folder / "shown";
-  std::thread listener([&] { static_cast<void>(run.command("listen main --json --last 2 >" + output.string())); });
+  std::thread listener([&] {
+    static_cast<void>(run.run("listen main --json --last 2 --config " + run.site.string() + " >" + output.string()));
+  });
   EXPECT_TRUE(run.until([&] { return fs::exists(output) && readFile(output).find("unknown") != std::string::npos; }));
   run.append(run.line(3));
   EXPECT_TRUE(run.until([&] { return readFile(output).find("\"line\":4,\"outcome\"") != std::string::npos; }))
@@ -113,7 +115,7 @@ TEST(Service, ListeningShowsTheLinesOfTheServiceThatRuns) {
 
 TEST(Service, TheManPageAndTheHelpNameEveryCommand) {
   RunningMonitor run;
-  const std::string page = run.command("man-page #");
+  const std::string page = run.run("man-page").out;
   for (const char* command : {"run", "stop", "reload", "status", "site", "site set", "site remove", "listen", "guess",
                               "test", "formats", "check", "replay", "trunks", "forget", "completion"}) {
     EXPECT_NE(std::string::npos, page.find(std::string(".SS ") + command + "\n")) << command;

@@ -6,7 +6,7 @@
 #include "capture/site/site.h"
 #include "capture/site/site_json.h"
 #include "capture/site/site_text.h"
-#include "support/temporary_folder.h"
+#include "support/program_run.h"
 
 namespace {
 
@@ -118,6 +118,24 @@ TEST(SiteText, AFileIsReplacedWholeAndOnlyWhenItIsInOrder) {
   ASSERT_EQ(0, ::stat(file.c_str(), &status));
   EXPECT_EQ(0604U, status.st_mode & 0777U);
   EXPECT_EQ(1, std::distance(std::filesystem::directory_iterator(file.parent_path()), {}));
+}
+
+TEST(SiteText, AFullDiskLeavesTheFileBefore) {
+  const TemporaryFolder folder;
+  const std::string before = std::string(1000, '#') + "\n" + kSite;
+  writeFile(folder / "tallymon.toml", before);
+  {
+    const DiskLimit disk(1024);
+    try {
+      capture::writeSite(folder / "tallymon.toml", "# changed\n" + before);
+      ADD_FAILURE() << "was written";
+    } catch (const std::exception& fault) {
+      EXPECT_TRUE(contains(fault.what(), "tallymon.toml")) << fault.what();
+    }
+  }
+  EXPECT_EQ(before, readFile(folder / "tallymon.toml"));
+  const auto entries = std::filesystem::directory_iterator(folder / "");
+  EXPECT_EQ(1, std::distance(begin(entries), end(entries)));
 }
 
 }  // namespace
