@@ -274,11 +274,12 @@ TEST(FolderModel, AWindowOverALongFolderShowsTheSameRecordsWhereverItStands) {
   ASSERT_EQ(model.rowCount(), kWindow);
   const QPersistentModelIndex marked(model.index(90, 0));
   model.moveWindow(50);
-  EXPECT_EQ(pulses(0), 50);
+  // After a page that was slow to read, as beside other work, the next one is read a moment later.
+  EXPECT_TRUE(QTest::qWaitFor([&] { return pulses(0) == 50; }));
   EXPECT_EQ(marked.row(), 40);
   model.moveWindow(1000);
   EXPECT_EQ(model.windowStart(), 200);
-  EXPECT_EQ(pulses(99), 299);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return pulses(99) == 299; }));
   EXPECT_FALSE(marked.isValid());
 }
 
