@@ -1,6 +1,7 @@
 #include "ui/chart_pane.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QClipboard>
 #include <QMenu>
 #include <QPrintDialog>
@@ -178,16 +179,18 @@ void ChartPane::savePicture() {
                .string());
   if (name.isEmpty()) return;
   const bool vectors = name.endsWith(".svg", Qt::CaseInsensitive);
+  // Made in memory first: the writers of pictures do not notice a disk that becomes full.
+  QBuffer made;
   QSaveFile file(name);
-  const bool written =
-      file.open(QIODevice::WriteOnly) && (vectors ? drawSvg(file) : picture().save(&file, "PNG")) && file.commit();
+  const bool written = made.open(QIODevice::WriteOnly) && (vectors ? drawSvg(made) : picture().save(&made, "PNG")) &&
+                       file.open(QIODevice::WriteOnly) && file.write(made.data()) == made.size() && file.commit();
   if (!written) return warn(this, texts_, texts_.format("IDS_CANTWRITEFILE", fromQt(name)));
   emit saved(name);
 }
 
-bool ChartPane::drawSvg(QIODevice& file) const {
+bool ChartPane::drawSvg(QIODevice& device) const {
   QSvgGenerator svg;
-  svg.setOutputDevice(&file);
+  svg.setOutputDevice(&device);
   svg.setTitle(chart_->shown().title);
   svg.setSize(kPicture);
   svg.setViewBox(QRect(QPoint(0, 0), kPicture));

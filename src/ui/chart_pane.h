@@ -47,7 +47,7 @@ class ChartPane : public QWidget {
   void savePicture();
   void print();
   [[nodiscard]] QImage picture() const;
-  [[nodiscard]] bool drawSvg(QIODevice& file) const;
+  [[nodiscard]] bool drawSvg(QIODevice& device) const;
   void tellHowMany();
 
   const Texts& texts_;
