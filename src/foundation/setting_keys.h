@@ -137,7 +137,8 @@ inline constexpr TextKey OrganizationCont{kGeneral, "OrganizationCont", StoreDat
 inline constexpr TextKey OrganizationBanca{kGeneral, "OrganizationBanca", StoreDatabase};
 inline constexpr TextKey OrganizationPrefix{kGeneral, "OrganizationPrefix", StoreDatabase};
 inline constexpr NumberKey DisplayDecimals{kGeneral, "DisplayDecimals", StoreDatabase, 2, 0, kMostDecimals};
-inline constexpr NumberKey DisplayDecimalsDefault{kGeneral, "DisplayDecimalsDefault", StoreDatabase, 0, 0, kMostDecimals};
+inline constexpr NumberKey DisplayDecimalsDefault{kGeneral,     "DisplayDecimalsDefault", StoreDatabase, 0, 0,
+                                                  kMostDecimals};
 inline constexpr NumberKey DisplayDecimalsValue{kGeneral, "DisplayDecimalsValue", StoreDatabase, 100, 0, 1000000000};
 inline constexpr NumberKey LastCurrencyID{kGeneral, "LastCurrencyID", StoreDatabase, -1};
 inline constexpr NumberKey TemplateHotel = onOff("TemplateHotel", StoreDatabase);
