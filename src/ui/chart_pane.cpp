@@ -6,7 +6,6 @@
 #include <QMenu>
 #include <QPrintDialog>
 #include <QPrinter>
-#include <QSaveFile>
 #include <QStyle>
 #include <QSvgGenerator>
 #include <QVBoxLayout>
@@ -181,9 +180,8 @@ void ChartPane::savePicture() {
   const bool vectors = name.endsWith(".svg", Qt::CaseInsensitive);
   // Made in memory first: the writers of pictures do not notice a disk that becomes full.
   QBuffer made;
-  QSaveFile file(name);
   const bool written = made.open(QIODevice::WriteOnly) && (vectors ? drawSvg(made) : picture().save(&made, "PNG")) &&
-                       file.open(QIODevice::WriteOnly) && file.write(made.data()) == made.size() && file.commit();
+                       replaceFile(name, made.data());
   if (!written) return warn(this, texts_, texts_.format("IDS_CANTWRITEFILE", fromQt(name)));
   emit saved(name);
 }

@@ -5,11 +5,11 @@
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QStringConverter>
 
 #include "base/codepage.h"
 #include "base/csv.h"
+#include "ui/dialogs/file_question.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/mnemonics.h"
@@ -147,10 +147,7 @@ void exportTable(const RecordTableModel& model, const Texts& texts, QWidget* par
     for (int c = 0; c < model.columnCount(); ++c) cells << model.column(c).read(r);
     content += lineOf(cells);
   }
-  QSaveFile file(name);
-  if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit()) {
-    warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(name)));
-  }
+  if (!replaceFile(name, content)) warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(name)));
 }
 
 bool importTable(RecordTableModel& model, const Texts& texts, QWidget* parent) {

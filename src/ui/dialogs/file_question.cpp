@@ -2,6 +2,7 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QStandardPaths>
 
 namespace ui {
@@ -46,6 +47,12 @@ std::filesystem::path askFile(foundation::ConfigManager& config, const Texts& te
   const QString name = dialog.selectedFiles().constFirst();
   config.WriteConfigString(fromQt(QFileInfo(name).absolutePath()), foundation::keys::LastExportFolder);
   return std::filesystem::path(fromQt(name));
+}
+
+bool replaceFile(const QString& name, const QByteArray& content) {
+  QSaveFile file(name);
+  // The commit by itself does not notice that what was still held in memory found no room.
+  return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush() && file.commit();
 }
 
 }  // namespace ui

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QStringList>
 #include <QWidget>
 #include <filesystem>
@@ -21,5 +22,8 @@ struct FileQuestion {
 // written over after a question only. Empty when the operator chose none.
 [[nodiscard]] std::filesystem::path askFile(foundation::ConfigManager& config, const Texts& texts, QWidget* parent,
                                             const FileQuestion& question);
+
+// Makes the content the whole file, there before or not. False when it cannot be written: the old file is as it was.
+[[nodiscard]] bool replaceFile(const QString& name, const QByteArray& content);
 
 }  // namespace ui

@@ -2,11 +2,11 @@
 
 #include <QFile>
 #include <QFileDialog>
-#include <QSaveFile>
 #include <algorithm>
 
 #include "contacts/vcard.h"
 #include "platform/progress.h"
+#include "ui/dialogs/file_question.h"
 #include "ui/dialogs/messages.h"
 
 namespace ui {
@@ -69,11 +69,8 @@ void exportVCards(server::CServerDoc& document, const Texts& texts, QWidget* par
                                         texts.language().TranslateFormat("IDS_WRITING_FILE", fromQt(name)));
       return contacts::writeVCards(contactsOf(document.contactBook(), recordIds));
     }();
-    QSaveFile file(name);
-    const auto size = static_cast<qint64>(cards.size());
-    if (!file.open(QIODevice::WriteOnly) || file.write(cards.data(), size) != size || !file.commit()) {
-      warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(name)));
-    }
+    if (replaceFile(name, QByteArray::fromStdString(cards))) return;
+    warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(name)));
   });
 }
 

@@ -1,10 +1,9 @@
 #include "ui/settings/settings_report.h"
 
-#include <QSaveFile>
-
 #include "base/codepage.h"
 #include "base/printf.h"
 #include "base/text.h"
+#include "ui/dialogs/file_question.h"
 
 namespace ui {
 
@@ -59,9 +58,7 @@ bool writeSettingsReport(const std::filesystem::path& file, const std::vector<Se
     if (page.reported) html += tableOf(page, texts);
   }
   const std::string bytes = base::encodeHtml(html + "</body></html>\n", kPageCodepage);
-  QSaveFile out(toQt(file.string()));
-  const auto size = static_cast<qint64>(bytes.size());
-  return out.open(QIODevice::WriteOnly) && out.write(bytes.data(), size) == size && out.commit();
+  return replaceFile(toQt(file.string()), QByteArray::fromStdString(bytes));
 }
 
 }  // namespace ui
