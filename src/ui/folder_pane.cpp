@@ -10,7 +10,7 @@ namespace ui {
 namespace {
 
 // Rows between what is seen and the window's end below which the window is moved.
-constexpr std::int64_t kMargin = 1000;
+constexpr std::int64_t kRowsToEdge = 1000;
 
 }  // namespace
 
@@ -99,8 +99,8 @@ void FolderPane::moveWindowAround(std::int64_t position) {
   FolderModel& model = list_->model();
   const std::int64_t start = model.windowStart();
   const std::int64_t end = start + model.rowCount();
-  const bool tooHigh = position < start + kMargin && start > 0;
-  const bool tooLow = position > end - kMargin && end < model.totalRows();
+  const bool tooHigh = position < start + kRowsToEdge && start > 0;
+  const bool tooLow = position > end - kRowsToEdge && end < model.totalRows();
   if (!tooHigh && !tooLow) return;
   model.moveWindow(position - model.rowCount() / 2);
   list_->verticalScrollBar()->setValue(static_cast<int>(position - model.windowStart()));
