@@ -157,11 +157,11 @@ void waitFor(const Done& done) {
   while (!done()) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
 }
 
-// As when the line is entered: what is read beside the window.
+// As when the line is entered: what is read beside the window, and then the rows of what was typed before.
 void readAhead(ui::CMainFrame& frame, Heartbeat& heart) {
   const Watch watch(&heart);
   frame.list().expectWords();
-  waitFor([&] { return !frame.list().isReadingAhead(); });
+  waitFor([&] { return !frame.list().isReadingAhead() && !frame.list().searching(); });
   watch.tell("read ahead");
 }
 
