@@ -161,7 +161,8 @@ void waitFor(const Done& done) {
 void readAhead(ui::CMainFrame& frame, Heartbeat& heart) {
   const Watch watch(&heart);
   frame.list().expectWords();
-  waitFor([&] { return !frame.list().isReadingAhead() && !frame.list().searching(); });
+  waitFor([&] { return !frame.list().isReadingAhead(); });
+  waitFor([&] { return !frame.list().searching(); });
   watch.tell("read ahead");
 }
 
