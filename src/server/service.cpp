@@ -78,6 +78,7 @@ Service::Service(CServerDoc& document, base::Say say, ServiceTimes times)
       say_(std::move(say)),
       reports_(document.reportParts(), document.app().config(), say_),
       reconnection_(document, say_),
+      places_(document),
       times_(times),
       stopEvent_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
@@ -124,6 +125,7 @@ void Service::run() {
     if (Clock::now() >= nextRefresh) {
       refreshNow();
       sendReports();
+      places_.step();
       nextRefresh = Clock::now() + times_.refresh;
     }
     if (importAsked_ || Clock::now() >= nextImport) {

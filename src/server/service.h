@@ -11,6 +11,7 @@
 #include "base/journal_line.h"
 #include "platform/live_channel.h"
 #include "schedule/runner.h"
+#include "server/list_places.h"
 #include "server/reconnection.h"
 #include "server/server_doc.h"
 
@@ -65,6 +66,7 @@ class Service {
   base::Say say_;
   schedule::Runner reports_;
   Reconnection reconnection_;
+  ListPlaces places_;
   ServiceTimes times_;
   int stopEvent_ = -1;
   // Faults that come back at every try until somebody mends them; empty while all is well.

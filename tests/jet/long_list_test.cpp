@@ -59,6 +59,8 @@ class LongListTest : public DatabaseFixture {
     const auto count = static_cast<std::int64_t>(all.size());
     window.refresh();
     ASSERT_EQ(window.rowCount(), count);
+    const std::int64_t middle = count / 2;
+    EXPECT_EQ(window.find("RecordID = " + std::to_string(all[static_cast<std::size_t>(middle)])), middle);
     constexpr int kPage = 20;
     for (const std::int64_t jump : {count / 2, count - kPage, count / 2 + 1500, std::int64_t{17'000}, count - 17'500}) {
       for (const std::int64_t first : {jump, jump + kPage, jump - kPage}) {
@@ -145,6 +147,56 @@ TEST_F(LongListTest, AListWithAConditionHasPlacesOfItsOwn) {
   }
   if (other_) {
     EXPECT_EQ(other_->run("SELECT count(*) FROM " + ladders()), "0");
+  }
+}
+
+// In the table's order, whether the rows that meet a condition on an index begin with the table or late.
+TEST_F(LongListTest, ConditionsOnAnIndexReachTheirRows) {
+  database_->execute("update Calls set Price = 77777 where RecordID between 25000 and 39000 and RecordID mod 50 = 3");
+  database_->execute("update Calls set Price = 88888 where RecordID between 500 and 9000 and RecordID mod 50 = 3");
+  for (const char* const condition : {"Price = 77777", "Price = 88888", "Price >= 77777", "Price > 88888",
+                                      "Number = 'a7'", "Price > 5 and RecordID > 30000"}) {
+    const std::string select = std::string("select * from Calls where ") + condition;
+    SCOPED_TRACE(select);
+    const std::vector<std::int64_t> all = keysOf(select + " order by RecordID");
+    const auto window = database_->openWindow(select);
+    const auto count = static_cast<std::int64_t>(all.size());
+    ASSERT_EQ(window->rowCount(), count);
+    for (const std::int64_t first : {std::int64_t{0}, count / 2, std::max<std::int64_t>(count - 3, 0)}) {
+      const Snapshot page = window->rows(first, 3);
+      for (std::size_t i = 0; i < page.rowCount(); ++i) {
+        EXPECT_EQ(page.at(i, "RecordID").toLong(), all[static_cast<std::size_t>(first) + i]);
+      }
+    }
+  }
+}
+
+// An order without an index: the ends are asked for, until the column is read for what is between.
+TEST_F(LongListTest, AnOrderWithoutAnIndexShowsBothEndsAndTheMiddle) {
+  database_->execute("alter table Calls add column Seconds long");
+  database_->execute("update Calls set Seconds = RecordID mod 977 where RecordID mod 13 <> 0");
+  for (const char* const condition : {"", " where Price > 100"}) {
+    for (const char* const direction : {"", " DESC"}) {
+      const std::string select = std::string("select * from Calls") + condition + " order by Seconds" + direction;
+      SCOPED_TRACE(select);
+      const std::vector<std::int64_t> all = keysOf(select + ", RecordID" + direction);
+      const auto count = static_cast<std::int64_t>(all.size());
+      const auto expectPages = [&](RowWindow& window, const std::vector<std::int64_t>& places) {
+        for (const std::int64_t first : places) {
+          const Snapshot page = window.rows(first, 30);
+          ASSERT_EQ(static_cast<std::int64_t>(page.rowCount()), std::min<std::int64_t>(30, count - first)) << first;
+          for (std::size_t i = 0; i < page.rowCount(); ++i) {
+            ASSERT_EQ(page.at(i, "RecordID").toLong(), all[static_cast<std::size_t>(first) + i]) << first;
+          }
+        }
+      };
+      const auto window = database_->openWindow(select);
+      expectPages(*window, {0, 30, 1'970});
+      ASSERT_EQ(window->rowCount(), count);
+      expectPages(*window, {count - 30, count - 5, count - 2'000, 0, 1'980, count / 2, 0, count - 30});
+      window->refresh();
+      expectPages(*window, {count - 40, 0, count / 3});
+    }
   }
 }
 

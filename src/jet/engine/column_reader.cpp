@@ -24,13 +24,6 @@ bool addCell(const Cell& cell, columns::Column& column) {
   }
 }
 
-bool addsUp(const bind::BoundExpression& item) {
-  using bind::Aggregate;
-  return item.kind == bind::BoundExpression::Kind::CallAggregate &&
-         (item.aggregate == Aggregate::Count || item.aggregate == Aggregate::Sum ||
-          item.aggregate == Aggregate::Average);
-}
-
 bool addRow(const Query& query, std::span<columns::Column* const> columns, columns::ColumnSource::Read& read) {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (addCell(query.cell(i), *columns[i])) continue;
@@ -105,13 +98,10 @@ columns::ColumnSource::Read ColumnReader::readSelected(
   return read;
 }
 
-columns::ColumnSource::Read ColumnReader::readParts(const ShapedText& text, columns::Column& key,
+columns::ColumnSource::Read ColumnReader::readParts(const ShapedText& text, columns::Column& key, std::size_t operands,
                                                     const std::function<void(const Part& part)>& take) {
   Execution select = engine_.statements().open(Role::Sums, text);
-  std::vector<columns::PartSum> sums;
-  for (const bind::BoundItem& item : select.statement().items) {
-    if (addsUp(item.expression)) sums.emplace_back();
-  }
+  std::vector<columns::PartSum> sums(operands);
   Read read;
   while (select.step()) {
     const Query& query = select.query();

@@ -47,8 +47,8 @@ enum class Role : char {
   // Of a driver that isServer():
   ReadEach = 'X',  // as Read for many keys (all extras), in no order
   Sums = 's',      // a select of one grouping, by groups of equal stored values: key() is the least of each, then what
-                   // it groups by, the number of rows, and for each Count, Sum and Average the number of values and
-                   // their sum
+               // it groups by, the number of rows, and of whatever is counted, summed or averaged, each column once,
+               // the number of values and their sum; when it is only summed, at least 1 for the number
 };
 
 inline constexpr std::size_t kAmongKeys = 16;
@@ -209,6 +209,12 @@ class Driver {
   virtual std::optional<Place> placeBefore(const QueryRequest& request, const Arguments& arguments,
                                            std::int64_t position) {
     static_cast<void>(request), static_cast<void>(arguments), static_cast<void>(position);
+    return std::nullopt;
+  }
+
+  // How many rows stand before the row of that key in such a select's order; nothing when that is not quickly said.
+  virtual std::optional<std::int64_t> positionOf(const QueryRequest& request, const Arguments& arguments, RowKey key) {
+    static_cast<void>(request), static_cast<void>(arguments), static_cast<void>(key);
     return std::nullopt;
   }
 

@@ -11,6 +11,8 @@ namespace {
 constexpr std::int64_t kAnchorSpacing = 1000;
 // The driver is asked for a place to start from when more rows would be passed.
 constexpr std::int64_t kManyPassed = 16'384;
+// Rows at an end of a list that a server is asked for together.
+constexpr std::int64_t kEnd = 2'000;
 
 }  // namespace
 
@@ -28,11 +30,14 @@ void KeyedWindow::refresh() {
   count_.reset();
   order_.reset();
   anchors_.clear();
+  head_.clear();
+  tail_.clear();
 }
 
 std::int64_t KeyedWindow::rowCount() {
-  // Rows that are found in memory are counted by finding them, for the rows that are asked for next.
-  if (!count_ && !order_ && bound_->statement.where) static_cast<void>(order());
+  // Rows that are found in memory are counted by finding them, for the rows that are asked for next. A server counts
+  // before their columns are there.
+  if (!count_ && !order_ && bound_->statement.where && !engine_.driver().isServer()) static_cast<void>(order());
   if (!count_ && order_ && *order_) count_ = (*order_)->count();
   if (count_) return *count_;
   count_ = engine_.statistics().count(text_, bound_);
@@ -66,10 +71,37 @@ std::vector<std::int64_t> KeyedWindow::keys(std::int64_t first, std::int64_t cou
   // The first screen in the order of keys needs none: it need not wait for the number of calls.
   const bool known = order_ && *order_;
   if (first == 0 && orderItems_ == 0 && !known) return fetchKeys(first, count);
+  if (auto found = keysAtAnEnd(first, count)) return *found;
   if (order() == nullptr) return fetchKeys(first, count);
   std::vector<std::int64_t> keys;
   const std::int64_t end = first + std::min(order()->count() - first, count);
   for (std::int64_t position = first; position < end; ++position) keys.push_back(order()->key(position));
+  return keys;
+}
+
+// A server finds the first rows of an order that it has no index for in a fourth of the time that reading the column
+// takes, and some screens of them in the same time as one.
+std::optional<std::vector<std::int64_t>> KeyedWindow::keysAtAnEnd(std::int64_t first, std::int64_t count) {
+  if (order_ || orderItems_ == 0 || !engine_.driver().isServer()) return std::nullopt;
+  std::int64_t from = first;
+  const bool atHead = first <= kEnd && count <= kEnd - first;
+  if (!atHead) {
+    // Rows of a condition are counted by columns.
+    if (bound_->statement.where && !count_) return std::nullopt;
+    count = std::min(count, rowCount() - first);
+    from = rowCount() - first - count;
+    if (count <= 0 || from + count > kEnd) return std::nullopt;
+  }
+  std::vector<std::int64_t>& end = atHead ? head_ : tail_;
+  if (end.empty()) {
+    const bool other = !head_.empty() || !tail_.empty();
+    if (!other && !engine_.statistics().leavesEnds(text_, bound_)) return std::nullopt;
+    end = run(atHead ? Role::KeysPage : Role::KeysPageBack, {kEnd, 0});
+  }
+  const auto size = static_cast<std::int64_t>(end.size());
+  const auto begin = end.begin() + std::min(from, size);
+  std::vector<std::int64_t> keys(begin, end.begin() + std::min(from + count, size));
+  if (!atHead) std::ranges::reverse(keys);
   return keys;
 }
 
@@ -164,6 +196,7 @@ std::optional<std::int64_t> KeyedWindow::find(std::string_view criteria) {
     before.step();
     return before.key();
   }
+  if (const auto position = engine_.statements().positionOf(text_, key)) return position;
   Execution keys = engine_.statements().open(Role::OrderedKeys, text_);
   for (std::int64_t position = 0; keys.step(); ++position) {
     if (keys.key() == key) return position;

@@ -60,12 +60,25 @@ void StatementCache::readValues(const bind::BoundQuery& query, const ShapedText&
   classify(query);
 }
 
-std::optional<Place> StatementCache::placeBefore(const ShapedText& text, std::int64_t position) {
+template <typename Ask>
+auto StatementCache::ofList(const ShapedText& text, Ask ask) {
   const std::shared_ptr<CachedQuery> query = lookUp(Role::KeysPage, text, nullptr);
   bindIfOld(*query, text.text);
   readValues(*query->bound, text, nullptr);
-  return driver_.placeBefore({.role = Role::KeysPage, .query = query->bound.get(), .sites = sites_, .text = text.text},
-                             {literals_, sites_, {}}, position);
+  return ask(QueryRequest{.role = Role::KeysPage, .query = query->bound.get(), .sites = sites_, .text = text.text},
+             Arguments{literals_, sites_, {}});
+}
+
+std::optional<Place> StatementCache::placeBefore(const ShapedText& text, std::int64_t position) {
+  return ofList(text, [&](const QueryRequest& request, const Arguments& arguments) {
+    return driver_.placeBefore(request, arguments, position);
+  });
+}
+
+std::optional<std::int64_t> StatementCache::positionOf(const ShapedText& text, RowKey key) {
+  return ofList(text, [&](const QueryRequest& request, const Arguments& arguments) {
+    return driver_.positionOf(request, arguments, key);
+  });
 }
 
 BoundQueryPtr StatementCache::bound(const ShapedText& text) {

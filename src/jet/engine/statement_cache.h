@@ -82,6 +82,7 @@ class StatementCache {
                      std::span<const std::int64_t> extras);
   // As Driver says.
   std::optional<Place> placeBefore(const ShapedText& text, std::int64_t position);
+  std::optional<std::int64_t> positionOf(const ShapedText& text, RowKey key);
   // The statement, bound to the definitions as they are.
   BoundQueryPtr bound(const ShapedText& text);
 
@@ -95,6 +96,9 @@ class StatementCache {
     std::vector<std::string> prefixes;
   };
 
+  // Asks the driver about a list: calls `ask` with its request and arguments.
+  template <typename Ask>
+  auto ofList(const ShapedText& text, Ask ask);
   std::shared_ptr<CachedQuery> lookUp(Role role, const ShapedText& text, const ShapedText* criteria);
   std::shared_ptr<CachedQuery> insert(const ShapedText& text, const ShapedText* criteria);
   void bindIfOld(CachedQuery& query, std::string_view text);

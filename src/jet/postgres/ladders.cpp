@@ -59,7 +59,6 @@ std::string rewrittenOf(const TableDef& table) {
 struct Ladders::Question {
   const engine::QueryRequest& request;
   const engine::Arguments& arguments;
-  std::int64_t position;
   const Plan& plan;  // makes the ladder
   const Parameters& parameters;
   std::string name;
@@ -74,12 +73,25 @@ struct Ladders::Question {
 
 std::optional<engine::Place> Ladders::placeBefore(const engine::QueryRequest& request,
                                                   const engine::Arguments& arguments, std::int64_t position) {
+  return ask(request, arguments,
+             [&](const Question& question, List& list) { return placeIn(question, list, position); });
+}
+
+std::optional<std::int64_t> Ladders::positionOf(const engine::QueryRequest& request, const engine::Arguments& arguments,
+                                                engine::RowKey key) {
+  return ask(request, arguments, [&](const Question& question, List& list) { return positionIn(question, list, key); });
+}
+
+// `answer` is given a list with a ladder; one is begun where there is none.
+template <typename Answer>
+auto Ladders::ask(const engine::QueryRequest& request, const engine::Arguments& arguments, Answer answer)
+    -> decltype(answer(std::declval<const Question&>(), std::declval<List&>())) {
   if (!isInOrderOfAnIndex(request.query->statement)) return std::nullopt;
   takeMade();
   const Plan plan = emitLadder(request, kStep);
   Parameters parameters;
   addParameters(parameters, plan, arguments);
-  Question question{request, arguments, position, plan, parameters, plan.sql};
+  Question question{request, arguments, plan, parameters, plan.sql};
   for (int i = 0; i < parameters.count(); ++i) {
     const char* const value = parameters.values()[i];
     question.name += value != nullptr ? std::string("\x1F") + value : std::string("\x1E");
@@ -87,7 +99,7 @@ std::optional<engine::Place> Ladders::placeBefore(const engine::QueryRequest& re
   List& list = listOf(question.name);
   if (list.ladder && list.ladder->rewritten < session_->rewritten(question.table().name)) list.ladder.reset();
   if (!list.ladder && question.isShared()) find(question, list);
-  const auto place = list.ladder ? placeIn(question, list) : std::nullopt;
+  const auto place = list.ladder ? answer(question, list) : std::nullopt;
   if (!list.ladder) make(question, list);
   return place;
 }
@@ -103,19 +115,54 @@ Ladders::List& Ladders::listOf(const std::string& name) {
 
 // Added rows move a place towards the end, never towards the start: a place that is moved past the position gives way
 // to one that is not, for no more rows are added before that one.
-std::optional<engine::Place> Ladders::placeIn(const Question& question, List& list) {
+std::optional<engine::Place> Ladders::placeIn(const Question& question, List& list, std::int64_t position) {
   const std::vector<engine::Place>& places = list.ladder->places;
   std::int64_t added = 0;
   for (int attempt = 0; attempt < 2; ++attempt) {
-    const auto behind = std::ranges::upper_bound(places, question.position - added, {}, &engine::Place::position);
+    const auto behind = std::ranges::upper_bound(places, position - added, {}, &engine::Place::position);
     if (behind == places.begin()) return std::nullopt;
     const engine::Place place = *(behind - 1);
     const auto rows = rowsBefore(question, list, place.key);
     if (!rows) return std::nullopt;
     added = *rows;
-    if (place.position + added <= question.position) return engine::Place{place.position + added, place.key};
+    if (place.position + added <= position) return engine::Place{place.position + added, place.key};
   }
   return std::nullopt;
+}
+
+// The last place that is not behind the row, and the rows from there. A row without a value in the order, and one that
+// is gone, has no place.
+std::optional<std::int64_t> Ladders::positionIn(const Question& question, List& list, engine::RowKey key) {
+  if (!list.isBehind) {
+    list.isBehind = std::make_unique<PostgresSelect>(session_, emitIsBehind(question.request), 0, false, "");
+    list.rowsBetween = std::make_unique<PostgresSelect>(session_, emitRowsBetween(question.request), 0, false, "");
+  }
+  const auto value = [&](PostgresSelect& select, engine::RowKey place) -> std::optional<std::int64_t> {
+    const std::int64_t extras[] = {key, place};
+    select.bind({question.arguments.literals, question.arguments.sites, extras});
+    const engine::Cell cell = select.step() ? select.cell(0) : engine::Cell();
+    select.reset();
+    if (cell.kind == engine::Cell::Kind::Null) return std::nullopt;
+    return cell.integer;
+  };
+  const std::vector<engine::Place> places = list.ladder->places;
+  std::size_t from = 0;
+  for (std::size_t behind = places.size(); from < behind;) {
+    const std::size_t middle = (from + behind) / 2;
+    const auto isBefore = value(*list.isBehind, places[middle].key);
+    if (!isBefore) return std::nullopt;
+    if (*isBefore != 0) {
+      from = middle + 1;
+    } else {
+      behind = middle;
+    }
+  }
+  if (from == 0) return std::nullopt;
+  const engine::Place& place = places[from - 1];
+  const auto between = value(*list.rowsBetween, place.key);
+  const auto added = rowsBefore(question, list, place.key);
+  if (!between || !added) return std::nullopt;
+  return place.position + *added + *between;
 }
 
 // Nothing when the ladder holds no more.
@@ -139,23 +186,29 @@ std::optional<std::int64_t> Ladders::rowsBefore(const Question& question, List& 
   return before;
 }
 
+// False for a schema of an earlier version, and without the right. Asked beforehand: a fault would end a transaction.
+bool Ladders::mayRead() {
+  if (mayRead_) return true;
+  Parameters table;
+  table.addText(quotedName(kLaddersTable));
+  const Result result = session_->connection().run(
+      {"SELECT coalesce(has_table_privilege(to_regclass($1::text), 'SELECT'), false)"}, table);
+  mayRead_ = isTrue(result.get(), 0);
+  return mayRead_;
+}
+
 // Another desk's, or of an earlier run of this one.
 void Ladders::find(const Question& question, List& list) {
   constexpr int kHolds = 4;
   constexpr int kRecent = 5;
+  if (!mayRead()) return;
   Parameters what;
   what.addText(question.name);
-  Result found;
-  try {
-    found = session_->connection().run(
-        {"SELECT rewritten, last, keys::text, positions::text, rewritten = " + rewrittenOf(question.table()) +
-         ", made > now() - interval '" + std::to_string(kPause.count()) + " s' FROM " + quotedName(kLaddersTable) +
-         " WHERE what = $1::text"},
-        what);
-  } catch (const Error& error) {
-    if (error.connectionLost() || error.canceled()) throw;
-    return;  // there is no such table, or it is not ours to read
-  }
+  const Result found = session_->connection().run(
+      {"SELECT rewritten, last, keys::text, positions::text, rewritten = " + rewrittenOf(question.table()) +
+       ", made > now() - interval '" + std::to_string(kPause.count()) + " s' FROM " + quotedName(kLaddersTable) +
+       " WHERE what = $1::text"},
+      what);
   if (PQntuples(found.get()) == 0) return;
   if (isTrue(found.get(), kHolds)) {
     list.ladder = ladderOf(found.get());

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "jet/engine/driver.h"
@@ -26,6 +27,9 @@ class Ladders {
   // As engine::Driver says; begins to make the ladder when there is none.
   std::optional<engine::Place> placeBefore(const engine::QueryRequest& request, const engine::Arguments& arguments,
                                            std::int64_t position);
+  // The same for engine::Driver::positionOf().
+  std::optional<std::int64_t> positionOf(const engine::QueryRequest& request, const engine::Arguments& arguments,
+                                         engine::RowKey key);
   // Takes a ladder over when it is ready. Costs nothing while none is being made.
   void takeMade();
 
@@ -40,6 +44,8 @@ class Ladders {
     std::optional<Ladder> ladder;
     std::optional<std::chrono::steady_clock::time_point> begun;  // when one was last begun
     std::unique_ptr<PostgresSelect> rowsBefore;
+    std::unique_ptr<PostgresSelect> isBehind;
+    std::unique_ptr<PostgresSelect> rowsBetween;
     std::uint64_t used = 0;
   };
   struct Making {
@@ -50,9 +56,14 @@ class Ladders {
   };
   struct Question;
 
+  template <typename Answer>
+  auto ask(const engine::QueryRequest& request, const engine::Arguments& arguments, Answer answer)
+      -> decltype(answer(std::declval<const Question&>(), std::declval<List&>()));
+  std::optional<std::int64_t> positionIn(const Question& question, List& list, engine::RowKey key);
   List& listOf(const std::string& name);
-  std::optional<engine::Place> placeIn(const Question& question, List& list);
+  std::optional<engine::Place> placeIn(const Question& question, List& list, std::int64_t position);
   std::optional<std::int64_t> rowsBefore(const Question& question, List& list, engine::RowKey key);
+  bool mayRead();
   void find(const Question& question, List& list);
   void make(const Question& question, List& list);
   void begin(const Question& question, const std::string& statement, bool stores);
@@ -62,6 +73,7 @@ class Ladders {
   std::map<std::string, List> lists_;  // by the select that makes the ladder and its values
   std::uint64_t questions_ = 0;
   std::unique_ptr<Making> making_;
+  bool mayRead_ = false;  // the table of ladders, as far as it was asked
   bool refused_ = false;  // ladders cannot be stored
 };
 

@@ -60,9 +60,11 @@ std::string insertStatement(const TableDef& table, std::span<const std::size_t> 
 }
 
 bool givesManyRows(Role role) {
-  return role == Role::Run || role == Role::OrderedKeys || role == Role::Matches || role == Role::Operands ||
-         role == Role::Sums;
+  return role == Role::Run || role == Role::OrderedKeys || role == Role::Matches || role == Role::Operands;
 }
+
+// At 300 bytes each.
+constexpr std::int64_t kMostGroupsTogether = 2'000'000;
 
 // The sequence that numbers the rows, as an expression.
 std::string sequenceOf(const TableDef& table) {
@@ -116,13 +118,20 @@ void PostgresDriver::makeFunctions() {
   changeAsOwner(statements, true);
 }
 
-// A schema that was given another name, or restored under one, has triggers that know the old one.
+// A schema that was given another name, or restored under one, has triggers that know the old one. One of an earlier
+// version lacks what makes it quicker, until its owner opens it.
 void PostgresDriver::adaptToName() {
   Parameters name;
   name.addText(schema());
   const Result result = session_->connection().run(
-      {"SELECT coalesce(obj_description(oid, 'pg_namespace'), '') FROM pg_namespace WHERE nspname = $1::text"}, name);
-  if (PQntuples(result.get()) == 0 || PQgetvalue(result.get(), 0, 0) == schemaComment(schema())) return;
+      {"SELECT coalesce(obj_description(oid, 'pg_namespace'), ''), pg_has_role(nspowner, 'USAGE') FROM pg_namespace "
+       "WHERE nspname = $1::text"},
+      name);
+  if (PQntuples(result.get()) == 0) return;
+  const std::string_view comment = PQgetvalue(result.get(), 0, 0);
+  if (comment == schemaComment(schema())) return;
+  const bool owned = *PQgetvalue(result.get(), 0, 1) != 0;
+  if (comment.ends_with(": " + schema()) && !owned) return;
   std::vector<std::string> statements = renamedStatements(schema());
   for (const std::string& table : catalog_.names()) {
     for (std::string& statement : tableUpkeepStatements(schema(), *catalog_.find(table))) {
@@ -179,8 +188,10 @@ std::unique_ptr<engine::Query> PostgresDriver::prepare(const engine::QueryReques
   Plan plan = byPlace ? *byPlace : emitQuery(request);
   if (statement.kind == Statement::Kind::Select) {
     const bool keyed = request.role != Role::Run && request.role != Role::Among;
-    return std::make_unique<PostgresSelect>(session_, std::move(plan), keyed ? 1 : 0, givesManyRows(request.role),
-                                            request.text);
+    // Groups come together where there cannot be very many of them: each row by itself costs as much as adding it up.
+    const bool many =
+        request.role == Role::Sums ? rowLimit(statement.table()) > kMostGroupsTogether : givesManyRows(request.role);
+    return std::make_unique<PostgresSelect>(session_, std::move(plan), keyed ? 1 : 0, many, request.text);
   }
   PostgresChange::Around around;
   if (statement.kind == Statement::Kind::AlterAddColumn) {

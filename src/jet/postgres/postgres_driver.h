@@ -44,6 +44,10 @@ class PostgresDriver final : public engine::Driver {
                                            std::int64_t position) override {
     return ladders_.placeBefore(request, arguments, position);
   }
+  std::optional<std::int64_t> positionOf(const engine::QueryRequest& request, const engine::Arguments& arguments,
+                                         engine::RowKey key) override {
+    return ladders_.positionOf(request, arguments, key);
+  }
   [[nodiscard]] bool isServer() const override { return true; }
 
   void begin() override { session_->begin(); }

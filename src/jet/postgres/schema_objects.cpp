@@ -115,6 +115,18 @@ std::string createIndex(const std::string& schema, const TableDef& table, const 
          inSchema(schema, table.name) + " (" + terms + ")";
 }
 
+// The index of letters of an earlier version: rows that are passed by it are fetched.
+void dropIndexWithoutColumn(std::vector<std::string>& statements, const std::string& schema, const std::string& name) {
+  statements.push_back(base::format(R"(DO $jet$
+BEGIN
+  IF EXISTS (SELECT FROM pg_index WHERE indexrelid = to_regclass(%s) AND indnatts = indnkeyatts) THEN
+    DROP INDEX %s;
+  END IF;
+END
+$jet$)",
+                                    quotedText(inSchema(schema, name)), inSchema(schema, name)));
+}
+
 // Texts are found in one index and read in the dialect's order by another; of other columns one serves both. The key
 // after the fields puts equal rows in the table's order.
 void addIndex(std::vector<std::string>& statements, const std::string& schema, const TableDef& table,
@@ -127,6 +139,7 @@ void addIndex(std::vector<std::string>& statements, const std::string& schema, c
   if (!index.unique && !text && !keyed) terms += ", " + keyColumn(table);
   statements.push_back(createIndex(schema, table, indexName(table, index.fields), terms, index.unique));
   if (!text) return;
+  dropIndexWithoutColumn(statements, schema, indexName(table, {first->name, "letters"}));
   statements.push_back(createIndex(schema, table, indexName(table, {first->name, "letters"}),
                                    "jet.letters(" + quotedName(first->name) + ") NULLS FIRST, " + keyColumn(table),
                                    false) +
@@ -152,20 +165,21 @@ std::vector<std::string> schemaStatements(const std::string& schema) {
       "INSERT INTO " + changes + " VALUES ('', pg_current_xact_id(), pg_current_xact_id())",
       "CREATE TABLE " + inSchema(schema, kBlocksTable) +
           " (name text, block bigint, rows bigint NOT NULL, last bigint NOT NULL, PRIMARY KEY (name, block)) WITH "
-          "(fillfactor = 50)",
-      "CREATE TABLE " + inSchema(schema, kLaddersTable) +
-          " (what text PRIMARY KEY, made timestamptz NOT NULL, rewritten bigint NOT NULL, last bigint NOT NULL, keys "
-          "bigint[] NOT NULL, positions bigint[] NOT NULL)"};
+          "(fillfactor = 50)"};
   for (std::string& statement : renamedStatements(schema)) statements.push_back(std::move(statement));
   return statements;
 }
 
 std::vector<std::string> renamedStatements(const std::string& schema) {
-  return {noteFunction(schema), "COMMENT ON SCHEMA " + quotedName(schema) + " IS " + quotedText(schemaComment(schema))};
+  return {noteFunction(schema),
+          "CREATE TABLE IF NOT EXISTS " + inSchema(schema, kLaddersTable) +
+              " (what text PRIMARY KEY, made timestamptz NOT NULL, rewritten bigint NOT NULL, last bigint NOT NULL, "
+              "keys bigint[] NOT NULL, positions bigint[] NOT NULL)",
+          "COMMENT ON SCHEMA " + quotedName(schema) + " IS " + quotedText(schemaComment(schema))};
 }
 
 std::string schemaComment(const std::string& schema) {
-  return "jet: " + schema;
+  return "jet 2: " + schema;
 }
 
 std::vector<std::string> tableStatements(const std::string& schema, const TableDef& table) {

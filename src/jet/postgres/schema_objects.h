@@ -40,7 +40,7 @@ std::string channel(std::string_view schema);
 std::vector<std::string> schemaStatements(const std::string& schema);
 // Fits what was made under another name of the schema to this one; the tables' own statements follow.
 std::vector<std::string> renamedStatements(const std::string& schema);
-// The comment of a schema whose functions know its name.
+// The comment of a schema that has all of this, and whose functions know its name: it ends with that.
 std::string schemaComment(const std::string& schema);
 // Makes a table.
 std::vector<std::string> tableStatements(const std::string& schema, const TableDef& table);

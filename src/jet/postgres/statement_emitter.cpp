@@ -80,7 +80,31 @@ class StatementWriter {
     return std::move(plan_);
   }
 
+  Plan isBehind() {
+    const std::string row = placeOfRow(0);
+    plan_.sql = "SELECT (" + place() + ")" + (isDescending() ? " >= (" : " <= (") + row + ") FROM " +
+                source(statement_.source) + " WHERE " + emitter_.key(0) + " = " + emitter_.extra(1);
+    return std::move(plan_);
+  }
+
+  Plan rowsBetween() {
+    plan_.sql = "SELECT count(*)" + rows() + (statement_.where ? " AND (" : " WHERE (") + place() + ")" +
+                (isDescending() ? " <= (" : " >= (") + placeOfRow(1) + ")";
+    plan_.sql += " AND (" + place() + ")" + (isDescending() ? " > (" : " < (") + placeOfRow(0) + ")";
+    return std::move(plan_);
+  }
+
  private:
+  [[nodiscard]] bool isDescending() const { return statement_.orderBy.front().descending; }
+
+  // What rows are put in order by.
+  std::string place() { return emitter_.ordered(statement_.orderBy.front().expression) + ", " + emitter_.key(0); }
+
+  std::string placeOfRow(std::size_t extra) {
+    return "SELECT " + place() + " FROM " + source(statement_.source) + " WHERE " + emitter_.key(0) + " = " +
+           emitter_.extra(extra);
+  }
+
   void run() {
     const std::string target = quotedName(statement_.table().name);
     switch (statement_.kind) {
@@ -104,16 +128,39 @@ class StatementWriter {
 
   void sums() {
     plan_.sql = "SELECT min(" + emitter_.key(0) + "), " + emitter_.emit(statement_.groupBy.front()) + ", count(*)";
-    for (const bind::BoundItem& item : statement_.items) {
-      using bind::Aggregate;
-      const Aggregate aggregate = item.expression.aggregate;
-      if (item.expression.kind != BoundExpression::Kind::CallAggregate) continue;
-      if (aggregate != Aggregate::Count && aggregate != Aggregate::Sum && aggregate != Aggregate::Average) continue;
-      const BoundExpression& summed = item.expression.operands.front();
-      const std::string value = emitter_.emit(summed);
-      plan_.sql += ", count(" + value + "), sum(" + value + ")" + (summed.type == Type::Long ? "::bigint" : "");
+    for (const Summed& summed : allSummed()) {
+      const std::string value = emitter_.emit(*summed.of);
+      const std::string sum = "sum(" + value + ")";
+      // To count costs as much as to sum.
+      plan_.sql += summed.counted ? ", count(" + value + "), " : ", (" + sum + " IS NOT NULL)::int, ";
+      plan_.sql += sum + (summed.of->type == Type::Long ? "::bigint" : "");
     }
     plan_.sql += rows() + " GROUP BY 2";
+  }
+
+  struct Summed {
+    const BoundExpression* of;
+    bool counted;
+  };
+  [[nodiscard]] std::vector<Summed> allSummed() const {
+    using bind::Aggregate;
+    std::vector<Summed> all;
+    for (const bind::BoundItem& item : statement_.items) {
+      const BoundExpression& call = item.expression;
+      if (call.kind != BoundExpression::Kind::CallAggregate) continue;
+      const bool counted = call.aggregate == Aggregate::Count || call.aggregate == Aggregate::Average;
+      if (!counted && call.aggregate != Aggregate::Sum) continue;
+      const BoundExpression& of = call.operands.front();
+      const auto known = std::ranges::find_if(all, [&](const Summed& other) {
+        return of.isColumn() && other.of->isColumn() && other.of->index == of.index;
+      });
+      if (known == all.end()) {
+        all.push_back({&of, counted});
+      } else {
+        known->counted = known->counted || counted;
+      }
+    }
+    return all;
   }
 
   [[nodiscard]] std::string fieldName(const bind::BoundAssignment& assignment) const {
@@ -335,12 +382,39 @@ class StatementWriter {
   std::string anchorCondition(bool back) {
     if (statement_.orderBy.empty()) return emitter_.key(0) + (back ? " < " : " >= ") + emitter_.extra(0);
     const bind::BoundOrder& item = statement_.orderBy.front();
-    const auto pair = [&] { return emitter_.ordered(item.expression) + ", " + emitter_.key(0); };
     const char* forward = item.descending ? " <= " : " >= ";
     const char* backward = item.descending ? " > " : " < ";
-    std::string sql = "(" + pair() + ")" + (back ? backward : forward) + "(SELECT ";
-    sql += pair() + " FROM " + source(statement_.source) + " WHERE ";
-    return sql + emitter_.key(0) + " = " + emitter_.extra(0) + ")";
+    const std::string sql = "(" + place() + ")" + (back ? backward : forward);
+    return sql + "(" + placeOfRow(0) + ")";
+  }
+
+  // In the table's order the server passes all rows before those that meet the condition. Where an index finds these,
+  // passing begins at the first of them: one of the table's first rows, or else the one of the least key.
+  template <typename Require>
+  void requireReach(const KeyQuery& query, const Require& require) {
+    constexpr int kTried = 16'384;
+    if (!statement_.orderBy.empty() || !statement_.where || !isServedByIndex(*statement_.where)) return;
+    const bool back = query.order == KeyQuery::Order::SelectBack;
+    const std::string key = emitter_.key(0);
+    const std::string order = " ORDER BY " + key + (back ? " DESC" : "");
+    const std::string tried = "(SELECT * FROM " + source(statement_.source) + order + " LIMIT " +
+                              std::to_string(kTried) + ") AS " + quotedName(statement_.tables.front().alias);
+    std::string sql =
+        key + (back ? " <= " : " >= ") + "coalesce((SELECT " + key + " FROM " + tried + where() + order + " LIMIT 1), ";
+    // A bare key would be looked for in the order of keys.
+    sql += std::string("(SELECT ") + (back ? "max(" : "min(") + key + " + 0)" + rows() + "), 0)";
+    require(sql);
+  }
+
+  [[nodiscard]] bool isServedByIndex(const BoundExpression& condition) const {
+    if (condition.kind == BoundExpression::Kind::Logic && condition.op == Operator::And) {
+      return std::ranges::any_of(condition.operands, [this](const auto& part) { return isServedByIndex(part); });
+    }
+    if (condition.kind != BoundExpression::Kind::Compare || condition.op == Operator::NotEqual) return false;
+    const BoundExpression& column = condition.operands.front();
+    const bool served = column.isColumn() && condition.operands.back().isLiteral() &&
+                        (column.type != Type::Text || condition.op == Operator::Equal);
+    return served && statement_.table().leadsAnIndex(statement_.table().fields[column.index].name);
   }
 
   std::string keyedItems(const KeyQuery& query) {
@@ -363,6 +437,7 @@ class StatementWriter {
     if (query.where && statement_.where) require(emitter_.condition(*statement_.where));
     if (query.keyCondition != nullptr) require(emitter_.key(0) + query.keyCondition + emitter_.extra(0));
     if (query.anchored) require(anchorCondition(query.order == KeyQuery::Order::SelectBack));
+    if (request_.role == Role::KeysPage || request_.role == Role::KeysPageBack) requireReach(query, require);
     if (query.criteria) require(emitter_.condition(*query_.criteria));
     if (request_.role == Role::ReadEach) require(emitter_.key(0) + " = ANY (" + emitter_.extras() + ")");
     sql += keyOrder(query);
@@ -391,6 +466,14 @@ Plan emitLadder(const engine::QueryRequest& request, std::int64_t step) {
 
 Plan emitRowsBefore(const engine::QueryRequest& request) {
   return StatementWriter(request).rowsBefore();
+}
+
+Plan emitIsBehind(const engine::QueryRequest& request) {
+  return StatementWriter(request).isBehind();
+}
+
+Plan emitRowsBetween(const engine::QueryRequest& request) {
+  return StatementWriter(request).rowsBetween();
 }
 
 }  // namespace jet::postgres

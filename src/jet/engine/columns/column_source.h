@@ -75,10 +75,10 @@ class ColumnSource {
     std::int64_t firstRow = 0;  // the lowest key
     std::int32_t key = 0;       // what the group is of, as the column gives it
     std::int64_t rows = 0;
-    std::span<const PartSum> sums = {};  // one for each Count, Sum and Average of the select
+    std::span<const PartSum> sums = {};  // of each operand; of one that is only summed, 1 value for any number
   };
-  // Those of all groups of a select by `key`, which takes what they are groups of.
-  virtual Read readParts(const engine::ShapedText& text, Column& key,
+  // Those of all groups of a select that adds up so many operands. `key` takes what they are groups of.
+  virtual Read readParts(const engine::ShapedText& text, Column& key, std::size_t operands,
                          const std::function<void(const Part& part)>& take) = 0;
   // The fields of the rows of some keys, row after row in the order of `keys`; Nulls for a row that is gone.
   virtual std::vector<Value> readRows(const TableDef& table, std::span<const std::size_t> fields,

@@ -28,6 +28,8 @@ class ColumnStore {
   // Within the same view: reads on as long as `goesOn` says so, toward a load() of these fields that finds them held;
   // asked for every few thousand rows. No column gives way for it. True while there is more to read.
   bool readAhead(std::span<const std::size_t> fields, const std::function<bool()>& goesOn);
+  // Within the same view: whether these fields are held already.
+  [[nodiscard]] bool holds(std::span<const std::size_t> fields) const { return missing(fields).empty(); }
   // True when a field holds what only the database can compare.
   [[nodiscard]] bool refuses(std::span<const std::size_t> fields) const;
   void refuse(std::size_t field) { held_[field].refused = true; }

@@ -165,10 +165,11 @@ std::shared_ptr<const StatisticRows> Statistics::fromServer(const engine::Shaped
   if (key.type() == Type::Text) columns[grouping.field] = &key;
   GroupSums sums(plan, constants, columns);
   std::size_t parts = 0;
-  const ColumnSource::Read read = source_.readParts(text, key, [&](const ColumnSource::Part& part) {
-    look(parts++);
-    sums.add(part);
-  });
+  const ColumnSource::Read read =
+      source_.readParts(text, key, plan.operands().size(), [&](const ColumnSource::Part& part) {
+        look(parts++);
+        sums.add(part);
+      });
   if (!read.complete()) {
     store.refuse(grouping.field);
     return nullptr;
@@ -209,12 +210,31 @@ std::optional<std::int64_t> Statistics::count(const engine::ShapedText& text, co
     if (!beginFilter(*list->plan, {})) return std::nullopt;
     return list->plan->filter() == nullptr || list->plan->filter()->always() ? list->store->countRows() : 0;
   }
+  if (isLeftToServer(*list, tested, "count " + text.shape.key)) return std::nullopt;
   if (!list->store->load(tested, list->eager)) return std::nullopt;
   const auto counted = fromColumns(*list->plan, {}, *list->store);
   if (counted == nullptr) return std::nullopt;
   std::vector<Value> cells;
   counted->append(0, cells);
   return cells.front().toLong();
+}
+
+bool Statistics::leavesEnds(const engine::ShapedText& text, const BoundQueryPtr& query) {
+  const SourceView view(source_);
+  const auto list = listOf(text, query);
+  return list && list->plan->listOrder() && isLeftToServer(*list, list->fields, "ends " + text.shape.key);
+}
+
+// Columns of many rows take seconds to come over the network, the answer to one question a fourth of that. Who asks it
+// again has the columns read.
+bool Statistics::isLeftToServer(const List& list, std::span<const std::size_t> fields, const std::string& question) {
+  if (!source_.isServer() || !list.eager) return false;
+  if (list.store->holds(fields)) {
+    left_.erase(question);
+    return false;
+  }
+  if (left_.size() >= kMostShapes) left_.clear();
+  return left_.insert(question).second;
 }
 
 std::shared_ptr<const KeyOrder> Statistics::keyOrder(const engine::ShapedText& text, const BoundQueryPtr& query) {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,6 +36,9 @@ class Statistics {
   // The keys of such a select in its order; null when the database must find them. So it must for small tables, and for
   // a list that it has an index for: that costs no memory.
   std::shared_ptr<const KeyOrder> keyOrder(const engine::ShapedText& text, const BoundQueryPtr& query);
+  // Whether the ends of such a select's order are better asked of the database than of keyOrder(): once on a server,
+  // before columns are read.
+  bool leavesEnds(const engine::ShapedText& text, const BoundQueryPtr& query);
   // Reads on toward a quick answer to this select, or to its count and order, as long as `goesOn` says so; nothing of a
   // table of more than `mostRows`. True while there is more to read.
   bool readAhead(const engine::ShapedText& text, const BoundQueryPtr& query, std::int64_t mostRows,
@@ -65,6 +69,7 @@ class Statistics {
   [[nodiscard]] std::vector<std::uint32_t> selectedRows(RowFilter& filter, std::size_t all) const;
   std::optional<List> listOf(const engine::ShapedText& text, const BoundQueryPtr& query);
   [[nodiscard]] bool beginFilter(StatisticPlan& plan, std::span<const Column* const> columns);
+  bool isLeftToServer(const List& list, std::span<const std::size_t> fields, const std::string& question);
   StatisticPlan* planOf(Plans& plans, const engine::ShapedText& text, const BoundQueryPtr& query, Maker make);
   ColumnStore& storeOf(const TableDef& definition);
   std::shared_ptr<const StatisticRows> fromColumns(StatisticPlan& plan, const StatisticPlan::Constants& constants,
@@ -79,6 +84,7 @@ class Statistics {
   Plans statistics_;  // by shape
   Plans lists_;
   std::unordered_map<std::string, ColumnStore, base::TextHash, std::equal_to<>> stores_;  // by table
+  std::set<std::string> left_;                                                            // questions to a server
   memory::Evaluator evaluator_;
   std::function<bool()> watcher_;
   base::Look look_ = [this] { look(); };
