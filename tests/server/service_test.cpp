@@ -57,6 +57,21 @@ TEST(ServiceTest, SaysALostFolderOnceAndCatchesUp) {
   EXPECT_EQ(place.value("select count(*) as n from Log where [Level] = 9"), "1");
 }
 
+// A desk that jumps in the list then finds places to start from.
+TEST(ServiceTest, LooksForThePlacesOfLongListsOnAServer) {
+  const Installation place;
+  if (!place.files.folder.onServer()) GTEST_SKIP() << "TALLYBOOK_TEST_POSTGRES names no server";
+  support::OtherProgram other(place.files.folder.address());
+  const std::string in = "\"" + place.files.folder.schema(schema::kMainFile) + "\".";
+  other.run("INSERT INTO " + in +
+            "\"Calls\" (\"DateTime\") SELECT '2026-01-01'::timestamp + i * interval '1 s' FROM "
+            "generate_series(1, 17000) AS i");
+  const RunningService service(place);
+  EXPECT_TRUE(RunningService::within([&] {
+    return other.run("SELECT count(*) FROM " + in + "\"jet ladders\" WHERE cardinality(keys) > 4") != "0";
+  }));
+}
+
 TEST(ServiceTest, TwoServicesDoNotShareASocket) {
   const Installation place;
   const RunningService service(place);

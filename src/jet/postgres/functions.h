@@ -7,7 +7,7 @@ namespace jet::postgres {
 
 // Moves with every change of the functions. Kept as the comment of the schema "jet": opening a database whose
 // comment is a lower number, or missing, runs the statements again.
-inline constexpr int kFunctionVersion = 2;
+inline constexpr int kFunctionVersion = 3;
 
 // Makes the schema "jet" with what the dialect has and PostgreSQL has not, or means otherwise; for a database in UTF-8.
 // Every function can be replaced while others use it. Indexes hold the letters' order: a change of jet.letters()
