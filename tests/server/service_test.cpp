@@ -61,15 +61,14 @@ TEST(ServiceTest, SaysALostFolderOnceAndCatchesUp) {
 TEST(ServiceTest, LooksForThePlacesOfLongListsOnAServer) {
   const Installation place;
   if (!place.files.folder.onServer()) GTEST_SKIP() << "TALLYBOOK_TEST_POSTGRES names no server";
-  support::OtherProgram other(place.files.folder.address());
-  const std::string in = "\"" + place.files.folder.schema(schema::kMainFile) + "\".";
+  support::OtherProgram other(place.files.folder.place().address());
+  const std::string in = "\"" + place.files.folder.place().schema(schema::kMainFile) + "\".";
   other.run("INSERT INTO " + in +
             "\"Calls\" (\"DateTime\") SELECT '2026-01-01'::timestamp + i * interval '1 s' FROM "
             "generate_series(1, 17000) AS i");
   const RunningService service(place);
-  EXPECT_TRUE(RunningService::within([&] {
-    return other.run("SELECT count(*) FROM " + in + "\"jet ladders\" WHERE cardinality(keys) > 4") != "0";
-  }));
+  EXPECT_TRUE(RunningService::within(
+      [&] { return other.run("SELECT count(*) FROM " + in + "\"jet ladders\" WHERE cardinality(keys) > 4") != "0"; }));
 }
 
 TEST(ServiceTest, TwoServicesDoNotShareASocket) {
