@@ -21,8 +21,8 @@
 namespace ui {
 
 // The exchanges that send calls: kind, way, parameters; their lines as they come; start and stop of the service. Edits
-// the site file through `tallymon`, and reads it when the page is first shown: the property `kStillReading` of its window
-// is true meanwhile.
+// the site file through `tallymon`, and reads it when the page is first shown: the property `kStillReading` of its
+// window is true meanwhile.
 class ExchangePage : public QWidget {
   Q_OBJECT
 
