@@ -10,7 +10,7 @@
 namespace ingest {
 
 // Live calls on their way into a database on a server, each from before its commit until the server confirmed it. When
-// the connection is lost in between, nobody knows whether the call is stored, and its sender repeats it: then the
+// the connection is lost in between, it is unknown whether the call is stored, and its sender repeats it: then the
 // server is asked what became of that commit. They are kept in a file meanwhile, so that a program that is killed
 // before it could ask leaves them to the next one. For database files there is nothing to keep.
 class UnconfirmedCalls {

@@ -130,8 +130,8 @@ std::optional<engine::Place> Ladders::placeIn(const Question& question, List& li
   return std::nullopt;
 }
 
-// The last place that is not behind the row, and the rows from there. A row without a value in the order, and one that
-// is gone, has no place.
+// The last place at or before the row, and the number of rows from there to it. A row without a value in the order, and
+// one that is gone, has no place.
 std::optional<std::int64_t> Ladders::positionIn(const Question& question, List& list, engine::RowKey key) {
   if (!list.isBehind) {
     list.isBehind = std::make_unique<PostgresSelect>(session_, emitIsBehind(question.request), 0, false, "");

@@ -17,10 +17,10 @@ Plan emitLadder(const engine::QueryRequest& request, std::int64_t step);
 // changed or taken away since the change extra 2 of the table ("rewritten").
 Plan emitRowsBefore(const engine::QueryRequest& request);
 
-// Of the same select. Whether the row of key extra 1 stands before that of extra 0, or is it; Null when one of them has
+// Of the same select. Whether the row of key extra 1 comes before that of extra 0, or is it; Null when one of them has
 // no value in the order.
 Plan emitIsBehind(const engine::QueryRequest& request);
-// How many rows stand from that of key extra 1 on and before that of extra 0.
+// How many rows there are from that of key extra 1 on and before that of extra 0.
 Plan emitRowsBetween(const engine::QueryRequest& request);
 
 }  // namespace jet::postgres
