@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -6,6 +7,7 @@
 #include "ctl/context.h"
 #include "ctl/terminal_prompt.h"
 #include "jet/stored_database.h"
+#include "platform/live_channel.h"
 #include "schema/database_place.h"
 #include "server/data_folder.h"
 
@@ -52,6 +54,12 @@ void writeMachineStore(Context& context, const server::DataFolderPlan& plan) {
   }
 }
 
+// Run by the unit of the service, before it: other programs of this machine store then find its live channel.
+void nameLiveSocketOfService(Context& context) {
+  if (std::getenv("RUNTIME_DIRECTORY") == nullptr || !context.machineText(foundation::keys::LiveSocket).empty()) return;
+  context.config().WriteConfigString(platform::defaultLiveSocket().string(), foundation::keys::LiveSocket);
+}
+
 void print(const Invocation& call, const schema::DatabasePlace& place, const server::DataFolderPlan& plan) {
   Context& context = call.context;
   call.out << "Made in " << place.describe() << ":\n";
@@ -80,8 +88,11 @@ int init(const Invocation& call) {
   if (call.arguments.has("--empty") && call.arguments.has("--sample")) {
     throw WrongUsage("Give --empty or --sample, not both.");
   }
-  if (call.arguments.has("--if-missing") && hasDataFolder(call.context)) return 0;
   Context& context = call.context;
+  if (call.arguments.has("--if-missing") && hasDataFolder(context)) {
+    nameLiveSocketOfService(context);
+    return 0;
+  }
   const auto place = schema::DatabasePlace::ofTyped(call.arguments.text("DIR"));
   if (call.arguments.has("--role") && !place.onServer()) {
     throw WrongUsage("--role is for databases on a server; rights to a folder are those of its files.");
@@ -94,6 +105,7 @@ int init(const Invocation& call) {
   if (call.arguments.has("--monitor")) plan.monitor = fs::absolute(call.arguments.text("--monitor")).lexically_normal();
   server::makeDataFolder(plan, {context.config(), context.person(), context.clock()},
                          [&] { writeMachineStore(context, plan); });
+  nameLiveSocketOfService(context);
   print(call, place, plan);
   return 0;
 }

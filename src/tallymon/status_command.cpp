@@ -68,8 +68,10 @@ void print(const ordered_json& json) {
   std::cout << (json.value("running", false) ? "tallymon runs" : "tallymon does not run; what it wrote last:") << '\n';
   std::cout << orNone(json.value("summary", "")) << '\n';
   if (json.contains("spool")) {
-    std::cout << json["spool"].value("files", 0) << " files wait for Tallybook, the oldest "
-              << json["spool"].value("oldest_seconds", 0) << " s\n";
+    const int files = json["spool"].value("files", 0);
+    std::cout << files << (files == 1 ? " file waits" : " files wait") << " for Tallybook";
+    if (files > 0) std::cout << ", the oldest for " << json["spool"].value("oldest_seconds", 0) << " s";
+    std::cout << '\n';
   }
   for (const ordered_json& source : json["sources"]) printSource(source);
   for (const ordered_json& alarm : json["alarms"]) {

@@ -59,6 +59,9 @@ TEST(SelfTest, AServiceMakesItsDataFolderOnce) {
   place.succeed("setting set CountryCode 40 --where machine");
   EXPECT_EQ(place.succeed("init data --if-missing"), "");
   EXPECT_EQ(place.succeed("setting get CountryCode"), "40\n");
+  EXPECT_NE(place.run("setting get LiveSocket").status, 0) << "only a unit has a folder for it";
+  place.succeed("init data --if-missing", "RUNTIME_DIRECTORY=/run/tallybook");
+  EXPECT_EQ(place.succeed("setting get LiveSocket"), "/run/tallybook/live.sock\n") << "also of a folder of before";
 }
 
 }  // namespace

@@ -190,16 +190,21 @@ std::vector<ReadyFile> Spool::waiting() const {
   return files;
 }
 
-std::int64_t Spool::oldestAge() const {
+Spool::Untaken Spool::untaken() const {
+  std::vector<fs::path> files;
+  for (const ReadyFile& file : waiting()) files.push_back(path(file.name()));
+  files.push_back(folder_ / kMonitorFile);
   const auto now = fs::file_time_type::clock::now();
-  std::int64_t oldest = 0;
-  for (const ReadyFile& file : waiting()) {
+  Untaken found;
+  for (const fs::path& file : files) {
     std::error_code gone;
-    const auto written = fs::last_write_time(path(file.name()), gone);
+    const auto written = fs::last_write_time(file, gone);
     if (gone) continue;
-    oldest = std::max<std::int64_t>(oldest, std::chrono::duration_cast<std::chrono::seconds>(now - written).count());
+    found.files++;
+    const auto age = std::chrono::duration_cast<std::chrono::seconds>(now - written).count();
+    found.oldestSeconds = std::max<std::int64_t>(found.oldestSeconds, age);
   }
-  return oldest;
+  return found;
 }
 
 bool Spool::occupied() const {

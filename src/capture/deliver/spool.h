@@ -61,8 +61,13 @@ class Spool {
 
   // Waiting files in the order in which each source must deliver them.
   [[nodiscard]] std::vector<ReadyFile> waiting() const;
-  // Age in seconds of the file that waits longest; 0 when none waits.
-  [[nodiscard]] std::int64_t oldestAge() const;
+  // How many files Tallybook has not taken, and the age in seconds of the one that waits longest (0 without any). The
+  // published file is one of them.
+  struct Untaken {
+    std::size_t files = 0;
+    std::int64_t oldestSeconds = 0;
+  };
+  [[nodiscard]] Untaken untaken() const;
 
   // True while Tallybook has not taken the file before.
   [[nodiscard]] bool occupied() const;

@@ -257,7 +257,7 @@ void Service::checkDisk() {
                   "Less than " + std::to_string(site_.freeMegabytes) + " MB are free at " + full +
                       ". When it is full nothing is taken from the exchanges.");
   }
-  if (spool_.oldestAge() > std::int64_t{site_.spoolMinutes} * 60) {
+  if (spool_.untaken().oldestSeconds > std::int64_t{site_.spoolMinutes} * 60) {
     alarms_.raise("", "spool",
                   "Tallybook has not taken the calls in " + site_.folder.string() + " for more than " +
                       std::to_string(site_.spoolMinutes) +

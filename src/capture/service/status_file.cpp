@@ -74,7 +74,8 @@ std::string statusText(const std::vector<std::shared_ptr<CaptureSource>>& source
   json["summary"] = summaryOf(sources, alarms.size());
   json["sources"] = ordered_json::array();
   for (const auto& source : sources) json["sources"].push_back(sourceJson(*source));
-  json["spool"] = {{"files", spool.waiting().size()}, {"oldest_seconds", spool.oldestAge()}};
+  const Spool::Untaken untaken = spool.untaken();
+  json["spool"] = {{"files", untaken.files}, {"oldest_seconds", untaken.oldestSeconds}};
   json["alarms"] = ordered_json::array();
   for (const Alarm& alarm : alarms) {
     json["alarms"].push_back(

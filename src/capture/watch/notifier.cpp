@@ -99,7 +99,11 @@ void Notifier::reap() {
       continue;
     }
     if (ended > 0 && !(WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
-      logLine(base::Priority::Error, it->second + " failed: an alarm may not have been told");
+      logLine(base::Priority::Error,
+              it->second + " failed: an alarm may not have been told. " +
+                  (it->second == settings_.sendmail.string()
+                       ? "As a service it needs one that sends by the network itself, for example msmtp-mta."
+                       : "Run it by hand as the user of this program to see why."));
     }
     it = running_.erase(it);
   }

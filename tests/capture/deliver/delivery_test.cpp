@@ -57,7 +57,12 @@ TEST_F(Delivery, WhatIsNewJoinsTheFileThatWaitsAndNothingIsReplaced) {
   delivery.handOver(batchOf(4, 6, "def", delivery.recovered()));
   ASSERT_EQ(1U, spool.waiting().size());
   EXPECT_EQ("ready-main-3-6", spool.waiting().front().name());
+  fs::last_write_time(monitor / "monitor.data", fs::file_time_type::clock::now() - std::chrono::hours(1));
+  EXPECT_EQ(2U, spool.untaken().files);
+  EXPECT_GE(spool.untaken().oldestSeconds, 3600) << "a published file that Tallybook does not take counts";
   EXPECT_EQ("ab", take());
+  EXPECT_EQ(1U, spool.untaken().files);
+  EXPECT_LT(spool.untaken().oldestSeconds, 3600);
   EXPECT_TRUE(spool.publish());
   EXPECT_FALSE(spool.publish());
   EXPECT_EQ("cdef", take());
