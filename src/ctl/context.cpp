@@ -71,8 +71,8 @@ Context::Context(const GlobalOptions& options)
       prompt_(options.user),
       app_(storeFile(options), server::programFilesFolder(), {person_, prompt_, clock_, documents_, {}}) {
   if (machineStore().usable()) return;
-  throw Failure(
-      base::format("The machine store %s is not a file. Name one with --store FILE.", machineStore().file().string()));
+  throw Failure(base::format("The machine store %s is not a file that you may read. Name one with --store FILE.",
+                             machineStore().file().string()));
 }
 
 std::string Context::machineText(const foundation::TextKey& key) {

@@ -26,7 +26,7 @@ constexpr cli::ManItem kEnvironment[] = {
 };
 
 constexpr cli::ManItem kFiles[] = {
-    {"/etc/quorvane/tallybook.ini", "The machine store, where it is there or can be made."},
+    {"/etc/quorvane/tallybook.ini", "The machine store, where its user can read or make it: the service's."},
     {"~/.config/quorvane/tallybook.ini", "The machine store otherwise."},
     {"/var/lib/tallybook/data", "The data folder that the service's first start makes."},
     {"/var/backups/tallybook", "The backups that tallybook-backup.timer makes."},

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
@@ -172,13 +173,15 @@ std::filesystem::path MachineStore::defaultFile() {
   const char* named = std::getenv("TALLYBOOK_MACHINE_STORE");
   if (named != nullptr && *named != '\0') return named;
   const std::filesystem::path shared = "/etc/quorvane/tallybook.ini";
+  if (access(shared.c_str(), R_OK) == 0) return shared;
+  // One that is there and cannot be read is the service's: an operator at the same machine has another.
   std::error_code fault;
-  if (std::filesystem::exists(shared, fault) || canBeMade(shared)) return shared;
+  if (!std::filesystem::exists(shared, fault) && canBeMade(shared)) return shared;
   return configHome() / "quorvane" / "tallybook.ini";
 }
 
 bool MachineStore::usable() const {
-  return !platform::isOtherThanFile(file_);
+  return !platform::isOtherThanFile(file_) && (access(file_.c_str(), R_OK) == 0 || errno != EACCES);
 }
 
 const IniText& MachineStore::current() const {

@@ -24,11 +24,12 @@ class MachineStore {
   ~MachineStore();
 
   // The file that the environment and the system choose: TALLYBOOK_MACHINE_STORE, else /etc/quorvane/tallybook.ini when
-  // it exists or can be made, else $XDG_CONFIG_HOME/quorvane/tallybook.ini.
+  // this user can read or make it, else $XDG_CONFIG_HOME/quorvane/tallybook.ini.
   static std::filesystem::path defaultFile();
 
   [[nodiscard]] const std::filesystem::path& file() const { return file_; }
-  // False while something else than a file has its name (a folder, a FIFO, a device): then nothing is stored in it.
+  // False while something else than a file has its name (a folder, a FIFO, a device), and for a file that this user may
+  // not read: then nothing is stored in it.
   [[nodiscard]] bool usable() const;
 
   // Nothing when the value is missing or has another type.

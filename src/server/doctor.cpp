@@ -77,7 +77,8 @@ class Examination {
   void checkMachineStore() {
     const fs::path file = patient_.machineStore.file();
     if (!patient_.machineStore.usable()) {
-      return wrong("machine store", "it is not a file", file.string(), "Name another one with --store FILE.");
+      return wrong("machine store", "it is not a file that this user may read", file.string(),
+                   "Name another one with --store FILE.");
     }
     if (!fileExists(file))
       return note("machine store", "there is none yet", file.string(), "tallyctl init DIR makes one.");

@@ -43,7 +43,8 @@ std::filesystem::path CServerApp::lockFile() const {
 CServerApp::Start CServerApp::InitInstance(std::string_view commandLine, OneCopy oneCopy) {
   if (!store_.usable()) {
     // No language is loaded yet: which one is asked for is in the store.
-    surroundings_.person.messageBox(base::format("The machine store %s is not a file.", store_.file().string()));
+    surroundings_.person.messageBox(
+        base::format("The machine store %s is not a file that you may read.", store_.file().string()));
     return Start::Failed;
   }
   const bool versionOnly = commandLine.find(kVersionSwitch) != std::string_view::npos;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -167,6 +168,11 @@ TEST_F(Tallyctl, AnythingButAFileIsRefusedAtOnce) {
     for (const char* command : {"status", "setting get Lang", "setting set Lang RO", "init other"}) {
       refused(std::string("--store ") + store + " " + command, "is not a file");
     }
+  }
+  if (geteuid() != 0) {
+    std::ofstream(folder / "secret.ini") << "[general]\n";
+    chmod((folder / "secret.ini").c_str(), 0);
+    refused("--store secret.ini status", "is not a file that you may read");
   }
   ASSERT_EQ(mkfifo((folder / "data/Tallybook.lng").c_str(), 0600), 0);
   refused("--store machine.ini folder list", "Error loading language file: ");
