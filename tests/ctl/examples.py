@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Runs every example of the help of tallyctl and tallymon, and every line of theirs in README.md and docs/, each in a
-demo exchange of its own. An example must end with status 0. Inline `tallyctl ...` in the documents must name commands
-that there are, and the site files of `tallymon` that they show must be in order.
+demo exchange of its own. An example must end with status 0. Inline `tallyctl ...` in the documents is run too where it
+has options; the name of a command alone must be one that there is. The site files of `tallymon` that they show must be
+in order.
 
 Usage: examples.py PROGRAMS_FOLDER SOURCE_FOLDER
 """
@@ -83,6 +84,8 @@ SKIPPED = {
     "tallyctl passwd": "asks at a terminal",
     "tallyctl sample-calls 1000000": "takes minutes under the sanitizers",
 }
+# Prose names an option without its value.
+COMPLETED = {"tallyctl import --file": " demo/monitor/monitor.data.bk.1"}
 EXAMPLE_ENVIRONMENT = {"TALLYBOOK_PASSWORD": "demo", "TALLYBOOK_NEW_PASSWORD": "new", "TALLYBOOK_MAIL_PASSWORD": "mail"}
 
 
@@ -187,10 +190,22 @@ def document_examples(text):
                 yield re.sub(r"\s+#.*$", "", line).strip()
 
 
+def inline_code(text, program):
+    """What follows the program's name in inline code, on one line."""
+    prose = re.sub(r"^```.*?^```", "", text, flags=re.MULTILINE | re.DOTALL)
+    return [" ".join(code.split()) for code in re.findall(rf"`{program} ([^`]+)`", prose)]
+
+
+def inline_examples(text):
+    for code in inline_code(text, "tallyctl"):
+        line = f"tallyctl {code}"
+        if " --" in line:
+            yield line + COMPLETED.get(line, "")
+
+
 def unknown_words(text, program, words):
     """Inline code that names no command of the program."""
-    prose = re.sub(r"^```.*?^```", "", text, flags=re.MULTILINE | re.DOTALL)
-    for code in re.findall(rf"`{program} ([^`]+)`", prose):
+    for code in inline_code(text, program):
         plain = re.sub(r"^(--\w+ \S+ )*", "", code)
         first_words = plain.split()
         if plain.startswith("-") or first_words[0].isupper() or any(" ".join(first_words[:n]) in words for n in (1, 2, 3)):
@@ -204,7 +219,7 @@ def main(programs, source):
     faults = []
     texts = {document: document.read_text(encoding="utf-8") for document in documents(source)}
     for document, text in texts.items():
-        examples += [line for line in document_examples(text) if line not in examples]
+        examples += [*document_examples(text), *inline_examples(text)]
         unknown = unknown_words(text, "tallyctl", commands(page))
         faults += [f"{document}: there is no command `tallyctl {code}`" for code in unknown]
         faults += [f"{document}: {fault}" for fault in site_faults(programs, text)]

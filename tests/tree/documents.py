@@ -85,19 +85,51 @@ def dependency_faults(source):
     text = (source / "ARCHITECTURE.md").read_text(encoding="utf-8").split("## Dependencies")[1].lower()
     rows = [row.split("|")[1] for row in text.splitlines() if row.startswith("| ")]
     installed = (source / "tools/install-dependencies").read_text()
-    faults = []
-    for group in ("build", "test"):
+    faults, plain_names = [], {"cairo"}  # which Pango needs
+    for group in ("build", "test", "package"):
         for package in re.search(rf'^{group}="(.*?)"', installed, re.M | re.DOTALL).group(1).split():
             plain = PART_OF.get(package, re.split(r"[\d-]", re.sub("^lib", "", package))[0])
-            library = package.endswith("-dev") or package in PART_OF
+            plain_names.add(plain)
+            library = group != "package" and (package.endswith("-dev") or package in PART_OF)
             if library and not any(plain in row for row in rows):
                 faults.append(f"ARCHITECTURE.md: {package} ({plain}) is installed and not in the table of dependencies")
-    return faults
+    names = [name for row in rows[1:] for name in row.strip().split(", ")]
+    return faults + [f"ARCHITECTURE.md: {name} is in the table of dependencies and not installed"
+                     for name in names if not any(plain in name for plain in plain_names)]
+
+
+def rows_of(text, header):
+    """The cells of the rows below a table's header."""
+    table = re.search(rf"^{re.escape(header)}.*\n\|[-|]+\n((?:\|.*\n)+)", text, re.M).group(1)
+    return [[cell.strip() for cell in row.split("|")[1:]] for row in table.splitlines()]
+
+
+def table_faults(source):
+    """Tables that repeat what the code has."""
+    def code(file):
+        return (source / "src" / file).read_text(encoding="utf-8")
+
+    kinds = (source / "docs/exchanges.md").read_text(encoding="utf-8")
+    architecture = (source / "ARCHITECTURE.md").read_text(encoding="utf-8")
+    named = lambda header: {row[0].strip("`") for row in rows_of(kinds, header)}
+    settings = code("capture/format/source_settings.cpp")
+    numbers = {word: set(re.findall(r"= (\d+)", re.search(rf"enum {word}Number[^}}]*", code("security/rights.h"))[0]))
+               for word in ("Object", "Right")}
+    tables = {
+        "docs/exchanges.md: formats": (named("| format |"), {path.stem for path in (source / "formats").glob("*.toml")}),
+        "docs/exchanges.md: ways": (named("| way |"), set(re.findall(r'\{"(\w+)", *readAs', code("capture/site/transport_keys.cpp")))),
+        "docs/exchanges.md: settings": (named("| key | values |"), set(re.findall(r'\{"(\w+)", &SourceSettings', settings))),
+        "ARCHITECTURE.md: rights": ({tuple(re.findall(r"\d+", cell)[0] for cell in row[:2])
+                                     for row in rows_of(architecture, "| object |")},
+                                    {(o, r) for o in numbers["Object"] for r in numbers["Right"]}),
+    }
+    return [f"{name}: only in the table {sorted(table - there)}, only in the code {sorted(there - table)}"
+            for name, (table, there) in tables.items() if table != there]
 
 
 def main():
     source = Path(sys.argv[1])
-    faults = map_faults(source) + dependency_faults(source)
+    faults = map_faults(source) + dependency_faults(source) + table_faults(source)
     for document, text in documents(source).items():
         faults += path_faults(source, document, text) + program_faults(source, document, text)
     print("\n".join(faults) or "in order")
