@@ -224,13 +224,15 @@ TEST_F(Results, AnonymousCallsComeBackUntilItIsMadeFinal) {
                                         EXPECT_FALSE(support::child<QAbstractButton>(dialog, "apply").isEnabled());
                                         click(dialog, "undo");
                                         EXPECT_EQ(known(), "2");
+                                        desktop.document->noteBackup(*base::DateTime::fromParts(2024, 3, 31, 2, 30));
                                         click(dialog, "apply");
                                         click(dialog, "confirm");
                                         EXPECT_FALSE(support::child<QAbstractButton>(dialog, "undo").isEnabled());
                                         dialog.reject();
                                       },
-                                      press("3 calls are made anonymous", "yes"),
-                                      press("3 calls are made anonymous", "yes"), press("3 calls stay", "yes")});
+                                      press("No backup was made yet (tallyctl backup).\n3 calls are made", "yes"),
+                                      press("was made on 31.03.2024 02:30:00.\n3 calls are made", "yes"),
+                                      press("was made on 31.03.2024 02:30:00.\n3 calls stay", "yes")});
   EXPECT_EQ(known(), "0");
   EXPECT_EQ(desktop.value("select count(*) from CallsBefore"), "0");
 }
