@@ -137,6 +137,19 @@ TEST(LanguageFile, TellsOfTheCodepage) {
   }
 }
 
+// Of the locales that every Debian system has.
+TEST(SystemCodepage, IsTheLocales) {
+  const char* const before = std::getenv("LC_ALL");
+  const std::string kept = before == nullptr ? "" : before;
+  setenv("LC_ALL", "C.UTF-8", 1);
+  EXPECT_EQ(systemCodepage(), 65001);
+  setenv("LC_ALL", "C", 1);
+  EXPECT_EQ(systemCodepage(), 0);
+  setenv("LC_ALL", "none such", 1);
+  EXPECT_EQ(systemCodepage(), 0);
+  setenv("LC_ALL", kept.c_str(), 1);  // empty counts as not set
+}
+
 TEST(LanguageFile, AMissingFileLeavesTheKeys) {
   LanguageFile file = parsed(kTwoLanguages);
   const TemporaryFolder folder;

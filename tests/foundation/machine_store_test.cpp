@@ -90,19 +90,23 @@ TEST(MachineStore, ErasesValuesAndSections) {
 TEST(MachineStore, DamagedLinesAreNoValuesAndStay) {
   const TemporaryFolder folder;
   const std::string content =
-      "; mine\n[general]\nbroken line\nx=int:five\ny=int:7\nz=hex:123\nw=int:99999999999\nv=7\n\n[other]\nk=str:v\r\n";
+      "; mine\n[general]\nbroken "
+      "line\nx=int:five\ny=int:7\nz=hex:123\nu=bin:1234\nw=int:99999999999\nv=7\n\n[other]\nk=str:v\r\n";
   writeFile(folder / "store.ini", content);
   MachineStore store(folder / "store.ini");
   EXPECT_EQ(store.readInt("general", "x"), std::nullopt);
   EXPECT_EQ(store.readInt("general", "w"), std::nullopt);
   EXPECT_EQ(store.readString("general", "v"), std::nullopt);
+  EXPECT_EQ(store.readBinary("general", "z"), std::nullopt);
+  EXPECT_EQ(store.readBinary("general", "u"), std::nullopt);
   EXPECT_EQ(store.readInt("general", "y"), 7);
   EXPECT_EQ(store.readString("other", "k"), "v");
 
   store.writeInt("general", "y", 8);
   store.writeInt("general", "new", 9);
   EXPECT_EQ(readFile(folder / "store.ini"),
-            "; mine\n[general]\nbroken line\nx=int:five\ny=int:8\nz=hex:123\nw=int:99999999999\nv=7\nnew=int:9\n\n"
+            "; mine\n[general]\nbroken "
+            "line\nx=int:five\ny=int:8\nz=hex:123\nu=bin:1234\nw=int:99999999999\nv=7\nnew=int:9\n\n"
             "[other]\nk=str:v\r\n");
 }
 

@@ -204,5 +204,26 @@ TEST(ImportKillTest, AFullDiskStopsTheImportAndLosesNothing) {
   expectEachRecordOnce(files, copy, kRecords);
 }
 
+TEST(ImportKillTest, AFullDiskForAnyFileOfAnImportLosesNothing) {
+  constexpr int kFew = 9;
+  const std::string rest = "no record";
+  for (const std::string full : {schema::kMainFile, ".refused.", ".rest."}) {
+    const support::ExchangeFiles files;
+    if (files.folder.onServer() && full == schema::kMainFile) continue;
+    support::RunningCopy copy(files);
+    files.writeMonitorFile(recordsWithRefused(kFew, 4) + rest);
+    fillDiskFor(full);
+    const ImportResult result = MonitorImport(copy.recorder, {.recordsPerBatch = 4}).run();
+    fillDiskFor("");
+    EXPECT_EQ(result.outcome, ImportResult::Outcome::Failed) << full;
+    EXPECT_TRUE(result.message.find("full") != std::string::npos ||
+                result.message.find("No space") != std::string::npos)
+        << full << ": " << result.message;
+    complete(files, copy, false);
+    expectEachRecordOnce(files, copy, kFew);
+    EXPECT_EQ(support::readFile(files.monitorFile("monitor.data.bk.rest.1")), rest) << full;
+  }
+}
+
 }  // namespace
 }  // namespace ingest

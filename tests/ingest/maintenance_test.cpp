@@ -224,5 +224,20 @@ TEST_F(MaintenanceTest, AProviderThatBreaksOutOfItsQuotesIsRefused) {
   }
 }
 
+TEST_F(MaintenanceTest, AFaultIsSaidAndLoggedAndWhatWasRepricedStays) {
+  add();
+  add();
+  copy.main->execute("update Calls set Price = 0");
+  copy.main->execute("update Calls set DialNumber = '34\"5678' where RecordID = 2");
+  RecalcOptions options = march();
+  options.reprice = options.names = true;
+  const RecalcResult result = Recalc(copy.parts, options);
+  EXPECT_NE(result.error, "");
+  EXPECT_EQ(copy.logged(), "9 Recalc: " + result.error + "\n");
+  EXPECT_EQ(result.changed, 1);
+  EXPECT_EQ(copy.value("select Price from Calls where RecordID = 1"), "0.2");
+  EXPECT_EQ(copy.value("select Price from Calls where RecordID = 2"), "0");
+}
+
 }  // namespace
 }  // namespace ingest

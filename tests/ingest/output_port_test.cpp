@@ -55,10 +55,14 @@ TEST_F(OutputPortTest, LinesAreInTheCodePageOfTheRecords) {
   EXPECT_EQ(line.size(), forwardingLine(support::sampleCall(), 0, "RON", 0, 0).size());
 }
 
-TEST_F(OutputPortTest, AFileThatCannotBeOpenedIsPassedOver) {
-  set("OutFile", (files.folder / "no" / "out.txt").string());
-  copy.output.Open();
-  EXPECT_EQ(copy.output.SendLine("x\r\n"), 1);
+TEST_F(OutputPortTest, AFileThatCannotBeWrittenStopsNoCall) {
+  for (const std::string& file : {(files.folder / "no" / "out.txt").string(), std::string("/dev/full")}) {
+    set("OutFile", file);
+    copy.output.Open();
+    exchange::CallRecord call = support::sampleCall();
+    EXPECT_EQ(copy.recorder.AddRecord(call), Recording::Recorded) << file;
+  }
+  EXPECT_EQ(copy.callCount(), 2);
 }
 
 TEST_F(OutputPortTest, ThePortTakesLinesAndRefusesBadParameters) {

@@ -4,11 +4,16 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <filesystem>
+#include <utility>
+
 namespace ingest {
 
 namespace {
 int changes = 0;
 int deadly = 0;
+std::string fullFor;
 }  // namespace
 
 void dieBeforeChange(int number) {
@@ -20,9 +25,20 @@ int changesMade() {
   return changes;
 }
 
+void fillDiskFor(std::string part) {
+  fullFor = std::move(part);
+}
+
 namespace {
 void count() {
   if (++changes == deadly) kill(getpid(), SIGKILL);
+}
+
+bool hasRoom(int file) {
+  if (fullFor.empty()) return true;
+  std::error_code error;
+  const auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), error);
+  return path.string().find(fullFor) == std::string::npos;
 }
 }  // namespace
 
@@ -32,6 +48,10 @@ extern "C" {
 
 ssize_t pwrite64(int file, const void* bytes, size_t size, off64_t offset) {
   ingest::count();
+  if (!ingest::hasRoom(file)) {
+    errno = ENOSPC;
+    return -1;
+  }
   return syscall(SYS_pwrite64, file, bytes, size, offset);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace ingest {
 
 // Counts the system calls of this process that change files, made by the program and by its libraries alike: this test
@@ -9,5 +11,8 @@ namespace ingest {
 void dieBeforeChange(int number);
 // Calls counted since dieBeforeChange.
 int changesMade();
+// From now on the disk has no room for what is written at a place of a file (SQLite's databases, kept files) whose path
+// holds `part`; empty: it has room for all.
+void fillDiskFor(std::string part);
 
 }  // namespace ingest

@@ -8,6 +8,7 @@
 #include "ingest/live_recorder.h"
 #include "installation.h"
 #include "server/reconnection.h"
+#include "support/program_run.h"
 #include "support/server_proxy.h"
 
 namespace server {
@@ -104,6 +105,15 @@ TEST_F(LostConnection, TheNextProgramAsksWhatBecameOfACall) {
   }
   EXPECT_TRUE(met);
   expectEachOnce(calls);
+}
+
+TEST_F(LostConnection, AFullDiskOfTheWorkstationRefusesNoCall) {
+  {
+    const support::DiskLimit disk(0);
+    EXPECT_EQ(send(1), 1);
+  }
+  EXPECT_EQ(send(2), 1);
+  expectEachOnce(2);
 }
 
 TEST_F(LostConnection, AnImportGoesOnWhereItWas) {

@@ -2,6 +2,7 @@
 
 #include "capture/deliver/record_encoder.h"
 #include "capture/deliver/source_delivery.h"
+#include "support/program_run.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -162,6 +163,23 @@ TEST_F(Delivery, AFolderThatCannotBeUsedIsExplained) {
   EXPECT_NE(std::string::npos, message(folder / "missing").find("PathMonitor"));
   const Spool first(monitor);
   EXPECT_NE(std::string::npos, message(monitor).find("another tallymon (process"));
+}
+
+// What stays undone is done when there is room again: the batch is handed over anew.
+TEST_F(Delivery, AFullDiskIsSaidAndLosesNothing) {
+  StateStore state(stateFile);
+  Spool spool(monitor);
+  SourceDelivery delivery("main", state, spool);
+  const Batch batch = batchOf(1, 1, std::string(400, 'a'), delivery.recovered());
+  {
+    const DiskLimit disk(100);
+    EXPECT_THROW(delivery.handOver(batch), SpoolFault);
+  }
+  EXPECT_TRUE(spool.waiting().empty());
+  EXPECT_EQ(0U, state.load("main").converted);
+  delivery.handOver(batch);
+  EXPECT_TRUE(spool.publish());
+  EXPECT_EQ(batch.records, take());
 }
 
 // A link in the place of ".tallymon" may lead to another file system: nothing is lost, and the message says what to do.
