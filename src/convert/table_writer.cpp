@@ -95,7 +95,7 @@ void TableWriter::beginTable(const OldTable& table) {
     made.indexes.push_back({{"Tel"}});
   }
   entry.made = !wasMade(made.name) && nameable(made);
-  if (!entry.made) entry.lost.emplace_back("its name, or that of a column, stands twice or cannot be kept");
+  if (!entry.made) entry.lost.emplace_back("its name, or that of a column, is there twice or cannot be kept");
   skipped_ = !entry.made;
   report_.tables.push_back(std::move(entry));
   waiting_.clear();

@@ -24,7 +24,7 @@
 
 namespace {
 
-// The words behind the program's name, as one text: a profile or "/v".
+// The words after the program's name, as one text: a profile or "/v".
 std::string commandLineOf(const QStringList& arguments) {
   return ui::fromQt(QStringList(arguments.mid(1)).join(' '));
 }

@@ -56,14 +56,14 @@ void FirstMatches::lookFor(std::chrono::milliseconds time) {
   const auto end = Clock::now() + time;
   while (!done() && Clock::now() < end) {
     const auto begun = Clock::now();
-    const base::DateTime behind = next_->plusSeconds(newestFirst_ ? -stretch_ : stretch_);
+    const base::DateTime beyond = next_->plusSeconds(newestFirst_ ? -stretch_ : stretch_);
     if (newestFirst_) {
-      lookThrough(behind.plusSeconds(1), next_->plusSeconds(1));
+      lookThrough(beyond.plusSeconds(1), next_->plusSeconds(1));
     } else {
-      lookThrough(*next_, behind);
+      lookThrough(*next_, beyond);
     }
-    const bool ended = newestFirst_ ? behind < *last_ : behind > *last_;
-    next_ = ended ? std::nullopt : std::optional(behind);
+    const bool ended = newestFirst_ ? beyond < *last_ : beyond > *last_;
+    next_ = ended ? std::nullopt : std::optional(beyond);
     const auto taken = Clock::now() - begun;
     if (taken < kShort) stretch_ *= 2;
     if (taken > kLong) stretch_ = std::max<std::int64_t>(1, stretch_ / 2);
@@ -71,10 +71,10 @@ void FirstMatches::lookFor(std::chrono::milliseconds time) {
 }
 
 // Calls of one second follow in the order of their keys, in the direction of the list, whatever the database does.
-void FirstMatches::lookThrough(const base::DateTime& from, const base::DateTime& behind) {
+void FirstMatches::lookThrough(const base::DateTime& from, const base::DateTime& beyond) {
   std::string criteria =
       base::format("[DateTime] >= %s And [DateTime] < %s And (%s)", from.format(jet::kDateTimeLiteral),
-                   behind.format(jet::kDateTimeLiteral), criteria_);
+                   beyond.format(jet::kDateTimeLiteral), criteria_);
   if (own_ && !own_->criteria.empty()) criteria = "(" + own_->criteria + ") And " + criteria;
   list_->narrow(Narrowing{criteria, {}});
   std::vector<FolderView::OrderedRow> found;

@@ -30,7 +30,7 @@ class FirstMatches {
   [[nodiscard]] const std::vector<FolderView::ShownRow>& rows() const { return rows_; }
 
  private:
-  void lookThrough(const base::DateTime& from, const base::DateTime& behind);
+  void lookThrough(const base::DateTime& from, const base::DateTime& beyond);
 
   std::unique_ptr<FolderView> list_;
   std::optional<Narrowing> own_;

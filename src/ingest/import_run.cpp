@@ -126,13 +126,13 @@ bool ImportRun::operatorGoesOn() {
 // tried again after a kill is not told of twice. That of a rejected one was written as it was rejected.
 void ImportRun::refuse(BatchEnd why) {
   kept_.refuse(progress_, reader_.recordBytes());
-  const ReadPosition& behind = reader_.position();
+  const ReadPosition& after = reader_.position();
   jet::Transaction transaction(recorder_.parts().main);
   if (why == BatchEnd::CallFailed) logFailedRecord();
-  rows_.store(progressAt(progress_.records + 1, behind));
+  rows_.store(progressAt(progress_.records + 1, after));
   transaction.commit();
-  progress_ = progressAt(progress_.records + 1, behind);
-  position_ = behind;
+  progress_ = progressAt(progress_.records + 1, after);
+  position_ = after;
   ++refused_;
 }
 

@@ -16,7 +16,7 @@ namespace jet {
 // Whether the place, or what comes before the names of databases in it, is on a server.
 bool isServerAddress(std::string_view place);
 // An address as a person types it, as one that names can be appended to: with its last slash. What has two slashes
-// behind the host ("postgresql://user@host/office/test_") is left as it stands.
+// after the host ("postgresql://user@host/office/test_") is left as it is.
 std::string completedAddress(std::string_view typed);
 // The same for a setting. Throws Error 3051, which says what is wrong: it is no address, or has a password in it.
 std::string storableAddress(std::string_view typed);

@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 constexpr const char* kMonitor = "monitor";
 
 // What cannot even be looked at is in no one's way: making the folder fails then, and says why.
-bool stands(const fs::path& file) {
+bool isOnDisk(const fs::path& file) {
   std::error_code ignored;
   return fs::exists(file, ignored);
 }
@@ -39,7 +39,7 @@ fs::path monitorOf(const fs::path& given, const schema::DatabasePlace& place, fo
 
 // The bill's page can be adapted.
 void writeBillTemplate(const fs::path& file) {
-  if (stands(file)) return;
+  if (isOnDisk(file)) return;
   std::ofstream out(file, std::ios::binary);
   out << folders::defaultBillTemplate();
   out.close();
@@ -76,10 +76,10 @@ class HalfMade {
  public:
   HalfMade(const schema::DatabasePlace& place, const std::vector<fs::path>& beside)
       : folder_(place.onServer() ? fs::path() : fs::path(place.setting())),
-        folderIsNew_(!place.onServer() && !stands(folder_)),
+        folderIsNew_(!place.onServer() && !isOnDisk(folder_)),
         databases_(place) {
     for (const fs::path& file : beside) {
-      if (!stands(file)) newFiles_.push_back(file);
+      if (!isOnDisk(file)) newFiles_.push_back(file);
     }
   }
   HalfMade(const HalfMade&) = delete;

@@ -201,7 +201,7 @@ class Examination {
     const auto written = fs::last_write_time(folder / "monitor.data", fault);
     if (fault || fs::file_time_type::clock::now() - written < std::chrono::hours(24)) return;
     wrong("monitor folder", "calls wait there for more than a day", (folder / "monitor.data").string(),
-          "Nobody imports: systemctl status tallybook, or tallyctl import.");
+          "No program imports it: systemctl status tallybook, or tallyctl import.");
   }
 
   void checkLiveSocket() {

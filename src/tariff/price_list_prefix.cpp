@@ -83,13 +83,13 @@ std::vector<std::string> internationalPrefixes(std::string_view cell, std::strin
       continue;
     }
     const std::string_view before = base::trim(text.substr(0, dash));
-    const std::string_view behind = base::trim(text.substr(dash + 1));
-    if (behind.size() > before.size()) {  // "1-242": the dash only makes the number readable
-      prefixes.push_back(international(std::string(before) + std::string(behind), countryCode));
+    const std::string_view after = base::trim(text.substr(dash + 1));
+    if (after.size() > before.size()) {  // "1-242": the dash only makes the number readable
+      prefixes.push_back(international(std::string(before) + std::string(after), countryCode));
       continue;
     }
     addRange(text, international(before, countryCode),
-             behind.size() < before.size() ? digitsOf(behind) : international(behind, countryCode), prefixes);
+             after.size() < before.size() ? digitsOf(after) : international(after, countryCode), prefixes);
   }
   if (prefixes.empty()) throw PriceListError(noPrefix(cell));
   return prefixes;

@@ -41,7 +41,7 @@ bool ShapeMemory::matches(const Pattern& pattern, std::string_view sql, std::vec
   std::size_t at = 0;
   literals.resize(pattern.literals.size());
   for (std::size_t i = 0; i < pattern.literals.size(); ++i) {
-    const std::size_t size = pattern.literals[i].behind - part;
+    const std::size_t size = pattern.literals[i].end - part;
     if (sql.compare(at, size, pattern.parts, part, size) != 0) return false;
     at += size;
     part += size;
@@ -62,7 +62,7 @@ std::size_t ShapeMemory::shapeOf(std::string_view sql, Shape& out) {
     const std::size_t number = recent_[i];
     const Pattern& pattern = patterns_[number];
     // The first characters tell most patterns apart.
-    const std::size_t start = pattern.literals.empty() ? pattern.parts.size() : pattern.literals.front().behind;
+    const std::size_t start = pattern.literals.empty() ? pattern.parts.size() : pattern.literals.front().end;
     if (sql.size() < start || sql.compare(0, start, pattern.parts, 0, start) != 0) continue;
     if (!matches(pattern, sql, out.literals)) continue;
     out.key = pattern.key;

@@ -22,7 +22,7 @@ class ShapeMemory {
 
  private:
   struct Literal {
-    std::size_t behind;  // end of the part before it, in `parts`
+    std::size_t end;  // end of the part before it, in `parts`
     TokenKind kind;
   };
   struct Pattern {
