@@ -4,6 +4,7 @@
 #include "cli/man_page.h"
 #include "ctl/commands.h"
 #include "ctl/program_tree.h"
+#include "server/data_folder.h"
 
 namespace ctl {
 
@@ -28,7 +29,7 @@ constexpr cli::ManItem kEnvironment[] = {
 constexpr cli::ManItem kFiles[] = {
     {"/etc/quorvane/tallybook.ini", "The machine store, where its user can read or make it: the service's."},
     {"~/.config/quorvane/tallybook.ini", "The machine store otherwise."},
-    {"/var/lib/tallybook/data", "The data folder that the service's first start makes."},
+    {server::kServiceDataFolder, "The data folder that the service's first start makes."},
     {"/var/backups/tallybook", "The backups that tallybook-backup.timer makes."},
 };
 

@@ -1,4 +1,3 @@
-#include <QApplication>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
@@ -13,6 +12,7 @@
 #include "ui/cut_texts.h"
 #include "ui/first_run.h"
 #include "ui/focus_outline.h"
+#include "ui/guarded_application.h"
 #include "ui/login_dialogs.h"
 #include "ui/main_frame.h"
 #include "ui/manual.h"
@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
   }
   // A limit on the size of files is met like a full disk: by the write that fails, with its message.
   std::signal(SIGXFSZ, SIG_IGN);
-  QApplication application(argc, argv);
+  ui::GuardedApplication application(argc, argv);
   QApplication::setApplicationName(base::kProgramName);
   QApplication::setApplicationDisplayName(base::kProgramName);
   QApplication::setApplicationVersion(base::kProgramVersion);
@@ -55,6 +55,7 @@ int main(int argc, char** argv) {
   ui::showFocusOutlines();
   ui::tellCutTexts();
   ui::QtOperator person;
+  application.setReport([&person](const std::string& fault) { person.messageBox(fault); });
   const platform::SystemClock clock;
   const auto storeFile = foundation::MachineStore::defaultFile();
 

@@ -16,6 +16,9 @@ namespace server {
 // The user whom a new database begins with; a member of the group "Administrators".
 inline constexpr const char* kAdministrator = "admin";
 
+// What the service's first start makes; the unit and the package's folders name it too.
+inline constexpr const char* kServiceDataFolder = "/var/lib/tallybook/data";
+
 // The folder cannot be made; the text says why and what to do. Nothing was left behind.
 class DataFolderError : public std::runtime_error {
  public:

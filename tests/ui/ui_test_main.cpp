@@ -6,6 +6,7 @@
 #include "desktop.h"
 #include "ui/cut_texts.h"
 #include "ui/focus_outline.h"
+#include "ui/guarded_application.h"
 #include "ui/readable_palette.h"
 #include "ui/readable_style.h"
 
@@ -45,7 +46,8 @@ class Watchman {
 int main(int argc, char** argv) {
   // Without a display, and without the user's own style.
   setenv("QT_QPA_PLATFORM", "offscreen", 0);
-  QApplication application(argc, argv);
+  ui::GuardedApplication application(argc, argv);
+  application.setReport([](const std::string& fault) { ADD_FAILURE() << "left a handler: " << fault; });
   QApplication::setApplicationDisplayName("Tallybook");
   ui::useReadableStyle();
   ui::keepPaletteReadable();

@@ -17,13 +17,13 @@
 namespace ui {
 
 QString faultOfAddress(const std::string& address, const Texts& texts) {
-  const auto place = schema::DatabasePlace::ofTyped(address);
   try {
+    const auto place = schema::DatabasePlace::ofTyped(address);
     place.askServer();
+    return place.exists(schema::Which::Main) ? QString() : texts.format("IDS_SERVER_NO_DATABASE", place.describe());
   } catch (const jet::Error& error) {
     return toQt(error.description());
   }
-  return place.exists(schema::Which::Main) ? QString() : texts.format("IDS_SERVER_NO_DATABASE", place.describe());
 }
 
 std::optional<std::string> askServerAddress(std::string_view current, const Texts& texts) {

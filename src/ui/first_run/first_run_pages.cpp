@@ -96,44 +96,42 @@ void FirstRunFolderPage::initializePage() {
   setSubTitle(texts_(opening ? "IDS_FIRST_OPEN_TEXT" : "IDS_FIRST_FOLDER_TEXT"));
   folderLabel_->setText(texts_(opening ? "IDS_FIRST_EXISTING_FOLDER" : "IDS_FIRST_NEW_FOLDER"));
   if (converting && oldFolder_->text().isEmpty()) oldFolder_->setText(proposedOld_);
-  const QString own = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-  if (!opening && folder_->text().isEmpty()) {
-    folder_->setText(converting && !proposedOld_.isEmpty() ? proposedOld_ + "-new" : own);
+  if (!folder_->text().isEmpty() && folder_->text() != proposed_) return;
+  proposed_ = proposal(opening, converting);
+  folder_->setText(proposed_);
+}
+
+QString FirstRunFolderPage::proposal(bool opening, bool converting) const {
+  if (opening) {
+    const auto service = schema::DatabasePlace::ofTyped(server::kServiceDataFolder);
+    return service.exists(schema::Which::Main) ? QString(server::kServiceDataFolder) : QString();
   }
+  if (converting && !proposedOld_.isEmpty()) return proposedOld_ + "-new";
+  return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
 }
 
 bool FirstRunFolderPage::validatePage() {
   folder_->setText(wholePath(folder_->text()));
   oldFolder_->setText(wholePath(oldFolder_->text()));
-  QString fault = folder_->text().isEmpty() ? QString() : faultOfServer();
-  const bool has = fault.isEmpty() && placeOfDatabases().exists(schema::Which::Main);
-  if (!fault.isEmpty()) {
-    warn(this, texts_, fault);
-    return false;
-  }
-  if (folder_->text().isEmpty() || (field("convert").toBool() && oldFolder_->text().isEmpty())) {
-    fault = texts_("IDS_FIRST_NO_FOLDER");
-  } else if (field("open").toBool() && !has) {
-    fault = texts_.format(placeOfDatabases().onServer() ? "IDS_SERVER_NO_DATABASE" : "IDS_FIRST_NO_DATABASE",
-                          placeOfDatabases().describe());
-  } else if (!field("open").toBool() && has) {
-    fault = texts_.format("IDS_FIRST_HAS_DATABASE", fromQt(folder_->text()));
-  }
+  const QString fault = faultOfFolders();
   if (!fault.isEmpty()) warn(this, texts_, fault);
   return fault.isEmpty();
 }
 
-schema::DatabasePlace FirstRunFolderPage::placeOfDatabases() const {
-  return schema::DatabasePlace::ofTyped(fromQt(folder_->text()));
-}
-
-// A server that was typed is tried; what it says when it cannot be used, else nothing.
-QString FirstRunFolderPage::faultOfServer() const {
-  const auto place = placeOfDatabases();
-  if (!place.onServer()) return {};
+// A server that was typed is tried.
+QString FirstRunFolderPage::faultOfFolders() const {
+  if (folder_->text().isEmpty() || (field("convert").toBool() && oldFolder_->text().isEmpty())) {
+    return texts_("IDS_FIRST_NO_FOLDER");
+  }
+  const bool opening = field("open").toBool();
   try {
-    place.askServer();
-    return {};
+    const auto place = schema::DatabasePlace::ofTyped(fromQt(folder_->text()));
+    if (place.onServer()) place.askServer();
+    const bool has = place.exists(schema::Which::Main);
+    if (opening && !has) {
+      return texts_.format(place.onServer() ? "IDS_SERVER_NO_DATABASE" : "IDS_FIRST_NO_DATABASE", place.describe());
+    }
+    return opening || !has ? QString() : texts_.format("IDS_FIRST_HAS_DATABASE", fromQt(folder_->text()));
   } catch (const jet::Error& error) {
     return toQt(error.description());
   }

@@ -47,11 +47,12 @@ class FirstRunFolderPage : public QWizardPage {
 
  private:
   QLineEdit* addFolder(QVBoxLayout& column, QLabel* label, const char* name);
-  [[nodiscard]] schema::DatabasePlace placeOfDatabases() const;
-  [[nodiscard]] QString faultOfServer() const;
+  [[nodiscard]] QString proposal(bool opening, bool converting) const;
+  [[nodiscard]] QString faultOfFolders() const;
 
   const Texts& texts_;
   QString proposedOld_;
+  QString proposed_;
   QLabel* oldLabel_;
   QLineEdit* oldFolder_;
   QLabel* folderLabel_;

@@ -22,6 +22,7 @@ FirstRunWizard::FirstRunWizard(server::CServerApp& app, const QString& oldFolder
   setOption(QWizard::NoBackButtonOnStartPage);
   setOption(QWizard::HaveHelpButton);
   connect(this, &QWizard::helpRequested, this, [this] { askForManual(*this); });
+  connect(this, &QWizard::currentIdChanged, this, [this] { focusFirstField(); });
   auto* language = new FirstRunLanguagePage(texts_);
   setPage(LanguagePage, language);
   connect(language, &FirstRunLanguagePage::languageChosen, this, [this, language](const QString& code) {
@@ -59,6 +60,18 @@ void FirstRunWizard::buildPages() {
   setButtonText(QWizard::CancelButton, texts_("IDS_CANCEL"));
   setButtonText(QWizard::FinishButton, texts_("IDS_FINISH"));
   setButtonText(QWizard::HelpButton, texts_("IDS_HELP"));
+}
+
+// Else the focus stays on the button Next: what is typed is lost, and Enter goes on.
+void FirstRunWizard::focusFirstField() {
+  const QWizardPage* shown = currentPage();
+  if (shown == nullptr) return;
+  for (QWidget* field = shown->nextInFocusChain(); field != shown; field = field->nextInFocusChain()) {
+    if (!shown->isAncestorOf(field) || !field->isVisibleTo(shown) || !field->isEnabled()) continue;
+    if ((field->focusPolicy() & Qt::TabFocus) == 0) continue;
+    field->setFocus();
+    return;
+  }
 }
 
 FirstRunPlan::Task FirstRunWizard::task() const {

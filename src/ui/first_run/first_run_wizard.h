@@ -27,6 +27,7 @@ class FirstRunWizard : public QWizard {
  private:
   void useLanguage(const QString& code);
   void buildPages();
+  void focusFirstField();
 
   server::CServerApp& app_;
   Texts texts_;
