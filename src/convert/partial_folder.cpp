@@ -6,6 +6,7 @@
 #include "base/printf.h"
 #include "convert/conversion_error.h"
 #include "platform/durable_files.h"
+#include "platform/group_sharing.h"
 
 namespace convert {
 
@@ -40,6 +41,7 @@ PartialFolder::PartialFolder(const fs::path& target)
     }
     fs::remove_all(path_);
   }
+  platform::shareWithGroupOfParent(path_);
   fs::create_directories(path_, error);
   std::ofstream marker(path_ / kMarker);
   if (error || !marker) {

@@ -9,6 +9,7 @@
 #include "folders/bill_template.h"
 #include "foundation/change_tags.h"
 #include "jet/stored_database.h"
+#include "platform/group_sharing.h"
 #include "sample/sample_exchange.h"
 #include "sample/tariff_plan.h"
 #include "schema/database_place.h"
@@ -127,6 +128,7 @@ void makeDataFolder(const DataFolderPlan& plan, const DataFolderTools& tools, co
   const auto place = schema::DatabasePlace::ofTyped(plan.folder);
   const fs::path monitor = monitorOf(plan.monitor, place, tools.config);
   const fs::path billPage = place.billPage(fs::absolute(tools.config.machineStore().file()));
+  platform::shareWithGroupOfParent(place.onServer() ? monitor : plan.folder);
   HalfMade halfMade(place, {billPage, monitor});
   std::error_code fault;
   fs::create_directories(monitor, fault);

@@ -30,9 +30,15 @@ void setWord(foundation::WindowPlacement& placement, std::size_t index, std::int
 }  // namespace
 
 void restorePlacement(QWidget& window, foundation::ConfigManager& config) {
-  window.resize(QSize(1180, 760).boundedTo(availableSize(window)));
+  const QSize available = availableSize(window);
+  window.resize(QSize(1180, 760).boundedTo(available));
   const auto placement = config.ReadWindowPlacement();
-  if (!placement) return;
+  if (!placement) {
+    // The list of calls shows their cost only with all of such a screen.
+    constexpr int kNarrow = 1400;
+    if (available.width() < kNarrow) window.setWindowState(Qt::WindowMaximized);
+    return;
+  }
   const QRect normal(QPoint(wordOf(*placement, kRectangleWord), wordOf(*placement, kRectangleWord + 1)),
                      QPoint(wordOf(*placement, kRectangleWord + 2), wordOf(*placement, kRectangleWord + 3)));
   // A screen may have gone since.

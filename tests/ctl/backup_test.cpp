@@ -1,6 +1,7 @@
 // Backups and what is made from them.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <fstream>
 #include <thread>
@@ -26,6 +27,25 @@ void overwriteByte(const fs::path& file, std::streamoff at) {
   const char old = static_cast<char>(bytes.get());
   bytes.seekp(at);
   bytes.put(static_cast<char>(old ^ 0x55));
+}
+
+// Operators in the group of the service write what its administrator makes from a shell with the usual mask.
+TEST(BackupTest, WhatIsMadeInASharedFolderIsTheGroups) {
+  TallyctlRun place;
+  SKIP_ON_SERVER(place);
+  fs::create_directory(place.path("shared"));
+  ASSERT_EQ(chmod(place.path("shared").c_str(), 02770), 0);
+  place.succeed("init shared/data --sample");
+  fs::create_directory(place.path("kept"));
+  place.succeed("backup kept");
+  place.succeed("restore '" + madeIn(place).string() + "' shared/again");
+  for (const char* made : {"shared/data", "shared/again"}) {
+    const fs::path folder = place.path(made);
+    for (const fs::path& file : {folder, folder / "tallybook.mdb", folder / "template.html", folder / "monitor"}) {
+      EXPECT_NE(fs::status(file).permissions() & fs::perms::group_write, fs::perms::none) << file;
+      EXPECT_EQ(fs::status(file).permissions() & fs::perms::others_all, fs::perms::none) << file;
+    }
+  }
 }
 
 TEST(BackupTest, ARestoredOneHasEqualRows) {

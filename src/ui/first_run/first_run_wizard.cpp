@@ -30,7 +30,7 @@ FirstRunWizard::FirstRunWizard(server::CServerApp& app, const QString& oldFolder
     language->retranslate();
   });
   buildPages();
-  resize(fontMetrics().averageCharWidth() * 100, fontMetrics().lineSpacing() * 26);
+  resize(fontMetrics().averageCharWidth() * 100, fontMetrics().lineSpacing() * 36);
   fitToScreen(*this);
 }
 
