@@ -25,7 +25,6 @@ void FolderJson::addRow(const std::vector<std::string>& texts) {
 }
 
 void FolderJson::addTotals(const std::vector<std::string>& texts) {
-  beginRows();
   totals_ = jsonText(texts);
 }
 

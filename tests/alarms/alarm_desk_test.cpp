@@ -1,6 +1,7 @@
 #include "alarms/alarm_desk.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <fstream>
 
@@ -157,6 +158,31 @@ TEST_F(Desk, TheCallIsInTheCommandsEnvironmentAndNotInItsText) {
   EXPECT_EQ(seen, "\"; touch broken; \" 201");
   EXPECT_EQ(mails, std::vector<std::string>{"a@b.ro"});
   EXPECT_EQ(alarms::runCommand("exit 3", {}), "ended with status 3");
+}
+
+TEST_F(Desk, ACommandReadsNothingOfTheServicesInput) {
+  int input[2];
+  ASSERT_EQ(pipe(input), 0);
+  ASSERT_EQ(write(input[1], "x\n", 2), 2);
+  const int kept = dup(STDIN_FILENO);
+  dup2(input[0], STDIN_FILENO);
+  EXPECT_EQ(alarms::runCommand("! read line", {}), "");
+  dup2(kept, STDIN_FILENO);
+  for (const int end : {input[0], input[1], kept}) close(end);
+}
+
+TEST_F(Desk, ASilenceOfThePastIsFoundOnceAndEnds) {
+  for (const char* at : {"2025-03-03 09:00:00", "2025-03-03 09:20:00", "2025-03-03 11:00:00"}) {
+    call({{"DateTime", *base::DateTime::fromStored(at)}, {"DialNumber", "1"}, {"Extension", "201"}, {"Incoming", 0}});
+  }
+  const auto day = *base::DateTime::fromParts(2025, 3, 3);
+  const auto found = alarms::replay(services_, {.name = "Line", .kind = alarms::Kind::Silence, .minutes = 60}, day,
+                                    day.plusSeconds(11 * 3600 + 1800));
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found[0].at->format("%H:%M"), "10:21");
+  EXPECT_EQ(found[0].step, 100);
+  EXPECT_EQ(found[1].at->format("%H:%M"), "11:00");
+  EXPECT_EQ(found[1].step, 0) << "a call: the line works";
 }
 
 TEST_F(Desk, RulesThatMakeNoSenseAreRefused) {

@@ -22,4 +22,25 @@ TEST(Sequence, TellsHowManyLinesNeverCame) {
   EXPECT_EQ(0, missing("004"));
 }
 
+// Whatever became of the block that had it.
+TEST(Block, AFaultCountsForItsOwnBlock) {
+  capture::SourceSettings settings;
+  settings.extensions = "2\\d\\d";
+  settings.zone = "UTC";
+  capture::Parser parser(capture::FormatLibrary::standard().load(TALLYBOOK_SOURCE_DIR "/formats/radius.toml"),
+                         settings);
+  const std::chrono::sys_seconds now{std::chrono::seconds(1'795'504'631)};
+  std::uint64_t position = 0;
+  std::vector<capture::Outcome> outcomes;
+  for (const char* line :
+       {"Tue Nov 24 11:17:02 2026", "Acct-Status-Type = Start", "damaged", "", "Tue Nov 24 11:17:02 2026",
+        "Acct-Status-Type = Stop", "Acct-Session-Id = s2", "Acct-Session-Time = 151", "Calling-Station-Id = 214",
+        "Called-Station-Id = 0755550142", "", "Tue Nov 24 11:17:02 2026", "damaged", "Acct-Status-Type = Stop", ""}) {
+    const auto results = parser.line(++position, line, now);
+    if (*line == '\0') outcomes.push_back(results.front().outcome);
+  }
+  using capture::Outcome;
+  EXPECT_EQ(outcomes, (std::vector{Outcome::Skipped, Outcome::Record, Outcome::Unknown}));
+}
+
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "support/tallyctl.h"
 
@@ -94,6 +95,7 @@ TEST_F(Answers, AlarmsAreRaisedListedTriedAndAcknowledged) {
     for (const auto& alarm : page["alarms"]) told += alarm["rule"] == rule ? 1 : 0;
     EXPECT_EQ(json(std::string("alarm try ") + rule + " --month 2026-10")["alarms"].size(), told) << rule;
   }
+  EXPECT_EQ(json("alarm try Budget --month 2026-09")["alarms"].size(), 0U);
   const std::string id = std::to_string(page["alarms"][0]["id"].get<int>());
   succeed("alarm acknowledge " + id);
   EXPECT_EQ(run("alarm acknowledge " + id).status, 1);
@@ -109,12 +111,20 @@ TEST_F(Answers, AlarmsAreRaisedListedTriedAndAcknowledged) {
 }
 
 TEST_F(Answers, APersonIsPrintedAndForgotten) {
-  makeSample(400);
-  const std::string number = stored("select DialNumber from Calls where DialNumber like '07%' limit 1")[0][0];
+  succeed("init data --sample");
+  succeed("alarm set Dear --kind call --limit 0.01");
+  succeed("sample-calls 400 --out data/monitor/monitor.data --seed 5");
+  succeed("import");
+  const std::string number =
+      stored("select DialNumber from Calls where DialNumber like '07%' and Price_Ref > 0.01 limit 1")[0][0];
   const std::string international = "+40" + number.substr(1);
+  succeed("contact add --name Ana --phones " + number);
+  succeed("hide " + number);
   const auto page = json("forget " + international);
   EXPECT_EQ(page["erased"], false);
-  EXPECT_GE(page["rows"].size(), 1U);
+  std::set<std::string> places;
+  for (const auto& row : page["rows"]) places.insert(row["place"]);
+  EXPECT_EQ(places, (std::set<std::string>{"alarms", "calls", "contacts", "hidden numbers", "log"}));
   const std::string sum = stored("select sum(Price_Ref), count(*) from Calls")[0][0];
   EXPECT_EQ(run("forget " + international + " --erase").status, 1);
   succeed("forget " + international + " --erase --yes");
@@ -152,6 +162,30 @@ TEST_F(Answers, APriceListIsTriedAndTakenOver) {
   EXPECT_NE(succeed("price 0722123456" + at).find("0.9900"), std::string::npos);
   EXPECT_EQ(run(command).status, 1);
   EXPECT_EQ(run("tariff import none.csv --provider 1 --profile Standard --from 2031-01-01").status, 1);
+}
+
+// The trial of a price list, against what the calls cost when it is taken over for them.
+TEST_F(Answers, CallsCostWhatTheTrialOfAPriceListSaid) {
+  succeed("init data --sample");
+  succeed("sample-calls 400 --out data/monitor/monitor.data --seed 5 --days 62");  // the last whole month among them
+  succeed("import");
+  std::ofstream(path("prices.csv")) << "Code;Name;Price\n0722;Mobile;0,99\n49;Germany;0.01\n";
+  const std::string command = "tariff import prices.csv --provider 1 --profile Standard --from ";
+  const auto month = json(command + "2030-01-01 --dry-run")["last_month"];
+  const std::string from = month["from"];
+  const auto cost = [&] {
+    return std::stod(
+        stored("select sum(Price_Ref) from Calls where Incoming = 0 and Provider = 'Dunărea Telecom' and "
+               "Profile = 'Standard' and substr([DateTime], 1, 7) = '" +
+               from.substr(0, 7) + "'")[0][0]);
+  };
+  EXPECT_GT(month["calls"], 0);
+  EXPECT_NEAR(month["before"].get<double>(), cost(), 0.001);
+  succeed(command + from);
+  succeed("recalc --from " + from + " --to " + stored("select date('" + from + "', '+1 month', '-1 day')")[0][0] +
+          " --reprice");
+  EXPECT_NEAR(month["after"].get<double>(), cost(), 0.001);
+  EXPECT_NE(month["after"], month["before"]);
 }
 
 }  // namespace

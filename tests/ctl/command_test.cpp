@@ -215,6 +215,12 @@ TEST_F(Tallyctl, DefinitionsAreListedSetAndDeleted) {
   EXPECT_EQ(run("currency delete RON").status, 1);  // the default
   EXPECT_EQ(run("extension set 299 --department Sales").status, 2);
   EXPECT_NE(succeed("trunk list --json").find("\"ignore_zero_pulses\": 1"), std::string::npos);
+  EXPECT_EQ(succeed("currency list"),
+            "Name    Rate  Reverse  Changed     Default\n"
+            "----  ------  -------  ----------  -------\n"
+            "RON   1.0000  no       01.01.2026  yes\n"
+            "EUR   4.9700  no       01.01.2026  no\n"
+            "USD   4.5800  no       01.01.2026  no\n");
 }
 
 TEST_F(Tallyctl, DefinitionsThatWouldBeLostOrMispriceAreRefusedOrWarnedOf) {

@@ -34,6 +34,9 @@ TEST(SelfTest, TheShellProposesCommandsAndOptions) {
                         Case{"tallyctl folder show 100 --sto", 4, "--store\n"}, Case{"tallyctl import x", 2, "\n"}}) {
     EXPECT_EQ(proposed(place, c.words, c.at), c.proposals) << c.words;
   }
+  const std::string zsh = place.succeed("completion zsh");
+  EXPECT_TRUE(zsh.starts_with("#compdef tallyctl\n"));
+  EXPECT_NE(zsh.find("condition"), std::string::npos);
 }
 
 TEST(SelfTest, ThePageHasEveryCommandAndCanBeCopiedFrom) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "filter/call_office.h"
+#include "filter/parts.h"
 
 namespace filter {
 namespace {
@@ -38,6 +39,37 @@ TEST(FilterSettings, WrongValuesAreExplained) {
   EXPECT_NE(complaint("IntervalStart", "2025-02-30").find("is not a date"), std::string::npos);
   EXPECT_NE(complaint("IntervalEnd", "12:30").find("is not a date"), std::string::npos);
   EXPECT_EQ(complaint("onfilter", " 1 "), "");
+}
+
+TEST(FilterParts, EachIsTakenOutByItself) {
+  FilterSettings settings;
+  for (const FilterKey& key : filterKeys()) {
+    setValue(settings, key.key, key.type == KeyType::DateTime ? "2/3/2025 04:05:06" : "1");
+  }
+  const foundation::LanguageFile keys;
+  const base::DateTime now = *base::DateTime::fromParts(2025, 3, 4);
+  const auto texts = [&](const FilterSettings& of) {
+    std::vector<std::string> found;
+    for (const Part& part : partsOf(of, {"2", "3", "4", "5"}, keys, now)) found.push_back(part.text);
+    return found;
+  };
+  const std::vector<std::string> all = texts(settings);
+  EXPECT_EQ(
+      all, (std::vector<std::string>{
+               "03.02.2025 04:05 - 03.02.2025 04:05", "IDS_FILTER_HIDDEN", "IDS_FILTER_EXCLUDE_INCOMING",
+               "IDS_FILTER_EXCLUDE_OUTGOING", "IDS_EXTENSION: 2", "IDS_TRUNK: 1", "IDS_ACCOUNT: 1", "IDS_DEPARTMENT: 5",
+               "IDS_NAME: 1", "IDS_CLIENT: 3", "IDS_FOLDER: 4", "IDS_AREA: 1", "IDS_NUMBER: 1...", "IDS_NUMBER: 1",
+               "IDS_COUNTRY: 1", "IDS_PROVIDER: 1", "IDS_DURATION >= 1 IDS_SECONDS"}));
+  const auto parts = partsOf(settings, {"2", "3", "4", "5"}, keys, now);
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    FilterSettings rest = settings;
+    for (const auto& [key, value] : parts[i].removal) setValue(rest, key, value);
+    std::vector<std::string> expected = all;
+    expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(i));
+    EXPECT_EQ(texts(rest), expected) << parts[i].text;
+  }
+  settings.onFilter = 0;
+  EXPECT_TRUE(texts(settings).empty());
 }
 
 TEST(CallFilter, AWrongValueLeavesEverythingAsItWas) {

@@ -45,6 +45,16 @@ TEST_F(FileTest, FilesOfOtherKindsAreToldApart) {
   EXPECT_EQ(openingError(place_.folder() / "", OpenMode::ReadWrite).first, 3343);
 }
 
+// The file's name becomes part of an address in which some letters mean more.
+TEST_F(FileTest, AnyNameIsTaken) {
+  const auto file = place_.folder() / "50% #1?.mdb";
+  database_.reset();
+  std::filesystem::copy(file_, file);
+  openDatabase(file, OpenMode::ReadWrite)->execute("insert into T (A) values (7)");
+  EXPECT_EQ(rows(*openDatabase(file, OpenMode::ReadOnly), "select A from T"), "7");
+  EXPECT_EQ(rows(*openDatabase(file_, OpenMode::ReadOnly), "select A from T"), "");
+}
+
 TEST_F(FileTest, ReadOnlyFileInAReadOnlyFolderCanBeRead) {
   database_->execute("insert into T (A, B) values (1, 'x')");
   database_.reset();

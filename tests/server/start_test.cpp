@@ -29,6 +29,9 @@ TEST(ApplicationStart, AnUnknownProfileIsSaidAndPassedOver) {
   EXPECT_EQ(copy.app.InitInstance("day", OneCopy::Shared), Start::Ready);
   EXPECT_EQ(copy.person.messages, Messages{"Profile day does not exist!"});
   EXPECT_TRUE(copy.document.OnNewDocument({}));
+  Copy unnamed(place);
+  EXPECT_EQ(unnamed.app.InitInstance("\"\"", OneCopy::Shared), Start::Ready);
+  EXPECT_EQ(unnamed.person.messages, Messages());
 }
 
 TEST(ApplicationStart, WithoutItsTextsTheProgramDoesNotRun) {

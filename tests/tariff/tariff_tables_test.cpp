@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "schema/schema.h"
+#include "support/database_folder.h"
+
 namespace tariff {
 namespace {
 
@@ -41,6 +44,32 @@ TEST(StoredDays, ComeBackAsTheSameDays) {
   EXPECT_FALSE(daysFromStored(DayEncoding::Plain, 7));
   EXPECT_FALSE(daysFromStored(DayEncoding::Product, 0));
   EXPECT_FALSE(daysFromStored(DayEncoding::Product, 19));
+}
+
+TEST(TariffTables, ComeBackAsTheyWereSaved) {
+  const support::DatabaseFolder folder;
+  const auto tariffs = schema::createTariffDatabase(folder / schema::kTariffFile);
+  TariffTables tables;
+  tables.providers = {{7, "Telco"}};
+  tables.areas = {{"004021", "Bucharest", "Romania"}};
+  tables.prefixes = {{"004021", 7, 3}};
+  tables.profiles = {{4, "Normal", base::DateTime::fromParts(2024, 3, 1), 7, 2, 30}, {5, "", std::nullopt, 8, 0, 0}};
+  tables.charges = {{.destinationId = 3,
+                     .profileId = 4,
+                     .minimumDigits = 2,
+                     .startMinute = 60,
+                     .endMinute = 120,
+                     .days = kWorkDays,
+                     .resolution = 100,
+                     .minimumSeconds = 5,
+                     .value = 0.25,
+                     .fixedAmount = 0.5,
+                     .pulseValue = 0.75,
+                     .currency = "EUR"}};
+  for (int times = 0; times < 2; ++times) {
+    saveTariffTables(*tariffs, tables);
+    EXPECT_EQ(loadTariffTables(*tariffs, DayEncoding::Product), tables);
+  }
 }
 
 }  // namespace

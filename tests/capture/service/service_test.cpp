@@ -160,6 +160,9 @@ TEST(Service, ChecksTheSiteFile) {
       {"[[source]]\nid = \"a\"\nformat = \"hicom\"\nudp = { port = 5 }\nzone = \"Europe/Nowhere\"\n", "Nowhere"},
       {"[[source]]\nid = \"a\"\nformat = \"hicom\"\nudp = { port = 5 }\nquiet = { hours = \"mon 9-5\" }\n",
        "\"hours\""},
+      {"[[source]]\nid = \"a\"\nformat = \"mitel5000\"\nmitel5000 = { host = \"h\", password = \"1234567890123456\" "
+       "}\n",
+       "15 characters at most"},
       {"[[source]\n", ":5:"},
       {"", "there is no [[source]]"},
   };

@@ -177,9 +177,12 @@ TEST(Ami, TakesTheBlocksOfCallRecordsAlone) {
 
 std::string post(std::uint16_t port, TransportRun& run, const std::string& head, const std::string& body) {
   const Socket peer = Socket::connect(port);
-  peer.send("POST " + head + "Host: x\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
-            "\r\n\r\n" + body);
+  std::thread sender([&] {
+    peer.send("POST " + head + "Host: x\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
+              "\r\n\r\n" + body);
+  });
   run.until([&] { return peer.isReadable(); });
+  sender.join();
   return peer.receive().substr(9, 3);
 }
 
@@ -199,6 +202,7 @@ TEST(HttpPost, AnswersYesOnlyWhenTheRecordsAreTaken) {
   EXPECT_EQ("401", post(port, run, "/cdr HTTP/1.1\r\n", "{}"));
   EXPECT_EQ("401", post(port, run, "/cdr?token=wrong HTTP/1.1\r\n", "{}"));
   EXPECT_EQ("404", post(port, run, "/other?token=s3cret HTTP/1.1\r\n", "{}"));
+  EXPECT_EQ("413", post(port, run, good, std::string(5 << 20, 'x')));
   run.sink->refuse = true;
   EXPECT_EQ("503", post(port, run, good, "{}"));
   EXPECT_EQ(5U, run.sink->texts.size());
