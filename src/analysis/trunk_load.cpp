@@ -1,8 +1,10 @@
 #include "analysis/trunk_load.h"
 
 #include <algorithm>
+#include <deque>
 #include <map>
 #include <tuple>
+#include <vector>
 
 #include "analysis/erlang.h"
 #include "analysis/line_sweep.h"
@@ -13,9 +15,14 @@ namespace {
 
 constexpr std::int64_t kHour = 3600;
 
+using Times = std::vector<base::DateTime>;
+
+// Grows without what is there being copied, which takes long where there are millions.
+using GrowingTimes = std::deque<base::DateTime>;
+
 struct Calls {
-  std::vector<base::DateTime> starts;
-  std::vector<base::DateTime> ends;
+  GrowingTimes starts;
+  GrowingTimes ends;
   std::int64_t seconds = 0;
 
   void add(base::DateTime start, std::int64_t duration) {
@@ -51,9 +58,16 @@ TrunkCalls readCalls(jet::Database& main, const CallScope& scope, TrunkCalls set
   return set;
 }
 
-TrunkUse useOf(const std::string& trunk, Calls& calls, const base::Look& look) {
-  TrunkUse use{.trunk = trunk, .calls = static_cast<std::int64_t>(calls.starts.size()), .seconds = calls.seconds};
-  sweepLines(calls.starts, calls.ends, look,
+void append(Times& times, const auto& more, base::LookCounter& steps) {
+  for (const base::DateTime time : more) {
+    steps.step();
+    times.push_back(time);
+  }
+}
+
+TrunkUse useOf(const std::string& trunk, std::int64_t seconds, Times& starts, Times& ends, const base::Look& look) {
+  TrunkUse use{.trunk = trunk, .calls = static_cast<std::int64_t>(starts.size()), .seconds = seconds};
+  sweepLines(starts, ends, look,
              [&](base::DateTime, base::DateTime, int running) { use.peak = std::max(use.peak, running); });
   return use;
 }
@@ -132,16 +146,29 @@ TrunkLoad trunkLoad(jet::Database& main, const CallScope& scope, const exchange:
                     const std::vector<std::string>& trunks, const base::Look& look) {
   TrunkCalls calls = readCalls(main, scope, trunksOf(trunks, definitions), trunks.empty());
   TrunkLoad load;
-  Calls together;
+  base::LookCounter steps(look);
+  std::size_t count = 0;
+  for (const auto& [trunk, own] : calls) count += own.starts.size();
+  Times allStarts;
+  Times allEnds;
+  allStarts.reserve(count);
+  allEnds.reserve(count);
   for (auto& [trunk, own] : calls) {
-    load.trunks.push_back(useOf(trunk, own, look));
-    together.starts.insert(together.starts.end(), own.starts.begin(), own.starts.end());
-    together.ends.insert(together.ends.end(), own.ends.begin(), own.ends.end());
-    own = {};
+    Times starts;
+    Times ends;
+    starts.reserve(own.starts.size());
+    ends.reserve(own.ends.size());
+    append(starts, own.starts, steps);
+    append(ends, own.ends, steps);
+    own.starts = {};
+    own.ends = {};
+    load.trunks.push_back(useOf(trunk, own.seconds, starts, ends, look));
+    append(allStarts, starts, steps);
+    append(allEnds, ends, steps);
   }
   std::ranges::sort(load.trunks, isTrunkBefore);
   Sweep sweep(load, load.singleLines() ? static_cast<int>(load.trunks.size()) : 0);
-  sweepLines(together.starts, together.ends, look,
+  sweepLines(allStarts, allEnds, look,
              [&](base::DateTime from, base::DateTime to, int running) { sweep.step(from, to, running); });
   finishHours(load);
   return load;

@@ -14,6 +14,8 @@ using jet::Value;
 
 constexpr const char* kSums =
     "count(*) as cnt, Sum(IIf(Incoming <> 0, 1, 0)) as ins, Sum(TotalTime) as secs, Sum(Price_Ref * %ADD%) as amount";
+// Without what only the whole month shows: so they are added up by hashing, and not sorted in one step that takes long.
+constexpr const char* kGroupSums = "count(*) as cnt, Sum(TotalTime) as secs, Sum(Price_Ref * %ADD%) as amount";
 
 // The filter in force with another period.
 filter::FilterSettings settingsFor(const FolderServices& services, base::DateTime from, base::DateTime next) {
@@ -27,8 +29,8 @@ filter::FilterSettings settingsFor(const FolderServices& services, base::DateTim
   return settings;
 }
 
-CallSums sumsOf(const std::vector<Value>& row, std::size_t first) {
-  return {row[first].toLong(), row[first + 1].toLong(), row[first + 2].toLong(), row[first + 3].toDouble()};
+CallSums sumsOf(const std::vector<Value>& row) {
+  return {row[0].toLong(), row[1].toLong(), row[2].toLong(), row[3].toDouble()};
 }
 
 std::string conditionOf(const FolderServices& services, base::DateTime month) {
@@ -41,30 +43,33 @@ CallSums sumsOfMonth(const FolderServices& services, base::DateTime month) {
       applySurcharge(base::format("SELECT %s FROM Calls WHERE %s", kSums, conditionOf(services, month)),
                      services.config, services.texts),
       [&](const std::vector<Value>& row) {
-        sums = sumsOf(row, 0);
+        sums = sumsOf(row);
         return false;
       });
   return sums;
 }
 
-// Groups of the month by an expression, in the order of the database.
+// Groups of the month by an expression, in the order of the database: `take` is told the value and the sums of each
+// until it says false.
 template <typename Take>
 void forEachGroup(const FolderServices& services, base::DateTime month, std::string_view by, std::string_view order,
                   const Take& take) {
-  services.main.forEachRow(
-      applySurcharge(base::format("SELECT %s AS grp, %s FROM Calls WHERE %s group by %s ORDER BY %s", by, kSums,
+  const jet::Snapshot groups = services.main.openSnapshot(
+      applySurcharge(base::format("SELECT %s AS grp, %s FROM Calls WHERE %s group by %s ORDER BY %s", by, kGroupSums,
                                   conditionOf(services, month), by, order),
-                     services.config, services.texts),
-      take);
+                     services.config, services.texts));
+  for (std::size_t row = 0; row < groups.rowCount(); ++row) {
+    const CallSums sums{groups.at(row, 1).toLong(), 0, groups.at(row, 2).toLong(), groups.at(row, 3).toDouble()};
+    if (!take(groups.at(row, 0), sums)) return;
+  }
 }
 
 std::vector<MonthGroup> dearest(const FolderServices& services, const ValueFormatter& formatter, base::DateTime month,
                                 std::string_view column, int kind) {
   std::vector<MonthGroup> groups;
-  forEachGroup(services, month, column, "5 DESC", [&](const std::vector<Value>& row) {
-    const CallSums sums = sumsOf(row, 1);
+  forEachGroup(services, month, column, "4 DESC", [&](const Value& value, const CallSums& sums) {
     if (sums.price <= 0) return false;
-    std::string label = formatter.formatCell(kind, row[0]);
+    std::string label = formatter.formatCell(kind, value);
     groups.push_back({label.empty() ? "-" : std::move(label), sums});
     return groups.size() < MonthFigures::kMostGroups;
   });
@@ -75,11 +80,9 @@ std::vector<MonthGroup> eachDay(const FolderServices& services, base::DateTime m
   const base::DateTime::Parts parts = month.parts();
   std::vector<MonthGroup> days;
   for (int day = 1; day <= base::daysInMonth(parts.year, parts.month); ++day) days.push_back({std::to_string(day), {}});
-  forEachGroup(services, month, "Day(DateTime)", "1", [&](const std::vector<Value>& row) {
-    const std::int64_t day = row[0].toLong();
-    if (day >= 1 && day <= static_cast<std::int64_t>(days.size())) {
-      days[static_cast<std::size_t>(day - 1)].sums = sumsOf(row, 1);
-    }
+  forEachGroup(services, month, "Day(DateTime)", "1", [&](const Value& value, const CallSums& sums) {
+    const std::int64_t day = value.toLong();
+    if (day >= 1 && day <= static_cast<std::int64_t>(days.size())) days[static_cast<std::size_t>(day - 1)].sums = sums;
     return true;
   });
   return days;

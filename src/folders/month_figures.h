@@ -14,7 +14,7 @@ namespace folders {
 // What calls of a period come to.
 struct CallSums {
   std::int64_t calls = 0;
-  std::int64_t incoming = 0;
+  std::int64_t incoming = 0;  // of a whole month only
   std::int64_t seconds = 0;
   double price = 0;  // default currency, with the surcharge
 };

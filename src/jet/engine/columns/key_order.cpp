@@ -4,6 +4,7 @@
 #include <array>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <numeric>
 
 #include "jet/engine/columns/row_filter.h"
@@ -19,6 +20,7 @@ std::vector<std::uint32_t> textRanks(const TextDictionary& texts, const base::Lo
   std::vector<std::uint32_t> codes;
   std::vector<Value> values(texts.size() + 1);
   for (std::uint32_t code = 1; code <= texts.size(); ++code) {
+    steps.step();
     if (texts.groupOf(code) != code) continue;
     codes.push_back(code);
     values[code] = Value(texts.text(code));
@@ -33,19 +35,6 @@ std::vector<std::uint32_t> textRanks(const TextDictionary& texts, const base::Lo
   return ranks;
 }
 
-// The values that are not Null, each once, ascending.
-std::vector<double> differentValues(const std::vector<double>& reals, const base::Look& look) {
-  base::LookCounter steps(look);
-  std::vector<double> different;
-  std::ranges::copy_if(reals, std::back_inserter(different), [](double real) { return real == real; });
-  std::ranges::sort(different, [&](double left, double right) {
-    steps.step();
-    return left < right;
-  });
-  different.erase(std::unique(different.begin(), different.end()), different.end());
-  return different;
-}
-
 // Calls `work` for parts of a range of numbers, and looks before each.
 template <typename Work>
 void inParts(std::size_t count, const base::Look& look, const Work& work) {
@@ -56,20 +45,97 @@ void inParts(std::size_t count, const base::Look& look, const Work& work) {
   }
 }
 
+// The values that are not Null, each once, ascending.
+std::vector<double> differentValues(const double* reals, std::size_t count, const base::Look& look) {
+  base::LookCounter steps(look);
+  std::vector<double> different;
+  different.reserve(count);
+  inParts(count, look, [&](std::size_t from, std::size_t end) {
+    std::copy_if(reals + from, reals + end, std::back_inserter(different), [](double real) { return real == real; });
+  });
+  std::ranges::sort(different, [&](double left, double right) {
+    steps.step();
+    return left < right;
+  });
+  std::size_t kept = 0;
+  inParts(different.size(), look, [&](std::size_t from, std::size_t end) {
+    for (std::size_t i = from; i < end; ++i) {
+      if (kept == 0 || different[i] != different[kept - 1]) different[kept++] = different[i];
+    }
+  });
+  different.resize(kept);
+  return different;
+}
+
 }  // namespace
 
+// Some rows, each with the place of its value in the order; equal values share one. Their memory is first touched when
+// they are put there: for millions that takes long, and is looked at between.
+class KeyOrder::Ranks {
+ public:
+  struct Ranked {
+    std::uint32_t rank;
+    std::uint32_t row;
+  };
+  using Rows = std::unique_ptr<Ranked[]>;
+
+  explicit Ranks(std::size_t count) : count_(count), rows_(newRows()) {}
+  void put(std::size_t place, std::uint32_t rank, std::size_t row) {
+    if (rank < last_) ascending_ = false;
+    last_ = rank;
+    greatest_ = std::max(greatest_, rank);
+    rows_[place] = {rank, static_cast<std::uint32_t>(row)};
+  }
+  // As calls by time are, mostly.
+  [[nodiscard]] bool ascending() const { return ascending_; }
+  [[nodiscard]] std::uint32_t row(std::size_t place) const { return rows_[place].row; }
+
+  // Equal ones stay as they are: by digits of the rank, the lowest first.
+  void sort(const base::Look& look) {
+    constexpr unsigned kBits = std::numeric_limits<std::uint32_t>::digits;
+    Rows moved = newRows();
+    for (unsigned shift = 0; shift < kBits && greatest_ >> shift != 0; shift += kDigit) sortBy(shift, moved, look);
+  }
+
+ private:
+  static constexpr unsigned kDigit = 11;
+  static constexpr std::uint32_t kMask = (1U << kDigit) - 1;
+
+  [[nodiscard]] Rows newRows() const { return std::make_unique_for_overwrite<Ranked[]>(count_); }
+
+  void sortBy(unsigned shift, Rows& moved, const base::Look& look) {
+    std::array<std::size_t, kMask + 2> starts{};
+    inParts(count_, look, [&](std::size_t from, std::size_t end) {
+      for (std::size_t i = from; i < end; ++i) ++starts[((rows_[i].rank >> shift) & kMask) + 1];
+    });
+    std::partial_sum(starts.begin(), starts.end(), starts.begin());
+    inParts(count_, look, [&](std::size_t from, std::size_t end) {
+      for (std::size_t i = from; i < end; ++i) moved[starts[(rows_[i].rank >> shift) & kMask]++] = rows_[i];
+    });
+    rows_.swap(moved);
+  }
+
+  std::size_t count_;
+  Rows rows_;
+  std::uint32_t last_ = 0;
+  std::uint32_t greatest_ = 0;
+  bool ascending_ = true;
+};
+
 // In the order of the rows.
-std::vector<KeyOrder::Ranked> KeyOrder::ranked(const Column& column, const base::Look& look) const {
-  std::vector<Ranked> ranked(count_);
+KeyOrder::Ranks KeyOrder::ranked(const Column& column, const base::Look& look) const {
+  Ranks ranked(count_);
   if (column.type() == Type::Double) {
-    std::vector<double> reals(count_);
-    for (std::size_t i = 0; i < count_; ++i) reals[i] = *column.reals(rowAt(i));
-    const std::vector<double> different = differentValues(reals, look);
+    const auto reals = std::make_unique_for_overwrite<double[]>(count_);
+    inParts(count_, look, [&](std::size_t from, std::size_t end) {
+      for (std::size_t i = from; i < end; ++i) reals[i] = *column.reals(rowAt(i));
+    });
+    const std::vector<double> different = differentValues(reals.get(), count_, look);
     inParts(count_, look, [&](std::size_t from, std::size_t end) {
       for (std::size_t i = from; i < end; ++i) {
         const auto place = std::ranges::lower_bound(different, reals[i]) - different.begin();
         const bool null = reals[i] != reals[i];
-        ranked[i] = {null ? 0 : static_cast<std::uint32_t>(place) + 1, static_cast<std::uint32_t>(rowAt(i))};
+        ranked.put(i, null ? 0 : static_cast<std::uint32_t>(place) + 1, rowAt(i));
       }
     });
     return ranked;
@@ -92,38 +158,23 @@ std::vector<KeyOrder::Ranked> KeyOrder::ranked(const Column& column, const base:
         behind = std::min(row + kBlockRows, column.rows());
         column.integers(from, behind - from, integers.data());
       }
-      ranked[i] = {rankOf(integers[row - from]), static_cast<std::uint32_t>(row)};
+      ranked.put(i, rankOf(integers[row - from]), row);
     }
   });
   return ranked;
 }
 
-// Equal ones stay as they are: by digits of the rank, the lowest first.
-void KeyOrder::sortByRank(std::vector<Ranked>& rows, const base::Look& look) {
-  constexpr unsigned kDigit = 11;
-  constexpr std::uint32_t kMask = (1U << kDigit) - 1;
-  constexpr unsigned kBits = std::numeric_limits<std::uint32_t>::digits;
-  if (std::ranges::is_sorted(rows, {}, &Ranked::rank)) return;  // as calls by time are, mostly
-  const std::uint32_t greatest = std::ranges::max(rows, {}, &Ranked::rank).rank;
-  std::vector<Ranked> moved(rows.size());
-  for (unsigned shift = 0; shift < kBits && greatest >> shift != 0; shift += kDigit) {
-    std::array<std::size_t, kMask + 2> starts{};
-    for (const Ranked& row : rows) ++starts[((row.rank >> shift) & kMask) + 1];
-    std::partial_sum(starts.begin(), starts.end(), starts.begin());
-    inParts(rows.size(), look, [&](std::size_t from, std::size_t end) {
-      for (std::size_t i = from; i < end; ++i) moved[starts[(rows[i].rank >> shift) & kMask]++] = rows[i];
-    });
-    rows.swap(moved);
-  }
-}
-
 void KeyOrder::sort(const Column& column, bool descending, const base::Look& look) {
-  std::vector<Ranked> sorted = ranked(column, look);
-  sortByRank(sorted, look);
-  std::vector<std::uint32_t> rows(sorted.size());
-  std::ranges::transform(sorted, rows.begin(), &Ranked::row);
-  rows_ = std::move(rows);
   descending_ = descending;
+  Ranks sorted = ranked(column, look);
+  if (sorted.ascending()) return;
+  sorted.sort(look);
+  std::vector<std::uint32_t> rows;
+  rows.reserve(count_);
+  inParts(count_, look, [&](std::size_t from, std::size_t end) {
+    for (std::size_t i = from; i < end; ++i) rows.push_back(sorted.row(i));
+  });
+  rows_ = std::move(rows);
 }
 
 std::int64_t KeyOrder::key(std::int64_t position) const {

@@ -30,13 +30,8 @@ class KeyOrder {
   [[nodiscard]] std::optional<std::int64_t> positionOf(std::int64_t key) const;
 
  private:
-  // A row and the place of its value in the order; equal values share one.
-  struct Ranked {
-    std::uint32_t rank;
-    std::uint32_t row;
-  };
-  [[nodiscard]] std::vector<Ranked> ranked(const Column& column, const base::Look& look) const;
-  static void sortByRank(std::vector<Ranked>& rows, const base::Look& look);
+  class Ranks;
+  [[nodiscard]] Ranks ranked(const Column& column, const base::Look& look) const;
   [[nodiscard]] std::size_t rowAt(std::size_t place) const { return rows_ ? (*rows_)[place] : place; }
 
   std::shared_ptr<const KeyRuns> keys_;
