@@ -17,7 +17,6 @@
 #include "ui/contact_calls.h"
 #include "ui/dialogs.h"
 #include "ui/dialogs/messages.h"
-#include "ui/heat_map.h"
 #include "ui/main_frame.h"
 #include "ui/manual.h"
 #include "ui/page_setup.h"

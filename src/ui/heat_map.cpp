@@ -6,13 +6,8 @@
 #include <QPainter>
 #include <QToolTip>
 #include <algorithm>
-#include <chrono>
-#include <limits>
+#include <array>
 
-#include "folders/call_totals.h"
-#include "folders/numbers.h"
-#include "platform/progress.h"
-#include "server/server_doc.h"
 #include "ui/readable_palette.h"
 
 namespace ui {
@@ -22,6 +17,10 @@ namespace {
 constexpr int kDays = 7;
 constexpr int kHours = 24;
 constexpr int kPadding = 4;
+constexpr int kEachHour = 3;  // that is labelled where not all can be
+constexpr std::int64_t kThousand = 1000;
+// Of the window's font: numbers smaller than the last are not read with ease.
+constexpr std::array kFontSizes = {1.0, 0.9, 0.8};
 
 // Weekday of a row: Monday is 2, Sunday 1.
 int weekdayOf(int row) {
@@ -33,63 +32,29 @@ QColor readableOn(const QColor& ground) {
   return contrastOf(Qt::black, ground) > contrastOf(Qt::white, ground) ? Qt::black : Qt::white;
 }
 
-// Nothing when the operator stopped it.
-std::optional<HeatMap::Counts> readWeek(server::CServerDoc& document, platform::Operator& person) {
-  constexpr std::chrono::milliseconds kStep(30);
-  jet::Database& calls = document.database();
-  const std::string sunday = folders::callsByHour(1, document.folderServices());
-  while (calls.readAhead(sunday, kStep, std::numeric_limits<std::int64_t>::max())) {
-    if (!person.progressStep(0)) return std::nullopt;
-  }
-  HeatMap::Counts counts{};
-  for (int weekday = 1; weekday <= kDays; ++weekday) {
-    const jet::Snapshot hours = calls.openSnapshot(folders::callsByHour(weekday, document.folderServices()));
-    for (std::size_t row = 0; row < hours.rowCount(); ++row) {
-      const std::int64_t hour = hours.at(row, "H").toLong(-1);
-      if (hour < 0 || hour >= kHours) continue;
-      counts[static_cast<std::size_t>(weekday)][static_cast<std::size_t>(hour)] = hours.at(row, "N").toLong();
-    }
-    if (!person.progressStep(weekday)) return std::nullopt;
-  }
-  return counts;
-}
-
-class WeekDialog : public FormDialog {
- public:
-  WeekDialog(const Texts& texts, HeatMap* map, QWidget* parent) : FormDialog(texts, "IDS_ACTION_WEEK", "week", parent) {
-    map->setAccessibleName(windowTitle());
-    body()->addWidget(makeHint(texts("IDS_WEEK_HINT")));
-    body()->addWidget(map, 1);
-    okButton()->hide();
-    cancelButton()->setText(texts("IDS_CLOSE"));
-    connect(map, &HeatMap::chosen, this, [this](int weekday, int hour) {
-      chosen_ = WeekHour{weekday, hour};
-      accept();
-    });
-  }
-  [[nodiscard]] std::optional<WeekHour> chosen() const { return chosen_; }
-
- private:
-  std::optional<WeekHour> chosen_;
-};
-
 }  // namespace
 
-HeatMap::HeatMap(const Counts& counts, std::array<QString, 8> weekdays, QWidget* parent)
-    : PaintedView(parent), counts_(counts), weekdays_(std::move(weekdays)) {
+HeatMap::HeatMap(std::array<QString, 8> weekdays, QWidget* parent)
+    : PaintedView(parent), weekdays_(std::move(weekdays)), headWidth_(0) {
   setObjectName("heatMap");
   setFocusPolicy(Qt::StrongFocus);
-  QStringList spoken;
-  headWidth_ = 0;
-  for (int row = 0; row < kDays; ++row) {
-    const QString& name = weekdays_[static_cast<std::size_t>(weekdayOf(row))];
+  for (const QString& name : weekdays_) {
     headWidth_ = std::max(headWidth_, fontMetrics().horizontalAdvance(name) + 3 * kPadding);
+  }
+}
+
+void HeatMap::setCounts(const Counts& counts) {
+  counts_ = counts;
+  largest_ = 0;
+  QStringList spoken;
+  for (int row = 0; row < kDays; ++row) {
     for (int hour = 0; hour < kHours; ++hour) {
       largest_ = std::max(largest_, count(row, hour));
       if (count(row, hour) > 0) spoken << tell({weekdayOf(row), hour});
     }
   }
   setAccessibleDescription(spoken.join("; "));
+  update();
 }
 
 std::int64_t HeatMap::count(int row, int hour) const {
@@ -104,12 +69,34 @@ QString HeatMap::tell(const WeekHour& cell) const {
 }
 
 QSize HeatMap::minimumSizeHint() const {
-  const int number = fontMetrics().horizontalAdvance(QString::number(std::max<std::int64_t>(largest_, 10)));
-  return {headWidth_ + kHours * (number + 2 * kPadding), (kDays + 1) * (fontMetrics().height() + 2 * kPadding)};
+  const double cell = fontMetrics().horizontalAdvance("00k") * kFontSizes.back();
+  return {headWidth_ + kHours * (static_cast<int>(cell) + 1), (kDays + 1) * (fontMetrics().height() + 2 * kPadding)};
 }
 
 QSize HeatMap::sizeHint() const {
   return minimumSizeHint().expandedTo({headWidth_ + kHours * 34, (kDays + 1) * 34});
+}
+
+QString HeatMap::figure(std::int64_t count, bool thousands) {
+  if (!thousands || count < kThousand) return QString::number(count);
+  return QString::number((count + kThousand / 2) / kThousand) + 'k';
+}
+
+HeatMap::Figures HeatMap::figures() const {
+  const int space = cell(0, 0).width();
+  Figures figures{font(), false};
+  for (const bool thousands : {false, true}) {
+    figures.thousands = thousands;
+    for (const double size : kFontSizes) {
+      figures.font = font();
+      figures.font.setPointSizeF(font().pointSizeF() * size);
+      const QFontMetrics metrics(figures.font);
+      // "999" is wider than "1k".
+      const int least = thousands ? metrics.horizontalAdvance("000") : 0;
+      if (std::max(least, metrics.horizontalAdvance(figure(largest_, thousands))) <= space) return figures;
+    }
+  }
+  return figures;
 }
 
 QRect HeatMap::cell(int row, int hour) const {
@@ -119,14 +106,14 @@ QRect HeatMap::cell(int row, int hour) const {
   return {left, top, headWidth_ + space * (hour + 1) / kHours - left - 1, height() * (row + 2) / (kDays + 1) - top - 1};
 }
 
-void HeatMap::drawCell(QPainter& painter, int row, int hour) const {
+void HeatMap::drawCell(QPainter& painter, int row, int hour, const Figures& figures) const {
   const QRect place = cell(row, hour);
   const double part = largest_ > 0 ? static_cast<double>(count(row, hour)) / static_cast<double>(largest_) : 0;
   const QColor ground = mixed(palette().color(QPalette::Base), palette().color(QPalette::Highlight), part);
   painter.fillRect(place, ground);
   if (count(row, hour) > 0) {
     painter.setPen(readableOn(ground));
-    painter.drawText(place, Qt::AlignCenter, QString::number(count(row, hour)));
+    painter.drawText(place, Qt::AlignCenter, figure(count(row, hour), figures.thousands));
   }
   if (hasFocus() && row == row_ && hour == hour_) {
     painter.setPen(QPen(palette().color(QPalette::Text), 2));
@@ -134,21 +121,30 @@ void HeatMap::drawCell(QPainter& painter, int row, int hour) const {
   }
 }
 
-void HeatMap::paintEvent(QPaintEvent*) {
-  QPainter painter(this);
+void HeatMap::drawHours(QPainter& painter) const {
+  const bool all = fontMetrics().horizontalAdvance("00") + kPadding <= cell(0, 0).width();
   painter.setPen(palette().color(QPalette::WindowText));
-  for (int hour = 0; hour < kHours; ++hour) {
+  for (int hour = 0; hour < kHours; hour += all ? 1 : kEachHour) {
     QRect head = cell(0, hour);
     head.moveTop(0);
+    if (!all) head.adjust(-kPadding, 0, kPadding, 0);
     painter.drawText(head, Qt::AlignCenter, QString::number(hour));
   }
+}
+
+void HeatMap::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  drawHours(painter);
+  const Figures written = figures();
   for (int row = 0; row < kDays; ++row) {
     QRect head = cell(row, 0);
     head.setLeft(0);
     head.setRight(headWidth_ - kPadding);
+    painter.setFont(font());
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawText(head, Qt::AlignRight | Qt::AlignVCenter, weekdays_[static_cast<std::size_t>(weekdayOf(row))]);
-    for (int hour = 0; hour < kHours; ++hour) drawCell(painter, row, hour);
+    painter.setFont(written.font);
+    for (int hour = 0; hour < kHours; ++hour) drawCell(painter, row, hour, written);
   }
 }
 
@@ -200,24 +196,6 @@ bool HeatMap::event(QEvent* event) {
   const auto* help = static_cast<QHelpEvent*>(event);
   if (const auto cell = cellAt(help->pos())) QToolTip::showText(help->globalPos(), tell(*cell), this);
   return true;
-}
-
-std::optional<WeekHour> showWeek(server::CServerDoc& document, const Texts& texts, QWidget* parent) {
-  std::array<QString, 8> weekdays;
-  for (int weekday = 1; weekday <= kDays; ++weekday) {
-    weekdays[static_cast<std::size_t>(weekday)] =
-        toQt(document.valueFormatter().formatCell(folders::KindWeekday, jet::Value(weekday)));
-  }
-  std::optional<HeatMap::Counts> counts;
-  {
-    platform::Operator& person = document.app().surroundings().person;
-    const platform::Progress progress(person, fromQt(texts("IDS_ACTION_WEEK")), fromQt(texts("IDS_READING_ROWS")),
-                                      kDays);
-    counts = readWeek(document, person);
-  }
-  if (!counts) return std::nullopt;
-  WeekDialog dialog(texts, new HeatMap(*counts, weekdays), parent);
-  return dialog.exec() == QDialog::Accepted ? dialog.chosen() : std::nullopt;
 }
 
 }  // namespace ui

@@ -34,7 +34,6 @@
 #include "ui/dialogs/columns_dialog.h"
 #include "ui/dialogs/messages.h"
 #include "ui/first_run/first_run_wizard.h"
-#include "ui/heat_map.h"
 #include "ui/login_dialogs.h"
 #include "ui/main_frame.h"
 #include "ui/page_setup.h"

@@ -4,7 +4,6 @@
 #include "ui/dialogs.h"
 #include "ui/dialogs/columns_dialog.h"
 #include "ui/first_run/first_run_wizard.h"
-#include "ui/heat_map.h"
 #include "ui/login_dialogs.h"
 #include "ui/page_setup.h"
 #include "ui/results/results.h"

@@ -6,6 +6,7 @@
 
 #include "folders/folder_view.h"
 #include "server/server_doc.h"
+#include "ui/heat_map.h"
 #include "ui/texts.h"
 
 namespace ui {
@@ -18,6 +19,8 @@ std::optional<folders::Narrowing> showTrunkLoad(server::CServerDoc& document, co
 // `editRules` opens the settings of the alarms; null: they are not offered.
 std::optional<folders::Narrowing> showAlarms(server::CServerDoc& document, const Texts& texts, QWidget* parent,
                                              const std::function<void()>& editRules);
+// The filtered calls by weekday and hour; the chosen cell, or nothing.
+std::optional<WeekHour> showWeek(server::CServerDoc& document, const Texts& texts, QWidget* parent);
 // The page of a month. The file that was written last; empty when none was.
 std::filesystem::path showMonth(server::CServerDoc& document, const Texts& texts, QWidget* parent);
 
