@@ -30,12 +30,22 @@ void FlowLayout::setGeometry(const QRect& area) {
   arrange(area, true);
 }
 
+int FlowLayout::lineWidth() const {
+  int width = 0;
+  for (const QLayoutItem* item : items_) {
+    if (!item->isEmpty()) width += item->sizeHint().width() + (width > 0 ? spacing() : 0);
+  }
+  return width;
+}
+
 int FlowLayout::arrange(const QRect& area, bool place) const {
   const QRect inner = area.marginsRemoved(contentsMargins());
   int x = inner.left();
   int y = inner.top();
   int line = 0;
+  const int left = std::max(0, inner.width() - lineWidth());
   for (QLayoutItem* item : items_) {
+    if (item->spacerItem() != nullptr) x += left;
     if (item->isEmpty()) continue;
     const QSize size = item->sizeHint();
     if (x > inner.left() && x + size.width() > inner.right() + 1) {

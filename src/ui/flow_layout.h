@@ -5,12 +5,14 @@
 
 namespace ui {
 
-// Widgets side by side, in as many lines as the width asks for.
+// Widgets side by side, in as many lines as the width asks for. Where one line is enough, a stretch between them takes
+// what is left of it.
 class FlowLayout : public QLayout {
  public:
   explicit FlowLayout(QWidget* parent = nullptr);
   ~FlowLayout() override;
 
+  void addStretch() { addItem(new QSpacerItem(0, 0, QSizePolicy::Expanding)); }
   void addItem(QLayoutItem* item) override { items_.append(item); }
   [[nodiscard]] int count() const override { return static_cast<int>(items_.size()); }
   [[nodiscard]] QLayoutItem* itemAt(int index) const override { return items_.value(index); }
@@ -25,6 +27,8 @@ class FlowLayout : public QLayout {
  private:
   // Height of all lines; places the widgets when `place`.
   int arrange(const QRect& area, bool place) const;
+  // Of all in one line.
+  [[nodiscard]] int lineWidth() const;
 
   QList<QLayoutItem*> items_;
 };

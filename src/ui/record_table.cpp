@@ -1,7 +1,6 @@
 #include "ui/record_table.h"
 
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QShortcut>
@@ -9,6 +8,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "ui/flow_layout.h"
 #include "ui/record_table_csv.h"
 #include "ui/sorted_table.h"
 
@@ -114,8 +114,7 @@ QPushButton* RecordTable::addButton(QLayout& bar, const char* key, const char* n
 
 QWidget* RecordTable::makeButtons() {
   auto* bar = new QWidget;
-  auto* layout = new QHBoxLayout(bar);
-  layout->setContentsMargins(0, 0, 0, 0);
+  auto* layout = new FlowLayout(bar);
   const auto onKey = [this](const QKeySequence& key, void (RecordTable::*slot)()) {
     connect(new QShortcut(key, view_, nullptr, nullptr, Qt::WidgetShortcut), &QShortcut::activated, this, slot);
   };

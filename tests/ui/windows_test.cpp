@@ -118,6 +118,17 @@ std::set<std::string> unclearIn(QWidget& window) {
   return unclear;
 }
 
+// Pages that must be scrolled sideways to be read. Lists and tables may have more columns than there is room for.
+std::set<std::string> sidewaysIn(QWidget& window) {
+  std::set<std::string> sideways;
+  for (const auto* area : window.findChildren<QScrollArea*>()) {
+    if (!area->isVisible() || !area->horizontalScrollBar()->isVisible()) continue;
+    sideways.insert(area->objectName().toStdString() + ": " + std::to_string(area->viewport()->width()) + " of " +
+                    std::to_string(area->widget()->width()) + " pixels");
+  }
+  return sideways;
+}
+
 class ScreenTest : public testing::TestWithParam<const char*> {
  protected:
   void SetUp() override { ASSERT_TRUE(desktop.started); }
@@ -127,6 +138,7 @@ class ScreenTest : public testing::TestWithParam<const char*> {
     EXPECT_LE(window.width(), screen.width()) << window.objectName().toStdString();
     EXPECT_LE(window.height(), screen.height()) << window.objectName().toStdString();
     EXPECT_EQ(cutTextsIn(window), std::set<std::string>()) << window.objectName().toStdString();
+    EXPECT_EQ(sidewaysIn(window), std::set<std::string>()) << window.objectName().toStdString();
     // On a very small screen a caption may be cut: it is told where the pointer rests.
     if (screen.width() >= kUsualWidth) {
       EXPECT_EQ(unclearIn(window), std::set<std::string>()) << window.objectName().toStdString();
@@ -184,6 +196,7 @@ TEST_P(ScreenTest, EveryWindowFitsAndItsSentencesAreWhole) {
   sheet.show();
   expectFits(sheet);
   for (const ui::SettingsPage& page : sheet.pages()) {
+    SCOPED_TRACE(page.caption.toStdString());
     sheet.showPage(page.caption);
     expectFits(sheet);
     for (QWidget* area = page.widget; area != nullptr; area = area->parentWidget()) {

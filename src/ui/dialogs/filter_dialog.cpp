@@ -11,6 +11,7 @@
 #include "ui/dialogs.h"
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/party_choices.h"
+#include "ui/flow_layout.h"
 
 namespace ui {
 
@@ -30,9 +31,8 @@ CCallsFilterDlg::CCallsFilterDlg(server::CServerDoc& document, const Texts& text
   hidden_ = makeCheckBox("IDS_FILTER_EXCLUDE_HIDDEN", "hidden");
   onIncoming_ = makeCheckBox("IDS_FILTER_EXCLUDE_INCOMING", "onIncoming");
   onOutgoing_ = makeCheckBox("IDS_FILTER_EXCLUDE_OUTGOING", "onOutgoing");
-  auto* exclusions = new QHBoxLayout;
+  auto* exclusions = new FlowLayout;
   for (QCheckBox* box : {hidden_, onIncoming_, onOutgoing_}) exclusions->addWidget(box);
-  exclusions->addStretch();
 
   auto* parties = new QGroupBox(texts("IDS_TREE_PARTIES"));
   buildParties(*new QGridLayout(parties));
@@ -155,7 +155,7 @@ QWidget* CCallsFilterDlg::buildTime() {
   period_ = named(new PeriodEdit(PeriodEdit::Times::Shown, texts()), "period");
   auto* thisMonth = named(new QPushButton(texts()("IDS_ACTION_THIS_MONTH")), "thisMonth");
   auto* previousMonth = named(new QPushButton(texts()("IDS_ACTION_PREVIOUS_MONTH")), "previousMonth");
-  auto* months = new QVBoxLayout;
+  auto* months = new FlowLayout;
   months->addWidget(thisMonth);
   months->addWidget(previousMonth);
   onMinDuration_ = makeCheckBox("IDS_FILTER_DURATION", "onMinDuration");
@@ -165,9 +165,9 @@ QWidget* CCallsFilterDlg::buildTime() {
   minDuration_->setAccessibleName(texts()("IDS_FILTER_DURATION"));
   grid->addWidget(onPeriod_, 0, 0);
   grid->addWidget(period_, 0, 1);
-  grid->addLayout(months, 0, 2);
-  grid->addWidget(onMinDuration_, 1, 0);
-  grid->addWidget(minDuration_, 1, 1, Qt::AlignLeft);
+  grid->addLayout(months, 1, 1);
+  grid->addWidget(onMinDuration_, 2, 0);
+  grid->addWidget(minDuration_, 2, 1, Qt::AlignLeft);
   grid->setColumnStretch(1, 1);
   connect(thisMonth, &QPushButton::clicked, this, [this] { setMonth(filter::setThisMonth); });
   connect(previousMonth, &QPushButton::clicked, this, [this] { setMonth(filter::setPreviousMonth); });
