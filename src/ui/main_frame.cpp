@@ -5,10 +5,8 @@
 #include <QMessageBox>
 #include <QStatusBar>
 #include <QToolBar>
-#include <algorithm>
 
 #include "alarms/alarm_list.h"
-#include "base/printf.h"
 #include "base/version.h"
 #include "folders/call_totals.h"
 #include "folders/numbers.h"
@@ -17,7 +15,6 @@
 #include "server/data_folder.h"
 #include "server/service.h"
 #include "ui/command_handler.h"
-#include "ui/contact_calls.h"
 #include "ui/exchange/exchange_place.h"
 #include "ui/exchange/monitor_pane.h"
 #include "ui/filter_menus.h"
@@ -226,24 +223,6 @@ void CMainFrame::tellAlarms() {
   }
 }
 
-void CMainFrame::openLiveChannel() {
-  try {
-    // Not at once: the sender still waits for its answer.
-    live_ = server::openLiveChannel(document_, [this] {
-      importAsked_ = true;
-      QTimer::singleShot(0, this, &CMainFrame::importWhenAsked);
-    });
-  } catch (const std::exception& error) {
-    say(toQt(error.what()));
-  }
-  status_->showLive(texts_(live_ ? "IDS_STATUS_LIVE" : "IDS_STATUS_NO_LIVE"));
-  if (!live_) return;
-  liveNotifier_ = std::make_unique<QSocketNotifier>(live_->descriptor(), QSocketNotifier::Read);
-  connect(liveNotifier_.get(), &QSocketNotifier::activated, this, [this] {
-    if (!person_.busy()) live_->process();
-  });
-}
-
 void CMainFrame::openFolder(int id) {
   const folders::FolderDefinition* folder =
       id == folders::FolderContacts ? &folders::contactsList() : folders::findFolder(id);
@@ -301,85 +280,6 @@ void CMainFrame::guideWhenEmpty() {
   std::vector<QAction*> actions;
   for (const Command way : ways) actions.push_back((*actions_)[way]);
   listPane_->guide().guide(list_->emptyText(), actions);
-}
-
-void CMainFrame::showCallsBehindRow() {
-  if (list_->currentIndex().isValid()) showCallsBehind(list_->model().position(list_->currentIndex().row()));
-}
-
-void CMainFrame::showCallsBehind(std::int64_t position) {
-  folders::FolderView* folder = list_->model().folder();
-  if (folder == nullptr || person_.busy()) return;
-  if (const auto narrowing = folder->callsBehind(position)) openNarrowed(*narrowing, position);
-}
-
-void CMainFrame::showCallsOf(const contacts::CONTACTENTRYDESC& contact) {
-  const QModelIndex current = list_->currentIndex();
-  openNarrowed(callsOf(contact), current.isValid() ? list_->model().position(current.row()) : 0);
-}
-
-void CMainFrame::showCallsOf(const WeekHour& hour) {
-  const std::string day = document_.valueFormatter().formatCell(folders::KindWeekday, jet::Value(hour.weekday));
-  openNarrowed({base::format("Weekday([DateTime]) = %d And Hour([DateTime]) = %d", hour.weekday, hour.hour),
-                texts_.language().TranslateFormat("IDS_WEEK_CELL", day, hour.hour, hour.hour)},
-               0);
-}
-
-void CMainFrame::openNarrowed(const folders::Narrowing& narrowing, std::int64_t originPosition) {
-  const Origin origin{list_->folderId(), originPosition};
-  const folders::FolderDefinition& calls = *folders::findFolder(folders::FolderCalls);
-  auto watch = startWatch(calls.table);
-  if (!list_->openFolder(calls, narrowing)) return;
-  watch_ = std::move(watch);
-  origin_ = origin;
-  listPane_->filterBar().clearTyped();
-  selector_->mark(folders::FolderCalls);
-  folderShown();
-  list_->setFocus();
-}
-
-void CMainFrame::backToStatistic() {
-  const Origin origin = origin_;
-  selector_->select(origin.folder);
-  const int row = list_->model().rowAt(origin.position);
-  if (list_->folderId() == origin.folder && row >= 0) list_->setCurrentIndex(list_->model().index(row, 0));
-  list_->setFocus();
-}
-
-void CMainFrame::importCalls() {
-  // What was stopped goes on first: nothing of a file is left behind.
-  if (!person_.busy() && reconnection_.ready()) tellImport(document_.smdr().catchUp());
-}
-
-void CMainFrame::importCallsOf(const std::filesystem::path& file) {
-  if (person_.busy()) return;
-  const auto result = document_.smdr().importFile(file);
-  tellImport(result);
-  if (result.outcome == ingest::ImportResult::Outcome::AlreadyComplete) {
-    say(texts_.format("IDS_IMPORT_COMPLETE", file.string()));
-  } else if (result.imported == 0 && result.message.empty()) {
-    say(texts_.format("IDS_IMPORT_NONE", file.string()));
-  }
-}
-
-void CMainFrame::tellImport(const ingest::ImportResult& result) {
-  if (result.imported > 0) reloadFolder();
-  if (result.outcome == ingest::ImportResult::Outcome::Interrupted) return say(texts_("IDS_STATUS_IMPORT_STOPPED"));
-  if (result.imported > 0) say(texts_.format("IDS_STATUS_IMPORTED", result.imported));
-  const std::string kept = document_.smdr().keptText(result);
-  if (!kept.empty()) say(toQt(kept));
-  // Who answered to go on is still there, and must know where the calls are.
-  if (result.refused > 0) return document_.app().surroundings().person.messageBox(kept);
-  if (!kept.empty()) return;
-  if (!result.phonebookFault.empty()) say(toQt(result.phonebookFault));
-  if (!result.message.empty()) say(toQt(result.message));
-}
-
-// By a sender on the live channel; while something else runs, the next refresh does it.
-void CMainFrame::importWhenAsked() {
-  if (!importAsked_ || person_.busy()) return;
-  importAsked_ = false;
-  importCalls();
 }
 
 std::optional<foundation::TableWatch> CMainFrame::startWatch(const std::string& table) {
@@ -479,14 +379,6 @@ void CMainFrame::showChart() {
   chart_->setVisible(statistic);
   details_->setVisible(!statistic);
   if (statistic) showFolderChart(*chart_, *list_, document_, texts_);
-}
-
-void CMainFrame::drillDown(int) {
-  const folders::FolderView* folder = list_->model().folder();
-  if (folder == nullptr) return;
-  const bool statistic = folders::isStatistic(folder->folder().definition());
-  const Command command = statistic ? Command::ShowCalls : Command::Edit;
-  if ((*actions_)[command]->isEnabled()) (*actions_)[command]->trigger();
 }
 
 void CMainFrame::updateStatus() {
