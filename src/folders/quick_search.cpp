@@ -88,6 +88,7 @@ class Search {
         isStatistic(folder_) ? std::string(folder_.grouping) : "[" + std::string(column.selects[0]) + "]";
     switch (const Format format = formatOfKind(column.kind).format) {
       case Format::Text:
+      case Format::LogText:
       case Format::Nothing:
       case Format::Digits:
         return field + " LIKE " + anyPart(word);

@@ -19,6 +19,7 @@ constexpr std::array kKinds = {
     KindFormat{KindNote, Format::Nothing},
     KindFormat{KindLastAccess, Format::DateTime},
     KindFormat{KindPasswordDate, Format::Date},
+    KindFormat{KindLogText, Format::LogText},
     KindFormat{KindLogTime, Format::DateTime},
     KindFormat{KindTime, Format::DateTime},
     KindFormat{KindExtension, Format::Extension},
@@ -146,6 +147,8 @@ std::string ValueFormatter::formatCell(int kind, const jet::Value& value, const 
       return base::format("%02d:00 - %02d:59", value.toLong(), value.toLong());
     case Format::Month:
       return monthName(value.toLong());
+    case Format::LogText:
+      return log_(value.toText());
   }
   return {};
 }

@@ -8,6 +8,7 @@
 #include "folders/money_format.h"
 #include "folders/numbers.h"
 #include "foundation/language_file.h"
+#include "foundation/retold_text.h"
 #include "jet/value.h"
 
 namespace folders {
@@ -32,6 +33,7 @@ enum class Format {
   Weekday,
   Hour,
   Month,
+  LogText,  // in the language in use, whichever it was written in
 };
 
 struct KindFormat {
@@ -49,7 +51,11 @@ class ValueFormatter {
  public:
   ValueFormatter(foundation::ConfigManager& config, const foundation::LanguageFile& texts,
                  const exchange::PartyDefinitions& definitions)
-      : texts_(texts), definitions_(definitions), money_(config), separators_(separatorsOf(texts)) {}
+      : texts_(texts),
+        definitions_(definitions),
+        money_(config),
+        separators_(separatorsOf(texts)),
+        log_("IDS_LOG_", texts) {}
 
   // `second` is the currency of a KindCost. Null gives an empty text.
   [[nodiscard]] std::string formatCell(int kind, const jet::Value& value, const jet::Value& second = {}) const;
@@ -77,6 +83,7 @@ class ValueFormatter {
   const exchange::PartyDefinitions& definitions_;
   MoneyFormat money_;
   Separators separators_;
+  foundation::Retelling log_;
 };
 
 // "%.2d:%.2d:%.2d"; hours are not wrapped at 24.

@@ -1,6 +1,7 @@
 #include "foundation/retold_text.h"
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 #include <optional>
 #include <vector>
@@ -49,22 +50,30 @@ std::optional<std::vector<std::string_view>> filledIn(std::string_view said, con
 
 }  // namespace
 
-std::string retold(std::string_view said, std::string_view keys, const LanguageFile& texts) {
-  std::string best(said);
-  std::size_t bestLetters = 0;
+Retelling::Retelling(std::string_view keys, const LanguageFile& texts) : texts_(texts) {
   for (const TRANSLATE_ITEM& item : texts.allTexts()) {
     if (!std::string_view(item.key).starts_with(keys)) continue;
-    const std::vector<std::string> pieces = piecesOf(item.text);
-    const std::size_t letters = lettersOf(pieces);
-    const auto values = letters > bestLetters ? filledIn(said, pieces) : std::nullopt;
-    if (!values) continue;
-    const std::vector<std::string> own = piecesOf(texts.Translate(item.key));
-    if (own.size() != pieces.size()) continue;
-    bestLetters = letters;
-    best = own.front();
-    for (std::size_t i = 0; i < values->size(); ++i) best += retold((*values)[i], keys, texts) + own[i + 1];
+    std::vector<std::string> pieces = piecesOf(item.text);
+    if (lettersOf(pieces) > 0) known_.push_back({item.key, std::move(pieces)});  // others would be any text
   }
-  return best;
+  std::ranges::stable_sort(known_, std::greater(), [](const Known& known) { return lettersOf(known.pieces); });
+}
+
+std::string Retelling::operator()(std::string_view said) const {
+  for (const Known& known : known_) {
+    const auto values = filledIn(said, known.pieces);
+    if (!values) continue;
+    const std::vector<std::string> own = piecesOf(texts_.Translate(known.key));
+    if (own.size() != known.pieces.size()) continue;
+    std::string told = own.front();
+    for (std::size_t i = 0; i < values->size(); ++i) told += (*this)((*values)[i]) + own[i + 1];
+    return told;
+  }
+  return std::string(said);
+}
+
+std::string retold(std::string_view said, std::string_view keys, const LanguageFile& texts) {
+  return Retelling(keys, texts)(said);
 }
 
 }  // namespace foundation

@@ -39,6 +39,7 @@ int firstLetters(int kind, folders::Format format) {
     case folders::Format::DateTime:
       return 19;
     case folders::Format::Text:
+    case folders::Format::LogText:
       return 22;
     case folders::Format::Extension:
       return 18;

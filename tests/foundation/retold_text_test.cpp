@@ -26,6 +26,10 @@ TEST(RetoldText, IsSaidInTheLanguageInUse) {
       {"IDS_SAID_", "the line has 4 values", "rândul are 4 valori"},
       {"IDS_SAID_", "/dev/ttyS9: No such file or directory", "/dev/ttyS9: fișierul sau dosarul nu există"},
       {"IDS_SAID_", "reading failed: Permission denied", "citirea nu a reușit: acces interzis"},
+      {"IDS_SAID_", "/etc/a.toml:7:12: the pattern '(ab' is wrong: missing ): (ab",
+       "/etc/a.toml:7:12: tiparul „(ab” este greșit: lipsește ): (ab"},
+      {"IDS_SAID_", "site.toml:3:1: source: \"port\" must be a whole number from 1 to 65535",
+       "site.toml:3:1: source: „port” trebuie să fie un număr întreg de la 1 la 65535"},
       {"IDS_SAID_", "", ""},
   };
   for (const auto& one : cases) EXPECT_EQ(retold(one.english, one.keys, texts), one.english);

@@ -152,6 +152,45 @@ TEST_F(ListCommands, TheCallsOfAContactAreThoseOfItsNumbers) {
   EXPECT_EQ(cell(0, kKindNumber), "9999999");
 }
 
+TEST_F(ListCommands, CancelAsksWhetherANewContactOfANumberIsKept) {
+  clickHeading(kKindDuration);
+  select(2, kKindNumber);
+  const std::string number = cell(2, kKindNumber);
+  const auto cancel = [](QDialog& sheet) { click(sheet, "cancel"); };
+  for (const auto& [button, kept] : {std::pair("no", "0"), std::pair("yes", "1")}) {
+    emptyContacts();
+    const Script script({cancel, [button = button](QDialog& question) {
+                           EXPECT_TRUE(question.property("text").toString().contains("Keep the new contact"));
+                           click(question, button);
+                         }});
+    action("IDS_ACTION_ADD_CONTACT").trigger();
+    EXPECT_EQ(desktop.value("select count(*) as c from Contacts"), kept);
+  }
+  EXPECT_NE(desktop.value("select Tel_String as c from Contacts").find(number), std::string::npos);
+}
+
+TEST_F(ListCommands, WhatWasTypedForANewContactOutlivesACalledOffCancel) {
+  emptyContacts();
+  clickHeading(kKindDuration);
+  select(2, kKindNumber);
+  const Script script({[](QDialog& sheet) {
+                         support::child<QLineEdit>(sheet, "name").setText("Ana");
+                         click(sheet, "cancel");
+                       },
+                       [](QDialog& question) {
+                         click(question, "cancel");
+                         QTimer::singleShot(0, qApp, [] {
+                           QWidget* sheet = QApplication::activeModalWidget();
+                           ASSERT_NE(sheet, nullptr);
+                           EXPECT_EQ(support::child<QLineEdit>(*sheet, "name").text(), "Ana");
+                           click(*sheet, "cancel");
+                         });
+                       },
+                       [](QDialog& question) { click(question, "yes"); }});
+  action("IDS_ACTION_ADD_CONTACT").trigger();
+  EXPECT_EQ(desktop.value("select Name as c from Contacts"), "Ana");
+}
+
 TEST_F(ListCommands, AContactThatHasTheNumberIsOffered) {
   emptyContacts();
   addContact("Ana", "021 999 9999");

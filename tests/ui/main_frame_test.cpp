@@ -259,6 +259,19 @@ TEST(Language, WindowsAreInTheLanguageOfTheWorkstation) {
   EXPECT_EQ(sheet.pages().front().caption, "Interioare");
 }
 
+TEST(Language, EntriesOfTheLogAreToldInTheOneInUse) {
+  Desktop desktop("RO");
+  ASSERT_TRUE(desktop.started);
+  desktop.document->log().WriteLog(security::LogSecurity, "User %s changed the password", "ana");
+  desktop.document->log().WriteLog(security::LogError, "%s", "nobody translates this");
+  folders::FolderView log(*folders::findFolder(folders::FolderLog), desktop.document->folderServices(),
+                          desktop.document->valueFormatter());
+  std::set<std::string> told;
+  for (const std::vector<std::string>& row : log.rows(0, 10)) told.insert(row.begin(), row.end());
+  EXPECT_TRUE(told.contains("Utilizatorul ana și-a schimbat parola")) << testing::PrintToString(told);
+  EXPECT_TRUE(told.contains("nobody translates this"));
+}
+
 TEST(FolderModel, AWindowOverALongFolderShowsTheSameRecordsWhereverItStands) {
   Desktop desktop;
   ASSERT_TRUE(desktop.started);
