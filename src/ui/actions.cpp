@@ -267,6 +267,19 @@ void Actions::offer(Command command, bool sensible) const {
   actions_.at(command)->setEnabled(sensible && allowed_.contains(command));
 }
 
+void Actions::tellWhat(Command command, const QString& what) const {
+  constexpr const char* kPlainText = "plainText";
+  constexpr qsizetype kMostLetters = 40;
+  QAction* action = actions_.at(command);
+  if (!action->property(kPlainText).isValid()) action->setProperty(kPlainText, action->text());
+  QString text = action->property(kPlainText).toString();
+  if (!what.isEmpty()) {
+    const QString cut = what.size() > kMostLetters ? what.left(kMostLetters).trimmed() + QChar(0x2026) : what;
+    text += ": " + QString(cut).replace("&", "&&");
+  }
+  action->setText(text);
+}
+
 void Actions::fillContextMenu(QMenu& menu) const {
   for (const Declaration& declared : kDeclarations) {
     if ((declared.where & InContextMenu) == 0 || !actions_.at(declared.command)->isEnabled()) continue;

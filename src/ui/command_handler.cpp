@@ -241,8 +241,9 @@ void offerCommands(const Actions& actions, const CFolderView& list, server::CSer
   actions.offer(Command::HideNumber, rows && showsNumbers(list));
   actions.offer(Command::ShowNumber, rows && showsNumbers(list));
   actions.offer(Command::AddToContacts, row && showsNumbers(list));
-  actions.offer(Command::FilterByValue,
-                row && findFilterColumn(folder, list.model().kindOf(list.currentIndex().column())) != nullptr);
+  const bool filters = row && findFilterColumn(folder, list.model().kindOf(list.currentIndex().column())) != nullptr;
+  actions.offer(Command::FilterByValue, filters);
+  actions.tellWhat(Command::FilterByValue, filters ? list.currentText() : QString());
   const RecordRights records = recordRights(folder, document);
   actions.offer(Command::New, records.change);
   actions.offer(Command::Edit, row && records.view);

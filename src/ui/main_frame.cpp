@@ -140,7 +140,6 @@ void CMainFrame::findTyped() {
 
 void CMainFrame::buildMenus() {
   actions_->fillMenuBar(*menuBar());
-  undoText_ = (*actions_)[Command::Undo]->text();
   auto& config = document_.app().config();
   auto* bar = addToolBar("main");
   bar->setObjectName("toolbar");
@@ -383,9 +382,8 @@ void CMainFrame::showChart() {
 
 void CMainFrame::updateStatus() {
   offerCommands(*actions_, *list_, document_);
-  QAction* undo = (*actions_)[Command::Undo];
-  undo->setEnabled(!undo_.empty());
-  undo->setText(undo_.empty() ? undoText_ : undoText_ + ": " + undo_.what().replace("&", "&&"));
+  (*actions_)[Command::Undo]->setEnabled(!undo_.empty());
+  actions_->tellWhat(Command::Undo, undo_.empty() ? QString() : undo_.what());
   status_->showCount(list_->searching() ? texts_.format("IDS_FOUND_SO_FAR", list_->model().totalRows())
                                         : toQt(folders::recordCountText(list_->model().totalRows(),
                                                                         list_->selectedCount(), texts_.language())));

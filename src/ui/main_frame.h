@@ -134,7 +134,6 @@ class CMainFrame : public QMainWindow {
   QTimer refreshTimer_;
   bool refreshing_ = false;
   UndoStack undo_;
-  QString undoText_;                             // of its menu entry
   std::vector<filter::Part> parts_;              // of the filter that is on, as the bar shows them
   std::optional<foundation::TableWatch> watch_;  // of the shown folder's table
   std::unique_ptr<platform::LiveChannelServer> live_;

@@ -132,7 +132,7 @@ QWidget* RecordTable::makeButtons() {
   }
   layout->addStretch();
   if (model_->canImport()) import_ = addButton(*layout, "IDS_IMPORT_CSV", "importCsv", &RecordTable::importCsv);
-  addButton(*layout, "IDS_EXPORT_CSV", "exportCsv", &RecordTable::exportCsv);
+  addButton(*layout, "IDS_EXPORT_CSV", "exportCsv", &RecordTable::exportWanted);
   return bar;
 }
 
@@ -196,10 +196,6 @@ void RecordTable::undo() {
 void RecordTable::keyPressEvent(QKeyEvent* event) {
   if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) return QWidget::keyPressEvent(event);
   if (view_->hasFocus() && !readOnly_ && view_->currentIndex().isValid()) view_->edit(view_->currentIndex());
-}
-
-void RecordTable::exportCsv() {
-  exportTable(*model_, texts_, this);
 }
 
 void RecordTable::importCsv() {

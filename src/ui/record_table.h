@@ -30,12 +30,13 @@ class RecordTable : public QWidget {
 
  signals:
   void currentRowChanged(int row);
+  // The operator wants the table as a file.
+  void exportWanted();
 
  public slots:
   void addRow();
   void removeSelected();
   void undo();
-  void exportCsv();
   void importCsv();
 
  protected:

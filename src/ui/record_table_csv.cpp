@@ -135,10 +135,7 @@ void tellResult(const ImportCount& count, const Texts& texts, QWidget* parent) {
 
 }  // namespace
 
-void exportTable(const RecordTableModel& model, const Texts& texts, QWidget* parent) {
-  QString name = QFileDialog::getSaveFileName(parent, texts("IDS_EXPORT_CSV"), {}, "CSV (*.csv)");
-  if (name.isEmpty()) return;
-  if (!name.contains('.')) name += ".csv";
+bool exportTable(const RecordTableModel& model, const Texts& texts, QWidget* parent, const QString& file) {
   QStringList cells;
   for (int c = 0; c < model.columnCount(); ++c) cells << model.column(c).caption;
   QByteArray content = kByteOrderMark + lineOf(cells);
@@ -147,7 +144,9 @@ void exportTable(const RecordTableModel& model, const Texts& texts, QWidget* par
     for (int c = 0; c < model.columnCount(); ++c) cells << model.column(c).read(r);
     content += lineOf(cells);
   }
-  if (!replaceFile(name, content)) warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(name)));
+  const bool written = replaceFile(file, content);
+  if (!written) warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(file)));
+  return written;
 }
 
 bool importTable(RecordTableModel& model, const Texts& texts, QWidget* parent) {

@@ -7,12 +7,13 @@
 
 namespace ui {
 
-// Tables as CSV files with the captions as first line. Both ask for the file and tell what went wrong.
+// Tables as CSV files with the captions as first line. What went wrong is told.
 
-void exportTable(const RecordTableModel& model, const Texts& texts, QWidget* parent);
-// Columns are matched by their captions, so a file may hold them in another order. Asks whether the records replace
-// those of the table or come after them; a table of fixed rows takes each by its first column. False when nothing was
-// changed.
+// False when the file could not be written.
+bool exportTable(const RecordTableModel& model, const Texts& texts, QWidget* parent, const QString& file);
+// Asks for the file. Columns are matched by their captions, so a file may hold them in another order. Asks whether the
+// records replace those of the table or come after them; a table of fixed rows takes each by its first column. False
+// when nothing was changed.
 bool importTable(RecordTableModel& model, const Texts& texts, QWidget* parent);
 
 }  // namespace ui

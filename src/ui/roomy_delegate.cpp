@@ -1,5 +1,6 @@
 #include "ui/roomy_delegate.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QHelpEvent>
 #include <QPainter>

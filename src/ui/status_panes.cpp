@@ -1,6 +1,7 @@
 #include "ui/status_panes.h"
 
 #include "ui/dialogs/form_dialog.h"
+#include "ui/file_line.h"
 
 namespace ui {
 
@@ -10,10 +11,6 @@ namespace {
 constexpr int kMessageTime = 10'000;
 constexpr int kFileTime = 60'000;
 constexpr int kSelectionRest = 150;
-
-QString linkTo(const std::filesystem::path& target, const QString& text) {
-  return QString("<a href=\"%1\">%2</a>").arg(toQt(target.string()).toHtmlEscaped(), text.toHtmlEscaped());
-}
 
 }  // namespace
 
@@ -52,9 +49,7 @@ void StatusPanes::say(const QString& text) {
 
 void StatusPanes::sayFile(const std::filesystem::path& file) {
   if (file.empty()) return;
-  const QString where = linkTo(file, toQt(file.string()));
-  const QString folder = linkTo(file.parent_path(), texts_("IDS_OPEN_FOLDER"));
-  sayFor(texts_.format("IDS_FILE_WRITTEN", fromQt(where)) + "&nbsp;&nbsp;&nbsp;" + folder, kFileTime);
+  sayFor(fileLinks(file, texts_), kFileTime);
 }
 
 void StatusPanes::sayFor(const QString& text, int milliseconds) {

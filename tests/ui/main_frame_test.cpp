@@ -40,6 +40,7 @@ TEST_F(MainFrameTest, FilteringByTheCurrentValueNarrowsTheListUntilTheFilterIsSw
   clickHeading(kKindDuration);
   select(2, kKindNumber);
   ASSERT_EQ(cell(2, kKindNumber), "9999999");
+  EXPECT_TRUE(action("IDS_ACTION_FILTER_VALUE").text().endsWith(": 9999999"));
   action("IDS_ACTION_FILTER_VALUE").trigger();
   EXPECT_EQ(rows(), 1);
   EXPECT_TRUE(action("IDS_ACTION_FILTER_ON").isChecked());

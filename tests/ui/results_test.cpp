@@ -102,10 +102,14 @@ TEST_F(Results, AMissedCallTellsWhoCalledBackAndLeadsToItsCalls) {
 TEST_F(Results, MissedCallsAreExportedAsTheyAreShown) {
   record(missedAt(9, "0721111111") + madeAt(10, 0, "0721111111", 60) + missedAt(11, "0722222222"));
   for (const char* name : {"missed.csv", "missed.html", "missed.xlsx", "missed.pdf"}) {
-    inWindowOf("IDS_ACTION_MISSED", {[](QDialog& dialog) {
+    inWindowOf("IDS_ACTION_MISSED", {[&](QDialog& dialog) {
                                        support::child<QCheckBox>(dialog, "openOnly").setChecked(true);
-                                       click(*support::child<QTableView>(dialog, "missedList").parentWidget(),
-                                             "export");
+                                       QWidget& list = *support::child<QTableView>(dialog, "missedList").parentWidget();
+                                       click(list, "export");
+                                       auto& written = support::child<QLabel>(list, "fileLine");
+                                       EXPECT_TRUE(written.isVisible() && written.text().contains(name));
+                                       emit written.linkActivated(QString::fromStdString(desktop.path(name)));
+                                       EXPECT_EQ(desktop.documents.opened.back(), desktop.path(name));
                                        dialog.reject();
                                      },
                                      saveAs(desktop.path(name))});

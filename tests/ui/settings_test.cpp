@@ -286,6 +286,7 @@ TEST_F(SettingsTest, TablesComeBackFromTheirOwnFiles) {
       const Script script({choose(file)});
       press(name, "exportCsv");
     }
+    EXPECT_TRUE(child<QLabel>(*sheet, "fileLine").text().contains("table.csv"));
     std::vector<Script::Step> steps{choose(file)};
     if (name != std::string("trunksTable")) steps.push_back(answer("replace", "replace"));
     steps.push_back([](QDialog& result) {

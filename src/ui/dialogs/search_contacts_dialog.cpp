@@ -10,6 +10,7 @@
 #include "ui/dialogs/record_list.h"
 #include "ui/dialogs/report_place.h"
 #include "ui/dialogs/vcard_exchange.h"
+#include "ui/file_line.h"
 
 namespace ui {
 
@@ -87,14 +88,16 @@ void CSearchContactsDlg::buildButtons() {
     cards->addWidget(button);
   }
   cards->addStretch();
+  auto* written = new FileLine(document_, texts());
   body()->addLayout(cards);
+  body()->addWidget(written);
   connect(import, &QPushButton::clicked, this, [this] {
     if (importVCards(document_, texts(), this)) search();
   });
-  connect(exported, &QPushButton::clicked, this, [this] {
+  connect(exported, &QPushButton::clicked, this, [this, written] {
     std::vector<std::int32_t> found;
     for (const auto& match : result_.matches) found.push_back(match.recordId);
-    exportVCards(document_, texts(), this, found);
+    written->say(exportVCards(document_, texts(), this, found));
   });
 }
 

@@ -58,20 +58,23 @@ QString problemText(const Texts& texts, const std::vector<std::string>& problems
 
 }  // namespace
 
-void exportVCards(server::CServerDoc& document, const Texts& texts, QWidget* parent,
-                  const std::vector<std::int32_t>& recordIds) {
-  QString name = QFileDialog::getSaveFileName(parent, texts("IDS_VCARD_EXPORT"), {}, kFileKinds);
-  if (name.isEmpty()) return;
-  if (!name.endsWith(".vcf", Qt::CaseInsensitive)) name += ".vcf";
+std::filesystem::path exportVCards(server::CServerDoc& document, const Texts& texts, QWidget* parent,
+                                   const std::vector<std::int32_t>& recordIds) {
+  const std::filesystem::path file = askFile(document.app().config(), texts, parent,
+                                             {"saveCards", "IDS_VCARD_EXPORT", {kFileKinds}, texts("IDS_CONTACTS")});
+  const QString name = toQt(file.string());
+  bool written = false;
+  if (file.empty()) return {};
   attempt(parent, texts, [&] {
     const std::string cards = [&] {
       const platform::Progress progress(document.app().surroundings().person, fromQt(texts("IDS_CONTACTS")),
                                         texts.language().TranslateFormat("IDS_WRITING_FILE", fromQt(name)));
       return contacts::writeVCards(contactsOf(document.contactBook(), recordIds));
     }();
-    if (replaceFile(name, QByteArray::fromStdString(cards))) return;
-    warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(name)));
+    written = replaceFile(name, QByteArray::fromStdString(cards));
+    if (!written) warn(parent, texts, texts.format("IDS_CANTWRITEFILE", fromQt(name)));
   });
+  return written ? file : std::filesystem::path();
 }
 
 bool importVCards(server::CServerDoc& document, const Texts& texts, QWidget* parent) {

@@ -10,6 +10,7 @@
 #include "jet/stored_database.h"
 #include "sample/company.h"
 #include "schema/database_place.h"
+#include "server/data_folder.h"
 #include "ui/dialogs/folder_line.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"

@@ -11,6 +11,7 @@
 #include "ui/dialogs/file_question.h"
 #include "ui/dialogs/record_list.h"
 #include "ui/dialogs/report_place.h"
+#include "ui/file_line.h"
 #include "ui/results/result_dialog.h"
 #include "ui/results/results.h"
 #include "ui/scroll_page.h"
@@ -30,7 +31,8 @@ class MonthDialog : public ResultDialog {
       : ResultDialog(document, texts, "IDS_ACTION_MONTH", "monthPage", parent),
         month_(named(new QComboBox, "month")),
         year_(named(new QSpinBox, "year")),
-        preview_(new QVBoxLayout) {
+        preview_(new QVBoxLayout),
+        saved_(new FileLine(document, texts)) {
     for (int month = 1; month <= kMonths; ++month) month_->addItem(toQt(document.valueFormatter().monthName(month)));
     month_->setAccessibleName(texts("IDS_MONTH"));
     year_->setRange(kFirstYear, kLastYear);
@@ -50,6 +52,7 @@ class MonthDialog : public ResultDialog {
     holder->setLayout(preview_);
     auto* scroll = named(new ScrollPage(holder), "preview");
     body()->addWidget(scroll, 1);
+    body()->addWidget(saved_);
     connect(month_, &QComboBox::currentIndexChanged, this, [this] { read(); });
     connect(year_, &QSpinBox::valueChanged, this, [this] { read(); });
     auto* open = addSideButton("IDS_MONTH_OPEN", "open");
@@ -149,7 +152,7 @@ class MonthDialog : public ResultDialog {
                                                 "IDS_MONTH_SAVE",
                                                 {"PDF (*.pdf)", "HTML (*.html)"},
                                                 toQt(folders::monthTitle(day(), document().valueFormatter()))});
-    if (!file.empty()) write(file);
+    if (!file.empty() && write(file)) saved_->say(file);
   }
 
   bool write(const std::filesystem::path& file) {
@@ -165,6 +168,7 @@ class MonthDialog : public ResultDialog {
   QComboBox* month_;
   QSpinBox* year_;
   QVBoxLayout* preview_;
+  FileLine* saved_;
   std::filesystem::path written_;
 };
 

@@ -78,7 +78,8 @@ ResultTable::ResultTable(server::CServerDoc& document, const Texts& texts, const
       sorted_(new NaturalOrder(this)),
       view_(named(new QTableView, name)),
       search_(named(new QLineEdit, "search")),
-      buttons_(new QHBoxLayout) {
+      buttons_(new QHBoxLayout),
+      written_(new FileLine(document, texts)) {
   sorted_->setSourceModel(model_);
   sorted_->setSortRole(ResultModel::kSortRole);
   view_->setModel(sorted_);
@@ -105,6 +106,7 @@ ResultTable::ResultTable(server::CServerDoc& document, const Texts& texts, const
   layout->addWidget(search_);
   layout->addWidget(view_, 1);
   layout->addLayout(buttons_);
+  layout->addWidget(written_);
   buttons_->addStretch();
   auto* copying = named(new QPushButton(texts("IDS_ACTION_COPY_TABLE")), "copyTable");
   auto* exporting = named(new QPushButton(texts("IDS_ACTION_EXPORT")), "export");
@@ -200,7 +202,7 @@ void ResultTable::exportRows() {
     const platform::Progress progress(document_.app().surroundings().person,
                                       texts_.language().Translate("IDS_ACTION_EXPORT"),
                                       texts_.language().TranslateFormat("IDS_WRITING_FILE", file.string()));
-    folders::writePlainTable(shownTable(), document_.folderServices(), file);
+    if (folders::writePlainTable(shownTable(), document_.folderServices(), file)) written_->say(file);
   });
 }
 

@@ -9,6 +9,7 @@
 
 #include "folders/plain_table.h"
 #include "server/server_doc.h"
+#include "ui/file_line.h"
 #include "ui/sorted_table.h"
 #include "ui/texts.h"
 
@@ -76,6 +77,7 @@ class ResultTable : public QWidget {
   QTableView* view_;
   QLineEdit* search_;
   QHBoxLayout* buttons_;
+  FileLine* written_;
 };
 
 }  // namespace ui

@@ -9,11 +9,13 @@
 #include "base/path.h"
 #include "foundation/definition_change.h"
 #include "ui/dialogs/directory_messages.h"
+#include "ui/dialogs/file_question.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
 #include "ui/dialogs/mnemonics.h"
 #include "ui/dialogs/report_place.h"
 #include "ui/manual.h"
+#include "ui/record_table_csv.h"
 #include "ui/screen_fit.h"
 #include "ui/scroll_page.h"
 #include "ui/settings/definitions_undo.h"
@@ -52,6 +54,7 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
           std::make_shared<EditedTariffs>(document.app().config().ReadConfigString(foundation::keys::CountryCode))),
       list_(named(new QListWidget, "pages")),
       stack_(new QStackedWidget),
+      written_(new FileLine(document, texts)),
       buttons_(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Apply | QDialogButtonBox::Cancel |
                                     QDialogButtonBox::Help)) {
   setObjectName("settingsSheet");
@@ -76,6 +79,7 @@ SettingsSheet::SettingsSheet(server::CServerDoc& document, const Texts& texts, Q
     hint->setWordWrap(true);
     layout->addWidget(hint);
   }
+  layout->addWidget(written_);
   layout->addWidget(buttons_);
   buttons_->button(QDialogButtonBox::Ok)->setDefault(true);
   connect(list_, &QListWidget::currentRowChanged, this, &SettingsSheet::showRow);
@@ -159,6 +163,10 @@ void SettingsSheet::addPage(SettingsPage page) {
   if (!allowed_) {
     if (page.table != nullptr) page.table->setReadOnly(true);
     if (page.save) page.widget->setEnabled(false);
+  }
+  if (page.table != nullptr) {
+    connect(page.table, &RecordTable::exportWanted, this,
+            [this, table = page.table, caption = page.caption] { exportPage(*table, caption); });
   }
   stack_->addWidget(new ScrollPage(page.widget));
   pages_.push_back(std::move(page));
@@ -271,6 +279,12 @@ void SettingsSheet::savePartiesAndTariffs() {
   if (undo_ == nullptr) return;
   undo_->push(texts_("IDS_UNDO_DEFINITIONS"),
               bringBackDefinitions(document_, std::move(before), storedDefinitions(document_, withTariffs)));
+}
+
+void SettingsSheet::exportPage(const RecordTable& table, const QString& caption) {
+  const std::filesystem::path file =
+      askFile(document_.app().config(), texts_, this, {"saveTable", "IDS_EXPORT_CSV", {"CSV (*.csv)"}, caption});
+  if (!file.empty() && exportTable(*table.model(), texts_, this, toQt(file.string()))) written_->say(file);
 }
 
 void SettingsSheet::writeReport() {

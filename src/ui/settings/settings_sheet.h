@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "server/server_doc.h"
+#include "ui/file_line.h"
 #include "ui/settings/edited_parties.h"
 #include "ui/settings/edited_tariffs.h"
 #include "ui/settings/settings_page.h"
@@ -49,6 +50,7 @@ class SettingsSheet : public QDialog {
   [[nodiscard]] bool changed() const;
   bool save();
   void savePartiesAndTariffs();
+  void exportPage(const RecordTable& table, const QString& caption);
   void writeReport();
 
   server::CServerDoc& document_;
@@ -61,6 +63,7 @@ class SettingsSheet : public QDialog {
   std::vector<SettingsPage> pages_;
   QListWidget* list_;      // captions of groups and pages
   QStackedWidget* stack_;  // the pages, in their order
+  FileLine* written_;
   QDialogButtonBox* buttons_;
 };
 
