@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "base/printf.h"
 #include "ingest/record_reader.h"
@@ -53,6 +55,19 @@ void KeptFiles::settle() {
   for (const FileProgress& row : rows_.all()) {
     if (!row.refused.file.empty()) settle(row);
   }
+}
+
+FileProgress KeptFiles::rowOf(const std::string& file) {
+  const auto find = [&]() -> FileProgress {
+    for (FileProgress& row : rows_.all()) {
+      if (row.file == file && !row.elsewhere) return std::move(row);
+    }
+    return {.file = file, .digest = ReadPosition().digest.text()};
+  };
+  const FileProgress row = find();
+  if (row.refused.file.empty()) return row;
+  settle(row);
+  return find();
 }
 
 void KeptFiles::settle(FileProgress row) {

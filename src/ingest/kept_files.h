@@ -26,6 +26,10 @@ class KeptFiles {
   // Cuts off what killed imports appended without committing it. To be called before any file is read.
   void settle();
 
+  // The row of `file` of this machine, settled; a new one when there is none. For records that came from no file it is
+  // a name that stands for them.
+  [[nodiscard]] FileProgress rowOf(const std::string& file);
+
   // Appends a record that the import of `progress` could not store and counts it in `progress.refused`; the caller
   // stores that together with the position after the record.
   void refuse(FileProgress& progress, std::span<const unsigned char> record);

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/path.h"
 #include "base/printf.h"
+#include "ingest/kept_files.h"
 
 namespace ingest {
 
 namespace {
 
+// Stands for the file that live calls do not have: those that are rejected are kept in "live.refused.1".
+constexpr const char* kLiveRecords = "live";
 constexpr const char* kException = "Exception while adding call (%s)";
 // A fault may last for days; its first calls tell as much as all of them.
 constexpr std::size_t kMostHeld = 200;
@@ -19,6 +23,7 @@ std::int32_t LiveRecorder::record(std::span<const unsigned char> bytes) {
   if (bytes.size() != exchange::kNormalRecordSize && bytes.size() != exchange::kExtendedRecordSize) {
     return refuse(base::format("a message of %d bytes is no call record", bytes.size()));
   }
+  keptIn_.clear();
   exchange::RecordBuffer buffer{};
   std::copy(bytes.begin(), bytes.end(), buffer.begin());
   if (bytes.size() == exchange::kNormalRecordSize) exchange::fillTexts(buffer);
@@ -49,12 +54,33 @@ bool LiveRecorder::store(exchange::CallRecord& call, std::span<const unsigned ch
   const ExchangeParts& parts = recorder_.parts();
   jet::Transaction transaction(parts.main);
   recorder_.refreshDefinitions();
-  if (recorder_.AddRecord(call) == Recording::Failed) return false;
+  const Recording recorded = recorder_.AddRecord(call);
+  if (recorded == Recording::Failed) return false;
   parts.tags.TouchCalls();
+  if (recorded == Recording::Rejected) {
+    transaction.commit();
+    keepRejected(bytes);
+    return true;
+  }
   unconfirmed_.add(bytes);
   transaction.commit();
   unconfirmed_.confirmLast();
   return true;
+}
+
+// The sender is told that it is done, so the record must be as durable as a call. A fault after its bytes are written
+// leaves them uncounted: the record comes again and takes their place.
+void LiveRecorder::keepRejected(std::span<const unsigned char> bytes) {
+  const ExchangeParts& parts = recorder_.parts();
+  const std::string folder = parts.config.ReadConfigString(foundation::keys::PathMonitor);
+  if (folder.empty()) return;
+  KeptFiles kept(parts);
+  FileProgress progress = kept.rowOf((base::systemPath(folder) / kLiveRecords).string());
+  kept.refuse(progress, bytes);
+  jet::Transaction transaction(parts.main);
+  ImportProgress(parts.main).store(progress);
+  transaction.commit();
+  keptIn_ = progress.refused.file;
 }
 
 void LiveRecorder::logException(const exchange::CallRecord& call) {

@@ -20,12 +20,15 @@ class LiveRecorder {
       : recorder_(recorder), unconfirmed_(recorder.parts().main, std::move(unconfirmed)) {}
 
   // A record of 156 or 220 bytes, stored in a transaction of its own. 1 when it was recorded or deliberately skipped; 0
+  // (one whose trunk is not defined, with no entry left for it, is kept beside the monitor's file for importFile); 0
   // for another size, while the calls are not open, while the connection to the database is lost, and for a fault,
   // which is written to the audit log. Never throws. A record whose storing the connection was lost in is answered 0;
   // when it comes again and turns out to be stored already, it is answered 1 and not stored twice.
   std::int32_t record(std::span<const unsigned char> bytes);
   // Why the last record that was answered 0 was, in English.
   [[nodiscard]] const std::string& refusal() const { return refusal_; }
+  // The file that keeps the last record because its trunk is not defined; empty when it became a call.
+  [[nodiscard]] const std::string& keptIn() const { return keptIn_; }
 
   // Entries that the audit log refused as well (a full disk, a locked database), to be written now. Cheap when there
   // are none. Throws jet::Error when it still refuses; they are kept then.
@@ -33,6 +36,7 @@ class LiveRecorder {
 
  private:
   bool store(exchange::CallRecord& call, std::span<const unsigned char> bytes);
+  void keepRejected(std::span<const unsigned char> bytes);
   std::int32_t refuse(std::string why);
   [[nodiscard]] bool connected() const;
   void logException(const exchange::CallRecord& call);
@@ -40,6 +44,7 @@ class LiveRecorder {
 
   Recorder& recorder_;
   std::string refusal_;
+  std::string keptIn_;
   UnconfirmedCalls unconfirmed_;
   std::vector<std::string> heldNumbers_;
   std::int64_t heldBeyond_ = 0;  // calls more than the list takes

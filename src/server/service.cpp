@@ -143,7 +143,13 @@ std::int32_t Service::takeLiveRecord(std::span<const unsigned char> record) {
   const std::int32_t result = document_.smdr().liveRecorder().record(record);
   // What is refused while the connection is lost is no fault of its own; the loss was said.
   if (result == 0 && !document_.connected()) return 0;
-  ++(result != 0 ? liveRecorded_ : liveRefused_);
+  const std::string& keptIn = document_.smdr().liveRecorder().keptIn();
+  if (!keptIn.empty()) {
+    ++liveKept_;
+    keptIn_ = keptIn;
+  } else {
+    ++(result != 0 ? liveRecorded_ : liveRefused_);
+  }
   if (result == 0) sayRefusal(document_.smdr().liveRecorder().refusal());
   return result;
 }
@@ -160,7 +166,13 @@ void Service::sayLiveCounts() {
   if (liveRefused_ > 0) {
     say_(base::Priority::Error, base::format("Refused %d live calls: see the audit log.", liveRefused_));
   }
+  if (liveKept_ > 0) {
+    say_(base::Priority::Error, base::format("%d live calls on trunks that are not defined, kept in %s. Enter the "
+                                             "trunks, stop the service and give the file to: tallyctl import --file",
+                                             liveKept_, keptIn_));
+  }
   saidRefusals_.clear();
+  liveKept_ = 0;
   liveRecorded_ = 0;
   liveRefused_ = 0;
 }

@@ -41,6 +41,39 @@ TEST_F(LiveRecorderTest, OtherSizesAreRefused) {
   EXPECT_EQ(copy.callCount(), 0);
 }
 
+// The sender is told that the call is done: nobody else has it any more.
+TEST_F(LiveRecorderTest, ACallOnATrunkThatCannotBeDefinedIsKeptForAnImport) {
+  for (auto& trunk : copy.parties.trunks) trunk.providerId = 1;
+  copy.parties.save(*copy.main);
+  const std::filesystem::path monitor = files.folder / "monitor";
+  std::filesystem::create_directory(monitor);
+  copy.config.WriteConfigString(monitor.string() + "/", foundation::keys::PathMonitor);
+  const auto onTrunk = [](int trunk) {
+    exchange::CallRecord call = support::sampleCall();
+    call.trunk = trunk;
+    return exchange::encodeRecord(call, false, 1252);
+  };
+  EXPECT_EQ(record(onTrunk(7777)), 1);
+  EXPECT_EQ(record(onTrunk(7778)), 1);
+  const std::string kept = (monitor / "live.refused.1").string();
+  EXPECT_EQ(live.keptIn(), kept);
+  EXPECT_EQ(support::readFile(kept), onTrunk(7777) + onTrunk(7778));
+  EXPECT_EQ(copy.callCount(), 0);
+
+  copy.parties.trunks[0].providerId = 0;
+  copy.parties.save(*copy.main);
+  copy.recorder.refreshDefinitions();
+  EXPECT_EQ(record(onTrunk(7777)), 1);
+  EXPECT_TRUE(live.keptIn().empty()) << "it became a call";
+
+  std::filesystem::remove(kept);
+  EXPECT_EQ(record(onTrunk(7779)), 1);
+  EXPECT_EQ(support::readFile(live.keptIn()), onTrunk(7779)) << "the file of before was taken in";
+
+  std::filesystem::rename(monitor, files.folder / "gone");
+  EXPECT_EQ(record(onTrunk(7780)), 0) << "what cannot be kept stays with its sender";
+}
+
 TEST_F(LiveRecorderTest, AFaultIsLoggedWithTheNumber) {
   EXPECT_EQ(record(exchange::encodeRecord(support::sampleCall("34\"5678"), false, 1252)), 0);
   EXPECT_EQ(copy.logged(), "9 Exception while adding call (34\"5678)\n");
