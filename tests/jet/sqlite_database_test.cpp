@@ -53,6 +53,12 @@ TEST_F(FileTest, AnyNameIsTaken) {
   openDatabase(file, OpenMode::ReadWrite)->execute("insert into T (A) values (7)");
   EXPECT_EQ(rows(*openDatabase(file, OpenMode::ReadOnly), "select A from T"), "7");
   EXPECT_EQ(rows(*openDatabase(file_, OpenMode::ReadOnly), "select A from T"), "");
+  // Read as a file that never changes, by users without rights in its folder.
+  using std::filesystem::perms;
+  for (const char* beside : {"-wal", "-shm"}) std::filesystem::remove(file.string() + beside);
+  std::filesystem::permissions(place_.folder() / "", perms::owner_read | perms::owner_exec);
+  EXPECT_EQ(rows(*openDatabase(file, OpenMode::ReadOnly), "select A from T"), "7");
+  std::filesystem::permissions(place_.folder() / "", perms::owner_all);
 }
 
 TEST_F(FileTest, ReadOnlyFileInAReadOnlyFolderCanBeRead) {
