@@ -41,6 +41,7 @@
 #include "ui/readable_palette.h"
 #include "ui/readable_style.h"
 #include "ui/results/results.h"
+#include "ui/screen_fit.h"
 #include "ui/settings/settings_sheet.h"
 
 namespace {
@@ -177,14 +178,14 @@ void takeCharts(Album& album, server::CServerDoc& document, ui::CMainFrame& fram
 void takeFrame(Album& album, Workstation& station, server::CServerDoc& document, const ui::Texts& texts) {
   ui::CMainFrame frame(document, texts, station.person);
   frame.start();
-  frame.resize(kUsualScreen - kWindowFrame);
+  frame.resize((kUsualScreen - kWindowFrame).boundedTo(ui::availableSize(frame)));
   for (const int folder : {100, 101, 103, 113, 115, 97, 98, 99}) {
     if (folders::findFolder(folder) == nullptr) continue;
     frame.selectFolder(folder);
     album.take(frame, "main-" + std::to_string(folder));
   }
   takeCharts(album, document, frame);
-  frame.resize(kLargeScreen - kWindowFrame);
+  frame.resize((kLargeScreen - kWindowFrame).boundedTo(ui::availableSize(frame)));
   for (const int folder : {100, 101}) {
     frame.selectFolder(folder);
     album.take(frame, "wide-" + std::to_string(folder));

@@ -121,6 +121,17 @@ TEST_F(Results, MissedCallsAreExportedAsTheyAreShown) {
   EXPECT_NE(readFile(desktop.path("missed.html")).find("<b>0722222222</b>"), std::string::npos);
 }
 
+TEST_F(Results, AnHourOfTheWeekTellsItsCallsAndLeadsToThem) {
+  record(missedAt(9, "0721111111") + madeAt(10, 0, "0721111111", 60) + madeAt(9, 30, "0722222222", 60));
+  inWindowOf("IDS_ACTION_WEEK", {[](QDialog& dialog) {
+               auto& week = dynamic_cast<ui::HeatMap&>(support::child<QWidget>(dialog, "heatMap"));
+               QTest::keyClick(&week, Qt::Key_Right);
+               EXPECT_EQ(week.markedText(), "Monday 09:00: 2");
+               QTest::keyClick(&week, Qt::Key_Return);
+             }});
+  EXPECT_EQ(rows(), 2);
+}
+
 TEST_F(Results, RowsAreCopiedAsTheyAreSelectedAndFoundByAWord) {
   record(missedAt(9, "0721111111") + missedAt(11, "0722222222") + missedAt(12, "0723333333"));
   inWindowOf("IDS_ACTION_MISSED", {[](QDialog& dialog) {
