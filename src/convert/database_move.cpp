@@ -1,6 +1,7 @@
 #include "convert/database_move.h"
 
 #include "base/printf.h"
+#include "base/text.h"
 #include "convert/conversion_error.h"
 #include "convert/table_fill.h"
 #include "convert/table_manifest.h"
@@ -8,6 +9,7 @@
 #include "convert/unfinished_place.h"
 #include "jet/database.h"
 #include "platform/progress.h"
+#include "schema/schema.h"
 
 namespace convert {
 
@@ -58,7 +60,11 @@ class Move {
  private:
   void copyTable(jet::Database& old, jet::Database& made, const char* database, const std::string& name) {
     const MovingTable table(old.tableDef(name));
-    made.createTable(table.definition);
+    jet::TableDef definition = table.definition;
+    for (const jet::TableDef& known : schema::mainTables()) {
+      if (base::equalFoldAscii(known.name, name)) definition.addOrders(known);
+    }
+    made.createTable(definition);
     MovedTable moved{database, table.definition.name, {}};
     const platform::Progress progress(person_, database, name,
                                       old.openSnapshot("SELECT Count(*) AS n FROM [" + name + "]").at(0, 0U).toLong());

@@ -58,6 +58,7 @@ Json tableJson(const ExportedTable& table) {
   for (const jet::FieldDef& field : table.definition.fields) out["columns"].push_back(columnJson(field));
   out["indexes"] = Json::array();
   for (const jet::IndexDef& index : table.definition.indexes) {
+    if (index.forOrder) continue;
     out["indexes"].push_back({{"columns", index.fields}, {"unique", index.unique}});
   }
   return out;

@@ -74,7 +74,8 @@ class Database {
   virtual void createTable(const TableDef& table) = 0;
   // Adds what the stored form of a table of an earlier version lacks now. Can be interrupted at any moment, and costs
   // little when nothing is missing.
-  virtual void upgradeTable(std::string_view table) = 0;
+  // `table` is as it would be made now. A server goes on with what takes long after the call (a column's index).
+  virtual void upgradeTable(const TableDef& table) = 0;
 
   // A number that moves whenever the rows of the table may have changed, by this or another copy. Cheap.
   virtual std::uint64_t tableVersion(std::string_view table) = 0;

@@ -20,6 +20,9 @@ struct FieldDef {
 struct IndexDef {
   std::vector<std::string> fields;
   bool unique = false;
+  // A server alone has it: lists are read in the order of its one field, and equal texts are found. In a file such an
+  // index costs more than it brings, for columns are in memory sooner.
+  bool forOrder = false;
 };
 
 struct TableDef {
@@ -31,6 +34,10 @@ struct TableDef {
   [[nodiscard]] const FieldDef* find(std::string_view field) const;
   // Whether an index begins with that field.
   [[nodiscard]] bool leadsAnIndex(std::string_view field) const;
+  // The same of an index that is not merely for order.
+  [[nodiscard]] bool leadsAFullIndex(std::string_view field) const;
+  // Takes over the indexes for order of `other` whose field has no index here.
+  void addOrders(const TableDef& other);
 };
 
 }  // namespace jet

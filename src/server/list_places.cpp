@@ -14,9 +14,12 @@ namespace {
 // 10,000,000 calls during a fifth of it.
 constexpr std::chrono::seconds kPause{10};
 
-// The orders of the call list that a server has an index for.
-constexpr int kOrders[] = {-folders::KindTime,         folders::KindTime,   -folders::KindCostReference,
-                           folders::KindCostReference, folders::KindNumber, -folders::KindNumber};
+// The orders of the call list that a server has an index for, those asked for most at first.
+constexpr int kOrders[] = {-folders::KindTime,         folders::KindTime,       -folders::KindCostReference,
+                           folders::KindCostReference, folders::KindNumber,     folders::KindName,
+                           folders::KindExtension,     -folders::KindDuration,  folders::KindDepartment,
+                           -folders::KindNumber,       -folders::KindName,      -folders::KindExtension,
+                           folders::KindDuration,      -folders::KindDepartment};
 
 }  // namespace
 

@@ -150,7 +150,7 @@ void CServerDoc::addMissingTables() {
     const bool known = std::any_of(present.begin(), present.end(),
                                    [&](const std::string& name) { return base::equalFoldAscii(name, table.name); });
     if (known) {
-      main_->upgradeTable(table.name);
+      main_->upgradeTable(table);
     } else {
       main_->createTable(table);
     }

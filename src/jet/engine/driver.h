@@ -184,7 +184,7 @@ class Driver {
   virtual std::vector<std::string> tableNames() = 0;
   virtual void createTable(const TableDef& table) = 0;
   // Adds what the stored form of a table of an earlier version lacks now, whole or not at all; nothing when it is
-  // there.
+  // there. `table` is the definition with the indexes for order that it should have; those may be made later.
   virtual void upgradeTable(const TableDef& table) = 0;
   // Moves when definitions may have changed: whatever was bound to them is then out of date.
   [[nodiscard]] virtual std::uint64_t generation() const = 0;

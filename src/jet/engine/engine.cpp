@@ -183,9 +183,11 @@ void Engine::createTable(const TableDef& table) {
   versions_.noteChange(table.name);
 }
 
-void Engine::upgradeTable(std::string_view table) {
+void Engine::upgradeTable(const TableDef& table) {
   requireWritable({});
-  driver_->upgradeTable(tableDef(table));
+  TableDef stored = tableDef(table.name);
+  stored.addOrders(table);
+  driver_->upgradeTable(stored);
 }
 
 bool Engine::reconnect() {

@@ -42,7 +42,7 @@ class Engine final : public Database {
   TableDef tableDef(std::string_view table) override;
   std::vector<std::string> tableNames() override { return driver_->tableNames(); }
   void createTable(const TableDef& table) override;
-  void upgradeTable(std::string_view table) override;
+  void upgradeTable(const TableDef& table) override;
   std::uint64_t tableVersion(std::string_view table) override { return versions_.of(table); }
   void makeDurable() override { driver_->makeDurable(); }
   std::vector<TableRows> copyTo(const std::filesystem::path& file) override { return driver_->copyTo(file); }

@@ -147,13 +147,18 @@ void Catalog::loadIndexes() {
     const std::string term = text(3);
     std::string_view column = term;
     if (column.starts_with(kLower)) column.remove_prefix(kLower.size());
-    indexes.back().lettersOrder = indexes.back().lettersOrder || column.starts_with(kLetters);
+    if (column.starts_with(kLetters)) {
+      indexes.back().lettersOrder = true;
+      column.remove_prefix(kLetters.size());
+    }
     indexes.back().def.fields.push_back(namedColumn(column));
   }
   for (StoredIndex& index : indexes) {
     TableDef* const def = table(index.table);
-    if (def == nullptr || index.lettersOrder) continue;
+    if (def == nullptr) continue;
     std::vector<std::string>& fields = index.def.fields;
+    index.def.forOrder = index.name == orderIndexName(*def, fields.front());
+    if (index.lettersOrder && !index.def.forOrder) continue;
     if (index.name != indexName(*def, fields) && quotedName(fields.back()) == keyColumn(*def) && fields.size() > 1) {
       fields.pop_back();
     }

@@ -43,12 +43,21 @@ std::string ExpressionEmitter::siteText(Parameter::Kind kind, std::size_t site, 
   return "lower(" + parameter({.kind = kind, .index = index, .site = site, .type = Type::Text}) + " COLLATE \"C\")";
 }
 
+// Of a column that has no other index than one in the order of its letters, which are those of lower() for ASCII.
+std::string ExpressionEmitter::plainColumn(const BoundExpression& expression) {
+  if (!expression.isColumn() || ofGroups_) return lowered(expression);
+  const TableDef& table = *statement_.tables[expression.table].def;
+  const std::string& name = table.fields[expression.index].name;
+  return table.leadsAnIndex(name) && !table.leadsAFullIndex(name) ? letters(expression) : lowered(expression);
+}
+
 std::string ExpressionEmitter::compareTexts(const BoundExpression& expression) {
   const bool equality = expression.op == Operator::Equal || expression.op == Operator::NotEqual;
   const auto side = [&](const BoundExpression& each) {
     return isPlain(expression) ? lowered(each) : equality ? folded(each) : letters(each);
   };
-  const std::string left = side(expression.operands[0]);
+  const bool found = isPlain(expression) && expression.op == Operator::Equal && expression.operands[1].isLiteral();
+  const std::string left = found ? plainColumn(expression.operands[0]) : side(expression.operands[0]);
   const std::string sql = left + signOf(expression.op) + side(expression.operands[1]);
   return "(" + (isPlain(expression) ? outlined(expression) : std::string()) + sql + ")";
 }
@@ -62,7 +71,7 @@ std::string ExpressionEmitter::outlined(const BoundExpression& expression) {
     return {};
   }
   const TableDef& table = *statement_.tables[column.table].def;
-  if (table.leadsAnIndex(table.fields[column.index].name)) return {};
+  if (table.leadsAFullIndex(table.fields[column.index].name)) return {};
   return emit(column) + " LIKE " +
          parameter({.kind = Parameter::Kind::Outline, .index = text.index, .type = Type::Text}) + " AND ";
 }

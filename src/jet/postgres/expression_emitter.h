@@ -74,6 +74,7 @@ class ExpressionEmitter {
 
   std::string lowered(const bind::BoundExpression& expression);
   std::string folded(const bind::BoundExpression& expression);
+  std::string plainColumn(const bind::BoundExpression& expression);
   std::string letters(const bind::BoundExpression& expression);
   std::string siteText(Parameter::Kind kind, std::size_t site, std::size_t index = 0);
   [[nodiscard]] bool isPlain(const bind::BoundExpression& expression) const;

@@ -17,16 +17,12 @@ constexpr std::int64_t kStep = 4096;  // rows
 constexpr std::int64_t kMostAdded = 20'000;
 // From the beginning of a ladder to that of the next one of the same list, however often its table changes.
 constexpr std::chrono::seconds kPause{20};
-constexpr std::size_t kMostLists = 16;
+constexpr std::size_t kMostLists = 32;
 
 bool isInOrderOfAnIndex(const bind::BoundStatement& statement) {
   if (!statement.keyed || statement.orderBy.size() != 1) return false;
   const bind::BoundExpression& value = statement.orderBy.front().expression;
   return value.isColumn() && statement.table().leadsAnIndex(statement.table().fields[value.index].name);
-}
-
-bool namesColumn(const bind::BoundExpression& expression) {
-  return expression.isColumn() || std::ranges::any_of(expression.operands, namesColumn);
 }
 
 // "{1,2,3}"
@@ -49,11 +45,6 @@ bool isTrue(const PGresult* result, int column) {
   return PQgetisnull(result, 0, column) == 0 && *PQgetvalue(result, 0, column) != 0;
 }
 
-std::string rewrittenOf(const TableDef& table) {
-  return "(SELECT rewritten::text::bigint FROM " + quotedName(kChangesTable) +
-         " WHERE name = " + quotedText(table.name) + ")";
-}
-
 }  // namespace
 
 struct Ladders::Question {
@@ -65,9 +56,11 @@ struct Ladders::Question {
 
   [[nodiscard]] const TableDef& table() const { return request.query->statement.table(); }
   // Lists of some rows are of one desk; a condition may be one on all rows alike, as where no filter is set.
-  [[nodiscard]] bool isShared() const {
-    const auto& where = request.query->statement.where;
-    return !where || !namesColumn(*where);
+  [[nodiscard]] bool isShared() const { return readsAllRows(request.query->statement); }
+  // The number of the last change after which the ladder holds no more. Others can spoil a list of some rows.
+  [[nodiscard]] std::string lastMove() const {
+    const std::size_t field = request.query->statement.orderBy.front().expression.index;
+    return postgres::lastMove(table(), isShared() ? table().fields[field].name : std::string());
   }
 };
 
@@ -97,8 +90,14 @@ auto Ladders::ask(const engine::QueryRequest& request, const engine::Arguments& 
     question.name += value != nullptr ? std::string("\x1F") + value : std::string("\x1E");
   }
   List& list = listOf(question.name);
-  if (list.ladder && list.ladder->rewritten < session_->rewritten(question.table().name)) list.ladder.reset();
-  if (!list.ladder && question.isShared()) find(question, list);
+  if (!question.isShared()) {
+    const std::int64_t rewritten = session_->rewritten(question.table().name);
+    if (list.ladder && list.ladder->rewritten < rewritten) list.ladder.reset();
+  } else if (!mayRead()) {
+    return std::nullopt;
+  } else if (!list.ladder) {
+    find(question, list);
+  }
   const auto place = list.ladder ? answer(question, list) : std::nullopt;
   if (!list.ladder) make(question, list);
   return place;
@@ -113,17 +112,17 @@ Ladders::List& Ladders::listOf(const std::string& name) {
   return list;
 }
 
-// Added rows move a place towards the end, never towards the start: a place that is moved past the position gives way
-// to one that is not, for no more rows are added before that one.
+// Rows that were added or taken away move a place: one that is moved past the position gives way to another.
 std::optional<engine::Place> Ladders::placeIn(const Question& question, List& list, std::int64_t position) {
-  const std::vector<engine::Place>& places = list.ladder->places;
+  constexpr int kAttempts = 4;
   std::int64_t added = 0;
-  for (int attempt = 0; attempt < 2; ++attempt) {
+  for (int attempt = 0; attempt < kAttempts && list.ladder; ++attempt) {
+    const std::vector<engine::Place>& places = list.ladder->places;
     const auto behind = std::ranges::upper_bound(places, position - added, {}, &engine::Place::position);
     if (behind == places.begin()) return std::nullopt;
     const engine::Place place = *(behind - 1);
     const auto rows = rowsBefore(question, list, place.key);
-    if (!rows) return std::nullopt;
+    if (!rows) continue;
     added = *rows;
     if (place.position + added <= position) return engine::Place{place.position + added, place.key};
   }
@@ -165,21 +164,26 @@ std::optional<std::int64_t> Ladders::positionIn(const Question& question, List& 
   return place.position + *added + *between;
 }
 
-// Nothing when the ladder holds no more.
+// Nothing when the ladder holds no more, and when the place is gone, which is then left out.
 std::optional<std::int64_t> Ladders::rowsBefore(const Question& question, List& list, engine::RowKey key) {
   if (!list.rowsBefore) {
     list.rowsBefore = std::make_unique<PostgresSelect>(session_, emitRowsBefore(question.request), 0, false, "");
   }
-  const std::int64_t extras[] = {key, list.ladder->last, list.ladder->rewritten};
+  const std::int64_t extras[] = {key, list.ladder->last, list.ladder->rewritten, list.ladder->seen};
   PostgresSelect& select = *list.rowsBefore;
   select.bind({question.arguments.literals, question.arguments.sites, extras});
   select.step();
   const std::int64_t before = select.cell(0).integer;
   const std::int64_t added = select.cell(1).integer;
   const bool holds = select.cell(2).integer != 0;
+  const bool isThere = select.cell(3).integer != 0;
   select.reset();
   if (!holds) {
     list.ladder.reset();
+    return std::nullopt;
+  }
+  if (!isThere) {
+    std::erase_if(list.ladder->places, [&](const engine::Place& place) { return place.key == key; });
     return std::nullopt;
   }
   if (added > kMostAdded) make(question, list);
@@ -189,23 +193,25 @@ std::optional<std::int64_t> Ladders::rowsBefore(const Question& question, List& 
 // False for a schema of an earlier version, and without the right. Asked beforehand: a fault would end a transaction.
 bool Ladders::mayRead() {
   if (mayRead_) return true;
-  Parameters table;
-  table.addText(quotedName(kLaddersTable));
-  const Result result = session_->connection().run(
-      {"SELECT coalesce(has_table_privilege(to_regclass($1::text), 'SELECT'), false)"}, table);
+  Parameters tables;
+  tables.addText(quotedName(kLaddersTable));
+  tables.addText(quotedName(kOrdersTable));
+  const Result result =
+      session_->connection().run({"SELECT coalesce(has_table_privilege(to_regclass($1::text), 'SELECT') AND "
+                                  "has_table_privilege(to_regclass($2::text), 'SELECT'), false)"},
+                                 tables);
   mayRead_ = isTrue(result.get(), 0);
   return mayRead_;
 }
 
 // Another desk's, or of an earlier run of this one.
 void Ladders::find(const Question& question, List& list) {
-  constexpr int kHolds = 4;
-  constexpr int kRecent = 5;
-  if (!mayRead()) return;
+  constexpr int kHolds = 5;
+  constexpr int kRecent = 6;
   Parameters what;
   what.addText(question.name);
   const Result found = session_->connection().run(
-      {"SELECT rewritten, last, keys::text, positions::text, rewritten = " + rewrittenOf(question.table()) +
+      {"SELECT rewritten, last, keys::text, positions::text, seen, rewritten = " + question.lastMove() +
        ", made > now() - interval '" + std::to_string(kPause.count()) + " s' FROM " + quotedName(kLaddersTable) +
        " WHERE what = $1::text"},
       what);
@@ -217,9 +223,10 @@ void Ladders::find(const Question& question, List& list) {
   }
 }
 
-// Columns: rewritten, last, keys, positions.
+// Columns: rewritten, last, keys, positions, seen.
 Ladders::Ladder Ladders::ladderOf(const PGresult* result) {
-  Ladder ladder{integerAt(result, 0, 0), integerAt(result, 0, 1), {}};
+  constexpr int kSeen = 4;
+  Ladder ladder{integerAt(result, 0, 0), integerAt(result, 0, kSeen), integerAt(result, 0, 1), {}};
   const std::vector<std::int64_t> keys = numbersOf(textAt(result, 2));
   const std::vector<std::int64_t> positions = numbersOf(textAt(result, 3));
   for (std::size_t i = 0; i < std::min(keys.size(), positions.size()); ++i) {
@@ -233,19 +240,21 @@ void Ladders::make(const Question& question, List& list) {
   const auto now = std::chrono::steady_clock::now();
   if (making_ || (list.begun && now - *list.begun < kPause)) return;
   list.begun = now;
-  const std::string columns = "rewritten, last, keys, positions";
-  const std::string ladder = "SELECT " + rewrittenOf(question.table()) + " AS rewritten, coalesce((SELECT max(" +
-                             keyColumn(question.table()) + ") FROM " + quotedName(question.table().name) +
+  const std::string columns = "rewritten, last, keys, positions, seen";
+  const std::string ladder = "SELECT " + question.lastMove() + " AS rewritten, " + lastChange(question.table()) +
+                             " AS seen, coalesce((SELECT max(" + keyColumn(question.table()) + ") FROM " +
+                             quotedName(question.table().name) +
                              "), 0) AS last, coalesce(array_agg(k ORDER BY n), '{}') AS keys, "
                              "coalesce(array_agg(n ORDER BY n), '{}') AS positions FROM (" +
                              question.plan.sql + ") AS l";
-  const std::string given = "rewritten, last, keys::text, positions::text";
+  const std::string given = "rewritten, last, keys::text, positions::text, seen";
   const bool stores = question.isShared() && !session_->connection().readOnly() && !refused_;
   const std::string statement =
       stores ? "INSERT INTO " + quotedName(kLaddersTable) + " AS o (what, made, " + columns + ") SELECT " +
                    quotedText(question.name) + ", now(), " + columns + " FROM (" + ladder +
                    ") AS m ON CONFLICT (what) DO UPDATE SET (made, " + columns +
-                   ") = (excluded.made, excluded.rewritten, excluded.last, excluded.keys, excluded.positions) "
+                   ") = (excluded.made, excluded.rewritten, excluded.last, excluded.keys, excluded.positions, "
+                   "excluded.seen) "
                    "RETURNING " +
                    given
              : "SELECT " + given + " FROM (" + ladder + ") AS m";

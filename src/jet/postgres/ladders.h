@@ -18,8 +18,9 @@ namespace jet::postgres {
 // a list in the order of an index every 4,096th row is remembered: its ladder. Making one takes seconds; a connection
 // of its own does it while this one goes on. Those of whole tables are kept in the schema for the other desks.
 //
-// A ladder counts the rows up to a key. Those added since are counted when a place is asked for, and any other change
-// makes it worthless: the server itself says so when it is asked for that number.
+// A ladder counts the rows up to a key. Those added since, and some thousand that were taken away, are counted when a
+// place is asked for. What else moves rows makes it worthless, such as an update of the column that the list is in the
+// order of: the server itself says so when it is asked for that number.
 class Ladders {
  public:
   explicit Ladders(std::shared_ptr<Session> session) : session_(std::move(session)) {}
@@ -35,7 +36,8 @@ class Ladders {
 
  private:
   struct Ladder {
-    std::int64_t rewritten = 0;  // the table's last change that it holds for
+    std::int64_t rewritten = 0;  // the last change that moved rows, for which it holds
+    std::int64_t seen = 0;       // the table's last change whose rows it counts
     engine::RowKey last = 0;     // the greatest key of its rows
     std::vector<engine::Place> places;
   };

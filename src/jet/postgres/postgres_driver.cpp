@@ -177,9 +177,52 @@ void PostgresDriver::createTable(const TableDef& table) {
 }
 
 void PostgresDriver::upgradeTable(const TableDef& table) {
-  if (catalog_.isUpToDate(table)) return;
-  session_->change(tableUpkeepStatements(schema(), table));
+  const bind::TableDefPtr stored = catalog_.find(table.name);
+  if (!catalog_.isUpToDate(*stored)) {
+    session_->change(tableUpkeepStatements(schema(), *stored));
+    catalog_.invalidate();
+  }
+  std::vector<IndexDef> missing;
+  std::ranges::copy_if(table.indexes, std::back_inserter(missing), [&](const IndexDef& index) {
+    return index.forOrder && !stored->leadsAnIndex(index.fields.front());
+  });
+  // Lists are in order without them, only later: whoever may not make them goes on.
+  if (!missing.empty() && isOwnerOf(table)) addOrders(table, missing);
+}
+
+bool PostgresDriver::isOwnerOf(const TableDef& table) {
+  Parameters name;
+  name.addText(quotedName(table.name));
+  const Result result = session_->connection().run(
+      {"SELECT count(*)::bigint FROM pg_class WHERE oid = to_regclass($1::text) AND pg_has_role(relowner, 'USAGE')"},
+      name);
+  return integerAt(result.get(), 0, 0) > 0;
+}
+
+bool PostgresDriver::areOrdersNoted(const TableDef& table, const std::vector<IndexDef>& indexes) {
+  std::string fields;
+  for (const IndexDef& index : indexes) fields += (fields.empty() ? "" : ", ") + quotedText(index.fields.front());
+  const Result result =
+      session_->connection().run({"SELECT count(*)::bigint FROM " + quotedName(kOrdersTable) +
+                                  " WHERE name = " + quotedText(table.name) + " AND field IN (" + fields + ")"});
+  return integerAt(result.get(), 0, 0) == static_cast<std::int64_t>(indexes.size());
+}
+
+// An index of many rows is made beside other work.
+void PostgresDriver::addOrders(const TableDef& table, const std::vector<IndexDef>& missing) {
+  constexpr std::int64_t kMostAtOnce = 20'000;
+  std::vector<std::string> statements;
+  if (!areOrdersNoted(table, missing)) statements = orderStatements(schema(), table);
+  const bool atOnce = rowLimit(table) <= kMostAtOnce;
+  if (atOnce) {
+    for (const IndexDef& index : missing) {
+      statements.push_back(orderIndexStatement(schema(), table, index, false));
+    }
+    for (std::string& statement : definitionsChangedStatements(schema())) statements.push_back(std::move(statement));
+  }
+  if (!statements.empty()) session_->change(statements);
   catalog_.invalidate();
+  if (!atOnce) indexes_.begin(table, missing);
 }
 
 std::unique_ptr<engine::Query> PostgresDriver::prepare(const engine::QueryRequest& request) {
@@ -313,6 +356,7 @@ bool PostgresDriver::reconnect() {
 void PostgresDriver::lookForChanges(engine::ChangeListener& listener, bool closely) {
   if (session_->lookForChanges(listener, closely)) catalog_.invalidate();
   ladders_.takeMade();
+  indexes_.goOn();
 }
 
 std::vector<TableRows> PostgresDriver::copyTo(const std::filesystem::path&) {

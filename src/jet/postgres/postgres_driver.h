@@ -3,6 +3,7 @@
 #include "jet/engine/driver.h"
 #include "jet/postgres/bulk_insert.h"
 #include "jet/postgres/catalog.h"
+#include "jet/postgres/index_maker.h"
 #include "jet/postgres/ladders.h"
 #include "jet/postgres/session.h"
 
@@ -75,6 +76,10 @@ class PostgresDriver final : public engine::Driver {
   void changeAsOwner(const std::vector<std::string>& statements, bool alone);
   void requireRights();
   [[nodiscard]] const std::string& schema() const { return session_->connection().address().schema(); }
+  [[nodiscard]] bool isOwnerOf(const TableDef& table);
+  // Whether "jet orders" knows of the fields.
+  [[nodiscard]] bool areOrdersNoted(const TableDef& table, const std::vector<IndexDef>& indexes);
+  void addOrders(const TableDef& table, const std::vector<IndexDef>& missing);
   std::unique_ptr<BulkInsert> bulkInsert(const TableDef& table, std::span<const std::size_t> fields);
   // Moves the numbering of a table after a row that brought its own number.
   [[nodiscard]] std::vector<std::string> afterOwnKey(const TableDef& table) const;
@@ -82,6 +87,7 @@ class PostgresDriver final : public engine::Driver {
   std::shared_ptr<Session> session_;
   Catalog catalog_;
   Ladders ladders_{session_};
+  IndexMaker indexes_{session_};
 };
 
 }  // namespace jet::postgres

@@ -55,6 +55,50 @@ $jet$)",
                       inSchema(schema, kChangesTable), inSchema(schema, kChangesTable), tell(schema));
 }
 
+// Before each statement that changes the column that is the trigger's argument.
+std::string moveFunction(const std::string& schema) {
+  return base::format(R"(CREATE OR REPLACE FUNCTION %s() RETURNS trigger LANGUAGE plpgsql AS $jet$
+BEGIN
+  UPDATE %s SET moved = pg_current_xact_id()
+    WHERE name = TG_TABLE_NAME AND field = TG_ARGV[0] AND moved <> pg_current_xact_id();
+  RETURN NULL;
+END
+$jet$)",
+                      inSchema(schema, "jet move"), inSchema(schema, kOrdersTable));
+}
+
+// The columns that lead an index, each once.
+std::vector<std::string> orderedFields(const TableDef& table) {
+  std::vector<std::string> names;
+  for (const FieldDef& field : table.fields) {
+    if (!field.autoIncrement && table.leadsAnIndex(field.name)) names.push_back(field.name);
+  }
+  return names;
+}
+
+std::string movedStatement(const std::string& schema, const TableDef& table) {
+  return "UPDATE " + inSchema(schema, kOrdersTable) +
+         " SET moved = pg_current_xact_id() WHERE name = " + quotedText(table.name) +
+         " AND field = '' AND moved <> pg_current_xact_id();";
+}
+
+// The rows taken away by a statement, in its trigger.
+std::string noteRemoved(const std::string& schema, const TableDef& table) {
+  const std::vector<std::string> fields = orderedFields(table);
+  if (fields.empty()) return {};
+  std::string columns = keyColumn(table);
+  for (const std::string& field : fields) columns += ", " + quotedName(field);
+  const std::string kept = inSchema(schema, removedTable(table));
+  return base::format(R"(    IF (SELECT count(*) FROM %s) + (SELECT count(*) FROM "jet rows") > %d THEN
+      DELETE FROM %s;
+      %s
+    ELSE
+      INSERT INTO %s SELECT pg_current_xact_id(), %s FROM "jet rows";
+    END IF;
+)",
+                      kept, kMostRemoved, kept, movedStatement(schema, table), kept, columns);
+}
+
 std::string countFunctionName(const TableDef& table) {
   return shortName("jet count " + table.name);
 }
@@ -72,28 +116,31 @@ DECLARE
 BEGIN
 )",
                                          inSchema(schema, countFunctionName(table)));
-  const std::string inserted =
-      base::format(R"(  IF TG_OP = 'INSERT' THEN
+  const std::string inserted = base::format(R"(  IF TG_OP = 'INSERT' THEN
     SELECT min(%s) INTO least FROM "jet rows";
     IF (SELECT max(last) FROM %s WHERE name = %s AND block >= least >> %d) > least THEN
       UPDATE %s SET rewritten = pg_current_xact_id() WHERE name = %s AND rewritten <> pg_current_xact_id();
+      %s
     END IF;
     INSERT INTO %s AS b SELECT %s, %s, count(*), max(%s) FROM "jet rows" GROUP BY 2 ORDER BY 2
       ON CONFLICT (name, block) DO UPDATE
         SET rows = b.rows + excluded.rows, last = greatest(b.last, excluded.last);
 )",
-                   key, blocks, name, kBlockBits, inSchema(schema, kChangesTable), name, blocks, name, block, key);
-  const std::string removed = base::format(R"(  ELSIF TG_OP = 'DELETE' THEN
+                                            key, blocks, name, kBlockBits, inSchema(schema, kChangesTable), name,
+                                            movedStatement(schema, table), blocks, name, block, key);
+  const std::string removed =
+      base::format(R"(  ELSIF TG_OP = 'DELETE' THEN
     UPDATE %s AS b SET rows = b.rows - c.rows
       FROM (SELECT %s AS block, count(*) AS rows FROM "jet rows" GROUP BY 1) AS c
       WHERE b.name = %s AND b.block = c.block;
-  ELSE
+%s  ELSE
     DELETE FROM %s WHERE name = %s;
+    %s
   END IF;
   RETURN NULL;
 END
 $jet$)",
-                                           blocks, block, name, blocks, name);
+                   blocks, block, name, noteRemoved(schema, table), blocks, name, movedStatement(schema, table));
   return begin + inserted + removed;
 }
 
@@ -115,6 +162,11 @@ std::string createIndex(const std::string& schema, const TableDef& table, const 
          inSchema(schema, table.name) + " (" + terms + ")";
 }
 
+// Rows are passed without being fetched when the index has all that the expression is made of.
+std::string lettersTerms(const TableDef& table, const std::string& field) {
+  return "jet.letters(" + quotedName(field) + ") NULLS FIRST, " + keyColumn(table) + ") INCLUDE (" + quotedName(field);
+}
+
 // The index of letters of an earlier version: rows that are passed by it are fetched.
 void dropIndexWithoutColumn(std::vector<std::string>& statements, const std::string& schema, const std::string& name) {
   statements.push_back(base::format(R"(DO $jet$
@@ -131,6 +183,10 @@ $jet$)",
 // after the fields puts equal rows in the table's order.
 void addIndex(std::vector<std::string>& statements, const std::string& schema, const TableDef& table,
               const IndexDef& index) {
+  if (index.forOrder) {
+    statements.push_back(orderIndexStatement(schema, table, index, false));
+    return;
+  }
   std::string terms;
   for (const std::string& field : index.fields) terms += (terms.empty() ? "" : ", ") + indexTerm(table, field);
   const FieldDef* const first = table.find(index.fields.front());
@@ -140,11 +196,8 @@ void addIndex(std::vector<std::string>& statements, const std::string& schema, c
   statements.push_back(createIndex(schema, table, indexName(table, index.fields), terms, index.unique));
   if (!text) return;
   dropIndexWithoutColumn(statements, schema, indexName(table, {first->name, "letters"}));
-  statements.push_back(createIndex(schema, table, indexName(table, {first->name, "letters"}),
-                                   "jet.letters(" + quotedName(first->name) + ") NULLS FIRST, " + keyColumn(table),
-                                   false) +
-                       // Rows are passed without being fetched when the index has all that the expression is made of.
-                       " INCLUDE (" + quotedName(first->name) + ")");
+  statements.push_back(
+      createIndex(schema, table, indexName(table, {first->name, "letters"}), lettersTerms(table, first->name), false));
 }
 
 }  // namespace
@@ -171,15 +224,34 @@ std::vector<std::string> schemaStatements(const std::string& schema) {
 }
 
 std::vector<std::string> renamedStatements(const std::string& schema) {
+  const std::string ladders = inSchema(schema, kLaddersTable);
   return {noteFunction(schema),
-          "CREATE TABLE IF NOT EXISTS " + inSchema(schema, kLaddersTable) +
+          "CREATE TABLE IF NOT EXISTS " + ladders +
               " (what text PRIMARY KEY, made timestamptz NOT NULL, rewritten bigint NOT NULL, last bigint NOT NULL, "
               "keys bigint[] NOT NULL, positions bigint[] NOT NULL)",
+          "ALTER TABLE " + ladders + " ADD COLUMN IF NOT EXISTS seen bigint NOT NULL DEFAULT 0",
+          "CREATE TABLE IF NOT EXISTS " + inSchema(schema, kOrdersTable) +
+              " (name text, field text, moved xid8 NOT NULL, PRIMARY KEY (name, field)) WITH (fillfactor = 50)",
+          moveFunction(schema),
           "COMMENT ON SCHEMA " + quotedName(schema) + " IS " + quotedText(schemaComment(schema))};
 }
 
 std::string schemaComment(const std::string& schema) {
-  return "jet 2: " + schema;
+  return "jet 3: " + schema;
+}
+
+std::string lastMove(const TableDef& table, std::string_view field) {
+  const std::string name = " WHERE name = " + quotedText(table.name);
+  if (field.empty()) {
+    return "(SELECT rewritten::text::bigint FROM " + quotedName(kChangesTable) + name + ")";
+  }
+  return "(SELECT max(moved::text::bigint) FROM " + quotedName(kOrdersTable) + name + " AND field IN ('', " +
+         quotedText(field) + "))";
+}
+
+std::string lastChange(const TableDef& table) {
+  return "(SELECT changed::text::bigint FROM " + quotedName(kChangesTable) + " WHERE name = " + quotedText(table.name) +
+         ")";
 }
 
 std::vector<std::string> tableStatements(const std::string& schema, const TableDef& table) {
@@ -207,7 +279,7 @@ std::vector<std::string> tableUpkeepStatements(const std::string& schema, const 
   const std::string name = quotedText(table.name);
   statements.push_back("INSERT INTO " + inSchema(schema, kChangesTable) + " VALUES (" + name +
                        ", pg_current_xact_id(), pg_current_xact_id()) ON CONFLICT DO NOTHING");
-  statements.push_back(countFunction(schema, table));
+  for (std::string& statement : orderStatements(schema, table)) statements.push_back(std::move(statement));
   const std::string counter = countFunctionName(table);
   statements.push_back(
       trigger(schema, table, "jet note", "BEFORE INSERT OR UPDATE OR DELETE OR TRUNCATE", "", "jet note"));
@@ -224,6 +296,45 @@ std::vector<std::string> tableUpkeepStatements(const std::string& schema, const 
                                     inSchema(schema, table.name)));
   statements.push_back("COMMENT ON TABLE " + inSchema(schema, table.name) + " IS " + quotedText(kTableVersion));
   return statements;
+}
+
+std::vector<std::string> orderStatements(const std::string& schema, const TableDef& table) {
+  const std::string removed = inSchema(schema, removedTable(table));
+  std::string columns = keyColumn(table);
+  std::vector<std::string> fields = orderedFields(table);
+  for (const std::string& field : fields) columns += ", " + quotedName(field);
+  // Places that others remember hold no more.
+  std::vector<std::string> statements{"DROP TABLE IF EXISTS " + removed,
+                                      "CREATE TABLE " + removed + " AS SELECT pg_current_xact_id() AS " +
+                                          quotedName(kRemovedBy) + ", " + columns + " FROM " +
+                                          inSchema(schema, table.name) + " LIMIT 0"};
+  if (fields.empty()) statements.clear();
+  const auto moves = [&](const std::string& column, const std::string& field) {
+    statements.push_back("CREATE OR REPLACE TRIGGER " + quotedName(shortName("jet move " + field)) +
+                         " BEFORE UPDATE OF " + column + " ON " + inSchema(schema, table.name) +
+                         " FOR EACH STATEMENT EXECUTE FUNCTION " + inSchema(schema, "jet move") + "(" +
+                         quotedText(field) + ")");
+  };
+  for (const std::string& field : fields) moves(quotedName(field), field);
+  moves(keyColumn(table), {});
+  fields.emplace_back();
+  for (const std::string& field : fields) {
+    statements.push_back("INSERT INTO " + inSchema(schema, kOrdersTable) + " VALUES (" + quotedText(table.name) + ", " +
+                         quotedText(field) +
+                         ", pg_current_xact_id()) ON CONFLICT (name, field) DO UPDATE SET moved = excluded.moved");
+  }
+  statements.push_back(countFunction(schema, table));
+  return statements;
+}
+
+std::string orderIndexStatement(const std::string& schema, const TableDef& table, const IndexDef& index,
+                                bool besideOthers) {
+  const std::string& name = index.fields.front();
+  const FieldDef* const field = table.find(name);
+  const bool text = field != nullptr && field->type == Type::Text;
+  return std::string("CREATE INDEX ") + (besideOthers ? "CONCURRENTLY " : "") + "IF NOT EXISTS " +
+         quotedName(orderIndexName(table, name)) + " ON " + inSchema(schema, table.name) + " (" +
+         (text ? lettersTerms(table, field->name) : indexTerm(table, name) + ", " + keyColumn(table)) + ")";
 }
 
 std::vector<std::string> definitionsChangedStatements(const std::string& schema) {
@@ -265,6 +376,14 @@ std::string indexName(const TableDef& table, const std::vector<std::string>& fie
   std::string name = "ix_" + table.name;
   for (const std::string& field : fields) name += "_" + field;
   return shortName(std::move(name));
+}
+
+std::string orderIndexName(const TableDef& table, const std::string& field) {
+  return indexName(table, {field, "order"});
+}
+
+std::string removedTable(const TableDef& table) {
+  return shortName("jet removed " + table.name);
 }
 
 }  // namespace jet::postgres

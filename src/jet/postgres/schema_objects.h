@@ -21,9 +21,18 @@ inline constexpr const char* kBlocksTable = "jet blocks";
 inline constexpr int kBlockBits = 11;
 
 // "jet ladders": rows far apart in an order of a table (`what`, the select that finds them), for jumps (ladders.h):
-// their keys and positions among the keys up to `last`, after the change `rewritten` of "jet changes". Passed over when
-// the table is missing or cannot be written.
+// their keys and positions among the keys up to `last`, after the changes `rewritten` and `seen`. Passed over when the
+// table is missing or cannot be written.
 inline constexpr const char* kLaddersTable = "jet ladders";
+// "jet orders": for each table and field that leads an index, the last transaction that changed this column of rows
+// that were there (`moved`). The row of no field is that of whatever else moves rows in every order and is not told by
+// the keys or by what was taken away.
+inline constexpr const char* kOrdersTable = "jet orders";
+// "jet removed TABLE": the fields of "jet orders" of rows that were taken away lately, and by which transaction.
+std::string removedTable(const TableDef& table);
+inline constexpr const char* kRemovedBy = "jet removed";
+// More rows than these, all in all, are not kept: they have moved the others.
+inline constexpr int kMostRemoved = 2000;
 
 // Names that begin like this are no tables of the program.
 inline constexpr const char* kOwnPrefix = "jet ";
@@ -42,10 +51,21 @@ std::vector<std::string> schemaStatements(const std::string& schema);
 std::vector<std::string> renamedStatements(const std::string& schema);
 // The comment of a schema that has all of this, and whose functions know its name: it ends with that.
 std::string schemaComment(const std::string& schema);
+// The last change, as a number, after which places in the order of a field hold no more, those added or taken away told
+// apart; without a field, the last change that was more than rows added after all others. An expression.
+std::string lastMove(const TableDef& table, std::string_view field);
+// The last change of a table, in the same way.
+std::string lastChange(const TableDef& table);
+
 // Makes a table.
 std::vector<std::string> tableStatements(const std::string& schema, const TableDef& table);
 // Makes its indexes and triggers, where they are missing.
 std::vector<std::string> tableUpkeepStatements(const std::string& schema, const TableDef& table);
+// Makes what the orders of its indexes need besides.
+std::vector<std::string> orderStatements(const std::string& schema, const TableDef& table);
+// Makes an index that is for order alone, where it is missing.
+std::string orderIndexStatement(const std::string& schema, const TableDef& table, const IndexDef& index,
+                                bool besideOthers);
 // A change of definitions, noted for the other connections.
 std::vector<std::string> definitionsChangedStatements(const std::string& schema);
 
@@ -58,5 +78,7 @@ inline constexpr const char* kSizePrefix = "size ";
 std::string columnDeclaration(const FieldDef& field);
 // The name of an index over these fields; none is longer than the server's limit.
 std::string indexName(const TableDef& table, const std::vector<std::string>& fields);
+// The same of an index that is for order alone.
+std::string orderIndexName(const TableDef& table, const std::string& field);
 
 }  // namespace jet::postgres

@@ -21,6 +21,10 @@ std::string numbered(char letter, std::size_t index) {
   return letter + std::to_string(index + 1);
 }
 
+bool namesColumn(const BoundExpression& expression) {
+  return expression.isColumn() || std::ranges::any_of(expression.operands, namesColumn);
+}
+
 class StatementWriter {
  public:
   explicit StatementWriter(const engine::QueryRequest& request)
@@ -73,9 +77,14 @@ class StatementWriter {
     before += "(SELECT v, k FROM \"jet row\")";
     if (!item.descending) before += " OR " + value + " IS NULL";
     plan_.sql = "WITH \"jet row\" AS MATERIALIZED (" + row(value + " AS v, " + key + " AS k", 0) + ") ";
-    plan_.sql += "SELECT count(*) FILTER (WHERE " + before + "), count(*), EXISTS (" + row("", 1);
-    plan_.sql += ") AND (SELECT rewritten FROM " + quotedName(kChangesTable) +
-                 " WHERE name = " + quotedText(statement_.table().name) + ")::text::bigint = " + emitter_.extra(2);
+    plan_.sql += "SELECT count(*) FILTER (WHERE " + before + ")";
+    const bool all = readsAllRows(statement_);
+    if (all) plan_.sql += " - " + removedRows("(" + before + ") AND " + key + " <= " + emitter_.extra(1), 3);
+    plan_.sql += ", count(*), EXISTS (" + row("", 1);
+    const std::string field = statement_.table().fields[item.expression.index].name;
+    plan_.sql += ") AND " + lastMove(statement_.table(), all ? field : std::string()) + " = " + emitter_.extra(2) +
+                 " AND " + lastChange(statement_.table()) + " >= " + emitter_.extra(3) +
+                 ", EXISTS (SELECT FROM \"jet row\")";
     plan_.sql += rows() + (statement_.where ? " AND " : " WHERE ") + key + " > " + emitter_.extra(1);
     return std::move(plan_);
   }
@@ -95,6 +104,14 @@ class StatementWriter {
   }
 
  private:
+  // The number of rows taken away by changes behind that of the parameter.
+  std::string removedRows(const std::string& condition, std::size_t extra) {
+    const std::string alias = quotedName(statement_.tables.front().alias);
+    return "(SELECT count(*) FROM " + quotedName(removedTable(statement_.table())) + " AS " + alias + " WHERE " +
+           condition + " AND " + alias + "." + quotedName(kRemovedBy) + "::text::bigint > " + emitter_.extra(extra) +
+           ")";
+  }
+
   [[nodiscard]] bool isDescending() const { return statement_.orderBy.front().descending; }
 
   // What rows are put in order by.
@@ -455,6 +472,10 @@ class StatementWriter {
 };
 
 }  // namespace
+
+bool readsAllRows(const bind::BoundStatement& statement) {
+  return !statement.where || !namesColumn(*statement.where);
+}
 
 Plan emitQuery(const engine::QueryRequest& request) {
   return StatementWriter(request).write();

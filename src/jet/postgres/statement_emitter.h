@@ -9,12 +9,16 @@ namespace jet::postgres {
 // query with keys selects the key first.
 Plan emitQuery(const engine::QueryRequest& request);
 
+// Whether a select's condition, if any, is one on all rows alike.
+bool readsAllRows(const bind::BoundStatement& statement);
+
 // Of a select of one table and one order item. Every `step`th of the rows whose value in the order is not Null: the
 // key `k` and how many rows stand before it, `n`.
 Plan emitLadder(const engine::QueryRequest& request, std::int64_t step);
-// Of the same select, and the row of key extra 0, whose value is not Null. Three columns: how many rows with keys
-// behind extra 1 stand before it; how many such rows there are; whether the row of key extra 1 is there and no row was
-// changed or taken away since the change extra 2 of the table ("rewritten").
+// Of the same select, and the row of key extra 0, whose value is not Null. Four columns: how many rows with keys behind
+// extra 1 stand before it, less those up to extra 1 that did and were taken away by changes behind extra 3; how many
+// rows there are with keys behind extra 1; whether the row of key extra 1 is there, extra 2 is lastMove(), and change
+// extra 3 is seen; whether the row of key extra 0 is there.
 Plan emitRowsBefore(const engine::QueryRequest& request);
 
 // Of the same select. Whether the row of key extra 1 comes before that of extra 0, or is it; Null when one of them has

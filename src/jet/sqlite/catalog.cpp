@@ -146,6 +146,7 @@ std::vector<std::string> createStatements(const TableDef& table) {
   }
   std::vector<std::string> statements{create + ")"};
   for (const IndexDef& index : table.indexes) {
+    if (index.forOrder) continue;
     std::string name = "ix_" + table.name;
     std::string columns;
     for (const std::string& field : index.fields) {

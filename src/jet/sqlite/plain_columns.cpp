@@ -15,7 +15,7 @@ std::string beyondAscii(const std::string& field) {
 
 std::string lettersIndexName(const TableDef& table, const std::string& field) {
   const FieldDef* const found = table.find(field);
-  if (found == nullptr || found->type != Type::Text || !table.leadsAnIndex(field)) return {};
+  if (found == nullptr || found->type != Type::Text || !table.leadsAFullIndex(field)) return {};
   return "ix_" + table.name + "_" + found->name + "_letters";
 }
 
