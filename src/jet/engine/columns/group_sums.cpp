@@ -1,6 +1,7 @@
 #include "jet/engine/columns/group_sums.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -45,6 +46,21 @@ std::optional<std::vector<std::string>> orderedBytes(const std::vector<Value>& v
   }
   return bytes;
 }
+
+// A group with the first of its bytes, which decide nearly always and are at hand while it is sorted.
+struct BytesPlace {
+  BytesPlace(std::string_view bytes, std::uint32_t ofGroup) : group(ofGroup) {
+    for (std::size_t i = 0; i < begin.size(); ++i) {
+      std::uint64_t& part = begin[i];
+      for (std::size_t byte = i * sizeof part; byte < (i + 1) * sizeof part; ++byte) {
+        part = part << 8U | (byte < bytes.size() ? static_cast<unsigned char>(bytes[byte]) : 0U);
+      }
+    }
+  }
+
+  std::array<std::uint64_t, 2> begin{};
+  std::uint32_t group;
+};
 
 Value textOf(const TextDictionary& texts, std::int32_t code) {
   return code == 0 ? Value() : Value(texts.text(static_cast<std::uint32_t>(code)));
@@ -319,18 +335,27 @@ void StatisticRows::sortBy(const Item& item, bool descending, const base::Look& 
   std::vector<Value> values;
   values.reserve(groups_.size());
   for (std::size_t group = 0; group < groups_.size(); ++group) values.push_back(cell(item, group));
-  const auto sort = [&](const auto& compared) {
-    std::stable_sort(order_.begin(), order_.end(), [&](std::uint32_t left, std::uint32_t right) {
+  const auto sort = [&](auto& places, const auto& compared) {
+    std::stable_sort(places.begin(), places.end(), [&](const auto& left, const auto& right) {
       steps.step();
       const int found = compared(left, right);
       return descending ? found > 0 : found < 0;
     });
   };
-  if (const auto bytes = orderedBytes(values)) {
-    sort([&](std::uint32_t left, std::uint32_t right) { return (*bytes)[left].compare((*bytes)[right]); });
-  } else {
-    sort([&](std::uint32_t left, std::uint32_t right) { return memory::sortOrder(values[left], values[right]); });
+  const auto bytes = orderedBytes(values);
+  if (!bytes) {
+    return sort(order_, [&](std::uint32_t left, std::uint32_t right) {
+      return memory::sortOrder(values[left], values[right]);
+    });
   }
+  std::vector<BytesPlace> places;
+  places.reserve(order_.size());
+  for (const std::uint32_t group : order_) places.emplace_back((*bytes)[group], group);
+  sort(places, [&](const BytesPlace& left, const BytesPlace& right) {
+    if (left.begin != right.begin) return left.begin < right.begin ? -1 : 1;
+    return (*bytes)[left.group].compare((*bytes)[right.group]);
+  });
+  std::ranges::transform(places, order_.begin(), &BytesPlace::group);
 }
 
 }  // namespace jet::columns
