@@ -20,7 +20,8 @@ TEST_F(DatabaseTest, DefinitionsComeBack) {
   const auto main = place_.database("main.mdb");
   schema::createMainDatabase(main);
   const auto reopened = openDatabase(main, OpenMode::ReadOnly);
-  for (const TableDef& table : schema::mainTables()) {
+  for (TableDef table : schema::mainTables()) {
+    if (!place_.onServer()) std::erase_if(table.indexes, [](const IndexDef& index) { return index.forOrder; });
     const TableDef found = reopened->tableDef(table.name);
     EXPECT_EQ(found.name, table.name);
     ASSERT_EQ(found.fields.size(), table.fields.size()) << table.name;
@@ -38,6 +39,7 @@ TEST_F(DatabaseTest, DefinitionsComeBack) {
     for (std::size_t i = 0; i < table.indexes.size(); ++i) {
       EXPECT_EQ(found.indexes[i].fields, table.indexes[i].fields);
       EXPECT_EQ(found.indexes[i].unique, table.indexes[i].unique);
+      EXPECT_EQ(found.indexes[i].forOrder, table.indexes[i].forOrder);
     }
   }
   EXPECT_EQ(reopened->tableNames().size(), schema::mainTables().size());
@@ -107,14 +109,16 @@ TEST_F(DatabaseTest, AWatcherSeesLongStatementsAndStopsThoseThatChangeNothing) {
   database_->watch([&calls] { return ++calls < 3; });
   const char* const longQuery = "select count(*) from (T as a INNER JOIN T as b ON a.B = b.B) where a.A > b.A";
   EXPECT_EQ(errorOf([&] { database_->openSnapshot(longQuery); }), Error::kCanceled);
-  EXPECT_EQ(calls, 3);
+  // A server takes a moment to hear of it.
+  EXPECT_GE(calls, 3);
+  const int before = calls;
   {
     Transaction transaction(*database_);
     database_->execute("update T set B = 'y' where A = 1");
     EXPECT_NO_THROW(database_->openWindow(longQuery)->rowCount());
     transaction.commit();
   }
-  EXPECT_GT(calls, 3);
+  EXPECT_GT(calls, before);
   database_->watch({});
   EXPECT_EQ(rows("select count(*) from T where B = 'y'"), "1");
 }

@@ -361,4 +361,12 @@ std::string ExpressionEmitter::orderTerm(const BoundExpression& expression, bool
   return term + (descending ? " DESC NULLS LAST" : " NULLS FIRST");
 }
 
+// An expression that is the column's value, but not the one that the index was made of.
+std::string ExpressionEmitter::orderTermBesideIndex(const BoundExpression& expression, bool descending) {
+  const std::string other = expression.type == Type::Text       ? " || ''"
+                            : expression.type == Type::DateTime ? " + interval '0'"
+                                                                : " + 0";
+  return "(" + ordered(expression) + other + ")" + (descending ? " DESC NULLS LAST" : " NULLS FIRST");
+}
+
 }  // namespace jet::postgres

@@ -28,6 +28,8 @@ class ExpressionEmitter {
   std::string groupKey(const bind::BoundExpression& expression);
   // A term of ORDER BY with its direction; Null comes before all values.
   std::string orderTerm(const bind::BoundExpression& expression, bool descending);
+  // The same of a column, and no index serves it.
+  std::string orderTermBesideIndex(const bind::BoundExpression& expression, bool descending);
   // What such a term compares.
   std::string ordered(const bind::BoundExpression& expression);
 

@@ -19,12 +19,6 @@ constexpr std::int64_t kMostAdded = 20'000;
 constexpr std::chrono::seconds kPause{20};
 constexpr std::size_t kMostLists = 32;
 
-bool isInOrderOfAnIndex(const bind::BoundStatement& statement) {
-  if (!statement.keyed || statement.orderBy.size() != 1) return false;
-  const bind::BoundExpression& value = statement.orderBy.front().expression;
-  return value.isColumn() && statement.table().leadsAnIndex(statement.table().fields[value.index].name);
-}
-
 // "{1,2,3}"
 std::vector<std::int64_t> numbersOf(std::string_view array) {
   std::vector<std::int64_t> numbers;
@@ -79,7 +73,7 @@ std::optional<std::int64_t> Ladders::positionOf(const engine::QueryRequest& requ
 template <typename Answer>
 auto Ladders::ask(const engine::QueryRequest& request, const engine::Arguments& arguments, Answer answer)
     -> decltype(answer(std::declval<const Question&>(), std::declval<List&>())) {
-  if (!isInOrderOfAnIndex(request.query->statement)) return std::nullopt;
+  if (!readsByIndex(request.query->statement)) return std::nullopt;
   takeMade();
   const Plan plan = emitLadder(request, kStep);
   Parameters parameters;

@@ -25,6 +25,16 @@ bool namesColumn(const BoundExpression& expression) {
   return expression.isColumn() || std::ranges::any_of(expression.operands, namesColumn);
 }
 
+// Whether the rows that meet the condition have one value in that column.
+bool requiresValue(const BoundExpression& condition, std::size_t field) {
+  if (condition.kind == BoundExpression::Kind::Logic && condition.op == Operator::And) {
+    return std::ranges::any_of(condition.operands, [field](const auto& part) { return requiresValue(part, field); });
+  }
+  return condition.kind == BoundExpression::Kind::Compare && condition.op == Operator::Equal &&
+         condition.operands.front().isColumn() && condition.operands.front().index == field &&
+         condition.operands.back().isLiteral();
+}
+
 class StatementWriter {
  public:
   explicit StatementWriter(const engine::QueryRequest& request)
@@ -389,9 +399,19 @@ class StatementWriter {
     for (std::size_t i = 0; select && i < statement_.orderBy.size(); ++i) {
       const bind::BoundOrder& item = statement_.orderBy[i];
       descending = item.descending != back;
-      sql += emitter_.orderTerm(item.expression, descending) + ", ";
+      sql += isSortedHere(item.expression) ? emitter_.orderTermBesideIndex(item.expression, descending)
+                                           : emitter_.orderTerm(item.expression, descending);
+      sql += ", ";
     }
     return sql + emitter_.key(0) + (descending ? " DESC" : "");
+  }
+
+  // Where the server would otherwise walk an index that readsByIndex() rules out.
+  [[nodiscard]] bool isSortedHere(const BoundExpression& value) const {
+    if (!value.isColumn() || !statement_.readsOneTable() || readsAllRows(statement_)) return false;
+    const std::string& field = statement_.table().fields[value.index].name;
+    return statement_.table().leadsAnIndex(field) && !statement_.table().leadsAFullIndex(field) &&
+           !readsByIndex(statement_);
   }
 
   // Rows from the anchor on (before it, when going back). A row whose order value is Null is no anchor: nothing is
@@ -475,6 +495,16 @@ class StatementWriter {
 
 bool readsAllRows(const bind::BoundStatement& statement) {
   return !statement.where || !namesColumn(*statement.where);
+}
+
+bool readsByIndex(const bind::BoundStatement& statement) {
+  if (!statement.keyed || statement.orderBy.size() != 1) return false;
+  const BoundExpression& value = statement.orderBy.front().expression;
+  if (!value.isColumn()) return false;
+  const std::string& field = statement.table().fields[value.index].name;
+  if (statement.table().leadsAFullIndex(field)) return true;
+  return statement.table().leadsAnIndex(field) &&
+         (readsAllRows(statement) || requiresValue(*statement.where, value.index));
 }
 
 Plan emitQuery(const engine::QueryRequest& request) {

@@ -12,6 +12,10 @@ Plan emitQuery(const engine::QueryRequest& request);
 // Whether a select's condition, if any, is one on all rows alike.
 bool readsAllRows(const bind::BoundStatement& statement);
 
+// Whether a select of one table and one order item is read in the order of an index. One that is for order alone serves
+// lists of all rows, and of those with a value in it: the rows that meet another condition may all be at its far end.
+bool readsByIndex(const bind::BoundStatement& statement);
+
 // Of a select of one table and one order item. Every `step`th of the rows whose value in the order is not Null: the
 // key `k` and how many rows stand before it, `n`.
 Plan emitLadder(const engine::QueryRequest& request, std::int64_t step);
