@@ -152,14 +152,18 @@ inline void sendBatch(PGconn* to, const PGresult* rows, int first, int last) {
 }  // namespace detail
 
 // The yardstick on a server: the rows again by nothing but a pipelined prepared INSERT, into an empty table with the
-// same columns and indexes, in the same batches. Only the writing is timed.
+// same columns and the indexes that a file has, in the same batches: those for order alone are on our account. Only the
+// writing is timed.
 inline BareInsert insertBareOnServer(const ServerPlace& place, const std::string& file, const std::string& table,
                                      int rowsPerBatch) {
   Server server(place.address());
   const std::string source = "\"" + place.schema(file) + "\".\"" + table + "\"";
   const std::string target = "\"" + place.schema("bare") + "\".\"" + table + "\"";
   server.execute("CREATE SCHEMA \"" + place.schema("bare") + "\"");
-  server.execute("CREATE TABLE " + target + " (LIKE " + source + " INCLUDING ALL)");
+  server.execute("CREATE TABLE " + target + " (LIKE " + source + " INCLUDING ALL EXCLUDING INDEXES)");
+  server.execute(server.value("SELECT string_agg(replace(indexdef, ' ON " + place.schema(file) + ".', ' ON " +
+                              place.schema("bare") + ".'), ';') FROM pg_indexes WHERE schemaname = '" +
+                              place.schema(file) + "' AND tablename = '" + table + "' AND NOT indexname ~ '_order$'"));
   const std::string columns = server.value(
       "SELECT string_agg(quote_ident(attname), ', ' ORDER BY attnum) FROM pg_attribute WHERE attrelid = '" + source +
       "'::regclass AND attnum > 0 AND attgenerated = '' AND NOT attisdropped");
