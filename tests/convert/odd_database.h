@@ -15,7 +15,7 @@
 
 namespace convert {
 
-// Everything that makes a table, as one text: equal texts, equal tables.
+// Everything that makes a table in a file, as one text: equal texts, equal tables.
 inline std::string described(const jet::TableDef& table) {
   std::ostringstream text;
   for (const jet::FieldDef& field : table.fields) {
@@ -23,6 +23,7 @@ inline std::string described(const jet::TableDef& table) {
          << field.generatedFrom << '\n';
   }
   for (const jet::IndexDef& index : table.indexes) {
+    if (index.forOrder) continue;
     for (const std::string& field : index.fields) text << field << ' ';
     text << index.unique << '\n';
   }
