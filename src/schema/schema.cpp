@@ -68,8 +68,7 @@ TableDef calls() {
                       {{"DialNumber"}},
                       {.fields = {"Extension"}, .forOrder = true},
                       {.fields = {"TotalTime"}, .forOrder = true},
-                      {.fields = {"Name"}, .forOrder = true},
-                      {.fields = {"Department"}, .forOrder = true}}};
+                      {.fields = {"Name"}, .forOrder = true}}};
 }
 
 void addTables(jet::Database& database, const std::vector<TableDef>& tables) {

@@ -17,9 +17,8 @@ constexpr std::chrono::seconds kPause{10};
 // The orders of the call list that a server has an index for, those asked for most at first.
 constexpr int kOrders[] = {-folders::KindTime,         folders::KindTime,       -folders::KindCostReference,
                            folders::KindCostReference, folders::KindNumber,     folders::KindName,
-                           folders::KindExtension,     -folders::KindDuration,  folders::KindDepartment,
-                           -folders::KindNumber,       -folders::KindName,      -folders::KindExtension,
-                           folders::KindDuration,      -folders::KindDepartment};
+                           folders::KindExtension,     -folders::KindDuration,  -folders::KindNumber,
+                           -folders::KindName,         -folders::KindExtension, folders::KindDuration};
 
 }  // namespace
 

@@ -202,7 +202,7 @@ TEST_F(LongListTest, ASchemaOfAnEarlierVersionGetsWhatItLacks) {
     const std::string select = listIn("At DESC");
     expectRows(select);
     waitForLadders("1");
-    database_->execute("delete from Calls where RecordID = 17");
+    database_->execute("delete from Calls where RecordID = " + std::to_string(keysOf(select + ", RecordID DESC")[9]));
     add(*database_, 0, 3);
     expectRows(select);
     EXPECT_EQ(other_->run("SELECT count(*) FROM " + in + "\"jet removed Calls\""), "1");
