@@ -221,7 +221,8 @@ LiveChannelClient::LiveChannelClient(const std::filesystem::path& socket) {
   if (descriptor_ < 0 || !connectTo(descriptor_, address)) {
     const int reason = errno;
     if (descriptor_ >= 0) close(descriptor_);
-    fail(socket, std::string("no program answers (") + std::strerror(reason) + "). Start `tallyctl serve` or the desktop.");
+    fail(socket,
+         std::string("no program answers (") + std::strerror(reason) + "). Start `tallyctl serve` or the desktop.");
   }
 }
 

@@ -77,7 +77,7 @@ class Service {
   std::int64_t liveRecorded_ = 0;         // since they were last said
   std::int64_t liveRefused_ = 0;
   std::int64_t liveKept_ = 0;
-  std::string keptIn_;  // the file of the last of those
+  std::string keptIn_;                  // the file of the last of those
   std::set<std::string> saidRefusals_;  // reasons that were said, since then
   bool importAsked_ = false;            // by a sender, since the last import
   bool stopped_ = false;                // an import was, when the connection was lost
