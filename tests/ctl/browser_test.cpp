@@ -131,6 +131,19 @@ TEST_F(Browser, PagesReachThePrinterAsSheets) {
   EXPECT_EQ(readFile(path("printed.pdf")), readFile(path("bill.html")));
   succeed("report 101 --out calls.html --print");
   EXPECT_TRUE(readFile(path("printed.pdf")).starts_with("%PDF-"));
+
+  // A page that says what its sheets are like is left as it is; one of an old template is laid across them.
+  script("chromium", "for page in \"$@\"; do :; done\ncp \"${page#file://}\" sheets.html\nexit 1\n");
+  for (const std::size_t across : {0U, 1U}) {
+    succeed("bill 211 --from 2026-11-01 --to 2026-11-30 --out bill.html --print");
+    const Document laidOut(readFile(path("sheets.html")));
+    EXPECT_EQ(laidOut.count("size:A4 landscape"), across);
+    EXPECT_EQ(laidOut.count("@page"), 1U);
+    std::string page = readFile(path("data/template.html"));
+    const std::size_t own = page.find("@page");
+    if (own != std::string::npos) page.replace(own, 5, "@media none");
+    writeFile(path("data/template.html"), page);
+  }
   ::setenv("PATH", places.c_str(), 1);
 }
 
