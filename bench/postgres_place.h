@@ -22,10 +22,12 @@
 
 namespace bench {
 
-// Takes the option out of the words of the command line.
+// Takes the option out of the words of the command line. Throws std::runtime_error for one without an address: figures
+// of files would pass for those of a server.
 inline std::optional<std::string> takeAddress(int& count, char** words) {
-  for (int i = 1; i + 1 < count; ++i) {
+  for (int i = 1; i < count; ++i) {
     if (std::strcmp(words[i], "--postgres") != 0) continue;
+    if (i + 1 == count) throw std::runtime_error("--postgres needs the address of a server");
     std::string address = words[i + 1];
     if (!address.ends_with('/')) address += '/';
     for (int word = i; word + 2 < count; ++word) words[word] = words[word + 2];
