@@ -27,7 +27,7 @@ class KeptFiles {
   void settle();
 
   // The row of `file` of this machine, settled; a new one when there is none. For records that came from no file it is
-  // a name that stands for them.
+  // a name that no file has.
   [[nodiscard]] FileProgress rowOf(const std::string& file);
 
   // Appends a record that the import of `progress` could not store and counts it in `progress.refused`; the caller

@@ -186,7 +186,7 @@ void PostgresDriver::upgradeTable(const TableDef& table) {
   std::ranges::copy_if(table.indexes, std::back_inserter(missing), [&](const IndexDef& index) {
     return index.forOrder && !stored->leadsAnIndex(index.fields.front());
   });
-  // Lists are in order without them, only later: whoever may not make them goes on.
+  // Without them a list in such an order is slower, so a role that may not make them goes on.
   if (!missing.empty() && isOwnerOf(table)) addOrders(table, missing);
 }
 

@@ -114,7 +114,7 @@ class StatementWriter {
   }
 
  private:
-  // The number of rows taken away by changes behind that of the parameter.
+  // The number of rows deleted by changes after the one that the parameter names.
   std::string removedRows(const std::string& condition, std::size_t extra) {
     const std::string alias = quotedName(statement_.tables.front().alias);
     return "(SELECT count(*) FROM " + quotedName(removedTable(statement_.table())) + " AS " + alias + " WHERE " +

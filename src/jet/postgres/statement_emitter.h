@@ -19,9 +19,9 @@ bool readsByIndex(const bind::BoundStatement& statement);
 // Of a select of one table and one order item. Every `step`th of the rows whose value in the order is not Null: the
 // key `k` and how many rows stand before it, `n`.
 Plan emitLadder(const engine::QueryRequest& request, std::int64_t step);
-// Of the same select, and the row of key extra 0, whose value is not Null. Four columns: how many rows with keys behind
-// extra 1 stand before it, less those up to extra 1 that did and were taken away by changes behind extra 3; how many
-// rows there are with keys behind extra 1; whether the row of key extra 1 is there, extra 2 is lastMove(), and change
+// Of the same select, and the row of key extra 0, whose value is not Null. Four columns: how many rows with keys above
+// extra 1 come before it, less those with keys up to extra 1 that did and were deleted by changes after extra 3; how
+// many rows there are with keys above extra 1; whether the row of key extra 1 is there, extra 2 is lastMove(), and change
 // extra 3 is seen; whether the row of key extra 0 is there.
 Plan emitRowsBefore(const engine::QueryRequest& request);
 
