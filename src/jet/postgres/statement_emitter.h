@@ -21,8 +21,8 @@ bool readsByIndex(const bind::BoundStatement& statement);
 Plan emitLadder(const engine::QueryRequest& request, std::int64_t step);
 // Of the same select, and the row of key extra 0, whose value is not Null. Four columns: how many rows with keys above
 // extra 1 come before it, less those with keys up to extra 1 that did and were deleted by changes after extra 3; how
-// many rows there are with keys above extra 1; whether the row of key extra 1 is there, extra 2 is lastMove(), and change
-// extra 3 is seen; whether the row of key extra 0 is there.
+// many rows there are with keys above extra 1; whether the row of key extra 1 is there, extra 2 is lastMove(), and
+// change extra 3 is seen; whether the row of key extra 0 is there.
 Plan emitRowsBefore(const engine::QueryRequest& request);
 
 // Of the same select. Whether the row of key extra 1 comes before that of extra 0, or is it; Null when one of them has
