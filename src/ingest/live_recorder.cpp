@@ -30,7 +30,8 @@ std::int32_t LiveRecorder::record(std::span<const unsigned char> bytes) {
   exchange::CallRecord call = exchange::decodeRecord(buffer, recorder_.parts().language.codepage());
   try {
     if (!connected()) return refuse("the connection to the database is lost");
-    if (unconfirmed_.takeStored(bytes)) return 1;
+    const std::optional<std::int64_t> stored = unconfirmed_.takeStored(bytes);
+    if (stored && recorder_.isStoredAs(*stored, call)) return 1;
     return store(call, bytes) ? 1 : refuse("the calls are not open");
   } catch (const std::exception& fault) {
     // Without a connection the log takes nothing either.
@@ -62,7 +63,7 @@ bool LiveRecorder::store(exchange::CallRecord& call, std::span<const unsigned ch
     keepRejected(bytes);
     return true;
   }
-  unconfirmed_.add(bytes);
+  unconfirmed_.add(bytes, recorder_.lastKey());
   transaction.commit();
   unconfirmed_.confirmLast();
   return true;

@@ -50,11 +50,28 @@ Recording Recorder::AddRecord(exchange::CallRecord& record) {
   row.write();
 
   if (told) {
-    told->recordId = calls_->lastAddedKey();
+    told->recordId = lastKey();
     parts_.listener->recorded(*told);
   }
   forward(record, context, priceRef);
   return Recording::Recorded;
+}
+
+bool Recorder::isStoredAs(std::int64_t key, const exchange::CallRecord& record) const {
+  const jet::AsStored stored(parts_.main);
+  const jet::Snapshot row = parts_.main.openSnapshot(
+      base::format("select [DateTime], DialNumber, Extension, Trunk, Pulses, AccountCode, Ring, Incoming from Calls "
+                   "where RecordID = %d",
+                   key));
+  if (row.empty()) return false;
+  const bool texts = parts_.parties.extensionIsText;
+  const std::optional<base::DateTime> start = record.start();
+  return (!start || row.at(0, "DateTime") == jet::Value(*start)) &&
+         row.at(0, "DialNumber").toText() == record.dialledNumber &&
+         row.at(0, "Extension").toText() == (texts ? record.extensionText : std::to_string(record.extension)) &&
+         row.at(0, "Trunk").toText() == (texts ? record.trunkText : std::to_string(record.trunk)) &&
+         row.at(0, "Pulses").toLong() == record.pulses && row.at(0, "AccountCode").toText() == record.accountCode &&
+         row.at(0, "Ring").toLong() == record.ring && row.at(0, "Incoming").toLong() == record.incoming;
 }
 
 void Recorder::setRawFields(CallRow& row, const exchange::CallRecord& record) const {

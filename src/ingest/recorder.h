@@ -40,6 +40,10 @@ class Recorder {
   // Records one call. The record comes back shortened where "Seconds_not_charged" says so. Throws jet::Error for faults
   // of the database, and for texts that break a statement (a quotation mark in the number); no row is stored then.
   Recording AddRecord(exchange::CallRecord& record);
+  // `RecordID` of the row that was added last.
+  [[nodiscard]] std::int64_t lastKey() const { return calls_->lastAddedKey(); }
+  // Whether the row of that key is this call, by what recording stores of it as it came. Throws jet::Error.
+  [[nodiscard]] bool isStoredAs(std::int64_t key, const exchange::CallRecord& record) const;
 
   [[nodiscard]] const ExchangeParts& parts() const { return parts_; }
 

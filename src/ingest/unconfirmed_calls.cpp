@@ -30,14 +30,15 @@ UnconfirmedCalls::UnconfirmedCalls(jet::Database& main, std::filesystem::path fi
   read();
 }
 
-// The first line names the database; a call is a line of its transaction and its bytes.
+// The first line names the database; a call is a line of its transaction, its key and its bytes.
 void UnconfirmedCalls::read() {
   std::ifstream in(file_);
   std::string line;
   if (!std::getline(in, line) || line != main_.path().string()) return;
   while (std::getline(in, line)) {
     Entry entry;
-    if (std::istringstream(line) >> entry.transaction >> entry.record) entries_.push_back(std::move(entry));
+    if (std::istringstream(line) >> entry.transaction >> entry.key >> entry.record)
+      entries_.push_back(std::move(entry));
   }
 }
 
@@ -46,14 +47,14 @@ void UnconfirmedCalls::write() const {
   std::ofstream out(file_, std::ios::trunc);
   if (entries_.empty()) return;
   out << main_.path().string() << '\n';
-  for (const Entry& entry : entries_) out << entry.transaction << ' ' << entry.record << '\n';
+  for (const Entry& entry : entries_) out << entry.transaction << ' ' << entry.key << ' ' << entry.record << '\n';
 }
 
-void UnconfirmedCalls::add(std::span<const unsigned char> record) {
+void UnconfirmedCalls::add(std::span<const unsigned char> record, std::int64_t key) {
   std::string transaction = main_.transactionName();
   if (transaction.empty()) return;
   if (entries_.size() == kMostKept) entries_.erase(entries_.begin());
-  entries_.push_back({std::move(transaction), hexadecimal(record)});
+  entries_.push_back({std::move(transaction), key, hexadecimal(record)});
   write();
 }
 
@@ -63,14 +64,15 @@ void UnconfirmedCalls::confirmLast() {
   write();
 }
 
-bool UnconfirmedCalls::takeStored(std::span<const unsigned char> record) {
-  if (entries_.empty()) return false;
+std::optional<std::int64_t> UnconfirmedCalls::takeStored(std::span<const unsigned char> record) {
+  if (entries_.empty()) return std::nullopt;
   const auto found = std::ranges::find(entries_, hexadecimal(record), &Entry::record);
-  if (found == entries_.end()) return false;
-  const bool stored = main_.committed(found->transaction);
+  if (found == entries_.end()) return std::nullopt;
+  std::optional<std::int64_t> key;
+  if (main_.committed(found->transaction)) key = found->key;
   entries_.erase(found);
   write();
-  return stored;
+  return key;
 }
 
 }  // namespace ingest

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <optional>
 #include <random>
 
@@ -33,10 +34,13 @@ class LostConnection : public testing::Test {
   }
 
   // A live call, told from others by its pulses.
-  std::int32_t send(int pulses) {
+  static std::string recordOf(int pulses) {
     exchange::CallRecord call = sampleCall();
     call.pulses = pulses;
-    const std::string record = exchange::encodeRecord(call, true, 1252);
+    return exchange::encodeRecord(call, true, 1252);
+  }
+  std::int32_t send(int pulses) {
+    const std::string record = recordOf(pulses);
     return copy->document.smdr().liveRecorder().record(
         {reinterpret_cast<const unsigned char*>(record.data()), record.size()});
   }
@@ -105,6 +109,33 @@ TEST_F(LostConnection, TheNextProgramAsksWhatBecameOfACall) {
   }
   EXPECT_TRUE(met);
   expectEachOnce(calls);
+}
+
+// A server that crashed before a commit reached its disk gives the number of that transaction, and the key of its row,
+// to others.
+TEST_F(LostConnection, ATransactionOfTheSameNumberIsNoProofOfACall) {
+  constexpr struct {
+    const char* description;
+    const char* key;  // of the row that the killed program noted, by a select
+    bool stored;
+  } kCases[] = {{"the call itself", "select max(RecordID) from Calls", true},
+                {"a row of another call", "select min(RecordID) from Calls", false},
+                {"no row", "select max(RecordID) + 1000 from Calls", false}};
+  support::OtherProgram program(place.files.folder.setting().substr(0, place.files.folder.setting().rfind('/')));
+  int calls = 0;
+  EXPECT_EQ(send(++calls), 1);
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.description);
+    EXPECT_EQ(send(++calls), 1);
+    std::string noted;
+    for (const unsigned char byte : recordOf(each.stored ? calls : calls + 1)) noted += base::format("%02x", byte);
+    std::ofstream(place.files.folder / "UnconfirmedCalls")
+        << copy->document.database().path().string() << '\n'
+        << program.run("SELECT pg_current_xact_id()") << ' ' << place.value(each.key) << ' ' << noted << '\n';
+    restart();
+    EXPECT_EQ(send(each.stored ? calls : ++calls), 1);
+    expectEachOnce(calls);
+  }
 }
 
 TEST_F(LostConnection, AFullDiskOfTheWorkstationRefusesNoCall) {
