@@ -258,6 +258,22 @@ TEST_F(StatisticsDifferentialTest, ColumnsAndFileGiveTheSameRows) {
   EXPECT_GT(stepsAhead_, 20);
 }
 
+// Products of such amounts are too large or too small for a Double, or nearly so; each is alone in its group.
+TEST_F(StatisticsDifferentialTest, AmountsBeyondUsualOnesAreAddedUpAlike) {
+  for (const char* amount : {"1e300", "1.7e308", "-1e307", "1e-300", "4e-308", "0", "null"}) {
+    const std::string price = amount;
+    database_->execute("delete from Calls where Extension = 'far'");
+    database_->execute("insert into Calls (Extension, TotalTime, Price) values ('far', 60, " + price + ")");
+    for (const char* sum : {"SUM(Price * (28 + 100)/64)", "AVG(Price * (28 + 100)/64)", "SUM(Price / 64 / 1000)",
+                            "COUNT(Price * 128 / 64)", "SUM(Price), COUNT(Price)"}) {
+      for (const char* where : {"", " WHERE Extension = 'far'"}) {
+        compare(std::string("select Extension, ") + sum + " from Calls" + where + " group by Extension %s order by 1");
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
 TEST_F(ListDifferentialTest, ColumnsAndFileGiveTheSameOrder) {
   for (int i = 0; i < 60; ++i) {
     compare();

@@ -1,5 +1,6 @@
 #include "jet/engine/column_reader.h"
 
+#include <cmath>
 #include <unordered_map>
 
 #include "jet/engine/columns/row_filter.h"
@@ -98,9 +99,10 @@ columns::ColumnSource::Read ColumnReader::readSelected(
   return read;
 }
 
-columns::ColumnSource::Read ColumnReader::readParts(const ShapedText& text, columns::Column& key, std::size_t operands,
+columns::ColumnSource::Read ColumnReader::readParts(const ShapedText& text, bool exactly, columns::Column& key,
+                                                    std::size_t operands,
                                                     const std::function<void(const Part& part)>& take) {
-  Execution select = engine_.statements().open(Role::Sums, text);
+  Execution select = engine_.statements().open(exactly ? Role::ExactSums : Role::Sums, text);
   std::vector<columns::PartSum> sums(operands);
   Read read;
   while (select.step()) {
@@ -114,6 +116,10 @@ columns::ColumnSource::Read ColumnReader::readParts(const ShapedText& text, colu
     key.clearRows();
     for (std::size_t i = 0; i < sums.size(); ++i) {
       const Cell sum = query.cell(3 + 2 * i);
+      if (!exactly && std::isnan(sum.real)) {
+        read.doubtful = true;
+        return read;
+      }
       sums[i] = {.real = sum.real, .whole = sum.integer, .values = query.cell(2 + 2 * i).integer};
     }
     take(part);

@@ -23,7 +23,7 @@ class ColumnReader final : public columns::ColumnSource {
                    columns::KeyRuns& keys) override;
   Read readSelected(const ShapedText& text, std::span<columns::Column* const> columns,
                     const std::function<void(std::span<const std::int64_t> keys)>& block) override;
-  Read readParts(const ShapedText& text, columns::Column& key, std::size_t operands,
+  Read readParts(const ShapedText& text, bool exactly, columns::Column& key, std::size_t operands,
                  const std::function<void(const Part& part)>& take) override;
   std::vector<Value> readRows(const TableDef& table, std::span<const std::size_t> fields,
                               std::span<const std::int64_t> keys) override;

@@ -48,7 +48,9 @@ enum class Role : char {
   ReadEach = 'X',  // as Read for many keys (all extras), in no order
   Sums = 's',      // a select of one grouping, by groups of equal stored values: key() is the least of each, then what
                // it groups by, the number of rows, and of whatever is counted, summed or averaged, each column once,
-               // the number of values and their sum; when it is only summed, at least 1 for the number
+               // the number of values and their sum; when it is only summed, at least 1 for the number. A sum of values
+               // that are worked out may be NaN instead, and the number wrong then: ExactSums says what they are
+  ExactSums = 'S',
 };
 
 inline constexpr std::size_t kAmongKeys = 16;

@@ -22,6 +22,13 @@ class ExpressionEmitter {
 
   // A value. Whole numbers are of any type of whole numbers, others float8; conditions boolean.
   std::string emit(const bind::BoundExpression& expression);
+  // The same of what is added up, if a sum that is not quite known may be NaN: `sum` is NaN for values that emit()
+  // takes a function for. `counted` is Null where the value is.
+  struct Summand {
+    std::string counted;
+    std::string sum;
+  };
+  Summand summand(const bind::BoundExpression& expression);
   // As a condition: a number is true when it is not zero.
   std::string condition(const bind::BoundExpression& expression);
   // What groups have in common: texts are told apart by their letters.

@@ -232,8 +232,8 @@ std::unique_ptr<engine::Query> PostgresDriver::prepare(const engine::QueryReques
   if (statement.kind == Statement::Kind::Select) {
     const bool keyed = request.role != Role::Run && request.role != Role::Among;
     // Groups come together where there cannot be very many of them: each row by itself costs as much as adding it up.
-    const bool many =
-        request.role == Role::Sums ? rowLimit(statement.table()) > kMostGroupsTogether : givesManyRows(request.role);
+    const bool sums = request.role == Role::Sums || request.role == Role::ExactSums;
+    const bool many = sums ? rowLimit(statement.table()) > kMostGroupsTogether : givesManyRows(request.role);
     return std::make_unique<PostgresSelect>(session_, std::move(plan), keyed ? 1 : 0, many, request.text);
   }
   PostgresChange::Around around;

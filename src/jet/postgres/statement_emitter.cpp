@@ -46,7 +46,7 @@ class StatementWriter {
   Plan write() {
     if (request_.role == Role::Run || request_.role == Role::Among) {
       run();
-    } else if (request_.role == Role::Sums) {
+    } else if (request_.role == Role::Sums || request_.role == Role::ExactSums) {
       sums();
     } else {
       keyed(engine::keyQuery(request_.role));
@@ -156,13 +156,19 @@ class StatementWriter {
   void sums() {
     plan_.sql = "SELECT min(" + emitter_.key(0) + "), " + emitter_.emit(statement_.groupBy.front()) + ", count(*)";
     for (const Summed& summed : allSummed()) {
-      const std::string value = emitter_.emit(*summed.of);
-      const std::string sum = "sum(" + value + ")";
+      const auto [value, summand] = summandOf(*summed.of);
+      const std::string sum = "sum(" + summand + ")";
       // To count costs as much as to sum.
       plan_.sql += summed.counted ? ", count(" + value + "), " : ", (" + sum + " IS NOT NULL)::int, ";
       plan_.sql += sum + (summed.of->type == Type::Long ? "::bigint" : "");
     }
     plan_.sql += rows() + " GROUP BY 2";
+  }
+
+  ExpressionEmitter::Summand summandOf(const BoundExpression& expression) {
+    if (request_.role == Role::Sums) return emitter_.summand(expression);
+    const std::string value = emitter_.emit(expression);
+    return {value, value};
   }
 
   struct Summed {

@@ -38,6 +38,7 @@ class ColumnSource {
     std::size_t refused = kNone;  // place in `columns` of the one that could not hold a cell; reading stopped there
     // The work of finding the rows, in rows of a plain scan.
     std::int64_t work = 0;
+    bool doubtful = false;  // of readParts(): reading stopped at a sum that has to be asked for exactly
     static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
     [[nodiscard]] bool complete() const { return refused == kNone; }
   };
@@ -77,8 +78,9 @@ class ColumnSource {
     std::int64_t rows = 0;
     std::span<const PartSum> sums = {};  // of each operand; of one that is only summed, 1 value for any number
   };
-  // Those of all groups of a select that adds up so many operands. `key` takes what they are groups of.
-  virtual Read readParts(const engine::ShapedText& text, Column& key, std::size_t operands,
+  // Those of all groups of a select that adds up so many operands. `key` takes what they are groups of. What is not
+  // asked for `exactly` is there sooner, nearly always.
+  virtual Read readParts(const engine::ShapedText& text, bool exactly, Column& key, std::size_t operands,
                          const std::function<void(const Part& part)>& take) = 0;
   // The fields of the rows of some keys, row after row in the order of `keys`; Nulls for a row that is gone.
   virtual std::vector<Value> readRows(const TableDef& table, std::span<const std::size_t> fields,

@@ -83,7 +83,7 @@ std::shared_ptr<const StatisticRows> Statistics::answer(const engine::ShapedText
   }
   // Without groups nothing is sorted, and the database is as fast.
   if (plan->grouping().kind == StatisticPlan::Grouping::Kind::All) return nullptr;
-  if (source_.isServer()) return fromServer(text, *plan, *constants, store);
+  if (source_.isServer()) return fromServer(text, *plan, *constants, store, false);
   return fromDatabase(text, *plan, *constants, store);
 }
 
@@ -150,9 +150,9 @@ std::shared_ptr<const StatisticRows> Statistics::fromDatabase(const engine::Shap
 // texts differ in the case of letters, their order, and what their first rows show.
 std::shared_ptr<const StatisticRows> Statistics::fromServer(const engine::ShapedText& text, const StatisticPlan& plan,
                                                             const StatisticPlan::Constants& constants,
-                                                            ColumnStore& store) {
+                                                            ColumnStore& store, bool exactly) {
   const TableDef& table = *plan.definition();
-  store.addWork(source_.rowLimit(table));
+  if (!exactly) store.addWork(source_.rowLimit(table));
   std::vector<std::unique_ptr<Column>> made;
   std::vector<const Column*> columns(table.fields.size());
   for (const std::size_t field : plan.fields()) {
@@ -167,10 +167,11 @@ std::shared_ptr<const StatisticRows> Statistics::fromServer(const engine::Shaped
   GroupSums sums(plan, constants, columns);
   std::size_t parts = 0;
   const ColumnSource::Read read =
-      source_.readParts(text, key, plan.operands().size(), [&](const ColumnSource::Part& part) {
+      source_.readParts(text, exactly, key, plan.operands().size(), [&](const ColumnSource::Part& part) {
         look(parts++);
         sums.add(part);
       });
+  if (read.doubtful) return fromServer(text, plan, constants, store, true);
   if (!read.complete()) {
     store.refuse(grouping.field);
     return nullptr;

@@ -78,7 +78,8 @@ class Statistics {
                                                     const StatisticPlan::Constants& constants, ColumnStore& store);
 
   std::shared_ptr<const StatisticRows> fromServer(const engine::ShapedText& text, const StatisticPlan& plan,
-                                                  const StatisticPlan::Constants& constants, ColumnStore& store);
+                                                  const StatisticPlan::Constants& constants, ColumnStore& store,
+                                                  bool exactly);
 
   ColumnSource& source_;
   Plans statistics_;  // by shape
