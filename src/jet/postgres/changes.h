@@ -21,6 +21,8 @@ class Changes {
   [[nodiscard]] std::string select() const;
   // The number of the transaction that selectOfWriter() was last read in.
   [[nodiscard]] const std::string& writer() const { return own_; }
+  // The connection was lost: a server that crashed meanwhile may give the number to another program's transaction.
+  void forgetWriter() { own_.clear(); }
   // The last transaction that is known to have done more to the table than to add rows after all others; 0 when none
   // is.
   [[nodiscard]] std::int64_t rewritten(const std::string& table) const;

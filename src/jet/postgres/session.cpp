@@ -98,6 +98,7 @@ bool Session::reconnect() {
   viewInTransaction_ = false;
   if (!connection_.reconnect()) return false;
   endLostBackend();
+  changes_.forgetWriter();
   join();
   return true;
 }
