@@ -257,7 +257,7 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
     result.outcome = reading.readAll(error ? 0 : size / static_cast<std::int64_t>(exchange::kNormalRecordSize));
     if (result.outcome == Outcome::Failed) result.message = base::format("cannot read %s to its end", file.string());
     if (result.outcome == Outcome::Done) {
-      finish(reading.progress(), file, !error && reader.position().bytes < size, deleteWhenComplete, result);
+      finish(reading.progress(), file, error ? 0 : size, deleteWhenComplete, result);
     }
   } catch (const std::runtime_error& fault) {
     result.outcome = Outcome::Failed;
@@ -277,8 +277,9 @@ ImportResult MonitorImport::readFile(FileProgress from, const std::filesystem::p
 }
 
 // After the last record. What follows it is kept before the file is deleted.
-void MonitorImport::finish(FileProgress progress, const std::filesystem::path& file, bool hasRest,
+void MonitorImport::finish(FileProgress progress, const std::filesystem::path& file, std::int64_t size,
                            bool deleteWhenComplete, ImportResult& result) {
+  const bool hasRest = progress.bytes < size;
   if (hasRest && deleteWhenComplete) {
     kept_.keepRest(progress, file);
     result.restFile = progress.rest.file;
@@ -287,14 +288,23 @@ void MonitorImport::finish(FileProgress progress, const std::filesystem::path& f
                                   file.string(), progress.bytes);
   }
   if (!deleteWhenComplete) return;
-  if (const std::string reason = deleteComplete(file, progress); !reason.empty()) result.message = reason;
+  const std::int64_t dealtWith = std::max(size, progress.bytes);
+  if (const std::string reason = deleteComplete(file, progress, dealtWith); !reason.empty()) result.message = reason;
 }
 
 // The order keeps a kill or a power cut between any two steps harmless: see docs/storage.md. The reason when the file
-// is still there; its row tells that nothing of it is left to read.
-std::string MonitorImport::deleteComplete(const std::filesystem::path& file, const FileProgress& progress) {
+// is still there; its row tells what of it is left to read. Another program may be keeping calls in it: it adds them
+// within a transaction.
+std::string MonitorImport::deleteComplete(const std::filesystem::path& file, const FileProgress& progress,
+                                          std::int64_t dealtWith) {
   recorder_.parts().main.makeDurable();
-  const std::error_code error = platform::removeDurably(file);
+  jet::Transaction others(recorder_.parts().main);
+  std::error_code error;
+  if (std::filesystem::file_size(file, error) > static_cast<std::uintmax_t>(dealtWith) && !error) {
+    return base::format("%s: calls were kept in it while it was read; import it again", file.string());
+  }
+  error = platform::removeDurably(file);
+  others.commit();
   if (error && error != std::errc::no_such_file_or_directory) return cannot("delete", file, error);
   if (progress.elsewhere || fileExists(progress.file)) return {};
   rows_.forget(progress.file);

@@ -76,9 +76,9 @@ class MonitorImport {
   [[nodiscard]] FileProgress progressOf(const std::filesystem::path& file);
   [[nodiscard]] bool isDeletedWhenComplete(const std::filesystem::path& file);
   ImportResult readFile(FileProgress from, const std::filesystem::path& file, bool deleteWhenComplete);
-  void finish(FileProgress progress, const std::filesystem::path& file, bool hasRest, bool deleteWhenComplete,
+  void finish(FileProgress progress, const std::filesystem::path& file, std::int64_t size, bool deleteWhenComplete,
               ImportResult& result);
-  std::string deleteComplete(const std::filesystem::path& file, const FileProgress& progress);
+  std::string deleteComplete(const std::filesystem::path& file, const FileProgress& progress, std::int64_t dealtWith);
   [[nodiscard]] std::string describe(const std::exception& fault) const;
   [[nodiscard]] bool logFault(const std::string& text);
 

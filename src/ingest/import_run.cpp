@@ -125,13 +125,15 @@ bool ImportRun::operatorGoesOn() {
 // The reader is past the record. The entry in the log is committed with the decision, so that a record that is
 // tried again after a kill is not told of twice. That of a rejected one was written as it was rejected.
 void ImportRun::refuse(BatchEnd why) {
-  kept_.refuse(progress_, reader_.recordBytes());
+  kept_.prepare(progress_);
   const ReadPosition& after = reader_.position();
   jet::Transaction transaction(recorder_.parts().main);
+  FileProgress next = progressAt(progress_.records + 1, after);
+  kept_.refuse(next, reader_.recordBytes());
   if (why == BatchEnd::CallFailed) logFailedRecord();
-  rows_.store(progressAt(progress_.records + 1, after));
+  rows_.store(next);
   transaction.commit();
-  progress_ = progressAt(progress_.records + 1, after);
+  progress_ = std::move(next);
   position_ = after;
   ++refused_;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <fstream>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -58,19 +59,25 @@ void KeptFiles::settle() {
 }
 
 FileProgress KeptFiles::rowOf(const std::string& file) {
-  const auto find = [&]() -> FileProgress {
-    for (FileProgress& row : rows_.all()) {
-      if (row.file == file && !row.elsewhere) return std::move(row);
-    }
-    return {.file = file, .digest = ReadPosition().digest.text()};
-  };
-  const FileProgress row = find();
-  if (row.refused.file.empty()) return row;
-  settle(row);
-  return find();
+  for (FileProgress& row : rows_.all()) {
+    if (row.file == file && !row.elsewhere) return std::move(row);
+  }
+  return {.file = file, .digest = ReadPosition().digest.text()};
 }
 
-void KeptFiles::settle(FileProgress row) {
+// A file that is longer than its row says may be one that another program is adding to.
+bool KeptFiles::settle(const FileProgress& seen) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(seen.refused.file, error);
+  if (!error && size == static_cast<std::uintmax_t>(seen.refused.bytes)) return false;
+  jet::Transaction transaction(main_);
+  FileProgress row = rowOf(seen.file);
+  if (!row.refused.file.empty()) settleAlone(row);
+  transaction.commit();
+  return true;
+}
+
+void KeptFiles::settleAlone(FileProgress& row) {
   const KeptFile refused = row.refused;
   std::error_code error;
   const auto size = std::filesystem::file_size(refused.file, error);
@@ -106,13 +113,36 @@ void KeptFiles::name(FileProgress& progress, KeptFile FileProgress::*kept, const
   progress = named;
 }
 
+void KeptFiles::prepare(FileProgress& progress) {
+  if (!progress.refused.file.empty() && settle(progress)) progress.refused = rowOf(progress.file).refused;
+  if (!progress.refused.file.empty()) return;
+  name(progress, &FileProgress::refused, kRefusedEnding, "Calls that could not be recorded are kept in %s");
+}
+
 void KeptFiles::refuse(FileProgress& progress, std::span<const unsigned char> record) {
-  if (progress.refused.file.empty()) {
-    name(progress, &FileProgress::refused, kRefusedEnding, "Calls that could not be recorded are kept in %s");
-  }
   const KeptFile& refused = progress.refused;
+  std::error_code error;
+  const auto size = std::filesystem::file_size(refused.file, error);
+  const bool whole = refused.bytes == 0 || (!error && size >= static_cast<std::uintmax_t>(refused.bytes));
+  if (refused.file.empty() || !whole) {
+    // By an import of this file that ended since prepare().
+    check(std::make_error_code(std::errc::no_such_file_or_directory), "was taken away just now", refused.file);
+  }
   check(platform::writeDurably(refused.file, refused.bytes, record), "cannot write", refused.file);
   progress.refused.bytes += static_cast<std::int64_t>(record.size());
+}
+
+bool KeptFiles::isKept(const FileProgress& progress, std::int64_t bytes, std::span<const unsigned char> record) {
+  const KeptFile& kept = progress.refused;
+  if (kept.earlier + kept.bytes < bytes) return false;
+  if (bytes <= kept.earlier) return true;
+  std::ifstream file(kept.file, std::ios::binary);
+  if (!file) return true;
+  std::string found(record.size(), '\0');
+  file.seekg(bytes - kept.earlier - static_cast<std::int64_t>(record.size()));
+  file.read(found.data(), static_cast<std::streamsize>(found.size()));
+  return file && std::equal(record.begin(), record.end(), found.begin(),
+                            [](unsigned char a, char b) { return a == static_cast<unsigned char>(b); });
 }
 
 void KeptFiles::keepRest(FileProgress& progress, const std::filesystem::path& file) {

@@ -26,20 +26,27 @@ class KeptFiles {
   // Cuts off what killed imports appended without committing it. To be called before any file is read.
   void settle();
 
-  // The row of `file` of this machine, settled; a new one when there is none. For records that came from no file it is
-  // a name that no file has.
+  // The row of `file` of this machine; a new one when there is none. For records that came from no file it is a name
+  // that no file has.
   [[nodiscard]] FileProgress rowOf(const std::string& file);
 
-  // Appends a record that the import of `progress` could not store and counts it in `progress.refused`; the caller
-  // stores that together with the position after the record.
+  // Before the transaction of refuse(): sees to it that there is a kept file that holds what it counts, or none yet.
+  void prepare(FileProgress& progress);
+  // Within the transaction that stores `progress`, so that no other program takes the record for one that a kill left:
+  // appends a record that could not be stored and counts it in `progress.refused`.
   void refuse(FileProgress& progress, std::span<const unsigned char> record);
+  // Whether the record was kept as the last of the first `bytes` that `progress` ever counted in kept files. Of a file
+  // that was taken away since, the count alone tells.
+  [[nodiscard]] static bool isKept(const FileProgress& progress, std::int64_t bytes,
+                                   std::span<const unsigned char> record);
   // Keeps what follows the position of `progress` in the file that is read, once however often it is called.
   void keepRest(FileProgress& progress, const std::filesystem::path& file);
 
  private:
   [[nodiscard]] std::string freeName(const std::string& file, const char* kind);
-  void settle(FileProgress row);
-
+  // True when the row may have changed.
+  bool settle(const FileProgress& seen);
+  void settleAlone(FileProgress& row);
   void name(FileProgress& progress, KeptFile FileProgress::*kept, const char* kind, const char* entry);
 
   jet::Database& main_;

@@ -30,8 +30,7 @@ std::int32_t LiveRecorder::record(std::span<const unsigned char> bytes) {
   exchange::CallRecord call = exchange::decodeRecord(buffer, recorder_.parts().language.codepage());
   try {
     if (!connected()) return refuse("the connection to the database is lost");
-    const std::optional<std::int64_t> stored = unconfirmed_.takeStored(bytes);
-    if (stored && recorder_.isStoredAs(*stored, call)) return 1;
+    if (wasStored(call, bytes)) return 1;
     return store(call, bytes) ? 1 : refuse("the calls are not open");
   } catch (const std::exception& fault) {
     // Without a connection the log takes nothing either.
@@ -63,25 +62,49 @@ bool LiveRecorder::store(exchange::CallRecord& call, std::span<const unsigned ch
     keepRejected(bytes);
     return true;
   }
-  unconfirmed_.add(bytes, recorder_.lastKey());
+  confirm(transaction, bytes, {UnconfirmedCalls::Place::Kind::Row, recorder_.lastKey()});
+  return true;
+}
+
+void LiveRecorder::confirm(jet::Transaction& transaction, std::span<const unsigned char> bytes,
+                           UnconfirmedCalls::Place place) {
+  unconfirmed_.add(bytes, place);
   transaction.commit();
   unconfirmed_.confirmLast();
+}
+
+bool LiveRecorder::wasStored(const exchange::CallRecord& call, std::span<const unsigned char> bytes) {
+  const std::optional<UnconfirmedCalls::Place> place = unconfirmed_.takeStored(bytes);
+  if (!place) return false;
+  if (place->kind == UnconfirmedCalls::Place::Kind::Row) return recorder_.isStoredAs(place->number, call);
+  const FileProgress progress = KeptFiles(recorder_.parts()).rowOf(keptUnder());
+  if (!KeptFiles::isKept(progress, place->number, bytes)) return false;
+  keptIn_ = progress.refused.file;
   return true;
 }
 
 // The sender is told that it is done, so the record must be as durable as a call. A fault after its bytes are written
 // leaves them uncounted: the record comes again and takes their place.
 void LiveRecorder::keepRejected(std::span<const unsigned char> bytes) {
+  const std::string name = keptUnder();
+  if (name.empty()) return;
   const ExchangeParts& parts = recorder_.parts();
-  const std::string folder = parts.config.ReadConfigString(foundation::keys::PathMonitor);
-  if (folder.empty()) return;
   KeptFiles kept(parts);
-  FileProgress progress = kept.rowOf((base::systemPath(folder) / kLiveRecords).string());
-  kept.refuse(progress, bytes);
+  FileProgress progress = kept.rowOf(name);
+  kept.prepare(progress);
   jet::Transaction transaction(parts.main);
+  progress = kept.rowOf(name);
+  kept.refuse(progress, bytes);
   ImportProgress(parts.main).store(progress);
-  transaction.commit();
+  confirm(transaction, bytes,
+          {UnconfirmedCalls::Place::Kind::KeptFile, progress.refused.earlier + progress.refused.bytes});
   keptIn_ = progress.refused.file;
+}
+
+// The file that live calls do not have, in the monitor's folder; empty without one.
+std::string LiveRecorder::keptUnder() const {
+  const std::string folder = recorder_.parts().config.ReadConfigString(foundation::keys::PathMonitor);
+  return folder.empty() ? folder : (base::systemPath(folder) / kLiveRecords).string();
 }
 
 void LiveRecorder::logException(const exchange::CallRecord& call) {

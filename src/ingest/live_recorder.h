@@ -36,7 +36,10 @@ class LiveRecorder {
 
  private:
   bool store(exchange::CallRecord& call, std::span<const unsigned char> bytes);
+  void confirm(jet::Transaction& transaction, std::span<const unsigned char> bytes, UnconfirmedCalls::Place place);
+  bool wasStored(const exchange::CallRecord& call, std::span<const unsigned char> bytes);
   void keepRejected(std::span<const unsigned char> bytes);
+  [[nodiscard]] std::string keptUnder() const;
   std::int32_t refuse(std::string why);
   [[nodiscard]] bool connected() const;
   void logException(const exchange::CallRecord& call);

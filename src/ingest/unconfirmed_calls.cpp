@@ -11,6 +11,9 @@ namespace {
 
 // Of senders that never come again.
 constexpr std::size_t kMostKept = 200;
+// Kinds of places in the file.
+constexpr const char* kRow = "row";
+constexpr const char* kKept = "kept";
 
 std::string hexadecimal(std::span<const unsigned char> bytes) {
   constexpr std::string_view kDigits = "0123456789abcdef";
@@ -30,15 +33,17 @@ UnconfirmedCalls::UnconfirmedCalls(jet::Database& main, std::filesystem::path fi
   read();
 }
 
-// The first line names the database; a call is a line of its transaction, its key and its bytes.
+// The first line names the database; a call is a line of its transaction, its place and its bytes.
 void UnconfirmedCalls::read() {
   std::ifstream in(file_);
   std::string line;
   if (!std::getline(in, line) || line != main_.path().string()) return;
   while (std::getline(in, line)) {
     Entry entry;
-    if (std::istringstream(line) >> entry.transaction >> entry.key >> entry.record)
-      entries_.push_back(std::move(entry));
+    std::string kind;
+    if (!(std::istringstream(line) >> entry.transaction >> kind >> entry.place.number >> entry.record)) continue;
+    entry.place.kind = kind == kKept ? Place::Kind::KeptFile : Place::Kind::Row;
+    entries_.push_back(std::move(entry));
   }
 }
 
@@ -47,14 +52,17 @@ void UnconfirmedCalls::write() const {
   std::ofstream out(file_, std::ios::trunc);
   if (entries_.empty()) return;
   out << main_.path().string() << '\n';
-  for (const Entry& entry : entries_) out << entry.transaction << ' ' << entry.key << ' ' << entry.record << '\n';
+  for (const auto& [transaction, place, record] : entries_) {
+    out << transaction << ' ' << (place.kind == Place::Kind::KeptFile ? kKept : kRow) << ' ' << place.number << ' '
+        << record << '\n';
+  }
 }
 
-void UnconfirmedCalls::add(std::span<const unsigned char> record, std::int64_t key) {
+void UnconfirmedCalls::add(std::span<const unsigned char> record, Place place) {
   std::string transaction = main_.transactionName();
   if (transaction.empty()) return;
   if (entries_.size() == kMostKept) entries_.erase(entries_.begin());
-  entries_.push_back({std::move(transaction), key, hexadecimal(record)});
+  entries_.push_back({std::move(transaction), place, hexadecimal(record)});
   write();
 }
 
@@ -64,15 +72,15 @@ void UnconfirmedCalls::confirmLast() {
   write();
 }
 
-std::optional<std::int64_t> UnconfirmedCalls::takeStored(std::span<const unsigned char> record) {
+std::optional<UnconfirmedCalls::Place> UnconfirmedCalls::takeStored(std::span<const unsigned char> record) {
   if (entries_.empty()) return std::nullopt;
   const auto found = std::ranges::find(entries_, hexadecimal(record), &Entry::record);
   if (found == entries_.end()) return std::nullopt;
-  std::optional<std::int64_t> key;
-  if (main_.committed(found->transaction)) key = found->key;
+  std::optional<Place> place;
+  if (main_.committed(found->transaction)) place = found->place;
   entries_.erase(found);
   write();
-  return key;
+  return place;
 }
 
 }  // namespace ingest

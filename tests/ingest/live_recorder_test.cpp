@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <map>
+#include <thread>
+
 #include "ingest/import.h"
 #include "support/exchange.h"
+#include "support/test_place.h"
 
 namespace ingest {
 namespace {
@@ -41,18 +46,31 @@ TEST_F(LiveRecorderTest, OtherSizesAreRefused) {
   EXPECT_EQ(copy.callCount(), 0);
 }
 
-// The sender is told that the call is done: nobody else has it any more.
-TEST_F(LiveRecorderTest, ACallOnATrunkThatCannotBeDefinedIsKeptForAnImport) {
-  for (auto& trunk : copy.parties.trunks) trunk.providerId = 1;
-  copy.parties.save(*copy.main);
-  const std::filesystem::path monitor = files.folder / "monitor";
-  std::filesystem::create_directory(monitor);
-  copy.config.WriteConfigString(monitor.string() + "/", foundation::keys::PathMonitor);
-  const auto onTrunk = [](int trunk) {
+// No entry is left for the calls' trunks.
+class RejectedLiveCalls : public LiveRecorderTest {
+ protected:
+  RejectedLiveCalls() {
+    for (auto& trunk : copy.parties.trunks) trunk.providerId = 1;
+    copy.parties.save(*copy.main);
+    std::filesystem::create_directory(monitor);
+    copy.config.WriteConfigString(monitor.string() + "/", foundation::keys::PathMonitor);
+  }
+  static std::string onTrunk(int trunk) {
     exchange::CallRecord call = support::sampleCall();
     call.trunk = trunk;
     return exchange::encodeRecord(call, false, 1252);
-  };
+  }
+  [[nodiscard]] std::vector<std::filesystem::path> keptFiles() const {
+    std::vector<std::filesystem::path> kept;
+    for (const auto& entry : std::filesystem::directory_iterator(monitor)) kept.push_back(entry.path());
+    return kept;
+  }
+
+  const std::filesystem::path monitor = files.folder / "monitor";
+};
+
+// The sender is told that the call is done: nobody else has it any more.
+TEST_F(RejectedLiveCalls, AreKeptForAnImport) {
   EXPECT_EQ(record(onTrunk(7777)), 1);
   EXPECT_EQ(record(onTrunk(7778)), 1);
   const std::string kept = (monitor / "live.refused.1").string();
@@ -72,6 +90,59 @@ TEST_F(LiveRecorderTest, ACallOnATrunkThatCannotBeDefinedIsKeptForAnImport) {
 
   std::filesystem::rename(monitor, files.folder / "gone");
   EXPECT_EQ(record(onTrunk(7780)), 0) << "what cannot be kept stays with its sender";
+}
+
+TEST_F(RejectedLiveCalls, AreKeptOnceBesideAProgramThatTakesThemIn) {
+  constexpr int kCalls = 60;
+  constexpr int kFirstTrunk = 7000;
+  std::atomic<bool> done = false;
+  std::thread taker([&] {
+    support::RunningCopy other(files);
+    while (!done) {
+      for (const auto& file : keptFiles()) MonitorImport(other.recorder).importFile(file);
+    }
+  });
+  for (int i = 0; i < kCalls; ++i) {
+    while (record(onTrunk(kFirstTrunk + i)) == 0) std::this_thread::yield();
+  }
+  done = true;
+  taker.join();
+  // What was kept in a file while it was read is still there.
+  for (const auto& file : keptFiles()) MonitorImport(copy.recorder).importFile(file);
+  std::map<std::string, int> times;
+  for (const auto& file : keptFiles()) {
+    const std::string bytes = support::readFile(file);
+    for (std::size_t at = 0; at < bytes.size(); at += exchange::kNormalRecordSize) {
+      ++times[bytes.substr(at, exchange::kNormalRecordSize)];
+    }
+  }
+  int once = 0;
+  for (int i = 0; i < kCalls; ++i) once += times[onTrunk(kFirstTrunk + i)] == 1 ? 1 : 0;
+  EXPECT_EQ(once, kCalls);
+}
+
+// What a program left that was killed before it heard of the commit.
+TEST_F(RejectedLiveCalls, AreNotKeptAgainWhenTheyWereKeptUnheard) {
+  if (!files.folder.onServer()) GTEST_SKIP() << "about a server";
+  const std::string& address = files.folder.setting();
+  support::OtherProgram program(address.substr(0, address.rfind('/')));
+  const std::filesystem::path notes = files.folder / "notes";
+  const auto comesAgain = [&](const std::string& bytes, std::size_t end) {
+    std::string digits;
+    for (const unsigned char byte : bytes) digits += base::format("%02x", byte);
+    std::ofstream(notes) << copy.main->path().string() << '\n'
+                         << program.run("SELECT pg_current_xact_id()") << " kept " << end << ' ' << digits << '\n';
+    EXPECT_EQ(
+        LiveRecorder(copy.recorder, notes).record({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()}),
+        1);
+  };
+  EXPECT_EQ(record(onTrunk(7777)), 1);
+  comesAgain(onTrunk(7777), exchange::kNormalRecordSize);
+  EXPECT_EQ(support::readFile(live.keptIn()), onTrunk(7777));
+  // The transaction's number was given to another one after a crash, and the place to another call or to none yet.
+  comesAgain(onTrunk(7778), exchange::kNormalRecordSize);
+  comesAgain(onTrunk(7779), 3 * exchange::kNormalRecordSize);
+  EXPECT_EQ(support::readFile(live.keptIn()), onTrunk(7777) + onTrunk(7778) + onTrunk(7779));
 }
 
 TEST_F(LiveRecorderTest, AFaultIsLoggedWithTheNumber) {

@@ -131,7 +131,7 @@ TEST_F(LostConnection, ATransactionOfTheSameNumberIsNoProofOfACall) {
     for (const unsigned char byte : recordOf(each.stored ? calls : calls + 1)) noted += base::format("%02x", byte);
     std::ofstream(place.files.folder / "UnconfirmedCalls")
         << copy->document.database().path().string() << '\n'
-        << program.run("SELECT pg_current_xact_id()") << ' ' << place.value(each.key) << ' ' << noted << '\n';
+        << program.run("SELECT pg_current_xact_id()") << " row " << place.value(each.key) << ' ' << noted << '\n';
     restart();
     EXPECT_EQ(send(each.stored ? calls : ++calls), 1);
     expectEachOnce(calls);
