@@ -4,6 +4,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "ingest/import.h"
+#include "server/list_places.h"
 
 namespace ctl {
 
@@ -48,6 +49,7 @@ int runImport(const Invocation& call) {
       file ? document.smdr().importFile(*file, options) : document.smdr().importMonitorFile(options);
   call.out << base::format("imported %d\n", result.imported);
   call.out.flush();  // the count first
+  if (result.imported > 0) server::makeListPlaces(context.main(), context.person());
   if (!result.restFile.empty()) {
     context.person().messageBox(base::format(
         "What is no whole call record, and all that follows it, was not read; it is kept in %s", result.restFile));

@@ -10,6 +10,7 @@
 #include "platform/live_channel.h"
 #include "schema/database_place.h"
 #include "server/data_folder.h"
+#include "server/list_places.h"
 
 namespace ctl {
 
@@ -105,6 +106,7 @@ int init(const Invocation& call) {
   if (call.arguments.has("--monitor")) plan.monitor = fs::absolute(call.arguments.text("--monitor")).lexically_normal();
   server::makeDataFolder(plan, {context.config(), context.person(), context.clock()},
                          [&] { writeMachineStore(context, plan); });
+  server::makeListPlaces(place, context.person());
   nameLiveSocketOfService(context);
   print(call, place, plan);
   return 0;

@@ -5,6 +5,7 @@
 #include "ctl/commands.h"
 #include "ctl/context.h"
 #include "jet/error.h"
+#include "server/list_places.h"
 
 namespace ctl {
 
@@ -37,7 +38,8 @@ int purge(const Invocation& call) {
     call.out << "All calls are kept: setting Sterge (section Calls) names no number of days.\n";
     return 0;
   }
-  call.out << base::format("deleted %d\n", call.context.document().smdr().purgeOldCalls());
+  call.out << base::format("deleted %d\n", call.context.document().smdr().purgeOldCalls()) << std::flush;
+  server::makeListPlaces(call.context.main(), call.context.person());
   return 0;
 }
 
@@ -70,7 +72,8 @@ int recalc(const Invocation& call) {
   call.context.interrupts().begin();
   const ingest::RecalcResult result = call.context.document().smdr().recalc(options);
   if (result.error.empty() || result.rows > 0) {
-    call.out << base::format("changed %d of %d calls\n", result.changed, result.rows);
+    call.out << base::format("changed %d of %d calls\n", result.changed, result.rows) << std::flush;
+    server::makeListPlaces(call.context.main(), call.context.person());
   }
   if (!result.error.empty()) throw Failure(result.error);
   if (result.cancelled) throw Failure("Stopped; the calls before that are changed.");

@@ -6,6 +6,7 @@
 #include "ctl/context.h"
 #include "schema/database_place.h"
 #include "security/restriction.h"
+#include "server/list_places.h"
 
 namespace ctl {
 
@@ -52,6 +53,7 @@ void finishNewDataFolder(const Invocation& call, const fs::path& folder) {
   const auto place = schema::DatabasePlace::ofTyped(folder);
   const std::string& setting = place.setting();
   Context& context = call.context;
+  server::makeListPlaces(place, context.person());
   if (call.arguments.has("--use")) {
     pointTo(place, context);
     call.out << base::format("The machine store %s points to %s now.\n", context.machineStore().file().string(),

@@ -1,6 +1,7 @@
 #include "ctl/access.h"
 #include "ctl/commands.h"
 #include "ctl/context.h"
+#include "server/list_places.h"
 
 namespace ctl {
 
@@ -16,6 +17,7 @@ int reset(const Invocation& call, bool (server::CServerDoc::*command)()) {
   if (!(context.document().*command)()) {
     throw Failure("Nothing was deleted. Without a terminal, give --yes.");
   }
+  server::makeListPlaces(context.main(), context.person());
   return 0;
 }
 

@@ -69,6 +69,12 @@ class Database {
   // True while there is more to read; false too when it would be of no use. For the moments in which a program waits.
   virtual bool readAhead(std::string_view sql, std::chrono::milliseconds time, std::int64_t mostRows) = 0;
 
+  // Whether a server still looks for places in the order of a list that was opened here, from which any part of it is
+  // quickly reached. Those found before the database is closed are there for all desks. Costs nothing.
+  [[nodiscard]] virtual bool looksForPlaces() = 0;
+  // Whether a server makes indexes for order that a table of an earlier version lacks, whoever began it.
+  [[nodiscard]] virtual bool makesIndexes() = 0;
+
   virtual TableDef tableDef(std::string_view table) = 0;  // 3078 when there is none
   virtual std::vector<std::string> tableNames() = 0;
   virtual void createTable(const TableDef& table) = 0;

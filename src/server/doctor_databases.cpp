@@ -102,6 +102,30 @@ void checkLastBackup(jet::Database& main, base::DateTime now, std::vector<Findin
                       "tallyctl backup DIR, each night: systemctl enable --now tallybook-backup.timer"});
 }
 
+// Those that only a server has, without which it sorts a long list each time.
+void checkOrders(jet::Database& main, std::vector<Finding>& findings) {
+  std::string missing;
+  for (const jet::TableDef& table : schema::mainTables()) {
+    const jet::TableDef stored = main.tableDef(table.name);
+    for (const jet::IndexDef& index : table.indexes) {
+      if (!index.forOrder || stored.leadsAnIndex(index.fields.front())) continue;
+      missing += (missing.empty() ? "" : ", ") + table.name + "." + index.fields.front();
+    }
+  }
+  if (missing.empty()) {
+    findings.push_back({Health::Good, "indexes", "every order of a long list has its own", {}, {}});
+  } else if (main.makesIndexes()) {
+    findings.push_back(
+        {Health::Note, "indexes", "some are still being made: lists in these orders open slowly until then", missing,
+         "Wait: each takes about a minute for 10,000,000 calls. Keep the program that began it running."});
+  } else {
+    findings.push_back(
+        {Health::Note, "indexes", "some are missing or unfinished: lists in these orders open slowly", missing,
+         "Start tallyctl serve or the desktop once as the user of the server who owns the databases, and "
+         "keep it running until this says that they are there."});
+  }
+}
+
 void checkContent(jet::Database& main, base::DateTime now, std::vector<Finding>& findings) {
   checkTags(main, findings);
   checkSettings(main, findings);
@@ -148,6 +172,7 @@ void examineDatabase(const schema::DatabasePlace& place, const schema::DatabaseK
     writable = place.onServer() ? !database->readOnly() : access(place.file(kind.which).c_str(), W_OK) == 0;
     const bool whole = checkDatabase(*database, kind, where, findings);
     if (whole && kind.which == Which::Main) checkContent(*database, now, findings);
+    if (whole && kind.which == Which::Main && place.onServer()) checkOrders(*database, findings);
   } catch (const jet::Error& error) {
     findings.push_back({Health::Wrong, kDatabases, base::format("%s cannot be opened", kind.name), error.description(),
                         "Mend what the message says; run this as the user of the service."});

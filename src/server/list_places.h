@@ -3,23 +3,38 @@
 #include <chrono>
 #include <cstddef>
 
+#include "jet/database.h"
+#include "platform/operator.h"
+#include "schema/database_place.h"
 #include "server/server_doc.h"
 
 namespace server {
 
-// Keeps the places known from which a desk jumps in its long lists on a server (jet/postgres/ladders), so that it need
-// not wait for them after an import, or after calls were changed or deleted. Does nothing for files.
+// The places from which a desk jumps in its long lists on a server (jet/postgres/ladders), so that it need not wait for
+// them after an import, or after calls were changed or deleted. Nothing is done for files.
+
+// Has those of all orders made that are missing, one after the other, and waits for them: up to two seconds each for
+// 10,000,000 calls, nothing where they are there. Shows progress; the operator may stop it. Never throws: a desk that
+// opens a list looks itself.
+void makeListPlaces(jet::Database& main, platform::Operator& person);
+// The same for a database that is not open.
+void makeListPlaces(const schema::DatabasePlace& place, platform::Operator& person);
+
+// Keeps them known.
 class ListPlaces {
  public:
-  explicit ListPlaces(CServerDoc& document) : document_(document) {}
+  explicit ListPlaces(CServerDoc& document);
 
   // Looks at one list when it is time, which has places made beside other work where there are none. Costs some
-  // milliseconds. Never throws: a desk that opens the list looks itself.
+  // milliseconds. Never throws.
   void step();
+  // Many calls were added: the lists are due one after the other, without a pause.
+  void hurry();
 
  private:
   CServerDoc& document_;
   std::size_t next_ = 0;
+  std::size_t hurried_ = 0;  // lists without a pause before them
   std::chrono::steady_clock::time_point due_;
 };
 

@@ -218,6 +218,8 @@ void Service::importNow(const ingest::ImportOptions& options) {
   } catch (const std::exception& error) {
     result = {.outcome = ingest::ImportResult::Outcome::Failed, .message = error.what()};
   }
+  constexpr std::int64_t kMany = 10'000;
+  if (result.imported >= kMany) places_.hurry();
   sayImport(result);
   stopped_ = !document_.connected();
   if (result.message.empty()) {

@@ -49,6 +49,11 @@ class OnServer : public ::testing::Test, protected TallyctlRun {
     }
   }
 
+  // The first value of a statement on the calls.
+  std::string ask(const std::string& sql) {
+    return administrator_->run("SET search_path = \"" + place().schema("tallybook.mdb") + "\"; " + sql);
+  }
+
   // The address as another user of the server.
   static std::string as(const std::string& role, std::string address) {
     const std::size_t user = address.find("//") + 2;
@@ -129,6 +134,39 @@ TEST_F(OnServer, AnOldInstallationIsCarriedOver) {
   const Result again = run("convert old '" + setting() + "'");
   EXPECT_EQ(again.status, 1);
   EXPECT_TRUE(contains(again.err, "already")) << again.err;
+}
+
+// A jump in a long list begins at one of them. Those of twelve orders are kept for all desks.
+TEST_F(OnServer, CommandsThatChangeManyCallsLeaveThePlacesOfLongListsKnown) {
+  makeSample(1);
+  ask("INSERT INTO \"Calls\" (\"DateTime\", \"Extension\", \"DialNumber\", \"TotalTime\", \"Price_Ref\") "
+      "SELECT now(), (200 + i % 30)::text, i::text, i, i FROM generate_series(1, 20000) AS i");
+  const std::string count = "SELECT count(*) FROM \"jet ladders\"";
+  EXPECT_EQ(ask(count), "0");
+  succeed("sample-calls 20 --out data/monitor/monitor.data --seed 5");
+  EXPECT_EQ(succeed("import"), "imported 20\n");
+  EXPECT_EQ(ask(count), "12");
+  // They are those of the list that a desk opens.
+  const std::string made = ask("SELECT max(made) FROM \"jet ladders\"");
+  succeed("folder show 100 --sort=-401 --limit 3");
+  EXPECT_EQ(ask("SELECT max(made) FROM \"jet ladders\""), made);
+  EXPECT_EQ(ask(count), "12");
+}
+
+TEST_F(OnServer, TheDoctorNamesIndexesThatAreNotThere) {
+  makeSample(1);
+  EXPECT_TRUE(contains(succeed("doctor"), "good  indexes"));
+  ask("DROP INDEX \"ix_Calls_Name_order\"");
+  const std::string missing = succeed("doctor");
+  EXPECT_TRUE(contains(missing, "note  indexes: some are missing") && contains(missing, "Calls.Name")) << missing;
+  // As the program that makes one holds it.
+  const std::string lock = "(hashtextextended('" + place().schema("tallybook.mdb") + " indexes', 0))";
+  ask("SELECT pg_advisory_lock" + lock);
+  const std::string made = succeed("doctor");
+  EXPECT_TRUE(contains(made, "note  indexes: some are still being made")) << made;
+  ask("SELECT pg_advisory_unlock" + lock);
+  succeed("status");
+  EXPECT_TRUE(contains(succeed("doctor"), "good  indexes"));
 }
 
 }  // namespace

@@ -29,6 +29,16 @@ std::string sqlOf(const std::string& text, const std::vector<engine::SiteValue>&
   return emitQuery({.query = &query, .sites = all, .text = text}).sql;
 }
 
+std::string sumsOf(int functions) {
+  const auto table = std::make_shared<const TableDef>(TableDef{
+      .name = "V",
+      .fields = {{.name = "id", .type = Type::Long, .autoIncrement = true}, {.name = "n", .type = Type::Long}}});
+  const std::string text = "select n, sum(n) from V group by n";
+  const bind::BoundQuery query = bind::bindStatement(
+      *parseStatement(text), nullptr, [&](std::string_view) { return table; }, text, nullptr);
+  return emitQuery({.role = engine::Role::Sums, .query = &query, .sites = {}, .text = text}, functions).sql;
+}
+
 engine::SiteValue plain() {
   return {engine::SiteClass::Plain, {}, {}};
 }
@@ -49,6 +59,12 @@ TEST(PostgresEmitter, HasAFormOfEveryFunction) {
     const Masks masks({{.table = "V", .column = "t", .function = &function, .second = 3}});
     EXPECT_NO_THROW(sqlOf("select t from V", {}, &masks)) << function.name;
   }
+}
+
+TEST(PostgresEmitter, AServerWithFunctionsOfBeforeAddsUpByItsOwn) {
+  EXPECT_NE(sumsOf(kFunctionVersion).find("jet.total("), std::string::npos);
+  EXPECT_EQ(sumsOf(kLeastFunctionVersion).find("jet.total("), std::string::npos);
+  EXPECT_NE(sumsOf(kLeastFunctionVersion).find("::bigint"), std::string::npos);
 }
 
 TEST(PostgresEmitter, ConditionsAreOfTheFormsThatIndexesServe) {

@@ -188,6 +188,8 @@ class Driver {
   // Adds what the stored form of a table of an earlier version lacks now, whole or not at all; nothing when it is
   // there. `table` is the definition with the indexes for order that it should have; those may be made later.
   virtual void upgradeTable(const TableDef& table) = 0;
+  // Whether indexes are being made after upgradeTable(), here or by another program.
+  [[nodiscard]] virtual bool makesIndexes() { return false; }
   // Moves when definitions may have changed: whatever was bound to them is then out of date.
   [[nodiscard]] virtual std::uint64_t generation() const = 0;
 
@@ -213,6 +215,9 @@ class Driver {
     static_cast<void>(request), static_cast<void>(arguments), static_cast<void>(position);
     return std::nullopt;
   }
+
+  // Whether it looks for such rows now.
+  [[nodiscard]] virtual bool looksForPlaces() { return false; }
 
   // How many rows stand before the row of that key in such a select's order; nothing when that is not quickly said.
   virtual std::optional<std::int64_t> positionOf(const QueryRequest& request, const Arguments& arguments, RowKey key) {

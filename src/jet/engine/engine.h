@@ -39,6 +39,9 @@ class Engine final : public Database {
   void forEachRow(std::string_view sql, const std::function<bool(const std::vector<Value>&)>& row) override;
   bool readAhead(std::string_view sql, std::chrono::milliseconds time, std::int64_t mostRows) override;
 
+  bool looksForPlaces() override { return driver_->looksForPlaces(); }
+  bool makesIndexes() override { return driver_->makesIndexes(); }
+
   TableDef tableDef(std::string_view table) override;
   std::vector<std::string> tableNames() override { return driver_->tableNames(); }
   void createTable(const TableDef& table) override;

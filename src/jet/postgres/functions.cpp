@@ -55,6 +55,9 @@ constexpr const char* kFirst =
     "FINALFUNC = jet.only)";
 constexpr const char* kLast =
     "CREATE OR REPLACE AGGREGATE jet.last(anyelement) (SFUNC = jet.last_step, STYPE = anyarray, FINALFUNC = jet.only)";
+constexpr const char* kTotal =
+    "CREATE OR REPLACE AGGREGATE jet.total(bigint) (SFUNC = pg_catalog.int8pl, STYPE = bigint, "
+    "COMBINEFUNC = pg_catalog.int8pl, PARALLEL = SAFE)";
 
 }  // namespace
 
@@ -69,7 +72,7 @@ std::vector<std::string> functionStatements() {
   for (const char* const far : {"far_multiply", "far_divide", "multiply_of", "divide_of"}) {
     statements.push_back(std::string("ALTER FUNCTION jet.") + far + "(float8, float8) COST 1");
   }
-  statements.insert(statements.end(), {kFirstStep, kLastStep, kOnly, kFirst, kLast});
+  statements.insert(statements.end(), {kFirstStep, kLastStep, kOnly, kFirst, kLast, kTotal});
   statements.push_back("COMMENT ON SCHEMA jet IS '" + std::to_string(kFunctionVersion) + "'");
   return statements;
 }

@@ -6,11 +6,25 @@
 
 namespace jet::postgres {
 
+std::string IndexMaker::lockName() const {
+  return session_->connection().address().schema() + " indexes";
+}
+
 bool IndexMaker::isAlone() {
   Parameters name;
-  name.addText(session_->connection().address().schema() + " indexes");
+  name.addText(lockName());
   const Result result = connection_->run(
       {"SET lock_timeout = 0", "SELECT pg_try_advisory_lock(hashtextextended($1::text, 0))::int::bigint"}, name);
+  return integerAt(result.get(), 0, 0) != 0;
+}
+
+bool IndexMaker::isMaking() {
+  Parameters name;
+  name.addText(lockName());
+  const Result result = session_->connection().run({"SELECT CASE WHEN pg_try_advisory_lock_shared(l) THEN (NOT "
+                                                    "pg_advisory_unlock_shared(l))::int ELSE 1 END::bigint "
+                                                    "FROM hashtextextended($1::text, 0) AS l"},
+                                                   name);
   return integerAt(result.get(), 0, 0) != 0;
 }
 

@@ -18,10 +18,14 @@ class IndexMaker {
 
   // Those of `indexes` are for order alone. Never throws: without them, lists in their order are slow, and that is all.
   void begin(const TableDef& table, const std::vector<IndexDef>& indexes) noexcept;
+  // Whether one is at it, of this program or another.
+  [[nodiscard]] bool isMaking();
   // Begins the next one when one is made, and tells all programs in the end. Costs nothing while none is being made.
   void goOn();
 
  private:
+  // Of what the one that makes them holds until its connection ends.
+  [[nodiscard]] std::string lockName() const;
   [[nodiscard]] bool isAlone();
   // Left by a server that was ended in the middle of it: it serves no one and keeps its name.
   [[nodiscard]] bool isUnfinished(const std::string& name);

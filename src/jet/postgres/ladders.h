@@ -33,6 +33,10 @@ class Ladders {
                                          engine::RowKey key);
   // Takes a ladder over when it is ready. Costs nothing while none is being made.
   void takeMade();
+  [[nodiscard]] bool isMaking() {
+    takeMade();
+    return making_ != nullptr;
+  }
 
  private:
   struct Ladder {

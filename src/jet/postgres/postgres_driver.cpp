@@ -63,6 +63,8 @@ bool givesManyRows(Role role) {
   return role == Role::Run || role == Role::OrderedKeys || role == Role::Matches || role == Role::Operands;
 }
 
+constexpr int kOfAnotherVersion = 3051;
+
 // At 300 bytes each.
 constexpr std::int64_t kMostGroupsTogether = 2'000'000;
 
@@ -86,10 +88,11 @@ PostgresDriver::PostgresDriver(const Address& address, OpenMode mode, bool creat
   if (create) makeSchema();
   session_->join();
   if (mode == OpenMode::ReadWrite) requireRights();
-  if (mode == OpenMode::ReadWrite && !create) {
-    makeFunctions();
-    adaptToName();
-  }
+  if (create) return;
+  functions_ = functionVersion();
+  if (mode == OpenMode::ReadOnly) return;
+  renewFunctions();
+  adaptToName();
 }
 
 void PostgresDriver::makeSchema() {
@@ -98,24 +101,37 @@ void PostgresDriver::makeSchema() {
   name.addText(schema());
   const Result found = connection.run({"SELECT 1 FROM pg_namespace WHERE nspname = $1::text"}, name);
   if (PQntuples(found.get()) > 0) throw Error(3204, "Database " + describe() + " already exists.");
-  makeFunctions();
+  functions_ = functionVersion();
+  renewFunctions();
   session_->changeAlone(schemaStatements(schema()));
 }
 
 // The functions are those of all schemas of the database.
-void PostgresDriver::makeFunctions() {
-  Connection& connection = session_->connection();
-  const Result version = connection.run(
+int PostgresDriver::functionVersion() {
+  const Result version = session_->connection().run(
       {"SELECT coalesce(obj_description(oid, 'pg_namespace'), '') FROM pg_namespace WHERE nspname = 'jet'"});
   int number = 0;
   if (PQntuples(version.get()) > 0) {
     const std::string_view text = PQgetvalue(version.get(), 0, 0);
     std::from_chars(text.data(), text.data() + text.size(), number);
   }
-  if (number >= kFunctionVersion) return;
+  return number;
+}
+
+void PostgresDriver::makeFunctions() {
   std::vector<std::string> statements{"SELECT pg_advisory_xact_lock(" + std::to_string(writersLock("jet")) + ")"};
   for (std::string& statement : functionStatements()) statements.push_back(std::move(statement));
   changeAsOwner(statements, true);
+  functions_ = kFunctionVersion;
+}
+
+void PostgresDriver::renewFunctions() {
+  if (functions_ >= kFunctionVersion) return;
+  try {
+    makeFunctions();
+  } catch (const Error& error) {
+    if (functions_ < kLeastFunctionVersion || error.number() != kOfAnotherVersion) throw;
+  }
 }
 
 // A schema that was given another name, or restored under one, has triggers that know the old one. One of an earlier
@@ -151,9 +167,10 @@ void PostgresDriver::changeAsOwner(const std::vector<std::string>& statements, b
     }
   } catch (const Error& error) {
     if (error.number() != kReadOnly) throw;
-    throw Error(3051, describe() +
-                          " was made by another version of the program, or given another name. Open it once as "
-                          "the user who made it.");
+    throw Error(kOfAnotherVersion,
+                describe() +
+                    " was made by another version of the program, or given another name. Open it once as "
+                    "the user who made it.");
   }
 }
 
@@ -228,7 +245,7 @@ void PostgresDriver::addOrders(const TableDef& table, const std::vector<IndexDef
 std::unique_ptr<engine::Query> PostgresDriver::prepare(const engine::QueryRequest& request) {
   const bind::BoundStatement& statement = request.query->statement;
   const std::optional<Plan> byPlace = placePlan(request);
-  Plan plan = byPlace ? *byPlace : emitQuery(request);
+  Plan plan = byPlace ? *byPlace : emitQuery(request, functions_);
   if (statement.kind == Statement::Kind::Select) {
     const bool keyed = request.role != Role::Run && request.role != Role::Among;
     // Groups come together where there cannot be very many of them: each row by itself costs as much as adding it up.

@@ -29,6 +29,7 @@ class PostgresDriver final : public engine::Driver {
   std::vector<std::string> tableNames() override { return catalog_.names(); }
   void createTable(const TableDef& table) override;
   void upgradeTable(const TableDef& table) override;
+  [[nodiscard]] bool makesIndexes() override { return indexes_.isMaking(); }
   [[nodiscard]] std::uint64_t generation() const override { return catalog_.generation(); }
 
   std::unique_ptr<engine::Query> prepare(const engine::QueryRequest& request) override;
@@ -49,6 +50,7 @@ class PostgresDriver final : public engine::Driver {
                                          engine::RowKey key) override {
     return ladders_.positionOf(request, arguments, key);
   }
+  [[nodiscard]] bool looksForPlaces() override { return ladders_.isMaking(); }
   [[nodiscard]] bool isServer() const override { return true; }
 
   void begin() override { session_->begin(); }
@@ -70,7 +72,9 @@ class PostgresDriver final : public engine::Driver {
 
  private:
   void makeSchema();
+  int functionVersion();
   void makeFunctions();
+  void renewFunctions();
   void adaptToName();
   // Of what only the owner may do.
   void changeAsOwner(const std::vector<std::string>& statements, bool alone);
@@ -88,6 +92,7 @@ class PostgresDriver final : public engine::Driver {
   Catalog catalog_;
   Ladders ladders_{session_};
   IndexMaker indexes_{session_};
+  int functions_ = 0;  // their version in the server
 };
 
 }  // namespace jet::postgres

@@ -37,8 +37,9 @@ bool requiresValue(const BoundExpression& condition, std::size_t field) {
 
 class StatementWriter {
  public:
-  explicit StatementWriter(const engine::QueryRequest& request)
+  explicit StatementWriter(const engine::QueryRequest& request, int functions = kFunctionVersion)
       : request_(request),
+        functions_(functions),
         query_(*request.query),
         statement_(query_.statement),
         emitter_(plan_, query_, request.sites, engine::qualifiersOf(statement_)) {}
@@ -157,12 +158,17 @@ class StatementWriter {
     plan_.sql = "SELECT min(" + emitter_.key(0) + "), " + emitter_.emit(statement_.groupBy.front()) + ", count(*)";
     for (const Summed& summed : allSummed()) {
       const auto [value, summand] = summandOf(*summed.of);
-      const std::string sum = "sum(" + summand + ")";
+      const std::string sum = sumOf(summand, summed.of->type);
       // To count costs as much as to sum.
       plan_.sql += summed.counted ? ", count(" + value + "), " : ", (" + sum + " IS NOT NULL)::int, ";
-      plan_.sql += sum + (summed.of->type == Type::Long ? "::bigint" : "");
+      plan_.sql += sum;
     }
     plan_.sql += rows() + " GROUP BY 2";
+  }
+
+  [[nodiscard]] std::string sumOf(const std::string& summand, Type type) const {
+    if (type != Type::Long) return "sum(" + summand + ")";
+    return functions_ >= kTotalSince ? "jet.total(" + summand + ")" : "sum(" + summand + ")::bigint";
   }
 
   ExpressionEmitter::Summand summandOf(const BoundExpression& expression) {
@@ -491,6 +497,7 @@ class StatementWriter {
   }
 
   const engine::QueryRequest& request_;
+  const int functions_;
   const bind::BoundQuery& query_;
   const bind::BoundStatement& statement_;
   Plan plan_;
@@ -513,8 +520,8 @@ bool readsByIndex(const bind::BoundStatement& statement) {
          (readsAllRows(statement) || requiresValue(*statement.where, value.index));
 }
 
-Plan emitQuery(const engine::QueryRequest& request) {
-  return StatementWriter(request).write();
+Plan emitQuery(const engine::QueryRequest& request, int functions) {
+  return StatementWriter(request, functions).write();
 }
 
 Plan emitLadder(const engine::QueryRequest& request, std::int64_t step) {

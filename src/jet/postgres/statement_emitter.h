@@ -1,13 +1,14 @@
 #pragma once
 
 #include "jet/engine/driver.h"
+#include "jet/postgres/functions.h"
 #include "jet/postgres/plan.h"
 
 namespace jet::postgres {
 
 // The SQL of a bound query in a role. Tables are named without schema, functions in the schema "jet" (functions.h). A
-// query with keys selects the key first.
-Plan emitQuery(const engine::QueryRequest& request);
+// query with keys selects the key first. `functions`: the version of those that the server has.
+Plan emitQuery(const engine::QueryRequest& request, int functions = kFunctionVersion);
 
 // Whether a select's condition, if any, is one on all rows alike.
 bool readsAllRows(const bind::BoundStatement& statement);
