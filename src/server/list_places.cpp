@@ -43,13 +43,15 @@ void lookForPlaces(jet::Database& main, int order) {
 
 }  // namespace
 
-void makeListPlaces(jet::Database& main, platform::Operator& person) {
+void makeListPlaces(jet::Database& main, platform::Operator& person, std::chrono::seconds patience) {
   constexpr std::chrono::milliseconds kLook{20};
+  const auto begun = std::chrono::steady_clock::now();
   try {
     if (!schema::DatabasePlace::of(main).onServer()) return;
     const platform::Progress progress(person, "Looking for places in long lists", "", std::size(kOrders));
     std::int64_t done = 0;
     for (const int order : kOrders) {
+      if (std::chrono::steady_clock::now() - begun > patience) return;
       lookForPlaces(main, order);
       while (main.looksForPlaces()) {
         if (!person.progressStep(done)) return;
@@ -65,7 +67,8 @@ void makeListPlaces(jet::Database& main, platform::Operator& person) {
 void makeListPlaces(const schema::DatabasePlace& place, platform::Operator& person) {
   if (!place.onServer()) return;
   try {
-    makeListPlaces(*jet::openDatabase(place.file(schema::Which::Main), jet::OpenMode::ReadWrite), person);
+    makeListPlaces(*jet::openDatabase(place.file(schema::Which::Main), jet::OpenMode::ReadWrite), person,
+                   std::chrono::hours(24));
   } catch (const jet::Error&) {
     // As above.
   }

@@ -13,11 +13,12 @@ namespace server {
 // The places from which a desk jumps in its long lists on a server (jet/postgres/ladders), so that it need not wait for
 // them after an import, or after calls were changed or deleted. Nothing is done for files.
 
-// Has those of all orders made that are missing, one after the other, and waits for them: up to two seconds each for
-// 10,000,000 calls, nothing where they are there. Shows progress; the operator may stop it. Never throws: a desk that
-// opens a list looks itself.
-void makeListPlaces(jet::Database& main, platform::Operator& person);
-// The same for a database that is not open.
+// Has those of all orders made that are missing, one after the other, and waits for them: some seconds each for
+// 10,000,000 calls, nothing where they are there. Begins none after `patience`. Shows progress; the operator may stop
+// it. Never throws: a desk that opens a list looks itself.
+void makeListPlaces(jet::Database& main, platform::Operator& person,
+                    std::chrono::seconds patience = std::chrono::seconds(20));
+// The same for databases that were just made, however long it takes.
 void makeListPlaces(const schema::DatabasePlace& place, platform::Operator& person);
 
 // Keeps them known.

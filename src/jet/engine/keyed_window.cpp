@@ -13,6 +13,9 @@ constexpr std::int64_t kAnchorSpacing = 1000;
 constexpr std::int64_t kManyPassed = 16'384;
 // Rows at an end of a list that a server is asked for together.
 constexpr std::int64_t kEnd = 2'000;
+// The same while no more are wanted, where the server finds them by an index: it looks at as many rows as are asked
+// for, and at those between that do not meet the condition.
+constexpr std::int64_t kShortEnd = 200;
 
 }  // namespace
 
@@ -30,8 +33,8 @@ void KeyedWindow::refresh() {
   count_.reset();
   order_.reset();
   anchors_.clear();
-  head_.clear();
-  tail_.clear();
+  head_ = {};
+  tail_ = {};
 }
 
 std::int64_t KeyedWindow::rowCount() {
@@ -79,6 +82,12 @@ std::vector<std::int64_t> KeyedWindow::keys(std::int64_t first, std::int64_t cou
   return keys;
 }
 
+bool KeyedWindow::walksAnIndex() const {
+  const bind::BoundExpression& order = bound_->statement.orderBy.front().expression;
+  const TableDef& table = bound_->statement.table();
+  return orderItems_ == 1 && order.isColumn() && table.leadsAFullIndex(table.fields[order.index].name);
+}
+
 // A server finds the first rows of an order that it has no index for in a fourth of the time that reading the column
 // takes, and some screens of them in the same time as one.
 std::optional<std::vector<std::int64_t>> KeyedWindow::keysAtAnEnd(std::int64_t first, std::int64_t count) {
@@ -92,15 +101,16 @@ std::optional<std::vector<std::int64_t>> KeyedWindow::keysAtAnEnd(std::int64_t f
     from = rowCount() - first - count;
     if (count <= 0 || from + count > kEnd) return std::nullopt;
   }
-  std::vector<std::int64_t>& end = atHead ? head_ : tail_;
-  if (end.empty()) {
-    const bool other = !head_.empty() || !tail_.empty();
-    if (!other && !engine_.statistics().leavesEnds(text_, bound_)) return std::nullopt;
-    end = run(atHead ? Role::KeysPage : Role::KeysPageBack, {kEnd, 0});
+  End& end = atHead ? head_ : tail_;
+  const std::int64_t wanted = from + count <= kShortEnd && walksAnIndex() ? kShortEnd : kEnd;
+  if (end.asked < wanted) {
+    const bool none = head_.asked == 0 && tail_.asked == 0;
+    if (none && !engine_.statistics().leavesEnds(text_, bound_)) return std::nullopt;
+    end = {run(atHead ? Role::KeysPage : Role::KeysPageBack, {wanted, 0}), wanted};
   }
-  const auto size = static_cast<std::int64_t>(end.size());
-  const auto begin = end.begin() + std::min(from, size);
-  std::vector<std::int64_t> keys(begin, end.begin() + std::min(from + count, size));
+  const auto size = static_cast<std::int64_t>(end.keys.size());
+  const auto begin = end.keys.begin() + std::min(from, size);
+  std::vector<std::int64_t> keys(begin, end.keys.begin() + std::min(from + count, size));
   if (!atHead) std::ranges::reverse(keys);
   return keys;
 }

@@ -23,12 +23,18 @@ class KeyedWindow final : public RowWindow {
   void refresh() override;
 
  private:
+  struct End {
+    std::vector<std::int64_t> keys;
+    std::int64_t asked = 0;  // rows
+  };
+
   std::vector<std::int64_t> keys(std::int64_t first, std::int64_t count);
   std::vector<std::int64_t> fetchKeys(std::int64_t first, std::int64_t count);
   const columns::KeyOrder* order();
   std::optional<std::vector<std::int64_t>> keysByAnchor(std::int64_t first, std::int64_t count);
   std::vector<std::int64_t> run(Role role, std::initializer_list<std::int64_t> extras);
   void lookForPlaces();
+  [[nodiscard]] bool walksAnIndex() const;
   std::optional<std::vector<std::int64_t>> keysAtAnEnd(std::int64_t first, std::int64_t count);
   void readRows(const std::vector<std::int64_t>& keys, std::vector<Value>& cells);
   void keepAnchor(std::int64_t position, std::int64_t key);
@@ -41,8 +47,8 @@ class KeyedWindow final : public RowWindow {
   // Of this refresh:
   std::optional<std::shared_ptr<const columns::KeyOrder>> order_;  // null: the keys are fetched
   std::optional<std::int64_t> count_;
-  std::vector<std::int64_t> head_;         // keys of the first rows, as far as a server put them in order
-  std::vector<std::int64_t> tail_;         // of the last ones, the last one first
+  End head_;                               // the first rows, as far as a server put them in order
+  End tail_;                               // the last ones, the last one first
   std::map<std::int64_t, Place> anchors_;  // by position / kAnchorSpacing
 };
 
