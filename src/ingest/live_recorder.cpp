@@ -68,9 +68,24 @@ bool LiveRecorder::store(exchange::CallRecord& call, std::span<const unsigned ch
 
 void LiveRecorder::confirm(jet::Transaction& transaction, std::span<const unsigned char> bytes,
                            UnconfirmedCalls::Place place) {
+  constexpr std::chrono::seconds kBetweenSyncs{1};
   unconfirmed_.add(bytes, place);
   transaction.commit();
   unconfirmed_.confirmLast();
+  unsynced_ = true;
+  if (std::chrono::steady_clock::now() - lastSync_ < kBetweenSyncs) return;
+  try {
+    makeDurable();
+  } catch (const jet::Error&) {
+    // It is stored, and would be again if its sender were told otherwise. The next look says what is wrong.
+  }
+}
+
+void LiveRecorder::makeDurable() {
+  if (!unsynced_) return;
+  recorder_.parts().main.makeDurable();
+  lastSync_ = std::chrono::steady_clock::now();
+  unsynced_ = false;
 }
 
 bool LiveRecorder::wasStored(const exchange::CallRecord& call, std::span<const unsigned char> bytes) {

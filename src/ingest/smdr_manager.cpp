@@ -100,6 +100,10 @@ void SMDRManager2::refreshDefinitions() {
   if (recorder_) recorder_->refreshDefinitions();
 }
 
+void SMDRManager2::makeDurable() {
+  if (live_) live_->makeDurable();
+}
+
 void SMDRManager2::saveDefinitions() {
   jet::Transaction transaction(*main_);
   if (!parties_.changed(*main_, tariffDatabase())) parties_.save(*main_);

@@ -74,6 +74,8 @@ class SMDRManager2 {
 
   // Takes over what other copies changed in definitions and currencies.
   void refreshDefinitions();
+  // Of the live calls: as LiveRecorder has it.
+  void makeDurable();
   // Writes the definitions, unless another copy has changed them since they were loaded: those are newer, and stay.
   void saveDefinitions();
 

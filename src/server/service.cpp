@@ -190,6 +190,7 @@ void Service::sayWhenFull(const platform::LiveChannelServer& channel) {
 
 void Service::refreshNow() {
   try {
+    document_.smdr().makeDurable();
     document_.smdr().refreshDefinitions();
     document_.smdr().liveRecorder().writeHeldEntries();
     writeHeldEntries();

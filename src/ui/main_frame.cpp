@@ -303,6 +303,7 @@ void CMainFrame::refreshFromOtherCopies() {
   }
   importWhenAsked();
   try {
+    document_.smdr().makeDurable();
     document_.smdr().refreshDefinitions();
     if (reconnection_.takeBack() || (watch_ && watch_->changed())) reloadFolder(CFolderView::Reload::Beside);
     tellAlarms();
