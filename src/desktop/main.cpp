@@ -21,6 +21,7 @@
 #include "ui/qt_texts.h"
 #include "ui/readable_palette.h"
 #include "ui/readable_style.h"
+#include "ui/single_lines.h"
 
 namespace {
 
@@ -54,6 +55,7 @@ int main(int argc, char** argv) {
   ui::keepPaletteReadable();
   ui::showFocusOutlines();
   ui::tellCutTexts();
+  ui::keepLinesSingle();
   ui::QtOperator person;
   application.setReport([&person](const std::string& fault) { person.messageBox(fault); });
   const platform::SystemClock clock;
