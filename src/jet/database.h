@@ -105,9 +105,9 @@ class Database {
   // whole. Reads all of it.
   virtual std::vector<std::string> damage() = 0;
 
-  // `watcher` is called every few milliseconds while a statement runs, so that a window can be drawn meanwhile; it must
-  // not use this database. While no transaction is open, its answer false ends the statement with Error 3059. An empty
-  // function ends the watch.
+  // `watcher` is called every few milliseconds while a statement runs; it must not use this database, and an empty one
+  // ends the watch. Its answer false ends the statement with Error 3059 while no transaction is open, and the
+  // connection to a server with 3151 when that does not end it, or has been silent for long within a transaction.
   virtual void watch(std::function<bool()> watcher) = 0;
 
  protected:

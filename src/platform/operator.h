@@ -28,9 +28,9 @@ class Operator {
   virtual bool progressStep(std::int64_t position) = 0;
   virtual void progressEnd() = 0;
   // Between the steps of work that says nothing by itself, such as a long query: keeps a window alive. Returns as
-  // progressStep; true without progress.
+  // progressStep. Without progress too a program with windows may give the operator a way out when it lasts.
   virtual bool progressPulse() { return true; }
-  // True while progress is shown: no other work may begin, nor may what that work uses be used.
+  // True while progress is shown or a pulse hears events: no other work may begin, nor may what is in use be used.
   [[nodiscard]] virtual bool busy() const { return false; }
 };
 

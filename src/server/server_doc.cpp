@@ -97,7 +97,7 @@ StartEnd CServerDoc::openSettings() {
   for (;;) {
     try {
       if (!openMainDatabase()) return StartEnd::NotConfigured;
-      main_->watch([this] { return person_.progressPulse(); });
+      watchDatabases();
       tags_.LoadTouch(*main_);
       config_.OpenConfig(*main_, tags_);
       return StartEnd::Ready;
@@ -197,6 +197,7 @@ bool CServerDoc::loadReferenceData(const StartDuties& duties) {
   try {
     smdr_.load(*main_, duties.outputPort);
     contacts_.Open(*main_);
+    watchDatabases();
     alarms_ = std::make_unique<alarms::AlarmDesk>(alarmServices());
     smdr_.startRecording(alarms_.get());
     folderServices_ = std::make_unique<folders::FolderServices>(
@@ -253,6 +254,13 @@ std::string CServerDoc::describe(const jet::Error& error) {
 
 void CServerDoc::report(const jet::Error& error) {
   person_.messageBox(describe(error));
+}
+
+// So that a window can be drawn while one of them works.
+void CServerDoc::watchDatabases() {
+  for (jet::Database* const database : openDatabases()) {
+    database->watch([this] { return person_.progressPulse(); });
+  }
 }
 
 std::vector<jet::Database*> CServerDoc::openDatabases() const {

@@ -113,6 +113,7 @@ class CServerDoc {
   StartEnd openAndLogIn(const StartDuties& duties);
   StartEnd logIn(const StartDuties& duties);
   [[nodiscard]] std::vector<jet::Database*> openDatabases() const;
+  void watchDatabases();
   void addMissingTables();
   void upgradeSchema();
   bool loadReferenceData(const StartDuties& duties);

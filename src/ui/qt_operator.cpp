@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTimer>
 #include <algorithm>
 
 namespace ui {
@@ -15,10 +16,14 @@ constexpr int kProgressSteps = 1000;
 constexpr qint64 kEventInterval = 20;
 // Work that is done sooner than this, in milliseconds, shows no progress window.
 constexpr qint64 kPatience = 300;
+// Nor does a wait for a database that is over sooner. Pulses that are further apart belong to two of them.
+constexpr qint64 kWaitPatience = 1000;
+constexpr qint64 kBetweenPulses = 100;
 
 }  // namespace
 
-QWidget* QtOperator::owner() const {
+QWidget* QtOperator::owner() {
+  endWait();
   QWidget* dialog = QApplication::activeModalWidget();
   return dialog != nullptr ? dialog : parent_.data();
 }
@@ -56,6 +61,7 @@ void QtOperator::beep(Sound) {
 }
 
 void QtOperator::progressBegin(std::string_view title, std::string_view text, std::int64_t range) {
+  endWait();
   working_ = true;
   title_ = toQt(title);
   text_ = toQt(text);
@@ -65,15 +71,26 @@ void QtOperator::progressBegin(std::string_view title, std::string_view text, st
   sinceEvents_.start();
 }
 
+std::unique_ptr<QProgressDialog> QtOperator::makeProgress(const char* name, const QString& title, const QString& text,
+                                                          const QString& end, int steps) {
+  auto window = std::make_unique<QProgressDialog>(text, end, 0, steps, owner());
+  window->setObjectName(name);
+  window->setWindowTitle(title);
+  window->setWindowModality(Qt::ApplicationModal);
+  window->setAutoClose(false);
+  window->setAutoReset(false);
+  window->show();
+  return window;
+}
+
 void QtOperator::openProgress() {
-  progress_ = std::make_unique<QProgressDialog>(text_, caption("IDS_CANCEL", "Cancel"), 0,
-                                                range_ > 0 ? kProgressSteps : 0, owner());
-  progress_->setObjectName("progress");
-  progress_->setWindowTitle(title_);
-  progress_->setWindowModality(Qt::ApplicationModal);
-  progress_->setAutoClose(false);
-  progress_->setAutoReset(false);
-  progress_->show();
+  progress_ = makeProgress("progress", title_, text_, caption("IDS_CANCEL", "Cancel"), range_ > 0 ? kProgressSteps : 0);
+}
+
+void QtOperator::hearEvents(const QProgressDialog* window) {
+  const bool takesClicks = window != nullptr && !window->wasCanceled();
+  QApplication::processEvents(takesClicks ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
+  sinceEvents_.restart();
 }
 
 bool QtOperator::progressStep(std::int64_t position) {
@@ -84,10 +101,45 @@ bool QtOperator::progressStep(std::int64_t position) {
   if (progress_ && range_ > 0) {
     progress_->setValue(static_cast<int>(std::min(position, range_) * kProgressSteps / range_));
   }
-  // Until the window is in front, a click would reach what is behind it.
-  QApplication::processEvents(progress_ ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
-  sinceEvents_.restart();
+  hearEvents(progress_.get());
   return !progress_ || !progress_->wasCanceled();
+}
+
+bool QtOperator::waitPulse() {
+  if (inPulse_) return true;
+  const bool goesOn = sinceWait_.isValid() && sincePulse_.elapsed() <= kBetweenPulses;
+  sincePulse_.start();
+  if (!goesOn) {
+    endWait();
+    sinceWait_.start();
+    sinceEvents_.start();
+  }
+  if (sinceWait_.elapsed() < kWaitPatience || sinceEvents_.elapsed() < kEventInterval) {
+    return !wait_ || !wait_->wasCanceled();
+  }
+  inPulse_ = true;
+  if (!wait_) {
+    wait_ = makeProgress("waiting", QApplication::applicationDisplayName(),
+                         caption("IDS_WAITING_DATABASE", "Waiting for the database..."),
+                         caption("IDS_GIVE_UP", "Give up"), 0);
+    // Whoever hears events again is not within a pulse: the wait is over.
+    auto* over = new QTimer(wait_.get());
+    QObject::connect(over, &QTimer::timeout, wait_.get(), [this] {
+      if (!inPulse_) endWait();
+    });
+    over->start(static_cast<int>(kBetweenPulses));
+  }
+  hearEvents(wait_.get());
+  inPulse_ = false;
+  sincePulse_.start();
+  return !wait_->wasCanceled();
+}
+
+// Later deleted: its own timer may be what calls.
+void QtOperator::endWait() {
+  if (!wait_) return;
+  wait_->hide();
+  wait_.release()->deleteLater();
 }
 
 void QtOperator::progressEnd() {

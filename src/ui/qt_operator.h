@@ -25,17 +25,23 @@ class QtOperator : public platform::Operator {
   void progressBegin(std::string_view title, std::string_view text, std::int64_t range) override;
   bool progressStep(std::int64_t position) override;
   void progressEnd() override;
-  bool progressPulse() override { return progressStep(position_); }
-  [[nodiscard]] bool busy() const override { return working_; }
+  bool progressPulse() override { return working_ ? progressStep(position_) : waitPulse(); }
+  [[nodiscard]] bool busy() const override { return working_ || inPulse_; }
 
  private:
   // Messages and progress belong to the dialog that is open, else to the main window.
-  [[nodiscard]] QWidget* owner() const;
+  [[nodiscard]] QWidget* owner();
   [[nodiscard]] QString caption(const char* key, const char* english) const;
 
   QPointer<QWidget> parent_;
   const foundation::LanguageFile* language_ = nullptr;
   void openProgress();
+  std::unique_ptr<QProgressDialog> makeProgress(const char* name, const QString& title, const QString& text,
+                                                const QString& end, int steps);
+  // Hears the window's events: all of them only while a window that can end the work takes the clicks.
+  void hearEvents(const QProgressDialog* window);
+  bool waitPulse();
+  void endWait();
 
   // The work under way. Its window opens when it lasts.
   bool working_ = false;
@@ -46,6 +52,12 @@ class QtOperator : public platform::Operator {
   QElapsedTimer sinceBegin_;
   QElapsedTimer sinceEvents_;
   std::unique_ptr<QProgressDialog> progress_;
+
+  // The wait for a database outside of such work, of which nobody says when it ends.
+  bool inPulse_ = false;
+  QElapsedTimer sinceWait_;
+  QElapsedTimer sincePulse_;
+  std::unique_ptr<QProgressDialog> wait_;
 };
 
 }  // namespace ui

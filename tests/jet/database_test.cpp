@@ -123,6 +123,20 @@ TEST_F(DatabaseTest, AWatcherSeesLongStatementsAndStopsThoseThatChangeNothing) {
   EXPECT_EQ(rows("select count(*) from T where B = 'y'"), "1");
 }
 
+TEST_F(DatabaseTest, AWaitForTheChangeOfAnotherCopyIsWatchedAndCanBeGivenUp) {
+  database_->execute("insert into T (A, B) values (1, 'x')");
+  const auto other = openDatabase(file_, OpenMode::ReadWrite);
+  Transaction change(*other);
+  other->execute("update T set B = 'other' where A = 1");
+  int calls = 0;
+  database_->watch([&calls] { return ++calls < 5; });
+  EXPECT_NE(errorOf([&] { database_->execute("update T set B = 'mine' where A = 1"); }), 0);
+  EXPECT_GE(calls, 5);
+  database_->watch({});
+  change.commit();
+  EXPECT_EQ(rows("select B from T"), "other");
+}
+
 TEST_F(DatabaseTest, LoopMayRunTheSameSelectInside) {
   for (int i = 1; i <= 3; ++i) database_->execute("insert into T (A) values (" + std::to_string(i) + ")");
   std::string pairs;

@@ -1,6 +1,7 @@
 // The desktop while the connection to the databases' server is lost: it says so, refuses what needs them, is drawn, and
 // goes on by itself.
 
+#include <QProgressDialog>
 #include <optional>
 
 #include "frame.h"
@@ -98,6 +99,80 @@ TEST_F(LostServer, TheWindowDoesNotWaitForAServerThatIsSilent) {
   ASSERT_TRUE(comesBack());
   frame->refreshFromOtherCopies();
   EXPECT_EQ(desktop->value("select count(*) as n from Calls"), "2");
+}
+
+// The server's process is stopped, or a network loses what is said, while a statement is under way.
+class SilentServer : public LostServer {
+ protected:
+  void SetUp() override {
+    LostServer::SetUp();
+    if (!desktop) return;
+    jet::Database& database = desktop->document->database();
+    // One person: while he waits, nothing else of the window uses the database.
+    database.watch([this] {
+      desktop->person.isBusy = true;
+      const bool goOn = operator_.progressPulse();
+      desktop->person.isBusy = false;
+      return goOn;
+    });
+    (*proxy)->hold();
+  }
+  void TearDown() override {
+    if (proxy) (*proxy)->heal();
+    if (desktop) desktop->document->database().watch({});
+    LostServer::TearDown();
+  }
+  // Waits as a person does, and gives up.
+  static void giveUp(QDialog& dialog) {
+    EXPECT_EQ(dialog.objectName(), "waiting");
+    QTimer::singleShot(100, &dialog, [&dialog] { qobject_cast<QProgressDialog*>(&dialog)->cancel(); });
+  }
+  template <typename Work>
+  void expectGivenUp(Work work) {
+    int drawn = 0;
+    QTimer ticks;
+    QObject::connect(&ticks, &QTimer::timeout, [&] { ++drawn; });
+    ticks.start(1);
+    try {
+      work();
+      FAIL() << "a server that is silent has answered";
+    } catch (const jet::Error& error) {
+      EXPECT_TRUE(error.connectionLost()) << error.what();
+    }
+    EXPECT_GE(drawn, 3);
+    EXPECT_FALSE(operator_.busy());
+    EXPECT_FALSE(desktop->document->connected());
+    ASSERT_TRUE(comesBack());
+    EXPECT_EQ(desktop->value("select count(*) as n from Calls"), "2");
+  }
+};
+
+TEST_F(SilentServer, CanBeGivenUp) {
+  const Script script({giveUp});
+  expectGivenUp([this] { desktop->document->database().openSnapshot("select * from Calls"); });
+}
+
+TEST_F(SilentServer, CanBeGivenUpWithinAChange) {
+  (*proxy)->heal();
+  const Script script({giveUp});
+  expectGivenUp([this] {
+    jet::Database& database = desktop->document->database();
+    jet::Transaction transaction(database);
+    database.execute("delete from Calls where Pulses = -1");
+    (*proxy)->hold();
+    database.execute("delete from Calls where TotalTime > 100");
+    transaction.commit();
+  });
+}
+
+// It only was slow: the window goes by itself.
+TEST_F(SilentServer, IsWaitedForAsLongAsThePersonWants) {
+  const Script script({[this](QDialog& dialog) {
+    EXPECT_EQ(dialog.objectName(), "waiting");
+    QTimer::singleShot(300, &dialog, [this] { (*proxy)->heal(); });
+  }});
+  EXPECT_EQ(desktop->document->database().openSnapshot("select * from Calls").rowCount(), 2U);
+  EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::activeModalWidget() == nullptr; }, 5'000));
 }
 
 TEST_F(LostServer, TheWindowCanBeClosedMeanwhile) {

@@ -9,6 +9,7 @@
 #include "ui/guarded_application.h"
 #include "ui/readable_palette.h"
 #include "ui/readable_style.h"
+#include "ui/single_lines.h"
 
 namespace {
 
@@ -27,7 +28,8 @@ class Watchman {
   void look() {
     QWidget* popup = QApplication::activePopupWidget();
     QWidget* window = popup != nullptr ? popup : QApplication::activeModalWidget();
-    const bool waits = window != nullptr && window->objectName() != "progress" && !support::Script::isRunning();
+    const bool waits = window != nullptr && window->objectName() != "progress" && window->objectName() != "waiting" &&
+                       !support::Script::isRunning();
     if (waits && window == last_) {
       ADD_FAILURE() << "a window that nothing answers: " << qPrintable(window->objectName()) << ' '
                     << qPrintable(window->windowTitle()) << ' ' << qPrintable(window->property("text").toString());
@@ -53,6 +55,7 @@ int main(int argc, char** argv) {
   ui::keepPaletteReadable();
   ui::showFocusOutlines();
   ui::tellCutTexts();
+  ui::keepLinesSingle();
   const Watchman watchman;
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();

@@ -254,6 +254,8 @@ class Driver {
   virtual std::vector<std::string> damage() = 0;
   // `watcher` is called every few milliseconds while a query runs; its answer false stops the query with Error 3059.
   virtual void watch(std::function<bool()> watcher) = 0;
+  // What runs has had no answer for so long that its server may be given up, even within a transaction.
+  [[nodiscard]] virtual bool silent() const { return false; }
 };
 
 }  // namespace jet::engine

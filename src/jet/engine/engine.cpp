@@ -47,13 +47,13 @@ const MasksPtr& Engine::masksNow() const {
   return asStored_ > 0 ? kNone : masks_;
 }
 
-// A changing statement that is stopped would take its whole transaction with it.
+// A changing statement that is stopped would take its whole transaction with it; a silent server has taken it already.
 void Engine::watch(std::function<bool()> watcher) {
   std::function<bool()> watched;
   if (watcher) {
     watched = [this, watcher = std::move(watcher)] {
       const bool goOn = watcher();
-      return goOn || depth_ > 0;
+      return goOn || (depth_ > 0 && !driver_->silent());
     };
   }
   statistics_.watch(watched);

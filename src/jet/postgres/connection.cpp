@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include "jet/engine/faults.h"
@@ -17,6 +19,9 @@ namespace {
 
 // How often the watcher is called.
 constexpr std::chrono::milliseconds kWatchStep{4};
+// A server that says nothing for so long is silent; one that was asked to end a statement is expected sooner.
+constexpr std::chrono::seconds kSilence{15};
+constexpr std::chrono::seconds kAfterCancel{5};
 // Names of statements that are dropped in one go.
 constexpr std::size_t kManyDropped = 50;
 
@@ -56,7 +61,8 @@ bool Connection::reconnect() {
 // What the lost connection knew, and what was on its way.
 void Connection::forgetLost() {
   forgetBulk();
-  lost_ = guarded_ = running_ = copying_ = false;
+  lost_ = guarded_ = running_ = copying_ = canceled_ = false;
+  canceling_.reset();
   reader_ = nullptr;
   statement_ = nullptr;
   fault_.reset();
@@ -85,12 +91,19 @@ void Connection::requireAlive(std::string_view text) {
 }
 
 void Connection::failLost(std::string_view text) {
+  lose(oneLine(PQerrorMessage(handle())), text);
+}
+
+void Connection::giveUp() {
+  lose("the server does not answer", text_);
+}
+
+void Connection::lose(const std::string& reason, std::string_view text) {
   lost_ = true;
   running_ = false;
   copying_ = false;
   reader_ = nullptr;
   fault_.reset();
-  const std::string reason = oneLine(PQerrorMessage(handle()));
   throw Error(
       Error::kConnectionLost,
       "Connection to the database " + place_ + " lost" + (reason.empty() ? std::string(".") : " (" + reason + ")."),
@@ -147,11 +160,12 @@ void Connection::sendPrepared(Prepared& statement, const Parameters& parameters)
 
 void Connection::beginRun(std::string_view text) {
   settle();
+  waitForCancel();
   requireAlive(text);
   ++runs_;
   text_ = text;
   canceled_ = false;
-  lastWatch_ = std::chrono::steady_clock::now();
+  lastWatch_ = lastHeard_ = Clock::now();
   mayCancel_ = guarded_ || PQtransactionStatus(handle()) == PQTRANS_IDLE;
 }
 
@@ -374,8 +388,9 @@ void Connection::readCopyEnd() {
 
 void Connection::waitToSend() {
   if (PQflush(handle()) < 0) failLost({});
+  callWatcher();
   pollfd socket{.fd = PQsocket(handle()), .events = POLLIN | POLLOUT, .revents = 0};
-  if (poll(&socket, 1, -1) > 0 && (socket.revents & POLLIN) != 0 && PQconsumeInput(handle()) == 0) failLost({});
+  if (poll(&socket, 1, patience()) > 0 && (socket.revents & POLLIN) != 0 && PQconsumeInput(handle()) == 0) failLost({});
 }
 
 void Connection::settle() {
@@ -430,27 +445,61 @@ void Connection::waitForInput() {
 bool Connection::takeInput(bool unsent) {
   pollfd socket{.fd = PQsocket(handle()), .events = POLLIN, .revents = 0};
   if (unsent) socket.events |= POLLOUT;
-  const int patience = watcher_ ? static_cast<int>(kWatchStep.count()) : -1;
-  const int ready = poll(&socket, 1, patience);
+  const int ready = poll(&socket, 1, patience());
   if (ready < 0) return errno == EINTR;
+  if (ready > 0 && (socket.revents & POLLIN) != 0) lastHeard_ = Clock::now();
   return ready == 0 || (socket.revents & ~POLLOUT) == 0 || PQconsumeInput(handle()) != 0;
 }
 
-void Connection::callWatcher() {
-  if (!watcher_ || canceled_) return;
-  const auto now = std::chrono::steady_clock::now();
-  if (now - lastWatch_ < kWatchStep) return;
-  lastWatch_ = now;
-  if (!watcher_()) cancel();
+int Connection::patience() const {
+  return watcher_ ? static_cast<int>(kWatchStep.count()) : -1;
 }
 
+// A statement that was canceled goes on being watched until it ends.
+void Connection::callWatcher() {
+  if (!watcher_) return;
+  const Clock::time_point now = Clock::now();
+  if (now - lastWatch_ < kWatchStep) return;
+  lastWatch_ = now;
+  const bool goOn = watcher_();
+  if (canceled_ && now - std::max(canceledAt_, lastHeard_) > kAfterCancel) giveUp();
+  if (goOn || canceled_) return;
+  silent() ? giveUp() : cancel();
+}
+
+bool Connection::silent() const {
+  return Clock::now() - lastHeard_ > kSilence;
+}
+
+// The request goes over a connection of its own, which takes as long as the network wants.
 void Connection::cancel() noexcept {
   canceled_ = true;
+  canceledAt_ = Clock::now();
   PGcancel* const request = PQgetCancel(handle());
   if (request == nullptr) return;
-  std::array<char, 256> reason{};
-  PQcancel(request, reason.data(), static_cast<int>(reason.size()));
-  PQfreeCancel(request);
+  try {
+    canceling_ = std::make_shared<std::atomic<bool>>(true);
+    std::thread([request, canceling = canceling_] {
+      std::array<char, 256> reason{};
+      PQcancel(request, reason.data(), static_cast<int>(reason.size()));
+      PQfreeCancel(request);
+      *canceling = false;
+    }).detach();
+  } catch (const std::system_error&) {
+    *canceling_ = false;  // there is no thread to be had: the statement goes on
+    PQfreeCancel(request);
+  }
+}
+
+// A request that arrived late would end the next statement.
+void Connection::waitForCancel() {
+  constexpr std::chrono::milliseconds kLook{1};
+  while (canceling_ && *canceling_) {
+    callWatcher();
+    if (Clock::now() - canceledAt_ > kAfterCancel) giveUp();
+    std::this_thread::sleep_for(kLook);
+  }
+  canceling_.reset();
 }
 
 }  // namespace jet::postgres

@@ -2,6 +2,7 @@
 
 #include <libpq-fe.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -121,11 +122,15 @@ class Connection {
   [[nodiscard]] bool hasNotice();
 
   void watch(std::function<bool()> watcher) { watcher_ = std::move(watcher); }
+  // What runs has had no answer for long.
+  [[nodiscard]] bool silent() const;
   // With the result's own text after the sentence. Never returns.
   [[noreturn]] void fail(const PGresult* result, std::string_view text);
   [[noreturn]] void failLost(std::string_view text);
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   void configure();
   void forgetLost();
   void requireAlive(std::string_view text);
@@ -140,7 +145,11 @@ class Connection {
   void waitToSend();
   bool takeInput(bool unsent);
   void callWatcher();
+  [[nodiscard]] int patience() const;
+  [[noreturn]] void giveUp();
+  [[noreturn]] void lose(const std::string& reason, std::string_view text);
   void cancel() noexcept;
+  void waitForCancel();
   void readToEnd();
   void finishRun() noexcept;
   void beginRun(std::string_view text);
@@ -178,8 +187,11 @@ class Connection {
   std::uint64_t lastName_ = 0;
   std::vector<std::string> dropped_;
   std::function<bool()> watcher_;
-  std::chrono::steady_clock::time_point lastWatch_;
+  Clock::time_point lastWatch_;
+  Clock::time_point lastHeard_;
   bool canceled_ = false;
+  Clock::time_point canceledAt_;
+  std::shared_ptr<std::atomic<bool>> canceling_;  // true while the request is on its way
 };
 
 }  // namespace jet::postgres

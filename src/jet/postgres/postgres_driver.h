@@ -69,6 +69,7 @@ class PostgresDriver final : public engine::Driver {
   std::vector<TableRows> copyTo(const std::filesystem::path& file) override;
   std::vector<std::string> damage() override;
   void watch(std::function<bool()> watcher) override { session_->connection().watch(std::move(watcher)); }
+  [[nodiscard]] bool silent() const override { return session_->connection().silent(); }
 
  private:
   void makeSchema();

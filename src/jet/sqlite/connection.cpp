@@ -18,6 +18,7 @@ namespace jet::sqlite {
 namespace {
 
 constexpr std::int64_t kLockPatienceMilliseconds = 10'000;
+constexpr int kTriesBetweenLooks = 4;  // of a millisecond
 
 std::int64_t steadyMilliseconds() {
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
@@ -170,6 +171,7 @@ int Connection::waitForLock(void* self, int tries) {
   const std::int64_t now = steadyMilliseconds();
   if (tries == 0) connection.waitStarted_ = now;
   if (now - connection.waitStarted_ > kLockPatienceMilliseconds) return 0;
+  if (connection.watcher_ && tries % kTriesBetweenLooks == 0 && !connection.watcher_()) return 0;
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
   return 1;
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,6 +47,9 @@ class Connection {
 
   [[noreturn]] void fail(int code, std::string_view statement);
 
+  // Called every few milliseconds while another connection's change is waited for; its answer false ends the wait.
+  void watchWaits(std::function<bool()> watcher) { watcher_ = std::move(watcher); }
+
   // A fault inside a user function, to be thrown by the step() that ran it.
   void setFunctionError(const Error& error) { functionError_ = error; }
 
@@ -62,6 +66,7 @@ class Connection {
   bool hasLog_ = false;  // written ahead; known of connections that write
   sqlite3* handle_ = nullptr;
   std::optional<Error> functionError_;
+  std::function<bool()> watcher_;
   std::int64_t waitStarted_ = 0;              // steady milliseconds
   sqlite3_file* file_ = nullptr;              // of the database, the same as long as the connection
   std::array<std::uint64_t, 6> indexHead_{};  // as last seen

@@ -201,6 +201,7 @@ void SqliteDriver::watch(std::function<bool()> watcher) {
   // Steps of the engine; 50,000 take about a millisecond.
   constexpr int kSteps = 50'000;
   watcher_ = std::move(watcher);
+  connection_.watchWaits(watcher_);
   sqlite3_progress_handler(connection_.handle(), watcher_ ? kSteps : 0, &SqliteDriver::callWatcher, this);
 }
 

@@ -223,6 +223,7 @@ void ContactsSheet::removeContact() {
 }
 
 void ContactsSheet::lookForChanges() {
+  if (document_.app().surroundings().person.busy()) return;  // the database is at work
   watch_.stop();
   // The connection may be gone for a moment; saving looks again and reports.
   try {
