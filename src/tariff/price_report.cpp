@@ -1,5 +1,6 @@
 #include "tariff/price_report.h"
 
+#include <algorithm>
 #include <array>
 
 #include "base/printf.h"
@@ -181,7 +182,8 @@ void Report::addDestination(const PriceTrace::Destination& destination) {
 void Report::addBandDay(const BandDay& day, const ChargeBand& charge) {
   if (day.first && day.minimumAmount != 0) addDetail(kMinimum, charge.minimumSeconds, day.minimumAmount);
   if (day.first && day.fixedAmount != 0) addDetail(kFixed, day.fixedAmount);
-  if (day.units == 0) return addDetail(kNoUnit, dayName(day.dayCode), day.seconds);
+  // A minimum that is longer than the call leaves nothing.
+  if (day.units == 0) return addDetail(kNoUnit, dayName(day.dayCode), std::max<std::int64_t>(day.seconds, 0));
   addDetail(kUnits, dayName(day.dayCode), day.seconds, day.units, charge.value, day.amount);
 }
 

@@ -45,6 +45,16 @@ TEST(PriceReportTest, ExplainsEachStep) {
             "Price: 0.3100 EUR\n");
 }
 
+TEST(PriceReportTest, NothingIsLeftOfACallThatIsShorterThanTheMinimum) {
+  TestExchange office;
+  office.prefix("0744", 1);
+  office.charge({.minimum = 60, .value = 0.10});
+  const std::string report = reportOf(office, TestExchange::call("0744123456", 4, 10, 0, 27));
+  EXPECT_NE(report.find("    minimum of 60 s: 0.1000\n    Monday: 0 s left, no unit\nPrice: 0.1000 EUR\n"),
+            std::string::npos)
+      << report;
+}
+
 TEST(PriceReportTest, TellsWhyThereIsNoPriceAndLeavesNoMark) {
   TestExchange office;
   const std::string report = reportOf(office, TestExchange::call("0744123456", 4, 10, 0, 90));
