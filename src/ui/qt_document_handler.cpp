@@ -26,6 +26,9 @@ namespace ui {
 
 namespace {
 
+constexpr qreal kUnitsPerInch = 96;  // of the document, as on a screen
+constexpr qreal kFoot = 20;          // room for the number of the sheet
+
 // The reports give the left cell of their head the whole width and count on the right one to keep its own, which a text
 // document does not do.
 QString withRoomInHead(QString page) {
@@ -43,24 +46,6 @@ void repeatHeadings(const QTextDocument& document) {
   }
 }
 
-// Lays the document out for sheets of this shape, wider than they are where a list of many columns needs it: lines
-// break between words only.
-struct Layout {
-  QSizeF sheet;  // in the document's units
-  qreal scale;   // of these units on the paper
-};
-Layout layOut(QTextDocument& document, const QSizeF& sheet) {
-  QTextOption option = document.defaultTextOption();
-  option.setWrapMode(QTextOption::WordWrap);
-  document.setDefaultTextOption(option);
-  document.setDocumentMargin(0);
-  document.setTextWidth(sheet.width());
-  const qreal width = std::max(document.size().width(), sheet.width());
-  const QSizeF page = sheet * (width / sheet.width());
-  document.setPageSize(page);
-  return {page, sheet.width() / width};
-}
-
 }  // namespace
 
 QString readPage(const std::filesystem::path& document) {
@@ -70,63 +55,121 @@ QString readPage(const std::filesystem::path& document) {
   return toQt(utf8 ? bytes : base::decode(bytes, 1252));
 }
 
-bool printPage(const QString& html, QPrinter& printer, const std::function<bool()>& goOn) {
-  constexpr qreal kUnitsPerInch = 96;  // of the document, as on a screen
-  constexpr qreal kFoot = 20;          // room for the number of the sheet
-  QTextDocument document;
-  document.setHtml(withRoomInHead(html));
-  repeatHeadings(document);
-  const QSizeF paper = printer.pageRect(QPrinter::Inch).size() * kUnitsPerInch;
-  const Layout layout = layOut(document, {paper.width(), paper.height() - kFoot});
+PrintedPage::PrintedPage(const QString& html, const QPrinter& printer) : document_(std::make_unique<QTextDocument>()) {
+  document_->setHtml(withRoomInHead(html));
+  repeatHeadings(*document_);
+  QTextOption option = document_->defaultTextOption();
+  option.setWrapMode(QTextOption::WordWrap);
+  document_->setDefaultTextOption(option);
+  document_->setDocumentMargin(0);
+  layOutFor(printer);
+}
 
+PrintedPage::~PrintedPage() = default;
+
+// For sheets of that shape, wider than they are where a list of many columns needs it: lines break between words only.
+void PrintedPage::layOutFor(const QPrinter& printer) {
+  const QSizeF paper = printer.pageRect(QPrinter::Inch).size() * kUnitsPerInch;
+  if (paper == paper_) return;
+  paper_ = paper;
+  const QSizeF sheet(paper.width(), paper.height() - kFoot);
+  document_->setPageSize({});
+  document_->setTextWidth(sheet.width());
+  const qreal width = std::max(document_->size().width(), sheet.width());
+  sheet_ = sheet * (width / sheet.width());
+  scale_ = sheet.width() / width;
+  document_->setPageSize(sheet_);
+  sheets_ = document_->pageCount();
+}
+
+bool PrintedPage::print(QPrinter& printer, const std::function<bool()>& goOn) {
+  layOutFor(printer);
   QPainter painter;
   if (!painter.begin(&printer)) return false;
   QFont font = painter.font();
   font.setPixelSize(11);
   painter.setFont(font);
   painter.scale(printer.logicalDpiX() / kUnitsPerInch, printer.logicalDpiY() / kUnitsPerInch);
-  const int sheets = document.pageCount();
-  for (int sheet = 0; sheet < sheets; ++sheet) {
+  for (int sheet = 0; sheet < sheets_; ++sheet) {
     if (!goOn()) {
       printer.abort();
       return true;
     }
     if (sheet > 0) printer.newPage();
-    QAbstractTextDocumentLayout::PaintContext context;
-    context.palette.setColor(QPalette::Text, Qt::black);  // paper is white, whatever the windows look like
-    context.clip = QRectF({0, sheet * layout.sheet.height()}, layout.sheet);
-    painter.save();
-    painter.scale(layout.scale, layout.scale);
-    painter.translate(0, -context.clip.top());
-    painter.setClipRect(context.clip);
-    document.documentLayout()->draw(&painter, context);
-    painter.restore();
-    painter.drawText(QRectF(0, paper.height() - kFoot, paper.width(), kFoot), Qt::AlignRight | Qt::AlignBottom,
-                     QStringLiteral("%1 / %2").arg(sheet + 1).arg(sheets));
+    draw(painter, sheet);
   }
   return painter.end();
 }
 
+void PrintedPage::draw(QPainter& painter, int sheet) const {
+  QAbstractTextDocumentLayout::PaintContext context;
+  context.palette.setColor(QPalette::Text, Qt::black);  // paper is white, whatever the windows look like
+  context.clip = QRectF({0, sheet * sheet_.height()}, sheet_);
+  painter.save();
+  painter.scale(scale_, scale_);
+  painter.translate(0, -context.clip.top());
+  painter.setClipRect(context.clip);
+  document_->documentLayout()->draw(&painter, context);
+  painter.restore();
+  painter.drawText(QRectF(0, paper_.height() - kFoot, paper_.width(), kFoot), Qt::AlignRight | Qt::AlignBottom,
+                   QStringLiteral("%1 / %2").arg(sheet + 1).arg(sheets_));
+}
+
 namespace {
 
-// Laying out a long list takes seconds in one piece, so it is done on a thread of its own.
-platform::Printed printBesideTheWindow(const QString& html, QPrinter& printer, const std::string& name,
-                                       platform::Operator& person) {
+// Laying out a long list takes seconds in one piece, so it is done on a thread of its own. The work looks at what it is
+// given between its steps; false when it was stopped.
+bool besideTheWindow(platform::Operator& person, const std::string& name,
+                     const std::function<void(const std::atomic<bool>& goOn)>& work) {
   const platform::Progress progress(person, base::kProgramName, name);
   std::atomic<bool> goOn = true;
-  bool taken = false;
-  const std::unique_ptr<QThread> work(
-      QThread::create([&] { taken = printPage(html, printer, [&goOn] { return goOn.load(); }); }));
-  work->start();
+  const std::unique_ptr<QThread> thread(QThread::create([&] { work(goOn); }));
+  thread->start();
   constexpr unsigned long kLook = 20;  // milliseconds
-  while (!work->wait(kLook)) {
+  while (!thread->wait(kLook)) {
     if (!person.progressPulse()) goOn = false;
   }
-  if (!goOn) return platform::Printed::Canceled;
+  return goOn;
+}
+
+platform::Printed printBesideTheWindow(const QString& html, QPrinter& printer, const std::string& name,
+                                       platform::Operator& person) {
+  bool taken = false;
+  const bool whole = besideTheWindow(person, name, [&](const std::atomic<bool>& goOn) {
+    taken = PrintedPage(html, printer).print(printer, [&goOn] { return goOn.load(); });
+  });
+  if (!whole) return platform::Printed::Canceled;
   return taken ? platform::Printed::Done : platform::Printed::Refused;
 }
 
 }  // namespace
+
+PreviewedPage::PreviewedPage() {
+  here_.moveToThread(&thread_);
+  thread_.start();
+}
+
+PreviewedPage::~PreviewedPage() {
+  QMetaObject::invokeMethod(
+      &here_, [this] { page_.reset(); }, Qt::BlockingQueuedConnection);
+  thread_.quit();
+  thread_.wait();
+}
+
+bool PreviewedPage::layOut(const QString& html, const QPrinter& printer, const std::string& name,
+                           platform::Operator& person) {
+  return besideTheWindow(person, name, [&](const std::atomic<bool>&) {
+    QMetaObject::invokeMethod(
+        &here_, [&] { page_ = std::make_unique<PrintedPage>(html, printer); }, Qt::BlockingQueuedConnection);
+  });
+}
+
+bool PreviewedPage::print(QPrinter& printer) {
+  bool taken = false;
+  QMetaObject::invokeMethod(
+      &here_, [&] { taken = page_ && page_->print(printer, [] { return true; }); }, Qt::BlockingQueuedConnection);
+  return taken;
+}
 
 bool QtDocumentHandler::open(const std::string& pathOrUrl) {
   const QString text = toQt(pathOrUrl);

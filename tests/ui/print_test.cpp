@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <QMarginsF>
+#include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <fstream>
 #include <regex>
 
+#include "platform/operator.h"
 #include "support/temporary_folder.h"
 #include "ui/page_setup.h"
 #include "ui/qt_document_handler.h"
@@ -24,6 +26,12 @@ QString list(int columns, int rows) {
          row("<TD align=left nowrap>\n0037322844951&nbsp;</TD>\n").repeated(rows) + "</TABLE></body></html>";
 }
 
+int sheetsIn(const std::filesystem::path& file) {
+  const std::string pdf = readFile(file);
+  const std::regex sheet("/Type\\s*/Page\\b(?!s)");
+  return static_cast<int>(std::distance(std::sregex_iterator(pdf.begin(), pdf.end(), sheet), std::sregex_iterator()));
+}
+
 int sheetsOf(
     const QString& page, const std::function<bool()>& goOn = [] { return true; }) {
   const TemporaryFolder folder;
@@ -35,11 +43,9 @@ int sheetsOf(
     printer.setPageSize(QPageSize(QPageSize::A4));
     printer.setPageOrientation(QPageLayout::Landscape);
     printer.setPageMargins(QMarginsF(10, 10, 10, 10), QPageLayout::Millimeter);
-    ui::printPage(page, printer, goOn);
+    ui::PrintedPage(page, printer).print(printer, goOn);
   }
-  const std::string pdf = readFile(file);
-  const std::regex sheet("/Type\\s*/Page\\b(?!s)");
-  return static_cast<int>(std::distance(std::sregex_iterator(pdf.begin(), pdf.end(), sheet), std::sregex_iterator()));
+  return sheetsIn(file);
 }
 
 TEST(PageSetup, ThePdfsTakeTheSheetThatWasChosen) {
@@ -64,6 +70,41 @@ TEST(PageSetup, ThePdfsTakeTheSheetThatWasChosen) {
 TEST(PrintedPage, AListOfManyColumnsIsMadeSmallerAndNotBroken) {
   EXPECT_EQ(sheetsOf(list(5, 30)), 1);
   EXPECT_LE(sheetsOf(list(21, 100)), 3);
+}
+
+// A preview's page set-up: as if it had been laid out for that sheet.
+TEST(PrintedPage, IsLaidOutAgainForAnotherSheet) {
+  const TemporaryFolder folder;
+  const auto print = [&](const char* name, QPageSize::PageSizeId first, QPageSize::PageSizeId then) {
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString((folder / name).string()));
+    printer.setPageSize(QPageSize(first));
+    ui::PrintedPage page(list(21, 100), printer);
+    printer.setPageSize(QPageSize(then));
+    EXPECT_TRUE(page.print(printer, [] { return true; }));
+    return sheetsIn(folder / name);
+  };
+  const int large = print("large.pdf", QPageSize::A3, QPageSize::A3);
+  const int small = print("small.pdf", QPageSize::A6, QPageSize::A6);
+  EXPECT_EQ(print("a.pdf", QPageSize::A6, QPageSize::A3), large);
+  EXPECT_EQ(print("b.pdf", QPageSize::A3, QPageSize::A6), small);
+}
+
+// Drawn by the window's thread over and over, from a text that another thread laid out.
+TEST(PrintedPage, APreviewIsDrawnAgainAfterItsLayoutIsOver) {
+  platform::NoOperator person;
+  QPrinter printer(QPrinter::HighResolution);
+  ui::PreviewedPage page;
+  ASSERT_TRUE(page.layOut(list(5, 300), printer, "list", person));
+  QPrintPreviewWidget preview(&printer);
+  QObject::connect(&preview, &QPrintPreviewWidget::paintRequested, [&page](QPrinter* paper) { page.print(*paper); });
+  preview.updatePreview();
+  const int sheets = preview.pageCount();
+  EXPECT_GT(sheets, 1);
+  preview.setLandscapeOrientation();
+  preview.updatePreview();
+  EXPECT_GT(preview.pageCount(), sheets);
 }
 
 TEST(PrintedPage, AStopEndsThePrintingBeforeTheNextSheet) {

@@ -109,15 +109,19 @@ void previewFolder(server::CServerDoc& document, const Texts& texts, QWidget* pa
                           [&] { return folders::writeListReport(folder, page); })) {
     return;
   }
-  const QString html = readPage(page);
   QPrinter printer(QPrinter::HighResolution);
   printer.setDocName(shownTitle(document, folder));
   usePageSetup(printer, document.app().config());
+  PreviewedPage sheets;
+  if (!sheets.layOut(readPage(page), printer, texts.language().TranslateFormat("IDS_PREVIEW_PAGE", folder.rowCount()),
+                     document.app().surroundings().person)) {
+    return;
+  }
   QPrintPreviewDialog dialog(&printer, parent);
   dialog.setObjectName("preview");
   dialog.resize(QSize(1000, 700).boundedTo(availableSize(dialog)));
   QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog,
-                   [&html](QPrinter* paper) { printPage(html, *paper, [] { return true; }); });
+                   [&sheets](QPrinter* paper) { sheets.print(*paper); });
   dialog.exec();
   keepPageSetup(printer, document.app().config());
 }
