@@ -13,9 +13,9 @@ namespace {
 
 constexpr const char* kNever = "1=0";
 
-// The word anywhere in a text, as a literal of the SQL dialect: what stands for other letters there stands for itself.
-std::string anyPart(std::string_view word) {
-  std::string pattern = "'*";
+// In a pattern of the SQL dialect: what stands for other letters there stands for itself.
+std::string inPattern(std::string_view word) {
+  std::string pattern;
   for (const char c : word) {
     if (c == '*' || c == '?' || c == '#' || c == '[') {
       pattern.append("[").append(1, c).append("]");
@@ -23,7 +23,12 @@ std::string anyPart(std::string_view word) {
       pattern.append(c == '\'' ? 2 : 1, c);
     }
   }
-  return pattern + "*'";
+  return pattern;
+}
+
+// The word anywhere in a text.
+std::string anyPart(std::string_view word) {
+  return "'*" + inPattern(word) + "*'";
 }
 
 std::string textLiteral(std::string_view text) {
@@ -87,8 +92,9 @@ class Search {
     const std::string field =
         isStatistic(folder_) ? std::string(folder_.grouping) : "[" + std::string(column.selects[0]) + "]";
     switch (const Format format = formatOfKind(column.kind).format) {
-      case Format::Text:
       case Format::LogText:
+        return logTest(field, word);
+      case Format::Text:
       case Format::Nothing:
       case Format::Digits:
         return field + " LIKE " + anyPart(word);
@@ -109,6 +115,17 @@ class Search {
       test += " Or " + field + " = ";
       test += services_.definitions.extensionIsText ? textLiteral(extension.extension)
                                                     : std::to_string(base::leadingInteger(extension.extension));
+    }
+    return test;
+  }
+
+  // Entries are stored in the language of the copy that wrote them, and found by what is shown.
+  [[nodiscard]] std::string logTest(const std::string& field, std::string_view word) const {
+    std::string test = field + " LIKE " + anyPart(word);
+    for (const std::vector<std::string>& pieces : formatter_.log().saidWith(word)) {
+      test += " Or " + field + " LIKE '*";
+      for (const std::string& piece : pieces) test += inPattern(piece) + (piece.empty() ? "" : "*");
+      test += "'";
     }
     return test;
   }

@@ -75,6 +75,8 @@ class ValueFormatter {
   [[nodiscard]] std::string contactTypeName(std::int64_t number) const;  // 0 .. 5; IDS_INVALID for others
 
   [[nodiscard]] const foundation::LanguageFile& texts() const { return texts_; }
+  // How entries of the log are said in the language in use.
+  [[nodiscard]] const foundation::Retelling& log() const { return log_; }
 
  private:
   [[nodiscard]] std::string extension(const jet::Value& value) const;

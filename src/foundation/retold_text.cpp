@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+#include "base/text.h"
+
 namespace foundation {
 
 namespace {
@@ -70,6 +72,19 @@ std::string Retelling::operator()(std::string_view said) const {
     return told;
   }
   return std::string(said);
+}
+
+std::vector<std::vector<std::string>> Retelling::saidWith(std::string_view word) const {
+  std::vector<std::vector<std::string>> found;
+  const std::string sought = base::fold(word);
+  for (const Known& known : known_) {
+    const std::vector<std::string> own = piecesOf(texts_.Translate(known.key));
+    const auto holds = [&sought](const std::string& piece) {
+      return base::fold(piece).find(sought) != std::string::npos;
+    };
+    if (own != known.pieces && std::ranges::any_of(own, holds)) found.push_back(known.pieces);
+  }
+  return found;
 }
 
 std::string retold(std::string_view said, std::string_view keys, const LanguageFile& texts) {

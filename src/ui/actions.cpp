@@ -233,6 +233,12 @@ Actions::Actions(const Texts& texts, const std::function<bool(int, int)>& allowe
 }
 
 void Actions::fillMenuBar(QMenuBar& bar) const {
+  // Those of the list's own menu come from several menus, and must differ there too.
+  QList<QAction*> ofRows;
+  for (const Declaration& declared : kDeclarations) {
+    if ((declared.where & InContextMenu) != 0) ofRows << actions_.at(declared.command);
+  }
+  assignMnemonics(ofRows);
   for (const MenuText& menu : kMenus) {
     QMenu* shown = bar.addMenu(texts_(menu.key));
     for (const Declaration& declared : kDeclarations) {
@@ -240,7 +246,7 @@ void Actions::fillMenuBar(QMenuBar& bar) const {
       shown->addAction(actions_.at(declared.command));
       if ((declared.where & BeforeSeparator) != 0) shown->addSeparator();
     }
-    assignMnemonics(*shown);
+    assignMnemonics(shown->actions());
   }
 }
 
@@ -267,12 +273,12 @@ void Actions::offer(Command command, bool sensible) const {
   actions_.at(command)->setEnabled(sensible && allowed_.contains(command));
 }
 
-void Actions::tellWhat(Command command, const QString& what) const {
+void Actions::tellWhat(Command command, const QString& what, const char* textKey) const {
   constexpr const char* kPlainText = "plainText";
   constexpr qsizetype kMostLetters = 40;
   QAction* action = actions_.at(command);
   if (!action->property(kPlainText).isValid()) action->setProperty(kPlainText, action->text());
-  QString text = action->property(kPlainText).toString();
+  QString text = textKey != nullptr ? texts_(textKey) : action->property(kPlainText).toString();
   if (!what.isEmpty()) {
     const QString cut = what.size() > kMostLetters ? what.left(kMostLetters).trimmed() + QChar(0x2026) : what;
     text += ": " + QString(cut).replace("&", "&&");
@@ -280,11 +286,18 @@ void Actions::tellWhat(Command command, const QString& what) const {
   action->setText(text);
 }
 
+// What fits the row alone comes first.
 void Actions::fillContextMenu(QMenu& menu) const {
-  for (const Declaration& declared : kDeclarations) {
-    if ((declared.where & InContextMenu) == 0 || !actions_.at(declared.command)->isEnabled()) continue;
-    menu.addAction(actions_.at(declared.command));
-  }
+  const auto add = [&](bool ofEveryList) {
+    for (const Declaration& declared : kDeclarations) {
+      const bool ofEvery = declared.menu == Menu::File || declared.menu == Menu::Edit || declared.menu == Menu::View;
+      if ((declared.where & InContextMenu) == 0 || ofEvery != ofEveryList) continue;
+      if (actions_.at(declared.command)->isEnabled()) menu.addAction(actions_.at(declared.command));
+    }
+  };
+  add(false);
+  menu.addSeparator();
+  add(true);
 }
 
 }  // namespace ui

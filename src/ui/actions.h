@@ -94,8 +94,9 @@ class Actions : public QObject {
   void fillToolBar(QToolBar& bar) const;
   // Enables what makes sense in the open folder, as far as the session may do it.
   void offer(Command command, bool sensible) const;
-  // Says in the command's entry what it would work on; empty: nothing in particular.
-  void tellWhat(Command command, const QString& what) const;
+  // Says in the command's entry what it would work on; empty: nothing in particular. A key gives the entry another text
+  // of its own before that.
+  void tellWhat(Command command, const QString& what, const char* textKey = nullptr) const;
   // The commands that have keys, with their texts: for the list of keys.
   [[nodiscard]] std::vector<std::pair<QString, QString>> keys() const;
   // What can be done with the row under the pointer.

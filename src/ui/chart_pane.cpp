@@ -13,6 +13,7 @@
 #include "ui/dialogs/file_question.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
+#include "ui/dialogs/mnemonics.h"
 #include "ui/flow_layout.h"
 #include "ui/page_setup.h"
 
@@ -102,6 +103,7 @@ void ChartPane::buildMenu() {
   menu->addAction(texts_("IDS_CHART_COPY"), this, &ChartPane::copyPicture)->setObjectName("chartCopy");
   menu->addAction(texts_("IDS_CHART_SAVE"), this, &ChartPane::savePicture)->setObjectName("chartSave");
   menu->addAction(texts_("IDS_ACTION_PRINT"), this, &ChartPane::print)->setObjectName("chartPrint");
+  assignMnemonics(menu->actions());
   menu_->setMenu(menu);
 }
 
@@ -211,6 +213,7 @@ void ChartPane::print() {
   const qreal scale = sheet.width() / kPicture.width();
   painter.scale(scale, scale);
   chart_->draw(painter, QRect(0, 0, kPicture.width(), static_cast<int>(sheet.height() / scale)), paper());
+  if (painter.end() && !printer.outputFileName().isEmpty()) emit saved(printer.outputFileName());
 }
 
 }  // namespace ui

@@ -39,22 +39,23 @@ struct FilterColumn {
   int kind;
   const foundation::NumberKey* switchKey;
   const foundation::Setting* valueKey;
+  const char* entryKey;  // of the menu's entry
 };
 constexpr FilterColumn kFilterColumns[] = {
-    {folders::FolderAreas, folders::KindNumber, &filterKeys::OnArea, &filterKeys::Area},
-    {0, folders::KindNumber, nullptr, &filterKeys::Number},
-    {folders::FolderNames, folders::KindClient, &filterKeys::OnName, &filterKeys::Name},
-    {folders::FolderCountries, folders::KindProvider, nullptr, &filterKeys::Country},
-    {0, folders::KindExtension, &filterKeys::OnExtension, &filterKeys::ExtensionStr},
-    {0, folders::KindTrunk, &filterKeys::OnTrunk, &filterKeys::Trunk},
-    {0, folders::KindAccount, &filterKeys::OnAccount, &filterKeys::Cont},
-    {0, folders::KindName, &filterKeys::OnName, &filterKeys::Name},
-    {0, folders::KindArea, &filterKeys::OnArea, &filterKeys::Area},
-    {0, folders::KindDepartment, &filterKeys::OnDepartment, &filterKeys::Department},
-    {0, folders::KindClient, &filterKeys::OnClient, &filterKeys::Client},
-    {0, folders::KindFile, &filterKeys::OnFolder, &filterKeys::Folder},
-    {0, folders::KindProvider, nullptr, &filterKeys::Provider},
-    {0, folders::KindCountry, nullptr, &filterKeys::Country},
+    {folders::FolderAreas, folders::KindNumber, &filterKeys::OnArea, &filterKeys::Area, "IDS_ONLY_AREA"},
+    {0, folders::KindNumber, nullptr, &filterKeys::Number, "IDS_ONLY_NUMBER"},
+    {folders::FolderNames, folders::KindClient, &filterKeys::OnName, &filterKeys::Name, "IDS_ONLY_NAME"},
+    {folders::FolderCountries, folders::KindProvider, nullptr, &filterKeys::Country, "IDS_ONLY_COUNTRY"},
+    {0, folders::KindExtension, &filterKeys::OnExtension, &filterKeys::ExtensionStr, "IDS_ONLY_EXTENSION"},
+    {0, folders::KindTrunk, &filterKeys::OnTrunk, &filterKeys::Trunk, "IDS_ONLY_TRUNK"},
+    {0, folders::KindAccount, &filterKeys::OnAccount, &filterKeys::Cont, "IDS_ONLY_ACCOUNT"},
+    {0, folders::KindName, &filterKeys::OnName, &filterKeys::Name, "IDS_ONLY_NAME"},
+    {0, folders::KindArea, &filterKeys::OnArea, &filterKeys::Area, "IDS_ONLY_AREA"},
+    {0, folders::KindDepartment, &filterKeys::OnDepartment, &filterKeys::Department, "IDS_ONLY_DEPARTMENT"},
+    {0, folders::KindClient, &filterKeys::OnClient, &filterKeys::Client, "IDS_ONLY_CLIENT"},
+    {0, folders::KindFile, &filterKeys::OnFolder, &filterKeys::Folder, "IDS_ONLY_FOLDER"},
+    {0, folders::KindProvider, nullptr, &filterKeys::Provider, "IDS_ONLY_PROVIDER"},
+    {0, folders::KindCountry, nullptr, &filterKeys::Country, "IDS_ONLY_COUNTRY"},
 };
 
 const FilterColumn* findFilterColumn(int folder, int kind) {
@@ -241,9 +242,11 @@ void offerCommands(const Actions& actions, const CFolderView& list, server::CSer
   actions.offer(Command::HideNumber, rows && showsNumbers(list));
   actions.offer(Command::ShowNumber, rows && showsNumbers(list));
   actions.offer(Command::AddToContacts, row && showsNumbers(list));
-  const bool filters = row && findFilterColumn(folder, list.model().kindOf(list.currentIndex().column())) != nullptr;
-  actions.offer(Command::FilterByValue, filters);
-  actions.tellWhat(Command::FilterByValue, filters ? list.currentText() : QString());
+  const FilterColumn* filters =
+      row ? findFilterColumn(folder, list.model().kindOf(list.currentIndex().column())) : nullptr;
+  const QString value = filters != nullptr ? list.currentText() : QString();
+  actions.offer(Command::FilterByValue, filters != nullptr);
+  actions.tellWhat(Command::FilterByValue, value, value.isEmpty() ? nullptr : filters->entryKey);
   const RecordRights records = recordRights(folder, document);
   actions.offer(Command::New, records.change);
   actions.offer(Command::Edit, row && records.view);
@@ -267,7 +270,7 @@ void handleCommand(Command command, const CommandTarget& target) {
   const auto reloadContacts = [&] { reloadIf(target.list.folderId() == folders::FolderContacts); };
   switch (command) {
     case Command::Import:
-      return frame.importCalls();
+      return frame.importAtOnce();
     case Command::ImportFile:
       return importChosenFile(target);
     case Command::MonitorFolder:

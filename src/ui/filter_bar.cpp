@@ -15,11 +15,26 @@ constexpr int kRest = 40;
 constexpr int kLineLetters = 34;
 // Styles draw the arrow of a menu over the end of the text.
 constexpr const char* kRoomForArrow = "   ";
+// Longer typed words are shown cut on their button.
+constexpr qsizetype kMostLetters = 40;
+
+void showOnPart(QToolButton& button, const QString& what, const QString& removal) {
+  QString text = what;
+  button.setText(text.replace("&", "&&") + QString::fromUtf8("  \u00d7"));
+  button.setToolTip(removal);
+  button.setAccessibleName(removal);
+}
+
+QToolButton* makePart(const char* name) {
+  auto* button = named(new QToolButton, name);
+  button->setFocusPolicy(Qt::TabFocus);
+  return button;
+}
 
 }  // namespace
 
 FilterBar::FilterBar(const Texts& texts, QWidget* parent)
-    : QWidget(parent), texts_(texts), line_(named(new QLineEdit, "quickFilter")) {
+    : QWidget(parent), texts_(texts), line_(named(new QLineEdit, "quickFilter")), typedPart_(makePart("typedPart")) {
   setObjectName("filterBar");
   auto* layout = new FlowLayout(this);
   layout->setContentsMargins(4, 4, 4, 4);
@@ -35,6 +50,12 @@ FilterBar::FilterBar(const Texts& texts, QWidget* parent)
   filters_ = addMenuButton("IDS_FILTER_SAVED", "savedFilters");
   periods_->setToolTip(texts("IDS_FILTER_PERIODS_TIP"));
   filters_->setToolTip(texts("IDS_FILTER_SAVED_TIP"));
+  layout->addWidget(typedPart_);
+  typedPart_->hide();
+  connect(typedPart_, &QToolButton::clicked, this, [this] {
+    line_->clear();
+    line_->setFocus();
+  });
   rest_.setSingleShot(true);
   rest_.setInterval(kRest);
   connect(line_, &QLineEdit::textChanged, this, [this] { rest_.start(); });
@@ -55,19 +76,22 @@ QToolButton* FilterBar::addMenuButton(const char* key, const char* name) {
 void FilterBar::tellTyped() {
   if (typed() == told_) return;
   told_ = typed();
+  showTypedPart();
   emit typedChanged(told_);
+}
+
+void FilterBar::showTypedPart() {
+  const QString shown = told_.size() > kMostLetters ? told_.left(kMostLetters) + QChar(0x2026) : told_;
+  showOnPart(*typedPart_, '"' + shown + '"', texts_.format("IDS_FILTER_REMOVE_TYPED", fromQt(told_)));
+  typedPart_->setVisible(!told_.isEmpty());
 }
 
 void FilterBar::showParts(const QStringList& parts) {
   qDeleteAll(parts_);
   parts_.clear();
   for (int i = 0; i < parts.size(); ++i) {
-    auto* button = named(new QToolButton, "filterPart");
-    QString text = parts[i];
-    button->setText(text.replace("&", "&&") + QString::fromUtf8("  \u00d7"));
-    button->setToolTip(texts_.format("IDS_FILTER_REMOVE_PART", fromQt(parts[i])));
-    button->setAccessibleName(button->toolTip());
-    button->setFocusPolicy(Qt::TabFocus);
+    auto* button = makePart("filterPart");
+    showOnPart(*button, parts[i], texts_.format("IDS_FILTER_REMOVE_PART", fromQt(parts[i])));
     // The button goes with the change that it asks for.
     connect(
         button, &QToolButton::clicked, this, [this, i] { emit partRemoved(i); }, Qt::QueuedConnection);
@@ -75,6 +99,8 @@ void FilterBar::showParts(const QStringList& parts) {
     parts_.push_back(button);
     button->show();
   }
+  layout()->removeWidget(typedPart_);
+  layout()->addWidget(typedPart_);
   layout()->invalidate();
   updateGeometry();
 }
@@ -89,6 +115,7 @@ void FilterBar::clearTyped() {
   told_.clear();
   line_->clear();
   rest_.stop();
+  showTypedPart();
 }
 
 void FilterBar::focusLine() {

@@ -12,7 +12,7 @@
 namespace ui {
 
 // What the list is narrowed by, over the list: the line in which words are typed, the menus of periods and of saved
-// filters, and a button for each criterion of the filter that is on, which takes it out.
+// filters, and a button for each criterion of the filter that is on and for the typed words, which takes it out.
 class FilterBar : public QWidget {
   Q_OBJECT
 
@@ -45,12 +45,14 @@ class FilterBar : public QWidget {
  private:
   QToolButton* addMenuButton(const char* key, const char* name);
   void tellTyped();
+  void showTypedPart();
 
   const Texts& texts_;
   QLineEdit* line_;
   QToolButton* periods_;
   QToolButton* filters_;
   std::vector<QToolButton*> parts_;
+  QToolButton* typedPart_;  // behind those of the filter
   QTimer rest_;
   QString told_;
 };

@@ -9,6 +9,7 @@
 #include "filter/saved_filters.h"
 #include "ui/dialogs/form_dialog.h"
 #include "ui/dialogs/messages.h"
+#include "ui/dialogs/mnemonics.h"
 
 namespace ui {
 
@@ -150,6 +151,7 @@ void fillPeriodMenu(QMenu& menu, const FilterMenuTarget& target) {
     target.changed();
   });
   any->setObjectName("IDS_PERIOD_ANY");
+  assignMnemonics(menu.actions());
 }
 
 void fillSavedFilterMenu(QMenu& menu, const FilterMenuTarget& target) {
@@ -164,7 +166,9 @@ void fillSavedFilterMenu(QMenu& menu, const FilterMenuTarget& target) {
   QAction* save = menu.addAction(target.texts("IDS_FILTER_SAVE_AS"), [target] { savePresent(target); });
   save->setObjectName("IDS_FILTER_SAVE_AS");
   save->setEnabled(target.document.callFilter().active());
-  if (!deletions->isEmpty()) menu.addMenu(deletions);
+  QList<QAction*> ownEntries{save};
+  if (!deletions->isEmpty()) ownEntries << menu.addMenu(deletions);
+  assignMnemonics(ownEntries);
 }
 
 }  // namespace ui

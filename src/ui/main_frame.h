@@ -69,6 +69,7 @@ class CMainFrame : public QMainWindow {
 
  public slots:
   void importCalls();
+  void importAtOnce();
   // Those of a file of the monitor that are not recorded yet.
   void importCallsOf(const std::filesystem::path& file);
   // Rows of the shown folder again: after a change of the filter, of calls by this or another copy.

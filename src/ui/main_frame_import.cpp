@@ -28,6 +28,18 @@ void CMainFrame::importCalls() {
   if (!person_.busy() && reconnection_.ready()) tellImport(document_.smdr().catchUp());
 }
 
+// The operator is told as well when there was nothing.
+void CMainFrame::importAtOnce() {
+  if (person_.busy()) return;
+  if (!reconnection_.ready()) return say(texts_("IDS_CONNECTION_LOST"));
+  const ingest::ImportResult result = document_.smdr().catchUp();
+  tellImport(result);
+  const bool stopped = result.outcome == ingest::ImportResult::Outcome::Interrupted;
+  if (result.imported > 0 || stopped || !result.message.empty() || !document_.smdr().keptText(result).empty()) return;
+  say(texts_.format("IDS_IMPORT_NOTHING_NEW",
+                    document_.app().config().ReadConfigString(foundation::keys::PathMonitor)));
+}
+
 void CMainFrame::importCallsOf(const std::filesystem::path& file) {
   if (person_.busy()) return;
   const auto result = document_.smdr().importFile(file);

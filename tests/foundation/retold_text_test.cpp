@@ -30,6 +30,10 @@ TEST(RetoldText, IsSaidInTheLanguageInUse) {
        "/etc/a.toml:7:12: tiparul „(ab” este greșit: lipsește ): (ab"},
       {"IDS_SAID_", "site.toml:3:1: source: \"port\" must be a whole number from 1 to 65535",
        "site.toml:3:1: source: „port” trebuie să fie un număr întreg de la 1 la 65535"},
+      {"IDS_SAID_", "/etc/a.toml:3:5: Error while parsing key-value pair: expected '=', saw '['",
+       "/etc/a.toml:3:5: greșeală de scriere la o pereche cheie = valoare: aici trebuie „=”, nu „[”"},
+      {"IDS_SAID_", "a.toml:9:1: Error while parsing table header: encountered end-of-file",
+       "a.toml:9:1: greșeală de scriere la antetul unui tabel: fișierul se termină prea devreme"},
       {"IDS_SAID_", "", ""},
   };
   for (const auto& one : cases) EXPECT_EQ(retold(one.english, one.keys, texts), one.english);

@@ -3,11 +3,13 @@
 #include "ui/filter_bar.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QLineEdit>
 #include <QMenu>
 
 #include "filter/saved_filters.h"
 #include "frame.h"
+#include "security/audit_log.h"
 
 namespace {
 
@@ -66,6 +68,48 @@ TEST_F(FilterBarTest, WordsAreFoundInAnyShownColumn) {
   EXPECT_EQ(list().currentIndex().row(), 0);  // the first hit is the current row
   QTest::keyClick(&line(), Qt::Key_Escape);
   EXPECT_TRUE(QTest::qWaitFor([&] { return rows() == 3; }, 2000));
+}
+
+TEST_F(FilterBarTest, TypedWordsArePartOfTheBarInEveryFolder) {
+  for (const int folder : {kCalls, kExtensions}) {
+    frame->selectFolder(folder);
+    auto& part = child<QToolButton>("typedPart");
+    EXPECT_FALSE(part.isVisibleTo(frame.get()));
+    const int all = rows();
+    type("no such thing & none");
+    EXPECT_EQ(rows(), 0);
+    EXPECT_TRUE(part.isVisibleTo(frame.get()));
+    EXPECT_EQ(part.text().section("  ", 0, 0), "\"no such thing && none\"");
+    part.click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return rows() == all; }, 2000));
+    EXPECT_FALSE(part.isVisibleTo(frame.get()));
+    EXPECT_TRUE(line().text().isEmpty());
+  }
+}
+
+// A cell that was copied from a spreadsheet ends with a line break.
+TEST_F(FilterBarTest, PastedLinesBecomeOneLine) {
+  frame->show();
+  for (const auto& [pasted, text] : {std::pair{"9999999\r\n", "9999999"}, {"\n3456789\ndesk", "3456789 desk"}}) {
+    QApplication::clipboard()->setText(pasted);
+    line().clear();
+    line().paste();
+    EXPECT_EQ(line().text(), text);
+  }
+}
+
+// Entries are stored in the language of whoever wrote them.
+TEST_F(FilterBarTest, TheLogIsFoundByTheWordsThatAreShown) {
+  desktop.document->log().WriteLog(security::LogAdd, "Contact ad\u0103ugat: %s", "Pop");
+  frame->selectFolder(kLog);
+  const struct {
+    const char* typed;
+    int rows;
+  } cases[] = {{"ADDED", 1}, {"added pop", 1}, {"added ionescu", 0}, {"pop", 1}};
+  for (const auto& sample : cases) {
+    type(sample.typed);
+    EXPECT_EQ(rows(), sample.rows) << sample.typed;
+  }
 }
 
 TEST_F(FilterBarTest, TheFilterAndTheUsersRestrictionHoldWhateverIsTyped) {

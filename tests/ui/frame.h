@@ -15,6 +15,7 @@ inline constexpr int kExtensions = 101;
 inline constexpr int kNumbers = 102;
 inline constexpr int kUsers = 97;
 inline constexpr int kGroups = 98;
+inline constexpr int kLog = 99;
 inline constexpr int kKindContactName = 200;
 inline constexpr int kKindCount = 421;
 inline constexpr int kKindNumber = 400;

@@ -256,15 +256,24 @@ TEST(Menus, EveryEntryHasALetter) {
     ASSERT_TRUE(desktop.started);
     const ui::QtOperator person;
     ui::CMainFrame frame(*desktop.document, *desktop.texts, person);
-    for (const QAction* top : frame.menuBar()->actions()) {
+    QMenu ofRows;
+    for (QAction* action : frame.findChildren<QAction*>()) action->setEnabled(true);
+    frame.actions().fillContextMenu(ofRows);
+    QMenu& periods = *frame.findChild<QToolButton*>("periods")->menu();
+    emit periods.aboutToShow();
+    std::vector<const QMenu*> menus{&ofRows, &periods};
+    for (const QAction* top : frame.menuBar()->actions()) menus.push_back(top->menu());
+    for (const QMenu* menu : menus) {
       QStringList letters;
-      for (const QAction* action : top->menu()->actions()) {
+      for (const QAction* action : menu->actions()) {
         if (action->isSeparator()) continue;
         const qsizetype mark = action->text().indexOf('&');
         ASSERT_GE(mark, 0) << action->text().toStdString();
         letters << action->text().mid(mark + 1, 1).toLower();
       }
-      EXPECT_EQ(letters.removeDuplicates(), 0) << language << ' ' << top->text().toStdString();
+      EXPECT_FALSE(letters.isEmpty());
+      EXPECT_EQ(letters.removeDuplicates(), 0)
+          << language << ' ' << menu->title().toStdString() << ' ' << menu->actions().front()->text().toStdString();
     }
     frame.close();
   }

@@ -25,7 +25,9 @@ TEST_F(MainFrameTest, AnImportShowsItsCallsAndSaysHowMany) {
   desktop.files.writeMonitorFile(callTo("7654321", 5));
   action("IDS_ACTION_IMPORT").trigger();
   EXPECT_EQ(rows(), 4);
-  EXPECT_EQ(child<QLabel>("messagePane").text(), "1 calls imported");
+  EXPECT_EQ(child<QLabel>("messagePane").text(), "Calls imported: 1");
+  action("IDS_ACTION_IMPORT").trigger();
+  EXPECT_TRUE(child<QLabel>("messagePane").text().startsWith("No new calls in ")) << "who asked gets an answer";
   EXPECT_TRUE(child<QLabel>("countPane").text().startsWith("4 ")) << ui::fromQt(child<QLabel>("countPane").text());
 }
 
@@ -40,7 +42,7 @@ TEST_F(MainFrameTest, FilteringByTheCurrentValueNarrowsTheListUntilTheFilterIsSw
   clickHeading(kKindDuration);
   select(2, kKindNumber);
   ASSERT_EQ(cell(2, kKindNumber), "9999999");
-  EXPECT_TRUE(action("IDS_ACTION_FILTER_VALUE").text().endsWith(": 9999999"));
+  EXPECT_EQ(action("IDS_ACTION_FILTER_VALUE").text(), "&Only this number: 9999999");
   action("IDS_ACTION_FILTER_VALUE").trigger();
   EXPECT_EQ(rows(), 1);
   EXPECT_TRUE(action("IDS_ACTION_FILTER_ON").isChecked());

@@ -37,6 +37,14 @@ qsizetype placeFor(const QString& text, const QSet<QChar>& taken) {
   return -1;
 }
 
+qsizetype letterCount(const QString& text) {
+  QSet<QChar> letters;
+  for (const QChar letter : text) {
+    if (typeable(letter)) letters.insert(letter.toLower());
+  }
+  return letters.size();
+}
+
 class Assignment {
  public:
   explicit Assignment(QSet<QChar> taken) : taken_(std::move(taken)) {}
@@ -94,10 +102,13 @@ QSet<QChar> assignMnemonics(QWidget& window, QSet<QChar> taken) {
   return assignment.taken();
 }
 
-void assignMnemonics(QMenu& menu) {
+void assignMnemonics(const QList<QAction*>& entries) {
   Assignment assignment({});
-  for (const QAction* action : menu.actions()) assignment.keep(action->text());
-  for (QAction* action : menu.actions()) {
+  for (const QAction* action : entries) assignment.keep(action->text());
+  // Those of few letters come first: what they could have would be taken.
+  QList<QAction*> byLetters = entries;
+  std::ranges::stable_sort(byLetters, {}, [](const QAction* action) { return letterCount(action->text()); });
+  for (QAction* action : byLetters) {
     if (!action->isSeparator()) action->setText(assignment.marked(action->text()));
   }
 }

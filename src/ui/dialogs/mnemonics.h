@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QMenu>
+#include <QAction>
+#include <QList>
 #include <QSet>
 #include <QWidget>
 
@@ -12,6 +13,6 @@ namespace ui {
 QSet<QChar> assignMnemonics(QWidget& window, QSet<QChar> taken = {});
 
 // The same for the entries of a menu.
-void assignMnemonics(QMenu& menu);
+void assignMnemonics(const QList<QAction*>& entries);
 
 }  // namespace ui
