@@ -217,7 +217,7 @@ TEST_F(BuiltLanguageFile, PlaceholdersAgreeBetweenLanguages) {
 }
 
 // What the capture program says is known by its words: they are looked for where it says them, between values and
-// quotes. Those of the system and of the library of patterns are not in the sources.
+// quotes. Those of the system and of the libraries of patterns and of TOML are not in the sources.
 TEST_F(BuiltLanguageFile, HasWhatTheCaptureProgramSaysAsItSaysIt) {
   std::string sources;
   for (const char* folder : {"capture", "tallymon"})
@@ -227,7 +227,8 @@ TEST_F(BuiltLanguageFile, HasWhatTheCaptureProgramSaysAsItSaysIt) {
   sources = base::replaceAll(std::move(sources), "\\\"", "\"");
   std::size_t known = 0;
   for (const auto& [key, text] : texts_["EN"]) {
-    if (!key.starts_with("IDS_SAID_") || key.starts_with("IDS_SAID_OS_") || key.starts_with("IDS_SAID_RE_")) continue;
+    const auto isOf = [&key = key](const char* begin) { return key.starts_with(begin); };
+    if (!isOf("IDS_SAID_") || isOf("IDS_SAID_OS_") || isOf("IDS_SAID_RE_") || isOf("IDS_SAID_TOML_")) continue;
     ++known;
     const std::string values = base::replaceAll(base::replaceAll(text, "\"%s\"", "'"), "%s", "'");
     for (const std::string& piece : base::split(base::replaceAll(values, "%%", "%"), "':")) {
