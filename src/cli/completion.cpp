@@ -58,7 +58,7 @@ void writeKnownPaths(const std::vector<TreeEntry>& entries, std::ostream& out) {
 }  // namespace
 
 void writeBashCompletion(const CLI::App& program, std::ostream& out) {
-  const std::string name = program.get_name();
+  const std::string& name = program.get_name();
   const std::vector<TreeEntry> entries = allEntries(program);
   out << "# bash completion for " << name << ", made by: " << name << " completion bash\n_" << name
       << "()\n{\n  local current=${COMP_WORDS[COMP_CWORD]} path= next= words= i\n"
@@ -77,7 +77,7 @@ void writeBashCompletion(const CLI::App& program, std::ostream& out) {
 }
 
 void writeZshCompletion(const CLI::App& program, std::ostream& out) {
-  const std::string name = program.get_name();
+  const std::string& name = program.get_name();
   const std::vector<TreeEntry> entries = allEntries(program);
   out << "#compdef " << name << "\n# zsh completion for " << name << ", made by: " << name << " completion zsh\n_"
       << name

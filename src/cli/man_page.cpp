@@ -96,7 +96,7 @@ void writeSeeAlso(std::span<const std::string_view> names, std::ostream& out) {
 }  // namespace
 
 void writeManPage(const CLI::App& program, const ManPage& page, std::ostream& out) {
-  const std::string name = program.get_name();
+  const std::string& name = program.get_name();
   out << ".TH " << upper(name) << " 1 \"\" \"" << base::kProgramName << ' ' << base::kProgramVersion << "\"\n"
       << ".SH NAME\n"
       << name << " \\- " << plain(page.summary) << "\n.SH SYNOPSIS\n.B " << name

@@ -38,7 +38,7 @@ int secondsPerPulse(std::string_view number) {
 void setStart(exchange::CallRecord& record, base::DateTime start, bool twelveHourClock) {
   record.setStart(start);
   if (twelveHourClock) {
-    record.clockMarker = record.hour < 12 ? 'A' : 'P';
+    record.clockMarker = static_cast<unsigned char>(record.hour < 12 ? 'A' : 'P');
     record.hour = record.hour % 12 == 0 ? 12 : record.hour % 12;
   }
 }

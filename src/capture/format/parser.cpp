@@ -231,9 +231,9 @@ class Parser::Reader {
     for (const auto& [field, value] : format_->derived) fields[field] = value.of(fields, rules_);
     for (const RowRule& row : format_->rows) {
       if (!row.when.holds(fields, rules_)) continue;
-      std::string fault = row.timed ? calls_.timesFault(fields) : std::string();
+      const std::string fault = row.timed ? calls_.timesFault(fields) : std::string();
       const bool sound = fault.empty();
-      end(std::move(result), sound ? row.outcome : Outcome::Unknown, sound ? row.why : std::move(fault), out);
+      end(std::move(result), sound ? row.outcome : Outcome::Unknown, sound ? row.why : fault, out);
       return;
     }
     if (!blockFault_.empty()) {
