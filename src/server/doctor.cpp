@@ -155,18 +155,7 @@ class Examination {
     struct statvfs room {};
     if (statvfs(folder.c_str(), &room) != 0) return;
     constexpr std::uint64_t kMegabyte = 1024 * 1024;
-    constexpr std::uint64_t kTooLittle = 200;
-    constexpr std::uint64_t kLittle = 2000;
-    const std::uint64_t free = std::uint64_t{room.f_bavail} * room.f_frsize / kMegabyte;
-    const std::string detail = base::format("%d MB", free);
-    if (free < kTooLittle) {
-      wrong("free space", "the disk of the data folder is nearly full", detail,
-            "Free some space: calls are refused when it is full.");
-    } else if (free < kLittle) {
-      note("free space", "there is little left on the disk of the data folder", detail, "Free some space soon.");
-    } else {
-      good("free space", "there is enough on the disk of the data folder");
-    }
+    findings_.push_back(freeSpaceFinding(std::uint64_t{room.f_bavail} * room.f_frsize / kMegabyte));
   }
 
   void checkMonitor() {
@@ -256,6 +245,22 @@ class Examination {
 };
 
 }  // namespace
+
+Finding freeSpaceFinding(std::uint64_t megabytes) {
+  constexpr std::uint64_t kTooLittle = 200;
+  constexpr std::uint64_t kLittle = 2000;
+  constexpr std::string_view kPart = "free space";
+  const std::string detail = base::format("%d MB", megabytes);
+  if (megabytes < kTooLittle) {
+    return {Health::Wrong, kPart, "the disk of the data folder is nearly full", detail,
+            "Free some space: calls are refused when it is full."};
+  }
+  if (megabytes < kLittle) {
+    return {Health::Note, kPart, "there is little left on the disk of the data folder", detail,
+            "Free some space soon."};
+  }
+  return {Health::Good, kPart, "there is enough on the disk of the data folder", {}, {}};
+}
 
 std::vector<Finding> examine(const Patient& patient) {
   return Examination(patient).run();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -31,6 +32,9 @@ struct Patient {
   std::filesystem::path lockFile;       // of the program that imports
   const platform::Clock& clock;
 };
+
+// What is said of so many free megabytes on the disk of the data folder.
+[[nodiscard]] Finding freeSpaceFinding(std::uint64_t megabytes);
 
 // Looks at everything that an installation needs, and changes nothing. Reads the databases whole. Never throws for what
 // it finds.

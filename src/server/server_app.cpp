@@ -1,17 +1,19 @@
 #include "server/server_app.h"
 
-#include <fstream>
+#include <sys/stat.h>
 
 #include "base/path.h"
 #include "base/printf.h"
 #include "base/text.h"
 #include "base/version.h"
+#include "platform/durable_files.h"
 
 namespace server {
 
 namespace {
 
 constexpr std::string_view kVersionSwitch = "/v";
+constexpr const char* kVersionFile = "server.ver";
 
 std::string_view withoutQuotes(std::string_view text) {
   text = base::trim(text);
@@ -19,8 +21,12 @@ std::string_view withoutQuotes(std::string_view text) {
   return text;
 }
 
-void writeVersionFile() {
-  std::ofstream("server.ver") << base::format("%s %s", base::kProgramName, base::kProgramVersion) << "\n";
+// In the current folder. False leaves the one that is there.
+bool writeVersionFile() {
+  const std::string line = base::format("%s %s\n", base::kProgramName, base::kProgramVersion);
+  const auto everybodyReads = [](int descriptor) { fchmod(descriptor, 0644); };
+  return !platform::replaceDurably(std::filesystem::absolute(kVersionFile),
+                                   {reinterpret_cast<const unsigned char*>(line.data()), line.size()}, everybodyReads);
 }
 
 }  // namespace
@@ -55,8 +61,9 @@ CServerApp::Start CServerApp::InitInstance(std::string_view commandLine, OneCopy
   if (!loadLanguage()) return Start::Failed;
   if (oneCopy == OneCopy::Enforced && !takeLock()) return Start::Failed;
   if (versionOnly) {
-    writeVersionFile();
-    return Start::Ended;
+    if (writeVersionFile()) return Start::Ended;
+    surroundings_.person.messageBox(language_.TranslateFormat("IDS_CANTWRITEFILE", kVersionFile));
+    return Start::Failed;
   }
   return Start::Ready;
 }

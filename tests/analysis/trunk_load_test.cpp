@@ -93,9 +93,42 @@ TEST_F(Trunks, ALineIsFreeInTheSecondInWhichItsCallEnds) {
   EXPECT_EQ(found.secondsAt, (std::vector<std::int64_t>{0, 25, 5}));
   EXPECT_TRUE(found.singleLines());
   ASSERT_EQ(found.allBusy.size(), 1U);
+  EXPECT_EQ(found.allBusy[0].start, at.plusSeconds(5));
+  EXPECT_EQ(found.allBusy[0].end, at.plusSeconds(10));
   EXPECT_EQ(found.allBusySeconds, 5);
   EXPECT_TRUE(load({"9"}).secondsAt.empty());
   EXPECT_FALSE(load({"9"}).peakAt);
+}
+
+// A call that follows another at once keeps its line busy; a second without one ends the time.
+TEST_F(Trunks, BusyTimesThatTouchAreOne) {
+  const base::DateTime at = *base::DateTime::fromStored("2025-03-03 09:00:00");
+  add("1", at, 100);
+  add("2", at.plusSeconds(10), 10);
+  add("2", at.plusSeconds(20), 10);
+  add("2", at.plusSeconds(31), 10);
+  const TrunkLoad found = load();
+  ASSERT_EQ(found.allBusy.size(), 2U);
+  EXPECT_EQ(found.allBusy[0].start, at.plusSeconds(10));
+  EXPECT_EQ(found.allBusy[0].end, at.plusSeconds(30));
+  EXPECT_EQ(found.allBusy[1].start, at.plusSeconds(31));
+  EXPECT_EQ(found.allBusySeconds, 30);
+}
+
+TEST_F(Trunks, ManyBusyTimesAreAddedUpAndTheFirstOnesKept) {
+  const base::DateTime at = *base::DateTime::fromStored("2025-03-03 09:00:00");
+  constexpr int kTimes = static_cast<int>(TrunkLoad::kMostBusyTimes) + 1;
+  {
+    jet::Transaction transaction(*main);
+    for (const char* trunk : {"1", "2"}) {
+      for (int i = 0; i < kTimes; ++i) add(trunk, at.plusSeconds(10 * i), 2);
+    }
+    transaction.commit();
+  }
+  const TrunkLoad found = load();
+  ASSERT_EQ(found.allBusy.size(), TrunkLoad::kMostBusyTimes);
+  EXPECT_EQ(found.allBusy.back().start, at.plusSeconds(10 * (kTimes - 2)));
+  EXPECT_EQ(found.allBusySeconds, 2 * kTimes);
 }
 
 TEST(Erlang, AgreesWithTheFormulaWrittenOut) {

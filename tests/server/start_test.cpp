@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "installation.h"
+#include "support/program_run.h"
 
 namespace server {
 namespace {
@@ -75,6 +76,24 @@ TEST(ApplicationStart, TheVersionSwitchWritesTheVersionAndEnds) {
   EXPECT_TRUE(line.starts_with("Tallybook ")) << line;
   EXPECT_FALSE(std::getline(file, line));
   EXPECT_EQ(copy.person.messages, Messages());
+}
+
+TEST(ApplicationStart, AVersionThatFindsNoRoomIsToldAndTheOldFileStays) {
+  const Installation place;
+  const fs::path file = place.programFolder() / "server.ver";
+  std::ofstream(file) << "before";
+  const auto entries = std::distance(fs::directory_iterator(place.programFolder()), {});
+  const fs::path before = fs::current_path();
+  fs::current_path(place.programFolder());
+  Copy copy(place);
+  {
+    const support::DiskLimit disk(0);
+    EXPECT_EQ(copy.app.InitInstance("/v", OneCopy::Shared), Start::Failed);
+  }
+  fs::current_path(before);
+  EXPECT_EQ(copy.person.messages, Messages{"IDS_CANTWRITEFILE"});
+  EXPECT_EQ(support::readFile(file), "before");
+  EXPECT_EQ(std::distance(fs::directory_iterator(place.programFolder()), {}), entries) << "a temporary file is left";
 }
 
 // Why a start ended: what was wrong, and the messages that tell it.

@@ -93,20 +93,27 @@ std::size_t forgetInPlace(const JournalFile& file, const std::string& digits) {
   return changed;
 }
 
-// Rewrites a file compressed, under a temporary name first; the count of lines changed by `change`.
+// Rewrites a file compressed, under a temporary name first; the count of lines changed by `change`. A fault leaves the
+// file as it was.
 template <typename Change>
 std::size_t writeCompressedAs(const JournalFile& file, const fs::path& target, Change change) {
   const fs::path temporary = target.string() + ".tmp";
   const auto lines = openJournalLines(file);
-  CompressedWriter out(temporary);
   std::size_t changed = 0;
   std::string line;
-  while (lines->next(line)) {
-    if (change(line)) ++changed;
-    out.add(line);
+  try {
+    CompressedWriter out(temporary);
+    while (lines->next(line)) {
+      if (change(line)) ++changed;
+      out.add(line);
+    }
+    out.finish();
+    fs::rename(temporary, target);
+  } catch (const std::exception&) {
+    std::error_code ignored;
+    fs::remove(temporary, ignored);
+    throw;
   }
-  out.finish();
-  fs::rename(temporary, target);
   return changed;
 }
 

@@ -282,7 +282,12 @@ void Service::keepJournals() {
 }
 
 void Service::writeStatus() {
-  writeStatusFile(spool_, statusText(sources_, spool_, alarms_.active(), nowMilliseconds()));
+  const bool written = writeStatusFile(spool_, statusText(sources_, spool_, alarms_.active(), nowMilliseconds()));
+  if (!written && statusWritten_) {
+    logLine(base::Priority::Error, "The status file in " + spool_.ownFolder().string() +
+                                       " cannot be written; what \"tallymon status\" shows is old. Is the disk full?");
+  }
+  statusWritten_ = written;
 }
 
 void Service::tellSystem() {

@@ -68,6 +68,7 @@ class Service {
   bool ending_ = false;
   End end_ = End::Stop;
   int seconds_ = 0;
+  bool statusWritten_ = true;
 };
 
 }  // namespace capture

@@ -95,21 +95,21 @@ std::optional<ConnectionStatus> connectionOf(const std::filesystem::path& monito
   return std::nullopt;
 }
 
-void writeStatusFile(const Spool& spool, const std::string& text) {
+// Not durably: a power cut takes what is said anew after a few seconds, and the loop shall not wait for the disk.
+bool writeStatusFile(const Spool& spool, const std::string& text) {
   const std::filesystem::path file = spool.ownFolder() / kStatusFile;
   const std::filesystem::path temporary = spool.ownFolder() / "status.json.new";
-  bool written = false;
-  {
-    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-    out << text;
-    out.flush();
-    written = out.good();
-  }
-  std::error_code ignored;
-  if (written) {
+  std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+  out << text;
+  out.close();
+  std::error_code fault;
+  if (out.good()) {
     ::chmod(temporary.c_str(), 0664);
-    std::filesystem::rename(temporary, file, ignored);
+    std::filesystem::rename(temporary, file, fault);
+    if (!fault) return true;
   }
+  std::filesystem::remove(temporary, fault);
+  return false;
 }
 
 }  // namespace capture

@@ -25,7 +25,7 @@ struct ConnectionStatus {
 [[nodiscard]] std::optional<ConnectionStatus> connectionOf(const std::filesystem::path& monitorFolder,
                                                            const std::string& source);
 
-// Written beside and renamed, so that a reader never sees half of it. A disk that refuses leaves the old one.
-void writeStatusFile(const Spool& spool, const std::string& text);
+// Written beside and renamed, so that a reader never sees half of it. False when the disk refuses: the old one is left.
+bool writeStatusFile(const Spool& spool, const std::string& text);
 
 }  // namespace capture

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <set>
 
 #include "capture/journal/journal_keeping.h"
 #include "capture/journal/journal_reader.h"
@@ -147,6 +148,41 @@ TEST(Journal, AFullDiskRefusesTheLineAndTakesItLater) {
   EXPECT_EQ(2U, append(journal, EntryKind::Line, kMorning, "two"));
   journal.sync();
   EXPECT_EQ((Lines{"1 one", "2 two"}), linesFrom(folder / "main", 1));
+}
+
+// Packing and blanking of a packed day write a new file: without room for it the day stays as it is.
+TEST(Journal, AFullDiskLeavesOldDaysAsTheyAre) {
+  TemporaryFolder folder;
+  const auto path = folder / "main";
+  {
+    Journal journal(path);
+    for (int day = 0; day < 3; ++day) append(journal, EntryKind::Line, kMorning + day * kDay, "0755550142");
+  }
+  const auto files = [&path] {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path)) names.insert(entry.path().filename().string());
+    return names;
+  };
+  const auto faultOf = [](const auto& work) {
+    const DiskLimit disk(1);
+    try {
+      work();
+    } catch (const std::exception& fault) {
+      return std::string(fault.what());
+    }
+    return std::string("no fault");
+  };
+  const capture::KeepingRules rules{kMorning + 2 * kDay, 90, 3};
+  EXPECT_NE(std::string::npos, faultOf([&] { capture::keepJournal(path, rules); }).find("2026-11-24.log.zst.tmp"));
+  EXPECT_EQ((std::set<std::string>{".keeping", "2026-11-24.log", "2026-11-25.log", "2026-11-26.log"}), files());
+  EXPECT_EQ(3U, linesFrom(path, 1).size());
+
+  capture::keepJournal(path, rules);
+  const auto packed = files();
+  EXPECT_TRUE(packed.contains("2026-11-24.log.zst"));
+  EXPECT_NE("no fault", faultOf([&] { capture::forgetNumber(path, "0755550142"); }));
+  EXPECT_EQ(packed, files());
+  EXPECT_EQ("1 0755550142", linesFrom(path, 1).front());
 }
 
 }  // namespace
