@@ -1,8 +1,6 @@
 // What an operator is told of calls that an import could not store.
 
-#include <algorithm>
 #include <fstream>
-#include <regex>
 
 #include "exchange/call_record.h"
 #include "support/tallyctl.h"
@@ -80,25 +78,6 @@ TEST_F(ImportCommand, AFaultOfADatabaseNamesItAndKeepsTheFile) {
   succeed("import --file data/monitor/monitor.data.bk");
   EXPECT_EQ(stored("select count(*) from Calls")[0][0], "60");
   EXPECT_FALSE(std::filesystem::exists(path("data/monitor/monitor.data.bk")));
-}
-
-// On a terminal a bar tells how far the import is; its end is an estimate that is never passed.
-TEST_F(ImportCommand, ATerminalSeesHowFarItIs) {
-  succeed("init data --sample");
-  succeed("sample-calls 2000 --out data/monitor/monitor.data --seed 5");
-  const auto result = run("import", R"(sh -c 'script -qec "$*" /dev/null' -)");
-  EXPECT_EQ(result.status, 0) << result.err;
-  const std::regex bar(R"(\[(#*)(\.*)\] +(\d+) %)");
-  std::vector<int> shown;
-  for (std::sregex_iterator it(result.out.begin(), result.out.end(), bar); it != std::sregex_iterator(); ++it) {
-    shown.push_back(std::stoi((*it)[3]));
-    EXPECT_EQ((*it)[1].length() + (*it)[2].length(), 30) << it->str();
-    EXPECT_EQ((*it)[1].length(), shown.back() * 30 / 100) << it->str();
-  }
-  ASSERT_FALSE(shown.empty()) << result.out;
-  EXPECT_LT(shown.front(), 50) << "the beginning";
-  EXPECT_TRUE(std::ranges::is_sorted(shown));
-  EXPECT_LE(shown.back(), 100);
 }
 
 }  // namespace
