@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* kNever = "1=0";
 
-// In a pattern of the SQL dialect: what stands for other letters there stands for itself.
+// In a pattern of the SQL dialect: its wildcards are matched as the characters that they are.
 std::string inPattern(std::string_view word) {
   std::string pattern;
   for (const char c : word) {

@@ -17,7 +17,7 @@ class Retelling {
   Retelling(std::string_view keys, const LanguageFile& texts);
   [[nodiscard]] std::string operator()(std::string_view said) const;
   // The texts of other languages that are said with the word in them, whatever its letters' case: of each what is
-  // before, between and behind its placeholders.
+  // before, between and after its placeholders.
   [[nodiscard]] std::vector<std::vector<std::string>> saidWith(std::string_view word) const;
 
  private:

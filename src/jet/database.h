@@ -72,7 +72,7 @@ class Database {
   // Whether a server still looks for places in the order of a list that was opened here, from which any part of it is
   // quickly reached. Those found before the database is closed are there for all desks. Costs nothing.
   [[nodiscard]] virtual bool looksForPlaces() = 0;
-  // Whether a server makes indexes for order that a table of an earlier version lacks, whoever began it.
+  // Whether a server makes indexes for order that a table of an earlier version lacks, for this program or another.
   [[nodiscard]] virtual bool makesIndexes() = 0;
 
   virtual TableDef tableDef(std::string_view table) = 0;  // 3078 when there is none

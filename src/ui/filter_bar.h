@@ -52,7 +52,7 @@ class FilterBar : public QWidget {
   QToolButton* periods_;
   QToolButton* filters_;
   std::vector<QToolButton*> parts_;
-  QToolButton* typedPart_;  // behind those of the filter
+  QToolButton* typedPart_;  // after those of the filter
   QTimer rest_;
   QString told_;
 };

@@ -122,7 +122,7 @@ bool QtOperator::waitPulse() {
     wait_ = makeProgress("waiting", QApplication::applicationDisplayName(),
                          caption("IDS_WAITING_DATABASE", "Waiting for the database..."),
                          caption("IDS_GIVE_UP", "Give up"), 0);
-    // Whoever hears events again is not within a pulse: the wait is over.
+    // Events that are heard outside of a pulse mean that the wait is over.
     auto* over = new QTimer(wait_.get());
     QObject::connect(over, &QTimer::timeout, wait_.get(), [this] {
       if (!inPulse_) endWait();

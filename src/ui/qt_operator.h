@@ -53,7 +53,7 @@ class QtOperator : public platform::Operator {
   QElapsedTimer sinceEvents_;
   std::unique_ptr<QProgressDialog> progress_;
 
-  // The wait for a database outside of such work, of which nobody says when it ends.
+  // The wait for a database outside of such work, whose end is not told.
   bool inPulse_ = false;
   QElapsedTimer sinceWait_;
   QElapsedTimer sincePulse_;

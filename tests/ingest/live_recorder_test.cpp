@@ -69,7 +69,7 @@ class RejectedLiveCalls : public LiveRecorderTest {
   const std::filesystem::path monitor = files.folder / "monitor";
 };
 
-// The sender is told that the call is done: nobody else has it any more.
+// The sender is told that the call is done: no other program has it any more.
 TEST_F(RejectedLiveCalls, AreKeptForAnImport) {
   EXPECT_EQ(record(onTrunk(7777)), 1);
   EXPECT_EQ(record(onTrunk(7778)), 1);

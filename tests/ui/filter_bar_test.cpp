@@ -98,7 +98,7 @@ TEST_F(FilterBarTest, PastedLinesBecomeOneLine) {
   }
 }
 
-// Entries are stored in the language of whoever wrote them.
+// Entries are stored in the language of the program that wrote them.
 TEST_F(FilterBarTest, TheLogIsFoundByTheWordsThatAreShown) {
   desktop.document->log().WriteLog(security::LogAdd, "Contact ad\u0103ugat: %s", "Pop");
   frame->selectFolder(kLog);
