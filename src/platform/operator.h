@@ -30,6 +30,8 @@ class Operator {
   // Between the steps of work that says nothing by itself, such as a long query: keeps a window alive. Returns as
   // progressStep. Without progress too a program with windows may give the operator a way out when it lasts.
   virtual bool progressPulse() { return true; }
+  // What a pulse let the operator give up has ended: the next pulse is of something else.
+  virtual void waitIsOver() {}
   // True while progress is shown or a pulse hears events: no other work may begin, nor may what is in use be used.
   [[nodiscard]] virtual bool busy() const { return false; }
 };

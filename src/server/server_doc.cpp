@@ -274,6 +274,7 @@ bool CServerDoc::connected() const {
 }
 
 bool CServerDoc::reconnect() {
+  person_.waitIsOver();
   try {
     // All of them are asked: their attempts go on beside each other.
     const std::vector<jet::Database*> databases = openDatabases();

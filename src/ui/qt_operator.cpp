@@ -135,6 +135,11 @@ bool QtOperator::waitPulse() {
   return !wait_->wasCanceled();
 }
 
+void QtOperator::waitIsOver() {
+  endWait();
+  sinceWait_.invalidate();
+}
+
 // Later deleted: its own timer may be what calls.
 void QtOperator::endWait() {
   if (!wait_) return;

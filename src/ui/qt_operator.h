@@ -26,6 +26,7 @@ class QtOperator : public platform::Operator {
   bool progressStep(std::int64_t position) override;
   void progressEnd() override;
   bool progressPulse() override { return working_ ? progressStep(position_) : waitPulse(); }
+  void waitIsOver() override;
   [[nodiscard]] bool busy() const override { return working_ || inPulse_; }
 
  private:

@@ -142,6 +142,7 @@ class SilentServer : public LostServer {
     EXPECT_GE(drawn, 3);
     EXPECT_FALSE(operator_.busy());
     EXPECT_FALSE(desktop->document->connected());
+    operator_.waitIsOver();  // as the document tells its own
     ASSERT_TRUE(comesBack());
     EXPECT_EQ(desktop->value("select count(*) as n from Calls"), "2");
   }
