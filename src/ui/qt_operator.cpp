@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 #include <algorithm>
 
 namespace ui {
@@ -123,16 +122,16 @@ bool QtOperator::waitPulse() {
                          caption("IDS_WAITING_DATABASE", "Waiting for the database..."),
                          caption("IDS_GIVE_UP", "Give up"), 0);
     // Events that are heard outside of a pulse mean that the wait is over.
-    auto* over = new QTimer(wait_.get());
-    QObject::connect(over, &QTimer::timeout, wait_.get(), [this] {
+    waitOver_ = new QTimer(wait_.get());
+    QObject::connect(waitOver_, &QTimer::timeout, wait_.get(), [this] {
       if (!inPulse_) endWait();
     });
-    over->start(static_cast<int>(kBetweenPulses));
+    waitOver_->start(static_cast<int>(kBetweenPulses));
   }
   hearEvents(wait_.get());
   inPulse_ = false;
   sincePulse_.start();
-  return !wait_->wasCanceled();
+  return !wait_ || !wait_->wasCanceled();
 }
 
 void QtOperator::waitIsOver() {
@@ -140,9 +139,10 @@ void QtOperator::waitIsOver() {
   sinceWait_.invalidate();
 }
 
-// Later deleted: its own timer may be what calls.
+// Later deleted: its own timer may be what calls. That must not call again, for this may be gone before the window is.
 void QtOperator::endWait() {
   if (!wait_) return;
+  waitOver_->stop();
   wait_->hide();
   wait_.release()->deleteLater();
 }

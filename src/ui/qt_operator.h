@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QProgressDialog>
+#include <QTimer>
 #include <memory>
 
 #include "platform/operator.h"
@@ -59,6 +60,7 @@ class QtOperator : public platform::Operator {
   QElapsedTimer sinceWait_;
   QElapsedTimer sincePulse_;
   std::unique_ptr<QProgressDialog> wait_;
+  QTimer* waitOver_ = nullptr;  // of wait_
 };
 
 }  // namespace ui
